@@ -1,0 +1,39 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include <QList>
+#include <QString>
+#include <QVariant>
+#include <optional>
+
+/// A bundle in the directory form `X.prefPane/Contents/{Info.plist,MacOS,Resources}`. A value; only the path
+/// is kept, so what it answers is what is on disk now.
+class Bundle
+{
+public:
+    /// The bundle at \a path, or none if that is no directory with a readable `Contents/Info.plist`.
+    static std::optional<Bundle> bundleWithPath(const QString &path);
+
+    /// The bundles of which code is mapped into this process, in the dynamic loader's order: found by asking
+    /// the loader, so that the host and the panes it loads agree without sharing state.
+    static QList<Bundle> allBundles();
+
+    QString bundlePath() const { return path_; }
+    /// "CFBundleIdentifier", or empty.
+    QString bundleIdentifier() const;
+    /// `Contents/Resources`.
+    QString resourcePath() const;
+    /// `Contents/MacOS/<CFBundleExecutable>`, or empty if there is none.
+    QString executablePath() const;
+    /// The path of `<name>.<type>` (`<name>` if \a type is empty) below the resources, in \a directory
+    /// relative to them if given ("..": the top-level information file's folder); empty if nothing is there.
+    QString pathForResource(const QString &name, const QString &type, const QString &directory = {}) const;
+    /// `Contents/Info.plist` as a dictionary; empty if it cannot be read.
+    QVariantMap infoDictionary() const;
+
+private:
+    explicit Bundle(QString path);
+    QString path_;
+};

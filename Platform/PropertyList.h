@@ -1,0 +1,74 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include <QByteArray>
+#include <QDateTime>
+#include <QString>
+#include <QVariant>
+#include <optional>
+
+/// Property-list serialisation: the binary form ("bplist00") and the XML form, read and written.
+///
+/// A property list as values: QString, bool, qlonglong (qulonglong above 2^63-1), double, QDateTime (UTC),
+/// QByteArray, QVariantList, QVariantMap; QVariant() stands for the binary form's null, PropertyList::UID for
+/// the references of keyed archives.
+namespace PropertyList {
+
+/// A reference of a keyed archive (binary marker 0x8n). XML has no form of its own for it.
+struct UID
+{
+    quint64 value = 0;
+    friend bool operator==(const UID &, const UID &) = default;
+};
+
+enum class Form { Binary, XML };
+
+/// Reader and writers share these, so that nothing is ever written that a reader would refuse. A document
+/// over a limit is unreadable as a whole, never read in part.
+namespace Limits {
+/// A path has at most 4,096 bytes, so 2,047 folders deep at two levels of property list each; twice that.
+inline constexpr int depth = 8192;
+/// Far above any real domain, and still a size that fits memory several times over.
+inline constexpr qint64 inputSize = qint64(256) * 1024 * 1024;
+/// Shared references let a few bytes stand for endless values. Counted are values made when every reference
+/// is followed: at most valuesPerByte for each byte of input, plus valuesBesides.
+inline constexpr qint64 valuesPerByte = 8;
+inline constexpr qint64 valuesBesides = 1'000'000;
+} // namespace Limits
+
+/// What became of reading: a value, or the reason why there is none (English, for the log).
+struct ReadResult
+{
+    std::optional<QVariant> value;
+    QString error;
+    explicit operator bool() const { return value.has_value(); }
+};
+
+/// What became of writing: the bytes, or the reason why there are none.
+struct WriteResult
+{
+    std::optional<QByteArray> bytes;
+    QString error;
+    explicit operator bool() const { return bytes.has_value(); }
+};
+
+/// Reads either form; the first bytes tell which.
+ReadResult read(const QByteArray &bytes);
+
+/// Fails as a whole for a value that the form cannot hold (a type that is no property list, nesting over the
+/// limit; in XML: null, UID, lone surrogates and control characters).
+WriteResult write(const QVariant &value, Form form = Form::Binary);
+
+/// The boolean value of a property-list scalar as the platform converts it: a number is true when it is not
+/// zero; a string is true when it begins, after blanks, a sign and zeros, with one of Y y T t 1…9. Anything
+/// else is none.
+std::optional<bool> boolValue(const QVariant &value);
+
+/// The integer value of a number (reals truncate and saturate) or of a string's leading digits; else none.
+std::optional<qint64> integerValue(const QVariant &value);
+
+} // namespace PropertyList
+
+Q_DECLARE_METATYPE(PropertyList::UID)

@@ -1,0 +1,16 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include <QString>
+#include <QUrl>
+
+/// The desktop's launcher.
+namespace Workspace {
+
+/// Hands \a url to the program that the desktop chooses for it (xdg-open), detached. False if no launcher
+/// could be started; what the launcher makes of it is not waited for.
+bool openURL(const QUrl &url);
+
+} // namespace Workspace

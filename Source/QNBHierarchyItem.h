@@ -1,0 +1,139 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "Platform/BinaryPropertyListWriter.h"
+#include "Platform/KeyedArchiver.h"
+#include "Platform/PropertyListNode.h"
+
+#include <QString>
+#include <QVariantMap>
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+class QNBHierarchyItem;
+using QNBHierarchyItemPtr = std::shared_ptr<QNBHierarchyItem>;
+
+/// One node of a preset's tree: a folder or a file that the helper creates.
+///
+/// An item owns its children and has a weak link to its parent. It is identified by its uid, 40 lowercase
+/// hexadecimal characters that stay the same for its life; they are stored only where asked for, so that
+/// trees read from the preference domain get new ones. Used on the main thread only. Reading, writing and
+/// destroying a tree need no stack in proportion to its depth.
+class QNBHierarchyItem : public std::enable_shared_from_this<QNBHierarchyItem>
+{
+    struct Private
+    {
+        explicit Private() = default;
+    };
+
+public:
+    using Children = std::vector<QNBHierarchyItemPtr>;
+    /// What indexOfChild() answers for an item that is no child.
+    static constexpr std::size_t notFound = std::numeric_limits<std::size_t>::max();
+
+    /// What a reader met that the item could not take over: keys with a value of the wrong type, which count
+    /// as absent. Writing the tree back loses those values.
+    struct ReadReport
+    {
+        qsizetype wrongTypes = 0;
+        /// The first of them, for the log.
+        QString first;
+    };
+
+    /// For make_shared only; use the factories.
+    explicit QNBHierarchyItem(Private);
+    ~QNBHierarchyItem();
+    QNBHierarchyItem(const QNBHierarchyItem &) = delete;
+    QNBHierarchyItem &operator=(const QNBHierarchyItem &) = delete;
+
+    /// A file named "" without a parent.
+    static QNBHierarchyItemPtr init();
+    static QNBHierarchyItemPtr initWithParent(const QNBHierarchyItemPtr &parent);
+    /// The children are shared and keep their own parent links. The item is a folder exactly when the low 8
+    /// bits of the number of children are not zero: 256 children make a file.
+    static QNBHierarchyItemPtr initWithParentAndChildren(const QNBHierarchyItemPtr &parent,
+                                                         const Children &children);
+    /// Reads an item dictionary. Every key is optional; a value of the wrong type counts as absent.
+    static QNBHierarchyItemPtr initWithDictionary(const QVariantMap &dictionary,
+                                                  const QNBHierarchyItemPtr &andParent = {});
+    /// The same from a parsed document; a node that is no dictionary reads as an empty one.
+    static QNBHierarchyItemPtr initWithDictionary(const PropertyListNode &dictionary,
+                                                  const QNBHierarchyItemPtr &andParent = {},
+                                                  ReadReport *report = nullptr);
+
+    /// A new item dictionary with just these entries, each only if it says something. \a children may be
+    /// null.
+    static QVariantMap itemDictionaryWithFilename(const QString &filename, bool isDirectory,
+                                                  const QVariantList *children);
+
+    QVariantMap toDictionaryWithUID(bool includeUID) const;
+    QVariantMap toDictionary() const { return toDictionaryWithUID(false); }
+    /// toDictionary() straight into a property list or an archive.
+    BinaryPropertyListWriter::Ref encode(BinaryPropertyListWriter &writer) const;
+    KeyedArchiver::Ref encode(KeyedArchiver &archiver) const;
+
+    std::size_t numberOfChildren() const { return children_.size(); }
+    /// Null when \a index is at or past the count; a negative one always is.
+    QNBHierarchyItemPtr childAtIndex(std::int32_t index) const;
+    /// By identity, not by uid.
+    std::size_t indexOfChild(const QNBHierarchyItem *item) const;
+    void addChild(const QNBHierarchyItemPtr &item);
+    /// Directly after \a existingItem, or first when that is no child.
+    void addChildAfterExistingChild(const QNBHierarchyItemPtr &newItem,
+                                    const QNBHierarchyItemPtr &existingItem);
+    /// The removed item keeps its link to this parent.
+    void removeChild(const QNBHierarchyItemPtr &item);
+    /// Whether an item with the same uid stands below, searched depth-first through folders only.
+    bool hasChild(const QNBHierarchyItem &item) const;
+    /// Replaces all children by this one.
+    void setChild(const QNBHierarchyItemPtr &item);
+
+    const Children &children() const { return children_; }
+    void setChildren(const Children &children) { children_ = children; }
+
+    /// Keys "u", "g" and "o" (owner, group, others), each a permission digit.
+    QVariantMap customPermissions() const;
+    void setCustomPermissions(const QVariantMap &permissions);
+
+    const QString &colorName() const { return colorName_; }
+    void setColorName(const QString &name) { colorName_ = name; }
+    const QString &contentFilename() const { return contentFilename_; }
+    void setContentFilename(const QString &name) { contentFilename_ = name; }
+    const QString &filename() const { return filename_; }
+    void setFilename(const QString &name) { filename_ = name; }
+
+    QNBHierarchyItemPtr parent() const { return parent_.lock(); }
+    QString uid() const;
+    bool isDirectory() const { return isFolder_; }
+
+    /// Same uid.
+    bool isEqualTo(const QNBHierarchyItem &item) const;
+    /// A new item with the same name, kind, parent and child objects; colour, content file and permissions
+    /// are the defaults, and the uid is new.
+    QNBHierarchyItemPtr copyWithZone() const;
+    QString description() const;
+
+private:
+    using Digest = std::array<std::uint8_t, 20>;
+
+    static QNBHierarchyItemPtr newItem();
+    void generateUID();
+    void setParent(const QNBHierarchyItemPtr &parent) { parent_ = parent; }
+
+    Children children_;
+    std::weak_ptr<QNBHierarchyItem> parent_;
+    QString filename_;
+    QString colorName_;
+    QString contentFilename_;
+    /// A uid that came from a dictionary; the digest counts if null.
+    std::unique_ptr<const QString> givenUid_;
+    Digest digest_{};
+    /// Owner, group, others.
+    std::array<std::uint32_t, 3> permissions_{7, 6, 4};
+    std::array<bool, 3> hasPermission_{true, true, true};
+    bool isFolder_ = false;
+};

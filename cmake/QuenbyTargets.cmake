@@ -1,0 +1,33 @@
+# SPDX-FileCopyrightText: Quenby contributors
+# SPDX-License-Identifier: MIT
+
+# Everything our own targets share: warnings, sanitizers, Qt's strict string rules.
+add_library(quenby-options INTERFACE)
+target_compile_options(quenby-options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor)
+target_compile_definitions(quenby-options INTERFACE QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII
+                           QT_NO_URL_CAST_FROM_STRING QT_NO_KEYWORDS QT_NO_NARROWING_CONVERSIONS_IN_CONNECT
+                           QT_DISABLE_DEPRECATED_BEFORE=0x060400)
+target_include_directories(quenby-options INTERFACE "${PROJECT_SOURCE_DIR}")
+if(QUENBY_WARNINGS_AS_ERRORS)
+  target_compile_options(quenby-options INTERFACE -Werror)
+endif()
+if(QUENBY_SANITIZE)
+  add_compile_options(-fsanitize=${QUENBY_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+  add_link_options(-fsanitize=${QUENBY_SANITIZE})
+endif()
+
+# quenby_add_tests(ROOM [WINDOWS] SOURCES... LIBRARIES...): the program quenby-tests-<room>, each case a ctest
+# test. WINDOWS gives it a QApplication instead of a QCoreApplication.
+function(quenby_add_tests room)
+  cmake_parse_arguments(arg "WINDOWS" "" "SOURCES;LIBRARIES" ${ARGN})
+  set(target quenby-tests-${room})
+  set(main "${PROJECT_SOURCE_DIR}/Tests/main.cpp")
+  if(arg_WINDOWS)
+    set(main "${PROJECT_SOURCE_DIR}/Tests/mainWithWindows.cpp")
+  endif()
+  add_executable(${target} ${arg_SOURCES} "${main}")
+  target_link_libraries(${target} PRIVATE quenby-options ${arg_LIBRARIES} Qt6::Test GTest::gtest GTest::gmock)
+  target_compile_definitions(${target} PRIVATE QUENBY_TEST_DATA="${CMAKE_CURRENT_SOURCE_DIR}/data")
+  gtest_discover_tests(${target} TEST_PREFIX "${room}." DISCOVERY_MODE PRE_TEST
+                       PROPERTIES TIMEOUT 300 LABELS ${room})
+endfunction()
