@@ -1,0 +1,23 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "Platform/DurableFileWriter.h"
+#include "Source/QNBPresetRecord.h"
+
+/// Preset files: one preset record as a keyed archive, extension "qnbp".
+namespace QNBPresetFile {
+
+/// The file name for a preset of this label: the label without characters that are unsafe in file names, or
+/// "QNB Preset" if nothing is left, with the extension.
+QString fileNameForLabel(const QString &label);
+
+/// Writes the record to its file in \a folder, replacing one of that name; \a fileName receives the name.
+FileResult write(const QNBPresetRecord &record, const QString &folder, QString *fileName);
+
+/// The preset of a file, labelled with the file's name without its extension; null if the file is unreadable
+/// or holds no entries, with the reason in \a error.
+QNBPresetRecordPtr read(const QString &path, QString *error);
+
+} // namespace QNBPresetFile

@@ -1,0 +1,63 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "Platform/Bundle.h"
+#include "Platform/Preferences.h"
+#include "Source/QNBPresetRecord.h"
+
+#include <QList>
+#include <optional>
+
+/// The hot key as the domain stores it: virtual key code and modifier mask of the original platform.
+struct QNBKeyCombo
+{
+    quint64 flags = 0;
+    qint64 code = 0;
+    friend bool operator==(const QNBKeyCombo &, const QNBKeyCombo &) = default;
+};
+
+/// What the pane and the helper share through the product's preference domain.
+struct QNBSettings
+{
+    QList<QNBPresetRecordPtr> presets;
+    bool showMenubar = true;
+    QNBKeyCombo shortcutCombo;
+};
+
+/// The keys of the product's preference domain, and what the store names besides.
+namespace QNBPreferenceKey {
+inline const QString presets = QStringLiteral("QNBPresets");
+inline const QString presetsStored = QStringLiteral("QNBPresetsStored");
+inline const QString presetsStoredLoaded = QStringLiteral("loaded");
+inline const QString showMenubar = QStringLiteral("QNBShowMenubar");
+inline const QString hotKeyCode = QStringLiteral("QNBHotKeyCode");
+inline const QString hotKeyFlags = QStringLiteral("QNBHotKeyFlags");
+inline const QString launchHelperOnStart = QStringLiteral("QNBLaunchHelperOnStart");
+} // namespace QNBPreferenceKey
+
+/// Posted after every save.
+inline const QString QNBPresetConfigurationChangedNotification =
+    QStringLiteral("QNBPresetConfigurationChangedNotification");
+
+/// Loads and saves the settings; the pane's readPreferences and writePreferences in a form without widgets.
+namespace QNBSettingsStore {
+
+/// Reads the domain into \a settings. Presets come from "QNBPresets" once they have been stored, else from
+/// the resource "DefaultPresets" of \a bundle. The hot key stays as it is unless the domain holds both its
+/// keys.
+void read(Preferences &preferences, const std::optional<Bundle> &bundle, QNBSettings &settings);
+
+/// Writes every key and synchronises the domain; the presets in the given order.
+FileResult write(Preferences &preferences, const QNBSettings &settings);
+
+/// The value of \a key in the bundle's information property list. A parse failure is logged; invalid then, as
+/// without a bundle or key.
+QVariant configValueForKey(const std::optional<Bundle> &bundle, const QString &key);
+
+/// First-run set-up: if nothing exists at \a supportPath, the bundle's folder "QNB Default AppSupport" is
+/// copied there, whole or not at all. What exists is never touched.
+FileResult setUpApplicationSupport(const std::optional<Bundle> &bundle, const QString &supportPath);
+
+} // namespace QNBSettingsStore
