@@ -95,7 +95,10 @@ public:
     const Children &children() const { return children_; }
     void setChildren(const Children &children) { children_ = children; }
 
-    /// Keys "u", "g" and "o" (owner, group, others), each a permission digit.
+    /// The keys of customPermissions(): owner, group, others.
+    inline static const std::array<QString, 3> permissionKeys{QStringLiteral("u"), QStringLiteral("g"),
+                                                              QStringLiteral("o")};
+    /// The permission digits (4 read, 2 write, 1 execute) of those of the keys that are set.
     QVariantMap customPermissions() const;
     void setCustomPermissions(const QVariantMap &permissions);
 
@@ -118,10 +121,14 @@ public:
     QString description() const;
 
 private:
-    using Digest = std::array<std::uint8_t, 20>;
+    friend class QNBItemDictionaryReader;
 
     static QNBHierarchyItemPtr newItem();
     void generateUID();
+    /// Keeps a uid that was stored.
+    void setUid(const QString &uid);
+    template <class Sink>
+    typename Sink::Ref encodeTree(Sink &sink, bool includeUID) const;
     void setParent(const QNBHierarchyItemPtr &parent) { parent_ = parent; }
 
     Children children_;
@@ -129,11 +136,11 @@ private:
     QString filename_;
     QString colorName_;
     QString contentFilename_;
-    /// A uid that came from a dictionary; the digest counts if null.
+    /// A stored uid that is no digest's hexadecimal form; the digest counts if null.
     std::unique_ptr<const QString> givenUid_;
-    Digest digest_{};
-    /// Owner, group, others.
-    std::array<std::uint32_t, 3> permissions_{7, 6, 4};
+    std::array<std::uint8_t, 20> digest_{};
+    /// Owner, group, others, as in permissionKeys.
+    std::array<std::uint32_t, 3> permissions_;
     std::array<bool, 3> hasPermission_{true, true, true};
     bool isFolder_ = false;
 };

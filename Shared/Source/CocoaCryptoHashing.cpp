@@ -1,0 +1,72 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Shared/Source/CocoaCryptoHashing.h"
+
+// MD5() is marked deprecated since libcrypto 3.0 as an algorithm, not as an interface; identifiers need no
+// cryptographic strength.
+#define OPENSSL_SUPPRESS_DEPRECATED
+#include <openssl/md5.h>
+#include <openssl/sha.h>
+
+namespace CocoaCryptoHashing {
+
+static const unsigned char *unsignedBytes(QByteArrayView bytes)
+{
+    return reinterpret_cast<const unsigned char *>(bytes.data());
+}
+
+static QString hexadecimal(const QByteArray &digest)
+{
+    return QString::fromLatin1(digest.toHex());
+}
+
+SHA1Digest sha1Digest(QByteArrayView bytes)
+{
+    SHA1Digest digest;
+    static_assert(digest.size() == SHA_DIGEST_LENGTH);
+    SHA1(unsignedBytes(bytes), static_cast<std::size_t>(bytes.size()), digest.data());
+    return digest;
+}
+
+QByteArray sha1Hash(QByteArrayView bytes)
+{
+    const SHA1Digest digest = sha1Digest(bytes);
+    return {reinterpret_cast<const char *>(digest.data()), qsizetype(digest.size())};
+}
+
+QByteArray md5Hash(QByteArrayView bytes)
+{
+    QByteArray digest(MD5_DIGEST_LENGTH, Qt::Uninitialized);
+    MD5(unsignedBytes(bytes), static_cast<std::size_t>(bytes.size()),
+        reinterpret_cast<unsigned char *>(digest.data()));
+    return digest;
+}
+
+QString sha1HexHash(QByteArrayView bytes)
+{
+    return hexadecimal(sha1Hash(bytes));
+}
+QString md5HexHash(QByteArrayView bytes)
+{
+    return hexadecimal(md5Hash(bytes));
+}
+
+QByteArray sha1Hash(const QString &string)
+{
+    return sha1Hash(QByteArrayView(string.toUtf8()));
+}
+QString sha1HexHash(const QString &string)
+{
+    return sha1HexHash(QByteArrayView(string.toUtf8()));
+}
+QByteArray md5Hash(const QString &string)
+{
+    return md5Hash(QByteArrayView(string.toUtf8()));
+}
+QString md5HexHash(const QString &string)
+{
+    return md5HexHash(QByteArrayView(string.toUtf8()));
+}
+
+} // namespace CocoaCryptoHashing

@@ -1,0 +1,307 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+// The dictionary form of an item, read from values or from a parsed document, and written to values, a
+// property list or an archive.
+
+#include "Platform/PropertyList.h"
+#include "Platform/PropertyListDocument.h"
+#include "Source/QNBHierarchyItem.h"
+
+#include <QVarLengthArray>
+#include <optional>
+#include <span>
+
+namespace {
+
+namespace Key {
+const QString filename = QStringLiteral("filename");
+const QString isFolder = QStringLiteral("isFolder");
+const QString color = QStringLiteral("color");
+const QString contentFilename = QStringLiteral("contentFilename");
+const QString permissions = QStringLiteral("permissions");
+const QString uid = QStringLiteral("uid");
+const QString children = QStringLiteral("children");
+} // namespace Key
+
+/// The boolean value of a node; none for what has no such value.
+std::optional<bool> booleanOf(const PropertyListNode &node)
+{
+    switch (node.type()) {
+    case PropertyListType::Boolean:
+        return node.boolean();
+    case PropertyListType::Array:
+    case PropertyListType::Dictionary:
+        return {};
+    default:
+        return PropertyList::boolValue(node.toVariant());
+    }
+}
+
+} // namespace
+
+/// Builds a tree from nodes with a list of dictionaries still to read instead of recursion.
+class QNBItemDictionaryReader
+{
+public:
+    explicit QNBItemDictionaryReader(QNBHierarchyItem::ReadReport *report)
+        : report_(report)
+    {
+    }
+
+    QNBHierarchyItemPtr read(const PropertyListNode &dictionary, const QNBHierarchyItemPtr &parent)
+    {
+        QNBHierarchyItemPtr root = QNBHierarchyItem::newItem();
+        root->setParent(parent);
+        toRead_.push_back({dictionary, root.get()});
+        while (!toRead_.empty()) {
+            const Pending next = toRead_.back();
+            toRead_.pop_back();
+            readItem(*next.item, next.dictionary);
+        }
+        return root;
+    }
+
+private:
+    struct Pending
+    {
+        PropertyListNode dictionary;
+        QNBHierarchyItem *item;
+    };
+
+    void readItem(QNBHierarchyItem &item, const PropertyListNode &dictionary)
+    {
+        bool hasUid = false;
+        const qsizetype count = dictionary.isDictionary() ? dictionary.count() : 0;
+        for (qsizetype i = 0; i < count; ++i) {
+            const QString &key = dictionary.keyAt(i);
+            const PropertyListNode value = dictionary.valueAt(i);
+            if (key == Key::filename) {
+                readString(key, value, item.filename_);
+            } else if (key == Key::permissions) {
+                readPermissions(value, item);
+            } else if (key == Key::children) {
+                readChildren(value, item);
+            } else if (key == Key::isFolder) {
+                const std::optional<bool> isFolder = booleanOf(value);
+                note(key, isFolder.has_value());
+                item.isFolder_ = isFolder.value_or(false);
+            } else if (key == Key::color) {
+                readString(key, value, item.colorName_);
+            } else if (key == Key::contentFilename) {
+                readString(key, value, item.contentFilename_);
+            } else if (key == Key::uid) {
+                hasUid = note(key, value.isString());
+                if (hasUid)
+                    item.setUid(value.string());
+            }
+        }
+        if (!hasUid)
+            item.generateUID();
+    }
+
+    void readString(const QString &key, const PropertyListNode &value, QString &target)
+    {
+        target = note(key, value.isString()) ? value.string() : QString();
+    }
+
+    /// Exactly three characters, a digit each; anything else leaves the defaults, a character that is no
+    /// digit reads as 0.
+    void readPermissions(const PropertyListNode &value, QNBHierarchyItem &item)
+    {
+        if (!note(Key::permissions, value.isString()))
+            return;
+        const QString &digits = value.string();
+        if (digits.size() != qsizetype(item.permissions_.size()))
+            return;
+        for (std::size_t i = 0; i < item.permissions_.size(); ++i) {
+            const char16_t c = digits.at(qsizetype(i)).unicode();
+            item.permissions_[i] = c >= u'0' && c <= u'9' ? c - u'0' : 0;
+        }
+    }
+
+    void readChildren(const PropertyListNode &value, QNBHierarchyItem &item)
+    {
+        item.children_.clear();
+        if (!note(Key::children, value.isArray()))
+            return;
+        const qsizetype count = value.count();
+        if (count == 0)
+            return;
+        item.children_.reserve(static_cast<std::size_t>(count));
+        const QNBHierarchyItemPtr parent = item.shared_from_this();
+        for (qsizetype i = 0; i < count; ++i) {
+            const PropertyListNode child = value.at(i);
+            if (!note(Key::children, child.isDictionary()))
+                continue;
+            item.children_.push_back(QNBHierarchyItem::newItem());
+            item.children_.back()->parent_ = parent;
+            toRead_.push_back({child, item.children_.back().get()});
+        }
+    }
+
+    /// Counts a value of the wrong type; passes \a isRight on.
+    bool note(const QString &key, bool isRight)
+    {
+        if (!isRight && report_) {
+            if (report_->wrongTypes++ == 0)
+                report_->first = key;
+        }
+        return isRight;
+    }
+
+    QNBHierarchyItem::ReadReport *report_;
+    std::vector<Pending> toRead_;
+};
+
+namespace {
+
+/// Takes the calls of a property-list writer and makes values of them.
+class VariantSink
+{
+public:
+    using Ref = QVariant;
+
+    Ref boolean(bool value) const { return value; }
+    Ref string(QStringView value) const { return value.toString(); }
+    Ref array(std::span<const Ref> elements) const { return QVariantList(elements.begin(), elements.end()); }
+    Ref dictionary(std::span<const Ref> keys, std::span<const Ref> values) const
+    {
+        QVariantMap map;
+        for (std::size_t i = 0; i < keys.size(); ++i)
+            map.insert(keys[i].toString(), values[i]);
+        return map;
+    }
+};
+
+/// The entries of one dictionary on their way into a sink. What recurs in every item is added to the sink
+/// once.
+template <class Sink>
+class ItemEntries
+{
+public:
+    using Ref = typename Sink::Ref;
+
+    explicit ItemEntries(Sink &sink)
+        : sink_(sink)
+    {
+    }
+
+    void add(const QString &key, Ref value)
+    {
+        keys_.push_back(sink_.string(key));
+        values_.push_back(std::move(value));
+    }
+    void addText(const QString &key, const QString &text)
+    {
+        if (!text.isEmpty())
+            add(key, sink_.string(text));
+    }
+    Ref take()
+    {
+        Ref result = sink_.dictionary(std::span<const Ref>(keys_.data(), std::size_t(keys_.size())),
+                                      std::span<const Ref>(values_.data(), std::size_t(values_.size())));
+        keys_.clear();
+        values_.clear();
+        return result;
+    }
+
+private:
+    Sink &sink_;
+    QVarLengthArray<Ref, 8> keys_;
+    QVarLengthArray<Ref, 8> values_;
+};
+
+QString permissionDigits(const std::array<std::uint32_t, 3> &permissions)
+{
+    return QString::number(permissions[0]) + QString::number(permissions[1]) +
+           QString::number(permissions[2]);
+}
+
+} // namespace
+
+/// Children before their parent, with a list of items still open instead of recursion.
+template <class Sink>
+typename Sink::Ref QNBHierarchyItem::encodeTree(Sink &sink, bool includeUID) const
+{
+    using Ref = typename Sink::Ref;
+    struct Open
+    {
+        const QNBHierarchyItem *item;
+        std::size_t nextChild;
+    };
+    std::vector<Open> open{{this, 0}};
+    // The finished items that still wait for their parent, in order.
+    std::vector<Ref> finished;
+    ItemEntries<Sink> entries(sink);
+    for (;;) {
+        Open &top = open.back();
+        const QNBHierarchyItem &item = *top.item;
+        if (top.nextChild < item.children_.size()) {
+            open.push_back({item.children_[top.nextChild++].get(), 0});
+            continue;
+        }
+        entries.addText(Key::filename, item.filename_);
+        if (item.isFolder_)
+            entries.add(Key::isFolder, sink.boolean(true));
+        entries.addText(Key::color, item.colorName_);
+        entries.addText(Key::contentFilename, item.contentFilename_);
+        if (item.hasPermission_ != std::array<bool, 3>{false, false, false})
+            entries.add(Key::permissions, sink.string(permissionDigits(item.permissions_)));
+        if (includeUID)
+            entries.add(Key::uid, sink.string(item.uid()));
+        if (!item.children_.empty()) {
+            const std::size_t first = finished.size() - item.children_.size();
+            entries.add(Key::children, sink.array(std::span<const Ref>(finished).subspan(first)));
+            finished.resize(first);
+        }
+        open.pop_back();
+        Ref dictionary = entries.take();
+        if (open.empty())
+            return dictionary;
+        finished.push_back(std::move(dictionary));
+    }
+}
+
+QNBHierarchyItemPtr QNBHierarchyItem::initWithDictionary(const QVariantMap &dictionary,
+                                                         const QNBHierarchyItemPtr &andParent)
+{
+    const PropertyListDocument::Ptr document = PropertyListDocument::fromVariant(dictionary);
+    return initWithDictionary(document->root(), andParent);
+}
+
+QNBHierarchyItemPtr QNBHierarchyItem::initWithDictionary(const PropertyListNode &dictionary,
+                                                         const QNBHierarchyItemPtr &andParent,
+                                                         ReadReport *report)
+{
+    return QNBItemDictionaryReader(report).read(dictionary, andParent);
+}
+
+QVariantMap QNBHierarchyItem::itemDictionaryWithFilename(const QString &filename, bool isDirectory,
+                                                         const QVariantList *children)
+{
+    QVariantMap dictionary;
+    if (!filename.isEmpty())
+        dictionary.insert(Key::filename, filename);
+    if (children)
+        dictionary.insert(Key::children, *children);
+    if (isDirectory)
+        dictionary.insert(Key::isFolder, true);
+    return dictionary;
+}
+
+QVariantMap QNBHierarchyItem::toDictionaryWithUID(bool includeUID) const
+{
+    VariantSink sink;
+    return encodeTree(sink, includeUID).toMap();
+}
+
+BinaryPropertyListWriter::Ref QNBHierarchyItem::encode(BinaryPropertyListWriter &writer) const
+{
+    return encodeTree(writer, false);
+}
+
+KeyedArchiver::Ref QNBHierarchyItem::encode(KeyedArchiver &archiver) const
+{
+    return encodeTree(archiver, false);
+}

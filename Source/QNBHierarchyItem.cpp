@@ -1,0 +1,227 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Source/QNBHierarchyItem.h"
+
+#include "Shared/Source/CocoaCryptoHashing.h"
+
+#include <QVarLengthArray>
+#include <algorithm>
+#include <charconv>
+#include <cstdlib>
+#include <ctime>
+#include <sys/time.h>
+
+namespace {
+
+constexpr std::array<std::uint32_t, 3> defaultPermissions{7, 6, 4};
+
+using SeedBuffer = QVarLengthArray<char, 256>;
+
+void appendNumber(SeedBuffer &buffer, auto number)
+{
+    std::array<char, 24> digits;
+    const auto end = std::to_chars(digits.begin(), digits.end(), number).ptr;
+    buffer.append(digits.data(), end - digits.data());
+}
+
+void appendUtf8(SeedBuffer &buffer, const QString &text)
+{
+    const bool ascii = std::all_of(text.begin(), text.end(), [](QChar c) { return c.unicode() < 0x80; });
+    if (!ascii) {
+        const QByteArray utf8 = text.toUtf8();
+        buffer.append(utf8.constData(), utf8.size());
+        return;
+    }
+    for (const QChar c : text)
+        buffer.append(static_cast<char>(c.unicode()));
+}
+
+} // namespace
+
+QNBHierarchyItem::QNBHierarchyItem(Private)
+    : permissions_(defaultPermissions)
+{
+}
+
+/// The children of items that die with this one are taken out of them first, so that destroying a deep tree
+/// takes no stack in proportion to its depth.
+QNBHierarchyItem::~QNBHierarchyItem()
+{
+    Children dying = std::move(children_);
+    while (!dying.empty()) {
+        const QNBHierarchyItemPtr item = std::move(dying.back());
+        dying.pop_back();
+        if (item && item.use_count() == 1) {
+            std::move(item->children_.begin(), item->children_.end(), std::back_inserter(dying));
+            item->children_.clear();
+        }
+    }
+}
+
+/// An item with every default but the uid, which depends on what the item is given.
+QNBHierarchyItemPtr QNBHierarchyItem::newItem()
+{
+    static const bool seeded = [] {
+        srandom(static_cast<unsigned>(time(nullptr)));
+        return true;
+    }();
+    Q_UNUSED(seeded)
+    return std::make_shared<QNBHierarchyItem>(Private());
+}
+
+QNBHierarchyItemPtr QNBHierarchyItem::init()
+{
+    return initWithParentAndChildren({}, {});
+}
+
+QNBHierarchyItemPtr QNBHierarchyItem::initWithParent(const QNBHierarchyItemPtr &parent)
+{
+    return initWithParentAndChildren(parent, {});
+}
+
+QNBHierarchyItemPtr QNBHierarchyItem::initWithParentAndChildren(const QNBHierarchyItemPtr &parent,
+                                                                const Children &children)
+{
+    QNBHierarchyItemPtr item = newItem();
+    item->parent_ = parent;
+    item->children_ = children;
+    item->isFolder_ = static_cast<std::uint8_t>(children.size()) != 0;
+    item->generateUID();
+    return item;
+}
+
+/// The SHA-1 of the name, the kind, the time, a random number and the number of children.
+void QNBHierarchyItem::generateUID()
+{
+    timeval now{};
+    gettimeofday(&now, nullptr);
+    SeedBuffer seed;
+    appendUtf8(seed, filename_);
+    seed.append(isFolder_ ? '1' : '0');
+    seed.append('_');
+    appendNumber(seed, now.tv_sec);
+    appendNumber(seed, now.tv_usec);
+    seed.append('_');
+    appendNumber(seed, static_cast<std::uint32_t>(random()));
+    seed.append('+');
+    appendNumber(seed, static_cast<std::uint32_t>(children_.size()));
+    digest_ = CocoaCryptoHashing::sha1Digest(QByteArrayView(seed.constData(), seed.size()));
+    givenUid_.reset();
+}
+
+QNBHierarchyItemPtr QNBHierarchyItem::childAtIndex(std::int32_t index) const
+{
+    const auto position = static_cast<std::size_t>(static_cast<std::int64_t>(index));
+    return position < children_.size() ? children_[position] : nullptr;
+}
+
+std::size_t QNBHierarchyItem::indexOfChild(const QNBHierarchyItem *item) const
+{
+    const auto found = std::find_if(children_.begin(), children_.end(),
+                                    [item](const QNBHierarchyItemPtr &child) { return child.get() == item; });
+    return found == children_.end() ? notFound : static_cast<std::size_t>(found - children_.begin());
+}
+
+void QNBHierarchyItem::addChild(const QNBHierarchyItemPtr &item)
+{
+    item->setParent(shared_from_this());
+    children_.push_back(item);
+}
+
+void QNBHierarchyItem::addChildAfterExistingChild(const QNBHierarchyItemPtr &newItem,
+                                                  const QNBHierarchyItemPtr &existingItem)
+{
+    const std::size_t existing = indexOfChild(existingItem.get());
+    const std::size_t position = existing == notFound ? 0 : existing + 1;
+    newItem->setParent(shared_from_this());
+    children_.insert(children_.begin() + static_cast<std::ptrdiff_t>(position), newItem);
+}
+
+void QNBHierarchyItem::removeChild(const QNBHierarchyItemPtr &item)
+{
+    const QNBHierarchyItemPtr removed = item;
+    removed->setParent(shared_from_this());
+    std::erase(children_, removed);
+}
+
+bool QNBHierarchyItem::hasChild(const QNBHierarchyItem &item) const
+{
+    std::vector<const QNBHierarchyItem *> toSearch{this};
+    while (!toSearch.empty()) {
+        const QNBHierarchyItem *folder = toSearch.back();
+        toSearch.pop_back();
+        for (const QNBHierarchyItemPtr &child : folder->children_) {
+            if (child->isEqualTo(item))
+                return true;
+            if (child->isFolder_)
+                toSearch.push_back(child.get());
+        }
+    }
+    return false;
+}
+
+void QNBHierarchyItem::setChild(const QNBHierarchyItemPtr &item)
+{
+    setChildren({item});
+}
+
+QVariantMap QNBHierarchyItem::customPermissions() const
+{
+    QVariantMap permissions;
+    for (std::size_t i = 0; i < permissionKeys.size(); ++i) {
+        if (hasPermission_[i])
+            permissions.insert(permissionKeys[i], static_cast<qlonglong>(permissions_[i]));
+    }
+    return permissions;
+}
+
+void QNBHierarchyItem::setCustomPermissions(const QVariantMap &permissions)
+{
+    for (std::size_t i = 0; i < permissionKeys.size(); ++i) {
+        const auto found = permissions.constFind(permissionKeys[i]);
+        hasPermission_[i] = found != permissions.cend();
+        permissions_[i] = hasPermission_[i] ? found->toUInt() : 0;
+    }
+}
+
+QString QNBHierarchyItem::uid() const
+{
+    if (givenUid_)
+        return *givenUid_;
+    const QByteArrayView digest(reinterpret_cast<const char *>(digest_.data()), qsizetype(digest_.size()));
+    return QString::fromLatin1(digest.toByteArray().toHex());
+}
+
+void QNBHierarchyItem::setUid(const QString &uid)
+{
+    const QByteArray digest = QByteArray::fromHex(uid.toLatin1());
+    if (digest.size() == qsizetype(digest_.size()) && QString::fromLatin1(digest.toHex()) == uid) {
+        std::copy(digest.begin(), digest.end(), digest_.begin());
+        givenUid_.reset();
+    } else {
+        givenUid_ = std::make_unique<const QString>(uid);
+    }
+}
+
+bool QNBHierarchyItem::isEqualTo(const QNBHierarchyItem &item) const
+{
+    if (givenUid_ || item.givenUid_)
+        return givenUid_ && item.givenUid_ && *givenUid_ == *item.givenUid_;
+    return digest_ == item.digest_;
+}
+
+QNBHierarchyItemPtr QNBHierarchyItem::copyWithZone() const
+{
+    QNBHierarchyItemPtr copy = initWithParentAndChildren(parent(), children_);
+    copy->filename_ = filename_;
+    copy->isFolder_ = isFolder_;
+    return copy;
+}
+
+QString QNBHierarchyItem::description() const
+{
+    const QString kind = isFolder_ ? QStringLiteral("directory with %1 children").arg(children_.size())
+                                   : QStringLiteral("file");
+    return QStringLiteral("<QNBHierarchyItem: '%1' (a %2; uid: %3)>").arg(filename_, kind, uid().right(6));
+}

@@ -1,0 +1,67 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Source/QNBPresetFile.h"
+
+#include "Platform/KeyedUnarchiver.h"
+#include "Shared/Source/QNBShared.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+namespace {
+
+const QString fileNameFormat = QStringLiteral("%1.qnbp");
+const QString nameOfUnnamed = QStringLiteral("QNB Preset");
+/// Like any document that a program saves: the user's umask takes from it what it does.
+constexpr int presetFileMode = 0666;
+
+/// Without the extension; a name that is nothing but an extension stays whole.
+QString labelForPath(const QString &path)
+{
+    const QString name = QFileInfo(path).fileName();
+    const qsizetype dot = name.lastIndexOf(u'.');
+    return dot > 0 ? name.left(dot) : name;
+}
+
+} // namespace
+
+namespace QNBPresetFile {
+
+QString fileNameForLabel(const QString &label)
+{
+    const QString safe = stringByDeletingFileSystemEntities(label);
+    return fileNameFormat.arg(safe.isEmpty() ? nameOfUnnamed : safe);
+}
+
+FileResult write(const QNBPresetRecord &record, const QString &folder, QString *fileName)
+{
+    *fileName = fileNameForLabel(record.label());
+    // The system's calls would take the rest of the name for the end of it.
+    if (fileName->contains(QChar(u'\0')))
+        return FileResult::failure(QStringLiteral("the label holds a NUL character"));
+    KeyedArchiver archiver;
+    const PropertyList::WriteResult archive = archiver.finish(record.encode(archiver));
+    if (!archive)
+        return FileResult::failure(archive.error);
+    DurableFileWriter::Options options;
+    options.newFileMode = presetFileMode;
+    return DurableFileWriter().write(QDir(folder).filePath(*fileName), *archive.bytes, options);
+}
+
+QNBPresetRecordPtr read(const QString &path, QString *error)
+{
+    const PropertyListDocument::Ptr document = KeyedUnarchiver::unarchivedDocumentWithFile(path, error);
+    if (!document)
+        return nullptr;
+    const PropertyListNode root = document->root();
+    if (!root.isDictionary() || root.count() == 0) {
+        *error = QStringLiteral("the archive holds no preset record");
+        return nullptr;
+    }
+    QNBPresetRecordPtr record = QNBPresetRecord::fromStored(root);
+    record->setValueForKey(labelForPath(path), QNBPresetKey::label);
+    return record;
+}
+
+} // namespace QNBPresetFile

@@ -1,0 +1,194 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Source/QNBSettingsStore.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QLoggingCategory>
+#include <filesystem>
+#include <system_error>
+
+Q_LOGGING_CATEGORY(lcStore, "quenby.store")
+
+namespace {
+
+const QString defaultPresetsResource = QStringLiteral("DefaultPresets");
+const QString defaultSupportFolder = QStringLiteral("QNB Default AppSupport");
+const QString propertyListType = QStringLiteral("plist");
+
+/// Presets of an array of stored records. What has no place in memory (an entry that is no record, a value of
+/// the wrong type under a known key) is left out; \a losses then says what the next save would lose.
+QList<QNBPresetRecordPtr> presetsFrom(const PropertyListNode &array, QStringList &losses)
+{
+    QList<QNBPresetRecordPtr> presets;
+    if (!array.isArray()) {
+        if (!array.isNull())
+            losses << QStringLiteral("the presets are no array");
+        return presets;
+    }
+    presets.reserve(array.count());
+    for (qsizetype i = 0; i < array.count(); ++i) {
+        const PropertyListNode entry = array.at(i);
+        if (!entry.isDictionary()) {
+            losses << QStringLiteral("preset %1 is no record").arg(i);
+            continue;
+        }
+        QNBHierarchyItem::ReadReport report;
+        presets.append(QNBPresetRecord::fromStored(entry, &report));
+        if (report.wrongTypes > 0)
+            losses << QStringLiteral("preset %1 has %2 values of a wrong type, first under \"%3\"")
+                          .arg(i)
+                          .arg(report.wrongTypes)
+                          .arg(report.first);
+    }
+    return presets;
+}
+
+QList<QNBPresetRecordPtr> defaultPresets(const std::optional<Bundle> &bundle)
+{
+    const QString path =
+        bundle ? bundle->pathForResource(defaultPresetsResource, propertyListType) : QString();
+    QFile file(path);
+    if (path.isEmpty() || !file.open(QIODevice::ReadOnly)) {
+        qCWarning(lcStore) << "no default presets:" << path << file.errorString();
+        return {};
+    }
+    QString error;
+    const PropertyListDocument::Ptr document = PropertyListDocument::parse(file.readAll(), &error);
+    if (!document) {
+        qCWarning(lcStore) << "default presets cannot be read:" << path << error;
+        return {};
+    }
+    QStringList losses;
+    QList<QNBPresetRecordPtr> presets = presetsFrom(document->root(), losses);
+    if (!losses.isEmpty())
+        qCWarning(lcStore) << "default presets:" << losses;
+    return presets;
+}
+
+void readHotKey(const Preferences &preferences, QNBKeyCombo &combo)
+{
+    const QVariant code = preferences.copyAppValue(QNBPreferenceKey::hotKeyCode);
+    const QVariant flags = preferences.copyAppValue(QNBPreferenceKey::hotKeyFlags);
+    if (!code.isValid() || !flags.isValid())
+        return;
+    const std::optional<qint64> codeValue = PropertyList::integerValue(code);
+    const std::optional<qint64> flagsValue = PropertyList::integerValue(flags);
+    if (!codeValue || !flagsValue) {
+        qCWarning(lcStore) << "the hot key is no pair of numbers";
+        return;
+    }
+    combo.code = *codeValue;
+    combo.flags = static_cast<quint64>(*flagsValue);
+}
+
+std::filesystem::path nativePath(const QString &path)
+{
+    return QFile::encodeName(path).toStdString();
+}
+
+} // namespace
+
+namespace QNBSettingsStore {
+
+void read(Preferences &preferences, const std::optional<Bundle> &bundle, QNBSettings &settings)
+{
+    if (const FileResult synchronized = preferences.appSynchronize(); !synchronized)
+        qCWarning(lcStore) << preferences.path() << synchronized.error;
+
+    const QVariantMap stored = preferences.copyAppValue(QNBPreferenceKey::presetsStored).toMap();
+    const bool loaded =
+        PropertyList::boolValue(stored.value(QNBPreferenceKey::presetsStoredLoaded)).value_or(false);
+
+    const QVariant showMenubar = preferences.copyAppValue(QNBPreferenceKey::showMenubar);
+    if (showMenubar.isValid()) {
+        settings.showMenubar = PropertyList::boolValue(showMenubar).value_or(false);
+    } else {
+        settings.showMenubar = true;
+        preferences.setAppValue(QNBPreferenceKey::showMenubar, true);
+    }
+
+    readHotKey(preferences, settings.shortcutCombo);
+
+    if (!loaded) {
+        settings.presets = defaultPresets(bundle);
+        return;
+    }
+    PropertyListDocument::Ptr keepAlive;
+    QStringList losses;
+    settings.presets = presetsFrom(preferences.copyAppNode(QNBPreferenceKey::presets, &keepAlive), losses);
+    if (losses.isEmpty())
+        return;
+    qCWarning(lcStore) << preferences.path() << losses;
+    if (const FileResult kept = preferences.keepAsideCopy(losses.join(QStringLiteral("; "))); !kept)
+        qCWarning(lcStore) << "no copy of the domain could be kept aside:" << kept.error;
+}
+
+FileResult write(Preferences &preferences, const QNBSettings &settings)
+{
+    EncodedPreference presets;
+    std::vector<BinaryPropertyListWriter::Ref> records;
+    records.reserve(static_cast<std::size_t>(settings.presets.size()));
+    for (const QNBPresetRecordPtr &record : settings.presets)
+        records.push_back(record->encode(presets.writer));
+    presets.top = presets.writer.array(records);
+
+    preferences.setAppValue(QNBPreferenceKey::presetsStored,
+                            QVariantMap{{QNBPreferenceKey::presetsStoredLoaded, true}});
+    preferences.setAppValue(QNBPreferenceKey::presets, std::move(presets));
+    preferences.setAppValue(QNBPreferenceKey::showMenubar, settings.showMenubar);
+    preferences.setAppValue(QNBPreferenceKey::hotKeyCode, qlonglong(settings.shortcutCombo.code));
+    preferences.setAppValue(QNBPreferenceKey::hotKeyFlags, qulonglong(settings.shortcutCombo.flags));
+    return preferences.appSynchronize();
+}
+
+QVariant configValueForKey(const std::optional<Bundle> &bundle, const QString &key)
+{
+    const QString path =
+        bundle ? bundle->pathForResource(QStringLiteral("Info"), propertyListType, QStringLiteral(".."))
+               : QString();
+    QFile file(path);
+    if (path.isEmpty() || !file.open(QIODevice::ReadOnly))
+        return {};
+    const PropertyList::ReadResult info = PropertyList::read(file.readAll());
+    if (!info) {
+        qCWarning(lcStore).noquote() << info.error;
+        return {};
+    }
+    return info.value->toMap().value(key);
+}
+
+FileResult setUpApplicationSupport(const std::optional<Bundle> &bundle, const QString &supportPath)
+{
+    namespace fs = std::filesystem;
+    if (QFileInfo(supportPath).isSymLink() || QFileInfo::exists(supportPath))
+        return {};
+    if (!bundle)
+        return FileResult::failure(QStringLiteral("the pane's bundle was not found"));
+    const fs::path source = nativePath(QDir(bundle->resourcePath()).filePath(defaultSupportFolder));
+    const fs::path target = nativePath(supportPath);
+    // Copied under another name first, so that a copy that fails half-way is never taken for the finished
+    // folder.
+    const fs::path unfinished = target.parent_path() / (".Quenby." + std::to_string(getpid()));
+    std::error_code error;
+    fs::create_directories(target.parent_path(), error);
+    if (!error)
+        fs::copy(source, unfinished, fs::copy_options::recursive | fs::copy_options::copy_symlinks, error);
+    // What is installed may be write-protected; the copy is the user's own.
+    for (auto entry = fs::recursive_directory_iterator(unfinished, error); !error && entry != fs::end(entry);
+         entry.increment(error)) {
+        if (!entry->is_symlink())
+            fs::permissions(*entry, fs::perms::owner_write, fs::perm_options::add, error);
+    }
+    if (!error)
+        fs::rename(unfinished, target, error);
+    if (!error)
+        return {};
+    std::error_code ignored;
+    fs::remove_all(unfinished, ignored);
+    return FileResult::failure(QString::fromStdString(error.message()));
+}
+
+} // namespace QNBSettingsStore
