@@ -25,7 +25,7 @@ public:
     QString bundleIdentifier() const;
     /// `Contents/Resources`.
     QString resourcePath() const;
-    /// `Contents/MacOS/<CFBundleExecutable>`, or empty if there is none.
+    /// `Contents/MacOS/<CFBundleExecutable>`, or empty if no such file is named or there.
     QString executablePath() const;
     /// The path of `<name>.<type>` (`<name>` if \a type is empty) below the resources, in \a directory
     /// relative to them if given ("..": the top-level information file's folder); empty if nothing is there.

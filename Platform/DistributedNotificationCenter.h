@@ -12,9 +12,9 @@
 /// `/org/quenby/DistributedNotificationCenter`, the interface `org.quenby.DistributedNotificationCenter` and
 /// the notification's name as member, without arguments.
 ///
-/// The bus is spoken to on a thread of its own: no call waits for it, and without a bus, or with one that
-/// never answers, posting does nothing, at once. Notifications of one process arrive in the order they were
-/// posted.
+/// The bus is spoken to on a thread of its own: no call but flush() waits for it, and without a bus, or with
+/// one that never answers, posting does nothing, at once. Notifications of one process arrive in the order
+/// they were posted.
 class DistributedNotificationCenter
 {
 public:
@@ -33,7 +33,8 @@ public:
     /// for as long as the centre lives.
     void addObserver(const QString &name, std::function<void()> handler);
 
-    /// Waits until the bus has taken everything posted so far; false if it had not within \a timeout.
+    /// Waits until the bus has taken everything posted, and knows of every observer added, so far; false if
+    /// it had not within \a timeout.
     bool flush(std::chrono::milliseconds timeout = std::chrono::milliseconds(1000));
 
 private:

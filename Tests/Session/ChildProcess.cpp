@@ -1,0 +1,79 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Tests/Session/ChildProcess.h"
+
+#include <QCoreApplication>
+#include <QDeadlineTimer>
+
+#include <csignal>
+
+namespace {
+
+constexpr int startTimeout = 10000;
+constexpr int pollInterval = 10;
+
+} // namespace
+
+bool waitUntil(const std::function<bool()> &condition, std::chrono::milliseconds timeout)
+{
+    const QDeadlineTimer deadline(timeout);
+    while (!condition()) {
+        if (deadline.hasExpired())
+            return false;
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents | QEventLoop::AllEvents, pollInterval);
+    }
+    return true;
+}
+
+ChildProcess::ChildProcess(const QString &program, const QStringList &arguments,
+                           const QProcessEnvironment &environment)
+{
+    process_.setProcessEnvironment(environment);
+    process_.start(program, arguments);
+    if (!process_.waitForStarted(startTimeout))
+        qFatal("%s: %s", qPrintable(program), qPrintable(process_.errorString()));
+}
+
+ChildProcess::~ChildProcess()
+{
+    if (!isRunning())
+        return;
+    signal(SIGTERM);
+    signal(SIGCONT);
+    if (!waitForEnd()) {
+        signal(SIGKILL);
+        waitForEnd();
+    }
+}
+
+bool ChildProcess::isRunning() const
+{
+    return process_.state() != QProcess::NotRunning;
+}
+
+void ChildProcess::signal(int number)
+{
+    if (pid() > 0)
+        ::kill(pid_t(pid()), number);
+}
+
+bool ChildProcess::waitForEnd(std::chrono::milliseconds timeout)
+{
+    return !isRunning() || process_.waitForFinished(int(timeout.count()));
+}
+
+bool ChildProcess::hasReturned(int code) const
+{
+    return !isRunning() && process_.exitStatus() == QProcess::NormalExit && process_.exitCode() == code;
+}
+
+QByteArray ChildProcess::output()
+{
+    return output_ += process_.readAllStandardOutput();
+}
+
+QByteArray ChildProcess::errors()
+{
+    return errors_ += process_.readAllStandardError();
+}

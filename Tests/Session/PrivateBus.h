@@ -1,0 +1,29 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "Tests/Session/ChildProcess.h"
+
+#include <QString>
+#include <QTemporaryDir>
+
+#include <memory>
+
+/// A message bus of the test's own, which starts no services. It runs from construction on.
+class PrivateBus
+{
+public:
+    PrivateBus();
+    QString address() const { return address_; }
+    /// The bus dies, without a word to its clients.
+    void kill();
+    /// Starts again at the same address after kill().
+    void start();
+    ChildProcess &process() { return *process_; }
+
+private:
+    QTemporaryDir folder_;
+    QString address_;
+    std::unique_ptr<ChildProcess> process_;
+};

@@ -1,0 +1,24 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include <QString>
+#include <QTemporaryDir>
+
+/// A socket that takes connections and what is sent on them, and never says anything.
+class SilentSocket
+{
+public:
+    SilentSocket();
+    ~SilentSocket();
+    SilentSocket(const SilentSocket &) = delete;
+    SilentSocket &operator=(const SilentSocket &) = delete;
+
+    /// As the address of a bus.
+    QString busAddress() const;
+
+private:
+    QTemporaryDir folder_;
+    int descriptor_ = -1;
+};
