@@ -41,7 +41,7 @@ void write(const QString &path, const QByteArray &bytes)
 }
 
 /// A folder as it looks when a preset has just been created in it, in a home of its own.
-class DefaultAppSupportTests : public ::testing::Test
+class DefaultAppSupportTest : public ::testing::Test
 {
 protected:
     void SetUp() override
@@ -78,7 +78,7 @@ const QString writeContentsList = QStringLiteral("Write Contents List.sh");
 
 } // namespace
 
-TEST_F(DefaultAppSupportTests, ScriptsAreExecutableShellScripts)
+TEST_F(DefaultAppSupportTest, ScriptsAreExecutableShellScripts)
 {
     const QStringList scripts = filesBelow(scriptsFolder);
     ASSERT_FALSE(scripts.isEmpty());
@@ -91,7 +91,7 @@ TEST_F(DefaultAppSupportTests, ScriptsAreExecutableShellScripts)
     }
 }
 
-TEST_F(DefaultAppSupportTests, ScriptsRefuseAFolderThatIsNotThere)
+TEST_F(DefaultAppSupportTest, ScriptsRefuseAFolderThatIsNotThere)
 {
     for (const QString &script : filesBelow(scriptsFolder)) {
         QProcess process;
@@ -105,7 +105,7 @@ TEST_F(DefaultAppSupportTests, ScriptsRefuseAFolderThatIsNotThere)
     EXPECT_FALSE(QFileInfo::exists(inTarget(QStringLiteral("absent"))));
 }
 
-TEST_F(DefaultAppSupportTests, NoFileIsHiddenFromTheMenus)
+TEST_F(DefaultAppSupportTest, NoFileIsHiddenFromTheMenus)
 {
     for (const QString &file : filesBelow(supportFolder)) {
         const QString name = QFileInfo(file).fileName();
@@ -114,7 +114,7 @@ TEST_F(DefaultAppSupportTests, NoFileIsHiddenFromTheMenus)
     }
 }
 
-TEST_F(DefaultAppSupportTests, TheBundleCarriesEveryFileWithItsPermissions)
+TEST_F(DefaultAppSupportTest, TheBundleCarriesEveryFileWithItsPermissions)
 {
     const QString copy = QStringLiteral(QUENBY_BUNDLE_RESOURCES "/QNB Default AppSupport");
     EXPECT_EQ(filesBelow(copy), filesBelow(supportFolder))
@@ -128,7 +128,7 @@ TEST_F(DefaultAppSupportTests, TheBundleCarriesEveryFileWithItsPermissions)
     }
 }
 
-TEST_F(DefaultAppSupportTests, FillInTemplatesFillsFreshDocuments)
+TEST_F(DefaultAppSupportTest, FillInTemplatesFillsFreshDocuments)
 {
     const QString document = inTarget(QStringLiteral("Planning/Notes.md"));
     write(document, "# [[PROJECT NAME]]\n[[TODAY]] [[TODAY]] by [[YOUR NAME]].\n[[something else]]\n");
@@ -150,7 +150,7 @@ TEST_F(DefaultAppSupportTests, FillInTemplatesFillsFreshDocuments)
     EXPECT_EQ(filesBelow(target_), QStringList(QStringLiteral("Planning/Notes.md")));
 }
 
-TEST_F(DefaultAppSupportTests, FillInTemplatesLeavesWhatIsNotItsOwn)
+TEST_F(DefaultAppSupportTest, FillInTemplatesLeavesWhatIsNotItsOwn)
 {
     const QByteArray blank = "[[PROJECT NAME]]\n";
     const QString old = inTarget(QStringLiteral("old.md"));
@@ -174,7 +174,7 @@ TEST_F(DefaultAppSupportTests, FillInTemplatesLeavesWhatIsNotItsOwn)
         EXPECT_EQ(contents(path), blank) << qPrintable(path);
 }
 
-TEST_F(DefaultAppSupportTests, StartGitRepositoryMakesOneAndCommitsNothing)
+TEST_F(DefaultAppSupportTest, StartGitRepositoryMakesOneAndCommitsNothing)
 {
     write(inTarget(QStringLiteral("README.md")), "# [[PROJECT NAME]]\n");
     ASSERT_EQ(run(startGitRepository), 0);
@@ -183,7 +183,7 @@ TEST_F(DefaultAppSupportTests, StartGitRepositoryMakesOneAndCommitsNothing)
     EXPECT_EQ(contents(inTarget(QStringLiteral("README.md"))), QByteArray("# Jam & Toast | 50% \\1\n"));
 }
 
-TEST_F(DefaultAppSupportTests, StartGitRepositoryLeavesARepositoryAndAHomeAlone)
+TEST_F(DefaultAppSupportTest, StartGitRepositoryLeavesARepositoryAndAHomeAlone)
 {
     ASSERT_EQ(run(startGitRepository), 0);
     const QString inner = inTarget(QStringLiteral("inner"));
@@ -195,7 +195,7 @@ TEST_F(DefaultAppSupportTests, StartGitRepositoryLeavesARepositoryAndAHomeAlone)
     EXPECT_FALSE(QFileInfo::exists(home_.filePath(QStringLiteral(".git"))));
 }
 
-TEST_F(DefaultAppSupportTests, WriteContentsListListsTheTreeOnce)
+TEST_F(DefaultAppSupportTest, WriteContentsListListsTheTreeOnce)
 {
     write(inTarget(QStringLiteral("Footage/Day 1/clip.mov")), "x");
     write(inTarget(QStringLiteral("Footage A/clip.mov")), "x");
