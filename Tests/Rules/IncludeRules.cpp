@@ -1,0 +1,125 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Tests/Rules/IncludeRules.h"
+
+#include <QDir>
+#include <QMap>
+
+namespace {
+
+const QString platform = QStringLiteral("Platform");
+const QString shared = QStringLiteral("Shared/Source");
+const QString core = QStringLiteral("Source/core");
+const QString pane = QStringLiteral("Source");
+const QString toolkit = QStringLiteral("Toolkit");
+const QString host = QStringLiteral("Host");
+const QString helper = QStringLiteral("Helper");
+const QString contextMenu = QStringLiteral("ContextMenu");
+
+const QString paneContract = QStringLiteral("Toolkit/PreferencePane.h");
+
+/// The classes of Source that the programs without a pane share.
+const QStringList coreClasses = {QStringLiteral("QNBHierarchyItem"), QStringLiteral("QNBPresetRecord"),
+                                 QStringLiteral("QNBSettingsStore"), QStringLiteral("QNBPresetFile")};
+
+const QMap<QString, QStringList> allowedRooms = {
+    {platform, {platform}},
+    {shared, {platform, shared}},
+    {core, {platform, shared, core}},
+    {pane, {platform, shared, core, pane, toolkit}},
+    {toolkit, {platform, toolkit}},
+    {host, {platform, host}},
+    {helper, {platform, shared, core, helper}},
+    {contextMenu, {platform, shared, core, contextMenu}},
+};
+
+const QMap<QString, QString> reasons = {
+    {platform, QStringLiteral("Platform stands for the desktop: it knows no other room, so that every rule "
+                              "above it can be tested without a desktop.")},
+    {shared, QStringLiteral("Shared/Source is what the helper and the context-menu plug-in share with the "
+                            "pane: it may use Platform only.")},
+    {core, QStringLiteral("The model, the store and preset files are used by programs that have no window: "
+                          "they may use Platform and Shared/Source only.")},
+    {pane, QStringLiteral("The pane uses Platform, Shared/Source and Toolkit; the host finds it through a "
+                          "plug-in and is never known to it.")},
+    {toolkit, QStringLiteral("Toolkit holds views that know nothing of presets: what they show and ask for "
+                             "comes through data sources and delegates.")},
+    {host, QStringLiteral("The host drives any pane: it knows Toolkit/PreferencePane.h and Platform, never "
+                          "the pane itself or its views.")},
+    {helper, QStringLiteral("The helper uses the model, Shared/Source and Platform, never the pane.")},
+    {contextMenu, QStringLiteral("The context-menu plug-in uses the model, Shared/Source and Platform, never "
+                                 "the pane.")},
+};
+
+QString describe(const SourceFile &file, const Include &include, const QString &reason)
+{
+    return QStringLiteral("%1:%2 includes %3. %4")
+        .arg(file.path, QString::number(include.line), include.target, reason);
+}
+
+} // namespace
+
+QString IncludeRules::roomOf(const QString &path)
+{
+    const QString folder = path.section(u'/', 0, 0);
+    if (folder == u"Shared")
+        return shared;
+    if (folder == pane) {
+        const QString name = path.section(u'/', -1).section(u'.', 0, 0).section(u'+', 0, 0);
+        return coreClasses.contains(name) ? core : pane;
+    }
+    return allowedRooms.contains(folder) ? folder : QString();
+}
+
+QStringList IncludeRules::violationsOfDirection(const SourceFile &file)
+{
+    const QString room = roomOf(file.path);
+    if (room.isEmpty())
+        return {};
+    QStringList violations;
+    for (const Include &include : includesOf(file)) {
+        const bool namesAFolder = include.target.contains(u'/');
+        const QString path =
+            include.isQuoted && !namesAFolder ? file.folder() + u'/' + include.target : include.target;
+        const QString target = roomOf(path);
+        if (path.startsWith(u"Tests/") || path.contains(u".."))
+            violations.append(describe(file, include,
+                                       QStringLiteral("Code includes by the path from the top "
+                                                      "of the tree, and never a test's.")));
+        else if (!target.isEmpty() && !allowedRooms[room].contains(target) &&
+                 !(room == host && path == paneContract))
+            violations.append(describe(file, include, reasons[room]));
+    }
+    return violations;
+}
+
+QStringList IncludeRules::violationsOfCoreWithoutWidgets(const SourceFile &file,
+                                                         const QSet<QString> &widgetHeaders)
+{
+    const QString room = roomOf(file.path);
+    if (room != platform && room != shared && room != core)
+        return {};
+    static const QSet<QString> modules = {QStringLiteral("QtGui"), QStringLiteral("QtWidgets"),
+                                          QStringLiteral("QtSvg")};
+    QStringList violations;
+    for (const Include &include : includesOf(file)) {
+        if (modules.contains(include.target.section(u'/', 0, 0)) || widgetHeaders.contains(include.target))
+            violations.append(
+                describe(file, include,
+                         QStringLiteral("The core has no widgets: it links Qt Core only, so that "
+                                        "the helper and every test can use it without a screen. "
+                                        "What is drawn belongs to Toolkit or to the pane.")));
+    }
+    return violations;
+}
+
+QSet<QString> IncludeRules::widgetHeaders()
+{
+    QSet<QString> names;
+    for (const QString &folder : QStringLiteral(QUENBY_WIDGET_INCLUDE_FOLDERS).split(u':')) {
+        const QStringList headers = QDir(folder).entryList(QDir::Files);
+        names.unite(QSet<QString>(headers.begin(), headers.end()));
+    }
+    return names;
+}

@@ -1,0 +1,106 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Tests/Rules/IncludeRules.h"
+
+#include <gmock/gmock.h>
+
+using ::testing::IsEmpty;
+using ::testing::SizeIs;
+
+namespace {
+
+SourceFile including(const char *path, const char *include)
+{
+    return {QString::fromLatin1(path),
+            QStringLiteral("// a comment\n#include %1\n").arg(QLatin1String(include))};
+}
+
+} // namespace
+
+TEST(IncludeRulesTest, RoomsIncludeInOneDirection)
+{
+    const QList<SourceFile> files = SourceTree::files();
+    ASSERT_GT(files.size(), 40);
+    for (const SourceFile &file : files) {
+        for (const QString &violation : IncludeRules::violationsOfDirection(file))
+            ADD_FAILURE() << violation.toStdString();
+    }
+}
+
+TEST(IncludeRulesTest, TheCoreIncludesNoWidget)
+{
+    const QSet<QString> headers = IncludeRules::widgetHeaders();
+    for (const SourceFile &file : SourceTree::files()) {
+        for (const QString &violation : IncludeRules::violationsOfCoreWithoutWidgets(file, headers))
+            ADD_FAILURE() << violation.toStdString();
+    }
+}
+
+TEST(IncludeRulesTest, AWrongDirectionIsCaught)
+{
+    for (const auto &[path, include] : std::initializer_list<std::pair<const char *, const char *>>{
+             {"Platform/Bundle.cpp", "\"Shared/Source/QNBShared.h\""},
+             {"Platform/Bundle.cpp", "\"Toolkit/AlertPanel.h\""},
+             {"Platform/Bundle.cpp", "<Source/QNBHierarchyItem.h>"},
+             {"Shared/Source/QNBShared.h", "\"Source/QNBHierarchyItem.h\""},
+             {"Source/QNBHierarchyItem.cpp", "\"Source/QNBPrefPanePref.h\""},
+             {"Source/QNBHierarchyItem+Dictionary.cpp", "\"QNBPrefPanePref.h\""},
+             {"Source/QNBSettingsStore.h", "\"Toolkit/ArrayController.h\""},
+             {"Source/QNBPrefPanePref.cpp", "\"Host/PaneLoader.h\""},
+             {"Toolkit/OutlineView.cpp", "\"Source/QNBHierarchyItem.h\""},
+             {"Host/main.cpp", "\"Toolkit/OutlineView.h\""},
+             {"Host/main.cpp", "\"Source/QNBPrefPanePref.h\""},
+             {"Helper/main.cpp", "\"Source/QNBPrefPanePref.h\""},
+             {"ContextMenu/main.cpp", "\"Toolkit/AlertPanel.h\""},
+             {"Platform/Bundle.cpp", "\"Tests/Session/PrivateBus.h\""},
+             {"Source/QNBPrefPanePref.cpp", "\"../Host/PaneLoader.h\""}}) {
+        const QStringList violations = IncludeRules::violationsOfDirection(including(path, include));
+        ASSERT_THAT(violations, SizeIs(1)) << path << " with " << include;
+        EXPECT_TRUE(violations[0].startsWith(QLatin1String(path) + QStringLiteral(":2 includes ")))
+            << violations[0].toStdString();
+    }
+}
+
+TEST(IncludeRulesTest, ARightDirectionPasses)
+{
+    for (const auto &[path, include] : std::initializer_list<std::pair<const char *, const char *>>{
+             {"Platform/Bundle.cpp", "\"Platform/Bundle.h\""},
+             {"Shared/Source/QNBShared.cpp", "\"Platform/Workspace.h\""},
+             {"Source/QNBHierarchyItem.cpp", "\"Shared/Source/CocoaCryptoHashing.h\""},
+             {"Source/QNBPrefPanePref+Private.cpp", "\"Toolkit/OutlineView.h\""},
+             {"Source/QNBPrefPanePref.cpp", "\"moc_QNBPrefPanePref.cpp\""},
+             {"Toolkit/OutlineView.cpp", "<QTreeView>"},
+             {"Host/main.cpp", "\"Toolkit/PreferencePane.h\""},
+             {"Helper/main.cpp", "\"Source/QNBPresetRecord.h\""},
+             {"Tests/Source/QNBHierarchyItemTest.cpp", "\"Host/PaneLoader.h\""}})
+        EXPECT_THAT(IncludeRules::violationsOfDirection(including(path, include)), IsEmpty())
+            << path << " with " << include;
+}
+
+TEST(IncludeRulesTest, AWidgetInTheCoreIsCaught)
+{
+    const QSet<QString> headers = IncludeRules::widgetHeaders();
+    for (const char *path :
+         {"Platform/Bundle.h", "Shared/Source/QNBShared.cpp", "Source/QNBHierarchyItem.cpp",
+          "Source/QNBPresetRecord.h", "Source/QNBSettingsStore.cpp", "Source/QNBPresetFile.cpp"}) {
+        for (const char *include : {"<QWidget>", "<QApplication>", "<QGuiApplication>", "<QIcon>", "<QColor>",
+                                    "<qcolor.h>", "<QtWidgets/QTreeView>", "<QtGui>", "<QSvgRenderer>"})
+            EXPECT_THAT(IncludeRules::violationsOfCoreWithoutWidgets(including(path, include), headers),
+                        SizeIs(1))
+                << path << " with " << include;
+        for (const char *include :
+             {"<QString>", "<QObject>", "<QtCore/QTimer>", "<QDBusConnection>", "<memory>"})
+            EXPECT_THAT(IncludeRules::violationsOfCoreWithoutWidgets(including(path, include), headers),
+                        IsEmpty())
+                << path << " with " << include;
+    }
+}
+
+TEST(IncludeRulesTest, AWidgetOutsideTheCorePasses)
+{
+    const QSet<QString> headers = IncludeRules::widgetHeaders();
+    for (const char *path : {"Toolkit/OutlineView.h", "Source/QNBPrefPanePref.cpp", "Host/main.cpp"})
+        EXPECT_THAT(IncludeRules::violationsOfCoreWithoutWidgets(including(path, "<QWidget>"), headers),
+                    IsEmpty());
+}
