@@ -1,0 +1,31 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Toolkit/EditingDelegate.h"
+
+#include <QGuiApplication>
+#include <QInputMethod>
+
+void EditingDelegate::endEditing()
+{
+    if (!editor_)
+        return;
+    QGuiApplication::inputMethod()->commit();
+    Q_EMIT commitData(editor_);
+    Q_EMIT closeEditor(editor_, NoHint);
+    editor_ = nullptr;
+}
+
+QWidget *EditingDelegate::createEditor(QWidget *parent, const QStyleOptionViewItem &option,
+                                       const QModelIndex &index) const
+{
+    editor_ = QStyledItemDelegate::createEditor(parent, option, index);
+    return editor_;
+}
+
+void EditingDelegate::destroyEditor(QWidget *editor, const QModelIndex &index) const
+{
+    if (editor_ == editor)
+        editor_ = nullptr;
+    QStyledItemDelegate::destroyEditor(editor, index);
+}

@@ -1,0 +1,42 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "Toolkit/ViewCell.h"
+
+#include <QVariant>
+#include <memory>
+
+class OutlineView;
+
+/// One item of an outline: known to the data source, opaque to the view, which holds on to the items that it
+/// shows until it is reloaded. Null stands for the root, which has no row of its own.
+using OutlineItem = std::shared_ptr<void>;
+
+/// What an OutlineView asks of the code that it works for. The view asks for children only where a row is
+/// expanded, and only again when it is reloaded.
+class OutlineViewDataSource
+{
+public:
+    virtual ~OutlineViewDataSource() = default;
+
+    virtual int outlineViewNumberOfChildrenOfItem(OutlineView &outlineView, const OutlineItem &item) = 0;
+    /// An item that is not expandable shows no children, whatever their number.
+    virtual bool outlineViewIsItemExpandable(OutlineView &outlineView, const OutlineItem &item) = 0;
+    virtual OutlineItem outlineViewChildOfItem(OutlineView &outlineView, int index,
+                                               const OutlineItem &item) = 0;
+    virtual QVariant outlineViewObjectValueForTableColumn(OutlineView &outlineView, int column,
+                                                          const OutlineItem &item) = 0;
+    /// The user typed \a value for an item that may be edited.
+    virtual void outlineViewSetObjectValue(OutlineView &, const QVariant & /*value*/, int /*column*/,
+                                           const OutlineItem &)
+    {
+    }
+    virtual bool outlineViewShouldEditTableColumn(OutlineView &, int /*column*/, const OutlineItem &)
+    {
+        return false;
+    }
+    virtual void outlineViewWillDisplayCell(OutlineView &, ViewCell &, int /*column*/, const OutlineItem &) {}
+    virtual void outlineViewSelectionDidChange(OutlineView &) {}
+};

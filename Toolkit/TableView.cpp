@@ -1,0 +1,141 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Toolkit/TableView.h"
+
+#include "Toolkit/ArrayController.h"
+#include "Toolkit/EditingDelegate.h"
+#include "Toolkit/EmptyState.h"
+#include "Toolkit/TableViewModel.h"
+
+#include <QHeaderView>
+
+TableView::TableView(QWidget *parent)
+    : QTreeView(parent)
+    , model_(new TableViewModel(*this))
+    , editing_(new EditingDelegate(this))
+{
+    setModel(model_);
+    setItemDelegate(editing_);
+    setRootIsDecorated(false);
+    setItemsExpandable(false);
+    setUniformRowHeights(true);
+    setAllColumnsShowFocus(true);
+    setHeaderHidden(true);
+    setSelectionMode(SingleSelection);
+    setEditTriggers(DoubleClicked | EditKeyPressed);
+    header()->setMinimumSectionSize(0);
+}
+
+void TableView::setColumns(const QList<TableColumn> &columns)
+{
+    columns_ = columns;
+    model_->columnsChanged();
+    for (int column = 0; column + 1 < columns_.size(); ++column) {
+        header()->setSectionResizeMode(column, QHeaderView::Fixed);
+        header()->resizeSection(column, columns_.at(column).width);
+    }
+}
+
+void TableView::setDelegate(TableViewDelegate *delegate)
+{
+    delegate_ = delegate;
+    viewport()->update();
+}
+
+void TableView::setController(ArrayController *controller)
+{
+    if (controller_)
+        controller_->disconnect(this);
+    controller_ = controller;
+    rowsAreChanging_ = true;
+    if (controller) {
+        const auto rowsWillChange = [this] { rowsAreChanging_ = true; };
+        connect(controller, &ArrayController::contentWillChange, this, rowsWillChange);
+        connect(controller, &ArrayController::objectWillBeInserted, this, rowsWillChange);
+        connect(controller, &ArrayController::objectWillBeRemoved, this, rowsWillChange);
+    }
+    // The model takes part in each change between the two halves of the view.
+    model_->setController(controller);
+    if (controller) {
+        connect(controller, &ArrayController::contentChanged, this, &TableView::showSelection);
+        connect(controller, &ArrayController::objectInserted, this, &TableView::showSelection);
+        connect(controller, &ArrayController::objectRemoved, this, &TableView::showSelection);
+        connect(controller, &ArrayController::selectionChanged, this, &TableView::showSelection);
+    }
+    showSelection();
+}
+
+int TableView::selectedRow() const
+{
+    return controller_ ? controller_->selectionIndex() : ArrayController::noIndex;
+}
+
+void TableView::editColumn(const QString &identifier, int row)
+{
+    for (int column = 0; column < columns_.size(); ++column) {
+        if (columns_.at(column).identifier != identifier)
+            continue;
+        const QModelIndex index = model_->index(row, column);
+        scrollTo(index);
+        QTreeView::edit(index);
+    }
+}
+
+void TableView::endEditing()
+{
+    editing_->endEditing();
+}
+
+bool TableView::isEditing() const
+{
+    return editing_->isEditing();
+}
+
+void TableView::setPlaceholderText(const QString &text)
+{
+    placeholderText_ = text;
+    viewport()->update();
+}
+
+void TableView::paintEvent(QPaintEvent *event)
+{
+    QTreeView::paintEvent(event);
+    EmptyState::paint(*this, placeholderText_);
+}
+
+void TableView::selectionChanged(const QItemSelection &selected, const QItemSelection &deselected)
+{
+    QTreeView::selectionChanged(selected, deselected);
+    if (rowsAreChanging_ || !controller_)
+        return;
+    const QModelIndexList rows = selectionModel()->selectedRows();
+    controller_->setSelectionIndex(rows.isEmpty() ? ArrayController::noIndex : rows.constFirst().row());
+}
+
+bool TableView::edit(const QModelIndex &index, EditTrigger trigger, QEvent *event)
+{
+    // The edit key works on the row, whichever of its cells was clicked last.
+    const bool byKey = trigger == EditKeyPressed && index.isValid() && firstEditableColumn() >= 0;
+    return QTreeView::edit(byKey ? index.siblingAtColumn(firstEditableColumn()) : index, trigger, event);
+}
+
+int TableView::firstEditableColumn() const
+{
+    for (int column = 0; column < columns_.size(); ++column) {
+        if (columns_.at(column).isEditable)
+            return column;
+    }
+    return -1;
+}
+
+void TableView::showSelection()
+{
+    rowsAreChanging_ = true;
+    const QModelIndex index = model_->index(selectedRow(), std::max(0, firstEditableColumn()));
+    if (!index.isValid())
+        selectionModel()->clear();
+    else if (index.row() != currentIndex().row() || !selectionModel()->isSelected(index))
+        setCurrentIndex(index);
+    rowsAreChanging_ = false;
+}
