@@ -1,0 +1,134 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Source/QNBPrefPanePref.h"
+
+#include "Source/QNBPaneLog.h"
+#include "Toolkit/ArrayController.h"
+#include "Toolkit/KeyComboRecorder.h"
+#include "Toolkit/OutlineView.h"
+#include "Toolkit/TemplateImages.h"
+
+#include <QCheckBox>
+#include <QLabel>
+#include <QLayout>
+#include <QMenu>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QSplitter>
+#include <QWidgetAction>
+#include <array>
+
+namespace {
+
+const QString selectionKeyPath = QStringLiteral("selection");
+const QString dragHandleImage = QStringLiteral("DragHandle");
+const QString dragHandleImageType = QStringLiteral("svg");
+const QString colorButtonKey = QStringLiteral("_ui_%1Button");
+const QString versionKey = QStringLiteral("CFBundleShortVersionString");
+const QString versionFormat = QStringLiteral("v%1");
+
+constexpr std::array colorNames = {"red",  "orange", "yellow", "green",
+                                   "blue", "purple", "gray",   "clearColor"};
+
+constexpr qreal productNameScale = 1.6;
+
+} // namespace
+
+void QNBPrefPanePref::awakeFromNib()
+{
+    placeDetachedViews();
+    makePresetList();
+    makeContextualMenu();
+
+    updateSelectionShadow();
+    connect(_ui_presetListController, &ArrayController::selectionChanged, this,
+            [this] { observeValueForKeyPath(selectionKeyPath); });
+
+    showWebsiteLink();
+    _ui_websiteLink->installEventFilter(this);
+    connect(_ui_websiteLink, &QLabel::linkActivated, this, &QNBPrefPanePref::openAppWebsite);
+
+    const std::optional<Bundle> bundle = ourBundle();
+    if (bundle)
+        _images.insert(dragHandleImage, QIcon(bundle->pathForResource(dragHandleImage, dragHandleImageType)));
+
+    setUpColorButtons();
+
+    if (const FileResult copied =
+            QNBSettingsStore::setUpApplicationSupport(bundle, _services.applicationSupportPath);
+        !copied)
+        qCWarning(lcPane) << "the application-support folder was not set up:" << copied.error;
+
+    _ui_showMenubar->setChecked(showMenubar);
+    _ui_shortcutRecorderControl->setKeyCombo({.flags = shortcutCombo.flags, .code = shortcutCombo.code});
+
+    _ui_versionLabel->setText(versionFormat.arg(configValueForKey(versionKey).toString()));
+}
+
+void QNBPrefPanePref::placeDetachedViews()
+{
+    // The window's layout has one item, its content view.
+    _ui_generalViewContainer->layout()->addWidget(_ui_oldWindow->layout()->itemAt(0)->widget());
+    _ui_infoViewContainer->layout()->addWidget(_ui_infoView);
+
+    QFont font = _productName->font();
+    font.setPointSizeF(font.pointSizeF() * productNameScale);
+    font.setBold(true);
+    _productName->setFont(font);
+    connect(_helpButton, &QPushButton::clicked, this, &QNBPrefPanePref::openHelpWebsite);
+
+    // The pane gets its height when it is first laid out.
+    _leftColumnSplit->installEventFilter(this);
+    connect(_descriptionToggle, &QCheckBox::stateChanged, this,
+            [this](int state) { showHideDescriptionPane(static_cast<Qt::CheckState>(state)); });
+    connect(_leftColumnSplit, &QSplitter::splitterMoved, this, [this] {
+        const QSignalBlocker blocker(_descriptionToggle);
+        _descriptionToggle->setChecked(_leftColumnSplit->sizes().constLast() > 0);
+    });
+}
+
+void QNBPrefPanePref::makePresetList()
+{
+    QList<ArrayController::Object> records(_presets.begin(), _presets.end());
+    _ui_presetListController->setContent(records);
+    _ui_presetListView->setColumns(
+        {{.identifier = QNBPresetKey::label, .key = QNBPresetKey::label, .isEditable = true}});
+    _ui_presetListView->setDelegate(this);
+    _ui_presetListView->setPlaceholderText(tr("No presets"));
+    _ui_presetListView->setController(_ui_presetListController);
+    _ui_presetHierarchyView->setDataSource(this);
+    connect(_addPresetButton, &QPushButton::clicked, this, &QNBPrefPanePref::addPreset);
+    connect(_ui_presetDescription, &QPlainTextEdit::textChanged, this,
+            &QNBPrefPanePref::descriptionTextDidChange);
+}
+
+void QNBPrefPanePref::makeContextualMenu()
+{
+    const auto addView = [this](QWidget *view) {
+        auto *action = new QWidgetAction(_ui_presetContextualMenu);
+        action->setDefaultWidget(view);
+        _ui_presetContextualMenu->addSeparator();
+        _ui_presetContextualMenu->addAction(action);
+    };
+    addView(_colorRow);
+    addView(_permissionsGrid);
+    connect(_ui_presetContextualMenu, &QMenu::aboutToShow, this,
+            [this] { validateMenu(*_ui_presetContextualMenu); });
+}
+
+void QNBPrefPanePref::setUpColorButtons()
+{
+    _hoverButtons.reserve(std::size(colorNames));
+    for (const char *name : colorNames) {
+        const QString title = QString::fromLatin1(name);
+        auto *button = dynamic_cast<QNBHoverButton *>(_outlets.value(colorButtonKey.arg(title)));
+        button->setTitle(title);
+        button->setHoverAction(&QNBHoverButtonDelegate::colorLabelButtonHovered);
+        _hoverButtons.append(button);
+    }
+    for (QNBHoverButton *button : std::as_const(_hoverButtons))
+        button->setDelegate(this);
+    _ui_clearColorButton->setIcon(TemplateImages::stopProgress());
+    _ui_clearColorButton->setTitle({});
+}

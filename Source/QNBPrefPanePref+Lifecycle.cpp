@@ -1,0 +1,95 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Source/QNBPrefPanePref.h"
+
+#include "Source/QNBPaneLog.h"
+#include "Toolkit/ArrayController.h"
+#include "Toolkit/OutlineView.h"
+#include "ui_QNBPrefPane.h"
+
+#include <QGuiApplication>
+#include <QInputMethod>
+#include <QWindow>
+
+namespace {
+
+const QString presetListControllerName = QStringLiteral("_ui_presetListController");
+constexpr int hierarchyIndentation = 18;
+
+/// Menus, tool tips and the like come and go without their window losing the keyboard.
+bool isKeyWindow(const QWindow *window)
+{
+    const Qt::WindowType type = window ? window->type() : Qt::Window;
+    return type != Qt::Popup && type != Qt::ToolTip;
+}
+
+} // namespace
+
+QWidget *QNBPrefPanePref::loadMainView()
+{
+    readPreferences();
+
+    auto view = std::make_unique<QWidget>();
+    Ui::QNBPrefPane description;
+    description.setupUi(view.get());
+    auto *controller = new ArrayController(view.get());
+    controller->setObjectName(presetListControllerName);
+
+    const QStringList missing = connectOutlets(*view);
+    if (!missing.isEmpty()) {
+        qCCritical(lcPane) << "the interface description lacks" << missing;
+        return nullptr;
+    }
+    _mainView = view.release();
+    awakeFromNib();
+    return _mainView;
+}
+
+void QNBPrefPanePref::mainViewDidLoad()
+{
+    _ui_presetHierarchyView->setIndentation(hierarchyIndentation);
+}
+
+void QNBPrefPanePref::didSelect()
+{
+    if (std::exchange(_isSelected, true))
+        return;
+    QWindow *window = QGuiApplication::focusWindow();
+    _keyWindow = isKeyWindow(window) ? window : nullptr;
+    connect(qGuiApp, &QGuiApplication::focusWindowChanged, this, &QNBPrefPanePref::focusWindowChanged);
+}
+
+void QNBPrefPanePref::didUnselect()
+{
+    _isSelected = false;
+    disconnect(qGuiApp, &QGuiApplication::focusWindowChanged, this, &QNBPrefPanePref::focusWindowChanged);
+    endEditing();
+    writePreferences();
+}
+
+void QNBPrefPanePref::windowDidResignKey()
+{
+    endEditing();
+    writePreferences();
+}
+
+void QNBPrefPanePref::focusWindowChanged(QWindow *window)
+{
+    if (!isKeyWindow(window) || window == _keyWindow)
+        return;
+    const bool hadKeyWindow = _keyWindow != nullptr;
+    _keyWindow = window;
+    if (hadKeyWindow)
+        windowDidResignKey();
+}
+
+void QNBPrefPanePref::endEditing()
+{
+    if (!_mainView)
+        return;
+    _ui_presetListView->endEditing();
+    _ui_presetHierarchyView->endEditing();
+    // The description's text is taken over as it is typed; what an input method still composes is not.
+    QGuiApplication::inputMethod()->commit();
+}

@@ -1,0 +1,25 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Source/QNBPrefPanePref.h"
+
+#include "Source/QNBUniqueName.h"
+#include "Toolkit/ArrayController.h"
+
+bool QNBPrefPanePref::tableViewValidateValue(TableView &, QVariant &value, const TableColumn &, int)
+{
+    // A preset without a name could not be told from the others; the old name stays.
+    return !value.toString().trimmed().isEmpty();
+}
+
+void QNBPrefPanePref::addPreset()
+{
+    QSet<QString> taken;
+    for (const ArrayController::Object &object : _ui_presetListController->arrangedObjects())
+        taken.insert(object->valueForKey(QNBPresetKey::label).toString().toLower());
+
+    const auto record = std::make_shared<QNBPresetRecord>();
+    record->setValueForKey(QNBUniqueName(tr("Untitled Preset"), {}, taken), QNBPresetKey::label);
+    _ui_presetListController->addObject(record);
+    _ui_presetListView->editColumn(QNBPresetKey::label, _ui_presetListController->selectionIndex());
+}

@@ -1,0 +1,55 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Source/QNBPrefPanePref.h"
+
+#include "Platform/DistributedNotificationCenter.h"
+#include "Platform/Workspace.h"
+#include "Shared/Source/QNBShared.h"
+#include "Source/QNBPaneLog.h"
+#include "Toolkit/OutlineView.h"
+
+#include <QUrl>
+#include <algorithm>
+
+Q_LOGGING_CATEGORY(lcPane, "quenby.pane")
+
+QNBPrefPanePref::Services QNBPrefPanePref::Services::standard()
+{
+    const auto center = std::make_shared<DistributedNotificationCenter>();
+    return {
+        .preferences = std::make_unique<Preferences>(QNBProductIdentifier()),
+        .postNotificationName = [center](const QString &name) { center->postNotificationName(name); },
+        .openURL = [](const QUrl &url) { return Workspace::openURL(url); },
+        .allBundles = [] { return Bundle::allBundles(); },
+        .applicationSupportPath = QNBApplicationSupportPath(),
+    };
+}
+
+QNBPrefPanePref::QNBPrefPanePref(Services services)
+    : _services(std::move(services))
+{
+}
+
+QNBPrefPanePref::~QNBPrefPanePref()
+{
+    if (_mainView) {
+        _ui_presetHierarchyView->setDataSource(nullptr);
+        _ui_presetListView->setDelegate(nullptr);
+        for (QNBHoverButton *button : std::as_const(_hoverButtons))
+            button->setDelegate(nullptr);
+    }
+    if (!_lastSaveFailed || !_services.preferences->hasPendingValues())
+        return;
+    if (const FileResult saved = _services.preferences->appSynchronize(); !saved)
+        qCCritical(lcPane) << "the settings could not be saved:" << _services.preferences->path()
+                           << saved.error;
+}
+
+std::optional<Bundle> QNBPrefPanePref::ourBundle(const QList<Bundle> &allBundles)
+{
+    const auto ours = std::find_if(allBundles.begin(), allBundles.end(), [](const Bundle &bundle) {
+        return bundle.bundleIdentifier() == QNBProductIdentifier();
+    });
+    return ours == allBundles.end() ? std::nullopt : std::optional(*ours);
+}

@@ -1,0 +1,210 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "Platform/Bundle.h"
+#include "Platform/Preferences.h"
+#include "Source/QNBHoverButton.h"
+#include "Source/QNBSettingsStore.h"
+#include "Toolkit/OutlineViewDataSource.h"
+#include "Toolkit/PreferencePane.h"
+#include "Toolkit/TableView.h"
+
+#include <QCoreApplication>
+#include <QHash>
+#include <QIcon>
+#include <QObject>
+#include <QPointer>
+#include <functional>
+#include <memory>
+#include <optional>
+
+QT_BEGIN_NAMESPACE
+class QAction;
+class QCheckBox;
+class QLabel;
+class QMenu;
+class QPlainTextEdit;
+class QPushButton;
+class QSplitter;
+class QUrl;
+class QWidget;
+class QWindow;
+QT_END_NAMESPACE
+
+class ArrayController;
+class KeyComboRecorder;
+class OutlineView;
+
+/// The preference pane: edits the presets and options that it shares with the helper through the product's
+/// preference domain, and saves them whenever it is left or one of the process's windows loses the keyboard.
+///
+/// One class by convention; the files `QNBPrefPanePref+….cpp` hold one role each.
+class QNBPrefPanePref final : public QObject,
+                              public PreferencePane,
+                              public OutlineViewDataSource,
+                              public TableViewDelegate,
+                              public QNBHoverButtonDelegate
+{
+    Q_DECLARE_TR_FUNCTIONS(QNBPrefPanePref)
+
+public:
+    /// The world outside.
+    struct Services
+    {
+        std::unique_ptr<Preferences> preferences;
+        /// Posts a system-wide notification.
+        std::function<void(const QString &name)> postNotificationName;
+        std::function<bool(const QUrl &url)> openURL;
+        /// The bundles loaded in this process.
+        std::function<QList<Bundle>()> allBundles;
+        QString applicationSupportPath;
+
+        /// The user's own.
+        static Services standard();
+    };
+
+    explicit QNBPrefPanePref(Services services = Services::standard());
+    ~QNBPrefPanePref() override;
+
+    /// The first of \a allBundles with the product's identifier.
+    static std::optional<Bundle> ourBundle(const QList<Bundle> &allBundles);
+
+    QWidget *loadMainView() override;
+    QWidget *mainView() const override { return _mainView; }
+    void mainViewDidLoad() override;
+    void didSelect() override;
+    void didUnselect() override;
+
+    /// Commits what is being typed, then saves.
+    void windowDidResignKey();
+
+    /// Connects the fields `_ui_…` to the objects of these names in \a view. The names that are not there, or
+    /// belong to another kind of object, are returned; the pane cannot work without them.
+    QStringList connectOutlets(QWidget &view);
+
+    /// Whether a menu item makes sense for the selection of the outline. Items carry the name of what they do
+    /// as the property "action" and their tag as "tag".
+    bool validateMenuItem(const QObject &menuItem) const;
+    void showHideDescriptionPane(Qt::CheckState state);
+    void openAppWebsite();
+    void openHelpWebsite();
+    void observeValueForKeyPath(const QString &keyPath);
+
+    /// Appends a preset without a tree, selects it and starts editing its label.
+    void addPreset();
+
+    /// The value of \a key in our bundle's information property list; invalid if there is none.
+    QVariant configValueForKey(const QString &key) const;
+    /// An image registered when the pane woke; null if there is none of that name.
+    QIcon imageNamed(const QString &name) const { return _images.value(name); }
+
+    int outlineViewNumberOfChildrenOfItem(OutlineView &outlineView, const OutlineItem &item) override;
+    bool outlineViewIsItemExpandable(OutlineView &outlineView, const OutlineItem &item) override;
+    OutlineItem outlineViewChildOfItem(OutlineView &outlineView, int index, const OutlineItem &item) override;
+    QVariant outlineViewObjectValueForTableColumn(OutlineView &outlineView, int column,
+                                                  const OutlineItem &item) override;
+    void outlineViewWillDisplayCell(OutlineView &outlineView, ViewCell &cell, int column,
+                                    const OutlineItem &item) override;
+
+    bool tableViewValidateValue(TableView &tableView, QVariant &value, const TableColumn &column,
+                                int row) override;
+
+    void colorLabelButtonHovered(QNBHoverButton &sender) override;
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+private:
+    // Lifecycle and start-up wiring
+    void awakeFromNib();
+    void focusWindowChanged(QWindow *window);
+    void endEditing();
+    std::optional<Bundle> ourBundle() const { return ourBundle(_services.allBundles()); }
+
+    // The interface description's parts that no description can hold
+    void placeDetachedViews();
+    void makeContextualMenu();
+    void makePresetList();
+    void setUpColorButtons();
+    void showWebsiteLink();
+    void validateMenu(const QMenu &menu) const;
+
+    // Settings
+    void readPreferences();
+    void writePreferences();
+    void notifyPresetsChanged();
+
+    // Selected preset
+    void updateSelectionShadow();
+    void showDescription();
+    void descriptionTextDidChange();
+    void fullyExpandHierarchy();
+    QNBHierarchyItemPtr selectedHierarchyItem() const;
+    const QNBHierarchyItem *itemOrRoot(const OutlineItem &item) const;
+
+    Services _services;
+    QPointer<QWidget> _mainView;
+    QHash<QString, QObject *> _outlets;
+    QHash<QString, QIcon> _images;
+    /// The window with the keyboard as last heard; compared, never followed.
+    const QWindow *_keyWindow = nullptr;
+    bool _isSelected = false;
+    bool _lastSaveFailed = false;
+    bool _descriptionPaneIsPlaced = false;
+    QIcon _folderIcon;
+    QIcon _fileIcon;
+
+    TableView *_ui_presetListView = nullptr;
+    ArrayController *_ui_presetListController = nullptr;
+    OutlineView *_ui_presetHierarchyView = nullptr;
+    QLabel *_ui_hoveredColor = nullptr;
+    QLabel *_ui_websiteLink = nullptr;
+    QNBHoverButton *_ui_redButton = nullptr;
+    QNBHoverButton *_ui_orangeButton = nullptr;
+    QNBHoverButton *_ui_yellowButton = nullptr;
+    QNBHoverButton *_ui_greenButton = nullptr;
+    QNBHoverButton *_ui_blueButton = nullptr;
+    QNBHoverButton *_ui_purpleButton = nullptr;
+    QNBHoverButton *_ui_grayButton = nullptr;
+    QNBHoverButton *_ui_clearColorButton = nullptr;
+    QCheckBox *_ui_permGroupR = nullptr;
+    QCheckBox *_ui_permGroupW = nullptr;
+    QCheckBox *_ui_permGroupX = nullptr;
+    QCheckBox *_ui_permOwnerR = nullptr;
+    QCheckBox *_ui_permOwnerW = nullptr;
+    QCheckBox *_ui_permOwnerX = nullptr;
+    QCheckBox *_ui_permOthersR = nullptr;
+    QCheckBox *_ui_permOthersW = nullptr;
+    QCheckBox *_ui_permOthersX = nullptr;
+    QPushButton *_ui_applyPermissionsRecursively = nullptr;
+    QPlainTextEdit *_ui_presetDescription = nullptr;
+    QSplitter *_leftColumnSplit = nullptr;
+    QMenu *_ui_presetContextualMenu = nullptr;
+    QMenu *_ui_scriptSelectionMenu = nullptr;
+    QCheckBox *_ui_showMenubar = nullptr;
+    KeyComboRecorder *_ui_shortcutRecorderControl = nullptr;
+    QWidget *_ui_oldWindow = nullptr;
+    QWidget *_ui_generalViewContainer = nullptr;
+    QWidget *_ui_infoViewContainer = nullptr;
+    QWidget *_ui_infoView = nullptr;
+    QLabel *_ui_versionLabel = nullptr;
+    QLabel *_ui_statusLabel = nullptr;
+    QPushButton *_ui_startStopButton = nullptr;
+
+    // Outlets that are this layout's own.
+    QWidget *_colorRow = nullptr;
+    QWidget *_permissionsGrid = nullptr;
+    QLabel *_productName = nullptr;
+    QPushButton *_addPresetButton = nullptr;
+    QPushButton *_helpButton = nullptr;
+    QCheckBox *_descriptionToggle = nullptr;
+
+    QNBPresetRecordPtr _selectedItem;
+    QList<QNBPresetRecordPtr> _presets;
+    QList<QNBHoverButton *> _hoverButtons;
+    QNBHierarchyItemPtr _rootPresetHierarchyItem;
+    bool showMenubar = true;
+    QNBKeyCombo shortcutCombo;
+};
