@@ -30,6 +30,7 @@ void OutlineViewModel::setDataSource(OutlineViewDataSource *dataSource)
 
 QModelIndex OutlineViewModel::indexOfItem(const OutlineItem &item) const
 {
+    load(root_);
     const Node *node = nodes_.value(item.get());
     return node ? indexOfNode(*node) : QModelIndex();
 }
@@ -117,7 +118,7 @@ bool OutlineViewModel::hasChildren(const QModelIndex &parent) const
 
 QVariant OutlineViewModel::data(const QModelIndex &index, int role) const
 {
-    if (!checkIndex(index, CheckIndexOption::IndexIsValid))
+    if (!index.isValid())
         return {};
     switch (role) {
     case Qt::DisplayRole:
@@ -144,7 +145,7 @@ bool OutlineViewModel::setData(const QModelIndex &index, const QVariant &value, 
 
 Qt::ItemFlags OutlineViewModel::flags(const QModelIndex &index) const
 {
-    if (!checkIndex(index, CheckIndexOption::IndexIsValid))
+    if (!index.isValid())
         return Qt::NoItemFlags;
     Qt::ItemFlags flags = Qt::ItemIsEnabled | Qt::ItemIsSelectable;
     if (!hasChildren(index))

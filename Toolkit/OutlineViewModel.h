@@ -21,7 +21,8 @@ public:
 
     void setDataSource(OutlineViewDataSource *dataSource);
 
-    /// The index of the item's row; invalid for the root and for items that have not been asked for.
+    /// The index of the item's row; invalid for the root and for items below the top level that
+    /// have not been asked for.
     QModelIndex indexOfItem(const OutlineItem &item) const;
     OutlineItem itemAtIndex(const QModelIndex &index) const;
 

@@ -55,7 +55,7 @@ int TableViewModel::columnCount(const QModelIndex &parent) const
 
 QVariant TableViewModel::data(const QModelIndex &index, int role) const
 {
-    if (!checkIndex(index, CheckIndexOption::IndexIsValid))
+    if (!index.isValid())
         return {};
     const TableColumn &column = view_.columns().at(index.column());
     if (role == Qt::DecorationRole && view_.delegate()) {
@@ -85,7 +85,7 @@ bool TableViewModel::setData(const QModelIndex &index, const QVariant &value, in
 
 Qt::ItemFlags TableViewModel::flags(const QModelIndex &index) const
 {
-    if (!checkIndex(index, CheckIndexOption::IndexIsValid))
+    if (!index.isValid())
         return Qt::NoItemFlags;
     Qt::ItemFlags flags = Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemNeverHasChildren;
     if (view_.columns().at(index.column()).isEditable)

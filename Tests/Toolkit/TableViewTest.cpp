@@ -1,0 +1,197 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Toolkit/TableView.h"
+
+#include "FakeRecord.h"
+#include "Toolkit/ArrayController.h"
+
+#include <QAbstractItemModelTester>
+#include <QApplication>
+#include <QLineEdit>
+#include <QSignalSpy>
+#include <QTest>
+#include <gtest/gtest.h>
+
+namespace {
+
+const QString handleColumn = QStringLiteral("drag_handle");
+
+/// Refuses empty labels and shows an image in the handle column.
+class FakeDelegate final : public TableViewDelegate
+{
+public:
+    void tableViewWillDisplayCell(TableView &, ViewCell &cell, const TableColumn &column, int) override
+    {
+        if (column.identifier == handleColumn) {
+            QPixmap pixmap(8, 8);
+            pixmap.fill(Qt::red);
+            cell.image = QIcon(pixmap);
+        }
+    }
+
+    bool tableViewValidateValue(TableView &, QVariant &value, const TableColumn &, int) override
+    {
+        value = value.toString().trimmed();
+        return !value.toString().isEmpty();
+    }
+};
+
+class TableViewTest : public ::testing::Test
+{
+protected:
+    TableViewTest()
+    {
+        controller.setContent({FakeRecord::labelled(QStringLiteral("alpha")),
+                               FakeRecord::labelled(QStringLiteral("beta")),
+                               FakeRecord::labelled(QStringLiteral("gamma"))});
+        view.setColumns({{.identifier = handleColumn, .width = 20},
+                         {.identifier = labelKey, .key = labelKey, .isEditable = true}});
+        view.setDelegate(&delegate);
+        view.setController(&controller);
+        view.resize(200, 200);
+        view.show();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(&view));
+        view.setFocus();
+    }
+
+    ~TableViewTest() override { view.setDelegate(nullptr); }
+
+    QLineEdit *editor() const { return view.viewport()->findChild<QLineEdit *>(); }
+    QString label(int row) const
+    {
+        return controller.arrangedObjects().at(row)->valueForKey(labelKey).toString();
+    }
+    QPoint rowCenter(int row) const { return view.visualRect(view.model()->index(row, 1)).center(); }
+
+    FakeDelegate delegate;
+    ArrayController controller;
+    TableView view;
+    QAbstractItemModelTester tester{view.model(), QAbstractItemModelTester::FailureReportingMode::Fatal};
+};
+
+TEST_F(TableViewTest, ShowsTheRecordsAndTheControllersSelection)
+{
+    EXPECT_EQ(view.model()->rowCount(), 3);
+    EXPECT_EQ(view.model()->index(1, 1).data().toString(), u"beta");
+    EXPECT_EQ(view.selectedRow(), 0);
+    controller.setSelectionIndex(2);
+    EXPECT_EQ(view.currentIndex().row(), 2);
+    EXPECT_TRUE(view.selectionModel()->isRowSelected(2));
+    controller.setSelectionIndex(ArrayController::noIndex);
+    EXPECT_FALSE(view.selectionModel()->hasSelection());
+}
+
+TEST_F(TableViewTest, ClicksAndKeysSelectThroughTheController)
+{
+    QSignalSpy selection(&controller, &ArrayController::selectionChanged);
+    QTest::mouseClick(view.viewport(), Qt::LeftButton, {}, rowCenter(1));
+    EXPECT_EQ(controller.selectionIndex(), 1);
+    QTest::keyClick(&view, Qt::Key_Down);
+    EXPECT_EQ(controller.selectionIndex(), 2);
+    EXPECT_EQ(selection.count(), 2);
+    QTest::mouseClick(view.viewport(), Qt::LeftButton, Qt::ControlModifier, rowCenter(2));
+    EXPECT_EQ(controller.selectionIndex(), view.selectionModel()->hasSelection() ? 2 : -1);
+}
+
+TEST_F(TableViewTest, InsertionsAndRemovalsKeepViewAndControllerTogether)
+{
+    QSignalSpy rowsInserted(view.model(), &QAbstractItemModel::rowsInserted);
+    QSignalSpy rowsRemoved(view.model(), &QAbstractItemModel::rowsRemoved);
+    controller.insertObject(FakeRecord::labelled(QStringLiteral("new")), 1);
+    EXPECT_EQ(view.currentIndex().row(), 1);
+    controller.remove();
+    EXPECT_EQ(controller.selectionIndex(), 1);
+    EXPECT_EQ(view.currentIndex().row(), 1);
+    controller.setSelectionIndex(2);
+    controller.remove();
+    EXPECT_EQ(controller.selectionIndex(), 1);
+    EXPECT_TRUE(view.selectionModel()->isRowSelected(1));
+    EXPECT_EQ(rowsInserted.count(), 1);
+    EXPECT_EQ(rowsRemoved.count(), 2);
+    controller.setContent({});
+    EXPECT_EQ(view.model()->rowCount(), 0);
+    EXPECT_FALSE(view.currentIndex().isValid());
+}
+
+TEST_F(TableViewTest, EditsInPlaceWithTheTextSelected)
+{
+    view.editColumn(labelKey, 1);
+    ASSERT_TRUE(editor());
+    EXPECT_TRUE(view.isEditing());
+    EXPECT_EQ(editor()->selectedText(), u"beta");
+    QTest::keyClicks(editor(), QStringLiteral("delta"));
+    QTest::keyClick(editor(), Qt::Key_Return);
+    EXPECT_TRUE(QTest::qWaitFor([this] { return !view.isEditing(); }));
+    EXPECT_EQ(label(1), u"delta");
+}
+
+TEST_F(TableViewTest, EditKeyWorksFromEveryColumn)
+{
+    QTest::mouseClick(view.viewport(), Qt::LeftButton, {},
+                      view.visualRect(view.model()->index(2, 0)).center());
+    QTest::keyClick(&view, Qt::Key_F2);
+    ASSERT_TRUE(editor());
+    EXPECT_EQ(editor()->text(), u"gamma");
+}
+
+TEST_F(TableViewTest, EscapeLeavesTheRecordAlone)
+{
+    view.editColumn(labelKey, 0);
+    QTest::keyClicks(editor(), QStringLiteral("xyz"));
+    QTest::keyClick(editor(), Qt::Key_Escape);
+    EXPECT_EQ(label(0), u"alpha");
+}
+
+TEST_F(TableViewTest, EndEditingKeepsWhatWasTyped)
+{
+    view.editColumn(labelKey, 0);
+    QTest::keyClicks(editor(), QStringLiteral("half"));
+    view.endEditing();
+    EXPECT_EQ(label(0), u"half");
+    EXPECT_FALSE(view.isEditing());
+    view.endEditing();
+    EXPECT_EQ(label(0), u"half");
+}
+
+TEST_F(TableViewTest, TheDelegateRefusesOrAmendsValues)
+{
+    QAbstractItemModel &model = *view.model();
+    EXPECT_FALSE(model.setData(model.index(0, 1), QStringLiteral("   ")));
+    EXPECT_EQ(label(0), u"alpha");
+    EXPECT_TRUE(model.setData(model.index(0, 1), QStringLiteral(" omega ")));
+    EXPECT_EQ(label(0), u"omega");
+}
+
+TEST_F(TableViewTest, AnUnchangedTextKeepsTheValuesType)
+{
+    controller.setValueForKey(42, labelKey, 0);
+    view.editColumn(labelKey, 0);
+    QTest::keyClick(editor(), Qt::Key_Return);
+    EXPECT_EQ(controller.arrangedObjects().at(0)->valueForKey(labelKey), QVariant(42));
+}
+
+TEST_F(TableViewTest, HandleColumnIsNarrowShowsItsImageAndIsNotEditable)
+{
+    const QModelIndex handle = view.model()->index(0, 0);
+    EXPECT_EQ(view.columnWidth(0), 20);
+    EXPECT_FALSE(handle.data(Qt::DecorationRole).value<QIcon>().isNull());
+    EXPECT_FALSE(view.model()->index(0, 1).data(Qt::DecorationRole).isValid());
+    EXPECT_FALSE(handle.flags() & Qt::ItemIsEditable);
+    EXPECT_FALSE(view.model()->setData(handle, QStringLiteral("x")));
+}
+
+TEST_F(TableViewTest, AnEmptyListSaysSo)
+{
+    controller.setContent({});
+    const QImage without = view.viewport()->grab().toImage();
+    view.setPlaceholderText(QStringLiteral("Nothing here"));
+    const QImage with = view.viewport()->grab().toImage();
+    EXPECT_NE(without, with);
+    controller.addObject(FakeRecord::labelled(QStringLiteral("x")));
+    const QImage filled = view.viewport()->grab().toImage();
+    view.setPlaceholderText({});
+    EXPECT_EQ(filled, view.viewport()->grab().toImage());
+}
+
+} // namespace
