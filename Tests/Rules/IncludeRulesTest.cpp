@@ -3,8 +3,10 @@
 
 #include "Tests/Rules/IncludeRules.h"
 
+#include <QRegularExpression>
 #include <gmock/gmock.h>
 
+using ::testing::Contains;
 using ::testing::IsEmpty;
 using ::testing::SizeIs;
 
@@ -35,6 +37,23 @@ TEST(IncludeRulesTest, TheCoreIncludesNoWidget)
         for (const QString &violation : IncludeRules::violationsOfCoreWithoutWidgets(file, headers))
             ADD_FAILURE() << violation.toStdString();
     }
+}
+
+TEST(IncludeRulesTest, TheCoreIsWhatTheModelLibraryHolds)
+{
+    QString buildRules;
+    for (const SourceFile &file : SourceTree::files()) {
+        if (file.path == u"Source/CMakeLists.txt")
+            buildRules = file.text;
+    }
+    static const QRegularExpression library(QStringLiteral("add_library\\(quenby-model STATIC([^)]*)\\)"));
+    const QStringList sources =
+        library.match(buildRules).captured(1).simplified().split(u' ', Qt::SkipEmptyParts);
+    ASSERT_THAT(sources, Contains(QStringLiteral("QNBHierarchyItem.h")));
+    for (const QString &source : sources)
+        EXPECT_EQ(IncludeRules::roomOf(QStringLiteral("Source/") + source), QStringLiteral("Source/core"))
+            << source.toStdString()
+            << " is in quenby-model but not among the core's classes in IncludeRules.cpp";
 }
 
 TEST(IncludeRulesTest, AWrongDirectionIsCaught)
