@@ -6,6 +6,7 @@
 #include "Platform/PropertyList.h"
 #include "Platform/PropertyListNode.h"
 
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -27,12 +28,15 @@ public:
     Ref integer(qint64 value);
     Ref unsignedInteger(quint64 value);
     Ref real(double value);
+    /// An invalid one is no property list.
     Ref date(const QDateTime &value);
+    Ref date(PropertyList::Date value);
     Ref data(QByteArrayView value);
     Ref string(QStringView value);
     Ref uid(quint64 value);
     Ref array(std::span<const Ref> elements);
-    /// Keys must be strings and differ from each other.
+    /// As many keys as values. Keys must be strings; where one repeats, the last entry counts and the others
+    /// are not written.
     Ref dictionary(std::span<const Ref> keys, std::span<const Ref> values);
 
     /// A whole value. A type that is no property list makes finish() fail.
@@ -54,4 +58,49 @@ public:
     /// The document whose top object is \a top, holding every value added so far. Offset and reference sizes
     /// are the least that fit.
     PropertyList::WriteResult finish(Ref top) const;
+
+private:
+    enum class Kind : quint8 { Invalid, Scalar, String, Array, Dictionary };
+
+    struct Object
+    {
+        /// Of a scalar: its place in bytes_; of a container: its place in references_.
+        quint32 first = 0;
+        /// Of a scalar: its bytes; of a container: its elements or entries.
+        quint32 count = 0;
+        /// Values made when every reference below is followed, itself included; saturated.
+        quint32 values = 1;
+        /// Levels of containers, itself included; saturated.
+        quint16 depth = 0;
+        Kind kind = Kind::Scalar;
+    };
+
+    struct Entry
+    {
+        quint32 hash = 0;
+        /// The object's reference plus 1; 0 in a free entry.
+        quint32 object = 0;
+    };
+
+    Ref scalar(PropertyListType type, const QVariant &value);
+    quint8 *grow(std::size_t size);
+    Ref intern(std::size_t start, Kind kind);
+    quint32 hashOf(const Object &object) const;
+    void growTable();
+    Ref container(Kind kind, std::span<const Ref> keys, std::span<const Ref> values);
+    Ref invalid(const QString &reason);
+    bool hasRepeatedKey(std::span<const Ref> keys) const;
+
+    std::vector<Object> objects_;
+    /// Of all containers; a dictionary's keys stand before its values.
+    std::vector<Ref> references_;
+    /// All scalars, encoded.
+    std::vector<quint8> bytes_;
+    /// The scalars by their bytes: open addressing, a power of two in size.
+    std::vector<Entry> table_;
+    std::size_t scalars_ = 0;
+    std::size_t seed_;
+    /// The object that stands for every value that cannot be written.
+    std::optional<Ref> invalid_;
+    QString invalidReason_;
 };

@@ -7,13 +7,14 @@
 #include <QDateTime>
 #include <QString>
 #include <QVariant>
+#include <bit>
 #include <optional>
 
 /// Property-list serialisation: the binary form ("bplist00") and the XML form, read and written.
 ///
-/// A property list as values: QString, bool, qlonglong (qulonglong above 2^63-1), double, QDateTime (UTC),
-/// QByteArray, QVariantList, QVariantMap; QVariant() stands for the binary form's null, PropertyList::UID for
-/// the references of keyed archives.
+/// A property list as values: QString, bool, qlonglong (qulonglong above 2^63-1), double, QDateTime (UTC) or
+/// PropertyList::Date, QByteArray, QVariantList, QVariantMap; QVariant() stands for the binary form's null,
+/// PropertyList::UID for the references of keyed archives.
 namespace PropertyList {
 
 /// A reference of a keyed archive (binary marker 0x8n). XML has no form of its own for it.
@@ -21,6 +22,19 @@ struct UID
 {
     quint64 value = 0;
     friend bool operator==(const UID &, const UID &) = default;
+};
+
+/// A date that a QDateTime cannot hold exactly: one finer than a millisecond, beyond its range, or not a
+/// finite number. It is kept as stored, so that what passes through here is not rounded.
+struct Date
+{
+    /// Since 2001-01-01 00:00 UTC.
+    double seconds = 0;
+    /// The same bits, so that a date that is not a number equals itself.
+    friend bool operator==(const Date &left, const Date &right)
+    {
+        return std::bit_cast<quint64>(left.seconds) == std::bit_cast<quint64>(right.seconds);
+    }
 };
 
 enum class Form { Binary, XML };
@@ -61,6 +75,12 @@ ReadResult read(const QByteArray &bytes);
 /// limit; in XML: null, UID, lone surrogates and control characters).
 WriteResult write(const QVariant &value, Form form = Form::Binary);
 
+/// The date so many seconds after 2001-01-01 00:00 UTC: a QDateTime when that is exact, else a Date.
+QVariant dateValue(double seconds);
+/// The seconds that dateValue() would take for this QDateTime (of any time zone) or Date; none for an invalid
+/// QDateTime and any other type.
+std::optional<double> dateSeconds(const QVariant &value);
+
 /// The boolean value of a property-list scalar as the platform converts it: a number is true when it is not
 /// zero; a string is true when it begins, after blanks, a sign and zeros, with one of Y y T t 1…9. Anything
 /// else is none.
@@ -72,3 +92,4 @@ std::optional<qint64> integerValue(const QVariant &value);
 } // namespace PropertyList
 
 Q_DECLARE_METATYPE(PropertyList::UID)
+Q_DECLARE_METATYPE(PropertyList::Date)

@@ -17,7 +17,8 @@ public:
     /// error.
     static Ptr parse(const QByteArray &bytes, QString *error);
 
-    /// A document around a value that is already in memory.
+    /// A document of a value that is already in memory; never null. A part that is no property list reads as
+    /// Null.
     static Ptr fromVariant(const QVariant &value);
 
     /// A document whose nodes come from \a source.

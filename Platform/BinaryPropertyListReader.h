@@ -1,0 +1,67 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "Platform/PropertyListDocument.h"
+
+#include <vector>
+
+/// Reads binary property lists. Values stay in the bytes until they are asked for; only strings are kept
+/// once decoded. Handles are object numbers.
+///
+/// Everything that the top object reaches is checked first, once for each object, however often it is
+/// referred to: time and memory are linear in the bytes. Sets, which are no property list, are refused.
+class BinaryPropertyListReader final : public PropertyListSource
+{
+public:
+    /// Whether the first bytes are those of this form.
+    static bool recognises(const QByteArray &bytes);
+    /// Null on failure, with the reason in \a error.
+    static PropertyListDocument::Ptr parse(const QByteArray &bytes, QString *error);
+
+    PropertyListType type(Handle node) const override;
+    QVariant scalar(Handle node) const override;
+    const QString &string(Handle node) const override;
+    bool boolean(Handle node) const override;
+    qsizetype count(Handle node) const override;
+    Handle element(Handle array, qsizetype index) const override;
+    Handle key(Handle dictionary, qsizetype index) const override;
+    Handle valueAt(Handle dictionary, qsizetype index) const override;
+
+private:
+    using Object = quint32;
+
+    /// Where an object's content begins, and how many bytes, units, elements or entries it has.
+    struct Content
+    {
+        quint64 start = 0;
+        quint64 count = 0;
+    };
+
+    explicit BinaryPropertyListReader(const QByteArray &bytes);
+
+    bool readTrailer();
+    bool checkObjects();
+    /// The content of the object if all of it lies within the objects.
+    std::optional<Content> checkedContent(Object object) const;
+    bool checkScalar(Object object, const Content &content);
+    bool refuse(const QString &reason);
+
+    quint8 marker(Object object) const { return data_[offsets_[object]]; }
+    Content content(Object object) const;
+    Object reference(quint64 start, quint64 index) const;
+
+    QByteArray bytes_;
+    const uchar *data_;
+    quint64 objectsEnd_ = 0;
+    int referenceSize_ = 0;
+    Object top_ = 0;
+    std::vector<quint32> offsets_;
+    /// Of a string its place in strings_; while the objects are checked, of a container the values made when
+    /// every reference below is followed.
+    std::vector<quint32> notes_;
+    /// Null until asked for.
+    mutable std::vector<QString> strings_;
+    QString error_;
+};

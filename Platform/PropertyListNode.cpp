@@ -1,0 +1,79 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Platform/PropertyListNode.h"
+
+#include <QHash>
+#include <utility>
+#include <vector>
+
+namespace {
+
+struct Frame
+{
+    PropertyListNode node;
+    qsizetype next = 0;
+    qsizetype count = 0;
+    QVariantList array;
+    QVariantMap dictionary;
+
+    void add(const QVariant &value)
+    {
+        if (node.isArray())
+            array.append(value);
+        else
+            dictionary.insert(node.keyAt(next), value);
+        ++next;
+    }
+};
+
+} // namespace
+
+PropertyListSource::~PropertyListSource() = default;
+
+PropertyListNode PropertyListNode::value(QStringView key) const
+{
+    if (!isDictionary())
+        return {};
+    for (qsizetype i = count(); i-- > 0;) {
+        if (keyAt(i) == key)
+            return valueAt(i);
+    }
+    return {};
+}
+
+QVariant PropertyListNode::toVariant() const
+{
+    if (!source_)
+        return {};
+    std::vector<Frame> stack;
+    // What is referred to twice is one value: references can stand for far more values than memory holds.
+    QHash<PropertyListSource::Handle, QVariant> containers;
+    PropertyListNode node = *this;
+    for (;;) {
+        const bool isContainer = node.isArray() || node.isDictionary();
+        const auto known = isContainer ? containers.constFind(node.handle_) : containers.constEnd();
+        if (isContainer && known == containers.constEnd()) {
+            stack.push_back({node, 0, node.count(), {}, {}});
+            if (node.isArray())
+                stack.back().array.reserve(node.count());
+        } else {
+            const QVariant value = isContainer ? *known : source_->scalar(node.handle_);
+            if (stack.empty())
+                return value;
+            stack.back().add(value);
+        }
+        while (stack.back().next == stack.back().count) {
+            Frame done = std::move(stack.back());
+            stack.pop_back();
+            const QVariant value =
+                done.node.isArray() ? QVariant(std::move(done.array)) : QVariant(std::move(done.dictionary));
+            containers.insert(done.node.handle_, value);
+            if (stack.empty())
+                return value;
+            stack.back().add(value);
+        }
+        const Frame &frame = stack.back();
+        node = frame.node.isArray() ? frame.node.at(frame.next) : frame.node.valueAt(frame.next);
+    }
+}
