@@ -5,6 +5,7 @@
 
 #include <QByteArray>
 #include <QString>
+#include <optional>
 
 /// What became of an action that can fail: nothing more to say, or the reason in words for the log.
 struct [[nodiscard]] FileResult
@@ -21,6 +22,9 @@ class FileLayer;
 /// old bytes or the new ones, never others: temporary file in the folder of the resolved target (a symbolic
 /// link stays a link), mode, owner and extended attributes of the old file kept, every write checked, fsync,
 /// rename, fsync of the folder. Used for the preference domain, preset files and login items.
+///
+/// A file that its user may not write is not replaced, though the folder would allow it. Where the system
+/// does not let the owner be kept the file becomes the user's own, and opens itself to nobody by that.
 class DurableFileWriter
 {
 public:
@@ -29,22 +33,31 @@ public:
         /// Mode of a file that did not exist.
         int newFileMode = 0600;
         /// Keep the bytes being replaced under this path (a hard link where possible, else a copy); none if
-        /// empty.
+        /// empty. In the folder of the resolved target.
         QString backupPath = {};
     };
 
     /// \a layer stands for the system calls and is the real one if null; not owned.
     explicit DurableFileWriter(FileLayer *layer = nullptr);
 
+    /// On failure the path holds the old bytes, unless the reason is that the folder could not be
+    /// synchronised after all else was done.
     FileResult write(const QString &path, const QByteArray &bytes, const Options &options) const;
     FileResult write(const QString &path, const QByteArray &bytes) const
     {
         return write(path, bytes, Options());
     }
 
+    /// Copies \a from to \a to, which must not exist: whole and durable, or not at all.
+    FileResult copy(const QString &from, const QString &to) const;
+
+    /// The file that \a path stands for: symbolic links followed, the last one also where it leads to nothing
+    /// yet. None if the folder does not exist or cannot be reached, with the reason in \a error.
+    std::optional<QString> resolve(const QString &path, QString *error) const;
+
     /// Removes temporary files that a killed writer left beside \a path. Call under the lock that guards it.
     void removeStrayTemporaries(const QString &path) const;
 
 private:
-    FileLayer *layer_;
+    FileLayer &layer_;
 };

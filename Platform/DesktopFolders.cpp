@@ -1,0 +1,93 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Platform/DesktopFolders.h"
+
+#include <QDir>
+#include <QFile>
+
+#include <cerrno>
+#include <pwd.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <vector>
+
+namespace {
+
+const QString homeVariable = QStringLiteral("HOME");
+const QString configHomeVariable = QStringLiteral("XDG_CONFIG_HOME");
+const QString dataHomeVariable = QStringLiteral("XDG_DATA_HOME");
+const QString runtimeDirectoryVariable = QStringLiteral("XDG_RUNTIME_DIR");
+const QString temporaryFolderVariable = QStringLiteral("TMPDIR");
+
+/// The path in its shortest form if it is absolute, else empty. (QDir would take ":name" for absolute too.)
+QString absoluteOnly(const QString &path)
+{
+    return path.startsWith(u'/') ? QDir::cleanPath(path) : QString();
+}
+
+QString folderVariable(const QProcessEnvironment &environment, const QString &name)
+{
+    return absoluteOnly(environment.value(name));
+}
+
+QString homeFromPasswordDatabase()
+{
+    std::vector<char> buffer(1024);
+    passwd entry = {};
+    passwd *found = nullptr;
+    while (::getpwuid_r(::geteuid(), &entry, buffer.data(), buffer.size(), &found) == ERANGE)
+        buffer.resize(2 * buffer.size());
+    return found ? absoluteOnly(QFile::decodeName(found->pw_dir)) : QString();
+}
+
+QString belowHome(const QProcessEnvironment &environment, const QString &variable,
+                  QLatin1StringView byDefault)
+{
+    if (const QString folder = folderVariable(environment, variable); !folder.isEmpty())
+        return folder;
+    const QString home = DesktopFolders::home(environment);
+    return home.isEmpty() ? QString() : QDir(home).filePath(byDefault);
+}
+
+bool isPrivateFolder(const QString &path)
+{
+    struct stat information = {};
+    return ::lstat(QFile::encodeName(path).constData(), &information) == 0 && S_ISDIR(information.st_mode) &&
+           information.st_uid == ::geteuid() && (information.st_mode & (S_IRWXG | S_IRWXO)) == 0;
+}
+
+} // namespace
+
+QString DesktopFolders::home(const QProcessEnvironment &environment)
+{
+    const QString folder = folderVariable(environment, homeVariable);
+    return folder.isEmpty() ? homeFromPasswordDatabase() : folder;
+}
+
+QString DesktopFolders::configHome(const QProcessEnvironment &environment)
+{
+    return belowHome(environment, configHomeVariable, QLatin1StringView(".config"));
+}
+
+QString DesktopFolders::dataHome(const QProcessEnvironment &environment)
+{
+    return belowHome(environment, dataHomeVariable, QLatin1StringView(".local/share"));
+}
+
+QString DesktopFolders::runtimeDirectory(const QProcessEnvironment &environment)
+{
+    const QString user = QString::number(::geteuid());
+    for (const QString &folder :
+         {folderVariable(environment, runtimeDirectoryVariable), QStringLiteral("/run/user/%1").arg(user)}) {
+        if (!folder.isEmpty() && isPrivateFolder(folder))
+            return folder;
+    }
+
+    QString temporary = folderVariable(environment, temporaryFolderVariable);
+    if (temporary.isEmpty())
+        temporary = QStringLiteral("/tmp");
+    const QString folder = QDir(temporary).filePath(QStringLiteral("quenby-runtime-%1").arg(user));
+    ::mkdir(QFile::encodeName(folder).constData(), S_IRWXU);
+    return isPrivateFolder(folder) ? folder : QString();
+}

@@ -1,0 +1,28 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include <QProcessEnvironment>
+#include <QString>
+
+/// The user's folders, found as the XDG Base Directory Specification says: a variable that is unset, empty or
+/// no absolute path counts for nothing, and the default stands. Nothing is looked up twice, nothing kept.
+/// None of the folders need exist, but for runtimeDirectory().
+namespace DesktopFolders {
+
+/// `HOME`, else what the password database says; empty if neither is an absolute path.
+QString home(const QProcessEnvironment &environment = QProcessEnvironment::systemEnvironment());
+
+/// `XDG_CONFIG_HOME`, default `~/.config`; empty without a home.
+QString configHome(const QProcessEnvironment &environment = QProcessEnvironment::systemEnvironment());
+
+/// `XDG_DATA_HOME`, default `~/.local/share`; empty without a home.
+QString dataHome(const QProcessEnvironment &environment = QProcessEnvironment::systemEnvironment());
+
+/// `XDG_RUNTIME_DIR`, else the folder that a login session would have, else a folder of the user's own among
+/// the temporary files, made here. Only a real folder that belongs to this user and is closed to others is
+/// taken: another user must not be able to plant files in it. Empty if there is none.
+QString runtimeDirectory(const QProcessEnvironment &environment = QProcessEnvironment::systemEnvironment());
+
+} // namespace DesktopFolders

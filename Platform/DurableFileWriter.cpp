@@ -1,0 +1,294 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Platform/DurableFileWriter.h"
+
+#include "Platform/FileAttributes.h"
+#include "Platform/FileDescriptor.h"
+
+#include <QCryptographicHash>
+#include <QFile>
+#include <QFileInfo>
+#include <QRandomGenerator>
+
+#include <algorithm>
+#include <cerrno>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace {
+
+/// As many links in a row as the kernel follows.
+constexpr int maximumLinks = 40;
+constexpr int maximumTemporaryNames = 100;
+constexpr qsizetype copyChunk = 256 * 1024;
+
+QByteArray folderOf(const QByteArray &path)
+{
+    const qsizetype slash = path.lastIndexOf('/');
+    return slash == -1 ? QByteArray(".") : path.left(std::max<qsizetype>(slash, 1));
+}
+
+QByteArray nameOf(const QByteArray &path)
+{
+    return path.mid(path.lastIndexOf('/') + 1);
+}
+
+QByteArray joined(const QByteArray &folder, const QByteArray &name)
+{
+    return folder.endsWith('/') ? folder + name : folder + '/' + name;
+}
+
+FileResult failed(const char *doing, const QByteArray &path, int errorNumber)
+{
+    return FileResult::failure(systemError(
+        QStringLiteral("cannot %1 %2").arg(QLatin1StringView(doing), QFile::decodeName(path)), errorNumber));
+}
+
+/// How the temporary files for \a target begin. Of fixed length, so that a name as long as the file system
+/// allows can be saved too.
+QByteArray temporaryPrefix(const QByteArray &target)
+{
+    const QByteArray hash = QCryptographicHash::hash(nameOf(target), QCryptographicHash::Sha1);
+    return ".quenby-" + hash.toHex().left(16) + '-';
+}
+
+/// A new file in the folder of \a target, readable by its owner only, removed again unless it was moved.
+class TemporaryFile
+{
+public:
+    TemporaryFile(FileLayer &layer, const QByteArray &target)
+        : layer_(layer)
+        , path_(joined(folderOf(target), temporaryPrefix(target)))
+        , file_(layer, create())
+    {
+    }
+    TemporaryFile(const TemporaryFile &) = delete;
+    TemporaryFile &operator=(const TemporaryFile &) = delete;
+    ~TemporaryFile()
+    {
+        if (exists_)
+            layer_.unlink(path_);
+    }
+
+    bool exists() const { return exists_; }
+    const QByteArray &path() const { return path_; }
+    int descriptor() const { return file_.get(); }
+
+    FileResult append(const char *bytes, qsizetype size)
+    {
+        while (size > 0) {
+            const ssize_t written = layer_.write(descriptor(), bytes, static_cast<size_t>(size));
+            if (written <= 0)
+                return failed("write", path_, written == 0 ? EIO : errno);
+            bytes += written;
+            size -= written;
+        }
+        return {};
+    }
+
+    /// Nothing of the file is left to be written later, when nobody could be told of a failure.
+    FileResult finish()
+    {
+        if (layer_.fsync(descriptor()) == -1)
+            return failed("synchronise", path_, errno);
+        if (file_.close() == -1)
+            return failed("close", path_, errno);
+        return {};
+    }
+
+    FileResult moveTo(const QByteArray &target)
+    {
+        if (layer_.rename(path_, target) == -1)
+            return failed("rename the new file to", target, errno);
+        exists_ = false;
+        return {};
+    }
+
+private:
+    int create()
+    {
+        const QByteArray prefix = path_;
+        int descriptor = -1;
+        for (int attempt = 0; attempt < maximumTemporaryNames; ++attempt) {
+            path_ = prefix + QByteArray::number(QRandomGenerator::global()->generate64(), 16);
+            descriptor = layer_.open(path_, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0600);
+            if (descriptor != -1 || errno != EEXIST)
+                break;
+        }
+        exists_ = descriptor != -1;
+        return descriptor;
+    }
+
+    FileLayer &layer_;
+    QByteArray path_;
+    bool exists_ = false;
+    FileDescriptor file_;
+};
+
+/// A file that was renamed is found again after a power failure only when its folder has been written.
+FileResult synchroniseFolder(FileLayer &layer, const QByteArray &folder)
+{
+    FileDescriptor descriptor(layer, layer.open(folder, O_RDONLY | O_DIRECTORY));
+    if (!descriptor.isOpen()) {
+        // A folder may be writable and not readable.
+        return errno == EACCES ? FileResult() : failed("open the folder", folder, errno);
+    }
+    // Some file systems have nothing to synchronise here, and say so in either way.
+    if (layer.fsync(descriptor.get()) == -1 && errno != EINVAL && errno != ENOTSUP)
+        return failed("synchronise the folder", folder, errno);
+    return {};
+}
+
+/// Fills \a copy with the bytes and the attributes of the file \a from.
+FileResult fillCopy(FileLayer &layer, const QByteArray &from, TemporaryFile &copy)
+{
+    FileDescriptor source(layer, layer.open(from, O_RDONLY | O_NONBLOCK));
+    struct stat information = {};
+    if (!source.isOpen() || layer.fstat(source.get(), &information) == -1)
+        return failed("open", from, errno);
+    QByteArray chunk(copyChunk, Qt::Uninitialized);
+    for (;;) {
+        const ssize_t size = layer.read(source.get(), chunk.data(), static_cast<size_t>(chunk.size()));
+        if (size == -1)
+            return failed("read", from, errno);
+        if (size == 0)
+            break;
+        if (FileResult result = copy.append(chunk.constData(), size); !result)
+            return result;
+    }
+    if (FileResult result = FileAttributes::keep(layer, from, information, copy.descriptor()); !result)
+        return result;
+    return copy.finish();
+}
+
+/// Makes \a backup hold what \a target holds, and never less than that or than it held before.
+FileResult keepBackup(FileLayer &layer, const QByteArray &target, const QByteArray &backup)
+{
+    const QByteArray linked =
+        joined(folderOf(target),
+               temporaryPrefix(target) + QByteArray::number(QRandomGenerator::global()->generate64(), 16));
+    if (layer.link(target, linked) == 0) {
+        const int renamed = layer.rename(linked, backup);
+        const int errorNumber = errno;
+        // Nothing is renamed where both names are the same file already; then this one is left over.
+        layer.unlink(linked);
+        return renamed == 0 ? FileResult() : failed("rename the old file to", backup, errorNumber);
+    }
+
+    // No hard links here, or none for this file.
+    TemporaryFile copy(layer, target);
+    if (!copy.exists())
+        return failed("create", copy.path(), errno);
+    if (FileResult result = fillCopy(layer, target, copy); !result)
+        return result;
+    return copy.moveTo(backup);
+}
+
+std::optional<QByteArray> resolved(FileLayer &layer, const QByteArray &path, QString *error)
+{
+    QByteArray current = path;
+    for (int links = 0; links < maximumLinks; ++links) {
+        const std::optional<QByteArray> text = layer.readlink(current);
+        if (!text && (errno == EINVAL || errno == ENOENT)) {
+            // No link, or nothing at all: its folder decides.
+            const std::optional<QByteArray> folder = layer.realpath(folderOf(current));
+            if (folder)
+                return joined(*folder, nameOf(current));
+            *error = failed("find the folder of", current, errno).error;
+            return std::nullopt;
+        }
+        if (!text) {
+            *error = failed("follow", current, errno).error;
+            return std::nullopt;
+        }
+        current = text->startsWith('/') ? *text : joined(folderOf(current), *text);
+    }
+    *error = failed("follow", path, ELOOP).error;
+    return std::nullopt;
+}
+
+} // namespace
+
+DurableFileWriter::DurableFileWriter(FileLayer *layer)
+    : layer_(layer ? *layer : FileLayer::real())
+{
+}
+
+FileResult DurableFileWriter::write(const QString &path, const QByteArray &bytes,
+                                    const Options &options) const
+{
+    QString error;
+    const std::optional<QByteArray> found = resolved(layer_, QFile::encodeName(path), &error);
+    if (!found)
+        return FileResult::failure(error);
+    const QByteArray &target = *found;
+
+    struct stat old = {};
+    const bool replaces = layer_.stat(target, &old) == 0;
+    if (!replaces && errno != ENOENT)
+        return failed("examine", target, errno);
+    if (replaces && !S_ISREG(old.st_mode))
+        return FileResult::failure(QStringLiteral("%1 is no regular file").arg(QFile::decodeName(target)));
+    if (replaces && layer_.access(target, W_OK) == -1)
+        return failed("write", target, errno);
+
+    TemporaryFile temporary(layer_, target);
+    if (!temporary.exists())
+        return failed("create", temporary.path(), errno);
+    if (FileResult result = temporary.append(bytes.constData(), bytes.size()); !result)
+        return result;
+    if (replaces) {
+        if (FileResult result = FileAttributes::keep(layer_, target, old, temporary.descriptor()); !result)
+            return result;
+    } else if (layer_.fchmod(temporary.descriptor(), static_cast<mode_t>(options.newFileMode)) == -1) {
+        return failed("set the mode of", temporary.path(), errno);
+    }
+    if (FileResult result = temporary.finish(); !result)
+        return result;
+
+    if (replaces && !options.backupPath.isEmpty()) {
+        if (FileResult result = keepBackup(layer_, target, QFile::encodeName(options.backupPath)); !result)
+            return result;
+    }
+    if (FileResult result = temporary.moveTo(target); !result)
+        return result;
+    return synchroniseFolder(layer_, folderOf(target));
+}
+
+FileResult DurableFileWriter::copy(const QString &from, const QString &to) const
+{
+    const QByteArray target = QFile::encodeName(to);
+    struct stat present = {};
+    if (layer_.lstat(target, &present) == 0)
+        return failed("create", target, EEXIST);
+
+    TemporaryFile temporary(layer_, target);
+    if (!temporary.exists())
+        return failed("create", temporary.path(), errno);
+    if (FileResult result = fillCopy(layer_, QFile::encodeName(from), temporary); !result)
+        return result;
+    if (FileResult result = temporary.moveTo(target); !result)
+        return result;
+    return synchroniseFolder(layer_, folderOf(target));
+}
+
+std::optional<QString> DurableFileWriter::resolve(const QString &path, QString *error) const
+{
+    const std::optional<QByteArray> target = resolved(layer_, QFile::encodeName(path), error);
+    return target ? std::optional(QFile::decodeName(*target)) : std::nullopt;
+}
+
+void DurableFileWriter::removeStrayTemporaries(const QString &path) const
+{
+    QString error;
+    const std::optional<QByteArray> target = resolved(layer_, QFile::encodeName(path), &error);
+    if (!target)
+        return;
+    const QByteArray folder = folderOf(*target);
+    const QByteArray prefix = temporaryPrefix(*target);
+    for (const QByteArray &name : layer_.entries(folder).value_or(QList<QByteArray>())) {
+        if (name.startsWith(prefix))
+            layer_.unlink(joined(folder, name));
+    }
+}

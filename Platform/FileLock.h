@@ -1,0 +1,27 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "Platform/FileDescriptor.h"
+
+#include <optional>
+
+/// An advisory lock between processes, and between holders within one, on an empty file of its own. The
+/// kernel lets go of it with its holder, however that ends. The file stays: removing it would let two
+/// processes hold locks on two files of one name.
+class FileLock
+{
+public:
+    /// Waits at most \a timeout milliseconds; none on failure, with the reason in \a error.
+    static std::optional<FileLock> acquire(FileLayer &layer, const QString &path, int timeout,
+                                           QString *error);
+
+private:
+    explicit FileLock(FileDescriptor descriptor)
+        : descriptor_(std::move(descriptor))
+    {
+    }
+
+    FileDescriptor descriptor_;
+};

@@ -1,0 +1,242 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Platform/PreferencesFile.h"
+
+#include "Platform/DesktopFolders.h"
+#include "Platform/PropertyList.h"
+
+#include <QCryptographicHash>
+#include <QDateTime>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+#include <algorithm>
+#include <cerrno>
+#include <fcntl.h>
+
+namespace {
+
+const QString backupSuffix = QStringLiteral(".backup");
+const QString damagedInfix = QStringLiteral(".damaged-");
+const QString utcStamp = QStringLiteral("yyyyMMdd'T'HHmmss'Z'");
+/// More than one process could use up within the second that a time stamp lasts.
+constexpr int maximumAsideNames = 1000;
+constexpr qint64 readChunk = qint64(4) * 1024 * 1024;
+
+FileResult failed(const QString &doing, int errorNumber)
+{
+    return FileResult::failure(systemError(doing, errorNumber));
+}
+
+FileResult makeFolder(FileLayer &layer, const QString &folder)
+{
+    const QByteArray name = QFile::encodeName(folder);
+    struct stat information = {};
+    if (layer.stat(name, &information) == 0)
+        return {};
+    const QString parent = QFileInfo(folder).path();
+    if (errno == ENOENT && parent != folder) {
+        if (FileResult result = makeFolder(layer, parent); !result)
+            return result;
+    }
+    if (layer.mkdir(name, S_IRWXU) == -1 && errno != EEXIST)
+        return failed(QStringLiteral("cannot make the folder %1").arg(folder), errno);
+    return {};
+}
+
+/// At most \a limit bytes and one more; none with errno on failure.
+std::optional<QByteArray> readUpTo(FileLayer &layer, int descriptor, qint64 expected, qint64 limit)
+{
+    QByteArray bytes;
+    bytes.reserve(expected + 1);
+    while (bytes.size() <= limit) {
+        const qsizetype before = bytes.size();
+        const qint64 wanted = std::max<qint64>(
+            1, std::min({readChunk, limit + 1 - before, std::max<qint64>(expected + 1 - before, 1)}));
+        bytes.resize(before + wanted);
+        const ssize_t size = layer.read(descriptor, bytes.data() + before, static_cast<size_t>(wanted));
+        bytes.resize(before + std::max<ssize_t>(size, 0));
+        if (size == -1)
+            return std::nullopt;
+        if (size == 0)
+            break;
+        expected = std::max<qint64>(expected, bytes.size() + (bytes.size() > expected ? readChunk : 0));
+    }
+    return bytes;
+}
+
+} // namespace
+
+PreferencesFile::PreferencesFile(FileLayer &layer, const QString &path)
+    : layer_(layer)
+    , writer_(&layer)
+    , path_(path)
+{
+}
+
+FileResult PreferencesFile::locate(bool create)
+{
+    if (create) {
+        if (FileResult result = makeFolder(layer_, QFileInfo(path_).path()); !result)
+            return result;
+    }
+    QString error;
+    const std::optional<QString> target = writer_.resolve(path_, &error);
+    if (!target)
+        return FileResult::failure(error);
+    target_ = *target;
+    backup_ = target_ + backupSuffix;
+    return {};
+}
+
+std::optional<FileLock> PreferencesFile::lock(const QString &folder, int timeout, QString *error) const
+{
+    const QString place = folder.isEmpty() ? DesktopFolders::runtimeDirectory() : folder;
+    if (place.isEmpty()) {
+        *error = QStringLiteral("there is no safe folder for the lock of %1").arg(target_);
+        return std::nullopt;
+    }
+    // One lock for each file, so that the same domain of two homes has two, and two names of a file have one.
+    const QByteArray hash = QCryptographicHash::hash(QFile::encodeName(target_), QCryptographicHash::Sha1);
+    const QString name = QStringLiteral("quenby-preferences-%1.lock").arg(QLatin1StringView(hash.toHex()));
+    return FileLock::acquire(layer_, QDir(place).filePath(name), timeout, error);
+}
+
+PreferencesFile::Content PreferencesFile::read(const QByteArray &known) const
+{
+    return readFile(target_, known);
+}
+
+PreferencesFile::Content PreferencesFile::readBackup() const
+{
+    return readFile(backup_, {});
+}
+
+PreferencesFile::Content PreferencesFile::readFile(const QString &path, const QByteArray &known) const
+{
+    Content content;
+    // Not to wait for the other end of what may be a pipe.
+    FileDescriptor file(layer_, layer_.open(QFile::encodeName(path), O_RDONLY | O_NONBLOCK));
+    struct stat information = {};
+    if (!file.isOpen() || layer_.fstat(file.get(), &information) == -1) {
+        content.state = !file.isOpen() && errno == ENOENT ? Content::Missing : Content::Unreadable;
+        content.error = systemError(QStringLiteral("cannot open %1").arg(path), errno);
+        return content;
+    }
+    if (!S_ISREG(information.st_mode)) {
+        content.state = Content::Unreadable;
+        content.error = QStringLiteral("%1 is no regular file").arg(path);
+        return content;
+    }
+    constexpr qint64 limit = PropertyList::Limits::inputSize;
+    std::optional<QByteArray> bytes;
+    if (information.st_size <= limit) {
+        bytes = readUpTo(layer_, file.get(), information.st_size, limit);
+        if (!bytes) {
+            content.state = Content::Unreadable;
+            content.error = systemError(QStringLiteral("cannot read %1").arg(path), errno);
+            return content;
+        }
+    }
+    if (!bytes || bytes->size() > limit) {
+        content.state = Content::TooLarge;
+        content.error = QStringLiteral("%1 has more than %2 bytes").arg(path).arg(limit);
+        return content;
+    }
+
+    content.bytes = *bytes;
+    if (!known.isEmpty() && content.bytes == known) {
+        content.state = Content::Good;
+        return content;
+    }
+    QString error;
+    content.document = PropertyListDocument::parse(content.bytes, &error);
+    if (content.document && !content.document->root().isDictionary()) {
+        content.document.reset();
+        error = QStringLiteral("the top object is no dictionary");
+    }
+    content.state = content.document ? Content::Good : Content::Damaged;
+    if (!content.document)
+        content.error = QStringLiteral("%1 is damaged: %2").arg(path, error);
+    return content;
+}
+
+FileResult PreferencesFile::keepDamagedAside() const
+{
+    return keepAside(target_, Aside::Link);
+}
+
+FileResult PreferencesFile::keepDamagedBackupAside() const
+{
+    return keepAside(backup_, Aside::Link);
+}
+
+FileResult PreferencesFile::keepCopyAside() const
+{
+    return keepAside(target_, Aside::Copy);
+}
+
+FileResult PreferencesFile::keepAside(const QString &path, Aside how) const
+{
+    const QString begin = path + damagedInfix;
+    const QFileInfo beginning(begin);
+    for (const QByteArray &entry :
+         layer_.entries(QFile::encodeName(beginning.path())).value_or(QList<QByteArray>())) {
+        const QString name = QFile::decodeName(entry);
+        if (name.startsWith(beginning.fileName()) &&
+            holdsTheSame(path, QDir(beginning.path()).filePath(name)))
+            return {};
+    }
+
+    const QString first = begin + QDateTime::currentDateTimeUtc().toString(utcStamp);
+    QString aside = first;
+    for (int number = 2; number < maximumAsideNames; ++number) {
+        // Neither call replaces a file that is there.
+        struct stat present = {};
+        if (layer_.lstat(QFile::encodeName(aside), &present) == -1) {
+            if (errno != ENOENT)
+                return failed(QStringLiteral("cannot examine %1").arg(aside), errno);
+            if (how == Aside::Link && layer_.link(QFile::encodeName(path), QFile::encodeName(aside)) == 0)
+                return {};
+            if (how == Aside::Copy || errno != EEXIST)
+                return writer_.copy(path, aside);
+        }
+        aside = QStringLiteral("%1-%2").arg(first).arg(number);
+    }
+    return FileResult::failure(QStringLiteral("there is no free name to keep %1 aside").arg(path));
+}
+
+bool PreferencesFile::holdsTheSame(const QString &path, const QString &other) const
+{
+    FileDescriptor one(layer_, layer_.open(QFile::encodeName(path), O_RDONLY | O_NONBLOCK));
+    FileDescriptor two(layer_, layer_.open(QFile::encodeName(other), O_RDONLY | O_NONBLOCK | O_NOFOLLOW));
+    struct stat first = {};
+    struct stat second = {};
+    if (!one.isOpen() || !two.isOpen() || layer_.fstat(one.get(), &first) == -1 ||
+        layer_.fstat(two.get(), &second) == -1 || !S_ISREG(second.st_mode) || first.st_size != second.st_size)
+        return false;
+    if (first.st_dev == second.st_dev && first.st_ino == second.st_ino)
+        return true;
+    if (first.st_size > PropertyList::Limits::inputSize)
+        return false;
+    const auto these = readUpTo(layer_, one.get(), first.st_size, PropertyList::Limits::inputSize);
+    const auto those = readUpTo(layer_, two.get(), second.st_size, PropertyList::Limits::inputSize);
+    return these && those && *these == *those;
+}
+
+FileResult PreferencesFile::write(const QByteArray &bytes, bool backUp) const
+{
+    DurableFileWriter::Options options;
+    if (backUp)
+        options.backupPath = backup_;
+    return writer_.write(target_, bytes, options);
+}
+
+FileResult PreferencesFile::remove() const
+{
+    if (layer_.unlink(QFile::encodeName(target_)) == -1)
+        return failed(QStringLiteral("cannot remove %1").arg(target_), errno);
+    return {};
+}

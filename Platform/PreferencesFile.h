@@ -1,0 +1,72 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "Platform/DurableFileWriter.h"
+#include "Platform/FileLock.h"
+#include "Platform/PropertyListDocument.h"
+
+/// The file of one preference domain, with its backup, what was kept aside of it and its lock.
+class PreferencesFile
+{
+public:
+    struct Content
+    {
+        enum State {
+            Missing,
+            Good,
+            /// Read, and no property list with a dictionary on top.
+            Damaged,
+            /// Over the size that a reader takes; never read.
+            TooLarge,
+            /// There, and not to be read now: says nothing about what it holds.
+            Unreadable
+        };
+        State state = Missing;
+        QByteArray bytes;
+        /// Of a Good one; null if the bytes are those that were known.
+        PropertyListDocument::Ptr document;
+        QString error;
+    };
+
+    PreferencesFile(FileLayer &layer, const QString &path);
+
+    /// Finds the file that the path stands for; the others below need it. Makes the folder, for its owner
+    /// only, if \a create.
+    FileResult locate(bool create);
+
+    const QString &target() const { return target_; }
+
+    /// None on failure, with the reason in \a error. \a folder is where locks are, found from the environment
+    /// if empty.
+    std::optional<FileLock> lock(const QString &folder, int timeout, QString *error) const;
+
+    /// \a known are bytes known to be good, not parsed again.
+    Content read(const QByteArray &known = {}) const;
+    Content readBackup() const;
+
+    /// Keeps the file, which cannot be read, under another name: a second name for the same bytes where
+    /// possible, else a copy. Once for the same bytes. The same for a backup.
+    FileResult keepDamagedAside() const;
+    FileResult keepDamagedBackupAside() const;
+    /// The same with a copy always, of a file that is good as it stands.
+    FileResult keepCopyAside() const;
+
+    /// Replaces the file; what it held becomes the backup if \a backUp.
+    FileResult write(const QByteArray &bytes, bool backUp) const;
+    FileResult remove() const;
+    void removeStrayTemporaries() const { writer_.removeStrayTemporaries(target_); }
+
+private:
+    enum class Aside { Link, Copy };
+    Content readFile(const QString &path, const QByteArray &known) const;
+    FileResult keepAside(const QString &path, Aside how) const;
+    bool holdsTheSame(const QString &path, const QString &other) const;
+
+    FileLayer &layer_;
+    DurableFileWriter writer_;
+    QString path_;
+    QString target_;
+    QString backup_;
+};

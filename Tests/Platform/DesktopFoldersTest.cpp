@@ -1,0 +1,104 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Platform/DesktopFolders.h"
+#include "FileFixture.h"
+
+#include <pwd.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+QProcessEnvironment environment(std::initializer_list<std::pair<const char *, QString>> variables)
+{
+    QProcessEnvironment result;
+    for (const auto &[name, value] : variables)
+        result.insert(QString::fromLatin1(name), value);
+    return result;
+}
+
+QString passwordDatabaseHome()
+{
+    return QDir::cleanPath(QFile::decodeName(::getpwuid(::geteuid())->pw_dir));
+}
+
+class DesktopFoldersTest : public FileFixture
+{
+};
+
+} // namespace
+
+TEST_F(DesktopFoldersTest, VariablesNameTheFolders)
+{
+    const auto set = environment({{"HOME", QStringLiteral("/h")},
+                                  {"XDG_CONFIG_HOME", QStringLiteral("/c//d/")},
+                                  {"XDG_DATA_HOME", QStringLiteral("/d")}});
+    EXPECT_EQ(DesktopFolders::home(set), QStringLiteral("/h"));
+    EXPECT_EQ(DesktopFolders::configHome(set), QStringLiteral("/c/d"));
+    EXPECT_EQ(DesktopFolders::dataHome(set), QStringLiteral("/d"));
+}
+
+TEST_F(DesktopFoldersTest, DefaultsStandBelowHome)
+{
+    const auto set = environment({{"HOME", QStringLiteral("/h")}});
+    EXPECT_EQ(DesktopFolders::configHome(set), QStringLiteral("/h/.config"));
+    EXPECT_EQ(DesktopFolders::dataHome(set), QStringLiteral("/h/.local/share"));
+}
+
+TEST_F(DesktopFoldersTest, RelativeAndEmptyValuesCountForNothing)
+{
+    for (const QString &value : {QString(), QStringLiteral("relative/folder"), QStringLiteral("~/x"),
+                                 QStringLiteral(":/x"), QStringLiteral("./x")}) {
+        const auto set = environment(
+            {{"HOME", QStringLiteral("/h")}, {"XDG_CONFIG_HOME", value}, {"XDG_DATA_HOME", value}});
+        EXPECT_EQ(DesktopFolders::configHome(set), QStringLiteral("/h/.config")) << qPrintable(value);
+        EXPECT_EQ(DesktopFolders::dataHome(set), QStringLiteral("/h/.local/share")) << qPrintable(value);
+    }
+}
+
+TEST_F(DesktopFoldersTest, HomeMissingOrRelativeComesFromThePasswordDatabase)
+{
+    EXPECT_EQ(DesktopFolders::home(environment({})), passwordDatabaseHome());
+    EXPECT_EQ(DesktopFolders::home(environment({{"HOME", QString()}})), passwordDatabaseHome());
+    EXPECT_EQ(DesktopFolders::home(environment({{"HOME", QStringLiteral("home")}})), passwordDatabaseHome());
+    EXPECT_EQ(DesktopFolders::configHome(environment({})),
+              QDir(passwordDatabaseHome()).filePath(QStringLiteral(".config")));
+}
+
+TEST_F(DesktopFoldersTest, RuntimeDirectoryOfTheSessionIsTaken)
+{
+    EXPECT_EQ(DesktopFolders::runtimeDirectory(environment({{"XDG_RUNTIME_DIR", root()}})), root());
+}
+
+TEST_F(DesktopFoldersTest, RuntimeDirectoryOpenToOthersALinkOrMissingIsNotTaken)
+{
+    const QString open = in(QStringLiteral("open"));
+    ASSERT_EQ(::mkdir(QFile::encodeName(open).constData(), 0700), 0);
+    ASSERT_EQ(::chmod(QFile::encodeName(open).constData(), 0755), 0);
+    const QString closed = in(QStringLiteral("closed"));
+    ASSERT_EQ(::mkdir(QFile::encodeName(closed).constData(), 0700), 0);
+    ASSERT_TRUE(QFile::link(closed, in(QStringLiteral("link"))));
+    for (const QString &folder :
+         {open, in(QStringLiteral("link")), in(QStringLiteral("missing")), QStringLiteral("relative")}) {
+        const QString found =
+            DesktopFolders::runtimeDirectory(environment({{"XDG_RUNTIME_DIR", folder}, {"TMPDIR", closed}}));
+        EXPECT_NE(found, folder);
+        struct stat information = {};
+        ASSERT_EQ(::lstat(QFile::encodeName(found).constData(), &information), 0) << qPrintable(found);
+        EXPECT_TRUE(S_ISDIR(information.st_mode));
+        EXPECT_EQ(information.st_mode & 07777, 0700U);
+        EXPECT_EQ(information.st_uid, ::geteuid());
+    }
+}
+
+TEST_F(DesktopFoldersTest, AFolderPlantedAmongTheTemporaryFilesIsNotTaken)
+{
+    const QString planted = in(QStringLiteral("quenby-runtime-%1").arg(::geteuid()));
+    const QString elsewhere = in(QStringLiteral("elsewhere"));
+    ASSERT_EQ(::mkdir(QFile::encodeName(elsewhere).constData(), 0700), 0);
+    ASSERT_TRUE(QFile::link(elsewhere, planted));
+    const QString found = DesktopFolders::runtimeDirectory(environment({{"TMPDIR", root()}}));
+    EXPECT_NE(found, planted);
+    EXPECT_NE(found, elsewhere);
+}

@@ -1,0 +1,240 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Platform/DurableFileWriter.h"
+#include "FailingFileLayer.h"
+#include "FileFixture.h"
+
+#include <sys/stat.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+namespace {
+
+const QByteArray oldBytes("old bytes");
+const QByteArray newBytes(100'000, 'n');
+
+class DurableFileWriterTest : public FileFixture
+{
+protected:
+    QString path() const { return in(QStringLiteral("file")); }
+    QString backup() const { return in(QStringLiteral("file.backup")); }
+    QByteArray encodedPath() const { return QFile::encodeName(path()); }
+
+    static struct stat informationOf(const QString &path)
+    {
+        struct stat information = {};
+        EXPECT_EQ(::stat(QFile::encodeName(path).constData(), &information), 0) << qPrintable(path);
+        return information;
+    }
+
+    FailingFileLayer layer_;
+    const DurableFileWriter writer_ = DurableFileWriter(&layer_);
+    const DurableFileWriter::Options withBackup_ = {0600, backup()};
+};
+
+} // namespace
+
+TEST_F(DurableFileWriterTest, NewFileIsItsOwnersAlone)
+{
+    ASSERT_TRUE(writer_.write(path(), newBytes));
+    EXPECT_EQ(contentOf(path()), newBytes);
+    EXPECT_EQ(informationOf(path()).st_mode & 07777, 0600U);
+    ASSERT_TRUE(writer_.write(in(QStringLiteral("shared")), {}, {.newFileMode = 0644}));
+    EXPECT_EQ(informationOf(in(QStringLiteral("shared"))).st_mode & 07777, 0644U);
+    EXPECT_EQ(contentOf(in(QStringLiteral("shared"))), QByteArray());
+    EXPECT_EQ(namesIn(root()).size(), 2);
+}
+
+TEST_F(DurableFileWriterTest, ModeOwnerAndExtendedAttributesAreKept)
+{
+    put(path(), oldBytes);
+    ASSERT_EQ(::chmod(encodedPath().constData(), 0640), 0);
+    const QByteArray large(2000, 'x');
+    ASSERT_EQ(::setxattr(encodedPath().constData(), "user.note", "kept", 4, 0), 0);
+    ASSERT_EQ(::setxattr(encodedPath().constData(), "user.large", large.constData(), 2000, 0), 0);
+    ASSERT_EQ(::setxattr(encodedPath().constData(), "user.empty", "", 0, 0), 0);
+    // Only the administrator can give a file away.
+    if (::geteuid() == 0) {
+        ASSERT_EQ(::chown(encodedPath().constData(), 12345, 23456), 0);
+    }
+    const struct stat before = informationOf(path());
+
+    ASSERT_TRUE(writer_.write(path(), newBytes));
+    const struct stat after = informationOf(path());
+    EXPECT_EQ(contentOf(path()), newBytes);
+    EXPECT_EQ(after.st_mode, before.st_mode);
+    EXPECT_EQ(after.st_uid, before.st_uid);
+    EXPECT_EQ(after.st_gid, before.st_gid);
+    char value[4000];
+    EXPECT_EQ(::getxattr(encodedPath().constData(), "user.note", value, sizeof value), 4);
+    EXPECT_EQ(::getxattr(encodedPath().constData(), "user.large", value, sizeof value), 2000);
+    EXPECT_EQ(::getxattr(encodedPath().constData(), "user.empty", value, sizeof value), 0);
+}
+
+TEST_F(DurableFileWriterTest, AnAttributeThatCannotBeKeptFailsTheWrite)
+{
+    class NoAttributes : public FileLayer
+    {
+        int fsetxattr(int, const char *, const void *, size_t) override
+        {
+            errno = ENOSPC;
+            return -1;
+        }
+    } layer;
+    put(path(), oldBytes);
+    ASSERT_EQ(::setxattr(encodedPath().constData(), "user.note", "kept", 4, 0), 0);
+    EXPECT_FALSE(DurableFileWriter(&layer).write(path(), newBytes));
+    EXPECT_EQ(contentOf(path()), oldBytes);
+    EXPECT_EQ(namesIn(root()), QStringList{QStringLiteral("file")});
+}
+
+TEST_F(DurableFileWriterTest, AnotherGroupThatCannotBeGivenGainsNothing)
+{
+    class AnotherOwner : public FailingFileLayer
+    {
+        int stat(const QByteArray &path, struct stat *result) override
+        {
+            const int status = FailingFileLayer::stat(path, result);
+            result->st_uid += 1;
+            result->st_gid += 1;
+            return status;
+        }
+    } layer;
+    layer.canGiveAway = false;
+    put(path(), oldBytes);
+    ASSERT_EQ(::chmod(encodedPath().constData(), 0664), 0);
+    ASSERT_TRUE(DurableFileWriter(&layer).write(path(), newBytes));
+    EXPECT_EQ(contentOf(path()), newBytes);
+    EXPECT_EQ(informationOf(path()).st_mode & 07777, 0644U);
+}
+
+TEST_F(DurableFileWriterTest, NamesAsLongAsTheFileSystemAllows)
+{
+    const QString longest = in(QString(255, u'n'));
+    ASSERT_TRUE(writer_.write(longest, oldBytes));
+    ASSERT_TRUE(writer_.write(longest, newBytes));
+    EXPECT_EQ(contentOf(longest), newBytes);
+}
+
+TEST_F(DurableFileWriterTest, LinksStayLinks)
+{
+    ASSERT_TRUE(QDir(root()).mkpath(QStringLiteral("a/b")));
+    const QString target = in(QStringLiteral("a/target"));
+    put(target, oldBytes);
+    ASSERT_EQ(::symlink("../target", QFile::encodeName(in(QStringLiteral("a/b/second"))).constData()), 0);
+    ASSERT_EQ(::symlink("a/b/second", encodedPath().constData()), 0);
+    ASSERT_TRUE(writer_.write(path(), newBytes));
+    EXPECT_EQ(contentOf(target), newBytes);
+    EXPECT_TRUE(QFileInfo(path()).isSymLink());
+    EXPECT_TRUE(QFileInfo(in(QStringLiteral("a/b/second"))).isSymLink());
+}
+
+TEST_F(DurableFileWriterTest, ALinkToAFileThatIsNotThereYetGetsIt)
+{
+    ASSERT_EQ(::symlink("target", encodedPath().constData()), 0);
+    ASSERT_TRUE(writer_.write(path(), newBytes));
+    EXPECT_EQ(contentOf(in(QStringLiteral("target"))), newBytes);
+    EXPECT_TRUE(QFileInfo(path()).isSymLink());
+}
+
+TEST_F(DurableFileWriterTest, LinksInALoopOrIntoAMissingFolderFail)
+{
+    ASSERT_EQ(::symlink("other", encodedPath().constData()), 0);
+    ASSERT_EQ(::symlink("file", QFile::encodeName(in(QStringLiteral("other"))).constData()), 0);
+    ASSERT_EQ(::symlink("missing/target", QFile::encodeName(in(QStringLiteral("lost"))).constData()), 0);
+    EXPECT_FALSE(writer_.write(path(), newBytes));
+    EXPECT_FALSE(writer_.write(in(QStringLiteral("lost")), newBytes));
+    EXPECT_EQ(namesIn(root()).size(), 3);
+}
+
+TEST_F(DurableFileWriterTest, WhatIsNoRegularFileIsNotReplaced)
+{
+    ASSERT_EQ(::mkfifo(encodedPath().constData(), 0600), 0);
+    EXPECT_FALSE(writer_.write(path(), newBytes));
+    EXPECT_FALSE(writer_.write(root(), newBytes));
+    EXPECT_TRUE(S_ISFIFO(informationOf(path()).st_mode));
+}
+
+TEST_F(DurableFileWriterTest, BackupHoldsWhatWasReplaced)
+{
+    ASSERT_TRUE(writer_.write(path(), "1", withBackup_));
+    EXPECT_FALSE(QFile::exists(backup()));
+    ASSERT_TRUE(writer_.write(path(), "2", withBackup_));
+    EXPECT_EQ(contentOf(backup()), "1");
+    ASSERT_TRUE(writer_.write(path(), "3", withBackup_));
+    EXPECT_EQ(contentOf(backup()), "2");
+    layer_.hasLinks = false;
+    ASSERT_TRUE(writer_.write(path(), "4", withBackup_));
+    EXPECT_EQ(contentOf(backup()), "3");
+    EXPECT_EQ(contentOf(path()), "4");
+    EXPECT_EQ(namesIn(root()).size(), 2);
+}
+
+TEST_F(DurableFileWriterTest, ABackupThatIsTheSameFileAlreadyLeavesNothingBehind)
+{
+    put(path(), oldBytes);
+    ASSERT_EQ(::link(encodedPath().constData(), QFile::encodeName(backup()).constData()), 0);
+    ASSERT_TRUE(writer_.write(path(), newBytes, withBackup_));
+    EXPECT_EQ(contentOf(backup()), oldBytes);
+    EXPECT_EQ(namesIn(root()).size(), 2);
+}
+
+TEST_F(DurableFileWriterTest, EveryCallFailingInTurnLeavesTheOldBytesOrTheNew)
+{
+    for (const bool hasLinks : {true, false}) {
+        for (const int errorNumber : {EIO, ENOSPC, EROFS, EACCES}) {
+            int failures = 0;
+            for (int call = 0;; ++call) {
+                put(path(), oldBytes);
+                ASSERT_EQ(::setxattr(encodedPath().constData(), "user.note", "kept", 4, 0), 0);
+                FailingFileLayer layer;
+                layer.hasLinks = hasLinks;
+                layer.failingCall = call;
+                layer.errorNumber = errorNumber;
+                const FileResult result = DurableFileWriter(&layer).write(path(), newBytes, withBackup_);
+                if (layer.calls <= call) {
+                    EXPECT_TRUE(result);
+                    break;
+                }
+                failures += result.ok ? 0 : 1;
+                const QByteArray content = contentOf(path());
+                EXPECT_TRUE(content == newBytes || (!result.ok && content == oldBytes)) << "call " << call;
+                EXPECT_EQ(result.ok, result.error.isEmpty());
+                for (const QString &name : namesIn(root()))
+                    EXPECT_FALSE(name.startsWith(u'.')) << "call " << call << ' ' << qPrintable(name);
+            }
+            EXPECT_GT(failures, 8);
+        }
+    }
+}
+
+TEST_F(DurableFileWriterTest, FullDiskLeavesTheOldBytesForSmallAndLargeWrites)
+{
+    put(path(), oldBytes);
+    for (const qsizetype size : {1, 100, 16'383, 16'384, 1'000'000}) {
+        for (const size_t space : {size_t(0), static_cast<size_t>(size) / 2, static_cast<size_t>(size) - 1}) {
+            layer_.space = space;
+            EXPECT_FALSE(writer_.write(path(), QByteArray(size, 'n'), withBackup_)) << size << ' ' << space;
+            EXPECT_EQ(contentOf(path()), oldBytes);
+            EXPECT_EQ(namesIn(root()), QStringList{QStringLiteral("file")});
+        }
+    }
+}
+
+TEST_F(DurableFileWriterTest, StrayTemporariesOfThisFileAreRemoved)
+{
+    class Killed : public FileLayer
+    {
+        int rename(const QByteArray &, const QByteArray &) override { return -1; }
+        int unlink(const QByteArray &) override { return -1; }
+    } layer;
+    put(path(), oldBytes);
+    EXPECT_FALSE(DurableFileWriter(&layer).write(path(), newBytes, withBackup_));
+    EXPECT_FALSE(DurableFileWriter(&layer).write(in(QStringLiteral("neighbour")), newBytes));
+    ASSERT_EQ(namesIn(root()).size(), 4);
+    writer_.removeStrayTemporaries(path());
+    EXPECT_EQ(namesIn(root()).size(), 2);
+    writer_.removeStrayTemporaries(in(QStringLiteral("neighbour")));
+    EXPECT_EQ(namesIn(root()), QStringList{QStringLiteral("file")});
+}

@@ -1,0 +1,42 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include <QDir>
+#include <QFile>
+#include <QStringList>
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+
+/// A folder of its own for a test, and what a test does to files besides the code under test.
+class FileFixture : public ::testing::Test
+{
+protected:
+    QString in(const QString &name) const { return folder_.filePath(name); }
+
+    static void put(const QString &path, const QByteArray &bytes)
+    {
+        QFile file(path);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly)) << qPrintable(path);
+        ASSERT_EQ(file.write(bytes), bytes.size());
+    }
+
+    static QByteArray contentOf(const QString &path)
+    {
+        QFile file(path);
+        EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << qPrintable(path);
+        return file.readAll();
+    }
+
+    /// Everything in the folder, hidden files too.
+    static QStringList namesIn(const QString &folder)
+    {
+        return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+    }
+
+    QString root() const { return folder_.path(); }
+
+private:
+    QTemporaryDir folder_;
+};
