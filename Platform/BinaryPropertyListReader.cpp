@@ -385,6 +385,12 @@ bool BinaryPropertyListReader::boolean(Handle node) const
     return marker(Object(node)) == trueMarker;
 }
 
+quint64 BinaryPropertyListReader::uid(Handle node) const
+{
+    const uchar *const start = data_ + offsets_[Object(node)];
+    return load(start + 1, (*start & 0xf) + 1);
+}
+
 qsizetype BinaryPropertyListReader::count(Handle node) const
 {
     return qsizetype(content(Object(node)).count);
@@ -393,6 +399,19 @@ qsizetype BinaryPropertyListReader::count(Handle node) const
 PropertyListSource::Handle BinaryPropertyListReader::element(Handle array, qsizetype index) const
 {
     return reference(content(Object(array)).start, quint64(index));
+}
+
+std::size_t BinaryPropertyListReader::uids(Handle array, qsizetype index, std::span<quint64> values) const
+{
+    const Content content = this->content(Object(array));
+    const std::size_t most = std::min(values.size(), std::size_t(content.count) - std::size_t(index));
+    for (std::size_t i = 0; i < most; ++i) {
+        const Object element = reference(content.start, quint64(index) + i);
+        if (marker(element) >> 4 != Type::uid)
+            return i;
+        values[i] = uid(element);
+    }
+    return most;
 }
 
 PropertyListSource::Handle BinaryPropertyListReader::key(Handle dictionary, qsizetype index) const

@@ -24,8 +24,10 @@ public:
     QVariant scalar(Handle node) const override;
     const QString &string(Handle node) const override;
     bool boolean(Handle node) const override;
+    quint64 uid(Handle node) const override;
     qsizetype count(Handle node) const override;
     Handle element(Handle array, qsizetype index) const override;
+    std::size_t uids(Handle array, qsizetype index, std::span<quint64> values) const override;
     Handle key(Handle dictionary, qsizetype index) const override;
     Handle valueAt(Handle dictionary, qsizetype index) const override;
 

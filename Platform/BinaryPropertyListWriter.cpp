@@ -115,21 +115,21 @@ quint32 BinaryPropertyListWriter::hashOf(const Object &object) const
 
 void BinaryPropertyListWriter::growTable()
 {
+    std::vector<quint32> hashes(objects_.size());
+    for (const Entry &entry : table_) {
+        if (entry.object != 0)
+            hashes[entry.object - 1] = entry.hash;
+    }
+    table_.assign(table_.size() * 2, {});
     // In the order of the objects, which rewind() relies on.
-    std::vector<Entry> old(table_.size() * 2);
-    old.swap(table_);
-    std::vector<Entry> entries;
-    entries.reserve(scalars_);
-    std::copy_if(old.begin(), old.end(), std::back_inserter(entries),
-                 [](const Entry &entry) { return entry.object != 0; });
-    std::sort(entries.begin(), entries.end(),
-              [](const Entry &left, const Entry &right) { return left.object < right.object; });
     const std::size_t mask = table_.size() - 1;
-    for (const Entry &entry : entries) {
-        std::size_t at = entry.hash & mask;
+    for (std::size_t i = 0; i < objects_.size(); ++i) {
+        if (objects_[i].kind != Kind::Scalar && objects_[i].kind != Kind::String)
+            continue;
+        std::size_t at = hashes[i] & mask;
         while (table_[at].object != 0)
             at = (at + 1) & mask;
-        table_[at] = entry;
+        table_[at] = {hashes[i], quint32(i + 1)};
     }
 }
 
@@ -262,14 +262,31 @@ BinaryPropertyListWriter::Ref BinaryPropertyListWriter::string(QStringView value
     return intern(start, Kind::String);
 }
 
-BinaryPropertyListWriter::Ref BinaryPropertyListWriter::uid(quint64 value)
+void BinaryPropertyListWriter::encodeUID(quint64 value)
 {
     const int size = leastSize(value);
-    const std::size_t start = bytes_.size();
     quint8 *const to = grow(1 + std::size_t(size));
     *to = marker(Type::uid, quint8(size - 1));
     store(to + 1, value, size);
+}
+
+BinaryPropertyListWriter::Ref BinaryPropertyListWriter::uid(quint64 value)
+{
+    const std::size_t start = bytes_.size();
+    encodeUID(value);
     return intern(start, Kind::Scalar);
+}
+
+BinaryPropertyListWriter::Ref BinaryPropertyListWriter::unsharedUID(quint64 value)
+{
+    const std::size_t start = bytes_.size();
+    encodeUID(value);
+    if (bytes_.size() > maximumSize) {
+        bytes_.resize(start);
+        return invalid(QString::fromLatin1(tooLarge));
+    }
+    objects_.push_back({quint32(start), quint32(bytes_.size() - start), 1, 0, Kind::UnsharedScalar});
+    return Ref(objects_.size() - 1);
 }
 
 BinaryPropertyListWriter::Ref BinaryPropertyListWriter::container(Kind kind, std::span<const Ref> keys,

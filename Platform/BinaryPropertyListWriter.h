@@ -34,6 +34,8 @@ public:
     Ref data(QByteArrayView value);
     Ref string(QStringView value);
     Ref uid(quint64 value);
+    /// For a UID that the caller adds once: it is not looked for among the scalars, nor found by uid().
+    Ref unsharedUID(quint64 value);
     Ref array(std::span<const Ref> elements);
     /// As many keys as values. Keys must be strings; where one repeats, the last entry counts and the others
     /// are not written.
@@ -60,7 +62,7 @@ public:
     PropertyList::WriteResult finish(Ref top) const;
 
 private:
-    enum class Kind : quint8 { Invalid, Scalar, String, Array, Dictionary };
+    enum class Kind : quint8 { Invalid, UnsharedScalar, Scalar, String, Array, Dictionary };
 
     struct Object
     {
@@ -84,6 +86,7 @@ private:
 
     Ref scalar(PropertyListType type, const QVariant &value);
     quint8 *grow(std::size_t size);
+    void encodeUID(quint64 value);
     Ref intern(std::size_t start, Kind kind);
     quint32 hashOf(const Object &object) const;
     void growTable();

@@ -3,7 +3,10 @@
 
 #include "Platform/PropertyListNode.h"
 
+#include "Platform/PropertyList.h"
+
 #include <QHash>
+#include <algorithm>
 #include <utility>
 #include <vector>
 
@@ -30,6 +33,23 @@ struct Frame
 } // namespace
 
 PropertyListSource::~PropertyListSource() = default;
+
+quint64 PropertyListSource::uid(Handle node) const
+{
+    return scalar(node).value<PropertyList::UID>().value;
+}
+
+std::size_t PropertyListSource::uids(Handle array, qsizetype index, std::span<quint64> values) const
+{
+    const std::size_t most = std::min(values.size(), std::size_t(count(array) - index));
+    for (std::size_t i = 0; i < most; ++i) {
+        const Handle node = element(array, index + qsizetype(i));
+        if (type(node) != PropertyListType::UID)
+            return i;
+        values[i] = uid(node);
+    }
+    return most;
+}
 
 PropertyListNode PropertyListNode::value(QStringView key) const
 {

@@ -8,6 +8,7 @@
 #include <QString>
 #include <QVariant>
 #include <memory>
+#include <span>
 
 /// What a node of a property list is. Null is also what a missing value reports.
 enum class PropertyListType : quint8 {
@@ -42,9 +43,13 @@ public:
     /// The text of a String; decoded once for each string object, however often it is referred to.
     virtual const QString &string(Handle node) const = 0;
     virtual bool boolean(Handle node) const = 0;
+    /// Of a UID.
+    virtual quint64 uid(Handle node) const;
     /// Of an Array or a Dictionary.
     virtual qsizetype count(Handle node) const = 0;
     virtual Handle element(Handle array, qsizetype index) const = 0;
+    /// As many elements from \a index on as are UIDs, at most as \a values has room for; how many.
+    virtual std::size_t uids(Handle array, qsizetype index, std::span<quint64> values) const;
     virtual Handle key(Handle dictionary, qsizetype index) const = 0;
     virtual Handle valueAt(Handle dictionary, qsizetype index) const = 0;
 };

@@ -1,0 +1,87 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Platform/BoundedFile.h"
+
+#include <QFile>
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+class Descriptor
+{
+public:
+    explicit Descriptor(int number)
+        : number_(number)
+    {
+    }
+    ~Descriptor()
+    {
+        if (number_ >= 0)
+            ::close(number_);
+    }
+    Descriptor(const Descriptor &) = delete;
+    Descriptor &operator=(const Descriptor &) = delete;
+    int number() const { return number_; }
+
+private:
+    int number_;
+};
+
+template <typename Call>
+auto withoutInterruption(Call call)
+{
+    auto result = call();
+    while (result == -1 && errno == EINTR)
+        result = call();
+    return result;
+}
+
+} // namespace
+
+std::optional<QByteArray> BoundedFile::read(const QString &path, qint64 limit, QString *error)
+{
+    const auto fail = [&path, error](const QString &reason) {
+        *error = path + QStringLiteral(": ") + reason;
+        return std::nullopt;
+    };
+    const auto failErrno = [&fail] { return fail(QString::fromLocal8Bit(std::strerror(errno))); };
+
+    // Without O_NONBLOCK, opening a fifo waits for a writer. It changes nothing for a regular file.
+    const QByteArray name = QFile::encodeName(path);
+    const Descriptor file(withoutInterruption(
+        [&name] { return ::open(name.constData(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC); }));
+    struct stat status;
+    if (file.number() == -1 || ::fstat(file.number(), &status) == -1)
+        return failErrno();
+    if (!S_ISREG(status.st_mode))
+        return fail(QStringLiteral("not a regular file"));
+    const QString tooLarge = QStringLiteral("larger than %1 bytes").arg(limit);
+    if (status.st_size > limit)
+        return fail(tooLarge);
+
+    // One byte more than expected, so that the end is seen without another turn; a file that grows meanwhile
+    // is read on, up to the limit.
+    QByteArray bytes(qsizetype(status.st_size) + 1, Qt::Uninitialized);
+    qsizetype size = 0;
+    while (true) {
+        const ssize_t got = withoutInterruption(
+            [&] { return ::read(file.number(), bytes.data() + size, std::size_t(bytes.size() - size)); });
+        if (got == -1)
+            return failErrno();
+        if (got == 0)
+            break;
+        size += got;
+        if (size > limit)
+            return fail(tooLarge);
+        if (size == bytes.size())
+            bytes.resize(qsizetype(std::min<qint64>(qint64(size) * 2, limit + 1)));
+    }
+    bytes.truncate(size);
+    return bytes;
+}

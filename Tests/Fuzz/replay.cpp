@@ -1,0 +1,30 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include <QDir>
+#include <QFile>
+#include <cstdint>
+#include <cstdio>
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size);
+
+/// Gives every file of the folder to the fuzz target this is linked with, which ends the process if it finds
+/// something.
+int main(int argc, char **argv)
+{
+    const QDir folder(QFile::decodeName(argc == 2 ? argv[1] : ""));
+    const QStringList names = folder.entryList(QDir::Files, QDir::Name);
+    for (const QString &name : names) {
+        QFile file(folder.filePath(name));
+        if (!file.open(QIODevice::ReadOnly)) {
+            std::fprintf(stderr, "%s cannot be read\n", qPrintable(file.fileName()));
+            return 1;
+        }
+        std::printf("%s\n", qPrintable(name));
+        std::fflush(stdout); // the last name printed is the one that fails
+        const QByteArray bytes = file.readAll();
+        LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t *>(bytes.constData()),
+                               std::size_t(bytes.size()));
+    }
+    return names.isEmpty() ? 1 : 0;
+}

@@ -1,0 +1,102 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Platform/BoundedFile.h"
+
+#include "Platform/KeyedArchiver.h"
+#include "Platform/KeyedUnarchiver.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+#include <fstream>
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr qint64 limit = 1000;
+
+class BoundedFileTest : public ::testing::Test
+{
+protected:
+    QString path(const QString &name) const { return folder_.filePath(name); }
+
+    QString fileOfSize(const QString &name, qint64 size) const
+    {
+        QFile file(path(name));
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.resize(size));
+        return path(name);
+    }
+
+    QTemporaryDir folder_;
+    QString error_;
+};
+
+/// The most memory this process ever had, in bytes.
+qint64 peakMemory()
+{
+    std::ifstream status("/proc/self/status");
+    for (std::string line; std::getline(status, line);) {
+        if (line.rfind("VmHWM:", 0) == 0)
+            return qint64(std::stoll(line.substr(6))) * 1024;
+    }
+    return 0;
+}
+
+} // namespace
+
+TEST_F(BoundedFileTest, ReadsARegularFileUpToTheLimit)
+{
+    for (const qint64 size : {qint64(0), qint64(1), limit - 1, limit}) {
+        const std::optional<QByteArray> bytes =
+            BoundedFile::read(fileOfSize(QStringLiteral("f"), size), limit, &error_);
+        ASSERT_TRUE(bytes) << error_.toStdString();
+        EXPECT_EQ(*bytes, QByteArray(qsizetype(size), '\0'));
+    }
+    EXPECT_FALSE(BoundedFile::read(fileOfSize(QStringLiteral("f"), limit + 1), limit, &error_));
+    EXPECT_THAT(error_.toStdString(), ::testing::HasSubstr("larger than 1000 bytes"));
+}
+
+TEST_F(BoundedFileTest, ReadsAFileThatDoesNotSayItsSize)
+{
+    const std::optional<QByteArray> bytes =
+        BoundedFile::read(QStringLiteral("/proc/self/status"), 100'000, &error_);
+    ASSERT_TRUE(bytes) << error_.toStdString();
+    EXPECT_TRUE(bytes->contains("VmHWM:"));
+    EXPECT_FALSE(BoundedFile::read(QStringLiteral("/proc/self/status"), 100, &error_));
+}
+
+TEST_F(BoundedFileTest, RefusesWhatIsNoRegularFile)
+{
+    ASSERT_EQ(::mkfifo(QFile::encodeName(path(QStringLiteral("fifo"))).constData(), 0600), 0);
+    ASSERT_EQ(::symlink("loop", QFile::encodeName(path(QStringLiteral("loop"))).constData()), 0);
+    for (const QString &name : {path(QStringLiteral("fifo")), path(QStringLiteral("loop")),
+                                path(QStringLiteral("none")), folder_.path(), QStringLiteral("/dev/zero")}) {
+        error_.clear();
+        EXPECT_FALSE(BoundedFile::read(name, limit, &error_)) << name.toStdString();
+        EXPECT_THAT(error_.toStdString(), ::testing::StartsWith(name.toStdString() + ": "));
+    }
+}
+
+TEST_F(BoundedFileTest, ArchiveOfASparseGibibyteIsRefusedInLittleMemory)
+{
+    const QString sparse = fileOfSize(QStringLiteral("sparse"), qint64(1) << 30);
+    const qint64 before = peakMemory();
+    EXPECT_FALSE(KeyedUnarchiver::unarchivedDocumentWithFile(sparse, &error_));
+    EXPECT_FALSE(error_.isEmpty());
+    EXPECT_LT(peakMemory() - before, qint64(16) << 20);
+}
+
+TEST_F(BoundedFileTest, ArchiveIsReadFromAFile)
+{
+    QFile file(path(QStringLiteral("good")));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(KeyedArchiver::archivedDataWithRootObject(QStringLiteral("content")).bytes.value());
+    file.close();
+    const PropertyListDocument::Ptr document =
+        KeyedUnarchiver::unarchivedDocumentWithFile(file.fileName(), &error_);
+    ASSERT_TRUE(document) << error_.toStdString();
+    EXPECT_EQ(document->root().string(), QStringLiteral("content"));
+    EXPECT_FALSE(KeyedUnarchiver::unarchivedDocumentWithFile(path(QStringLiteral("none")), nullptr));
+}

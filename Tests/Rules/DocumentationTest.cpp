@@ -1,0 +1,90 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include <QDir>
+#include <QDirIterator>
+#include <QFile>
+#include <QFileInfo>
+#include <QProcess>
+#include <QRegularExpression>
+#include <gmock/gmock.h>
+
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+namespace {
+
+const QString top = QStringLiteral(QUENBY_SOURCE_TREE "/");
+
+QString textOf(const QString &path)
+{
+    QFile file(path);
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << qPrintable(path);
+    return QString::fromUtf8(file.readAll());
+}
+
+/// The relative links of a Markdown text, without their fragments.
+QStringList linksOf(const QString &markdown)
+{
+    static const QRegularExpression link(QStringLiteral("\\]\\(([^)#\\s]+)"));
+    QStringList targets;
+    auto matches = link.globalMatch(markdown);
+    while (matches.hasNext()) {
+        const QString target = matches.next().captured(1);
+        if (!target.contains(u"://"))
+            targets.append(target);
+    }
+    return targets;
+}
+
+QStringList documents()
+{
+    QStringList paths = {top + QStringLiteral("README.md"), top + QStringLiteral("CONTRIBUTING.md")};
+    QDirIterator walk(top + QStringLiteral("Documentation"), {QStringLiteral("*.md")}, QDir::Files,
+                      QDirIterator::Subdirectories);
+    while (walk.hasNext())
+        paths.append(walk.next());
+    return paths;
+}
+
+} // namespace
+
+TEST(DocumentationTest, LinksLeadSomewhere)
+{
+    for (const QString &document : documents()) {
+        for (const QString &link : linksOf(textOf(document)))
+            EXPECT_TRUE(QFileInfo::exists(QFileInfo(document).path() + u'/' + link))
+                << qPrintable(document) << " links to " << qPrintable(link);
+    }
+}
+
+TEST(DocumentationTest, LinksAreFound)
+{
+    EXPECT_THAT(linksOf(QStringLiteral("![a](b/c.png) and [d](e.md#f), [g](https://quenby.example)")),
+                ElementsAre(QStringLiteral("b/c.png"), QStringLiteral("e.md")));
+    EXPECT_THAT(linksOf(QStringLiteral("none [here] (or here)")), IsEmpty());
+}
+
+TEST(DocumentationTest, EveryPackageIsExplained)
+{
+    QProcess list;
+    list.start(top + QStringLiteral("scripts/install-packages"),
+               {QStringLiteral("--list"), QStringLiteral("build"), QStringLiteral("test")});
+    ASSERT_TRUE(list.waitForFinished()) << qPrintable(list.errorString());
+    const QStringList packages =
+        QString::fromUtf8(list.readAllStandardOutput()).split(u'\n', Qt::SkipEmptyParts);
+    ASSERT_THAT(packages, Contains(QStringLiteral("cmake")));
+    const QString readMe = textOf(top + QStringLiteral("README.md"));
+    for (const QString &package : packages)
+        EXPECT_TRUE(readMe.contains(u'`' + package + u'`'))
+            << "README.md does not say what " << qPrintable(package) << " is for";
+}
+
+TEST(DocumentationTest, TheMetainfoNamesThisVersionFirst)
+{
+    static const QRegularExpression release(QStringLiteral("<release version=\"([^\"]+)\""));
+    EXPECT_EQ(
+        release.match(textOf(top + QStringLiteral("Resources/org.quenby.Quenby.metainfo.xml"))).captured(1),
+        QStringLiteral(QUENBY_VERSION));
+}

@@ -1,0 +1,11 @@
+#!/bin/sh
+# SPDX-FileCopyrightText: Quenby contributors
+# SPDX-License-Identifier: MIT
+#
+# usage: shell-scripts-are-clean.sh SHELLCHECK TOP
+# Has every shell script below TOP checked, those for the user included.
+set -eu
+
+cd "$2"
+find .ci scripts Tests Resources -type f \( -path '.ci/*' -o -path 'scripts/*' -o -name '*.sh' \) \
+    -exec "$1" -x {} +
