@@ -1,0 +1,40 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Tests/Session/TemporaryHome.h"
+
+#include <QDir>
+#include <QFile>
+
+TemporaryHome::TemporaryHome()
+{
+    const QStringList folders = {configFolder(), dataFolder(), systemDataFolder(), stateFolder(),
+                                 runtimeFolder()};
+    for (const QString &folder : folders)
+        QDir().mkpath(folder);
+    QFile::setPermissions(runtimeFolder(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+}
+
+QProcessEnvironment TemporaryHome::environment(const QString &busAddress) const
+{
+    QProcessEnvironment result;
+    const QProcessEnvironment own = QProcessEnvironment::systemEnvironment();
+    const QStringList inherited = {QStringLiteral("PATH"), QStringLiteral("LD_LIBRARY_PATH"),
+                                   QStringLiteral("ASAN_OPTIONS"), QStringLiteral("UBSAN_OPTIONS"),
+                                   QStringLiteral("LSAN_OPTIONS")};
+    for (const QString &name : inherited) {
+        if (own.contains(name))
+            result.insert(name, own.value(name));
+    }
+    result.insert(QStringLiteral("LANG"), QStringLiteral("C.UTF-8"));
+    result.insert(QStringLiteral("HOME"), path());
+    result.insert(QStringLiteral("XDG_CONFIG_HOME"), configFolder());
+    result.insert(QStringLiteral("XDG_DATA_HOME"), dataFolder());
+    result.insert(QStringLiteral("XDG_DATA_DIRS"), systemDataFolder());
+    result.insert(QStringLiteral("XDG_STATE_HOME"), stateFolder());
+    result.insert(QStringLiteral("XDG_RUNTIME_DIR"), runtimeFolder());
+    result.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
+    if (!busAddress.isEmpty())
+        result.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), busAddress);
+    return result;
+}

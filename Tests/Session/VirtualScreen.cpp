@@ -1,0 +1,84 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Tests/Session/VirtualScreen.h"
+
+#include <csignal>
+
+namespace {
+
+const QString xdotool = QStringLiteral("xdotool");
+const QString xprop = QStringLiteral("xprop");
+const QString displayVariable = QStringLiteral("DISPLAY");
+
+} // namespace
+
+VirtualScreen::VirtualScreen(const TemporaryHome &home)
+    : environment_(home.environment())
+{
+    server_ = std::make_unique<ChildProcess>(
+        QStringLiteral("Xvfb"),
+        QStringList{QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-screen"),
+                    QStringLiteral("0"), QStringLiteral("1280x900x24"), QStringLiteral("-nolisten"),
+                    QStringLiteral("tcp"), QStringLiteral("-noreset")},
+        environment_);
+    if (!waitUntil([this] { return server_->output().contains('\n'); }))
+        qFatal("no screen: %s", server_->errors().constData());
+    environment_.insert(displayVariable, u':' + QString::fromLatin1(server_->output().trimmed()));
+
+    windowManager_ = std::make_unique<ChildProcess>(
+        QStringLiteral("openbox"), QStringList{QStringLiteral("--sm-disable")}, environment_);
+    const QString check = QStringLiteral("_NET_SUPPORTING_WM_CHECK");
+    if (!waitUntil([&] { return ask(xprop, {QStringLiteral("-root"), check}).contains("window id"); }))
+        qFatal("no window manager: %s", windowManager_->errors().constData());
+}
+
+QProcessEnvironment VirtualScreen::environmentFrom(QProcessEnvironment environment) const
+{
+    environment.insert(displayVariable, environment_.value(displayVariable));
+    environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("xcb"));
+    environment.insert(QStringLiteral("QT_LINUX_ACCESSIBILITY_ALWAYS_ON"), QStringLiteral("1"));
+    return environment;
+}
+
+QByteArray VirtualScreen::ask(const QString &program, const QStringList &arguments) const
+{
+    ChildProcess tool(program, arguments, environment_);
+    tool.waitForEnd();
+    return tool.output().trimmed();
+}
+
+QString VirtualScreen::windowOf(qint64 pid) const
+{
+    QString window;
+    waitUntil([&] {
+        const QByteArray found = ask(xdotool, {QStringLiteral("search"), QStringLiteral("--onlyvisible"),
+                                               QStringLiteral("--pid"), QString::number(pid)});
+        window = QString::fromLatin1(found.split('\n').constLast());
+        return !window.isEmpty();
+    });
+    return window;
+}
+
+QString VirtualScreen::activeWindow() const
+{
+    return QString::fromLatin1(ask(xdotool, {QStringLiteral("getactivewindow")}));
+}
+
+bool VirtualScreen::activate(const QString &window) const
+{
+    ask(xdotool, {QStringLiteral("windowactivate"), window});
+    return waitUntil([&] { return activeWindow() == window; });
+}
+
+void VirtualScreen::typeKey(const QString &key) const
+{
+    ask(xdotool, {QStringLiteral("key"), QStringLiteral("--clearmodifiers"), key});
+}
+
+void VirtualScreen::kill()
+{
+    server_->signal(SIGKILL);
+    server_->waitForEnd();
+    windowManager_->waitForEnd();
+}

@@ -1,0 +1,38 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "Tests/Session/ChildProcess.h"
+#include "Tests/Session/TemporaryHome.h"
+
+#include <QStringList>
+
+#include <memory>
+
+/// An X server without hardware, on a display number that was free, with a window manager.
+class VirtualScreen
+{
+public:
+    explicit VirtualScreen(const TemporaryHome &home);
+
+    /// \a environment for a program that shows its windows here, with accessibility on.
+    QProcessEnvironment environmentFrom(QProcessEnvironment environment) const;
+
+    /// The window of the process \a pid that the screen shows; waits for it. Empty if none comes.
+    QString windowOf(qint64 pid) const;
+    /// Activates a window as the user would, and waits until it has the focus.
+    bool activate(const QString &window) const;
+    QString activeWindow() const;
+    /// Types a key, as xdotool names it, into the active window.
+    void typeKey(const QString &key) const;
+    /// What the tool \a program prints.
+    QByteArray ask(const QString &program, const QStringList &arguments) const;
+    /// The screen breaks down.
+    void kill();
+
+private:
+    QProcessEnvironment environment_;
+    std::unique_ptr<ChildProcess> server_;
+    std::unique_ptr<ChildProcess> windowManager_;
+};
