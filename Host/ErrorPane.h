@@ -1,0 +1,26 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "Toolkit/PreferencePane.h"
+
+#include <QString>
+
+/// Stands in for a pane that cannot be shown: a page that says why.
+class ErrorPane : public PreferencePane
+{
+public:
+    /// \a reason is a sentence or two for the user.
+    explicit ErrorPane(QString reason);
+
+    QWidget *loadMainView() override;
+    QWidget *mainView() const override { return view_; }
+    void mainViewDidLoad() override {}
+    void didSelect() override {}
+    void didUnselect() override {}
+
+private:
+    const QString reason_;
+    QWidget *view_ = nullptr;
+};

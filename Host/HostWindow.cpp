@@ -1,0 +1,173 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Host/HostWindow.h"
+
+#include "Host/ErrorPane.h"
+#include "Host/PaneChooser.h"
+#include "Host/PaneLoader.h"
+
+#include <QCloseEvent>
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <QIcon>
+#include <QSettings>
+#include <QShortcut>
+#include <QVBoxLayout>
+
+namespace {
+
+/// What a page of the host begins with at least; as small as its content allows is for the user to choose.
+constexpr QSize usualSize(480, 320);
+
+constexpr char activationTokenVariable[] = "XDG_ACTIVATION_TOKEN";
+
+/// Where the window was is no preference: it goes to the folder for what may be lost.
+QString stateFilePath()
+{
+    QString folder = qEnvironmentVariable("XDG_STATE_HOME");
+    if (!QDir::isAbsolutePath(folder))
+        folder = QDir::homePath() + QStringLiteral("/.local/state");
+    return folder + QStringLiteral("/quenby/preferences.ini");
+}
+
+/// Slashes make groups in a settings file.
+QString placeKey(const QString &panePath)
+{
+    return QStringLiteral("place/") + QFileInfo(panePath).completeBaseName();
+}
+
+} // namespace
+
+HostWindow::HostWindow(QWidget *parent)
+    : QWidget(parent)
+    , layout_(new QVBoxLayout(this))
+{
+    setObjectName(QStringLiteral("hostWindow"));
+    layout_->setContentsMargins({});
+    for (const int key : {Qt::Key_Q, Qt::Key_W}) {
+        auto *const shortcut = new QShortcut(QKeySequence(Qt::CTRL | key), this);
+        connect(shortcut, &QShortcut::activated, this, &QWidget::close);
+    }
+}
+
+HostWindow::~HostWindow()
+{
+    leave();
+}
+
+void HostWindow::showPane(const QString &path)
+{
+    if (session_ && path == panePath_)
+        return;
+    leave();
+    panePath_ = path;
+    setWindowTitle(PaneLoader::titleOf(path));
+    begin(PaneLoader::load(path));
+    if (isPainted_)
+        updateIcon();
+}
+
+void HostWindow::showError(const QString &reason)
+{
+    leave();
+    setWindowTitle(QCoreApplication::applicationName());
+    begin(std::make_unique<ErrorPane>(reason));
+}
+
+void HostWindow::begin(std::unique_ptr<PreferencePane> pane)
+{
+    session_ = std::make_unique<PaneSession>(std::move(pane));
+    setContent(session_->view());
+    restorePlace();
+    if (isVisible())
+        session_->select();
+}
+
+void HostWindow::showChooser(const QStringList &paths)
+{
+    leave();
+    setWindowTitle(tr("Settings"));
+    auto chooser = std::make_unique<PaneChooser>(paths);
+    // Queued, because the list is still busy with the choice when it goes.
+    connect(chooser.get(), &PaneChooser::chosen, this, &HostWindow::showPane, Qt::QueuedConnection);
+    chooser_ = std::move(chooser);
+    setContent(chooser_.get());
+    restorePlace();
+}
+
+void HostWindow::setContent(QWidget *content)
+{
+    layout_->addWidget(content);
+    content->show();
+    if (content->focusProxy())
+        content->setFocus();
+}
+
+void HostWindow::leave()
+{
+    if (session_)
+        savePlace();
+    session_.reset();
+    chooser_.reset();
+    panePath_.clear();
+}
+
+void HostWindow::bringToFront(const QByteArray &activationToken)
+{
+    // The platform plug-in takes it from there with the next request.
+    if (!activationToken.isEmpty())
+        qputenv(activationTokenVariable, activationToken);
+    setWindowState(windowState() & ~Qt::WindowMinimized);
+    show();
+    raise();
+    activateWindow();
+}
+
+void HostWindow::showEvent(QShowEvent *event)
+{
+    QWidget::showEvent(event);
+    if (session_)
+        session_->select();
+}
+
+void HostWindow::paintEvent(QPaintEvent *event)
+{
+    QWidget::paintEvent(event);
+    if (isPainted_)
+        return;
+    isPainted_ = true;
+    // Only now, because looking through icon themes takes longer than everything else here.
+    QMetaObject::invokeMethod(this, &HostWindow::updateIcon, Qt::QueuedConnection);
+}
+
+void HostWindow::updateIcon()
+{
+    const QString path = PaneLoader::iconPathOf(panePath_);
+    setWindowIcon(QIcon::fromTheme(QFileInfo(path).completeBaseName(), QIcon(path)));
+}
+
+void HostWindow::closeEvent(QCloseEvent *event)
+{
+    // Stays on screen until the pane is left, so that closing is not losing the focus first.
+    event->ignore();
+    Q_EMIT closing();
+}
+
+void HostWindow::restorePlace()
+{
+    QByteArray place;
+    if (!panePath_.isEmpty())
+        place = QSettings(stateFilePath(), QSettings::IniFormat).value(placeKey(panePath_)).toByteArray();
+    if (!restoreGeometry(place))
+        resize(sizeHint().expandedTo(usualSize));
+}
+
+void HostWindow::savePlace() const
+{
+    if (panePath_.isEmpty())
+        return;
+    QSettings state(stateFilePath(), QSettings::IniFormat);
+    state.setValue(placeKey(panePath_), saveGeometry());
+}

@@ -1,0 +1,59 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "Host/PaneSession.h"
+
+#include <QString>
+#include <QWidget>
+
+#include <memory>
+
+QT_BEGIN_NAMESPACE
+class QVBoxLayout;
+QT_END_NAMESPACE
+
+/// The host's window, which shows one pane at a time. It remembers its size and place for each pane.
+class HostWindow : public QWidget
+{
+    Q_OBJECT
+public:
+    explicit HostWindow(QWidget *parent = nullptr);
+    ~HostWindow() override;
+
+    /// Leaves the pane that is shown, if it is another one, and shows the pane at \a path.
+    void showPane(const QString &path);
+    /// Lets the user choose among the panes at \a paths.
+    void showChooser(const QStringList &paths);
+    /// Shows a page with \a reason.
+    void showError(const QString &reason);
+    /// Leaves the pane for good.
+    void leave();
+    /// Before the other windows, with the focus; \a activationToken is the desktop's leave to do that, or
+    /// empty.
+    void bringToFront(const QByteArray &activationToken);
+
+Q_SIGNALS:
+    /// The user wants the window closed. It and the pane, which may be in the middle of something, are still
+    /// there, until whoever hears this ends the program.
+    void closing();
+
+protected:
+    void showEvent(QShowEvent *event) override;
+    void paintEvent(QPaintEvent *event) override;
+    void closeEvent(QCloseEvent *event) override;
+
+private:
+    void begin(std::unique_ptr<PreferencePane> pane);
+    void setContent(QWidget *content);
+    void updateIcon();
+    void restorePlace();
+    void savePlace() const;
+
+    QVBoxLayout *layout_ = nullptr;
+    std::unique_ptr<PaneSession> session_;
+    std::unique_ptr<QWidget> chooser_;
+    QString panePath_;
+    bool isPainted_ = false;
+};

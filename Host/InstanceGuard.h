@@ -1,0 +1,62 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include <QByteArray>
+#include <QSocketNotifier>
+#include <QString>
+
+#include <chrono>
+#include <functional>
+#include <memory>
+
+/// Sees to it that one host runs for each preference folder: a lock that the first holds until it has ended,
+/// and a socket beside it on which later ones say what they were asked for. Needs no bus, and waits for
+/// nothing but another host.
+class InstanceGuard
+{
+public:
+    /// What a start was asked for.
+    struct Request
+    {
+        /// The pane's path, or empty.
+        QString panePath;
+        /// The desktop's leave to come to the front, or empty.
+        QByteArray activationToken;
+    };
+
+    enum class Outcome {
+        /// We are the first; or nobody can know, without a folder for the lock.
+        First,
+        /// Another one runs, and has taken the request.
+        Handed,
+        /// Another one runs, and does not answer.
+        NoAnswer,
+    };
+
+    /// \a preferenceFolder tells hosts apart, \a runtimeFolder holds lock and socket.
+    InstanceGuard(const QString &preferenceFolder, const QString &runtimeFolder);
+    ~InstanceGuard();
+    InstanceGuard(const InstanceGuard &) = delete;
+    InstanceGuard &operator=(const InstanceGuard &) = delete;
+
+    /// Becomes the first or hands over \a request; waits for another one at most \a timeout.
+    Outcome begin(const Request &request, std::chrono::milliseconds timeout);
+    /// Calls \a handler on the event loop for what later ones ask for.
+    void handleWith(std::function<void(const Request &)> handler);
+    /// Takes no more requests: later ones wait for the end of this one, and then are the first.
+    void close();
+
+private:
+    bool lock();
+    bool listen();
+    bool hand(const Request &request, int timeout) const;
+    void accept(const std::function<void(const Request &)> &handler) const;
+
+    QByteArray lockPath_;
+    QByteArray socketPath_;
+    int lock_ = -1;
+    int socket_ = -1;
+    std::unique_ptr<QSocketNotifier> notifier_;
+};

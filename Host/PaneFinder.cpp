@@ -1,0 +1,57 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Host/PaneFinder.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QStandardPaths>
+
+namespace {
+
+const QString paneExtension = QStringLiteral(".prefPane");
+const QString paneFolder = QStringLiteral("/PreferencePanes");
+
+} // namespace
+
+QStringList PaneFinder::searchFolders()
+{
+    const QString ownFolder = QCoreApplication::applicationDirPath();
+    QStringList folders = {ownFolder,
+                           QDir::cleanPath(ownFolder + u'/' + QStringLiteral(QUENBY_PANES_BESIDE_PROGRAM))};
+    const QStringList dataFolders = QStandardPaths::standardLocations(QStandardPaths::GenericDataLocation);
+    for (const QString &dataFolder : dataFolders)
+        folders.append(QDir::cleanPath(dataFolder + paneFolder));
+    folders.removeDuplicates();
+    return folders;
+}
+
+QStringList PaneFinder::panesIn(const QStringList &folders)
+{
+    QStringList paths;
+    QStringList names;
+    for (const QString &folder : folders) {
+        const QStringList found =
+            QDir(folder).entryList({u'*' + paneExtension}, QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name);
+        for (const QString &name : found) {
+            if (names.contains(name))
+                continue;
+            names.append(name);
+            paths.append(folder + u'/' + name);
+        }
+    }
+    return paths;
+}
+
+QString PaneFinder::pathOfPane(const QString &name, const QStringList &folders)
+{
+    if (!name.contains(u'/') && !QFileInfo(name).isDir()) {
+        const QStringList panes = panesIn(folders);
+        for (const QString &path : panes) {
+            const QString fileName = QFileInfo(path).fileName();
+            if (fileName == name || fileName == name + paneExtension)
+                return path;
+        }
+    }
+    return QDir::cleanPath(QFileInfo(name).absoluteFilePath());
+}

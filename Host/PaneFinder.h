@@ -1,0 +1,23 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include <QStringList>
+
+/// Where preference panes are, and which one is meant.
+namespace PaneFinder {
+
+/// The folders that are looked through, the most particular first: the program's own, the panes installed
+/// with it, the user's and the system's `PreferencePanes` data folders.
+QStringList searchFolders();
+
+/// The paths of all `*.prefPane` folders in \a folders. Of several with one name only the first counts. That
+/// one is a pane that works is not asked here.
+QStringList panesIn(const QStringList &folders);
+
+/// The path of the pane that \a name means: a path, or the name of a pane in \a folders, with or without the
+/// extension. The path need not exist.
+QString pathOfPane(const QString &name, const QStringList &folders);
+
+} // namespace PaneFinder

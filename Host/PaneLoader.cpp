@@ -1,0 +1,86 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Host/PaneLoader.h"
+
+#include "Host/ErrorPane.h"
+#include "Platform/Bundle.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <QJsonObject>
+#include <QLoggingCategory>
+#include <QPluginLoader>
+
+namespace {
+
+Q_LOGGING_CATEGORY(lcPane, "quenby.host.pane")
+
+const QString nameKey = QStringLiteral("CFBundleName");
+const QString iconKey = QStringLiteral("CFBundleIconFile");
+const QString executableKey = QStringLiteral("CFBundleExecutable");
+const QString interfaceKey = QStringLiteral("IID");
+
+QString tr(const char *text)
+{
+    return QCoreApplication::translate("PaneLoader", text);
+}
+
+std::unique_ptr<PreferencePane> failure(const QString &reason)
+{
+    qCWarning(lcPane).noquote() << reason;
+    return std::make_unique<ErrorPane>(reason);
+}
+
+} // namespace
+
+std::unique_ptr<PreferencePane> PaneLoader::load(const QString &bundlePath)
+{
+    const QString shownPath = QDir::toNativeSeparators(bundlePath);
+    if (!QFileInfo(bundlePath).isDir())
+        return failure(tr("There is no pane at %1.").arg(shownPath));
+    const std::optional<Bundle> bundle = Bundle::bundleWithPath(bundlePath);
+    if (!bundle)
+        return failure(tr("%1 has no readable Contents/Info.plist.").arg(shownPath));
+    const QVariantMap information = bundle->infoDictionary();
+    if (information.isEmpty())
+        return failure(tr("Contents/Info.plist of %1 is damaged.").arg(shownPath));
+    const QString executable = bundle->executablePath();
+    if (executable.isEmpty()) {
+        const QString name = information.value(executableKey).toString();
+        return failure(name.isEmpty()
+                           ? tr("Contents/Info.plist of %1 names no executable.").arg(shownPath)
+                           : tr("The executable of %1 is missing: Contents/MacOS/%2.").arg(shownPath, name));
+    }
+
+    QPluginLoader loader(executable);
+    loader.setLoadHints(QLibrary::PreventUnloadHint);
+    // Asked before the code is mapped, so that code of another kind is never run.
+    const QString interface = loader.metaData().value(interfaceKey).toString();
+    if (!interface.isEmpty() && interface != QStringLiteral(QUENBY_PREFERENCE_PANE_IID))
+        return failure(tr("%1 is made for another program: its code offers %2, where %3 is needed.")
+                           .arg(shownPath, interface, QStringLiteral(QUENBY_PREFERENCE_PANE_IID)));
+    auto *const factory = qobject_cast<PreferencePaneFactory *>(loader.instance());
+    if (!factory)
+        return failure(tr("The code of %1 cannot be loaded: %2").arg(shownPath, loader.errorString()));
+    std::unique_ptr<PreferencePane> pane(factory->createPane());
+    if (!pane)
+        return failure(tr("The code of %1 makes no pane.").arg(shownPath));
+    return pane;
+}
+
+QString PaneLoader::titleOf(const QString &bundlePath)
+{
+    QString title;
+    if (const std::optional<Bundle> bundle = Bundle::bundleWithPath(bundlePath))
+        title = bundle->infoDictionary().value(nameKey).toString();
+    return title.isEmpty() ? QFileInfo(bundlePath).completeBaseName() : title;
+}
+
+QString PaneLoader::iconPathOf(const QString &bundlePath)
+{
+    const std::optional<Bundle> bundle = Bundle::bundleWithPath(bundlePath);
+    return bundle ? bundle->pathForResource(bundle->infoDictionary().value(iconKey).toString(), {})
+                  : QString();
+}

@@ -1,0 +1,45 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Host/PaneSession.h"
+
+#include "Host/ErrorPane.h"
+
+#include <QCoreApplication>
+#include <QLoggingCategory>
+#include <QWidget>
+
+namespace {
+
+Q_LOGGING_CATEGORY(lcSession, "quenby.host.session")
+
+} // namespace
+
+PaneSession::PaneSession(std::unique_ptr<PreferencePane> pane)
+    : pane_(std::move(pane))
+    , view_(pane_->loadMainView())
+{
+    if (!view_) {
+        qCWarning(lcSession) << "the pane made no view";
+        pane_ = std::make_unique<ErrorPane>(
+            QCoreApplication::translate("PaneSession", "The pane could not make its view."));
+        view_ = pane_->loadMainView();
+    }
+    pane_->mainViewDidLoad();
+}
+
+PaneSession::~PaneSession()
+{
+    if (isSelected_)
+        pane_->didUnselect();
+    pane_.reset();
+    delete view_;
+}
+
+void PaneSession::select()
+{
+    if (isSelected_)
+        return;
+    isSelected_ = true;
+    pane_->didSelect();
+}

@@ -1,0 +1,26 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include <QSocketNotifier>
+
+#include <functional>
+#include <memory>
+
+/// SIGTERM, SIGINT and SIGHUP as calls on the main thread. They are kept from construction on, so that one
+/// that comes while the program starts is not lost. One object in a process.
+class TerminationSignals
+{
+public:
+    TerminationSignals();
+    ~TerminationSignals();
+    TerminationSignals(const TerminationSignals &) = delete;
+    TerminationSignals &operator=(const TerminationSignals &) = delete;
+
+    /// From now on \a handler is called on the event loop for signals, also for those that came before.
+    void handleWith(std::function<void()> handler);
+
+private:
+    std::unique_ptr<QSocketNotifier> notifier_;
+};

@@ -1,0 +1,158 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Host/FirstPaintReport.h"
+#include "Host/HostWindow.h"
+#include "Host/InstanceGuard.h"
+#include "Host/PaneFinder.h"
+#include "Host/TerminationSignals.h"
+#include "Platform/SessionBus.h"
+
+#include <QApplication>
+#include <QCommandLineParser>
+#include <QLoggingCategory>
+#include <QStandardPaths>
+#include <QThread>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+using namespace std::chrono_literals;
+
+namespace {
+
+Q_LOGGING_CATEGORY(lcHost, "quenby.host")
+
+/// A bus that is there answers within a millisecond or two.
+constexpr auto busTimeout = 300ms;
+/// Another host may be busy saving.
+constexpr auto otherInstanceTimeout = 2000ms;
+
+QString tr(const char *text)
+{
+    return QCoreApplication::translate("Host", text);
+}
+
+void setUp(QCommandLineParser &parser)
+{
+    QCoreApplication::setApplicationName(QStringLiteral("quenby-preferences"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(QUENBY_VERSION));
+    parser.setApplicationDescription(tr("Opens a settings pane in a window of its own."));
+    parser.addHelpOption();
+    parser.addVersionOption();
+    parser.addPositionalArgument(
+        QStringLiteral("pane"),
+        tr("The pane to open: the path or the name of a .prefPane bundle. By default the only one found."),
+        QStringLiteral("[pane]"));
+}
+
+/// Whether the program is only asked about itself, which needs no screen.
+bool isQuestion(int argc, char **argv)
+{
+    const auto asks = [](const char *argument) {
+        return !std::strcmp(argument, "-h") || !std::strcmp(argument, "--help") ||
+               !std::strcmp(argument, "--help-all") || !std::strcmp(argument, "-v") ||
+               !std::strcmp(argument, "--version");
+    };
+    return std::any_of(argv + 1, argv + std::max(argc, 1), asks);
+}
+
+/// The library's own windows (accessibility, theme) would wait half a minute for a bus that says nothing, and
+/// some would start a bus where there is none.
+void avoidSilentBus()
+{
+    if (SessionBus::ask(SessionBus::address(), busTimeout) == SessionBus::Answer::Yes)
+        return;
+    qCInfo(lcHost) << "going on without a session bus";
+    qputenv(SessionBus::addressVariable, SessionBus::noBusAddress.toLatin1());
+}
+
+void showRequestedPane(HostWindow &window, const QString &requested)
+{
+    if (!requested.isEmpty()) {
+        window.showPane(requested);
+        return;
+    }
+    const QStringList folders = PaneFinder::searchFolders();
+    const QStringList panes = PaneFinder::panesIn(folders);
+    if (panes.isEmpty())
+        window.showError(tr("No settings pane was found in\n%1").arg(folders.join(u'\n')));
+    else if (panes.size() == 1)
+        window.showPane(panes.constFirst());
+    else
+        window.showChooser(panes);
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    TerminationSignals signals;
+    QCommandLineParser parser;
+    setUp(parser);
+    if (isQuestion(argc, argv)) {
+        const QCoreApplication application(argc, argv);
+        parser.process(application);
+        return EXIT_SUCCESS;
+    }
+
+    // The platform plug-in takes it away.
+    const QByteArray activationToken = qgetenv("XDG_ACTIVATION_TOKEN");
+    avoidSilentBus();
+    QGuiApplication::setDesktopFileName(QStringLiteral(QUENBY_IDENTIFIER));
+    QApplication application(argc, argv);
+    parser.process(application);
+    const QStringList arguments = parser.positionalArguments();
+    if (arguments.size() > 1) {
+        std::fputs(qPrintable(tr("More than one pane is named.") + u'\n'), stderr);
+        return EXIT_FAILURE;
+    }
+    const QString requested =
+        arguments.isEmpty() ? QString()
+                            : PaneFinder::pathOfPane(arguments.constFirst(), PaneFinder::searchFolders());
+
+    InstanceGuard guard(QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation),
+                        QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation));
+    const InstanceGuard::Outcome outcome = guard.begin({requested, activationToken}, otherInstanceTimeout);
+    if (outcome == InstanceGuard::Outcome::Handed)
+        return EXIT_SUCCESS;
+
+    HostWindow window;
+    const auto leave = [&] {
+        // From now on a new start waits for the end of this one, and reads what it has saved.
+        guard.close();
+        window.leave();
+    };
+    // Ends every event loop, also those of modal panels in the pane; the pane is left when none of its code
+    // is running any more.
+    const auto end = [] { QCoreApplication::exit(); };
+    QObject::connect(&window, &HostWindow::closing, &window, end);
+    QObject::connect(
+        &application, &QGuiApplication::commitDataRequest, &window,
+        [&] {
+            // The session goes on ending as soon as this returns.
+            if (QThread::currentThread()->loopLevel() == 1)
+                leave();
+            end();
+        },
+        Qt::DirectConnection);
+    FirstPaintReport::installIfRequested(&window, end);
+
+    if (outcome == InstanceGuard::Outcome::NoAnswer)
+        window.showError(tr("The settings are open already, in a program that does not answer."));
+    else
+        showRequestedPane(window, requested);
+    window.show();
+
+    guard.handleWith([&](const InstanceGuard::Request &request) {
+        if (!request.panePath.isEmpty() && QThread::currentThread()->loopLevel() == 1)
+            window.showPane(request.panePath);
+        window.bringToFront(request.activationToken);
+    });
+    signals.handleWith(end);
+    const int result = QApplication::exec();
+    leave();
+    return result;
+}

@@ -1,0 +1,352 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Tests/Host/TestBundle.h"
+#include "Tests/Session/ChildProcess.h"
+#include "Tests/Session/PrivateBus.h"
+#include "Tests/Session/SilentSocket.h"
+#include "Tests/Session/TemporaryHome.h"
+
+#include <QDir>
+#include <QFile>
+#include <QRegularExpression>
+
+#include <chrono>
+#include <csignal>
+#include <gtest/gtest.h>
+
+using namespace std::chrono_literals;
+
+namespace {
+
+const QByteArray wholeLife = "created\nloadMainView\nmainViewDidLoad\ndidSelect\n"
+                             "didUnselect\ndestroyed\nview destroyed\n";
+
+/// The real program, alone in a folder, with a pane that records its calls in the user's panes.
+class HostProgramTest : public ::testing::Test
+{
+protected:
+    HostProgramTest()
+        : environment_(home_.environment())
+    {
+        QDir().mkpath(QFileInfo(program()).path());
+        QFile::copy(QStringLiteral(QUENBY_PREFERENCES), program());
+        TestBundle::make(panePath(), TestBundle::recordingPane());
+        environment_.insert(QStringLiteral("QUENBY_TEST_RECORD"), recordPath());
+        environment_.insert(QStringLiteral("QUENBY_TEST_GO_ON"), goOnPath());
+    }
+
+    QString program() const { return home_.filePath(QStringLiteral("bin/quenby-preferences")); }
+    QString panePath() const
+    {
+        return home_.dataFolder() + QStringLiteral("/PreferencePanes/Recording.prefPane");
+    }
+    QString recordPath() const { return home_.filePath(QStringLiteral("record")); }
+    QString goOnPath() const { return home_.filePath(QStringLiteral("go on")); }
+    void setBehaviour(const QString &behaviour)
+    {
+        environment_.insert(QStringLiteral("QUENBY_TEST_BEHAVIOUR"), behaviour);
+    }
+    QByteArray record() const
+    {
+        QFile file(recordPath());
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
+    bool waitForRecord(const QByteArray &call) const
+    {
+        return waitUntil([&] { return record().contains(call + '\n'); });
+    }
+
+    /// Nanoseconds from the start to the first paint, after which the program ends; -1 if it did not paint.
+    qint64 timeToFirstPaint()
+    {
+        QProcessEnvironment environment = environment_;
+        environment.insert(QStringLiteral("QUENBY_REPORT_FIRST_PAINT"), QStringLiteral("1"));
+        const std::chrono::nanoseconds start = std::chrono::steady_clock::now().time_since_epoch();
+        ChildProcess host(program(), {}, environment);
+        host.waitForEnd();
+        EXPECT_TRUE(host.hasReturned(0));
+        static const QRegularExpression line(QStringLiteral("first-paint-ns: ([0-9]+)\n"));
+        const QRegularExpressionMatch match = line.match(QString::fromUtf8(host.errors()));
+        return match.hasMatch() ? match.captured(1).toLongLong() - start.count() : -1;
+    }
+    void expectWindowWithinASecond()
+    {
+        const qint64 time = timeToFirstPaint();
+        EXPECT_GT(time, 0);
+        EXPECT_LT(time, 1'000'000'000);
+        EXPECT_EQ(record(), wholeLife);
+        QFile::remove(recordPath());
+    }
+    void expectWholeLifeAfter(int signal)
+    {
+        ChildProcess host(program(), {}, environment_);
+        ASSERT_TRUE(waitForRecord("didSelect"));
+        host.signal(signal);
+        ASSERT_TRUE(host.waitForEnd());
+        EXPECT_TRUE(host.hasReturned(0));
+        EXPECT_EQ(record(), wholeLife);
+    }
+
+    const TemporaryHome home_;
+    QProcessEnvironment environment_;
+};
+
+/// Whether the process catches \a signal, by what the kernel says of it.
+bool catches(qint64 pid, int signal)
+{
+    QFile status(QStringLiteral("/proc/%1/status").arg(pid));
+    if (!status.open(QIODevice::ReadOnly))
+        return false;
+    const QList<QByteArray> lines = status.readAll().split('\n');
+    for (const QByteArray &line : lines) {
+        if (line.startsWith("SigCgt:"))
+            return (line.mid(7).trimmed().toULongLong(nullptr, 16) >> (signal - 1)) & 1;
+    }
+    return false;
+}
+
+} // namespace
+
+TEST_F(HostProgramTest, TellsItsVersionWithoutAScreen)
+{
+    environment_.remove(QStringLiteral("QT_QPA_PLATFORM"));
+    for (const QString &option : {QStringLiteral("--version"), QStringLiteral("-v")}) {
+        ChildProcess host(program(), {option}, environment_);
+        ASSERT_TRUE(host.waitForEnd());
+        EXPECT_TRUE(host.hasReturned(0));
+        EXPECT_EQ(host.output(), "quenby-preferences " QUENBY_VERSION "\n");
+    }
+}
+
+TEST_F(HostProgramTest, TellsItsUseWithoutAScreen)
+{
+    environment_.remove(QStringLiteral("QT_QPA_PLATFORM"));
+    ChildProcess host(program(), {QStringLiteral("--help")}, environment_);
+    ASSERT_TRUE(host.waitForEnd());
+    EXPECT_TRUE(host.hasReturned(0));
+    const QByteArray output = host.output();
+    EXPECT_TRUE(output.contains("[options] [pane]")) << output.constData();
+    EXPECT_TRUE(output.contains("--version")) << output.constData();
+}
+
+TEST_F(HostProgramTest, RefusesWhatItDoesNotKnow)
+{
+    for (const QStringList &arguments : {QStringList(QStringLiteral("--nonsense")),
+                                         QStringList({QStringLiteral("a"), QStringLiteral("b")})}) {
+        ChildProcess host(program(), arguments, environment_);
+        ASSERT_TRUE(host.waitForEnd());
+        EXPECT_TRUE(host.hasReturned(1));
+        EXPECT_FALSE(host.errors().isEmpty());
+    }
+    EXPECT_EQ(record(), "");
+}
+
+TEST_F(HostProgramTest, LeavesThePaneOnSIGTERM)
+{
+    expectWholeLifeAfter(SIGTERM);
+}
+
+TEST_F(HostProgramTest, LeavesThePaneOnSIGINT)
+{
+    expectWholeLifeAfter(SIGINT);
+}
+
+TEST_F(HostProgramTest, LeavesThePaneOnSIGHUP)
+{
+    expectWholeLifeAfter(SIGHUP);
+}
+
+TEST_F(HostProgramTest, SeveralSignalsAtOnceLeaveThePaneOnce)
+{
+    ChildProcess host(program(), {}, environment_);
+    ASSERT_TRUE(waitForRecord("didSelect"));
+    for (int count = 0; count < 20; ++count) {
+        host.signal(SIGTERM);
+        host.signal(SIGHUP);
+    }
+    ASSERT_TRUE(host.waitForEnd());
+    EXPECT_TRUE(host.hasReturned(0));
+    EXPECT_EQ(record(), wholeLife);
+}
+
+TEST_F(HostProgramTest, ASignalBeforeTheWindowIsNotLost)
+{
+    ChildProcess host(program(), {}, environment_);
+    ASSERT_TRUE(waitUntil([&] { return catches(host.pid(), SIGHUP); }));
+    host.signal(SIGTERM);
+    ASSERT_TRUE(host.waitForEnd());
+    EXPECT_TRUE(host.hasReturned(0));
+    EXPECT_EQ(record(), wholeLife);
+}
+
+TEST_F(HostProgramTest, ASignalWhileThePaneLoadsIsNotLost)
+{
+    setBehaviour(QStringLiteral("start slowly"));
+    ChildProcess host(program(), {}, environment_);
+    ASSERT_TRUE(waitForRecord("loadMainView"));
+    host.signal(SIGTERM);
+    QFile goOn(goOnPath());
+    ASSERT_TRUE(goOn.open(QIODevice::WriteOnly));
+    ASSERT_TRUE(host.waitForEnd());
+    EXPECT_TRUE(host.hasReturned(0));
+    EXPECT_EQ(record(), wholeLife);
+}
+
+TEST_F(HostProgramTest, ASignalEndsAPanelsLoopBeforeThePaneIsLeft)
+{
+    setBehaviour(QStringLiteral("ask a question"));
+    ChildProcess host(program(), {}, environment_);
+    ASSERT_TRUE(waitForRecord("asking"));
+    host.signal(SIGTERM);
+    ASSERT_TRUE(host.waitForEnd());
+    EXPECT_TRUE(host.hasReturned(0));
+    EXPECT_TRUE(record().endsWith("didSelect\nasking\nasked\ndidUnselect\ndestroyed\nview destroyed\n"))
+        << record().constData();
+}
+
+TEST_F(HostProgramTest, UnderNohupTheEndOfTheTerminalIsIgnored)
+{
+    ChildProcess host(QStringLiteral("nohup"), {program()}, environment_);
+    ASSERT_TRUE(waitForRecord("didSelect"));
+    host.signal(SIGHUP);
+    EXPECT_FALSE(catches(host.pid(), SIGHUP));
+    EXPECT_TRUE(catches(host.pid(), SIGTERM));
+    host.signal(SIGTERM);
+    ASSERT_TRUE(host.waitForEnd());
+    EXPECT_EQ(record(), wholeLife);
+}
+
+TEST_F(HostProgramTest, TheWindowOpensWithinASecondWithABus)
+{
+    const PrivateBus bus;
+    environment_ = home_.environment(bus.address());
+    environment_.insert(QStringLiteral("QUENBY_TEST_RECORD"), recordPath());
+    expectWindowWithinASecond();
+}
+
+TEST_F(HostProgramTest, TheWindowOpensWithinASecondWithoutABus)
+{
+    expectWindowWithinASecond();
+    environment_.remove(QStringLiteral("XDG_RUNTIME_DIR"));
+    environment_.insert(QStringLiteral("TMPDIR"), home_.path());
+    expectWindowWithinASecond();
+}
+
+TEST_F(HostProgramTest, TheWindowOpensWithinASecondWithAStaleBus)
+{
+    PrivateBus bus;
+    bus.kill();
+    environment_.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), bus.address());
+    expectWindowWithinASecond();
+}
+
+TEST_F(HostProgramTest, TheWindowOpensWithinASecondWithASilentBus)
+{
+    const SilentSocket silent;
+    environment_.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), silent.busAddress());
+    expectWindowWithinASecond();
+}
+
+TEST_F(HostProgramTest, ASecondStartRaisesTheFirstAndEnds)
+{
+    ChildProcess first(program(), {}, environment_);
+    ASSERT_TRUE(waitForRecord("didSelect"));
+    ChildProcess second(program(), {}, environment_);
+    ASSERT_TRUE(second.waitForEnd());
+    EXPECT_TRUE(second.hasReturned(0));
+    EXPECT_TRUE(first.isRunning());
+    EXPECT_EQ(record(), "created\nloadMainView\nmainViewDidLoad\ndidSelect\n");
+}
+
+TEST_F(HostProgramTest, ASecondStartMayAskForAnotherPane)
+{
+    const QString other = home_.filePath(QStringLiteral("Other.prefPane"));
+    TestBundle::make(other, TestBundle::recordingPane());
+    ChildProcess first(program(), {}, environment_);
+    ASSERT_TRUE(waitForRecord("didSelect"));
+    ChildProcess second(program(), {other}, environment_);
+    ASSERT_TRUE(second.waitForEnd());
+    EXPECT_TRUE(second.hasReturned(0));
+    EXPECT_TRUE(waitUntil([&] {
+        return record().endsWith("view destroyed\ncreated\nloadMainView\nmainViewDidLoad\n"
+                                 "didSelect\n");
+    })) << record().constData();
+}
+
+TEST_F(HostProgramTest, ASecondStartDuringTheStartOfTheFirstWaitsForIt)
+{
+    setBehaviour(QStringLiteral("start slowly"));
+    ChildProcess first(program(), {}, environment_);
+    ASSERT_TRUE(waitForRecord("loadMainView"));
+    ChildProcess second(program(), {}, environment_);
+    ASSERT_TRUE(waitUntil([&] { return catches(second.pid(), SIGTERM); }));
+    QFile goOn(goOnPath());
+    ASSERT_TRUE(goOn.open(QIODevice::WriteOnly));
+    ASSERT_TRUE(second.waitForEnd());
+    EXPECT_TRUE(second.hasReturned(0));
+    EXPECT_TRUE(first.isRunning());
+    EXPECT_EQ(record().count("created"), 1);
+}
+
+TEST_F(HostProgramTest, ASecondStartSaysWhenTheFirstDoesNotAnswer)
+{
+    ChildProcess first(program(), {}, environment_);
+    ASSERT_TRUE(waitForRecord("didSelect"));
+    first.signal(SIGSTOP);
+    environment_.insert(QStringLiteral("QUENBY_REPORT_FIRST_PAINT"), QStringLiteral("1"));
+    ChildProcess second(program(), {}, environment_);
+    ASSERT_TRUE(second.waitForEnd());
+    EXPECT_TRUE(second.errors().contains("first-paint-ns: "));
+    EXPECT_EQ(record().count("created"), 1);
+    first.signal(SIGCONT);
+}
+
+TEST_F(HostProgramTest, AfterAKilledOneANewStartWorks)
+{
+    {
+        ChildProcess killed(program(), {}, environment_);
+        ASSERT_TRUE(waitForRecord("didSelect"));
+        killed.signal(SIGKILL);
+        ASSERT_TRUE(killed.waitForEnd());
+    }
+    QFile::remove(recordPath());
+    expectWholeLifeAfter(SIGTERM);
+}
+
+TEST_F(HostProgramTest, APaneBesideTheProgramGoesBeforeTheUsersOfThatName)
+{
+    const QString beside = home_.filePath(QStringLiteral("bin/Recording.prefPane"));
+    TestBundle::make(beside, {});
+    environment_.insert(QStringLiteral("QUENBY_REPORT_FIRST_PAINT"), QStringLiteral("1"));
+    ChildProcess host(program(), {}, environment_);
+    ASSERT_TRUE(host.waitForEnd());
+    const QByteArray errors = host.errors();
+    EXPECT_TRUE(errors.contains("The executable of " + beside.toUtf8() + " is missing"))
+        << errors.constData();
+    EXPECT_EQ(record(), "");
+}
+
+TEST_F(HostProgramTest, WithSeveralPanesNoneIsOpenedUnasked)
+{
+    TestBundle::make(home_.systemDataFolder() + QStringLiteral("/PreferencePanes/Other.prefPane"),
+                     TestBundle::recordingPane());
+    environment_.insert(QStringLiteral("QUENBY_REPORT_FIRST_PAINT"), QStringLiteral("1"));
+    ChildProcess host(program(), {}, environment_);
+    ASSERT_TRUE(host.waitForEnd());
+    EXPECT_TRUE(host.hasReturned(0));
+    EXPECT_EQ(record(), "");
+    ChildProcess named(program(), {QStringLiteral("Other")}, environment_);
+    ASSERT_TRUE(named.waitForEnd());
+    EXPECT_EQ(record(), wholeLife);
+}
+
+TEST_F(HostProgramTest, WithoutAnyPaneThereIsAPageThatSaysSo)
+{
+    ASSERT_TRUE(QDir(panePath()).removeRecursively());
+    environment_.insert(QStringLiteral("QUENBY_REPORT_FIRST_PAINT"), QStringLiteral("1"));
+    ChildProcess host(program(), {}, environment_);
+    ASSERT_TRUE(host.waitForEnd());
+    EXPECT_TRUE(host.hasReturned(0));
+    EXPECT_TRUE(host.errors().contains("first-paint-ns: "));
+}

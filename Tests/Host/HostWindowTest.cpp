@@ -1,0 +1,172 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Host/HostWindow.h"
+
+#include "Tests/Host/TestBundle.h"
+#include "Tests/Session/ChildProcess.h"
+
+#include <QDir>
+#include <QFile>
+#include <QLabel>
+#include <QListWidget>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <gtest/gtest.h>
+#include <optional>
+
+namespace {
+
+class HostWindowTest : public ::testing::Test
+{
+protected:
+    HostWindowTest()
+        : stateHome_(qgetenv("XDG_STATE_HOME"))
+    {
+        qputenv("QUENBY_TEST_RECORD", recordPath().toUtf8());
+        qputenv("XDG_STATE_HOME", folder_.path().toUtf8());
+        TestBundle::make(panePath(), TestBundle::recordingPane());
+        TestBundle::make(otherPanePath(), TestBundle::recordingPane(), QStringLiteral("Other title"));
+        window_.emplace();
+    }
+    ~HostWindowTest() override
+    {
+        window_.reset();
+        qunsetenv("QUENBY_TEST_RECORD");
+        qputenv("XDG_STATE_HOME", stateHome_);
+    }
+
+    QString recordPath() const { return folder_.filePath(QStringLiteral("record")); }
+    QString panePath() const { return folder_.filePath(QStringLiteral("One.prefPane")); }
+    QString otherPanePath() const { return folder_.filePath(QStringLiteral("Other.prefPane")); }
+    /// The calls since the last time.
+    QByteArray record() const
+    {
+        QFile file(recordPath());
+        const QByteArray calls = file.open(QIODevice::ReadWrite) ? file.readAll() : QByteArray();
+        file.resize(0);
+        return calls;
+    }
+    void showWindow()
+    {
+        window_->show();
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(&*window_));
+    }
+
+    const QTemporaryDir folder_;
+    std::optional<HostWindow> window_;
+
+private:
+    const QByteArray stateHome_;
+};
+
+} // namespace
+
+TEST_F(HostWindowTest, SelectsThePaneWhenItIsShownAndLeavesItOnce)
+{
+    window_->showPane(panePath());
+    EXPECT_EQ(record(), "created\nloadMainView\nmainViewDidLoad\n");
+    EXPECT_EQ(window_->windowTitle(), QStringLiteral("Recording"));
+    showWindow();
+    EXPECT_EQ(record(), "didSelect\n");
+    window_->hide();
+    window_->show();
+    EXPECT_EQ(record(), "");
+    window_->leave();
+    EXPECT_EQ(record(), "didUnselect\ndestroyed\nview destroyed\n");
+    window_.reset();
+    EXPECT_EQ(record(), "");
+}
+
+TEST_F(HostWindowTest, LeavesOnePaneBeforeItShowsAnother)
+{
+    window_->showPane(panePath());
+    showWindow();
+    record();
+    window_->showPane(panePath());
+    EXPECT_EQ(record(), "");
+    window_->showPane(otherPanePath());
+    EXPECT_EQ(record(), "didUnselect\ndestroyed\nview destroyed\n"
+                        "created\nloadMainView\nmainViewDidLoad\ndidSelect\n");
+    EXPECT_EQ(window_->windowTitle(), QStringLiteral("Other title"));
+}
+
+TEST_F(HostWindowTest, LetsTheUserChooseAmongPanesByKeys)
+{
+    window_->showChooser({panePath(), otherPanePath()});
+    showWindow();
+    auto *const list = window_->findChild<QListWidget *>();
+    ASSERT_TRUE(list);
+    EXPECT_EQ(list->count(), 2);
+    EXPECT_EQ(list->item(1)->text(), QStringLiteral("Other title"));
+    EXPECT_FALSE(list->accessibleName().isEmpty());
+    EXPECT_EQ(record(), "");
+    QTest::keyClick(list, Qt::Key_Down);
+    QTest::keyClick(list, Qt::Key_Return);
+    ASSERT_TRUE(waitUntil([&] { return window_->windowTitle() == u"Other title"; }));
+    EXPECT_EQ(record(), "created\nloadMainView\nmainViewDidLoad\ndidSelect\n");
+    EXPECT_FALSE(window_->findChild<QListWidget *>());
+}
+
+TEST_F(HostWindowTest, ShowsWhyThereIsNoPane)
+{
+    window_->showError(QStringLiteral("Because."));
+    showWindow();
+    auto *const label = window_->findChild<QLabel *>(QStringLiteral("errorReason"));
+    ASSERT_TRUE(label);
+    EXPECT_EQ(label->text(), QStringLiteral("Because."));
+}
+
+TEST_F(HostWindowTest, TheUsualKeysAskToCloseIt)
+{
+    window_->showPane(panePath());
+    QSignalSpy closing(&*window_, &HostWindow::closing);
+    showWindow();
+    window_->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&*window_));
+    QTest::keyClick(&*window_, Qt::Key_Q, Qt::ControlModifier);
+    EXPECT_EQ(closing.count(), 1);
+    QTest::keyClick(&*window_, Qt::Key_W, Qt::ControlModifier);
+    EXPECT_EQ(closing.count(), 2);
+    EXPECT_TRUE(window_->isVisible());
+}
+
+TEST_F(HostWindowTest, RemembersTheSizeForEachPane)
+{
+    window_->showPane(panePath());
+    showWindow();
+    window_->resize(611, 433);
+    window_->showPane(otherPanePath());
+    window_->resize(702, 501);
+    window_.reset();
+
+    window_.emplace();
+    window_->showPane(panePath());
+    EXPECT_EQ(window_->size(), QSize(611, 433));
+    window_->showPane(otherPanePath());
+    EXPECT_EQ(window_->size(), QSize(702, 501));
+    EXPECT_TRUE(QFile::exists(folder_.filePath(QStringLiteral("quenby/preferences.ini"))));
+}
+
+TEST_F(HostWindowTest, IsNeverSmallerThanThePaneNeeds)
+{
+    window_->showPane(panePath());
+    showWindow();
+    window_->resize(10, 10);
+    EXPECT_GE(window_->width(), 500);
+    EXPECT_GE(window_->height(), 300);
+}
+
+TEST_F(HostWindowTest, ADamagedStateFileIsNoObstacle)
+{
+    ASSERT_TRUE(QDir(folder_.path()).mkpath(QStringLiteral("quenby")));
+    QFile state(folder_.filePath(QStringLiteral("quenby/preferences.ini")));
+    ASSERT_TRUE(state.open(QIODevice::WriteOnly));
+    state.write("[place]\nOne=@ByteArray(\\x1\\x2nonsense)\n\0\0[[[");
+    state.close();
+    window_->showPane(panePath());
+    showWindow();
+    EXPECT_GE(window_->width(), 500);
+}

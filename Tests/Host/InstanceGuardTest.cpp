@@ -1,0 +1,140 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Host/InstanceGuard.h"
+
+#include "Tests/Session/ChildProcess.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <future>
+#include <gtest/gtest.h>
+#include <optional>
+
+using namespace std::chrono_literals;
+using Outcome = InstanceGuard::Outcome;
+using Request = InstanceGuard::Request;
+
+namespace {
+
+const QString configuration = QStringLiteral("/home/someone/.config");
+
+class InstanceGuardTest : public ::testing::Test
+{
+protected:
+    InstanceGuardTest()
+        : first_(std::in_place, configuration, folder_.path())
+        , second_(configuration, folder_.path())
+    {
+    }
+
+    /// Another process's attempt: waits, so it needs a thread of its own here.
+    std::future<Outcome> beginSecond(const Request &request, std::chrono::milliseconds timeout = 10s)
+    {
+        return std::async(std::launch::async, [=, this] { return second_.begin(request, timeout); });
+    }
+    static Outcome result(std::future<Outcome> &outcome)
+    {
+        waitUntil([&] { return outcome.wait_for(0s) == std::future_status::ready; });
+        return outcome.get();
+    }
+
+    const QTemporaryDir folder_;
+    std::optional<InstanceGuard> first_;
+    InstanceGuard second_;
+};
+
+} // namespace
+
+TEST_F(InstanceGuardTest, TheFirstIsFirst)
+{
+    EXPECT_EQ(first_->begin({}, 0ms), Outcome::First);
+}
+
+TEST_F(InstanceGuardTest, ALaterOneHandsOverWhatItWasAskedFor)
+{
+    ASSERT_EQ(first_->begin({}, 0ms), Outcome::First);
+    QList<Request> requests;
+    first_->handleWith([&](const Request &request) { requests.append(request); });
+    auto outcome = beginSecond({QStringLiteral("/panes/Ünïcode.prefPane"), "token"});
+    EXPECT_EQ(result(outcome), Outcome::Handed);
+    ASSERT_TRUE(waitUntil([&] { return requests.size() == 1; }));
+    EXPECT_EQ(requests.constFirst().panePath, QStringLiteral("/panes/Ünïcode.prefPane"));
+    EXPECT_EQ(requests.constFirst().activationToken, "token");
+}
+
+TEST_F(InstanceGuardTest, ALaterOneWaitsForAFirstThatIsStillStarting)
+{
+    ASSERT_EQ(first_->begin({}, 0ms), Outcome::First);
+    auto outcome = beginSecond({});
+    EXPECT_EQ(outcome.wait_for(100ms), std::future_status::timeout);
+    first_->handleWith([](const Request &) {});
+    EXPECT_EQ(result(outcome), Outcome::Handed);
+}
+
+TEST_F(InstanceGuardTest, ALaterOneBecomesTheFirstWhenTheFirstIsEnding)
+{
+    ASSERT_EQ(first_->begin({}, 0ms), Outcome::First);
+    first_->handleWith([](const Request &) { FAIL() << "the first was closed"; });
+    first_->close();
+    auto outcome = beginSecond({});
+    EXPECT_EQ(outcome.wait_for(100ms), std::future_status::timeout);
+    first_.reset();
+    EXPECT_EQ(result(outcome), Outcome::First);
+}
+
+TEST_F(InstanceGuardTest, AFirstThatDoesNotAnswerIsWaitedForOnlySoLong)
+{
+    ASSERT_EQ(first_->begin({}, 0ms), Outcome::First);
+    QElapsedTimer timer;
+    timer.start();
+    EXPECT_EQ(second_.begin({}, 150ms), Outcome::NoAnswer);
+    EXPECT_LT(timer.elapsed(), 1000);
+}
+
+TEST_F(InstanceGuardTest, WhatAKilledOneLeftBehindIsNoObstacle)
+{
+    ASSERT_EQ(first_->begin({}, 0ms), Outcome::First);
+    const QStringList names = QDir(folder_.path()).entryList(QDir::System | QDir::Files);
+    ASSERT_EQ(names.size(), 2);
+    first_.reset();
+    for (const QString &name : names) {
+        QFile leftOver(folder_.filePath(name));
+        ASSERT_TRUE(leftOver.open(QIODevice::WriteOnly));
+    }
+    ASSERT_EQ(second_.begin({}, 0ms), Outcome::First);
+    second_.handleWith([](const Request &) {});
+    first_.emplace(configuration, folder_.path());
+    auto outcome = std::async(std::launch::async, [&] { return first_->begin({}, 10s); });
+    EXPECT_EQ(result(outcome), Outcome::Handed);
+}
+
+TEST_F(InstanceGuardTest, AnotherPreferenceFolderIsAnotherMatter)
+{
+    ASSERT_EQ(first_->begin({}, 0ms), Outcome::First);
+    InstanceGuard other(QStringLiteral("/home/another/.config"), folder_.path());
+    EXPECT_EQ(other.begin({}, 0ms), Outcome::First);
+}
+
+TEST_F(InstanceGuardTest, WithoutAUsableRuntimeFolderEveryoneIsFirst)
+{
+    for (const QString &folder : {QString(), QStringLiteral("/nowhere"), QStringLiteral("/proc")}) {
+        InstanceGuard one(configuration, folder);
+        InstanceGuard other(configuration, folder);
+        EXPECT_EQ(one.begin({}, 0ms), Outcome::First);
+        EXPECT_EQ(other.begin({}, 0ms), Outcome::First);
+    }
+}
+
+TEST_F(InstanceGuardTest, APathTooLongForASocketStillLocks)
+{
+    const QString deep = folder_.filePath(QString(120, u'd'));
+    ASSERT_TRUE(QDir().mkpath(deep));
+    InstanceGuard one(configuration, deep);
+    InstanceGuard other(configuration, deep);
+    EXPECT_EQ(one.begin({}, 0ms), Outcome::First);
+    EXPECT_EQ(other.begin({}, 50ms), Outcome::NoAnswer);
+}

@@ -1,0 +1,88 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Toolkit/PreferencePane.h"
+
+#include <QFile>
+#include <QLabel>
+#include <QMessageBox>
+#include <QObject>
+#include <QThread>
+#include <QTimer>
+
+namespace {
+
+/// Appends a line to the file that the test names.
+void record(const char *call)
+{
+    QFile file(qEnvironmentVariable("QUENBY_TEST_RECORD"));
+    if (file.open(QIODevice::WriteOnly | QIODevice::Append))
+        file.write(QByteArray(call) + '\n');
+}
+
+/// How the pane misbehaves, if it is to.
+bool isAskedFor(const char *behaviour)
+{
+    return qgetenv("QUENBY_TEST_BEHAVIOUR") == behaviour;
+}
+
+class RecordedView : public QLabel
+{
+public:
+    RecordedView()
+        : QLabel(QStringLiteral("recording"))
+    {
+        setMinimumSize(500, 300);
+    }
+    ~RecordedView() override { record("view destroyed"); }
+};
+
+class RecordingPane : public PreferencePane
+{
+public:
+    RecordingPane() { record("created"); }
+    ~RecordingPane() override { record("destroyed"); }
+
+    QWidget *loadMainView() override
+    {
+        record("loadMainView");
+        while (isAskedFor("start slowly") && !QFile::exists(qEnvironmentVariable("QUENBY_TEST_GO_ON")))
+            QThread::msleep(5);
+        if (!isAskedFor("make no view"))
+            view_ = new RecordedView;
+        return view_;
+    }
+    QWidget *mainView() const override { return view_; }
+    void mainViewDidLoad() override { record("mainViewDidLoad"); }
+    void didSelect() override
+    {
+        record("didSelect");
+        if (isAskedFor("ask a question"))
+            QTimer::singleShot(0, view_, [this] { ask(); });
+    }
+    void didUnselect() override { record("didUnselect"); }
+
+private:
+    void ask()
+    {
+        QMessageBox question(view_);
+        QTimer::singleShot(0, &question, [] { record("asking"); });
+        question.exec();
+        record("asked");
+    }
+
+    QWidget *view_ = nullptr;
+};
+
+class RecordingPaneFactory : public QObject, public PreferencePaneFactory
+{
+    Q_OBJECT
+    Q_INTERFACES(PreferencePaneFactory)
+    Q_PLUGIN_METADATA(IID QUENBY_PREFERENCE_PANE_IID)
+public:
+    PreferencePane *createPane() override { return isAskedFor("make no pane") ? nullptr : new RecordingPane; }
+};
+
+} // namespace
+
+#include "RecordingPane.moc"
