@@ -5,6 +5,7 @@
 
 #include "Shared/Source/CocoaCryptoHashing.h"
 
+#include <QStringEncoder>
 #include <QVarLengthArray>
 #include <algorithm>
 #include <charconv>
@@ -16,25 +17,27 @@ namespace {
 
 constexpr std::array<std::uint32_t, 3> defaultPermissions{7, 6, 4};
 
-using SeedBuffer = QVarLengthArray<char, 256>;
+/// Room for the parts of a seed that are not the name: four numbers and their separators.
+constexpr qsizetype seedNumbersSize = 96;
+/// The most that one UTF-16 unit can take.
+constexpr qsizetype utf8BytesPerUnit = 3;
 
-void appendNumber(SeedBuffer &buffer, auto number)
+char *writeUtf8(char *to, const QString &text)
 {
-    std::array<char, 24> digits;
-    const auto end = std::to_chars(digits.begin(), digits.end(), number).ptr;
-    buffer.append(digits.data(), end - digits.data());
+    char16_t all = 0;
+    for (const QChar c : text)
+        all |= c.unicode();
+    if (all < 0x80)
+        return std::transform(text.begin(), text.end(), to,
+                              [](QChar c) { return static_cast<char>(c.unicode()); });
+    return QStringEncoder(QStringEncoder::Utf8).appendToBuffer(to, text);
 }
 
-void appendUtf8(SeedBuffer &buffer, const QString &text)
+template <class Number>
+char *writeNumber(char *to, Number number)
 {
-    const bool ascii = std::all_of(text.begin(), text.end(), [](QChar c) { return c.unicode() < 0x80; });
-    if (!ascii) {
-        const QByteArray utf8 = text.toUtf8();
-        buffer.append(utf8.constData(), utf8.size());
-        return;
-    }
-    for (const QChar c : text)
-        buffer.append(static_cast<char>(c.unicode()));
+    constexpr int longest = std::numeric_limits<Number>::digits10 + 2;
+    return std::to_chars(to, to + longest, number).ptr;
 }
 
 } // namespace
@@ -96,17 +99,17 @@ void QNBHierarchyItem::generateUID()
 {
     timeval now{};
     gettimeofday(&now, nullptr);
-    SeedBuffer seed;
-    appendUtf8(seed, filename_);
-    seed.append(isFolder_ ? '1' : '0');
-    seed.append('_');
-    appendNumber(seed, now.tv_sec);
-    appendNumber(seed, now.tv_usec);
-    seed.append('_');
-    appendNumber(seed, static_cast<std::uint32_t>(random()));
-    seed.append('+');
-    appendNumber(seed, static_cast<std::uint32_t>(children_.size()));
-    digest_ = CocoaCryptoHashing::sha1Digest(QByteArrayView(seed.constData(), seed.size()));
+    QVarLengthArray<char, 256> seed(filename_.size() * utf8BytesPerUnit + seedNumbersSize);
+    char *end = writeUtf8(seed.data(), filename_);
+    *end++ = isFolder_ ? '1' : '0';
+    *end++ = '_';
+    end = writeNumber(end, now.tv_sec);
+    end = writeNumber(end, now.tv_usec);
+    *end++ = '_';
+    end = writeNumber(end, static_cast<std::uint32_t>(random()));
+    *end++ = '+';
+    end = writeNumber(end, static_cast<std::uint32_t>(children_.size()));
+    digest_ = CocoaCryptoHashing::sha1Digest(QByteArrayView(seed.constData(), end - seed.constData()));
     givenUid_.reset();
 }
 

@@ -6,7 +6,10 @@
 // MD5() is marked deprecated since libcrypto 3.0 as an algorithm, not as an interface; identifiers need no
 // cryptographic strength.
 #define OPENSSL_SUPPRESS_DEPRECATED
+#include <memory>
+#include <openssl/evp.h>
 #include <openssl/md5.h>
+#include <openssl/objects.h>
 #include <openssl/sha.h>
 
 namespace CocoaCryptoHashing {
@@ -21,18 +24,26 @@ static QString hexadecimal(const QByteArray &digest)
     return QString::fromLatin1(digest.toHex());
 }
 
+/// SHA1() looks the algorithm up anew at each call, which takes longer than the digest of a short input: 30
+/// ms instead of 12 ms for 100,000 names.
 SHA1Digest sha1Digest(QByteArrayView bytes)
 {
+    static const std::unique_ptr<EVP_MD, decltype(&EVP_MD_free)> algorithm(
+        EVP_MD_fetch(nullptr, SN_sha1, nullptr), EVP_MD_free);
     SHA1Digest digest;
     static_assert(digest.size() == SHA_DIGEST_LENGTH);
-    SHA1(unsignedBytes(bytes), static_cast<std::size_t>(bytes.size()), digest.data());
+    const auto size = static_cast<std::size_t>(bytes.size());
+    if (!algorithm || !EVP_Digest(bytes.data(), size, digest.data(), nullptr, algorithm.get(), nullptr))
+        SHA1(unsignedBytes(bytes), size, digest.data());
     return digest;
 }
 
 QByteArray sha1Hash(QByteArrayView bytes)
 {
-    const SHA1Digest digest = sha1Digest(bytes);
-    return {reinterpret_cast<const char *>(digest.data()), qsizetype(digest.size())};
+    QByteArray digest(SHA_DIGEST_LENGTH, Qt::Uninitialized);
+    SHA1(unsignedBytes(bytes), static_cast<std::size_t>(bytes.size()),
+         reinterpret_cast<unsigned char *>(digest.data()));
+    return digest;
 }
 
 QByteArray md5Hash(QByteArrayView bytes)

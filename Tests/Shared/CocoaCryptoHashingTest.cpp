@@ -37,3 +37,12 @@ TEST(CocoaCryptoHashing, RawDigestsHaveTheirFixedSizesAndKeepNulBytes)
     EXPECT_EQ(sha1HexHash(QByteArrayView(withNul)),
               QString::fromLatin1(sha1Hash(QByteArrayView(withNul)).toHex()));
 }
+
+TEST(CocoaCryptoHashing, DigestWithoutAnAllocationIsTheSame)
+{
+    for (const QByteArray &bytes : {QByteArray(), QByteArray("abc"), QByteArray(1000, 'x')}) {
+        const SHA1Digest digest = sha1Digest(bytes);
+        EXPECT_EQ(QByteArray(reinterpret_cast<const char *>(digest.data()), qsizetype(digest.size())),
+                  sha1Hash(QByteArrayView(bytes)));
+    }
+}
