@@ -50,9 +50,13 @@ QList<QNBPresetRecordPtr> defaultPresets(const std::optional<Bundle> &bundle)
 {
     const QString path =
         bundle ? bundle->pathForResource(defaultPresetsResource, propertyListType) : QString();
+    if (path.isEmpty()) {
+        qCWarning(lcStore) << "the bundle has no default presets";
+        return {};
+    }
     QFile file(path);
-    if (path.isEmpty() || !file.open(QIODevice::ReadOnly)) {
-        qCWarning(lcStore) << "no default presets:" << path << file.errorString();
+    if (!file.open(QIODevice::ReadOnly)) {
+        qCWarning(lcStore) << "default presets cannot be read:" << path << file.errorString();
         return {};
     }
     QString error;
