@@ -1,0 +1,64 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+// A whole save of a large domain to disk, beside what writing and syncing the same bytes takes.
+
+#include "Benchmarks/SamplePresets.h"
+#include "Source/QNBSettingsStore.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+#include <benchmark/benchmark.h>
+#include <cstdio>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr qsizetype itemsPerPreset = 1000;
+
+void BM_WriteAndSyncBytes(benchmark::State &state)
+{
+    const QTemporaryDir folder;
+    const QByteArray bytes =
+        SamplePresets::domainBytes(SamplePresets::presets(state.range(0), itemsPerPreset));
+    const QByteArray temporary = QFile::encodeName(folder.filePath(QStringLiteral("temporary")));
+    const QByteArray target = QFile::encodeName(folder.filePath(QStringLiteral("target")));
+    const int directory =
+        open(QFile::encodeName(folder.path()).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    for (auto _ : state) {
+        const int file = open(temporary.constData(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
+        const bool ok =
+            write(file, bytes.constData(), std::size_t(bytes.size())) == bytes.size() && fsync(file) == 0;
+        close(file);
+        if (!ok || std::rename(temporary.constData(), target.constData()) != 0 || fsync(directory) != 0)
+            state.SkipWithError("the bytes could not be written");
+    }
+    close(directory);
+    state.counters["document_bytes"] = double(bytes.size());
+}
+
+void BM_SavePreferences(benchmark::State &state)
+{
+    const QTemporaryDir folder;
+    Preferences::Options options;
+    options.folder = folder.path();
+    options.lockFolder = folder.path();
+    Preferences preferences(QStringLiteral("org.quenby.Quenby"), options);
+    QNBSettings settings;
+    settings.presets = SamplePresets::presets(state.range(0), itemsPerPreset);
+    for (auto _ : state) {
+        if (const FileResult saved = QNBSettingsStore::write(preferences, settings); !saved)
+            state.SkipWithError(qPrintable(saved.error));
+    }
+    Preferences again(QStringLiteral("org.quenby.Quenby"), options);
+    QNBSettings reread;
+    QNBSettingsStore::read(again, {}, reread);
+    if (SamplePresets::countItems(reread.presets) != state.range(0))
+        state.SkipWithError("items are missing");
+}
+
+} // namespace
+
+BENCHMARK(BM_WriteAndSyncBytes)->Arg(100'000)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(BM_SavePreferences)->Arg(100'000)->Unit(benchmark::kMillisecond)->UseRealTime();
