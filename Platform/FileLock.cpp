@@ -23,6 +23,12 @@ constexpr microseconds longestPause{2000};
 
 } // namespace
 
+FileLock::~FileLock()
+{
+    if (descriptor_.isOpen())
+        layer_->flock(descriptor_.get(), LOCK_UN);
+}
+
 std::optional<FileLock> FileLock::acquire(FileLayer &layer, const QString &path, int timeout, QString *error)
 {
     const QByteArray name = QFile::encodeName(path);
@@ -41,7 +47,7 @@ std::optional<FileLock> FileLock::acquire(FileLayer &layer, const QString &path,
             struct stat named = {};
             if (layer.fstat(descriptor.get(), &held) == 0 && layer.lstat(name, &named) == 0 &&
                 held.st_dev == named.st_dev && held.st_ino == named.st_ino)
-                return FileLock(std::move(descriptor));
+                return FileLock(layer, std::move(descriptor));
         } else if (errno != EWOULDBLOCK) {
             *error = systemError(QStringLiteral("cannot lock %1").arg(path), errno);
             return std::nullopt;

@@ -17,11 +17,20 @@ public:
     static std::optional<FileLock> acquire(FileLayer &layer, const QString &path, int timeout,
                                            QString *error);
 
+    FileLock(FileLock &&) noexcept = default;
+    FileLock(const FileLock &) = delete;
+    FileLock &operator=(const FileLock &) = delete;
+    FileLock &operator=(FileLock &&) = delete;
+    /// Lets go before closing: a child between its fork and its exec has the file open too.
+    ~FileLock();
+
 private:
-    explicit FileLock(FileDescriptor descriptor)
-        : descriptor_(std::move(descriptor))
+    FileLock(FileLayer &layer, FileDescriptor descriptor)
+        : layer_(&layer)
+        , descriptor_(std::move(descriptor))
     {
     }
 
+    FileLayer *layer_;
     FileDescriptor descriptor_;
 };
