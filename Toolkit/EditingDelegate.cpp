@@ -16,6 +16,13 @@ void EditingDelegate::endEditing()
     editor_ = nullptr;
 }
 
+QSize EditingDelegate::sizeHint(const QStyleOptionViewItem &option, const QModelIndex &index) const
+{
+    constexpr int air = 6;
+    const QSize size = QStyledItemDelegate::sizeHint(option, index);
+    return size.expandedTo({0, option.fontMetrics.height() + air});
+}
+
 QWidget *EditingDelegate::createEditor(QWidget *parent, const QStyleOptionViewItem &option,
                                        const QModelIndex &index) const
 {

@@ -6,7 +6,8 @@
 #include <QPointer>
 #include <QStyledItemDelegate>
 
-/// An item delegate that can end the edit in progress from outside, keeping what was typed.
+/// An item delegate that can end the edit in progress from outside, keeping what was typed, and gives rows
+/// some air.
 class EditingDelegate : public QStyledItemDelegate
 {
 public:
@@ -16,6 +17,7 @@ public:
     /// Commits the text typed so far, an unfinished composition included, and closes the editor.
     void endEditing();
 
+    QSize sizeHint(const QStyleOptionViewItem &option, const QModelIndex &index) const override;
     QWidget *createEditor(QWidget *parent, const QStyleOptionViewItem &option,
                           const QModelIndex &index) const override;
     void destroyEditor(QWidget *editor, const QModelIndex &index) const override;

@@ -11,6 +11,9 @@
 
 namespace {
 
+/// Room for most combinations, so that the control keeps its size while recording.
+constexpr int fieldWidth = 200;
+
 bool isModifierKey(int key)
 {
     return key == Qt::Key_Shift || key == Qt::Key_Control || key == Qt::Key_Meta || key == Qt::Key_Alt ||
@@ -35,6 +38,7 @@ KeyComboRecorder::KeyComboRecorder(QWidget *parent)
     layout->addWidget(field_);
     layout->addWidget(clearButton_);
     field_->setCheckable(true);
+    field_->setMinimumWidth(fieldWidth);
     field_->setAutoDefault(false);
     field_->installEventFilter(this);
     clearButton_->setText(tr("Clear"));
