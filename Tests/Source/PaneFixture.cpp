@@ -1,0 +1,167 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "PaneFixture.h"
+
+#include "Shared/Source/QNBShared.h"
+#include "Toolkit/ArrayController.h"
+#include "Toolkit/OutlineView.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTest>
+
+namespace {
+
+constexpr char informationFile[] = R"(<?xml version="1.0" encoding="UTF-8"?>
+<plist version="1.0"><dict>
+<key>CFBundleIdentifier</key><string>org.quenby.Quenby</string>
+<key>CFBundleShortVersionString</key><string>1.2.3</string>
+</dict></plist>)";
+
+constexpr char defaultPresets[] = R"(<?xml version="1.0" encoding="UTF-8"?>
+<plist version="1.0"><array>
+<dict><key>label</key><string>From the bundle</string></dict>
+</array></plist>)";
+
+constexpr char dragHandle[] = R"(<svg xmlns="http://www.w3.org/2000/svg" width="8" height="8"/>)";
+
+} // namespace
+
+PaneFixture::PaneFixture()
+{
+    writeFile(QStringLiteral("Quenby.prefPane/Contents/Info.plist"), informationFile);
+    writeFile(QStringLiteral("Quenby.prefPane/Contents/Resources/DefaultPresets.plist"), defaultPresets);
+    writeFile(QStringLiteral("Quenby.prefPane/Contents/Resources/DragHandle.svg"), dragHandle);
+    writeFile(QStringLiteral("Quenby.prefPane/Contents/Resources/QNB Default AppSupport/Scripts/Say.sh"),
+              "#!/bin/sh\n");
+}
+
+PaneFixture::~PaneFixture()
+{
+    closePane();
+}
+
+QNBPresetRecordPtr PaneFixture::preset(const QString &label, const QStringList &names)
+{
+    QVariantList children;
+    for (const QString &name : names) {
+        QVariantMap item{{QStringLiteral("filename"), name}};
+        if (name.endsWith(u'/')) {
+            const QVariantMap inside{{QStringLiteral("filename"), QStringLiteral("inside")}};
+            item = {{QStringLiteral("filename"), name.chopped(1)},
+                    {QStringLiteral("isFolder"), true},
+                    {QStringLiteral("children"), QVariantList{inside}}};
+        }
+        children.append(item);
+    }
+    auto record = std::make_shared<QNBPresetRecord>();
+    record->setValueForKey(label, QNBPresetKey::label);
+    record->setFileHierarchy(QNBHierarchyItem::initWithDictionary(
+        QVariantMap{{QStringLiteral("isFolder"), true}, {QStringLiteral("children"), children}}));
+    return record;
+}
+
+void PaneFixture::store(const QList<QNBPresetRecordPtr> &presets)
+{
+    QNBSettings settings;
+    settings.presets = presets;
+    const QNBPrefPanePref::Services world = services();
+    const FileResult written = QNBSettingsStore::write(*world.preferences, settings);
+    ASSERT_TRUE(written.ok) << qPrintable(written.error);
+}
+
+QNBSettings PaneFixture::stored() const
+{
+    QNBSettings settings;
+    Preferences preferences(QNBProductIdentifier(), {.folder = path(QStringLiteral("config")),
+                                                     .lockFolder = path(QStringLiteral("config"))});
+    QNBSettingsStore::read(preferences, std::nullopt, settings);
+    return settings;
+}
+
+QNBPrefPanePref::Services PaneFixture::services()
+{
+    QDir().mkpath(path(QStringLiteral("config")));
+    const Preferences::Options options{.folder = path(QStringLiteral("config")),
+                                       .lockFolder = path(QStringLiteral("config"))};
+    return {
+        .preferences = std::make_unique<Preferences>(QNBProductIdentifier(), options),
+        .postNotificationName = [this](const QString &name) { notifications << name; },
+        .openURL =
+            [this](const QUrl &url) {
+                openedURLs << url;
+                return true;
+            },
+        .allBundles =
+            [this] {
+                const auto bundle = Bundle::bundleWithPath(path(QStringLiteral("Quenby.prefPane")));
+                return bundle ? QList<Bundle>{*bundle} : QList<Bundle>{};
+            },
+        .applicationSupportPath = path(QStringLiteral("support/Quenby")),
+    };
+}
+
+void PaneFixture::openPane()
+{
+    pane = std::make_unique<QNBPrefPanePref>(services());
+    view.reset(pane->loadMainView());
+    ASSERT_TRUE(view);
+    ASSERT_EQ(view.get(), pane->mainView());
+    pane->mainViewDidLoad();
+    constexpr auto fatal = QAbstractItemModelTester::FailureReportingMode::Fatal;
+    listTester = std::make_unique<QAbstractItemModelTester>(list().model(), fatal);
+    outlineTester = std::make_unique<QAbstractItemModelTester>(outline().model(), fatal);
+    pane->didSelect();
+    view->show();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(view.get()));
+}
+
+void PaneFixture::closePane()
+{
+    pane.reset();
+    view.reset();
+}
+
+void PaneFixture::loseKeyboardAndRegainIt()
+{
+    {
+        QWidget other;
+        other.show();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(&other));
+    }
+    view->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(view.get()));
+}
+
+ArrayController &PaneFixture::controller() const
+{
+    return *outlet<ArrayController>(QStringLiteral("_ui_presetListController"));
+}
+
+TableView &PaneFixture::list() const
+{
+    return *outlet<TableView>(QStringLiteral("_ui_presetListView"));
+}
+
+OutlineView &PaneFixture::outline() const
+{
+    return *outlet<OutlineView>(QStringLiteral("_ui_presetHierarchyView"));
+}
+
+QStringList PaneFixture::outlineRows() const
+{
+    QStringList rows;
+    for (int row = 0; row < outline().numberOfRows(); ++row)
+        rows << static_cast<QNBHierarchyItem *>(outline().itemAtRow(row).get())->filename();
+    return rows;
+}
+
+void PaneFixture::writeFile(const QString &name, const QByteArray &bytes) const
+{
+    const QString file = path(name);
+    ASSERT_TRUE(QDir().mkpath(QFileInfo(file).path()));
+    QFile out(file);
+    ASSERT_TRUE(out.open(QIODevice::WriteOnly));
+    ASSERT_EQ(out.write(bytes), bytes.size());
+}

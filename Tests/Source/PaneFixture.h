@@ -1,0 +1,63 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "Source/QNBPrefPanePref.h"
+#include "Toolkit/KeyCodes.h"
+#include "Toolkit/OutlineView.h"
+
+#include <QAbstractItemModelTester>
+#include <QTemporaryDir>
+#include <QUrl>
+#include <gtest/gtest.h>
+#include <memory>
+
+class ArrayController;
+
+/// A pane in a world of its own: temporary folders, a bundle made on the spot, notifications and links that
+/// are only noted down.
+class PaneFixture : public ::testing::Test
+{
+protected:
+    PaneFixture();
+    ~PaneFixture() override;
+
+    /// A record with a label and, below its root, the given names; those that end in "/" are folders with one
+    /// file inside.
+    static QNBPresetRecordPtr preset(const QString &label, const QStringList &names = {});
+    /// Makes these the stored presets.
+    void store(const QList<QNBPresetRecordPtr> &presets);
+    /// What a reader of the domain finds now.
+    QNBSettings stored() const;
+
+    QNBPrefPanePref::Services services();
+    /// Makes the pane, as a host would, up to the shown window.
+    void openPane();
+    /// Leaves nothing of it; the pane goes first, as a host must do it.
+    void closePane();
+    /// Another window of this process takes the keyboard, then ours has it back.
+    void loseKeyboardAndRegainIt();
+
+    template <typename T>
+    T *outlet(const QString &name) const
+    {
+        return dynamic_cast<T *>(view->findChild<QObject *>(name));
+    }
+    ArrayController &controller() const;
+    TableView &list() const;
+    OutlineView &outline() const;
+    /// The outline's texts, row by row.
+    QStringList outlineRows() const;
+
+    QString path(const QString &name) const { return home.filePath(name); }
+    void writeFile(const QString &name, const QByteArray &bytes) const;
+
+    QTemporaryDir home;
+    QStringList notifications;
+    QList<QUrl> openedURLs;
+    std::unique_ptr<QNBPrefPanePref> pane;
+    std::unique_ptr<QWidget> view;
+    std::unique_ptr<QAbstractItemModelTester> listTester;
+    std::unique_ptr<QAbstractItemModelTester> outlineTester;
+};
