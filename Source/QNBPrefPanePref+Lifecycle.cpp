@@ -16,6 +16,7 @@ namespace {
 
 const QString presetListControllerName = QStringLiteral("_ui_presetListController");
 constexpr int hierarchyIndentation = 18;
+constexpr QSize hierarchyIconSize(16, 16);
 
 /// Menus, tool tips and the like come and go without their window losing the keyboard.
 bool isKeyWindow(const QWindow *window)
@@ -49,6 +50,7 @@ QWidget *QNBPrefPanePref::loadMainView()
 void QNBPrefPanePref::mainViewDidLoad()
 {
     _ui_presetHierarchyView->setIndentation(hierarchyIndentation);
+    _ui_presetHierarchyView->setIconSize(hierarchyIconSize);
 }
 
 void QNBPrefPanePref::didSelect()

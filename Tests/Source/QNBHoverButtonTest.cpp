@@ -3,6 +3,7 @@
 
 #include "Source/QNBHoverButton.h"
 
+#include <QEnterEvent>
 #include <QSignalSpy>
 #include <QTest>
 #include <gtest/gtest.h>
@@ -19,9 +20,14 @@ public:
 class QNBHoverButtonTest : public ::testing::Test
 {
 protected:
-    void send(QEvent::Type type)
+    void enter()
     {
-        QEvent event(type);
+        QEnterEvent event({}, {}, {});
+        QCoreApplication::sendEvent(&button, &event);
+    }
+    void leave()
+    {
+        QEvent event(QEvent::Leave);
         QCoreApplication::sendEvent(&button, &event);
     }
 
@@ -32,18 +38,18 @@ protected:
 TEST_F(QNBHoverButtonTest, ReportsComingAndGoing)
 {
     button.setDelegate(&listener);
-    send(QEvent::MouseMove);
+    enter();
     EXPECT_TRUE(listener.hovered.isEmpty()) << "no hover action is set";
     button.setHoverAction(&QNBHoverButtonDelegate::colorLabelButtonHovered);
-    send(QEvent::MouseMove);
-    send(QEvent::Leave);
+    enter();
+    leave();
     EXPECT_EQ(listener.hovered, QList<bool>({true, false}));
 }
 
 TEST_F(QNBHoverButtonTest, SwitchingOffAlsoEndsHovering)
 {
     button.setState(Qt::Checked);
-    send(QEvent::MouseMove);
+    enter();
     EXPECT_TRUE(button.isHovered());
     button.setStateWithNumber(0);
     EXPECT_EQ(button.state(), Qt::Unchecked);

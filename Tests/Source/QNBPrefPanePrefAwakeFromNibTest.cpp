@@ -8,6 +8,7 @@
 #include "Toolkit/OutlineView.h"
 
 #include <QCheckBox>
+#include <QEnterEvent>
 #include <QFileInfo>
 #include <QLabel>
 #include <QMenu>
@@ -175,7 +176,7 @@ TEST_F(QNBPrefPanePrefAwakeFromNib, HoveringShowsTheColoursName)
     openPane();
     auto *button = outlet<QNBHoverButton>(QStringLiteral("_ui_redButton"));
     const auto *name = outlet<QLabel>(QStringLiteral("_ui_hoveredColor"));
-    QEvent enter(QEvent::MouseMove);
+    QEnterEvent enter({}, {}, {});
     QEvent leave(QEvent::Leave);
     QCoreApplication::sendEvent(button, &enter);
     EXPECT_EQ(name->text(), u"“Red”");
