@@ -17,14 +17,19 @@ bool isTest(const SourceFile &file)
     return file.path.startsWith(u"Tests/") && !file.path.startsWith(u"Tests/Rules/");
 }
 
+QString describe(const SourceFile &file, qsizetype line, const QString &reason)
+{
+    return QStringLiteral("%1:%2: %3. %4")
+        .arg(file.path, QString::number(line + 1), file.lines()[line].trimmed(), reason);
+}
+
 QStringList linesThatMatch(const SourceFile &file, const QRegularExpression &pattern, const QString &reason)
 {
     QStringList violations;
     const QStringList lines = file.lines();
     for (qsizetype i = 0; i < lines.size(); ++i) {
         if (pattern.match(lines[i]).hasMatch())
-            violations.append(QStringLiteral("%1:%2: %3. %4")
-                                  .arg(file.path, QString::number(i + 1), lines[i].trimmed(), reason));
+            violations.append(describe(file, i, reason));
     }
     return violations;
 }
@@ -81,13 +86,23 @@ QStringList TextRules::violationsOfWaiting(const SourceFile &file)
 {
     if (!isTest(file))
         return {};
-    static const QRegularExpression pattern(
+    static const QRegularExpression wait(
         QStringLiteral("\\b[mun]?sleep\\s*\\(|\\bnanosleep\\s*\\(|\\bsleep_(for|until)\\b|"
                        "\\bqWait\\s*\\(|\\bqSleep\\s*\\(|^\\s*sleep\\s+[0-9.]"));
-    return linesThatMatch(file, pattern,
-                          QStringLiteral("A test waits for a condition (QTest::qWaitFor, QSignalSpy::wait, "
-                                         "QProcess::waitFor…), with a bound, never for a length of time: "
-                                         "that is too short on a slow machine and too long on all others"));
+    // The pause between two looks at a condition is no bare wait: it stands right below the loop that looks.
+    static const QRegularExpression look(QStringLiteral("^\\s*(while|until)\\b(?!\\s*(\\(?(true|1)\\b|:))"));
+    QStringList violations;
+    const QStringList lines = file.lines();
+    for (qsizetype i = 0; i < lines.size(); ++i) {
+        if (wait.match(lines[i]).hasMatch() && !(i > 0 && look.match(lines[i - 1]).hasMatch()))
+            violations.append(
+                describe(file, i,
+                         QStringLiteral("A test waits for a condition (QTest::qWaitFor, "
+                                        "QSignalSpy::wait, QProcess::waitFor…), never for a length "
+                                        "of time: that is too short on a slow machine and too long "
+                                        "on all others")));
+    }
+    return violations;
 }
 
 QStringList TextRules::violationsOfSkipping(const SourceFile &file)

@@ -115,11 +115,14 @@ TEST(TextRulesTest, LeftoversAreCaught)
 
 TEST(TextRulesTest, BareWaitsAreCaught)
 {
-    for (const char *wait : {"sleep(1);", "  usleep(1000);", "QThread::sleep(1);", "QThread::msleep(50);",
-                             "std::this_thread::sleep_for(1s);", "QTest::qWait(100);", "QTest::qSleep(100);",
-                             "time.sleep(0.5)", "sleep 2"})
+    for (const char *wait :
+         {"sleep(1);", "  usleep(1000);", "QThread::sleep(1);", "QThread::msleep(50);",
+          "std::this_thread::sleep_for(1s);", "QTest::qWait(100);", "QTest::qSleep(100);", "time.sleep(0.5)",
+          "sleep 2", "while (true)\n    QThread::msleep(5);", "while true; do\n    sleep 1"})
         EXPECT_THAT(TextRules::violationsOfWaiting(file("Tests/Host/A.cpp", wait)), SizeIs(1)) << wait;
-    for (const char *wait : {"QTest::qWaitFor([] { return true; });", "spy.wait(1000);", "sleeper(1);"})
+    for (const char *wait :
+         {"QTest::qWaitFor([] { return true; });", "spy.wait(1000);", "sleeper(1);",
+          "while (!QFile::exists(path))\n    QThread::msleep(5);", "until test -s socket; do\n    sleep 0.1"})
         EXPECT_THAT(TextRules::violationsOfWaiting(file("Tests/Host/A.cpp", wait)), IsEmpty()) << wait;
     EXPECT_THAT(TextRules::violationsOfWaiting(file("Source/TQProcess.cpp", "usleep(250000);")), IsEmpty());
 }
