@@ -18,6 +18,17 @@ const QString presetListControllerName = QStringLiteral("_ui_presetListControlle
 constexpr int hierarchyIndentation = 18;
 constexpr QSize hierarchyIconSize(16, 16);
 
+/// The view that hosts show; asks for room enough to work in.
+class PaneView final : public QWidget
+{
+public:
+    QSize sizeHint() const override
+    {
+        constexpr QSize comfortable(720, 520);
+        return QWidget::sizeHint().expandedTo(comfortable);
+    }
+};
+
 /// Menus, tool tips and the like come and go without their window losing the keyboard.
 bool isKeyWindow(const QWindow *window)
 {
@@ -31,7 +42,7 @@ QWidget *QNBPrefPanePref::loadMainView()
 {
     readPreferences();
 
-    auto view = std::make_unique<QWidget>();
+    auto view = std::make_unique<PaneView>();
     Ui::QNBPrefPane description;
     description.setupUi(view.get());
     auto *controller = new ArrayController(view.get());
