@@ -56,8 +56,10 @@ void QNBPrefPanePref::updateSelectionShadow()
         _selectedItem->setFileHierarchy(QNBHierarchyItem::init());
     _rootPresetHierarchyItem = _selectedItem ? _selectedItem->fileHierarchy() : nullptr;
 
-    _ui_presetHierarchyView->setPlaceholderText(_selectedItem ? tr("This preset is empty")
-                                                              : tr("No preset selected"));
+    const QString emptyText = _selectedItem ? tr("This preset is empty") : tr("No preset selected");
+    const bool isEmpty = !_rootPresetHierarchyItem || _rootPresetHierarchyItem->numberOfChildren() == 0;
+    _ui_presetHierarchyView->setPlaceholderText(emptyText);
+    _ui_presetHierarchyView->setAccessibleDescription(isEmpty ? emptyText : QString());
     _ui_presetHierarchyView->reloadData();
     fullyExpandHierarchy();
     showDescription();

@@ -20,6 +20,12 @@ bool isModifierKey(int key)
            key == Qt::Key_AltGr || key == Qt::Key_CapsLock || key == Qt::Key_unknown || key == 0;
 }
 
+bool isFocusKey(const QKeyEvent &event)
+{
+    const bool isPlain = (event.modifiers() & ~Qt::ShiftModifier) == 0;
+    return isPlain && (event.key() == Qt::Key_Tab || event.key() == Qt::Key_Backtab);
+}
+
 // A hot key without a modifier would take a key away from every program; function keys are made for it.
 bool mayStandAlone(const QKeyCombination &keys)
 {
@@ -73,6 +79,9 @@ bool KeyComboRecorder::eventFilter(QObject *watched, QEvent *event)
         return true;
     case QEvent::KeyPress: {
         const auto *keyEvent = static_cast<QKeyEvent *>(event);
+        // Nobody without a mouse may be caught here.
+        if (isFocusKey(*keyEvent))
+            return false;
         if (!isModifierKey(keyEvent->key()))
             takeKeys(keyEvent->keyCombination());
         return true;

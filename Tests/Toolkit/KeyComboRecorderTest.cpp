@@ -83,6 +83,16 @@ TEST_F(KeyComboRecorderTest, EscapeAndLeavingKeepTheOldOne)
     EXPECT_EQ(changes.count(), 0);
 }
 
+TEST_F(KeyComboRecorderTest, TabLeavesAndEndsRecording)
+{
+    recorder.setKeyCombo(ctrlShiftN);
+    startRecording();
+    QTest::keyClick(field(), Qt::Key_Tab);
+    EXPECT_FALSE(field()->hasFocus());
+    EXPECT_FALSE(recorder.isRecording());
+    EXPECT_EQ(recorder.keyCombo(), ctrlShiftN);
+}
+
 TEST_F(KeyComboRecorderTest, DeleteAndTheButtonClear)
 {
     recorder.setKeyCombo(ctrlShiftN);
