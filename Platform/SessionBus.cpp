@@ -23,7 +23,7 @@
 
 namespace {
 
-Q_LOGGING_CATEGORY(lcBus, "quenby.platform.bus")
+Q_LOGGING_CATEGORY(lcBus, "quenby.platform.bus", QtInfoMsg)
 
 class Descriptor
 {

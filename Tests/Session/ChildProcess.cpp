@@ -7,6 +7,7 @@
 #include <QDeadlineTimer>
 
 #include <csignal>
+#include <sys/prctl.h>
 
 namespace {
 
@@ -30,6 +31,8 @@ ChildProcess::ChildProcess(const QString &program, const QStringList &arguments,
                            const QProcessEnvironment &environment)
 {
     process_.setProcessEnvironment(environment);
+    // A test that is killed leaves nobody behind.
+    process_.setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGKILL); });
     process_.start(program, arguments);
     if (!process_.waitForStarted(startTimeout))
         qFatal("%s: %s", qPrintable(program), qPrintable(process_.errorString()));

@@ -3,8 +3,6 @@
 
 #include "Tests/Session/VirtualScreen.h"
 
-#include <csignal>
-
 namespace {
 
 const QString xdotool = QStringLiteral("xdotool");
@@ -26,10 +24,17 @@ VirtualScreen::VirtualScreen(const TemporaryHome &home)
         qFatal("no screen: %s", server_->errors().constData());
     environment_.insert(displayVariable, u':' + QString::fromLatin1(server_->output().trimmed()));
 
-    windowManager_ = std::make_unique<ChildProcess>(
-        QStringLiteral("openbox"), QStringList{QStringLiteral("--sm-disable")}, environment_);
-    const QString check = QStringLiteral("_NET_SUPPORTING_WM_CHECK");
-    if (!waitUntil([&] { return ask(xprop, {QStringLiteral("-root"), check}).contains("window id"); }))
+    // It finds its theme where the system has it.
+    QProcessEnvironment systemData = environment_;
+    systemData.remove(QStringLiteral("XDG_DATA_DIRS"));
+    windowManager_ = std::make_unique<ChildProcess>(QStringLiteral("openbox"),
+                                                    QStringList{QStringLiteral("--sm-disable")}, systemData);
+    // The last of what it announces when it starts.
+    const auto isReady = [this] {
+        return !windowManager_->isRunning() ||
+               ask(xprop, {QStringLiteral("-root"), QStringLiteral("_NET_NUMBER_OF_DESKTOPS")}).contains('=');
+    };
+    if (!waitUntil(isReady) || !windowManager_->isRunning())
         qFatal("no window manager: %s", windowManager_->errors().constData());
 }
 
@@ -74,11 +79,4 @@ bool VirtualScreen::activate(const QString &window) const
 void VirtualScreen::typeKey(const QString &key) const
 {
     ask(xdotool, {QStringLiteral("key"), QStringLiteral("--clearmodifiers"), key});
-}
-
-void VirtualScreen::kill()
-{
-    server_->signal(SIGKILL);
-    server_->waitForEnd();
-    windowManager_->waitForEnd();
 }

@@ -28,8 +28,6 @@ public:
     void typeKey(const QString &key) const;
     /// What the tool \a program prints.
     QByteArray ask(const QString &program, const QStringList &arguments) const;
-    /// The screen breaks down.
-    void kill();
 
 private:
     QProcessEnvironment environment_;

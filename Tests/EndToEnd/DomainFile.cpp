@@ -1,0 +1,44 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Tests/EndToEnd/DomainFile.h"
+
+#include "Tests/Session/ChildProcess.h"
+
+#include <QFile>
+
+#include <sys/stat.h>
+
+namespace {
+
+const QString python = QStringLiteral("python3");
+const QString script = QStringLiteral(QUENBY_TEST_DATA "/domain.py");
+
+} // namespace
+
+DomainFile::DomainFile(const QString &configFolder)
+    : path_(configFolder + QStringLiteral("/" QUENBY_IDENTIFIER ".plist"))
+{
+}
+
+bool DomainFile::write(Form form) const
+{
+    ChildProcess writer(python,
+                        {script, QStringLiteral("write"),
+                         form == Form::XML ? QStringLiteral("xml") : QStringLiteral("binary"), path_});
+    return writer.waitForEnd() && writer.hasReturned(0);
+}
+
+QByteArray DomainFile::differences() const
+{
+    ChildProcess checker(python, {script, QStringLiteral("check"), path_});
+    if (!checker.waitForEnd())
+        return "the check does not end";
+    return checker.hasReturned(0) ? QByteArray() : checker.output() + checker.errors();
+}
+
+quint64 DomainFile::identity() const
+{
+    struct stat status = {};
+    return ::stat(QFile::encodeName(path_).constData(), &status) == 0 ? quint64(status.st_ino) : 0;
+}

@@ -1,0 +1,27 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+/// The product's preference domain as another program writes and reads it.
+class DomainFile
+{
+public:
+    enum class Form { XML, Binary };
+
+    explicit DomainFile(const QString &configFolder);
+
+    /// Three presets, among much that the pane does not know.
+    bool write(Form form) const;
+    /// How the file differs from what a save must make of it; empty if in nothing.
+    QByteArray differences() const;
+    /// Changes with every save, for a save makes another file.
+    quint64 identity() const;
+    QString path() const { return path_; }
+
+private:
+    QString path_;
+};

@@ -1,0 +1,42 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Tests/EndToEnd/QuenbySession.h"
+
+#include <QFile>
+
+#include <csignal>
+
+QuenbySession::QuenbySession()
+    : listener_(bus_.address())
+    , domain_(home_.configFolder())
+{
+}
+
+std::unique_ptr<ChildProcess> QuenbySession::startHost(const VirtualScreen *screen) const
+{
+    QProcessEnvironment environment = home_.environment(bus_.address());
+    if (screen)
+        environment = screen->environmentFrom(environment);
+    return std::make_unique<ChildProcess>(QStringLiteral(QUENBY_PREFERENCES),
+                                          QStringList(QStringLiteral(QUENBY_BUNDLE)), environment);
+}
+
+bool QuenbySession::waitUntilItCatchesSignals(const ChildProcess &host)
+{
+    return waitUntil([&host] {
+        QFile status(QStringLiteral("/proc/%1/status").arg(host.pid()));
+        if (!status.open(QIODevice::ReadOnly))
+            return false;
+        const QByteArray text = status.readAll();
+        const qsizetype caught = text.indexOf("SigCgt:");
+        const qulonglong mask =
+            text.mid(caught + 7, text.indexOf('\n', caught) - caught - 7).trimmed().toULongLong(nullptr, 16);
+        return ((mask >> (SIGHUP - 1)) & 1) != 0;
+    });
+}
+
+bool QuenbySession::waitForNotifications(int count)
+{
+    return waitUntil([&] { return notifications() >= count; }) && notifications() == count;
+}

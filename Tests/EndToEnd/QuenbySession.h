@@ -1,0 +1,39 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "Tests/EndToEnd/DomainFile.h"
+#include "Tests/Session/ChildProcess.h"
+#include "Tests/Session/NotificationListener.h"
+#include "Tests/Session/PrivateBus.h"
+#include "Tests/Session/TemporaryHome.h"
+#include "Tests/Session/VirtualScreen.h"
+
+#include <gtest/gtest.h>
+#include <memory>
+
+/// A user with a home and a bus of their own who starts the real program with the real bundle.
+class QuenbySession
+{
+public:
+    QuenbySession();
+
+    /// Starts the host, on \a screen if there is one, else with windows that nobody sees.
+    std::unique_ptr<ChildProcess> startHost(const VirtualScreen *screen = nullptr) const;
+    /// Waits until \a host could be asked to end without losing anything.
+    static bool waitUntilItCatchesSignals(const ChildProcess &host);
+
+    TemporaryHome &home() { return home_; }
+    DomainFile &domain() { return domain_; }
+    /// How often the helper was told.
+    int notifications() { return listener_.count("QNBPresetConfigurationChangedNotification"); }
+    /// Waits for the notification number \a count, and says whether it is the last so far.
+    bool waitForNotifications(int count);
+
+private:
+    TemporaryHome home_;
+    PrivateBus bus_;
+    NotificationListener listener_;
+    DomainFile domain_;
+};
