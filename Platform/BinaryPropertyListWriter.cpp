@@ -15,7 +15,6 @@ using PropertyList::WriteResult;
 
 namespace {
 
-constexpr std::size_t firstTableSize = 64;
 constexpr std::size_t maximumSize = std::size_t(PropertyList::Limits::inputSize);
 /// Marker, and a count of at most 8 bytes as an integer object.
 constexpr std::size_t longestPrefix = 1 + 1 + 8;
@@ -95,8 +94,7 @@ quint8 *storeReferences(quint8 *to, const quint32 *from, std::size_t count, int 
 } // namespace
 
 BinaryPropertyListWriter::BinaryPropertyListWriter()
-    : table_(firstTableSize)
-    , seed_(QHashSeed::globalSeed())
+    : seed_(QHashSeed::globalSeed())
 {
 }
 
@@ -113,50 +111,25 @@ quint32 BinaryPropertyListWriter::hashOf(const Object &object) const
     return quint32(qHashBits(bytes_.data() + object.first, object.count, seed_));
 }
 
-void BinaryPropertyListWriter::growTable()
-{
-    std::vector<quint32> hashes(objects_.size());
-    for (const Entry &entry : table_) {
-        if (entry.object != 0)
-            hashes[entry.object - 1] = entry.hash;
-    }
-    table_.assign(table_.size() * 2, {});
-    // In the order of the objects, which rewind() relies on.
-    const std::size_t mask = table_.size() - 1;
-    for (std::size_t i = 0; i < objects_.size(); ++i) {
-        if (objects_[i].kind != Kind::Scalar && objects_[i].kind != Kind::String)
-            continue;
-        std::size_t at = hashes[i] & mask;
-        while (table_[at].object != 0)
-            at = (at + 1) & mask;
-        table_[at] = {hashes[i], quint32(i + 1)};
-    }
-}
-
 BinaryPropertyListWriter::Ref BinaryPropertyListWriter::intern(std::size_t start, Kind kind)
 {
     const Object object{quint32(start), quint32(bytes_.size() - start), 1, 0, kind};
     const quint32 hash = hashOf(object);
-    const std::size_t mask = table_.size() - 1;
-    std::size_t at = hash & mask;
-    for (; table_[at].object != 0; at = (at + 1) & mask) {
-        if (table_[at].hash != hash)
-            continue;
-        const Object &other = objects_[table_[at].object - 1];
-        if (other.count == object.count &&
-            std::memcmp(bytes_.data() + other.first, bytes_.data() + start, object.count) == 0) {
-            bytes_.resize(start);
-            return table_[at].object - 1;
-        }
+    const auto isSame = [&](Ref candidate) {
+        const Object &other = objects_[candidate];
+        return other.count == object.count &&
+               std::memcmp(bytes_.data() + other.first, bytes_.data() + start, object.count) == 0;
+    };
+    if (const std::optional<Ref> known = scalars_.find(hash, isSame)) {
+        bytes_.resize(start);
+        return *known;
     }
     if (bytes_.size() > maximumSize) {
         bytes_.resize(start);
         return invalid(QString::fromLatin1(tooLarge));
     }
     objects_.push_back(object);
-    table_[at] = {hash, quint32(objects_.size())};
-    if (++scalars_ * 2 > table_.size())
-        growTable();
+    scalars_.add(hash, Ref(objects_.size() - 1));
     return Ref(objects_.size() - 1);
 }
 
@@ -363,17 +336,7 @@ BinaryPropertyListWriter::Mark BinaryPropertyListWriter::mark() const
 
 void BinaryPropertyListWriter::rewind(const Mark &mark)
 {
-    // The last object in the table is the last of its chain: taken out in reverse, entries leave no holes.
-    const std::size_t mask = table_.size() - 1;
-    for (std::size_t i = objects_.size(); i-- > mark.objects;) {
-        if (objects_[i].kind != Kind::Scalar && objects_[i].kind != Kind::String)
-            continue;
-        std::size_t at = hashOf(objects_[i]) & mask;
-        while (table_[at].object != i + 1)
-            at = (at + 1) & mask;
-        table_[at] = {};
-        --scalars_;
-    }
+    scalars_.forgetFrom(Ref(mark.objects));
     objects_.resize(mark.objects);
     references_.resize(mark.references);
     bytes_.resize(mark.bytes);
@@ -405,6 +368,7 @@ WriteResult BinaryPropertyListWriter::finish(Ref top) const
         return {std::nullopt, QStringLiteral("shared parts stand for too many values")};
 
     QByteArray result(qsizetype(size), Qt::Uninitialized);
+    adviseLargePages(result.data(), size);
     quint8 *const begin = reinterpret_cast<quint8 *>(result.data());
     // All scalars come first, as they are; then the containers.
     std::memcpy(begin, header.data(), header.size());

@@ -3,8 +3,10 @@
 
 #pragma once
 
+#include "Platform/LargeBlockAllocator.h"
 #include "Platform/PropertyList.h"
 #include "Platform/PropertyListNode.h"
+#include "Platform/UniqueScalars.h"
 
 #include <optional>
 #include <span>
@@ -77,31 +79,21 @@ private:
         Kind kind = Kind::Scalar;
     };
 
-    struct Entry
-    {
-        quint32 hash = 0;
-        /// The object's reference plus 1; 0 in a free entry.
-        quint32 object = 0;
-    };
-
     Ref scalar(PropertyListType type, const QVariant &value);
     quint8 *grow(std::size_t size);
     void encodeUID(quint64 value);
     Ref intern(std::size_t start, Kind kind);
     quint32 hashOf(const Object &object) const;
-    void growTable();
     Ref container(Kind kind, std::span<const Ref> keys, std::span<const Ref> values);
     Ref invalid(const QString &reason);
     bool hasRepeatedKey(std::span<const Ref> keys) const;
 
-    std::vector<Object> objects_;
+    std::vector<Object, LargeBlockAllocator<Object>> objects_;
     /// Of all containers; a dictionary's keys stand before its values.
-    std::vector<Ref> references_;
+    std::vector<Ref, LargeBlockAllocator<Ref>> references_;
     /// All scalars, encoded.
-    std::vector<quint8> bytes_;
-    /// The scalars by their bytes: open addressing, a power of two in size.
-    std::vector<Entry> table_;
-    std::size_t scalars_ = 0;
+    std::vector<quint8, LargeBlockAllocator<quint8>> bytes_;
+    UniqueScalars scalars_;
     std::size_t seed_;
     /// The object that stands for every value that cannot be written.
     std::optional<Ref> invalid_;

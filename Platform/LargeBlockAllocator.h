@@ -1,0 +1,55 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <new>
+#include <sys/mman.h>
+
+/// Asks the system for large pages where \a block spans them. Advice: nothing depends on it.
+inline void adviseLargePages(void *block, std::size_t size)
+{
+    constexpr std::uintptr_t page = 2 * 1024 * 1024;
+    const std::uintptr_t start = (reinterpret_cast<std::uintptr_t>(block) + page - 1) / page * page;
+    const std::uintptr_t end = (reinterpret_cast<std::uintptr_t>(block) + size) / page * page;
+    if (start < end)
+        madvise(reinterpret_cast<void *>(start), end - start, MADV_HUGEPAGE);
+}
+
+/// For arrays that may grow to many megabytes: blocks of that size are asked for in large pages, where the
+/// system has them. A document of a million items else spends more time on faults of small pages than on its
+/// content.
+template <class T>
+class LargeBlockAllocator
+{
+public:
+    using value_type = T;
+
+    LargeBlockAllocator() = default;
+    template <class U>
+    explicit LargeBlockAllocator(const LargeBlockAllocator<U> &)
+    {
+    }
+
+    T *allocate(std::size_t count)
+    {
+        const std::size_t size = count * sizeof(T);
+        void *const block =
+            size < largePage ? std::malloc(size)
+                             : std::aligned_alloc(largePage, (size + largePage - 1) / largePage * largePage);
+        if (size >= largePage)
+            adviseLargePages(block, size);
+        if (!block)
+            throw std::bad_alloc();
+        return static_cast<T *>(block);
+    }
+    void deallocate(T *block, std::size_t) { std::free(block); }
+
+    friend bool operator==(const LargeBlockAllocator &, const LargeBlockAllocator &) { return true; }
+
+private:
+    static constexpr std::size_t largePage = std::size_t(2) * 1024 * 1024;
+};
