@@ -7,8 +7,8 @@
 #include "Platform/FileDescriptor.h"
 
 #include <QCryptographicHash>
+#include <QDir>
 #include <QFile>
-#include <QFileInfo>
 #include <QRandomGenerator>
 
 #include <algorithm>
@@ -126,7 +126,7 @@ private:
     FileDescriptor file_;
 };
 
-/// A file that was renamed is found again after a power failure only when its folder has been written.
+/// What was renamed or made is found again after a power failure only when its folder has been written.
 FileResult synchroniseFolder(FileLayer &layer, const QByteArray &folder)
 {
     FileDescriptor descriptor(layer, layer.open(folder, O_RDONLY | O_DIRECTORY));
@@ -138,6 +138,22 @@ FileResult synchroniseFolder(FileLayer &layer, const QByteArray &folder)
     if (layer.fsync(descriptor.get()) == -1 && errno != EINVAL && errno != ENOTSUP)
         return failed("synchronise the folder", folder, errno);
     return {};
+}
+
+FileResult makeFolder(FileLayer &layer, const QByteArray &folder)
+{
+    struct stat information = {};
+    if (layer.stat(folder, &information) == 0)
+        return {};
+    const QByteArray above = folderOf(folder);
+    if (errno == ENOENT && above != folder) {
+        if (FileResult result = makeFolder(layer, above); !result)
+            return result;
+    }
+    // Another process may have made it meanwhile, and not have come to synchronise it.
+    if (layer.mkdir(folder, S_IRWXU) == -1 && errno != EEXIST)
+        return failed("make the folder", folder, errno);
+    return synchroniseFolder(layer, above);
 }
 
 /// Fills \a copy with the bytes and the attributes of the file \a from.
@@ -271,6 +287,11 @@ FileResult DurableFileWriter::copy(const QString &from, const QString &to) const
     if (FileResult result = temporary.moveTo(target); !result)
         return result;
     return synchroniseFolder(layer_, folderOf(target));
+}
+
+FileResult DurableFileWriter::makeFolder(const QString &path) const
+{
+    return ::makeFolder(layer_, QFile::encodeName(QDir::cleanPath(path)));
 }
 
 std::optional<QString> DurableFileWriter::resolve(const QString &path, QString *error) const

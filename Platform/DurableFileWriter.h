@@ -51,6 +51,10 @@ public:
     /// Copies \a from to \a to, which must not exist: whole and durable, or not at all.
     FileResult copy(const QString &from, const QString &to) const;
 
+    /// Makes the folder, and what is missing of the folders above it, for their owner only; as durable as the
+    /// files that will be written there. Nothing to do is no failure.
+    FileResult makeFolder(const QString &path) const;
+
     /// The file that \a path stands for: symbolic links followed, the last one also where it leads to nothing
     /// yet. None if the folder does not exist or cannot be reached, with the reason in \a error.
     std::optional<QString> resolve(const QString &path, QString *error) const;

@@ -134,7 +134,8 @@ public:
         if (content.state != Content::Damaged)
             return take(file, content);
         (void)take(file, content);
-        return lock ? repair(file, content.error) : FileResult::failure(QStringLiteral("%1; %2").arg(content.error, error));
+        return lock ? repair(file, content.error)
+                    : FileResult::failure(QStringLiteral("%1; %2").arg(content.error, error));
     }
 
     /// Makes what was read the state that values are read from.
@@ -159,6 +160,7 @@ public:
             break;
         }
         forget();
+        isUnseen = true;
         return FileResult::failure(content.error);
     }
 
@@ -171,7 +173,8 @@ public:
             backupBytes = backup.bytes;
             qCWarning(preferencesLog, "the last good backup of %ls is read", qUtf16Printable(path));
         } else {
-            backupDamaged = backup.state == Content::Damaged || backup.state == Content::TooLarge;
+            backupState = backup.state;
+            isUnseen = isUnseen || backup.state == Content::Unreadable;
             qCWarning(preferencesLog, "there is no good backup: %ls", qUtf16Printable(backup.error));
         }
     }
@@ -179,9 +182,21 @@ public:
     /// Under the lock, after take().
     FileResult keepDamaged(const PreferencesFile &file) const
     {
+        if (backupState == Content::Unreadable)
+            return FileResult::failure(QStringLiteral("its backup cannot be read now, and may be good"));
         if (FileResult result = file.keepDamagedAside(); !result)
             return result;
-        return backupDamaged ? file.keepDamagedBackupAside() : FileResult();
+        return backupState == Content::Missing ? FileResult() : file.keepBackupAside();
+    }
+
+    /// Keeps what the values are read from now, and could not be read from when they were asked for.
+    static FileResult keepUnseen(const PreferencesFile &file, Content::State state)
+    {
+        if (state == Content::Missing)
+            return {};
+        qCWarning(preferencesLog, "%ls could not be read before; a copy is kept aside",
+                  qUtf16Printable(file.target()));
+        return state == Content::Good ? file.keepCopyAside() : file.keepBackupAside();
     }
 
     /// Puts the last good backup in the place of a damaged file, which is kept aside: at no moment is there
@@ -212,11 +227,17 @@ public:
         const Content content = file.read(bytes);
         if (content.state == Content::Unreadable)
             return FileResult::failure(content.error);
+        const bool wasUnseen = isUnseen;
         const FileResult taken = take(file, content);
         if (!taken) {
             qCWarning(preferencesLog, "%ls; it is kept aside", qUtf16Printable(taken.error));
             if (FileResult result = keepDamaged(file); !result)
                 return result;
+        }
+        if (wasUnseen) {
+            if (FileResult result = keepUnseen(file, content.state); !result)
+                return result;
+            isUnseen = false;
         }
 
         const PropertyList::WriteResult merged = merge();
@@ -326,7 +347,7 @@ public:
         saved.clear();
         bytes.clear();
         backupBytes.clear();
-        backupDamaged = false;
+        backupState = Content::Missing;
     }
 
     PropertyListNode node(const QString &key, PropertyListDocument::Ptr *keepAlive)
@@ -362,12 +383,14 @@ public:
     // What is known of the disk: the bytes, the document as it was last parsed, and what was saved since.
     bool isRead = false;
     bool straysRemoved = false;
+    /// Could not be read when it was asked for: who sets values now may not know those that are there.
+    bool isUnseen = false;
     QByteArray bytes;
     PropertyListDocument::Ptr document;
     std::map<QString, Saved> saved;
     // Of the backup, where that is read for the file.
     QByteArray backupBytes;
-    bool backupDamaged = false;
+    Content::State backupState = Content::Missing;
 };
 
 Preferences::Preferences(const QString &domain)

@@ -22,8 +22,10 @@ struct EncodedPreference
 ///
 /// Values set are pending, and seen by copyAppValue(), until appSynchronize() has merged them into what is on
 /// disk by then. A file that cannot be parsed is kept aside as `<domain>.plist.damaged-<UTC time>` before
-/// anything is written in its place, and the last good backup `<domain>.plist.backup` is read instead. After
-/// a failed save the values stay pending and the old bytes stay on disk.
+/// anything is written in its place, and the last good backup `<domain>.plist.backup` is read instead. A file
+/// that could not be read when its values were asked for is kept aside likewise before the first save:
+/// whoever sets values then does not know those that they replace. After a failed save the values stay
+/// pending and the old bytes stay on disk.
 class Preferences
 {
 public:

@@ -14,6 +14,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstring>
 #include <fcntl.h>
 
 namespace {
@@ -24,26 +25,12 @@ const QString utcStamp = QStringLiteral("yyyyMMdd'T'HHmmss'Z'");
 /// More than one process could use up within the second that a time stamp lasts.
 constexpr int maximumAsideNames = 1000;
 constexpr qint64 readChunk = qint64(4) * 1024 * 1024;
+/// Stays in the processor's cache.
+constexpr qsizetype comparedChunk = qsizetype(128) * 1024;
 
 FileResult failed(const QString &doing, int errorNumber)
 {
     return FileResult::failure(systemError(doing, errorNumber));
-}
-
-FileResult makeFolder(FileLayer &layer, const QString &folder)
-{
-    const QByteArray name = QFile::encodeName(folder);
-    struct stat information = {};
-    if (layer.stat(name, &information) == 0)
-        return {};
-    const QString parent = QFileInfo(folder).path();
-    if (errno == ENOENT && parent != folder) {
-        if (FileResult result = makeFolder(layer, parent); !result)
-            return result;
-    }
-    if (layer.mkdir(name, S_IRWXU) == -1 && errno != EEXIST)
-        return failed(QStringLiteral("cannot make the folder %1").arg(folder), errno);
-    return {};
 }
 
 /// At most \a limit bytes and one more; none with errno on failure.
@@ -67,6 +54,22 @@ std::optional<QByteArray> readUpTo(FileLayer &layer, int descriptor, qint64 expe
     return bytes;
 }
 
+/// Whether the file holds these bytes and no others, without a copy of them. An error says no: reading tells.
+bool holds(FileLayer &layer, int descriptor, const QByteArray &bytes)
+{
+    QByteArray chunk(comparedChunk, Qt::Uninitialized);
+    qsizetype same = 0;
+    for (;;) {
+        const ssize_t size = layer.read(descriptor, chunk.data(), static_cast<size_t>(chunk.size()));
+        if (size <= 0)
+            return size == 0 && same == bytes.size();
+        if (size > bytes.size() - same ||
+            std::memcmp(chunk.constData(), bytes.constData() + same, static_cast<size_t>(size)) != 0)
+            return false;
+        same += size;
+    }
+}
+
 } // namespace
 
 PreferencesFile::PreferencesFile(FileLayer &layer, const QString &path)
@@ -79,7 +82,7 @@ PreferencesFile::PreferencesFile(FileLayer &layer, const QString &path)
 FileResult PreferencesFile::locate(bool create)
 {
     if (create) {
-        if (FileResult result = makeFolder(layer_, QFileInfo(path_).path()); !result)
+        if (FileResult result = writer_.makeFolder(QFileInfo(path_).path()); !result)
             return result;
     }
     QString error;
@@ -130,6 +133,13 @@ PreferencesFile::Content PreferencesFile::readFile(const QString &path, const QB
         content.error = QStringLiteral("%1 is no regular file").arg(path);
         return content;
     }
+    if (!known.isEmpty() && information.st_size == known.size()) {
+        if (!holds(layer_, file.get(), known))
+            return readFile(path, {});
+        content.state = Content::Good;
+        content.bytes = known;
+        return content;
+    }
     constexpr qint64 limit = PropertyList::Limits::inputSize;
     std::optional<QByteArray> bytes;
     if (information.st_size <= limit) {
@@ -147,10 +157,6 @@ PreferencesFile::Content PreferencesFile::readFile(const QString &path, const QB
     }
 
     content.bytes = *bytes;
-    if (!known.isEmpty() && content.bytes == known) {
-        content.state = Content::Good;
-        return content;
-    }
     QString error;
     content.document = PropertyListDocument::parse(content.bytes, &error);
     if (content.document && !content.document->root().isDictionary()) {
@@ -168,7 +174,7 @@ FileResult PreferencesFile::keepDamagedAside() const
     return keepAside(target_, Aside::Link);
 }
 
-FileResult PreferencesFile::keepDamagedBackupAside() const
+FileResult PreferencesFile::keepBackupAside() const
 {
     return keepAside(backup_, Aside::Link);
 }

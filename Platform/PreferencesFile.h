@@ -49,7 +49,7 @@ public:
     /// Keeps the file, which cannot be read, under another name: a second name for the same bytes where
     /// possible, else a copy. Once for the same bytes. The same for a backup.
     FileResult keepDamagedAside() const;
-    FileResult keepDamagedBackupAside() const;
+    FileResult keepBackupAside() const;
     /// The same with a copy always, of a file that is good as it stands.
     FileResult keepCopyAside() const;
 

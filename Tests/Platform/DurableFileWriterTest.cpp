@@ -109,6 +109,46 @@ TEST_F(DurableFileWriterTest, AnotherGroupThatCannotBeGivenGainsNothing)
     EXPECT_EQ(informationOf(path()).st_mode & 07777, 0644U);
 }
 
+TEST_F(DurableFileWriterTest, AFolderMadeIsWrittenToTheOneAboveIt)
+{
+    class Recording : public FileLayer
+    {
+    public:
+        QList<QByteArray> steps;
+        int mkdir(const QByteArray &path, mode_t mode) override
+        {
+            steps.append("make " + path);
+            return FileLayer::mkdir(path, mode);
+        }
+        int open(const QByteArray &path, int flags, mode_t mode) override
+        {
+            opened_ = path;
+            return FileLayer::open(path, flags, mode);
+        }
+        int fsync(int descriptor) override
+        {
+            steps.append("write " + opened_);
+            return FileLayer::fsync(descriptor);
+        }
+
+    private:
+        QByteArray opened_;
+    } layer;
+    const QByteArray above = QFile::encodeName(root());
+    ASSERT_TRUE(DurableFileWriter(&layer).makeFolder(in(QStringLiteral("a/b//c/"))));
+    EXPECT_EQ(layer.steps, (QList<QByteArray>{"make " + above + "/a", "write " + above,
+                                              "make " + above + "/a/b", "write " + above + "/a",
+                                              "make " + above + "/a/b/c", "write " + above + "/a/b"}));
+    EXPECT_EQ(informationOf(in(QStringLiteral("a/b/c"))).st_mode & 07777, 0700U);
+    layer.steps.clear();
+    ASSERT_TRUE(DurableFileWriter(&layer).makeFolder(in(QStringLiteral("a/b/c"))));
+    EXPECT_TRUE(layer.steps.isEmpty());
+
+    put(path(), oldBytes);
+    EXPECT_FALSE(writer_.makeFolder(path() + QStringLiteral("/below")));
+    EXPECT_EQ(contentOf(path()), oldBytes);
+}
+
 TEST_F(DurableFileWriterTest, NamesAsLongAsTheFileSystemAllows)
 {
     const QString longest = in(QString(255, u'n'));

@@ -7,9 +7,9 @@
 //     quenby-test-save COMMAND CONFIG_FOLDER LOCK_FOLDER KEY SIZE_OR_COUNT
 //
 // once: one save of a text of that many characters under the key; a second try if it fails. The exit status
-// is
-//       that of the first, 0 or 1; 2 if the second failed too or could not be told from the first.
+//     is that of the first, 0 or 1; 2 if the second failed too or could not be told from the first.
 // limited: once in a process whose files may have no more than half as many bytes, without the second try.
+// measured: once, without the second try; prints the most memory, in bytes, that the process had.
 // many: that many saves, each of a key of its own.
 
 #include "Platform/Preferences.h"
@@ -43,6 +43,19 @@ int saveOnce(Preferences &preferences, const QString &key, int size, bool again)
     return first ? 0 : 1;
 }
 
+qint64 peakMemory()
+{
+    static const QByteArray field("VmHWM:");
+    QFile file(QStringLiteral("/proc/self/status"));
+    if (!file.open(QIODevice::ReadOnly))
+        return -1;
+    for (const QByteArray &line : file.readAll().split('\n')) {
+        if (line.startsWith(field))
+            return line.mid(field.size()).chopped(qsizetype(sizeof " kB") - 1).trimmed().toLongLong() * 1024;
+    }
+    return -1;
+}
+
 void limitFiles(int size)
 {
     std::signal(SIGXFSZ, SIG_IGN);
@@ -70,6 +83,11 @@ int main(int argc, char **argv)
     if (command == QLatin1StringView("limited")) {
         limitFiles(number / 2);
         return saveOnce(preferences, key, number, false);
+    }
+    if (command == QLatin1StringView("measured")) {
+        const int status = saveOnce(preferences, key, number, false);
+        std::printf("%lld\n", static_cast<long long>(peakMemory()));
+        return status;
     }
     if (command != QLatin1StringView("many"))
         return usage;
