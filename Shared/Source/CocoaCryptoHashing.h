@@ -8,8 +8,8 @@
 #include <array>
 #include <cstdint>
 
-/// SHA-1 and MD5 digests of bytes, or of a string's UTF-8 form: raw, or as lowercase hexadecimal characters in
-/// digest order. The digests are libcrypto's.
+/// SHA-1 and MD5 digests of bytes, or of a string's UTF-8 form: raw, or as lowercase hexadecimal characters
+/// in digest order. The digests are libcrypto's.
 namespace CocoaCryptoHashing {
 
 using SHA1Digest = std::array<std::uint8_t, 20>;
