@@ -10,6 +10,7 @@
 
 #include <QGuiApplication>
 #include <QInputMethod>
+#include <QTimer>
 #include <QWindow>
 
 namespace {
@@ -62,6 +63,21 @@ void QNBPrefPanePref::mainViewDidLoad()
 {
     _ui_presetHierarchyView->setIndentation(hierarchyIndentation);
     _ui_presetHierarchyView->setIconSize(hierarchyIconSize);
+    buildTreesWhenIdle();
+}
+
+/// The trees of presets that were not looked at yet, one each time the user does nothing, so that neither the
+/// start nor the first save waits for all of them.
+void QNBPrefPanePref::buildTreesWhenIdle()
+{
+    auto *timer = new QTimer(this);
+    connect(timer, &QTimer::timeout, this, [timer, presets = _presets]() mutable {
+        if (presets.isEmpty())
+            timer->deleteLater();
+        else
+            static_cast<void>(presets.takeLast()->fileHierarchy());
+    });
+    timer->start();
 }
 
 void QNBPrefPanePref::didSelect()

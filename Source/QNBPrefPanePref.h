@@ -119,6 +119,7 @@ protected:
 private:
     // Lifecycle and start-up wiring
     void awakeFromNib();
+    void buildTreesWhenIdle();
     void focusWindowChanged(QWindow *window);
     void endEditing();
     std::optional<Bundle> ourBundle() const { return ourBundle(_services.allBundles()); }

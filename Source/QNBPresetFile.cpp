@@ -8,6 +8,9 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QLoggingCategory>
+
+Q_LOGGING_CATEGORY(lcPresetFile, "quenby.presetfile")
 
 namespace {
 
@@ -60,6 +63,9 @@ QNBPresetRecordPtr read(const QString &path, QString *error)
         return nullptr;
     }
     QNBPresetRecordPtr record = QNBPresetRecord::fromStored(root);
+    if (const QNBHierarchyItem::ReadReport report = record->takeReadReport(); report.wrongTypes > 0)
+        qCWarning(lcPresetFile) << path << "has" << report.wrongTypes << "values of a wrong type, first under"
+                                << report.first;
     record->setValueForKey(labelForPath(path), QNBPresetKey::label);
     return record;
 }

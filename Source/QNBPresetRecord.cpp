@@ -4,27 +4,55 @@
 #include "Source/QNBPresetRecord.h"
 
 #include <span>
+#include <utility>
 #include <vector>
 
 QNBPresetRecordPtr QNBPresetRecord::fromStored(const PropertyListNode &dictionary,
-                                               QNBHierarchyItem::ReadReport *report)
+                                               const PropertyListDocument::Ptr &document)
 {
     auto record = std::make_shared<QNBPresetRecord>();
-    PropertyListNode hierarchy;
+    StoredHierarchy hierarchy{{}, document};
     const qsizetype count = dictionary.isDictionary() ? dictionary.count() : 0;
     for (qsizetype i = 0; i < count; ++i) {
         const QString &key = dictionary.keyAt(i);
         if (key == QNBPresetKey::fileHierarchy)
-            hierarchy = dictionary.valueAt(i);
+            hierarchy.node = dictionary.valueAt(i);
         else
             record->values_.insert(key, dictionary.valueAt(i).toVariant());
     }
-    if (report && !hierarchy.isNull() && !hierarchy.isDictionary()) {
-        if (report->wrongTypes++ == 0)
-            report->first = QNBPresetKey::fileHierarchy;
-    }
-    record->fileHierarchy_ = QNBHierarchyItem::initWithDictionary(hierarchy, {}, report);
+    record->storedHierarchy_ = hierarchy;
+    if (!document)
+        record->buildHierarchy();
     return record;
+}
+
+void QNBPresetRecord::buildHierarchy() const
+{
+    if (!storedHierarchy_)
+        return;
+    const PropertyListNode &node = storedHierarchy_->node;
+    if (!node.isNull() && !node.isDictionary())
+        readReport_ = {1, QNBPresetKey::fileHierarchy};
+    fileHierarchy_ = QNBHierarchyItem::initWithDictionary(node, {}, &readReport_);
+    storedHierarchy_.reset();
+}
+
+QNBHierarchyItem::ReadReport QNBPresetRecord::takeReadReport()
+{
+    buildHierarchy();
+    return std::exchange(readReport_, {});
+}
+
+const QNBHierarchyItemPtr &QNBPresetRecord::fileHierarchy() const
+{
+    buildHierarchy();
+    return fileHierarchy_;
+}
+
+void QNBPresetRecord::setFileHierarchy(const QNBHierarchyItemPtr &root)
+{
+    buildHierarchy();
+    fileHierarchy_ = root;
 }
 
 namespace {
@@ -50,8 +78,8 @@ typename Writer::Ref encodeRecord(const QNBPresetRecord &record, Writer &writer)
 QVariantMap QNBPresetRecord::toStored() const
 {
     QVariantMap stored = values_;
-    if (fileHierarchy_)
-        stored.insert(QNBPresetKey::fileHierarchy, fileHierarchy_->toDictionary());
+    if (fileHierarchy())
+        stored.insert(QNBPresetKey::fileHierarchy, fileHierarchy()->toDictionary());
     return stored;
 }
 

@@ -4,10 +4,12 @@
 #pragma once
 
 #include "Platform/KeyValueCoding.h"
+#include "Platform/PropertyListDocument.h"
 #include "Source/QNBHierarchyItem.h"
 
 #include <QVariantMap>
 #include <memory>
+#include <optional>
 
 class QNBPresetRecord;
 using QNBPresetRecordPtr = std::shared_ptr<QNBPresetRecord>;
@@ -28,9 +30,13 @@ public:
     QNBPresetRecord() = default;
 
     /// Takes over a stored record: "fileHierarchy" becomes a tree with new identifiers (an empty item if the
-    /// key is absent), the rest stays as it is.
+    /// key is absent), the rest stays as it is. With the document that \a dictionary belongs to, the tree is
+    /// built when it is first asked for: of many presets, few are looked at.
     static QNBPresetRecordPtr fromStored(const PropertyListNode &dictionary,
-                                         QNBHierarchyItem::ReadReport *report = nullptr);
+                                         const PropertyListDocument::Ptr &document = {});
+
+    /// What the stored tree held that has no place in the items; told once. Builds the tree.
+    QNBHierarchyItem::ReadReport takeReadReport();
 
     /// The stored form, without identifiers; straight into a property list or an archive.
     QVariantMap toStored() const;
@@ -38,8 +44,8 @@ public:
     KeyedArchiver::Ref encode(KeyedArchiver &archiver) const;
 
     /// The tree; null in a record that was never given one.
-    const QNBHierarchyItemPtr &fileHierarchy() const { return fileHierarchy_; }
-    void setFileHierarchy(const QNBHierarchyItemPtr &root) { fileHierarchy_ = root; }
+    const QNBHierarchyItemPtr &fileHierarchy() const;
+    void setFileHierarchy(const QNBHierarchyItemPtr &root);
 
     /// The text under "label"; empty if that is no string.
     QString label() const;
@@ -51,6 +57,18 @@ public:
     void setValueForKey(const QVariant &value, const QString &key) override;
 
 private:
+    /// A tree that is still in the form it was stored in.
+    struct StoredHierarchy
+    {
+        PropertyListNode node;
+        /// Keeps the node valid.
+        PropertyListDocument::Ptr document;
+    };
+
+    void buildHierarchy() const;
+
     QVariantMap values_;
-    QNBHierarchyItemPtr fileHierarchy_;
+    mutable std::optional<StoredHierarchy> storedHierarchy_;
+    mutable QNBHierarchyItemPtr fileHierarchy_;
+    mutable QNBHierarchyItem::ReadReport readReport_;
 };

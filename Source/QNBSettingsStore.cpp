@@ -18,9 +18,10 @@ const QString defaultPresetsResource = QStringLiteral("DefaultPresets");
 const QString defaultSupportFolder = QStringLiteral("QNB Default AppSupport");
 const QString propertyListType = QStringLiteral("plist");
 
-/// Presets of an array of stored records. What has no place in memory (an entry that is no record, a value of
-/// the wrong type under a known key) is left out; \a losses then says what the next save would lose.
-QList<QNBPresetRecordPtr> presetsFrom(const PropertyListNode &array, QStringList &losses)
+/// Presets of an array of stored records, their trees not yet built. An entry that is no record is left out;
+/// \a losses then says so.
+QList<QNBPresetRecordPtr> presetsFrom(const PropertyListNode &array,
+                                      const PropertyListDocument::Ptr &document, QStringList &losses)
 {
     QList<QNBPresetRecordPtr> presets;
     if (!array.isArray()) {
@@ -31,19 +32,38 @@ QList<QNBPresetRecordPtr> presetsFrom(const PropertyListNode &array, QStringList
     presets.reserve(array.count());
     for (qsizetype i = 0; i < array.count(); ++i) {
         const PropertyListNode entry = array.at(i);
-        if (!entry.isDictionary()) {
+        if (entry.isDictionary())
+            presets.append(QNBPresetRecord::fromStored(entry, document));
+        else
             losses << QStringLiteral("preset %1 is no record").arg(i);
-            continue;
-        }
-        QNBHierarchyItem::ReadReport report;
-        presets.append(QNBPresetRecord::fromStored(entry, &report));
+    }
+    return presets;
+}
+
+/// What was stored in the presets' trees under known keys and has no place in the items, being of a wrong
+/// type; told once.
+QStringList takeLosses(const QList<QNBPresetRecordPtr> &presets)
+{
+    QStringList losses;
+    for (const QNBPresetRecordPtr &preset : presets) {
+        const QNBHierarchyItem::ReadReport report = preset->takeReadReport();
         if (report.wrongTypes > 0)
-            losses << QStringLiteral("preset %1 has %2 values of a wrong type, first under \"%3\"")
-                          .arg(i)
+            losses << QStringLiteral("preset \"%1\" has %2 values of a wrong type, first under \"%3\"")
+                          .arg(preset->label())
                           .arg(report.wrongTypes)
                           .arg(report.first);
     }
-    return presets;
+    return losses;
+}
+
+/// Keeps the domain as it stands if the next save would lose something.
+void keepAside(Preferences &preferences, const QStringList &losses)
+{
+    if (losses.isEmpty())
+        return;
+    qCWarning(lcStore) << preferences.path() << losses;
+    if (const FileResult kept = preferences.keepAsideCopy(losses.join(QStringLiteral("; "))); !kept)
+        qCWarning(lcStore) << "no copy of the domain could be kept aside:" << kept.error;
 }
 
 QList<QNBPresetRecordPtr> defaultPresets(const std::optional<Bundle> &bundle)
@@ -66,7 +86,8 @@ QList<QNBPresetRecordPtr> defaultPresets(const std::optional<Bundle> &bundle)
         return {};
     }
     QStringList losses;
-    QList<QNBPresetRecordPtr> presets = presetsFrom(document->root(), losses);
+    QList<QNBPresetRecordPtr> presets = presetsFrom(document->root(), document, losses);
+    losses << takeLosses(presets);
     if (!losses.isEmpty())
         qCWarning(lcStore) << "default presets:" << losses;
     return presets;
@@ -122,16 +143,15 @@ void read(Preferences &preferences, const std::optional<Bundle> &bundle, QNBSett
     }
     PropertyListDocument::Ptr keepAlive;
     QStringList losses;
-    settings.presets = presetsFrom(preferences.copyAppNode(QNBPreferenceKey::presets, &keepAlive), losses);
-    if (losses.isEmpty())
-        return;
-    qCWarning(lcStore) << preferences.path() << losses;
-    if (const FileResult kept = preferences.keepAsideCopy(losses.join(QStringLiteral("; "))); !kept)
-        qCWarning(lcStore) << "no copy of the domain could be kept aside:" << kept.error;
+    const PropertyListNode presets = preferences.copyAppNode(QNBPreferenceKey::presets, &keepAlive);
+    settings.presets = presetsFrom(presets, keepAlive, losses);
+    keepAside(preferences, losses);
 }
 
 FileResult write(Preferences &preferences, const QNBSettings &settings)
 {
+    keepAside(preferences, takeLosses(settings.presets));
+
     EncodedPreference presets;
     std::vector<BinaryPropertyListWriter::Ref> records;
     records.reserve(static_cast<std::size_t>(settings.presets.size()));

@@ -309,6 +309,37 @@ INSTANTIATE_TEST_SUITE_P(
                   {QStringLiteral("A")}}),
     [](const auto &test) { return std::string(test.param.name); });
 
+TEST_F(QNBSettingsStoreTest, WhatASaveLosesIsKeptAsideOnce)
+{
+    writePropertyList(
+        domainPath(),
+        QVariantMap{{QNBPreferenceKey::presetsStored, QVariantMap{{QStringLiteral("loaded"), true}}},
+                    {QNBPreferenceKey::presets,
+                     QVariantList{QVariantMap{{QNBPresetKey::fileHierarchy, QStringLiteral("x")}}}}});
+    Preferences preferences(domain, options());
+    QNBSettings settings;
+    QNBSettingsStore::read(preferences, bundle(), settings);
+    ASSERT_TRUE(QNBSettingsStore::write(preferences, settings));
+    settings.showMenubar = !settings.showMenubar;
+    ASSERT_TRUE(QNBSettingsStore::write(preferences, settings));
+    EXPECT_EQ(keptAside().size(), 1);
+}
+
+TEST_F(QNBSettingsStoreTest, TreesReadLateAreThoseThatWereStored)
+{
+    ASSERT_TRUE(writeSettings(readSettings()));
+    Preferences preferences(domain, options());
+    QNBSettings settings;
+    QNBSettingsStore::read(preferences, bundle(), settings);
+    // The domain is replaced, and the preferences have read it anew, before a tree is asked
+    // for.
+    ASSERT_TRUE(writeSettings(QNBSettings()));
+    ASSERT_TRUE(preferences.appSynchronize());
+    ASSERT_EQ(settings.presets.size(), 2);
+    EXPECT_EQ(settings.presets[1]->fileHierarchy()->childAtIndex(0)->filename(), QStringLiteral("inside"));
+    EXPECT_EQ(settings.presets[1]->fileHierarchy(), settings.presets[1]->fileHierarchy());
+}
+
 TEST_F(QNBSettingsStoreTest, NothingIsKeptAsideForAGoodDomain)
 {
     ASSERT_TRUE(writeSettings(readSettings()));
