@@ -28,6 +28,6 @@ function(quenby_add_tests room)
   add_executable(${target} ${arg_SOURCES} "${main}")
   target_link_libraries(${target} PRIVATE quenby-options ${arg_LIBRARIES} Qt6::Test GTest::gtest GTest::gmock)
   target_compile_definitions(${target} PRIVATE QUENBY_TEST_DATA="${CMAKE_CURRENT_SOURCE_DIR}/data")
-  gtest_discover_tests(${target} TEST_PREFIX "${room}." DISCOVERY_MODE PRE_TEST
+  gtest_discover_tests(${target} TEST_PREFIX "${room}." DISCOVERY_MODE PRE_TEST NO_PRETTY_VALUES
                        PROPERTIES TIMEOUT 300 LABELS ${room})
 endfunction()
