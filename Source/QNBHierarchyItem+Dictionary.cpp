@@ -94,6 +94,8 @@ private:
                 hasUid = note(key, value.isString());
                 if (hasUid)
                     item.setUid(value.string());
+            } else {
+                note(key, false);
             }
         }
         if (!hasUid)
@@ -140,11 +142,11 @@ private:
         }
     }
 
-    /// Counts a value of the wrong type; passes \a isRight on.
+    /// Counts an entry that has no place in an item; passes \a isRight on.
     bool note(const QString &key, bool isRight)
     {
         if (!isRight && report_) {
-            if (report_->wrongTypes++ == 0)
+            if (report_->losses++ == 0)
                 report_->first = key;
         }
         return isRight;

@@ -35,12 +35,12 @@ public:
     /// What indexOfChild() answers for an item that is no child.
     static constexpr std::size_t notFound = std::numeric_limits<std::size_t>::max();
 
-    /// What a reader met that the item could not take over: keys with a value of the wrong type, which count
-    /// as absent. Writing the tree back loses those values.
+    /// What a reader met that the item could not take over: values of the wrong type, which count as absent,
+    /// and keys that are no item's. Writing the tree back loses them.
     struct ReadReport
     {
-        qsizetype wrongTypes = 0;
-        /// The first of them, for the log.
+        qsizetype losses = 0;
+        /// The key of the first of them, for the log.
         QString first;
     };
 

@@ -63,9 +63,9 @@ QNBPresetRecordPtr read(const QString &path, QString *error)
         return nullptr;
     }
     QNBPresetRecordPtr record = QNBPresetRecord::fromStored(root);
-    if (const QNBHierarchyItem::ReadReport report = record->takeReadReport(); report.wrongTypes > 0)
-        qCWarning(lcPresetFile) << path << "has" << report.wrongTypes << "values of a wrong type, first under"
-                                << report.first;
+    if (const QNBHierarchyItem::ReadReport report = record->takeReadReport(); report.losses > 0)
+        qCWarning(lcPresetFile) << path << "has" << report.losses
+                                << "entries that its items have no place for, first under" << report.first;
     record->setValueForKey(labelForPath(path), QNBPresetKey::label);
     return record;
 }

@@ -40,17 +40,17 @@ QList<QNBPresetRecordPtr> presetsFrom(const PropertyListNode &array,
     return presets;
 }
 
-/// What was stored in the presets' trees under known keys and has no place in the items, being of a wrong
-/// type; told once.
+/// What was stored in the presets' trees and has no place in the items; told once.
 QStringList takeLosses(const QList<QNBPresetRecordPtr> &presets)
 {
     QStringList losses;
     for (const QNBPresetRecordPtr &preset : presets) {
         const QNBHierarchyItem::ReadReport report = preset->takeReadReport();
-        if (report.wrongTypes > 0)
-            losses << QStringLiteral("preset \"%1\" has %2 values of a wrong type, first under \"%3\"")
+        if (report.losses > 0)
+            losses << QStringLiteral(
+                          "preset \"%1\" has %2 entries that its items have no place for, first under \"%3\"")
                           .arg(preset->label())
-                          .arg(report.wrongTypes)
+                          .arg(report.losses)
                           .arg(report.first);
     }
     return losses;

@@ -188,10 +188,22 @@ TEST(QNBHierarchyItemDictionary, WrongTypesCountAsAbsentAndAreReported)
     const PropertyListDocument::Ptr document = PropertyListDocument::fromVariant(wrong);
     QNBHierarchyItem::ReadReport report;
     const QNBHierarchyItemPtr item = QNBHierarchyItem::initWithDictionary(document->root(), {}, &report);
-    EXPECT_EQ(report.wrongTypes, 7);
+    EXPECT_EQ(report.losses, 7);
     EXPECT_FALSE(report.first.isEmpty());
     EXPECT_EQ(item->toDictionary(), (QVariantMap{{QStringLiteral("permissions"), QStringLiteral("764")}}));
     EXPECT_EQ(item->uid().size(), 40);
+}
+
+TEST(QNBHierarchyItemDictionary, KeysThatAreNoItemsAreReported)
+{
+    const QVariantMap item = {{QStringLiteral("filename"), QStringLiteral("a")},
+                              {QStringLiteral("Filename"), QStringLiteral("b")},
+                              {QStringLiteral("comment"), 1}};
+    const PropertyListDocument::Ptr document = PropertyListDocument::fromVariant(item);
+    QNBHierarchyItem::ReadReport report;
+    EXPECT_EQ(QNBHierarchyItem::initWithDictionary(document->root(), {}, &report)->filename(),
+              QStringLiteral("a"));
+    EXPECT_EQ(report.losses, 2);
 }
 
 TEST(QNBHierarchyItemDictionary, ChildrenThatAreNoDictionariesAreLeftOut)
@@ -204,7 +216,7 @@ TEST(QNBHierarchyItemDictionary, ChildrenThatAreNoDictionariesAreLeftOut)
     const QNBHierarchyItemPtr item = QNBHierarchyItem::initWithDictionary(document->root(), {}, &report);
     ASSERT_EQ(item->numberOfChildren(), 1u);
     EXPECT_EQ(item->childAtIndex(0)->filename(), QStringLiteral("kept"));
-    EXPECT_EQ(report.wrongTypes, 2);
+    EXPECT_EQ(report.losses, 2);
 }
 
 TEST(QNBHierarchyItemDictionary, ANodeThatIsNoDictionaryReadsAsAnEmptyOne)

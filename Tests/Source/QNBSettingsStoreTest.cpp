@@ -258,7 +258,7 @@ TEST_F(QNBSettingsStoreTest, ADamagedDefaultPresetsResourceGivesAnEmptyList)
     }
 }
 
-/// What stands under the known keys is of another type than it should be.
+/// What stands under the known keys is of another type than it should be, or more than items hold.
 struct WrongType
 {
     const char *name;
@@ -301,6 +301,12 @@ INSTANTIATE_TEST_SUITE_P(
                   QVariantList{QVariantMap{
                       {QNBPresetKey::label, QStringLiteral("A")},
                       {QNBPresetKey::fileHierarchy, QVariantMap{{QStringLiteral("filename"), 12LL}}}}},
+                  {QStringLiteral("A")}},
+        WrongType{"AnItemsKeyThatIsUnknown",
+                  QVariantList{QVariantMap{
+                      {QNBPresetKey::label, QStringLiteral("A")},
+                      {QNBPresetKey::fileHierarchy,
+                       QVariantMap{{QStringLiteral("comment"), QStringLiteral("from a later version")}}}}},
                   {QStringLiteral("A")}},
         WrongType{"ChildrenThatAreAString",
                   QVariantList{QVariantMap{{QNBPresetKey::label, QStringLiteral("A")},
