@@ -1,7 +1,8 @@
 // SPDX-FileCopyrightText: Quenby contributors
 // SPDX-License-Identifier: MIT
 
-// A whole save of a large domain to disk, beside what writing and syncing the same bytes takes.
+// A save of a large domain to disk – whole, and without the encoding of its trees – beside what writing and
+// syncing the same bytes takes.
 
 #include "Benchmarks/SamplePresets.h"
 #include "Source/QNBSettingsStore.h"
@@ -58,7 +59,33 @@ void BM_SavePreferences(benchmark::State &state)
         state.SkipWithError("items are missing");
 }
 
+void BM_SynchronizePreferences(benchmark::State &state)
+{
+    const QTemporaryDir folder;
+    Preferences::Options options;
+    options.folder = folder.path();
+    options.lockFolder = folder.path();
+    Preferences preferences(QStringLiteral("org.quenby.Quenby"), options);
+    EncodedPreference presets;
+    std::vector<BinaryPropertyListWriter::Ref> records;
+    for (const QNBPresetRecordPtr &preset : SamplePresets::presets(state.range(0), itemsPerPreset))
+        records.push_back(preset->encode(presets.writer));
+    presets.top = presets.writer.array(records);
+    for (auto _ : state) {
+        state.PauseTiming();
+        preferences.setAppValue(QNBPreferenceKey::presets, presets);
+        state.ResumeTiming();
+        if (const FileResult saved = preferences.appSynchronize(); !saved)
+            state.SkipWithError(qPrintable(saved.error));
+    }
+    Preferences again(QStringLiteral("org.quenby.Quenby"), options);
+    PropertyListDocument::Ptr keepAlive;
+    if (again.copyAppNode(QNBPreferenceKey::presets, &keepAlive).count() != qsizetype(records.size()))
+        state.SkipWithError("presets are missing");
+}
+
 } // namespace
 
 BENCHMARK(BM_WriteAndSyncBytes)->Arg(100'000)->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK(BM_SavePreferences)->Arg(100'000)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(BM_SynchronizePreferences)->Arg(100'000)->Unit(benchmark::kMillisecond)->UseRealTime();
