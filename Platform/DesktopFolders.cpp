@@ -44,7 +44,7 @@ QString homeFromPasswordDatabase()
 QString belowHome(const QProcessEnvironment &environment, const QString &variable,
                   QLatin1StringView byDefault)
 {
-    if (const QString folder = folderVariable(environment, variable); !folder.isEmpty())
+    if (QString folder = folderVariable(environment, variable); !folder.isEmpty())
         return folder;
     const QString home = DesktopFolders::home(environment);
     return home.isEmpty() ? QString() : QDir(home).filePath(byDefault);

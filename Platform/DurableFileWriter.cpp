@@ -21,7 +21,7 @@ namespace {
 /// As many links in a row as the kernel follows.
 constexpr int maximumLinks = 40;
 constexpr int maximumTemporaryNames = 100;
-constexpr qsizetype copyChunk = 256 * 1024;
+constexpr qsizetype copyChunk = qsizetype(256) * 1024;
 
 QByteArray folderOf(const QByteArray &path)
 {

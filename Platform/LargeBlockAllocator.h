@@ -4,19 +4,17 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
 #include <cstdlib>
+#include <memory>
 #include <new>
 #include <sys/mman.h>
 
 /// Asks the system for large pages where \a block spans them. Advice: nothing depends on it.
 inline void adviseLargePages(void *block, std::size_t size)
 {
-    constexpr std::uintptr_t page = 2 * 1024 * 1024;
-    const std::uintptr_t start = (reinterpret_cast<std::uintptr_t>(block) + page - 1) / page * page;
-    const std::uintptr_t end = (reinterpret_cast<std::uintptr_t>(block) + size) / page * page;
-    if (start < end)
-        madvise(reinterpret_cast<void *>(start), end - start, MADV_HUGEPAGE);
+    constexpr std::size_t page = std::size_t(2) * 1024 * 1024;
+    if (std::align(page, page, block, size))
+        madvise(block, size / page * page, MADV_HUGEPAGE);
 }
 
 /// For arrays that may grow to many megabytes: blocks of that size are asked for in large pages, where the

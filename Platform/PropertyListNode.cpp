@@ -78,16 +78,15 @@ QVariant PropertyListNode::toVariant() const
             if (node.isArray())
                 stack.back().array.reserve(node.count());
         } else {
-            const QVariant value = isContainer ? *known : source_->scalar(node.handle_);
+            QVariant value = isContainer ? *known : source_->scalar(node.handle_);
             if (stack.empty())
                 return value;
             stack.back().add(value);
         }
         while (stack.back().next == stack.back().count) {
-            Frame done = std::move(stack.back());
+            const Frame done = std::move(stack.back());
             stack.pop_back();
-            const QVariant value =
-                done.node.isArray() ? QVariant(std::move(done.array)) : QVariant(std::move(done.dictionary));
+            QVariant value = done.node.isArray() ? QVariant(done.array) : QVariant(done.dictionary);
             containers.insert(done.node.handle_, value);
             if (stack.empty())
                 return value;

@@ -204,7 +204,7 @@ SessionBus::Answer askSocket(const SocketAddress &address, const QDeadlineTimer 
 
 QString SessionBus::address()
 {
-    const QString fromEnvironment = qEnvironmentVariable(addressVariable);
+    QString fromEnvironment = qEnvironmentVariable(addressVariable);
     if (!fromEnvironment.isEmpty())
         return fromEnvironment;
     const QByteArray path = runtimeBusPath();

@@ -143,7 +143,8 @@ void QNBHierarchyItem::addChildAfterExistingChild(const QNBHierarchyItemPtr &new
 
 void QNBHierarchyItem::removeChild(const QNBHierarchyItemPtr &item)
 {
-    const QNBHierarchyItemPtr removed = item;
+    // The item given may be the one in the list, which goes before std::erase() has compared all.
+    const QNBHierarchyItemPtr removed = item; // NOLINT(performance-unnecessary-copy-initialization)
     removed->setParent(shared_from_this());
     std::erase(children_, removed);
 }
