@@ -61,7 +61,10 @@ INSTANTIATE_TEST_SUITE_P(, QNBPrefPanePrefMenuValidation,
                                            Case{"fileContentItemClicked", 0, false, true, false},
                                            Case{"openScriptsFolder", 0, true, true, true},
                                            Case{"addPreset", 1000, true, true, true},
-                                           Case{"", 0, true, true, true}));
+                                           Case{"", 0, true, true, true}),
+                         [](const ::testing::TestParamInfo<Case> &row) {
+                             return std::string(row.param.action) + "_" + std::to_string(row.param.tag);
+                         });
 
 class QNBPrefPanePrefContextualMenu : public PaneFixture
 {
