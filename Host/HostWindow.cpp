@@ -114,6 +114,12 @@ void HostWindow::leave()
     panePath_.clear();
 }
 
+void HostWindow::leaveWithoutDisplay()
+{
+    if (session_)
+        session_->end();
+}
+
 void HostWindow::bringToFront(const QByteArray &activationToken)
 {
     // The platform plug-in takes it from there with the next request.

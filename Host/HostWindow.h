@@ -30,6 +30,8 @@ public:
     void showError(const QString &reason);
     /// Leaves the pane for good.
     void leave();
+    /// Leaves the pane for good when the display may have gone: its view stays, and so does the noted place.
+    void leaveWithoutDisplay();
     /// Before the other windows, with the focus; \a activationToken is the desktop's leave to do that, or
     /// empty.
     void bringToFront(const QByteArray &activationToken);

@@ -9,6 +9,8 @@
 #include <QLoggingCategory>
 #include <QWidget>
 
+#include <utility>
+
 namespace {
 
 Q_LOGGING_CATEGORY(lcSession, "quenby.host.session")
@@ -30,16 +32,21 @@ PaneSession::PaneSession(std::unique_ptr<PreferencePane> pane)
 
 PaneSession::~PaneSession()
 {
-    if (isSelected_)
-        pane_->didUnselect();
-    pane_.reset();
+    end();
     delete view_;
 }
 
 void PaneSession::select()
 {
-    if (isSelected_)
+    if (isSelected_ || !pane_)
         return;
     isSelected_ = true;
     pane_->didSelect();
+}
+
+void PaneSession::end()
+{
+    if (std::exchange(isSelected_, false))
+        pane_->didUnselect();
+    pane_.reset();
 }

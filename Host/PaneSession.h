@@ -14,7 +14,7 @@ class PaneSession
 public:
     /// Loads the view and tells the pane; a pane without a view gives way to a page that says so.
     explicit PaneSession(std::unique_ptr<PreferencePane> pane);
-    /// Leaves the pane if it is selected, ends it, and then its view.
+    /// Ends the pane if that has not been done, and then its view.
     ~PaneSession();
     PaneSession(const PaneSession &) = delete;
     PaneSession &operator=(const PaneSession &) = delete;
@@ -23,6 +23,8 @@ public:
     QWidget *view() const { return view_; }
     /// The view is on screen now; does nothing if it was before.
     void select();
+    /// Leaves the pane if it is selected, and ends it; the view stays until the session goes.
+    void end();
 
 private:
     std::unique_ptr<PreferencePane> pane_;

@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: Quenby contributors
 // SPDX-License-Identifier: MIT
 
+#include "Host/ExitHandler.h"
 #include "Host/FirstPaintReport.h"
 #include "Host/HostWindow.h"
 #include "Host/InstanceGuard.h"
@@ -29,6 +30,8 @@ Q_LOGGING_CATEGORY(lcHost, "quenby.host")
 constexpr auto busTimeout = 300ms;
 /// Another host may be busy saving.
 constexpr auto otherInstanceTimeout = 2000ms;
+/// Saving takes a fraction of it; what waits for a display that has gone would wait for ever.
+constexpr auto exitLimit = 10s;
 
 QString tr(const char *text)
 {
@@ -152,6 +155,13 @@ int main(int argc, char **argv)
         window.bringToFront(request.activationToken);
     });
     signals.handleWith(end);
+    // Without its display the library ends the process from within the event loop.
+    const ExitHandler exitHandler(
+        [&] {
+            guard.close();
+            window.leaveWithoutDisplay();
+        },
+        exitLimit);
     const int result = QApplication::exec();
     leave();
     return result;

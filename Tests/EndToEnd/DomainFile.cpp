@@ -37,6 +37,13 @@ QByteArray DomainFile::differences() const
     return checker.hasReturned(0) ? QByteArray() : checker.output() + checker.errors();
 }
 
+QStringList DomainFile::labels() const
+{
+    ChildProcess reader(python, {script, QStringLiteral("labels"), path_});
+    reader.waitForEnd();
+    return QString::fromUtf8(reader.output()).split(u'\n', Qt::SkipEmptyParts);
+}
+
 quint64 DomainFile::identity() const
 {
     struct stat status = {};

@@ -4,7 +4,7 @@
 #pragma once
 
 #include <QByteArray>
-#include <QString>
+#include <QStringList>
 
 /// The product's preference domain as another program writes and reads it.
 class DomainFile
@@ -18,6 +18,8 @@ public:
     bool write(Form form) const;
     /// How the file differs from what a save must make of it; empty if in nothing.
     QByteArray differences() const;
+    /// The presets' labels, in their order.
+    QStringList labels() const;
     /// Changes with every save, for a save makes another file.
     quint64 identity() const;
     QString path() const { return path_; }

@@ -3,6 +3,8 @@
 
 #include "Tests/EndToEnd/QuenbySession.h"
 
+#include <QElapsedTimer>
+
 #include <csignal>
 
 namespace {
@@ -36,6 +38,20 @@ protected:
             return !otherWindow_.isEmpty();
         }));
         ASSERT_TRUE(screen_.activate(otherWindow_));
+    }
+    /// Types \a text at the end of the selected preset's label, which is still being edited then.
+    void typeIntoLabel(const QString &text)
+    {
+        // The mnemonic of the list, the edit key.
+        for (const QString &key : {QStringLiteral("alt+r"), QStringLiteral("F2"), QStringLiteral("End")})
+            screen_.typeKey(key);
+        for (const QChar letter : text)
+            screen_.typeKey(letter);
+        // The keys before one that has an effect on the screen have had theirs.
+        screen_.typeKey(QStringLiteral("Menu"));
+        ASSERT_TRUE(waitUntil([&] { return screen_.windowsOf(host_->pid()).size() == 2; }));
+        screen_.typeKey(QStringLiteral("Escape"));
+        ASSERT_TRUE(waitUntil([&] { return screen_.windowsOf(host_->pid()).size() == 1; }));
     }
     /// One save: another file that holds the same, and one notification.
     void expectSaved(int notifications)
@@ -92,6 +108,26 @@ TEST_P(KeyWindowTest, ASecondStartActivatesTheFirstWindow)
     EXPECT_TRUE(second->hasReturned(0));
     EXPECT_TRUE(waitUntil([&] { return screen_.activeWindow() == window_; }));
     EXPECT_TRUE(host_->isRunning());
+}
+
+TEST_P(KeyWindowTest, AnEditSurvivesTheEndOfTheScreen)
+{
+    start();
+    QStringList labels = session_.domain().labels();
+    ASSERT_FALSE(labels.isEmpty());
+    ASSERT_NO_FATAL_FAILURE(typeIntoLabel(QStringLiteral("xyz")));
+    ASSERT_EQ(session_.notifications(), 0);
+    ASSERT_EQ(session_.domain().labels(), labels);
+    QElapsedTimer timer;
+    timer.start();
+    screen_.kill();
+    ASSERT_TRUE(host_->waitForEnd());
+    EXPECT_LT(timer.elapsed(), 5000);
+    EXPECT_TRUE(host_->hasReturned(1)) << host_->errors().constData();
+    labels[0] += QStringLiteral("xyz");
+    EXPECT_EQ(session_.domain().labels().join(u' ').toStdString(), labels.join(u' ').toStdString())
+        << host_->errors().constData();
+    EXPECT_TRUE(session_.waitForNotifications(1)) << session_.notifications();
 }
 
 INSTANTIATE_TEST_SUITE_P(Forms, KeyWindowTest,

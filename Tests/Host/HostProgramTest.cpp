@@ -205,6 +205,24 @@ TEST_F(HostProgramTest, ASignalEndsAPanelsLoopBeforeThePaneIsLeft)
         << record().constData();
 }
 
+TEST_F(HostProgramTest, AnExitFromWithinTheEventLoopLeavesThePane)
+{
+    setBehaviour(QStringLiteral("exit"));
+    ChildProcess host(program(), {}, environment_);
+    ASSERT_TRUE(host.waitForEnd());
+    EXPECT_TRUE(host.hasReturned(1));
+    EXPECT_EQ(record(), "created\nloadMainView\nmainViewDidLoad\ndidSelect\ndidUnselect\ndestroyed\n");
+}
+
+TEST_F(HostProgramTest, AnExitFromWithinAPanelsLoopLeavesThePane)
+{
+    setBehaviour(QStringLiteral("exit from a question"));
+    ChildProcess host(program(), {}, environment_);
+    ASSERT_TRUE(host.waitForEnd());
+    EXPECT_TRUE(host.hasReturned(1));
+    EXPECT_TRUE(record().endsWith("didSelect\nasking\ndidUnselect\ndestroyed\n")) << record().constData();
+}
+
 TEST_F(HostProgramTest, UnderNohupTheEndOfTheTerminalIsIgnored)
 {
     ChildProcess host(QStringLiteral("nohup"), {program()}, environment_);

@@ -80,6 +80,21 @@ TEST_F(PaneSessionTest, APaneThatWasNeverShownIsNotUnselected)
     EXPECT_EQ(calls_.join(u' '), QStringLiteral("loadMainView mainViewDidLoad end"));
 }
 
+TEST_F(PaneSessionTest, TheViewOutlivesAPaneThatIsEndedFirst)
+{
+    begin();
+    session_->select();
+    const QPointer<QWidget> view = session_->view();
+    session_->end();
+    session_->end();
+    session_->select();
+    EXPECT_EQ(calls_.join(u' '), QStringLiteral("loadMainView mainViewDidLoad didSelect didUnselect end"));
+    EXPECT_FALSE(view.isNull());
+    session_.reset();
+    EXPECT_TRUE(view.isNull());
+    EXPECT_EQ(calls_.count(QStringLiteral("didUnselect")), 1);
+}
+
 TEST_F(PaneSessionTest, APaneWithoutAViewGivesWayToAPageThatSaysSo)
 {
     begin(false);

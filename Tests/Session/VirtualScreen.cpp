@@ -3,6 +3,8 @@
 
 #include "Tests/Session/VirtualScreen.h"
 
+#include <csignal>
+
 namespace {
 
 const QString xdotool = QStringLiteral("xdotool");
@@ -53,16 +55,21 @@ QByteArray VirtualScreen::ask(const QString &program, const QStringList &argumen
     return tool.output().trimmed();
 }
 
+QStringList VirtualScreen::windowsOf(qint64 pid) const
+{
+    const QByteArray found = ask(xdotool, {QStringLiteral("search"), QStringLiteral("--onlyvisible"),
+                                           QStringLiteral("--pid"), QString::number(pid)});
+    return QString::fromLatin1(found).split(u'\n', Qt::SkipEmptyParts);
+}
+
 QString VirtualScreen::windowOf(qint64 pid) const
 {
-    QString window;
+    QStringList windows;
     waitUntil([&] {
-        const QByteArray found = ask(xdotool, {QStringLiteral("search"), QStringLiteral("--onlyvisible"),
-                                               QStringLiteral("--pid"), QString::number(pid)});
-        window = QString::fromLatin1(found.split('\n').constLast());
-        return !window.isEmpty();
+        windows = windowsOf(pid);
+        return !windows.isEmpty();
     });
-    return window;
+    return windows.isEmpty() ? QString() : windows.constLast();
 }
 
 QString VirtualScreen::activeWindow() const
@@ -79,4 +86,10 @@ bool VirtualScreen::activate(const QString &window) const
 void VirtualScreen::typeKey(const QString &key) const
 {
     ask(xdotool, {QStringLiteral("key"), QStringLiteral("--clearmodifiers"), key});
+}
+
+void VirtualScreen::kill()
+{
+    server_->signal(SIGKILL);
+    server_->waitForEnd();
 }

@@ -19,6 +19,8 @@ public:
     /// \a environment for a program that shows its windows here, with accessibility on.
     QProcessEnvironment environmentFrom(QProcessEnvironment environment) const;
 
+    /// The windows of the process \a pid that the screen shows, menus and the like among them.
+    QStringList windowsOf(qint64 pid) const;
     /// The window of the process \a pid that the screen shows; waits for it. Empty if none comes.
     QString windowOf(qint64 pid) const;
     /// Activates a window as the user would, and waits until it has the focus.
@@ -26,6 +28,8 @@ public:
     QString activeWindow() const;
     /// Types a key, as xdotool names it, into the active window.
     void typeKey(const QString &key) const;
+    /// The server dies, and with it the connections of its clients.
+    void kill();
     /// What the tool \a program prints.
     QByteArray ask(const QString &program, const QStringList &arguments) const;
 

@@ -5,6 +5,7 @@
 
 domain.py write xml|binary FILE    writes three presets and much that the pane does not know
 domain.py check FILE               says what differs after a save; nothing if all is well
+domain.py labels FILE              prints the presets' labels, a line each
 """
 
 import datetime
@@ -132,9 +133,18 @@ def check(path):
         yield "there is a uid somewhere"
 
 
+def print_labels(path):
+    with open(path, "rb") as file:
+        for preset in plistlib.load(file)["QNBPresets"]:
+            sys.stdout.buffer.write((preset["label"] + "\n").encode("utf-8"))
+
+
 def main(arguments):
     if arguments[0] == "write":
         write(*arguments[1:])
+        return 0
+    if arguments[0] == "labels":
+        print_labels(arguments[1])
         return 0
     found = list(check(*arguments[1:]))
     print("\n".join(found[:LONGEST_REPORT]))
