@@ -3,11 +3,9 @@
 
 #include "Platform/KeyedArchiver.h"
 #include "Platform/KeyedUnarchiver.h"
+#include "Tests/Exchange/ArchivePeer.h"
 #include "Tests/Platform/TaggedContent.h"
 
-#include <QFile>
-#include <QProcess>
-#include <QTemporaryDir>
 #include <gtest/gtest.h>
 
 using PropertyList::Form;
@@ -64,56 +62,33 @@ QVariantMap recordForReaders()
 class KeyedArchiveExchange : public ::testing::Test
 {
 protected:
-    QString path(const QString &name) const { return home_.filePath(name); }
-
-    void write(const QString &name, const PropertyList::WriteResult &content) const
-    {
-        ASSERT_TRUE(content) << content.error.toStdString();
-        QFile file(path(name));
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(*content.bytes) == content.bytes->size());
-    }
-
-    /// What the program prints, run in a home of its own; a failed expectation if it fails.
-    QByteArray outputOf(const QString &program, const QStringList &arguments) const
-    {
-        QProcess process;
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        for (const QString &name :
-             {QStringLiteral("HOME"), QStringLiteral("GNUSTEP_USER_ROOT"), QStringLiteral("TMPDIR"),
-              QStringLiteral("XDG_CONFIG_HOME"), QStringLiteral("XDG_DATA_HOME")})
-            environment.insert(name, home_.path());
-        environment.insert(QStringLiteral("LANG"), QStringLiteral("C.UTF-8"));
-        process.setProcessEnvironment(environment);
-        process.start(program, arguments);
-        EXPECT_TRUE(process.waitForFinished(60'000)) << process.errorString().toStdString();
-        EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
-        EXPECT_EQ(process.exitCode(), 0) << process.readAllStandardError().toStdString();
-        return process.readAllStandardOutput();
-    }
-
     void expectRead(const QString &program, const QStringList &arguments, const QVariant &content) const
     {
-        write(QStringLiteral("ours"), KeyedArchiver::archivedDataWithRootObject(content));
-        const std::optional<QVariant> read =
-            TaggedContent::fromJson(outputOf(program, arguments + QStringList{path(QStringLiteral("ours"))}));
+        const PropertyList::WriteResult ours = KeyedArchiver::archivedDataWithRootObject(content);
+        ASSERT_TRUE(ours) << ours.error.toStdString();
+        peer_.write(QStringLiteral("ours"), *ours.bytes);
+        const std::optional<QVariant> read = TaggedContent::fromJson(
+            peer_.outputOf(program, arguments + QStringList{peer_.path(QStringLiteral("ours"))}));
         ASSERT_TRUE(read);
         EXPECT_EQ(canonical(*read).toStdString(), canonical(content).toStdString());
     }
 
     void expectWritten(const QString &form, const QString &kind, const QVariant &content) const
     {
-        write(QStringLiteral("content.plist"), PropertyList::write(content, Form::XML));
-        outputOf(QStringLiteral(QUENBY_ARCHIVE_TOOL),
-                 {QStringLiteral("write"), form, kind, path(QStringLiteral("content.plist")),
-                  path(QStringLiteral("theirs"))});
+        const PropertyList::WriteResult list = PropertyList::write(content, Form::XML);
+        ASSERT_TRUE(list) << list.error.toStdString();
+        peer_.write(QStringLiteral("content.plist"), *list.bytes);
+        peer_.outputOf(QStringLiteral(QUENBY_ARCHIVE_TOOL),
+                       {QStringLiteral("write"), form, kind, peer_.path(QStringLiteral("content.plist")),
+                        peer_.path(QStringLiteral("theirs"))});
         QString error;
         const PropertyListDocument::Ptr document =
-            KeyedUnarchiver::unarchivedDocumentWithFile(path(QStringLiteral("theirs")), &error);
+            KeyedUnarchiver::unarchivedDocumentWithFile(peer_.path(QStringLiteral("theirs")), &error);
         ASSERT_TRUE(document) << error.toStdString();
         EXPECT_EQ(canonical(document->root().toVariant()).toStdString(), canonical(content).toStdString());
     }
 
-    QTemporaryDir home_;
+    ArchivePeer peer_;
 };
 
 } // namespace
