@@ -38,6 +38,7 @@ constexpr qreal productNameScale = 1.6;
 void QNBPrefPanePref::awakeFromNib()
 {
     placeDetachedViews();
+    setUpHistory();
     makePresetList();
     makeContextualMenu();
 

@@ -3,8 +3,10 @@
 
 #include "Source/QNBPrefPanePref.h"
 
+#include "Source/QNBPresetListCommands.h"
+
 #include <QCheckBox>
-#include <QEvent>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QPlainTextEdit>
 #include <QSplitter>
@@ -33,27 +35,48 @@ bool QNBPrefPanePref::eventFilter(QObject *watched, QEvent *event)
     }
     if (watched == _ui_websiteLink && event->type() == QEvent::PaletteChange)
         showWebsiteLink();
+    if (watched == _ui_presetDescription && event->type() == QEvent::FocusOut)
+        descriptionTypingDidEnd();
+    if (watched == _ui_presetDescription && event->type() == QEvent::ShortcutOverride) {
+        // The text editor would keep these keys for a history of its own.
+        const auto *key = static_cast<QKeyEvent *>(event);
+        if (key->matches(QKeySequence::Undo) || key->matches(QKeySequence::Redo)) {
+            event->ignore();
+            return true;
+        }
+    }
     return QObject::eventFilter(watched, event);
 }
 
 void QNBPrefPanePref::showDescription()
 {
+    descriptionTypingDidEnd();
     const QSignalBlocker blocker(_ui_presetDescription);
     const QVariant description =
         _selectedItem ? _selectedItem->valueForKey(QNBPresetKey::presetDescription) : QVariant();
     _ui_presetDescription->setPlainText(description.toString());
+    _descriptionParagraphs = _ui_presetDescription->document()->blockCount();
     _ui_presetDescription->setEnabled(_selectedItem != nullptr);
     _ui_presetDescription->setPlaceholderText(_selectedItem ? tr("What is this preset for?")
                                                             : tr("No preset selected"));
+}
+
+QString QNBPrefPanePref::descriptionText() const
+{
+    // The document's own text: toPlainText() would turn no-break spaces into spaces.
+    return _ui_presetDescription->document()->toRawText().replace(QChar::ParagraphSeparator, u'\n');
 }
 
 void QNBPrefPanePref::descriptionTextDidChange()
 {
     if (!_selectedItem)
         return;
-    // The document's own text: toPlainText() would turn no-break spaces into spaces.
-    const QString text =
-        _ui_presetDescription->document()->toRawText().replace(QChar::ParagraphSeparator, u'\n');
-    _selectedItem->setValueForKey(text.isEmpty() ? QVariant() : QVariant(text),
-                                  QNBPresetKey::presetDescription);
+    const QTextDocument &document = *_ui_presetDescription->document();
+    // A paragraph is a step.
+    if (std::exchange(_descriptionParagraphs, document.blockCount()) != document.blockCount())
+        descriptionTypingDidEnd();
+    const QString text = descriptionText();
+    _history.push(new QNBSetPresetValueCommand(
+        *_ui_presetListController, _selectedItem, QNBPresetKey::presetDescription,
+        text.isEmpty() ? QVariant() : QVariant(text), tr("Typing"), _descriptionTyping));
 }

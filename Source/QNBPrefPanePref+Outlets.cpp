@@ -7,6 +7,7 @@
 #include "Toolkit/KeyComboRecorder.h"
 #include "Toolkit/OutlineView.h"
 
+#include <QAction>
 #include <QCheckBox>
 #include <QLabel>
 #include <QMenu>
@@ -94,7 +95,19 @@ QStringList QNBPrefPanePref::connectOutlets(QWidget &view)
     CONNECT(_colorRow);
     CONNECT(_permissionsGrid);
     CONNECT(_productName);
+    CONNECT(_presetsTab);
     CONNECT(_addPresetButton);
+    CONNECT(_removePresetButton);
+    CONNECT(_presetActionsButton);
+    CONNECT(_addFileButton);
+    CONNECT(_addFolderButton);
+    CONNECT(_itemActionsButton);
+    CONNECT(_scriptButton);
+    CONNECT(_presetActionsMenu);
+    CONNECT(_itemActionsMenu);
+    CONNECT(_fileContentMenu);
+    CONNECT(_undoAction);
+    CONNECT(_redoAction);
     CONNECT(_helpButton);
     CONNECT(_descriptionToggle);
     return connector.missing();

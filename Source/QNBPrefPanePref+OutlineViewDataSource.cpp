@@ -6,6 +6,7 @@
 #include "Toolkit/ArrayController.h"
 #include "Toolkit/OutlineView.h"
 
+#include <QPushButton>
 #include <QStyle>
 
 int QNBPrefPanePref::outlineViewNumberOfChildrenOfItem(OutlineView &, const OutlineItem &item)
@@ -56,13 +57,20 @@ void QNBPrefPanePref::updateSelectionShadow()
         _selectedItem->setFileHierarchy(QNBHierarchyItem::init());
     _rootPresetHierarchyItem = _selectedItem ? _selectedItem->fileHierarchy() : nullptr;
 
+    _ui_presetHierarchyView->reloadData();
+    fullyExpandHierarchy();
+    showEmptyState();
+    showDescription();
+    for (QPushButton *control : {_removePresetButton, _addFileButton, _addFolderButton, _scriptButton})
+        control->setEnabled(_selectedItem != nullptr);
+}
+
+void QNBPrefPanePref::showEmptyState()
+{
     const QString emptyText = _selectedItem ? tr("This preset is empty") : tr("No preset selected");
     const bool isEmpty = !_rootPresetHierarchyItem || _rootPresetHierarchyItem->numberOfChildren() == 0;
     _ui_presetHierarchyView->setPlaceholderText(emptyText);
     _ui_presetHierarchyView->setAccessibleDescription(isEmpty ? emptyText : QString());
-    _ui_presetHierarchyView->reloadData();
-    fullyExpandHierarchy();
-    showDescription();
 }
 
 void QNBPrefPanePref::fullyExpandHierarchy()

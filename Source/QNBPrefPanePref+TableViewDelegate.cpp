@@ -3,6 +3,7 @@
 
 #include "Source/QNBPrefPanePref.h"
 
+#include "Source/QNBPresetListCommands.h"
 #include "Source/QNBUniqueName.h"
 #include "Toolkit/ArrayController.h"
 
@@ -20,6 +21,8 @@ void QNBPrefPanePref::addPreset()
 
     const auto record = std::make_shared<QNBPresetRecord>();
     record->setValueForKey(QNBUniqueName(tr("Untitled Preset"), {}, taken), QNBPresetKey::label);
-    _ui_presetListController->addObject(record);
+    _history.push(new QNBInsertPresetsCommand(
+        *_ui_presetListController, {record},
+        static_cast<int>(_ui_presetListController->arrangedObjects().size()), tr("New Preset")));
     _ui_presetListView->editColumn(QNBPresetKey::label, _ui_presetListController->selectionIndex());
 }

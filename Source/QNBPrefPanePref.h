@@ -5,6 +5,7 @@
 
 #include "Platform/Bundle.h"
 #include "Platform/Preferences.h"
+#include "Source/QNBEditCommand.h"
 #include "Source/QNBHoverButton.h"
 #include "Source/QNBSettingsStore.h"
 #include "Toolkit/OutlineViewDataSource.h"
@@ -16,6 +17,7 @@
 #include <QIcon>
 #include <QObject>
 #include <QPointer>
+#include <QUndoStack>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -45,7 +47,8 @@ class QNBPrefPanePref final : public QObject,
                               public PreferencePane,
                               public OutlineViewDataSource,
                               public TableViewDelegate,
-                              public QNBHoverButtonDelegate
+                              public QNBHoverButtonDelegate,
+                              private QNBEditObserver
 {
     Q_DECLARE_TR_FUNCTIONS(QNBPrefPanePref)
 
@@ -92,6 +95,10 @@ public:
     void openHelpWebsite();
     void observeValueForKeyPath(const QString &keyPath);
 
+    /// Take back and make again what the user did, step by step; presets that are concerned get selected.
+    void undo();
+    void redo();
+
     /// Appends a preset without a tree, selects it and starts editing its label.
     void addPreset();
 
@@ -137,10 +144,26 @@ private:
     void writePreferences();
     void notifyPresetsChanged();
 
+    // History
+    void setUpHistory();
+    void presetWillBeEditedAgain(const QNBPresetRecordPtr &preset) override;
+    void childWasInserted(const QNBHierarchyItemPtr &parent, std::size_t index) override;
+    void childWasRemoved(const QNBHierarchyItemPtr &parent, std::size_t index) override;
+    void itemsDidChange(const QNBHierarchyItem::Children &items) override;
+    void itemWasEditedAgain(const QNBHierarchyItemPtr &item) override;
+    /// What the outline calls \a item: null for the root.
+    OutlineItem outlineItem(const QNBHierarchyItemPtr &item) const;
+    void revealItem(const QNBHierarchyItemPtr &item);
+
     // Selected preset
     void updateSelectionShadow();
+    void presetValueDidChange(int index, const QString &key);
+    void showEmptyState();
     void showDescription();
+    QString descriptionText() const;
     void descriptionTextDidChange();
+    /// What is typed from now on is another step of the history.
+    void descriptionTypingDidEnd() { ++_descriptionTyping; }
     void fullyExpandHierarchy();
     QNBHierarchyItemPtr selectedHierarchyItem() const;
     const QNBHierarchyItem *itemOrRoot(const OutlineItem &item) const;
@@ -154,6 +177,8 @@ private:
     bool _isSelected = false;
     bool _lastSaveFailed = false;
     bool _descriptionPaneIsPlaced = false;
+    int _descriptionTyping = 0;
+    int _descriptionParagraphs = 0;
     QIcon _folderIcon;
     QIcon _fileIcon;
 
@@ -198,7 +223,19 @@ private:
     QWidget *_colorRow = nullptr;
     QWidget *_permissionsGrid = nullptr;
     QLabel *_productName = nullptr;
+    QWidget *_presetsTab = nullptr;
     QPushButton *_addPresetButton = nullptr;
+    QPushButton *_removePresetButton = nullptr;
+    QPushButton *_presetActionsButton = nullptr;
+    QPushButton *_addFileButton = nullptr;
+    QPushButton *_addFolderButton = nullptr;
+    QPushButton *_itemActionsButton = nullptr;
+    QPushButton *_scriptButton = nullptr;
+    QMenu *_presetActionsMenu = nullptr;
+    QMenu *_itemActionsMenu = nullptr;
+    QMenu *_fileContentMenu = nullptr;
+    QAction *_undoAction = nullptr;
+    QAction *_redoAction = nullptr;
     QPushButton *_helpButton = nullptr;
     QCheckBox *_descriptionToggle = nullptr;
 
@@ -208,4 +245,8 @@ private:
     QNBHierarchyItemPtr _rootPresetHierarchyItem;
     bool showMenubar = true;
     QNBKeyCombo shortcutCombo;
+
+    /// Every change of presets, their trees and their order, one step per action of the user. Its commands
+    /// act through the controller and this object: the first to go.
+    QUndoStack _history;
 };

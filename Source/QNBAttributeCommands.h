@@ -1,0 +1,59 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "Source/QNBEditCommand.h"
+
+#include <utility>
+#include <vector>
+
+/// One text attribute of an item: its name, its colour label, its content file.
+class QNBSetItemTextCommand final : public QNBEditCommand
+{
+public:
+    struct Attribute
+    {
+        const QString &(QNBHierarchyItem::*get)() const;
+        void (QNBHierarchyItem::*set)(const QString &);
+    };
+    static constexpr Attribute filename{&QNBHierarchyItem::filename, &QNBHierarchyItem::setFilename};
+    static constexpr Attribute colorName{&QNBHierarchyItem::colorName, &QNBHierarchyItem::setColorName};
+    static constexpr Attribute contentFilename{&QNBHierarchyItem::contentFilename,
+                                               &QNBHierarchyItem::setContentFilename};
+
+    QNBSetItemTextCommand(QNBEditObserver &observer, QNBPresetRecordPtr preset, QNBHierarchyItemPtr item,
+                          const Attribute &attribute, const QString &value, const QString &text);
+
+private:
+    void apply() override { set(newValue_); }
+    void revert() override { set(oldValue_); }
+    QNBHierarchyItemPtr itemAfterApplying() const override { return item_; }
+    QNBHierarchyItemPtr itemAfterReverting() const override { return item_; }
+    void set(const QString &value) const;
+
+    QNBHierarchyItemPtr item_;
+    Attribute attribute_;
+    QString oldValue_;
+    QString newValue_;
+};
+
+/// The permissions of one item or, all the same, of many.
+class QNBSetPermissionsCommand final : public QNBEditCommand
+{
+public:
+    /// The first of \a items, of which there is at least one, is the one that the user chose.
+    QNBSetPermissionsCommand(QNBEditObserver &observer, QNBPresetRecordPtr preset,
+                             QNBHierarchyItem::Children items, QVariantMap permissions, const QString &text);
+
+private:
+    void apply() override;
+    void revert() override;
+    QNBHierarchyItemPtr itemAfterApplying() const override { return items_.front(); }
+    QNBHierarchyItemPtr itemAfterReverting() const override { return items_.front(); }
+
+    QNBHierarchyItem::Children items_;
+    /// Runs of items with the same permissions: how many, and which.
+    std::vector<std::pair<std::size_t, QVariantMap>> oldPermissions_;
+    QVariantMap newPermissions_;
+};

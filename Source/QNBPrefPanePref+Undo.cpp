@@ -1,0 +1,107 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Source/QNBPrefPanePref.h"
+
+#include "Toolkit/ArrayController.h"
+#include "Toolkit/OutlineView.h"
+
+#include <QAction>
+#include <QPlainTextEdit>
+
+void QNBPrefPanePref::setUpHistory()
+{
+    const auto connectStep = [this](QAction *action, void (QNBPrefPanePref::*step)()) {
+        // Where there are presets to be seen; not on the other tabs.
+        action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
+        _presetsTab->addAction(action);
+        action->setEnabled(false);
+        connect(action, &QAction::triggered, this, step);
+    };
+    connectStep(_undoAction, &QNBPrefPanePref::undo);
+    connectStep(_redoAction, &QNBPrefPanePref::redo);
+    connect(&_history, &QUndoStack::canUndoChanged, _undoAction, &QAction::setEnabled);
+    connect(&_history, &QUndoStack::canRedoChanged, _redoAction, &QAction::setEnabled);
+    connect(&_history, &QUndoStack::undoTextChanged, this, [this](const QString &step) {
+        _undoAction->setText(step.isEmpty() ? tr("&Undo") : tr("&Undo %1").arg(step));
+    });
+    connect(&_history, &QUndoStack::redoTextChanged, this, [this](const QString &step) {
+        _redoAction->setText(step.isEmpty() ? tr("&Redo") : tr("&Redo %1").arg(step));
+    });
+    connect(_ui_presetListController, &ArrayController::objectChanged, this,
+            &QNBPrefPanePref::presetValueDidChange);
+
+    // The description's typing is part of the one history.
+    _ui_presetDescription->setUndoRedoEnabled(false);
+    _ui_presetDescription->installEventFilter(this);
+}
+
+void QNBPrefPanePref::undo()
+{
+    endEditing();
+    _history.undo();
+}
+
+void QNBPrefPanePref::redo()
+{
+    endEditing();
+    _history.redo();
+}
+
+void QNBPrefPanePref::presetWillBeEditedAgain(const QNBPresetRecordPtr &preset)
+{
+    _ui_presetListController->setSelectionIndex(
+        static_cast<int>(_ui_presetListController->arrangedObjects().indexOf(preset)));
+}
+
+void QNBPrefPanePref::childWasInserted(const QNBHierarchyItemPtr &parent, std::size_t)
+{
+    _ui_presetHierarchyView->reloadItem(outlineItem(parent), true);
+    showEmptyState();
+}
+
+void QNBPrefPanePref::childWasRemoved(const QNBHierarchyItemPtr &parent, std::size_t)
+{
+    _ui_presetHierarchyView->reloadItem(outlineItem(parent), true);
+    showEmptyState();
+}
+
+void QNBPrefPanePref::itemsDidChange(const QNBHierarchyItem::Children &items)
+{
+    for (const QNBHierarchyItemPtr &item : items)
+        _ui_presetHierarchyView->reloadItem(item, false);
+}
+
+void QNBPrefPanePref::itemWasEditedAgain(const QNBHierarchyItemPtr &item)
+{
+    revealItem(item);
+    // The item may have been selected all along.
+    outlineViewSelectionDidChange(*_ui_presetHierarchyView);
+}
+
+OutlineItem QNBPrefPanePref::outlineItem(const QNBHierarchyItemPtr &item) const
+{
+    return item == _rootPresetHierarchyItem ? OutlineItem() : item;
+}
+
+void QNBPrefPanePref::revealItem(const QNBHierarchyItemPtr &item)
+{
+    if (!outlineItem(item))
+        return;
+    QNBHierarchyItem::Children ancestors;
+    for (QNBHierarchyItemPtr parent = item->parent(); outlineItem(parent); parent = parent->parent())
+        ancestors.push_back(parent);
+    for (auto ancestor = ancestors.crbegin(); ancestor != ancestors.crend(); ++ancestor)
+        _ui_presetHierarchyView->expandItem(*ancestor);
+    _ui_presetHierarchyView->selectRow(_ui_presetHierarchyView->rowForItem(item));
+}
+
+void QNBPrefPanePref::presetValueDidChange(int index, const QString &key)
+{
+    const bool isShown = index == _ui_presetListController->selectionIndex();
+    if (!isShown || key != QNBPresetKey::presetDescription)
+        return;
+    // Not while it is being typed, which would move the cursor.
+    if (descriptionText() != _selectedItem->valueForKey(key).toString())
+        showDescription();
+}
