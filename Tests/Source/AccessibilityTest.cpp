@@ -1,0 +1,160 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "PaneFixture.h"
+
+#include <QAbstractButton>
+#include <QAccessible>
+#include <QLabel>
+#include <QMenu>
+#include <QTabWidget>
+#include <QTest>
+#include <string>
+#include <vector>
+
+namespace {
+
+/// What a person who cannot see the screen would stumble over, in words.
+class Complaints
+{
+public:
+    void walk(QAccessibleInterface *root)
+    {
+        struct Place
+        {
+            QAccessibleInterface *object;
+            QString path;
+        };
+        std::vector<Place> pending{{root, describe(*root)}};
+        while (!pending.empty()) {
+            const Place place = pending.back();
+            pending.pop_back();
+            ++seen_;
+            judge(*place.object, place.path);
+            QHash<QString, QString> siblings;
+            for (int index = 0; index < place.object->childCount(); ++index) {
+                QAccessibleInterface *child = place.object->child(index);
+                if (!child || !child->isValid() || child->state().invisible)
+                    continue;
+                const QString path = QStringLiteral("%1 > %2").arg(place.path, describe(*child));
+                const QString name = child->text(QAccessible::Name);
+                if (!name.isEmpty() && siblings.contains(name))
+                    complaints_ << QStringLiteral("%1 is called like %2").arg(path, siblings.value(name));
+                siblings.insert(name, path);
+                pending.push_back({child, path});
+            }
+        }
+    }
+
+    int seen() const { return seen_; }
+    std::string text() const { return complaints_.join(u'\n').toStdString(); }
+
+private:
+    static QString describe(const QAccessibleInterface &object)
+    {
+        const QString role = QString::fromLatin1(qAccessibleRoleString(object.role()));
+        const QString id = object.object() ? object.object()->objectName() : QString();
+        return QStringLiteral("%1 \"%2\" %3").arg(role, object.text(QAccessible::Name), id);
+    }
+
+    void judge(const QAccessibleInterface &object, const QString &path)
+    {
+        const auto *widget = qobject_cast<QWidget *>(object.object());
+        const bool isReached = object.state().focusable && !(widget && widget->focusProxy());
+        if (isReached && object.text(QAccessible::Name).trimmed().isEmpty())
+            complaints_ << QStringLiteral("%1 has no name").arg(path);
+        const QAccessible::Role role = object.role();
+        if (isReached && (role == QAccessible::NoRole || role == QAccessible::Client ||
+                          role == QAccessible::Pane || role == QAccessible::Grouping))
+            complaints_ << QStringLiteral("%1 can be reached, but has no role").arg(path);
+    }
+
+    QStringList complaints_;
+    int seen_ = 0;
+};
+
+class Accessibility : public PaneFixture
+{
+protected:
+    void SetUp() override
+    {
+        store({preset(QStringLiteral("First"), {QStringLiteral("folder/"), QStringLiteral("file")}),
+               preset(QStringLiteral("Second"))});
+        openPane();
+    }
+};
+
+} // namespace
+
+TEST_F(Accessibility, EveryControlOfEveryTabHasANameOfItsOwnAndARole)
+{
+    auto *tabs = outlet<QTabWidget>(QStringLiteral("_tabs"));
+    ASSERT_EQ(tabs->count(), 3);
+    for (int tab = 0; tab < tabs->count(); ++tab) {
+        tabs->setCurrentIndex(tab);
+        Complaints complaints;
+        complaints.walk(QAccessible::queryAccessibleInterface(view.get()));
+        EXPECT_EQ(complaints.text(), "") << tab;
+        EXPECT_GT(complaints.seen(), 10) << tab;
+    }
+}
+
+TEST_F(Accessibility, EveryEntryOfEveryMenuHasANameOfItsOwn)
+{
+    const QList<QMenu *> menus = view->findChildren<QMenu *>();
+    ASSERT_GE(menus.size(), 5);
+    outline().selectRow(2);
+    for (QMenu *menu : menus) {
+        menu->popup(view->mapToGlobal(QPoint(0, 0)));
+        Complaints complaints;
+        complaints.walk(QAccessible::queryAccessibleInterface(menu));
+        EXPECT_EQ(complaints.text(), "") << qPrintable(menu->title());
+        EXPECT_GE(complaints.seen(), 3) << qPrintable(menu->title());
+        menu->close();
+    }
+}
+
+TEST_F(Accessibility, ALargeFontClipsNothing)
+{
+    QFont font = view->font();
+    font.setPointSize(14);
+    view->setFont(font);
+    auto *tabs = outlet<QTabWidget>(QStringLiteral("_tabs"));
+    for (int tab = 0; tab < tabs->count(); ++tab) {
+        tabs->setCurrentIndex(tab);
+        QCoreApplication::sendPostedEvents();
+        view->resize(view->minimumSizeHint());
+        QCoreApplication::sendPostedEvents();
+        int judged = 0;
+        for (const QWidget *widget : tabs->currentWidget()->findChildren<QWidget *>()) {
+            const bool hasText =
+                qobject_cast<const QAbstractButton *>(widget) ||
+                (qobject_cast<const QLabel *>(widget) && !qobject_cast<const QLabel *>(widget)->wordWrap());
+            if (!hasText || !widget->isVisible())
+                continue;
+            ++judged;
+            EXPECT_GE(widget->width(), widget->minimumSizeHint().width()) << qPrintable(widget->objectName());
+            EXPECT_GE(widget->height(), widget->minimumSizeHint().height())
+                << qPrintable(widget->objectName());
+            const QRect place(widget->mapTo(view.get(), QPoint()), widget->size());
+            EXPECT_TRUE(view->rect().contains(place)) << qPrintable(widget->objectName());
+        }
+        EXPECT_GT(judged, 2) << tab;
+    }
+}
+
+TEST_F(Accessibility, TabReachesEveryControlAndComesBackAround)
+{
+    QWidget *start = outlet<QWidget>(QStringLiteral("_ui_presetListView"));
+    start->setFocus();
+    QStringList reached;
+    do {
+        reached << view->focusWidget()->objectName();
+        ASSERT_LT(reached.size(), 50);
+        QTest::keyClick(view->focusWidget(), Qt::Key_Tab);
+    } while (view->focusWidget() != start);
+    for (const char *name : {"_ui_presetDescription", "_addPresetButton", "_removePresetButton",
+                             "_presetActionsButton", "_descriptionToggle", "_ui_presetHierarchyView",
+                             "_addFileButton", "_addFolderButton", "_itemActionsButton", "_scriptButton"})
+        EXPECT_TRUE(reached.contains(QString::fromLatin1(name))) << name;
+}
