@@ -15,12 +15,12 @@ bool QNBPrefPanePref::tableViewValidateValue(TableView &, QVariant &value, const
 
 void QNBPrefPanePref::addPreset()
 {
-    QSet<QString> taken;
+    QNBUniqueNameSearch search(tr("Untitled Preset"), {});
     for (const ArrayController::Object &object : _ui_presetListController->arrangedObjects())
-        taken.insert(object->valueForKey(QNBPresetKey::label).toString().toLower());
+        search.addTaken(object->valueForKey(QNBPresetKey::label).toString());
 
     const auto record = std::make_shared<QNBPresetRecord>();
-    record->setValueForKey(QNBUniqueName(tr("Untitled Preset"), {}, taken), QNBPresetKey::label);
+    record->setValueForKey(search.uniqueName(), QNBPresetKey::label);
     _history.push(new QNBInsertPresetsCommand(
         *_ui_presetListController, {record},
         static_cast<int>(_ui_presetListController->arrangedObjects().size()), tr("New Preset")));

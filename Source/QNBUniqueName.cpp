@@ -3,11 +3,109 @@
 
 #include "Source/QNBUniqueName.h"
 
-QString QNBUniqueName(const QString &base, const QString &extension, const QSet<QString> &takenLowerCase)
+#include "Platform/PathExtension.h"
+#include "Source/QNBHierarchyItem.h"
+
+#include <QVarLengthArray>
+#include <optional>
+
+namespace {
+
+constexpr QChar separator = u'-';
+
+/// A name in lower case, without an allocation for most.
+class LowerCase
 {
-    const QString suffix = extension.isEmpty() ? QString() : u'.' + extension;
-    QString candidate = base + suffix;
-    for (int counter = 1; takenLowerCase.contains(candidate.toLower()); ++counter)
-        candidate = base + u'-' + QString::number(counter) + suffix;
-    return candidate;
+public:
+    explicit LowerCase(const QString &name)
+    {
+        char16_t all = 0;
+        ascii_.resize(name.size());
+        std::transform(name.begin(), name.end(), ascii_.begin(), [&all](QChar character) {
+            const char16_t c = character.unicode();
+            all |= c;
+            return c >= u'A' && c <= u'Z' ? static_cast<char16_t>(c + (u'a' - u'A')) : c;
+        });
+        constexpr char16_t firstBeyondAscii = 0x80;
+        if (all >= firstBeyondAscii)
+            other_ = name.toLower();
+    }
+
+    QStringView view() const { return other_.isNull() ? QStringView(ascii_) : QStringView(other_); }
+
+private:
+    QVarLengthArray<char16_t, 128> ascii_;
+    QString other_;
+};
+
+/// A number as the counter is written: no sign, no leading zero, above zero. There are never as many names
+/// as it takes to make one of more than nine digits count.
+std::optional<std::uint32_t> counterIn(QStringView text)
+{
+    constexpr qsizetype mostDigits = 9;
+    if (text.isEmpty() || text.size() > mostDigits || text.front() == u'0')
+        return std::nullopt;
+    std::uint32_t number = 0;
+    for (const QChar c : text) {
+        if (c < u'0' || c > u'9')
+            return std::nullopt;
+        number = number * 10 + (c.unicode() - u'0');
+    }
+    return number;
+}
+
+} // namespace
+
+QNBUniqueNameSearch::QNBUniqueNameSearch(const QString &base, const QString &extension)
+    : base_(base)
+    , suffix_(extension.isEmpty() ? QString() : u'.' + extension)
+    , plain_((base_ + suffix_).toLower())
+    , prefix_((base_ + separator).toLower())
+    // Not the suffix alone: QString::toLower() treats lone surrogates after what stands before them.
+    , tail_((base_ + separator + u'1' + suffix_).toLower().sliced(prefix_.size() + 1))
+{
+}
+
+void QNBUniqueNameSearch::addTaken(const QString &name)
+{
+    const LowerCase lowerCase(name);
+    const QStringView lower = lowerCase.view();
+    if (lower.startsWith(prefix_) && lower.endsWith(tail_)) {
+        const qsizetype digits = lower.size() - prefix_.size() - tail_.size();
+        if (const auto number = digits > 0 ? counterIn(lower.sliced(prefix_.size(), digits)) : std::nullopt)
+            takenNumbers_.push_back(*number);
+    }
+    isPlainTaken_ = isPlainTaken_ || (!lower.isEmpty() && lower == plain_);
+}
+
+QString QNBUniqueNameSearch::uniqueName() const
+{
+    if (!isPlainTaken_)
+        return base_ + suffix_;
+    // So many numbers leave one free that is at most one above how many they are.
+    std::vector<bool> isTaken(takenNumbers_.size() + 2);
+    for (const std::uint32_t number : takenNumbers_) {
+        if (number < isTaken.size())
+            isTaken[number] = true;
+    }
+    const auto firstFree = std::find(isTaken.begin() + 1, isTaken.end(), false);
+    return base_ + separator + QString::number(firstFree - isTaken.begin()) + suffix_;
+}
+
+QString uniqueNameForLevel(const QNBHierarchyItem &level, const QString &baseName,
+                           const QNBHierarchyItem *forItem, const QString &extension)
+{
+    QNBUniqueNameSearch search(baseName, extension);
+    for (const QNBHierarchyItemPtr &child : level.children()) {
+        if (!forItem || !child->isEqualTo(*forItem))
+            search.addTaken(child->filename());
+    }
+    return search.uniqueName();
+}
+
+QString uniqueNameForFilename(const QString &filename, const QNBHierarchyItem &level,
+                              const QNBHierarchyItem *forItem)
+{
+    return uniqueNameForLevel(level, stringByDeletingPathExtension(filename), forItem,
+                              pathExtension(filename));
 }
