@@ -10,6 +10,7 @@
 #include <QFileInfo>
 #include <QLoggingCategory>
 
+#include <algorithm>
 #include <link.h>
 
 namespace {
@@ -21,6 +22,17 @@ const QString resourceFolder = QStringLiteral("/Contents/Resources");
 const QString codeFolder = QStringLiteral("/Contents/MacOS");
 const QString identifierKey = QStringLiteral("CFBundleIdentifier");
 const QString executableKey = QStringLiteral("CFBundleExecutable");
+
+const QString applicationSuffix = QStringLiteral("app");
+const QStringList bundleSuffixes = {applicationSuffix, QStringLiteral("bundle"), QStringLiteral("plugin"),
+                                    QStringLiteral("framework")};
+const QStringList bundleContents = {QStringLiteral("/Contents"), QStringLiteral("/AppDir")};
+
+/// Of a path that may end in a slash.
+QString bundleSuffix(const QString &path)
+{
+    return QFileInfo(QDir::cleanPath(path)).suffix().toLower();
+}
 
 int appendPathOfObject(dl_phdr_info *info, size_t, void *paths)
 {
@@ -48,6 +60,20 @@ std::optional<Bundle> Bundle::bundleWithPath(const QString &path)
     if (!information.isFile() || !information.isReadable())
         return std::nullopt;
     return Bundle(absolute);
+}
+
+bool Bundle::isBundle(const QString &path)
+{
+    if (bundleWithPath(path))
+        return true;
+    return bundleSuffixes.contains(bundleSuffix(path)) &&
+           std::any_of(bundleContents.begin(), bundleContents.end(),
+                       [&path](const QString &folder) { return QFileInfo(path + folder).isDir(); });
+}
+
+bool Bundle::isApplicationBundle(const QString &path)
+{
+    return bundleSuffix(path) == applicationSuffix && isBundle(path);
 }
 
 QList<Bundle> Bundle::allBundles()

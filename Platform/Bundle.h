@@ -16,6 +16,13 @@ public:
     /// The bundle at \a path, or none if that is no directory with a readable `Contents/Info.plist`.
     static std::optional<Bundle> bundleWithPath(const QString &path);
 
+    /// Whether \a path is a directory that users take for one thing: one that bundleWithPath() opens, or one
+    /// that is named like a bundle (.app, .bundle, .plugin, .framework) and has a folder `Contents` or
+    /// `AppDir`.
+    static bool isBundle(const QString &path);
+    /// Whether it is such a thing that is named like an application.
+    static bool isApplicationBundle(const QString &path);
+
     /// The bundles of which code is mapped into this process, in the dynamic loader's order: found by asking
     /// the loader, so that the host and the panes it loads agree without sharing state.
     static QList<Bundle> allBundles();

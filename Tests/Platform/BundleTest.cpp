@@ -63,6 +63,48 @@ TEST_F(BundleTest, AFolderWithoutInformationIsNoBundle)
     EXPECT_FALSE(Bundle::bundleWithPath(bundlePath()));
 }
 
+TEST_F(BundleTest, ADirectoryNamedLikeABundleNeedsSomethingInside)
+{
+    const QTemporaryDir folder;
+    const auto make = [&folder](const char *name) {
+        const QString path = folder.filePath(QString::fromUtf8(name));
+        EXPECT_TRUE(QDir().mkpath(path));
+        return path;
+    };
+    for (const char *name : {"A.app", "A.bundle", "A.plugin", "A.framework", "A.APP"}) {
+        const QString path = make(name);
+        EXPECT_FALSE(Bundle::isBundle(path)) << name;
+        make((std::string(name) + "/Contents").c_str());
+        EXPECT_TRUE(Bundle::isBundle(path)) << name;
+        EXPECT_TRUE(Bundle::isBundle(path + u'/')) << name;
+    }
+    const QString application = make("B.app");
+    make("B.app/AppDir");
+    EXPECT_TRUE(Bundle::isBundle(application));
+    EXPECT_TRUE(Bundle::isApplicationBundle(application));
+    EXPECT_FALSE(Bundle::isApplicationBundle(make("A.plugin")));
+
+    const QString other = make("Folder");
+    make("Folder/Contents");
+    EXPECT_FALSE(Bundle::isBundle(other));
+    EXPECT_FALSE(Bundle::isBundle(make("app")));
+    EXPECT_FALSE(Bundle::isBundle({}));
+    EXPECT_FALSE(Bundle::isBundle(folder.filePath(QStringLiteral("missing.app"))));
+}
+
+TEST_F(BundleTest, ADirectoryWithBundleInformationIsABundleWhateverItsName)
+{
+    writeInformation(usualInformation);
+    EXPECT_TRUE(Bundle::isBundle(bundlePath()));
+    EXPECT_FALSE(Bundle::isApplicationBundle(bundlePath()));
+}
+
+TEST_F(BundleTest, AFileNamedLikeABundleIsNone)
+{
+    write(QStringLiteral("file.app"), "no directory");
+    EXPECT_FALSE(Bundle::isBundle(bundlePath() + QStringLiteral("/file.app")));
+}
+
 TEST_F(BundleTest, TellsItsInformation)
 {
     writeInformation(usualInformation + "<key>Number</key><integer>7</integer>");
