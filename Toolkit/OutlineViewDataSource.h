@@ -3,8 +3,10 @@
 
 #pragma once
 
+#include "Toolkit/DraggingInfo.h"
 #include "Toolkit/ViewCell.h"
 
+#include <QList>
 #include <QVariant>
 #include <memory>
 
@@ -39,4 +41,28 @@ public:
     }
     virtual void outlineViewWillDisplayCell(OutlineView &, ViewCell &, int /*column*/, const OutlineItem &) {}
     virtual void outlineViewSelectionDidChange(OutlineView &) {}
+    /// The user pressed the key that deletes, with \a row selected.
+    virtual void outlineViewDeleteRowRequested(OutlineView &, int /*row*/) {}
+
+    /// Writes what is dragged when \a items are; false if they cannot be dragged.
+    virtual bool outlineViewWriteItemsToPasteboard(OutlineView &, const QList<OutlineItem> & /*items*/,
+                                                   Pasteboard &)
+    {
+        return false;
+    }
+    /// What dropping there would do; DragOperation::None refuses. Asked again for every step of the drag.
+    /// \a childIndex is where among the children of \a proposedItem, or dropOnItem for the item itself.
+    virtual DragOperations outlineViewValidateDrop(OutlineView &, const DraggingInfo &,
+                                                   const OutlineItem & /*proposedItem*/, int /*childIndex*/)
+    {
+        return DragOperation::None;
+    }
+    /// Whether the drop was taken. Items are added, moved and removed by whoever answers, never by the view.
+    virtual bool outlineViewAcceptDrop(OutlineView &, const DraggingInfo &, const OutlineItem & /*item*/,
+                                       int /*childIndex*/)
+    {
+        return false;
+    }
+
+    static constexpr int dropOnItem = -1;
 };

@@ -10,6 +10,13 @@
 
 #include <QHeaderView>
 
+void TableViewDelegate::tableViewSetObjectValue(TableView &tableView, const QVariant &value,
+                                                const TableColumn &column, int row)
+{
+    if (ArrayController *controller = tableView.controller())
+        controller->setValueForKey(value, column.key, row);
+}
+
 TableView::TableView(QWidget *parent)
     : QTreeView(parent)
     , model_(new TableViewModel(*this))
@@ -64,6 +71,11 @@ void TableView::setController(ArrayController *controller)
         connect(controller, &ArrayController::selectionChanged, this, &TableView::showSelection);
     }
     showSelection();
+}
+
+ArrayController *TableView::controller() const
+{
+    return controller_;
 }
 
 int TableView::selectedRow() const

@@ -3,12 +3,15 @@
 
 #pragma once
 
+#include "Toolkit/DraggingInfo.h"
 #include "Toolkit/ViewCell.h"
 
 #include <QList>
 #include <QPointer>
 #include <QString>
+#include <QStringList>
 #include <QTreeView>
+#include <QUrl>
 
 class ArrayController;
 class EditingDelegate;
@@ -26,6 +29,13 @@ struct TableColumn
     int width = 0;
 };
 
+/// Where a drop would go, from the row that is told with it.
+enum class TableDropOperation {
+    On,
+    /// Between that row and the one before; the number of rows stands for the end.
+    Above,
+};
+
 /// What a TableView asks of the code that it works for.
 class TableViewDelegate
 {
@@ -36,6 +46,39 @@ public:
     virtual bool tableViewValidateValue(TableView &, QVariant & /*value*/, const TableColumn &, int /*row*/)
     {
         return true;
+    }
+    /// An accepted value becomes the record's attribute; by default at once, through the array controller.
+    virtual void tableViewSetObjectValue(TableView &tableView, const QVariant &value,
+                                         const TableColumn &column, int row);
+
+    /// Writes what is dragged when \a rows are; false if they cannot be dragged. Whoever declares
+    /// PasteboardType::filesPromise is asked for the files once they are dropped outside of this process.
+    virtual bool tableViewWriteRowsWithIndexesToPasteboard(TableView &, const QList<int> & /*rows*/,
+                                                           Pasteboard &)
+    {
+        return false;
+    }
+    /// Writes the files that were promised for \a rows into the folder \a dropDestination and returns their
+    /// names. Called at most once for each drop.
+    virtual QStringList tableViewNamesOfPromisedFilesDroppedAtDestination(TableView &,
+                                                                          const QUrl & /*dropDestination*/,
+                                                                          const QList<int> & /*rows*/)
+    {
+        return {};
+    }
+    /// The name under which the promised file of \a row will probably be written, for programs that want to
+    /// know before they say where. Empty: the text of the row with the promised extension.
+    virtual QString tableViewProbableNameOfPromisedFile(TableView &, int /*row*/) { return {}; }
+    /// What dropping there would do; DragOperation::None refuses. Asked again for every step of the drag.
+    virtual DragOperations tableViewValidateDrop(TableView &, const DraggingInfo &, int /*proposedRow*/,
+                                                 TableDropOperation)
+    {
+        return DragOperation::None;
+    }
+    /// Whether the drop was taken. Rows are added, moved and removed by whoever answers, never by the view.
+    virtual bool tableViewAcceptDrop(TableView &, const DraggingInfo &, int /*row*/, TableDropOperation)
+    {
+        return false;
     }
 };
 
@@ -52,6 +95,7 @@ public:
     TableViewDelegate *delegate() const { return delegate_; }
     /// Not owned.
     void setController(ArrayController *controller);
+    ArrayController *controller() const;
 
     int selectedRow() const;
     /// Starts editing with the whole text selected.

@@ -79,7 +79,10 @@ bool TableViewModel::setData(const QModelIndex &index, const QVariant &value, in
     QVariant accepted = value;
     if (view_.delegate() && !view_.delegate()->tableViewValidateValue(view_, accepted, column, index.row()))
         return false;
-    controller_->setValueForKey(accepted, column.key, index.row());
+    if (view_.delegate())
+        view_.delegate()->tableViewSetObjectValue(view_, accepted, column, index.row());
+    else
+        controller_->setValueForKey(accepted, column.key, index.row());
     return true;
 }
 

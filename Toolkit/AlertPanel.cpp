@@ -1,0 +1,48 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Toolkit/AlertPanel.h"
+
+#include <QLabel>
+#include <QMessageBox>
+#include <QPointer>
+#include <QPushButton>
+
+AlertPanel::Answer AlertPanel::run(QWidget *parent) const
+{
+    // Held by a pointer because its window may go, and the box with it, while the user thinks.
+    const QPointer<QMessageBox> box = new QMessageBox(parent);
+    box->setWindowModality(parent ? Qt::WindowModal : Qt::ApplicationModal);
+    box->setIcon(QMessageBox::Warning);
+    box->setWindowTitle(title);
+    box->setAccessibleName(title);
+    box->setAccessibleDescription(message);
+    box->setText(title);
+    box->setInformativeText(message);
+    for (QLabel *label : box->findChildren<QLabel *>()) {
+        // A name that looks like markup is shown as it is.
+        label->setTextFormat(Qt::PlainText);
+        if (!label->text().isEmpty())
+            label->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    }
+
+    QPushButton *defaultOne = box->addButton(defaultButton, QMessageBox::AcceptRole);
+    QPushButton *alternate =
+        alternateButton.isEmpty() ? nullptr : box->addButton(alternateButton, QMessageBox::RejectRole);
+    QPushButton *other =
+        otherButton.isEmpty() ? nullptr : box->addButton(otherButton, QMessageBox::ActionRole);
+    box->setDefaultButton(defaultOne);
+    box->setEscapeButton(alternate ? alternate : defaultOne);
+
+    box->exec();
+    const QAbstractButton *clicked = box ? box->clickedButton() : alternate;
+    delete box;
+    if (other && clicked == other)
+        return Answer::Other;
+    return alternate && clicked != defaultOne ? Answer::Alternate : Answer::Default;
+}
+
+AlertPanel::Runner AlertPanel::runner()
+{
+    return [](QWidget *parent, const AlertPanel &alert) { return alert.run(parent); };
+}
