@@ -116,6 +116,7 @@ void QNBPrefPanePref::makeContextualMenu()
     addView(_permissionsGrid);
     connect(_ui_presetContextualMenu, &QMenu::aboutToShow, this,
             [this] { validateMenu(*_ui_presetContextualMenu); });
+    _ui_presetHierarchyView->setMenu(_ui_presetContextualMenu);
 }
 
 void QNBPrefPanePref::setUpColorButtons()

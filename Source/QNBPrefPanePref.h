@@ -7,6 +7,7 @@
 #include "Platform/Preferences.h"
 #include "Source/QNBEditCommand.h"
 #include "Source/QNBHoverButton.h"
+#include "Source/QNBOutlineViewAdditions.h"
 #include "Source/QNBSettingsStore.h"
 #include "Toolkit/OutlineViewDataSource.h"
 #include "Toolkit/PreferencePane.h"
@@ -184,7 +185,7 @@ private:
 
     TableView *_ui_presetListView = nullptr;
     ArrayController *_ui_presetListController = nullptr;
-    OutlineView *_ui_presetHierarchyView = nullptr;
+    QNBOutlineView *_ui_presetHierarchyView = nullptr;
     QLabel *_ui_hoveredColor = nullptr;
     QLabel *_ui_websiteLink = nullptr;
     QNBHoverButton *_ui_redButton = nullptr;

@@ -110,7 +110,7 @@ void OutlineView::editRow(int row)
     if (!index.isValid())
         return;
     scrollTo(index);
-    edit(index);
+    edit(index, AllEditTriggers, nullptr);
 }
 
 void OutlineView::endEditing()

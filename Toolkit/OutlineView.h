@@ -14,7 +14,7 @@ class OutlineViewModel;
 ///
 /// Items are asked for only where rows are expanded, all rows have one height, and nothing here walks a whole
 /// tree but what expands or reloads the whole of it: 100,000 rows are no burden.
-class OutlineView final : public QTreeView
+class OutlineView : public QTreeView
 {
 public:
     static constexpr int noRow = -1;
@@ -45,7 +45,7 @@ public:
     /// Selects that row alone; nothing if there is no such row.
     void selectRow(int row);
 
-    /// Starts editing with the whole text selected.
+    /// Starts editing with the whole text selected; nothing if the row is not there or not to be edited.
     void editRow(int row);
     /// Keeps what was typed so far.
     void endEditing();

@@ -5,6 +5,7 @@
 
 #include "Toolkit/OutlineViewDataSource.h"
 
+#include <QList>
 #include <QString>
 #include <memory>
 #include <vector>
@@ -54,12 +55,14 @@ public:
         return isEditable;
     }
     void outlineViewSelectionDidChange(OutlineView &) override { ++selectionChanges; }
+    void outlineViewDeleteRowRequested(OutlineView &, int row) override { rowsToDelete.append(row); }
 
     NodePtr root = std::make_shared<Node>();
     bool isEditable = false;
     int childrenAskedFor = 0;
     int valuesAskedFor = 0;
     int selectionChanges = 0;
+    QList<int> rowsToDelete;
 
 private:
     const Node &nodeOf(const OutlineItem &item) const
