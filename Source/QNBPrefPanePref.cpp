@@ -23,6 +23,8 @@ QNBPrefPanePref::Services QNBPrefPanePref::Services::standard()
         .openURL = [](const QUrl &url) { return Workspace::openURL(url); },
         .allBundles = [] { return Bundle::allBundles(); },
         .applicationSupportPath = QNBApplicationSupportPath(),
+        .runAlertPanel = AlertPanel::runner(),
+        .runFilePanel = FilePanel::runner(),
     };
 }
 

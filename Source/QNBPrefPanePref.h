@@ -9,6 +9,8 @@
 #include "Source/QNBHoverButton.h"
 #include "Source/QNBOutlineViewAdditions.h"
 #include "Source/QNBSettingsStore.h"
+#include "Toolkit/AlertPanel.h"
+#include "Toolkit/FilePanel.h"
 #include "Toolkit/OutlineViewDataSource.h"
 #include "Toolkit/PreferencePane.h"
 #include "Toolkit/TableView.h"
@@ -64,6 +66,8 @@ public:
         /// The bundles loaded in this process.
         std::function<QList<Bundle>()> allBundles;
         QString applicationSupportPath;
+        AlertPanel::Runner runAlertPanel;
+        FilePanel::Runner runFilePanel;
 
         /// The user's own.
         static Services standard();

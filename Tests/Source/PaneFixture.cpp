@@ -99,6 +99,20 @@ QNBPrefPanePref::Services PaneFixture::services()
                 return bundle ? QList<Bundle>{*bundle} : QList<Bundle>{};
             },
         .applicationSupportPath = path(QStringLiteral("support/Quenby")),
+        .runAlertPanel =
+            [this](QWidget *parent, const AlertPanel &alert) {
+                EXPECT_TRUE(parent && parent->window() == view->window()) << "in front of the pane's window";
+                alerts << alert;
+                EXPECT_FALSE(alertAnswers.isEmpty()) << qPrintable(alert.message);
+                return alertAnswers.isEmpty() ? AlertPanel::Answer::Alternate : alertAnswers.takeFirst();
+            },
+        .runFilePanel =
+            [this](QWidget *parent, const FilePanel &panel) {
+                EXPECT_TRUE(parent && parent->window() == view->window()) << "in front of the pane's window";
+                filePanels << panel;
+                EXPECT_FALSE(filePanelAnswers.isEmpty()) << qPrintable(panel.title);
+                return filePanelAnswers.isEmpty() ? QStringList() : filePanelAnswers.takeFirst();
+            },
     };
 }
 

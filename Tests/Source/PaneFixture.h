@@ -56,6 +56,12 @@ protected:
     QTemporaryDir home;
     QStringList notifications;
     QList<QUrl> openedURLs;
+    /// The alerts and file dialogs that the pane put, and what the next ones are answered; one without an
+    /// answer fails the test.
+    QList<AlertPanel> alerts;
+    QList<AlertPanel::Answer> alertAnswers;
+    QList<FilePanel> filePanels;
+    QList<QStringList> filePanelAnswers;
     std::unique_ptr<QNBPrefPanePref> pane;
     std::unique_ptr<QWidget> view;
     std::unique_ptr<QAbstractItemModelTester> listTester;

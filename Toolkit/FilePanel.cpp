@@ -1,0 +1,29 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Toolkit/FilePanel.h"
+
+#include <QFileDialog>
+#include <QPointer>
+
+QStringList FilePanel::run(QWidget *parent) const
+{
+    // Held by a pointer because its window may go, and the dialog with it, while the user looks around.
+    const QPointer<QFileDialog> dialog = new QFileDialog(parent, title, folder);
+    dialog->setWindowModality(parent ? Qt::WindowModal : Qt::ApplicationModal);
+    dialog->setFileMode(kind == Kind::Files ? QFileDialog::ExistingFiles : QFileDialog::Directory);
+    dialog->setOption(QFileDialog::ShowDirsOnly, kind == Kind::Folder);
+    dialog->setLabelText(QFileDialog::Accept, acceptButton);
+    if (!nameFilters.isEmpty())
+        dialog->setNameFilters(nameFilters);
+
+    const bool isAccepted = dialog->exec() == QDialog::Accepted && dialog;
+    const QStringList paths = isAccepted ? dialog->selectedFiles() : QStringList();
+    delete dialog;
+    return paths;
+}
+
+FilePanel::Runner FilePanel::runner()
+{
+    return [](QWidget *parent, const FilePanel &panel) { return panel.run(parent); };
+}
