@@ -3,6 +3,7 @@
 
 #include "Platform/Workspace.h"
 
+#include <QFileInfo>
 #include <QLoggingCategory>
 #include <QProcess>
 
@@ -45,4 +46,14 @@ bool Workspace::openURL(const QUrl &url)
         return false;
     }
     return true;
+}
+
+bool Workspace::openFile(const QString &path)
+{
+    const QFileInfo file(path);
+    if (!file.exists()) {
+        qCWarning(lcWorkspace) << "not opened, nothing is there:" << path;
+        return false;
+    }
+    return openURL(QUrl::fromLocalFile(file.absoluteFilePath()));
 }

@@ -14,4 +14,8 @@ namespace Workspace {
 /// of it is not waited for.
 bool openURL(const QUrl &url);
 
+/// The same for the file or folder at \a path; a folder is shown by the file manager. False also if nothing
+/// is there.
+bool openFile(const QString &path);
+
 } // namespace Workspace
