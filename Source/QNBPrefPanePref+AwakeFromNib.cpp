@@ -24,7 +24,6 @@ namespace {
 const QString selectionKeyPath = QStringLiteral("selection");
 const QString dragHandleImage = QStringLiteral("DragHandle");
 const QString dragHandleImageType = QStringLiteral("svg");
-const QString colorButtonKey = QStringLiteral("_ui_%1Button");
 const QString versionKey = QStringLiteral("CFBundleShortVersionString");
 const QString versionFormat = QStringLiteral("v%1");
 
@@ -124,7 +123,7 @@ void QNBPrefPanePref::setUpColorButtons()
     _hoverButtons.reserve(std::size(colorNames));
     for (const char *name : colorNames) {
         const QString title = QString::fromLatin1(name);
-        auto *button = dynamic_cast<QNBHoverButton *>(_outlets.value(colorButtonKey.arg(title)));
+        QNBHoverButton *button = colorButton(title);
         button->setTitle(title);
         button->setHoverAction(&QNBHoverButtonDelegate::colorLabelButtonHovered);
         _hoverButtons.append(button);

@@ -20,6 +20,30 @@ QString capitalized(const QString &name)
 
 } // namespace
 
+QNBHoverButton *QNBPrefPanePref::colorButton(const QString &name) const
+{
+    return dynamic_cast<QNBHoverButton *>(_outlets.value(QStringLiteral("_ui_%1Button").arg(name)));
+}
+
+void QNBPrefPanePref::updateColorLabelButtons()
+{
+    showColorName({});
+    _ui_clearColorButton->setState(Qt::Unchecked);
+    for (QNBHoverButton *button : std::as_const(_hoverButtons))
+        button->setStateWithNumber(0);
+
+    const QNBHierarchyItemPtr item = selectedHierarchyItem();
+    if (!item || item->colorName().isEmpty())
+        return;
+    // A preset that was written elsewhere may name a colour that is none of ours: no button is lit for it,
+    // and no name is shown that no button has.
+    QNBHoverButton *button = colorButton(item->colorName().toLower());
+    if (!button)
+        return;
+    button->setState(Qt::Checked);
+    showColorName(item->colorName());
+}
+
 void QNBPrefPanePref::colorLabelButtonHovered(QNBHoverButton &sender)
 {
     // When the pointer leaves, the name falls back to the selected item's own colour.
@@ -28,5 +52,10 @@ void QNBPrefPanePref::colorLabelButtonHovered(QNBHoverButton &sender)
         const QNBHierarchyItemPtr item = selectedHierarchyItem();
         name = item ? item->colorName() : QString();
     }
+    showColorName(name);
+}
+
+void QNBPrefPanePref::showColorName(const QString &name)
+{
     _ui_hoveredColor->setText(name.isEmpty() ? QString() : QStringLiteral("“%1”").arg(capitalized(name)));
 }

@@ -3,15 +3,13 @@
 
 #include "Source/QNBPrefPanePref.h"
 
+#include "Source/QNBInterfaceProperties.h"
 #include "Toolkit/OutlineView.h"
 
 #include <QAction>
 #include <QMenu>
 
 namespace {
-
-constexpr char actionProperty[] = "action";
-constexpr char tagProperty[] = "tag";
 
 const QString deleteSelectedItemAction = QStringLiteral("deleteSelectedItemInPresetHierarchy");
 const QString renameSelectedItemAction = QStringLiteral("renameSelectedItemInPresetHierarchy");
@@ -29,8 +27,8 @@ bool QNBPrefPanePref::validateMenuItem(const QObject &menuItem) const
 {
     const QNBHierarchyItemPtr selection = selectedHierarchyItem();
     const bool isFile = selection && !selection->isDirectory();
-    const QString action = menuItem.property(actionProperty).toString();
-    const int tag = menuItem.property(tagProperty).toInt();
+    const QString action = menuItem.property(QNBInterfaceProperty::action).toString();
+    const int tag = menuItem.property(QNBInterfaceProperty::tag).toInt();
 
     if (action == deleteSelectedItemAction || action == renameSelectedItemAction)
         return selection != nullptr;

@@ -43,6 +43,12 @@ void QNBPrefPanePref::outlineViewWillDisplayCell(OutlineView &outlineView, ViewC
     cell.image = icon;
 }
 
+void QNBPrefPanePref::outlineViewSelectionDidChange(OutlineView &)
+{
+    updatePermissionCheckboxes();
+    updateColorLabelButtons();
+}
+
 void QNBPrefPanePref::observeValueForKeyPath(const QString &)
 {
     updateSelectionShadow();

@@ -8,6 +8,7 @@
 #include "Source/QNBEditCommand.h"
 #include "Source/QNBHoverButton.h"
 #include "Source/QNBOutlineViewAdditions.h"
+#include "Source/QNBPermissions.h"
 #include "Source/QNBSettingsStore.h"
 #include "Toolkit/AlertPanel.h"
 #include "Toolkit/FilePanel.h"
@@ -119,11 +120,17 @@ public:
                                                   const OutlineItem &item) override;
     void outlineViewWillDisplayCell(OutlineView &outlineView, ViewCell &cell, int column,
                                     const OutlineItem &item) override;
+    void outlineViewSelectionDidChange(OutlineView &outlineView) override;
 
     bool tableViewValidateValue(TableView &tableView, QVariant &value, const TableColumn &column,
                                 int row) override;
 
+    /// Lights the button of the selected item's colour, and no other.
+    void updateColorLabelButtons();
     void colorLabelButtonHovered(QNBHoverButton &sender) override;
+
+    /// Shows the selected item's permissions; none without one.
+    void updatePermissionCheckboxes();
 
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
@@ -172,6 +179,14 @@ private:
     void fullyExpandHierarchy();
     QNBHierarchyItemPtr selectedHierarchyItem() const;
     const QNBHierarchyItem *itemOrRoot(const OutlineItem &item) const;
+
+    // Attributes of the selected item
+    using PermissionCheckboxes = std::array<QCheckBox *, QNBPermissions::numberOfBoxes>;
+    /// The button of the outlet that \a name makes, letter by letter; null if there is none.
+    QNBHoverButton *colorButton(const QString &name) const;
+    /// In typographic quotes; nothing for the empty name.
+    void showColorName(const QString &name);
+    PermissionCheckboxes permissionCheckboxes() const;
 
     Services _services;
     QPointer<QWidget> _mainView;

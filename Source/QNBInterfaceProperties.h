@@ -1,0 +1,14 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+/// What the interface description says of controls and menu items beyond their own properties.
+namespace QNBInterfaceProperty {
+
+/// The name of what a menu item does.
+inline constexpr char action[] = "action";
+/// An integer that tells items with the same action, or checkboxes of one kind, apart.
+inline constexpr char tag[] = "tag";
+
+} // namespace QNBInterfaceProperty
