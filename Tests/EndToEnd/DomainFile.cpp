@@ -6,6 +6,7 @@
 #include "Tests/Session/ChildProcess.h"
 
 #include <QFile>
+#include <QTemporaryFile>
 
 #include <sys/stat.h>
 
@@ -35,6 +36,28 @@ QByteArray DomainFile::differences() const
     if (!checker.waitForEnd())
         return "the check does not end";
     return checker.hasReturned(0) ? QByteArray() : checker.output() + checker.errors();
+}
+
+QByteArray DomainFile::differences(const QByteArray &expected, const QByteArray &found)
+{
+    QTemporaryFile files[2];
+    QStringList arguments = {script, QStringLiteral("compare")};
+    for (int index = 0; index < 2; ++index) {
+        if (!files[index].open() || files[index].write(index == 0 ? expected : found) < 0 ||
+            !files[index].flush())
+            return "the contents cannot be written";
+        arguments.append(files[index].fileName());
+    }
+    ChildProcess checker(python, arguments);
+    if (!checker.waitForEnd())
+        return "the comparison does not end";
+    return checker.hasReturned(0) ? QByteArray() : checker.output() + checker.errors();
+}
+
+QByteArray DomainFile::bytes() const
+{
+    QFile file(path_);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 QStringList DomainFile::labels() const

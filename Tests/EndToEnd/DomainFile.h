@@ -18,6 +18,9 @@ public:
     bool write(Form form) const;
     /// How the file differs from what a save must make of it; empty if in nothing.
     QByteArray differences() const;
+    /// How two contents of the file differ; empty if in nothing.
+    static QByteArray differences(const QByteArray &expected, const QByteArray &found);
+    QByteArray bytes() const;
     /// The presets' labels, in their order.
     QStringList labels() const;
     /// Changes with every save, for a save makes another file.

@@ -31,12 +31,8 @@ protected:
         other_ = std::make_unique<ChildProcess>(QStringLiteral("xev"),
                                                 QStringList{QStringLiteral("-name"), QStringLiteral("other")},
                                                 screen_.environmentFrom(session_.home().environment()));
-        ASSERT_TRUE(waitUntil([&] {
-            otherWindow_ = QString::fromLatin1(screen_.ask(
-                QStringLiteral("xdotool"), {QStringLiteral("search"), QStringLiteral("--onlyvisible"),
-                                            QStringLiteral("--name"), QStringLiteral("^other$")}));
-            return !otherWindow_.isEmpty();
-        }));
+        otherWindow_ = screen_.windowNamed(QStringLiteral("other"));
+        ASSERT_FALSE(otherWindow_.isEmpty());
         ASSERT_TRUE(screen_.activate(otherWindow_));
     }
     /// Types \a text at the end of the selected preset's label, which is still being edited then.

@@ -25,6 +25,7 @@ public:
     static bool waitUntilItCatchesSignals(const ChildProcess &host);
 
     TemporaryHome &home() { return home_; }
+    QString busAddress() const { return bus_.address(); }
     DomainFile &domain() { return domain_; }
     /// How often the helper was told.
     int notifications() { return listener_.count("QNBPresetConfigurationChangedNotification"); }

@@ -72,6 +72,18 @@ QString VirtualScreen::windowOf(qint64 pid) const
     return windows.isEmpty() ? QString() : windows.constLast();
 }
 
+QString VirtualScreen::windowNamed(const QString &title) const
+{
+    QString window;
+    waitUntil([&] {
+        window =
+            QString::fromLatin1(ask(xdotool, {QStringLiteral("search"), QStringLiteral("--onlyvisible"),
+                                              QStringLiteral("--name"), QStringLiteral("^%1$").arg(title)}));
+        return !window.isEmpty();
+    });
+    return window;
+}
+
 QString VirtualScreen::activeWindow() const
 {
     return QString::fromLatin1(ask(xdotool, {QStringLiteral("getactivewindow")}));

@@ -23,6 +23,8 @@ public:
     QStringList windowsOf(qint64 pid) const;
     /// The window of the process \a pid that the screen shows; waits for it. Empty if none comes.
     QString windowOf(qint64 pid) const;
+    /// The window with the title \a title, of whichever program; waits for it. Empty if none comes.
+    QString windowNamed(const QString &title) const;
     /// Activates a window as the user would, and waits until it has the focus.
     bool activate(const QString &window) const;
     QString activeWindow() const;

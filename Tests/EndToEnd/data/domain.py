@@ -5,6 +5,7 @@
 
 domain.py write xml|binary FILE    writes three presets and much that the pane does not know
 domain.py check FILE               says what differs after a save; nothing if all is well
+domain.py compare FILE OTHER       says what differs between two domains; nothing if they hold the same
 domain.py labels FILE              prints the presets' labels, a line each
 """
 
@@ -133,6 +134,11 @@ def check(path):
         yield "there is a uid somewhere"
 
 
+def compare(path, other):
+    with open(path, "rb") as one, open(other, "rb") as another:
+        yield from differences(plistlib.load(one), plistlib.load(another))
+
+
 def print_labels(path):
     with open(path, "rb") as file:
         for preset in plistlib.load(file)["QNBPresets"]:
@@ -146,7 +152,7 @@ def main(arguments):
     if arguments[0] == "labels":
         print_labels(arguments[1])
         return 0
-    found = list(check(*arguments[1:]))
+    found = list({"check": check, "compare": compare}[arguments[0]](*arguments[1:]))
     print("\n".join(found[:LONGEST_REPORT]))
     return 1 if found else 0
 
