@@ -4,6 +4,7 @@
 #include "Source/QNBPrefPanePref.h"
 
 #include "Source/QNBPaneLog.h"
+#include "Source/QNBPresetListNames.h"
 #include "Toolkit/ArrayController.h"
 #include "Toolkit/KeyComboRecorder.h"
 #include "Toolkit/OutlineView.h"
@@ -22,7 +23,6 @@
 namespace {
 
 const QString selectionKeyPath = QStringLiteral("selection");
-const QString dragHandleImage = QStringLiteral("DragHandle");
 const QString dragHandleImageType = QStringLiteral("svg");
 const QString versionKey = QStringLiteral("CFBundleShortVersionString");
 const QString versionFormat = QStringLiteral("v%1");
@@ -39,6 +39,9 @@ void QNBPrefPanePref::awakeFromNib()
     placeDetachedViews();
     setUpHistory();
     makePresetList();
+    _ui_presetHierarchyView->setDataSource(this);
+    connect(_ui_presetDescription, &QPlainTextEdit::textChanged, this,
+            &QNBPrefPanePref::descriptionTextDidChange);
     makeContextualMenu();
 
     updateSelectionShadow();
@@ -51,7 +54,8 @@ void QNBPrefPanePref::awakeFromNib()
 
     const std::optional<Bundle> bundle = ourBundle();
     if (bundle)
-        _images.insert(dragHandleImage, QIcon(bundle->pathForResource(dragHandleImage, dragHandleImageType)));
+        _images.insert(QNBDragHandleImage,
+                       QIcon(bundle->pathForResource(QNBDragHandleImage, dragHandleImageType)));
 
     setUpColorButtons();
 
@@ -86,21 +90,6 @@ void QNBPrefPanePref::placeDetachedViews()
         const QSignalBlocker blocker(_descriptionToggle);
         _descriptionToggle->setChecked(_leftColumnSplit->sizes().constLast() > 0);
     });
-}
-
-void QNBPrefPanePref::makePresetList()
-{
-    QList<ArrayController::Object> records(_presets.begin(), _presets.end());
-    _ui_presetListController->setContent(records);
-    _ui_presetListView->setColumns(
-        {{.identifier = QNBPresetKey::label, .key = QNBPresetKey::label, .isEditable = true}});
-    _ui_presetListView->setDelegate(this);
-    _ui_presetListView->setPlaceholderText(tr("No presets"));
-    _ui_presetListView->setController(_ui_presetListController);
-    _ui_presetHierarchyView->setDataSource(this);
-    connect(_addPresetButton, &QPushButton::clicked, this, &QNBPrefPanePref::addPreset);
-    connect(_ui_presetDescription, &QPlainTextEdit::textChanged, this,
-            &QNBPrefPanePref::descriptionTextDidChange);
 }
 
 void QNBPrefPanePref::makeContextualMenu()

@@ -106,6 +106,13 @@ QStringList QNBPrefPanePref::connectOutlets(QWidget &view)
     CONNECT(_presetActionsMenu);
     CONNECT(_itemActionsMenu);
     CONNECT(_fileContentMenu);
+    CONNECT(_addPresetAction);
+    CONNECT(_renamePresetAction);
+    CONNECT(_removePresetAction);
+    CONNECT(_movePresetUpAction);
+    CONNECT(_movePresetDownAction);
+    CONNECT(_importPresetsAction);
+    CONNECT(_exportPresetAction);
     CONNECT(_undoAction);
     CONNECT(_redoAction);
     CONNECT(_helpButton);

@@ -107,6 +107,14 @@ public:
 
     /// Appends a preset without a tree, selects it and starts editing its label.
     void addPreset();
+    /// Asks first.
+    void removeSelectedPresetAfterConfirmation();
+    void renameSelectedPreset();
+    void moveSelectedPresetUp();
+    void moveSelectedPresetDown();
+    /// Ask for the files and for the folder.
+    void importPresetsFromFiles();
+    void exportSelectedPreset();
 
     /// The value of \a key in our bundle's information property list; invalid if there is none.
     QVariant configValueForKey(const QString &key) const;
@@ -122,8 +130,22 @@ public:
                                     const OutlineItem &item) override;
     void outlineViewSelectionDidChange(OutlineView &outlineView) override;
 
+    bool tableViewWriteRowsWithIndexesToPasteboard(TableView &tableView, const QList<int> &rows,
+                                                   Pasteboard &pasteboard) override;
+    DragOperations tableViewValidateDrop(TableView &tableView, const DraggingInfo &info, int proposedRow,
+                                         TableDropOperation operation) override;
+    bool tableViewAcceptDrop(TableView &tableView, const DraggingInfo &info, int row,
+                             TableDropOperation operation) override;
+    QStringList tableViewNamesOfPromisedFilesDroppedAtDestination(TableView &tableView,
+                                                                  const QUrl &dropDestination,
+                                                                  const QList<int> &rows) override;
+    QString tableViewProbableNameOfPromisedFile(TableView &tableView, int row) override;
+    void tableViewWillDisplayCell(TableView &tableView, ViewCell &cell, const TableColumn &column,
+                                  int row) override;
     bool tableViewValidateValue(TableView &tableView, QVariant &value, const TableColumn &column,
                                 int row) override;
+    void tableViewSetObjectValue(TableView &tableView, const QVariant &value, const TableColumn &column,
+                                 int row) override;
 
     /// Lights the button of the selected item's colour, and no other.
     void updateColorLabelButtons();
@@ -146,10 +168,27 @@ private:
     // The interface description's parts that no description can hold
     void placeDetachedViews();
     void makeContextualMenu();
-    void makePresetList();
     void setUpColorButtons();
     void showWebsiteLink();
     void validateMenu(const QMenu &menu) const;
+
+    // Preset list
+    void makePresetList();
+    void setUpPresetActions();
+    void presetListDidChange();
+    /// Null if there is no such row.
+    QNBPresetRecordPtr presetAtRow(int row) const;
+    bool reorderPresets(const QByteArray &archivedIndex, int row);
+    void dropSelectedPresetAtRow(int row);
+    /// At once, or with a dialog that shows the progress if it takes long.
+    void importPresets(const QStringList &paths, int row);
+    void insertImportedPresets(const QList<QNBPresetRecordPtr> &presets, int row);
+
+    // Questions; whoever asks has to return at once if the pane was left for good before the answer.
+    /// None in that case.
+    std::optional<AlertPanel::Answer> answerTo(const AlertPanel &alert);
+    /// No paths in that case, or if the user cancels.
+    QStringList filesFor(const FilePanel &panel);
 
     // Settings
     void readPreferences();
@@ -199,6 +238,10 @@ private:
     bool _descriptionPaneIsPlaced = false;
     int _descriptionTyping = 0;
     int _descriptionParagraphs = 0;
+    /// What became of the last preset file; a drag has nobody to tell.
+    FileResult _lastExport;
+    /// Where the user took files from, or put them, last.
+    QString _exchangeFolder;
     QIcon _folderIcon;
     QIcon _fileIcon;
 
@@ -254,6 +297,13 @@ private:
     QMenu *_presetActionsMenu = nullptr;
     QMenu *_itemActionsMenu = nullptr;
     QMenu *_fileContentMenu = nullptr;
+    QAction *_addPresetAction = nullptr;
+    QAction *_renamePresetAction = nullptr;
+    QAction *_removePresetAction = nullptr;
+    QAction *_movePresetUpAction = nullptr;
+    QAction *_movePresetDownAction = nullptr;
+    QAction *_importPresetsAction = nullptr;
+    QAction *_exportPresetAction = nullptr;
     QAction *_undoAction = nullptr;
     QAction *_redoAction = nullptr;
     QPushButton *_helpButton = nullptr;

@@ -14,7 +14,7 @@ Q_LOGGING_CATEGORY(lcPresetFile, "quenby.presetfile")
 
 namespace {
 
-const QString fileNameFormat = QStringLiteral("%1.qnbp");
+const QString fileNameFormat = QStringLiteral("%1.%2");
 const QString nameOfUnnamed = QStringLiteral("QNB Preset");
 /// Like any document that a program saves: the user's umask takes from it what it does.
 constexpr int presetFileMode = 0666;
@@ -34,7 +34,7 @@ namespace QNBPresetFile {
 QString fileNameForLabel(const QString &label)
 {
     const QString safe = stringByDeletingFileSystemEntities(label);
-    return fileNameFormat.arg(safe.isEmpty() ? nameOfUnnamed : safe);
+    return fileNameFormat.arg(safe.isEmpty() ? nameOfUnnamed : safe, extension);
 }
 
 FileResult write(const QNBPresetRecord &record, const QString &folder, QString *fileName)

@@ -9,6 +9,8 @@
 /// Preset files: one preset record as a keyed archive, extension "qnbp".
 namespace QNBPresetFile {
 
+inline const QString extension = QStringLiteral("qnbp");
+
 /// The file name for a preset of this label: the label without characters that are unsafe in file names, or
 /// "QNB Preset" if nothing is left, with the extension.
 QString fileNameForLabel(const QString &label);

@@ -20,12 +20,14 @@ QNBInsertPresetsCommand::QNBInsertPresetsCommand(ArrayController &controller,
 
 void QNBInsertPresetsCommand::redo()
 {
+    const ArrayController::Changes changes(controller_);
     for (const QNBPresetRecordPtr &preset : std::as_const(presets_))
         controller_.insertObject(preset, index_);
 }
 
 void QNBInsertPresetsCommand::undo()
 {
+    const ArrayController::Changes changes(controller_);
     for (auto preset = presets_.crbegin(); preset != presets_.crend(); ++preset)
         controller_.removeObject(*preset);
     controller_.setSelectionIndex(selectionBefore_);
@@ -60,6 +62,7 @@ QNBMovePresetCommand::QNBMovePresetCommand(ArrayController &controller, int from
 
 void QNBMovePresetCommand::move(int from, int to) const
 {
+    const ArrayController::Changes changes(controller_);
     const ArrayController::Object preset = controller_.arrangedObjects().at(from);
     controller_.removeObject(preset);
     controller_.insertObject(preset, to);

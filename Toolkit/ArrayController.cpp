@@ -5,6 +5,19 @@
 
 #include <algorithm>
 
+ArrayController::Changes::Changes(ArrayController &controller)
+    : controller_(controller)
+    , selectedBefore_(controller.selectedObject())
+{
+    ++controller_.changesUnderWay_;
+}
+
+ArrayController::Changes::~Changes()
+{
+    if (--controller_.changesUnderWay_ == 0 && controller_.selectedObject() != selectedBefore_)
+        Q_EMIT controller_.selectionChanged();
+}
+
 void ArrayController::setContent(const QList<Object> &objects)
 {
     const Object before = selectedObject();
@@ -13,7 +26,7 @@ void ArrayController::setContent(const QList<Object> &objects)
     selectionIndex_ = objects_.isEmpty() ? noIndex : 0;
     Q_EMIT contentChanged();
     if (selectedObject() != before)
-        Q_EMIT selectionChanged();
+        selectionDidChange();
 }
 
 void ArrayController::addObject(const Object &object)
@@ -28,7 +41,7 @@ void ArrayController::insertObject(const Object &object, int atArrangedObjectInd
     objects_.insert(index, object);
     selectionIndex_ = index;
     Q_EMIT objectInserted(index);
-    Q_EMIT selectionChanged();
+    selectionDidChange();
 }
 
 void ArrayController::removeObject(const Object &object)
@@ -52,7 +65,7 @@ void ArrayController::removeObjectAt(int index)
         --selectionIndex_;
     Q_EMIT objectRemoved(index);
     if (wasSelected)
-        Q_EMIT selectionChanged();
+        selectionDidChange();
 }
 
 void ArrayController::setSelectionIndex(int index)
@@ -61,7 +74,7 @@ void ArrayController::setSelectionIndex(int index)
     if (wanted == selectionIndex_)
         return;
     selectionIndex_ = wanted;
-    Q_EMIT selectionChanged();
+    selectionDidChange();
 }
 
 QList<ArrayController::Object> ArrayController::selectedObjects() const
@@ -81,4 +94,10 @@ void ArrayController::setValueForKey(const QVariant &value, const QString &key, 
 ArrayController::Object ArrayController::selectedObject() const
 {
     return selectionIndex_ == noIndex ? Object() : objects_.at(selectionIndex_);
+}
+
+void ArrayController::selectionDidChange()
+{
+    if (changesUnderWay_ == 0)
+        Q_EMIT selectionChanged();
 }

@@ -22,6 +22,20 @@ public:
     using Object = std::shared_ptr<KeyValueCoding>;
     static constexpr int noIndex = -1;
 
+    /// Changes that belong together: while one of these lives no selection is told, and in the end only if
+    /// another record is selected than in the beginning.
+    class Changes
+    {
+    public:
+        explicit Changes(ArrayController &controller);
+        ~Changes();
+        Q_DISABLE_COPY_MOVE(Changes)
+
+    private:
+        ArrayController &controller_;
+        const Object selectedBefore_;
+    };
+
     using QObject::QObject;
 
     /// The records in the order in which the user sees them.
@@ -59,7 +73,9 @@ Q_SIGNALS:
 private:
     Object selectedObject() const;
     void removeObjectAt(int index);
+    void selectionDidChange();
 
     QList<Object> objects_;
     int selectionIndex_ = noIndex;
+    int changesUnderWay_ = 0;
 };

@@ -27,6 +27,8 @@ struct TableColumn
     bool isEditable = false;
     /// In device-independent pixels; the last column takes what is left.
     int width = 0;
+    /// What assistive technology calls the cells of a column without texts, with the row's first text for %1.
+    QString accessibleName = {};
 };
 
 /// Where a drop would go, from the row that is told with it.

@@ -63,8 +63,19 @@ QVariant TableViewModel::data(const QModelIndex &index, int role) const
         view_.delegate()->tableViewWillDisplayCell(view_, cell, column, index.row());
         return cell.image.isNull() ? QVariant() : QVariant(cell.image);
     }
+    if (role == Qt::AccessibleTextRole && !column.accessibleName.isEmpty())
+        return column.accessibleName.arg(firstText(index.row()));
     if ((role == Qt::DisplayRole || role == Qt::EditRole) && !column.key.isEmpty())
         return controller_->arrangedObjects().at(index.row())->valueForKey(column.key).toString();
+    return {};
+}
+
+QString TableViewModel::firstText(int row) const
+{
+    for (int column = 0; column < columnCount(); ++column) {
+        if (!view_.columns().at(column).key.isEmpty())
+            return index(row, column).data().toString();
+    }
     return {};
 }
 

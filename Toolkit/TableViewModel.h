@@ -26,6 +26,8 @@ public:
     Qt::ItemFlags flags(const QModelIndex &index) const override;
 
 private:
+    QString firstText(int row) const;
+
     TableView &view_;
     QPointer<ArrayController> controller_;
 };

@@ -22,7 +22,8 @@ const QString paneContract = QStringLiteral("Toolkit/PreferencePane.h");
 /// The classes of Source that the programs without a pane share.
 const QStringList coreClasses = {QStringLiteral("QNBHierarchyItem"), QStringLiteral("QNBPresetRecord"),
                                  QStringLiteral("QNBSettingsStore"), QStringLiteral("QNBPresetFile"),
-                                 QStringLiteral("QNBUniqueName"),    QStringLiteral("QNBFolderMenu")};
+                                 QStringLiteral("QNBUniqueName"),    QStringLiteral("QNBFolderMenu"),
+                                 QStringLiteral("QNBPresetImport")};
 
 const QMap<QString, QStringList> allowedRooms = {
     {platform, {platform}},

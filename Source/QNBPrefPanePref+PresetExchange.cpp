@@ -1,0 +1,132 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Source/QNBPrefPanePref.h"
+
+#include "Source/QNBPresetFile.h"
+#include "Source/QNBPresetImport.h"
+#include "Source/QNBPresetListCommands.h"
+#include "Toolkit/ArrayController.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QMimeData>
+#include <QProgressBar>
+#include <QProgressDialog>
+#include <QUrl>
+#include <chrono>
+
+namespace {
+
+/// What the window may stand still for without telling why.
+constexpr std::chrono::milliseconds unexplainedWait(1000);
+
+} // namespace
+
+std::optional<AlertPanel::Answer> QNBPrefPanePref::answerTo(const AlertPanel &alert)
+{
+    const QPointer<QObject> self(this);
+    const AlertPanel::Runner run = _services.runAlertPanel;
+    const AlertPanel::Answer answer = run(_mainView, alert);
+    return self ? std::optional(answer) : std::nullopt;
+}
+
+QStringList QNBPrefPanePref::filesFor(const FilePanel &panel)
+{
+    const QPointer<QObject> self(this);
+    const FilePanel::Runner run = _services.runFilePanel;
+    const QStringList paths = run(_mainView, panel);
+    return self ? paths : QStringList();
+}
+
+void QNBPrefPanePref::importPresets(const QStringList &paths, int row)
+{
+    auto *import = new QNBPresetImport(paths, this);
+    if (import->wait(unexplainedWait)) {
+        insertImportedPresets(import->presets(), row);
+        delete import;
+        return;
+    }
+    auto *progress = new QProgressDialog(tr("Importing presets…"), tr("Cancel"), 0, 0, _mainView);
+    // The bar is told on its own: told by the dialog it would handle other events in the midst of ours.
+    auto *bar = new QProgressBar(progress);
+    progress->setBar(bar);
+    bar->setRange(0, static_cast<int>(paths.size()));
+    progress->setWindowTitle(tr("Import Presets"));
+    progress->setWindowModality(Qt::WindowModal);
+    connect(import, &QNBPresetImport::fileWasRead, bar, &QProgressBar::setValue);
+    connect(progress, &QProgressDialog::canceled, import, &QNBPresetImport::cancel);
+    connect(import, &QObject::destroyed, progress, &QObject::deleteLater);
+    connect(import, &QNBPresetImport::finished, this, [this, import, row] {
+        insertImportedPresets(import->presets(), row);
+        import->deleteLater();
+    });
+    progress->show();
+}
+
+void QNBPrefPanePref::insertImportedPresets(const QList<QNBPresetRecordPtr> &presets, int row)
+{
+    if (presets.isEmpty())
+        return;
+    _history.push(
+        new QNBInsertPresetsCommand(*_ui_presetListController, presets, row,
+                                    presets.size() == 1 ? tr("Import Preset") : tr("Import Presets")));
+}
+
+void QNBPrefPanePref::importPresetsFromFiles()
+{
+    const QStringList paths = filesFor(
+        {.kind = FilePanel::Kind::Files,
+         .title = tr("Import Presets"),
+         .acceptButton = tr("Import"),
+         .folder = _exchangeFolder,
+         .nameFilters = {tr("Preset files (*.%1)").arg(QNBPresetFile::extension), tr("All files (*)")}});
+    if (paths.isEmpty())
+        return;
+    _exchangeFolder = QFileInfo(paths.constFirst()).path();
+
+    QMimeData data;
+    Pasteboard pasteboard(data);
+    pasteboard.declareTypes({PasteboardType::filenames});
+    pasteboard.setPropertyListForType(paths, PasteboardType::filenames);
+    const int selected = _ui_presetListController->selectionIndex();
+    const auto end = static_cast<int>(_ui_presetListController->arrangedObjects().size());
+    tableViewAcceptDrop(*_ui_presetListView, DraggingInfo(data, DragOperation::Copy),
+                        selected == ArrayController::noIndex ? end : selected + 1, TableDropOperation::Above);
+}
+
+void QNBPrefPanePref::exportSelectedPreset()
+{
+    endEditing();
+    const QNBPresetRecordPtr preset = _selectedItem;
+    if (!preset)
+        return;
+    const QStringList chosen = filesFor({.kind = FilePanel::Kind::Folder,
+                                         .title = tr("Export “%1” to a Folder").arg(preset->label()),
+                                         .acceptButton = tr("Export"),
+                                         .folder = _exchangeFolder});
+    if (chosen.isEmpty())
+        return;
+    _exchangeFolder = chosen.constFirst();
+
+    const QString fileName = QNBPresetFile::fileNameForLabel(preset->label());
+    const AlertPanel replace{.title = tr("Replace File"),
+                             .message =
+                                 tr("The folder '%1' has a file '%2' already. Do you want to replace it?")
+                                     .arg(_exchangeFolder, fileName),
+                             .defaultButton = tr("Replace"),
+                             .alternateButton = tr("Cancel")};
+    const bool isThere = QFileInfo::exists(QDir(_exchangeFolder).filePath(fileName));
+    if (isThere && answerTo(replace) != AlertPanel::Answer::Default)
+        return;
+
+    const auto row = static_cast<int>(_ui_presetListController->arrangedObjects().indexOf(preset));
+    tableViewNamesOfPromisedFilesDroppedAtDestination(*_ui_presetListView,
+                                                      QUrl::fromLocalFile(_exchangeFolder), {row});
+    if (_lastExport)
+        return;
+    answerTo({.title = tr("Preset Not Exported"),
+              .message = tr("The preset '%1' could not be written to the folder '%2'.")
+                             .arg(preset->label(), _exchangeFolder),
+              .defaultButton = tr("OK")});
+}
