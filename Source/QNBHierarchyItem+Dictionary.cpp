@@ -303,7 +303,7 @@ BinaryPropertyListWriter::Ref QNBHierarchyItem::encode(BinaryPropertyListWriter 
     return encodeTree(writer, false);
 }
 
-KeyedArchiver::Ref QNBHierarchyItem::encode(KeyedArchiver &archiver) const
+KeyedArchiver::Ref QNBHierarchyItem::encode(KeyedArchiver &archiver, bool includeUID) const
 {
-    return encodeTree(archiver, false);
+    return encodeTree(archiver, includeUID);
 }

@@ -72,9 +72,9 @@ public:
 
     QVariantMap toDictionaryWithUID(bool includeUID) const;
     QVariantMap toDictionary() const { return toDictionaryWithUID(false); }
-    /// toDictionary() straight into a property list or an archive.
+    /// toDictionary(), or toDictionaryWithUID(), straight into a property list or an archive.
     BinaryPropertyListWriter::Ref encode(BinaryPropertyListWriter &writer) const;
-    KeyedArchiver::Ref encode(KeyedArchiver &archiver) const;
+    KeyedArchiver::Ref encode(KeyedArchiver &archiver, bool includeUID = false) const;
 
     std::size_t numberOfChildren() const { return children_.size(); }
     /// Null when \a index is at or past the count; a negative one always is.

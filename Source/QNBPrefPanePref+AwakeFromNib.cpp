@@ -43,6 +43,7 @@ void QNBPrefPanePref::awakeFromNib()
     connect(_ui_presetDescription, &QPlainTextEdit::textChanged, this,
             &QNBPrefPanePref::descriptionTextDidChange);
     makeContextualMenu();
+    setUpHierarchyActions();
 
     updateSelectionShadow();
     connect(_ui_presetListController, &ArrayController::selectionChanged, this,

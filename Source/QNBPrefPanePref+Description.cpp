@@ -4,6 +4,7 @@
 #include "Source/QNBPrefPanePref.h"
 
 #include "Source/QNBPresetListCommands.h"
+#include "Toolkit/OutlineView.h"
 
 #include <QCheckBox>
 #include <QKeyEvent>
@@ -44,6 +45,13 @@ bool QNBPrefPanePref::eventFilter(QObject *watched, QEvent *event)
             event->ignore();
             return true;
         }
+    }
+    // The keys that move an item: when it cannot move, they must not move the selection instead.
+    if (watched == _ui_presetHierarchyView && event->type() == QEvent::KeyPress) {
+        const auto *key = static_cast<QKeyEvent *>(event);
+        if ((key->modifiers() & ~Qt::KeypadModifier) == Qt::AltModifier && key->key() >= Qt::Key_Left &&
+            key->key() <= Qt::Key_Down)
+            return true;
     }
     return QObject::eventFilter(watched, event);
 }

@@ -41,12 +41,14 @@ bool QNBPrefPanePref::validateMenuItem(const QObject &menuItem) const
     return true;
 }
 
-void QNBPrefPanePref::validateMenu(const QMenu &menu) const
+void QNBPrefPanePref::validateMenu(const QMenu &menu)
 {
     const QList<QAction *> items = menu.actions();
     for (QAction *item : items) {
         // What a submenu's entry does is written on the submenu.
         const QObject *described = item->menu() ? static_cast<const QObject *>(item->menu()) : item;
-        item->setEnabled(validateMenuItem(*described));
+        if (described->property(QNBInterfaceProperty::action).isValid())
+            item->setEnabled(validateMenuItem(*described));
     }
+    validateHierarchyActions();
 }

@@ -115,6 +115,14 @@ QStringList QNBPrefPanePref::connectOutlets(QWidget &view)
     CONNECT(_exportPresetAction);
     CONNECT(_undoAction);
     CONNECT(_redoAction);
+    CONNECT(_addFileAction);
+    CONNECT(_addFolderAction);
+    CONNECT(_renameItemAction);
+    CONNECT(_deleteItemAction);
+    CONNECT(_moveItemUpAction);
+    CONNECT(_moveItemDownAction);
+    CONNECT(_moveItemIntoFolderAction);
+    CONNECT(_moveItemOutOfFolderAction);
     CONNECT(_helpButton);
     CONNECT(_descriptionToggle);
     return connector.missing();

@@ -3,11 +3,11 @@
 
 #include "Source/QNBPrefPanePref.h"
 
+#include "Platform/PathExtension.h"
 #include "Toolkit/ArrayController.h"
 #include "Toolkit/OutlineView.h"
 
 #include <QPushButton>
-#include <QStyle>
 
 int QNBPrefPanePref::outlineViewNumberOfChildrenOfItem(OutlineView &, const OutlineItem &item)
 {
@@ -25,7 +25,8 @@ bool QNBPrefPanePref::outlineViewIsItemExpandable(OutlineView &, const OutlineIt
 
 OutlineItem QNBPrefPanePref::outlineViewChildOfItem(OutlineView &, int index, const OutlineItem &item)
 {
-    return itemOrRoot(item)->childAtIndex(index);
+    const QNBHierarchyItem *parent = itemOrRoot(item);
+    return parent ? parent->childAtIndex(index) : nullptr;
 }
 
 QVariant QNBPrefPanePref::outlineViewObjectValueForTableColumn(OutlineView &, int, const OutlineItem &item)
@@ -33,20 +34,23 @@ QVariant QNBPrefPanePref::outlineViewObjectValueForTableColumn(OutlineView &, in
     return item ? itemOrRoot(item)->filename() : QString();
 }
 
-void QNBPrefPanePref::outlineViewWillDisplayCell(OutlineView &outlineView, ViewCell &cell, int,
-                                                 const OutlineItem &item)
+bool QNBPrefPanePref::outlineViewShouldEditTableColumn(OutlineView &, int, const OutlineItem &)
 {
-    const bool isDirectory = itemOrRoot(item)->isDirectory();
-    QIcon &icon = isDirectory ? _folderIcon : _fileIcon;
-    if (icon.isNull())
-        icon = outlineView.style()->standardIcon(isDirectory ? QStyle::SP_DirIcon : QStyle::SP_FileIcon);
-    cell.image = icon;
+    return true;
+}
+
+void QNBPrefPanePref::outlineViewWillDisplayCell(OutlineView &, ViewCell &cell, int, const OutlineItem &item)
+{
+    const QNBHierarchyItem *shown = itemOrRoot(item);
+    cell.image =
+        shown->isDirectory() ? _icons.folderIcon() : _icons.iconForFileType(pathExtension(shown->filename()));
 }
 
 void QNBPrefPanePref::outlineViewSelectionDidChange(OutlineView &)
 {
     updatePermissionCheckboxes();
     updateColorLabelButtons();
+    validateHierarchyActions();
 }
 
 void QNBPrefPanePref::observeValueForKeyPath(const QString &)
@@ -67,8 +71,9 @@ void QNBPrefPanePref::updateSelectionShadow()
     fullyExpandHierarchy();
     showEmptyState();
     showDescription();
-    for (QPushButton *control : {_removePresetButton, _addFileButton, _addFolderButton, _scriptButton})
+    for (QPushButton *control : {_removePresetButton, _scriptButton})
         control->setEnabled(_selectedItem != nullptr);
+    validateHierarchyActions();
 }
 
 void QNBPrefPanePref::showEmptyState()

@@ -5,8 +5,10 @@
 
 #include "Platform/Bundle.h"
 #include "Platform/Preferences.h"
+#include "Source/QNBDraggedItem.h"
 #include "Source/QNBEditCommand.h"
 #include "Source/QNBHoverButton.h"
+#include "Source/QNBItemStep.h"
 #include "Source/QNBOutlineViewAdditions.h"
 #include "Source/QNBPermissions.h"
 #include "Source/QNBSettingsStore.h"
@@ -15,6 +17,7 @@
 #include "Toolkit/OutlineViewDataSource.h"
 #include "Toolkit/PreferencePane.h"
 #include "Toolkit/TableView.h"
+#include "Toolkit/WorkspaceIcons.h"
 
 #include <QCoreApplication>
 #include <QHash>
@@ -116,6 +119,14 @@ public:
     void importPresetsFromFiles();
     void exportSelectedPreset();
 
+    // What is done to the item at the outline's selected row. Each is one step of the history.
+    void addFileToPresetHierarchy();
+    void addDirectoryToPresetHierarchy();
+    void renameSelectedItemInPresetHierarchy();
+    void deleteSelectedItemInPresetHierarchy();
+    /// What a drag does, without a mouse, through the calls of a drag.
+    void moveSelectedItemInPresetHierarchy(QNBItemStep step);
+
     /// The value of \a key in our bundle's information property list; invalid if there is none.
     QVariant configValueForKey(const QString &key) const;
     /// An image registered when the pane woke; null if there is none of that name.
@@ -126,9 +137,20 @@ public:
     OutlineItem outlineViewChildOfItem(OutlineView &outlineView, int index, const OutlineItem &item) override;
     QVariant outlineViewObjectValueForTableColumn(OutlineView &outlineView, int column,
                                                   const OutlineItem &item) override;
+    void outlineViewSetObjectValue(OutlineView &outlineView, const QVariant &value, int column,
+                                   const OutlineItem &item) override;
+    bool outlineViewShouldEditTableColumn(OutlineView &outlineView, int column,
+                                          const OutlineItem &item) override;
     void outlineViewWillDisplayCell(OutlineView &outlineView, ViewCell &cell, int column,
                                     const OutlineItem &item) override;
     void outlineViewSelectionDidChange(OutlineView &outlineView) override;
+    void outlineViewDeleteRowRequested(OutlineView &outlineView, int row) override;
+    bool outlineViewWriteItemsToPasteboard(OutlineView &outlineView, const QList<OutlineItem> &items,
+                                           Pasteboard &pasteboard) override;
+    DragOperations outlineViewValidateDrop(OutlineView &outlineView, const DraggingInfo &draggingInfo,
+                                           const OutlineItem &proposedItem, int childIndex) override;
+    bool outlineViewAcceptDrop(OutlineView &outlineView, const DraggingInfo &draggingInfo,
+                               const OutlineItem &item, int childIndex) override;
 
     bool tableViewWriteRowsWithIndexesToPasteboard(TableView &tableView, const QList<int> &rows,
                                                    Pasteboard &pasteboard) override;
@@ -170,7 +192,7 @@ private:
     void makeContextualMenu();
     void setUpColorButtons();
     void showWebsiteLink();
-    void validateMenu(const QMenu &menu) const;
+    void validateMenu(const QMenu &menu);
 
     // Preset list
     void makePresetList();
@@ -216,6 +238,20 @@ private:
     /// What is typed from now on is another step of the history.
     void descriptionTypingDidEnd() { ++_descriptionTyping; }
     void fullyExpandHierarchy();
+
+    // The items of the selected preset
+    void insertItemInPresetHierarchy(bool isDirectory);
+    /// Where a new item comes: into the selected folder, else beside the selected item.
+    QNBHierarchyItemPtr levelForNewItem() const;
+    bool canInsertItem() const;
+    bool canMoveSelectedItem(QNBItemStep step) const;
+    void setUpHierarchyActions();
+    void validateHierarchyActions();
+    /// What is dragged; null for what is not of this process, or no item at all.
+    const QNBDraggedItem *draggedItem(const Pasteboard &pasteboard);
+    /// Which of the item and the folders below it are expanded, in the order of the rows.
+    std::vector<bool> expansionOf(const QNBHierarchyItemPtr &item) const;
+    void setExpansionOf(const QNBHierarchyItemPtr &item, const std::vector<bool> &expansion);
     QNBHierarchyItemPtr selectedHierarchyItem() const;
     const QNBHierarchyItem *itemOrRoot(const OutlineItem &item) const;
 
@@ -242,8 +278,10 @@ private:
     FileResult _lastExport;
     /// Where the user took files from, or put them, last.
     QString _exchangeFolder;
-    QIcon _folderIcon;
-    QIcon _fileIcon;
+    WorkspaceIcons _icons;
+    /// The dragged data that was read last, and what it was; asked for at every step of a drag.
+    QByteArray _draggedData;
+    std::optional<QNBDraggedItem> _draggedItem;
 
     TableView *_ui_presetListView = nullptr;
     ArrayController *_ui_presetListController = nullptr;
@@ -306,6 +344,14 @@ private:
     QAction *_exportPresetAction = nullptr;
     QAction *_undoAction = nullptr;
     QAction *_redoAction = nullptr;
+    QAction *_addFileAction = nullptr;
+    QAction *_addFolderAction = nullptr;
+    QAction *_renameItemAction = nullptr;
+    QAction *_deleteItemAction = nullptr;
+    QAction *_moveItemUpAction = nullptr;
+    QAction *_moveItemDownAction = nullptr;
+    QAction *_moveItemIntoFolderAction = nullptr;
+    QAction *_moveItemOutOfFolderAction = nullptr;
     QPushButton *_helpButton = nullptr;
     QCheckBox *_descriptionToggle = nullptr;
 
