@@ -106,6 +106,7 @@ void QNBPrefPanePref::makeContextualMenu()
     connect(_ui_presetContextualMenu, &QMenu::aboutToShow, this,
             [this] { validateMenu(*_ui_presetContextualMenu); });
     _ui_presetHierarchyView->setMenu(_ui_presetContextualMenu);
+    _ui_presetHierarchyView->setMenu(_ui_presetContextualMenu);
 }
 
 void QNBPrefPanePref::setUpColorButtons()

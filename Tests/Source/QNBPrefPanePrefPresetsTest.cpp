@@ -132,14 +132,14 @@ TEST_F(QNBPrefPanePrefPresets, ARecordWithoutATreeGetsAnEmptyOneWhenSelected)
     EXPECT_EQ(bare->fileHierarchy()->numberOfChildren(), 0U);
 }
 
-TEST_F(QNBPrefPanePrefPresets, TheOutlineIsReadOnlyAndShowsIcons)
+TEST_F(QNBPrefPanePrefPresets, TheOutlineShowsIconsAndItsNamesAreEdited)
 {
     store({preset(QStringLiteral("A"), {QStringLiteral("file"), QStringLiteral("folder/")})});
     openPane();
     const QAbstractItemModel &model = *outline().model();
     const QModelIndex file = model.index(0, 0);
     const QModelIndex folder = model.index(1, 0);
-    EXPECT_FALSE(file.flags() & Qt::ItemIsEditable);
+    EXPECT_TRUE(file.flags() & Qt::ItemIsEditable);
     const QIcon fileIcon = file.data(Qt::DecorationRole).value<QIcon>();
     const QIcon folderIcon = folder.data(Qt::DecorationRole).value<QIcon>();
     EXPECT_FALSE(fileIcon.isNull());
