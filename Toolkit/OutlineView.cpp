@@ -132,6 +132,7 @@ void OutlineView::setPlaceholderText(const QString &text)
 void OutlineView::paintEvent(QPaintEvent *event)
 {
     QTreeView::paintEvent(event);
+    dragging_.indicator().paint();
     EmptyState::paint(*this, placeholderText_);
 }
 

@@ -4,13 +4,15 @@
 #pragma once
 
 #include "Toolkit/OutlineViewDataSource.h"
+#include "Toolkit/ViewDragging.h"
 
+#include <QBasicTimer>
 #include <QTreeView>
 
 class EditingDelegate;
 class OutlineViewModel;
 
-/// A tree of items that a data source serves, one column, single selection.
+/// A tree of items that a data source serves, one column, single selection, drags from and to it.
 ///
 /// Items are asked for only where rows are expanded, all rows have one height, and nothing here walks a whole
 /// tree but what expands or reloads the whole of it: 100,000 rows are no burden.
@@ -54,7 +56,21 @@ public:
     void setPlaceholderText(const QString &text);
     QString placeholderText() const { return placeholderText_; }
 
+    /// Only drags that bring one of these types may be dropped.
+    void registerForDraggedTypes(const QStringList &types) { dragging_.registerForDraggedTypes(types); }
+    /// What may be done with a dragged item: in this process (everything at first), in others (nothing).
+    void setDraggingSourceOperationMask(DragOperations mask, bool forLocal)
+    {
+        dragging_.setDraggingSourceOperationMask(mask, forLocal);
+    }
+
 protected:
+    void startDrag(Qt::DropActions supportedActions) override;
+    void dragEnterEvent(QDragEnterEvent *event) override;
+    void dragMoveEvent(QDragMoveEvent *event) override;
+    void dragLeaveEvent(QDragLeaveEvent *event) override;
+    void dropEvent(QDropEvent *event) override;
+    void timerEvent(QTimerEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
     void selectionChanged(const QItemSelection &selected, const QItemSelection &deselected) override;
 
@@ -65,9 +81,30 @@ private:
     void notifySelection();
     void synchronise(const QModelIndex &parent, bool recursively);
 
+    struct DropPlace
+    {
+        OutlineItem item;
+        int childIndex;
+        QRect indicator;
+    };
+    DropPlace dropPlaceAt(const QPoint &point) const;
+    DropPlace dropPlaceOn(const QModelIndex &index) const;
+    DropPlace dropPlaceAmong(const QModelIndex &parent, int childIndex, int y) const;
+    DropPlace dropPlaceBelow(const QModelIndex &index, int x) const;
+    int distanceFromStart(int x) const;
+    int indentationOfChildren(const QModelIndex &parent) const;
+    QRect fromIndentation(int indentation, int y, int height) const;
+    DragOperations validate(const QDropEvent &event, const DropPlace &place);
+    void openSoon(const QModelIndex &index);
+    void stopDropping();
+
     OutlineViewModel *model_;
     EditingDelegate *editing_;
     OutlineViewDataSource *dataSource_ = nullptr;
+    ViewDragging dragging_{*this};
+    /// A folder that opens when a drag stays on it.
+    QPersistentModelIndex opening_;
+    QBasicTimer openingTimer_;
     QString placeholderText_;
     /// Rows come or go: what the view does to its selection meanwhile is not told to anybody.
     bool rowsAreChanging_ = false;

@@ -147,7 +147,7 @@ Qt::ItemFlags OutlineViewModel::flags(const QModelIndex &index) const
 {
     if (!index.isValid())
         return Qt::NoItemFlags;
-    Qt::ItemFlags flags = Qt::ItemIsEnabled | Qt::ItemIsSelectable;
+    Qt::ItemFlags flags = Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsDragEnabled;
     if (!hasChildren(index))
         flags |= Qt::ItemNeverHasChildren;
     if (dataSource_->outlineViewShouldEditTableColumn(view_, index.column(), nodeAt(index).item))

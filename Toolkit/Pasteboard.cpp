@@ -4,10 +4,10 @@
 #include "Toolkit/Pasteboard.h"
 
 #include "Platform/PropertyList.h"
+#include "Toolkit/LocalPath.h"
 
 #include <QLoggingCategory>
 #include <QMimeData>
-#include <QSysInfo>
 #include <QUrl>
 #include <QUuid>
 
@@ -23,19 +23,12 @@ const QByteArray &tokenOfThisProcess()
     return token;
 }
 
-bool isOnThisMachine(const QUrl &url)
-{
-    const QString host = url.host();
-    return url.scheme() == u"file" && (host.isEmpty() || host == u"localhost" ||
-                                       host.compare(QSysInfo::machineHostName(), Qt::CaseInsensitive) == 0);
-}
-
 QVariant localPaths(const QList<QUrl> &urls)
 {
     QVariantList paths;
     for (const QUrl &url : urls) {
-        const QString path = url.path(QUrl::FullyDecoded);
-        if (isOnThisMachine(url) && path.startsWith(u'/'))
+        const QString path = localPathOfUrl(url);
+        if (!path.isEmpty())
             paths.append(path);
     }
     return paths.isEmpty() ? QVariant() : QVariant(paths);

@@ -113,6 +113,7 @@ void TableView::setPlaceholderText(const QString &text)
 void TableView::paintEvent(QPaintEvent *event)
 {
     QTreeView::paintEvent(event);
+    dragging_.indicator().paint();
     EmptyState::paint(*this, placeholderText_);
 }
 

@@ -5,6 +5,7 @@
 
 #include "Toolkit/DraggingInfo.h"
 #include "Toolkit/ViewCell.h"
+#include "Toolkit/ViewDragging.h"
 
 #include <QList>
 #include <QPointer>
@@ -15,6 +16,7 @@
 
 class ArrayController;
 class EditingDelegate;
+class KeyValueCoding;
 class TableView;
 class TableViewModel;
 
@@ -84,7 +86,8 @@ public:
     }
 };
 
-/// A list of records with a single selection, which is the array controller's, and editing in place.
+/// A list of records with a single selection, which is the array controller's, editing in place, and drags
+/// from and to it.
 class TableView final : public QTreeView
 {
 public:
@@ -108,7 +111,20 @@ public:
     /// Shown while there are no rows.
     void setPlaceholderText(const QString &text);
 
+    /// Only drags that bring one of these types may be dropped.
+    void registerForDraggedTypes(const QStringList &types) { dragging_.registerForDraggedTypes(types); }
+    /// What may be done with a dragged row: in this process (everything at first), in others (nothing).
+    void setDraggingSourceOperationMask(DragOperations mask, bool forLocal)
+    {
+        dragging_.setDraggingSourceOperationMask(mask, forLocal);
+    }
+
 protected:
+    void startDrag(Qt::DropActions supportedActions) override;
+    void dragEnterEvent(QDragEnterEvent *event) override;
+    void dragMoveEvent(QDragMoveEvent *event) override;
+    void dragLeaveEvent(QDragLeaveEvent *event) override;
+    void dropEvent(QDropEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
     void selectionChanged(const QItemSelection &selected, const QItemSelection &deselected) override;
     bool edit(const QModelIndex &index, EditTrigger trigger, QEvent *event) override;
@@ -117,11 +133,23 @@ private:
     int firstEditableColumn() const;
     void showSelection();
 
+    struct DropPlace
+    {
+        int row;
+        TableDropOperation operation;
+        QRect indicator;
+    };
+    DropPlace dropPlaceAt(const QPoint &point) const;
+    DragOperations validate(const QDropEvent &event, const DropPlace &place);
+    std::shared_ptr<PromisedFile> promiseOf(int row, const Pasteboard &pasteboard);
+    QString writePromisedFile(const std::shared_ptr<KeyValueCoding> &record, const QUrl &folder);
+
     QList<TableColumn> columns_;
     TableViewDelegate *delegate_ = nullptr;
     QPointer<ArrayController> controller_;
     TableViewModel *model_;
     EditingDelegate *editing_;
+    ViewDragging dragging_{*this};
     QString placeholderText_;
     /// Rows come or go: what the view does to its selection meanwhile is not the user's choice.
     bool rowsAreChanging_ = false;

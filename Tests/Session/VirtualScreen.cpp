@@ -9,7 +9,9 @@ namespace {
 
 const QString xdotool = QStringLiteral("xdotool");
 const QString xprop = QStringLiteral("xprop");
+const QString leftButton = QStringLiteral("1");
 const QString displayVariable = QStringLiteral("DISPLAY");
+constexpr int stepsOfADrag = 8;
 
 } // namespace
 
@@ -98,6 +100,36 @@ bool VirtualScreen::activate(const QString &window) const
 void VirtualScreen::typeKey(const QString &key) const
 {
     ask(xdotool, {QStringLiteral("key"), QStringLiteral("--clearmodifiers"), key});
+}
+
+void VirtualScreen::moveMouse(const QPoint &point) const
+{
+    ask(xdotool, {QStringLiteral("mousemove"), QString::number(point.x()), QString::number(point.y())});
+}
+
+void VirtualScreen::pressMouse() const
+{
+    ask(xdotool, {QStringLiteral("mousedown"), leftButton});
+}
+
+void VirtualScreen::releaseMouse() const
+{
+    ask(xdotool, {QStringLiteral("mouseup"), leftButton});
+}
+
+bool VirtualScreen::drag(const QPoint &from, const QPoint &to, const std::function<bool()> &hasArrived) const
+{
+    moveMouse(from);
+    pressMouse();
+    for (int step = 1; step < stepsOfADrag; ++step)
+        moveMouse(from + (to - from) * step / stepsOfADrag);
+    // The programs may still be busy with the steps so far; a mouse that rests tells them nothing.
+    int jitter = 0;
+    return waitUntil([&] {
+        jitter = 1 - jitter;
+        moveMouse(to + QPoint(jitter, 0));
+        return hasArrived();
+    });
 }
 
 void VirtualScreen::kill()

@@ -6,8 +6,10 @@
 #include "Tests/Session/ChildProcess.h"
 #include "Tests/Session/TemporaryHome.h"
 
+#include <QPoint>
 #include <QStringList>
 
+#include <functional>
 #include <memory>
 
 /// An X server without hardware, on a display number that was free, with a window manager.
@@ -30,6 +32,13 @@ public:
     QString activeWindow() const;
     /// Types a key, as xdotool names it, into the active window.
     void typeKey(const QString &key) const;
+    /// Moves the mouse there, in the screen's coordinates, with whatever button is pressed.
+    void moveMouse(const QPoint &point) const;
+    void pressMouse() const;
+    void releaseMouse() const;
+    /// Presses the mouse at \a from and moves it, button down, to \a to until \a hasArrived says that the
+    /// drag is where it should be. The caller releases the button. False if it does not get there.
+    bool drag(const QPoint &from, const QPoint &to, const std::function<bool()> &hasArrived) const;
     /// The server dies, and with it the connections of its clients.
     void kill();
     /// What the tool \a program prints.

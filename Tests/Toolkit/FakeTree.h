@@ -11,7 +11,7 @@
 #include <vector>
 
 /// A tree of named nodes, as a data source that counts what it is asked.
-class FakeTree final : public OutlineViewDataSource
+class FakeTree : public OutlineViewDataSource
 {
 public:
     struct Node

@@ -1,0 +1,146 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Toolkit/ViewDragging.h"
+
+#include "Toolkit/DragData.h"
+#include "Toolkit/DragSession.h"
+#include "Toolkit/PromisedFile.h"
+
+#include <QAbstractItemView>
+#include <QCursor>
+#include <QDropEvent>
+#include <algorithm>
+#include <array>
+#include <utility>
+
+namespace {
+
+constexpr std::array actionsOfOperations{
+    std::pair(DragOperation::Move, Qt::MoveAction),
+    std::pair(DragOperation::Copy, Qt::CopyAction),
+    std::pair(DragOperation::Link, Qt::LinkAction),
+    std::pair(DragOperation::Generic, Qt::MoveAction),
+};
+
+Qt::DropActions actionsOf(DragOperations operations)
+{
+    Qt::DropActions actions = Qt::IgnoreAction;
+    for (const auto &[operation, action] : actionsOfOperations)
+        actions |= operations.testFlag(operation) ? action : Qt::IgnoreAction;
+    return actions;
+}
+
+DragOperations operationsOf(Qt::DropActions actions)
+{
+    DragOperations operations = DragOperation::None;
+    for (const auto &[operation, action] : actionsOfOperations)
+        operations |= actions.testFlag(action) ? operation : DragOperation::None;
+    return operations;
+}
+
+/// The keys by which a user asks for one operation, the same in every program of the desktop.
+DragOperations operationsAskedFor(Qt::KeyboardModifiers modifiers)
+{
+    const bool control = modifiers.testFlag(Qt::ControlModifier);
+    const bool shift = modifiers.testFlag(Qt::ShiftModifier);
+    if (control && shift)
+        return DragOperation::Link;
+    if (control)
+        return DragOperation::Copy;
+    return shift ? DragOperation::Move | DragOperation::Generic : DragOperations(DragOperation::Every);
+}
+
+} // namespace
+
+ViewDragging::ViewDragging(QAbstractItemView &view)
+    : view_(view)
+    , indicator_(view)
+{
+    view.setDragDropMode(QAbstractItemView::DragDrop);
+    // Ours knows about levels and refusals.
+    view.setDropIndicatorShown(false);
+}
+
+ViewDragging::~ViewDragging() = default;
+
+void ViewDragging::setDraggingSourceOperationMask(DragOperations mask, bool forLocal)
+{
+    (forLocal ? localMask_ : otherMask_) = mask;
+}
+
+void ViewDragging::begin(const QModelIndex &index, std::unique_ptr<QMimeData> declared,
+                         std::shared_ptr<PromisedFile> promised)
+{
+    std::erase_if(promised_, [](const auto &file) { return !file->isWritten(); });
+    if (promised)
+        promised_.push_back(promised);
+
+    QWidget &viewport = *view_.viewport();
+    const QRect row = view_.visualRect(index) & viewport.rect();
+    const QPoint mouse = viewport.mapFromGlobal(QCursor::pos());
+    const DragSession::Image image{viewport.grab(row), mouse - row.topLeft()};
+    // One set of actions is offered to all programs. What is proposed is what the other ones may do, for our
+    // own views look at the mask.
+    const Qt::DropActions others = actionsOf(otherMask_);
+    const Qt::DropAction proposed = others.testFlag(Qt::CopyAction) ? Qt::CopyAction : Qt::MoveAction;
+    new DragSession(viewport,
+                    std::make_unique<DragData>(std::move(declared), localMask_, std::move(promised)), image,
+                    others | actionsOf(localMask_), proposed);
+}
+
+bool ViewDragging::isRegisteredFor(const QDropEvent &event) const
+{
+    const Pasteboard pasteboard(DragData::declaredBy(*event.mimeData()));
+    return std::any_of(types_.begin(), types_.end(),
+                       [&pasteboard](const QString &type) { return pasteboard.hasDataForType(type); });
+}
+
+DraggingInfo ViewDragging::infoFor(const QDropEvent &event) const
+{
+    const DragData *own = DragData::from(*event.mimeData());
+    const DragOperations offered = own ? own->mask() : operationsOf(event.possibleActions());
+    return {DragData::declaredBy(*event.mimeData()), offered & operationsAskedFor(event.modifiers())};
+}
+
+bool ViewDragging::answer(QDropEvent &event, DragOperations allowed) const
+{
+    const Qt::DropAction action = actionFor(event, allowed);
+    if (action == Qt::IgnoreAction) {
+        event.ignore();
+        return false;
+    }
+    event.setDropAction(action);
+    event.accept();
+    return true;
+}
+
+Qt::DropAction ViewDragging::actionFor(const QDropEvent &event, DragOperations allowed) const
+{
+    if (allowed == DragOperation::None)
+        return Qt::IgnoreAction;
+    const DraggingInfo info = infoFor(event);
+    if (info.draggingPasteboard().isFromThisProcess()) {
+        const Qt::DropActions actions = actionsOf(allowed & info.draggingSourceOperationMask());
+        for (const auto &[operation, action] : actionsOfOperations) {
+            if (actions.testFlag(action))
+                return action;
+        }
+        return Qt::IgnoreAction;
+    }
+    // What comes from another program stays there too, whatever it becomes here: told that it was moved, the
+    // other program might remove it.
+    for (const Qt::DropAction action : {Qt::CopyAction, Qt::LinkAction, Qt::MoveAction}) {
+        if (event.possibleActions().testFlag(action))
+            return action;
+    }
+    return Qt::IgnoreAction;
+}
+
+ViewDragging::Zone ViewDragging::zoneAt(int y, const QRect &row, double edgeShare)
+{
+    const double share = (y - row.top() + 0.5) / row.height();
+    if (share < edgeShare)
+        return Zone::Above;
+    return share > 1 - edgeShare ? Zone::Below : Zone::On;
+}
