@@ -4,42 +4,42 @@
 #include "Source/QNBHoverButton.h"
 
 #include <QCoreApplication>
-#include <QEvent>
-#include <QLinearGradient>
+#include <QFocusEvent>
+#include <QKeyEvent>
+#include <QMouseEvent>
 #include <QPainter>
-#include <QStyleOptionFocusRect>
+#include <QPainterPath>
 #include <algorithm>
 #include <array>
 
 namespace {
 
-struct Gel
+struct SpokenName
 {
-    QLatin1StringView name;
-    QRgb dark;
-    QRgb light;
-    const char *spokenName;
+    QLatin1StringView title;
+    const char *name;
 };
 
-constexpr std::array gels = std::to_array<Gel>({
-    {QLatin1StringView("gray"), 0xff9a9a9a, 0xffc4c4c4, QT_TRANSLATE_NOOP("QNBHoverButton", "Gray")},
-    {QLatin1StringView("purple"), 0xffb87bd1, 0xffdeb1e6, QT_TRANSLATE_NOOP("QNBHoverButton", "Purple")},
-    {QLatin1StringView("blue"), 0xff2a93ff, 0xff8dc6ff, QT_TRANSLATE_NOOP("QNBHoverButton", "Blue")},
-    {QLatin1StringView("green"), 0xffa5ce35, 0xffcce686, QT_TRANSLATE_NOOP("QNBHoverButton", "Green")},
-    {QLatin1StringView("yellow"), 0xfff2d434, 0xfffdef86, QT_TRANSLATE_NOOP("QNBHoverButton", "Yellow")},
-    {QLatin1StringView("orange"), 0xffff9a30, 0xffffc37c, QT_TRANSLATE_NOOP("QNBHoverButton", "Orange")},
-    {QLatin1StringView("red"), 0xffff4e45, 0xffff8f88, QT_TRANSLATE_NOOP("QNBHoverButton", "Red")},
+constexpr std::array spokenNames = std::to_array<SpokenName>({
+    {QLatin1StringView(""), QT_TRANSLATE_NOOP("QNBHoverButton", "No label")},
+    {QLatin1StringView("gray"), QT_TRANSLATE_NOOP("QNBHoverButton", "Gray")},
+    {QLatin1StringView("purple"), QT_TRANSLATE_NOOP("QNBHoverButton", "Purple")},
+    {QLatin1StringView("blue"), QT_TRANSLATE_NOOP("QNBHoverButton", "Blue")},
+    {QLatin1StringView("green"), QT_TRANSLATE_NOOP("QNBHoverButton", "Green")},
+    {QLatin1StringView("yellow"), QT_TRANSLATE_NOOP("QNBHoverButton", "Yellow")},
+    {QLatin1StringView("orange"), QT_TRANSLATE_NOOP("QNBHoverButton", "Orange")},
+    {QLatin1StringView("red"), QT_TRANSLATE_NOOP("QNBHoverButton", "Red")},
 });
 
-constexpr int swatchSize = 14;
-constexpr int swatchMargin = 5;
+/// The focus ring is as wide and stands around the cell, of which it hides nothing.
+constexpr int focusRingWidth = 2;
 
-const Gel *gelNamed(const QString &name)
+QString spokenName(const QString &title)
 {
-    const auto gel = std::find_if(gels.begin(), gels.end(), [lower = name.toLower()](const Gel &candidate) {
-        return candidate.name == lower;
+    const auto known = std::find_if(spokenNames.begin(), spokenNames.end(), [&title](const SpokenName &name) {
+        return title.compare(name.title, Qt::CaseInsensitive) == 0;
     });
-    return gel == gels.end() ? nullptr : &*gel;
+    return known == spokenNames.end() ? title : QCoreApplication::translate("QNBHoverButton", known->name);
 }
 
 } // namespace
@@ -48,7 +48,6 @@ QNBHoverButton::QNBHoverButton(QWidget *parent)
     : QAbstractButton(parent)
 {
     setCheckable(true);
-    setAttribute(Qt::WA_Hover);
     setMouseTracking(true);
     setFocusPolicy(Qt::StrongFocus);
     setTitle({});
@@ -57,21 +56,17 @@ QNBHoverButton::QNBHoverButton(QWidget *parent)
 void QNBHoverButton::setTitle(const QString &title)
 {
     title_ = title;
-    const Gel *gel = gelNamed(title);
-    const QString name = gel               ? QCoreApplication::translate("QNBHoverButton", gel->spokenName)
-                         : title.isEmpty() ? QCoreApplication::translate("QNBHoverButton", "No label")
-                                           : title;
+    const QString name = spokenName(title);
     setAccessibleName(name);
     setToolTip(name);
-    update();
+    setNeedsDisplay();
 }
 
 void QNBHoverButton::setState(Qt::CheckState state)
 {
-    if (state == Qt::Unchecked)
-        isHovered_ = false;
+    cell_.setState(state);
     setChecked(state == Qt::Checked);
-    update();
+    setNeedsDisplay();
 }
 
 void QNBHoverButton::setStateWithNumber(const QVariant &number)
@@ -79,71 +74,74 @@ void QNBHoverButton::setStateWithNumber(const QVariant &number)
     setState(number.toInt() == 0 ? Qt::Unchecked : Qt::Checked);
 }
 
-std::optional<std::pair<QColor, QColor>> QNBHoverButton::colorForGel(const QString &colorName)
-{
-    const Gel *gel = gelNamed(colorName);
-    if (!gel)
-        return {};
-    return std::pair(QColor::fromRgb(gel->dark), QColor::fromRgb(gel->light));
-}
-
 QSize QNBHoverButton::sizeHint() const
 {
-    constexpr int side = swatchSize + 2 * swatchMargin;
-    return {side, side};
+    return CellClass::size + QSize(2 * focusRingWidth, 2 * focusRingWidth);
 }
 
 bool QNBHoverButton::event(QEvent *event)
 {
-    switch (event->type()) {
-    case QEvent::Enter:
-    case QEvent::MouseMove:
-        setHovered(true);
-        break;
-    case QEvent::Leave:
-        setHovered(false);
-        break;
-    default:
-        break;
+    if (cell_.showsBorderOnlyWhileMouseInside() && isEnabled()) {
+        if (event->type() == QEvent::Enter)
+            cell_.mouseEntered();
+        else if (event->type() == QEvent::MouseMove)
+            mouseMoved(static_cast<QMouseEvent &>(*event));
     }
+    // What is hidden or disabled under the pointer is not always told when the pointer goes.
+    const bool isLost = event->type() == QEvent::Hide || event->type() == QEvent::EnabledChange;
+    if ((event->type() == QEvent::Leave && isEnabled()) || (isLost && isHovered()))
+        cell_.mouseExited();
     return QAbstractButton::event(event);
 }
 
 void QNBHoverButton::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);
+    cell_.drawBezelWithFrame(cellFrame(), painter);
+    cell_.drawInteriorWithFrame(cellFrame(), painter);
+    if (!hasFocus() || !isFocusedByKeyboard_)
+        return;
+    constexpr int width = focusRingWidth;
+    QPainterPath ring;
+    ring.addRoundedRect(cellFrame().adjusted(-width, -width, width, width), width, width);
+    ring.addRect(cellFrame());
     painter.setRenderHint(QPainter::Antialiasing);
-    if (isHovered_ || isChecked() || hasFocus()) {
-        QColor highlight = palette().color(QPalette::Highlight);
-        highlight.setAlphaF(isChecked() ? 0.5F : 0.3F);
-        painter.setPen(Qt::NoPen);
-        painter.setBrush(highlight);
-        painter.drawRoundedRect(rect().adjusted(1, 1, -1, -1), 3, 3);
-    }
-    QRectF swatch(0, 0, swatchSize, swatchSize);
-    swatch.moveCenter(QRectF(rect()).center());
-    if (!icon().isNull()) {
-        icon().paint(&painter, swatch.toRect(), Qt::AlignCenter,
-                     isEnabled() ? QIcon::Normal : QIcon::Disabled);
-    } else if (const auto gel = colorForGel(title_)) {
-        QLinearGradient gradient(swatch.topLeft(), swatch.bottomLeft());
-        gradient.setColorAt(0, gel->first);
-        gradient.setColorAt(1, gel->second);
-        painter.setPen(QPen(gel->first.darker(130), 1));
-        painter.setBrush(gradient);
-        painter.drawRoundedRect(swatch.adjusted(0.5, 0.5, -0.5, -0.5), 2, 2);
-    }
-    if (hasFocus()) {
-        QStyleOptionFocusRect option;
-        option.initFrom(this);
-        style()->drawPrimitive(QStyle::PE_FrameFocusRect, &option, &painter, this);
-    }
+    painter.fillPath(ring, palette().color(QPalette::Highlight));
 }
 
-void QNBHoverButton::setHovered(bool isHovered)
+void QNBHoverButton::keyPressEvent(QKeyEvent *event)
 {
-    isHovered_ = isHovered;
-    update();
-    if (delegate_ && hoverAction_)
-        (delegate_->*hoverAction_)(*this);
+    const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    if (isReturn)
+        click();
+    else
+        QAbstractButton::keyPressEvent(event);
+}
+
+void QNBHoverButton::focusInEvent(QFocusEvent *event)
+{
+    // When its window has the keyboard again, what was seen before is seen again.
+    const Qt::FocusReason reason = event->reason();
+    if (reason != Qt::ActiveWindowFocusReason && reason != Qt::PopupFocusReason)
+        isFocusedByKeyboard_ = reason != Qt::MouseFocusReason;
+    QAbstractButton::focusInEvent(event);
+}
+
+/// The mouse is the button's, wherever it goes, while it is held down.
+void QNBHoverButton::mouseMoved(const QMouseEvent &event)
+{
+    const bool isInside = rect().contains(event.position().toPoint());
+    if (event.buttons() == Qt::NoButton)
+        cell_.mouseMoved();
+    else if (isInside)
+        cell_.mouseDragged();
+    else if (isHovered())
+        cell_.mouseExited();
+}
+
+QRect QNBHoverButton::cellFrame() const
+{
+    QRect frame({}, CellClass::size);
+    frame.moveCenter(rect().center());
+    return frame;
 }

@@ -3,50 +3,44 @@
 
 #pragma once
 
+#include "Source/QNBHoverCell.h"
+
 #include <QAbstractButton>
-#include <QColor>
 #include <QVariant>
-#include <optional>
-#include <utility>
 
-class QNBHoverButton;
-
-/// Told when the pointer comes to a colour button or leaves it.
-class QNBHoverButtonDelegate
+/// One of the colour-label buttons. Its face, and what the pointer does to it, is the cell's.
+///
+/// The name of the colour is the button's tool tip and what assistive technology calls it, so that nobody has
+/// to tell the colours apart. Who presses it with the keyboard sees that it has the focus by a ring.
+class QNBHoverButton : public QAbstractButton
 {
 public:
-    virtual ~QNBHoverButtonDelegate() = default;
-    virtual void colorLabelButtonHovered(QNBHoverButton &sender) = 0;
-};
-
-/// One of the colour-label buttons: a swatch of the colour that its title names, or its icon if it has one.
-/// Lit while the pointer is over it and while it is on.
-class QNBHoverButton final : public QAbstractButton
-{
-public:
-    using HoverAction = void (QNBHoverButtonDelegate::*)(QNBHoverButton &);
+    using CellClass = QNBHoverCell;
+    using HoverAction = QNBHoverCell::HoverAction;
 
     explicit QNBHoverButton(QWidget *parent = nullptr);
 
+    CellClass &cell() { return cell_; }
+    const CellClass &cell() const { return cell_; }
+
     QString title() const { return title_; }
-    /// Also what the button is called for assistive technology; the empty title stands for "no label".
+    /// The empty title stands for "no label".
     void setTitle(const QString &title);
 
-    /// What the delegate is sent; null for nothing.
-    void setHoverAction(HoverAction action) { hoverAction_ = action; }
+    /// The cell's.
+    void setHoverAction(HoverAction action) { cell_.setHoverAction(action); }
     QNBHoverButtonDelegate *delegate() const { return delegate_; }
     /// Not owned.
     void setDelegate(QNBHoverButtonDelegate *delegate) { delegate_ = delegate; }
 
-    bool isHovered() const { return isHovered_; }
-    Qt::CheckState state() const { return isChecked() ? Qt::Checked : Qt::Unchecked; }
-    /// Off, until the pointer moves again, also means not hovered.
+    bool isHovered() const { return cell_.isHovered(); }
+    Qt::CheckState state() const { return cell_.state(); }
     void setState(Qt::CheckState state);
-    /// 0 is off, everything else on.
+    /// For whole lists of buttons; 0 is off, everything else on.
     void setStateWithNumber(const QVariant &number);
 
-    /// The darker and the lighter colour of a label's swatch; none for a name that is no label colour.
-    static std::optional<std::pair<QColor, QColor>> colorForGel(const QString &colorName);
+    /// Has the button drawn anew, soon.
+    virtual void setNeedsDisplay() { update(); }
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override { return sizeHint(); }
@@ -54,14 +48,17 @@ public:
 protected:
     bool event(QEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
+    void focusInEvent(QFocusEvent *event) override;
     /// Only the owner decides which button of the row is on.
     void nextCheckState() override {}
 
 private:
-    void setHovered(bool isHovered);
+    void mouseMoved(const QMouseEvent &event);
+    QRect cellFrame() const;
 
+    CellClass cell_{*this};
     QString title_;
     QNBHoverButtonDelegate *delegate_ = nullptr;
-    HoverAction hoverAction_ = nullptr;
-    bool isHovered_ = false;
+    bool isFocusedByKeyboard_ = false;
 };

@@ -121,6 +121,7 @@ void QNBPrefPanePref::setUpColorButtons()
     }
     for (QNBHoverButton *button : std::as_const(_hoverButtons))
         button->setDelegate(this);
-    _ui_clearColorButton->setIcon(TemplateImages::stopProgress());
+    // The buttons' ground is light under every palette.
+    _ui_clearColorButton->setIcon(TemplateImages::stopProgress(Qt::black));
     _ui_clearColorButton->setTitle({});
 }

@@ -44,7 +44,7 @@ void QNBPrefPanePref::updateColorLabelButtons()
     showColorName(item->colorName());
 }
 
-void QNBPrefPanePref::colorLabelButtonHovered(QNBHoverButton &sender)
+void QNBPrefPanePref::colorLabelButtonHovered(QNBHoverCell &sender)
 {
     // When the pointer leaves, the name falls back to the selected item's own colour.
     QString name = sender.title();

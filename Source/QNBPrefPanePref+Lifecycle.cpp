@@ -4,6 +4,7 @@
 #include "Source/QNBPrefPanePref.h"
 
 #include "Source/QNBPaneLog.h"
+#include "Source/ZBIconCell.h"
 #include "Toolkit/ArrayController.h"
 #include "Toolkit/OutlineView.h"
 #include "ui_QNBPrefPane.h"
@@ -63,6 +64,9 @@ void QNBPrefPanePref::mainViewDidLoad()
 {
     _ui_presetHierarchyView->setIndentation(hierarchyIndentation);
     _ui_presetHierarchyView->setIconSize(hierarchyIconSize);
+    auto cell = std::make_unique<ZBIconCell>();
+    cell->setEditable(true);
+    _ui_presetHierarchyView->setDataCell(std::move(cell));
     buildTreesWhenIdle();
 }
 

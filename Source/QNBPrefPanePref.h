@@ -171,7 +171,7 @@ public:
 
     /// Lights the button of the selected item's colour, and no other.
     void updateColorLabelButtons();
-    void colorLabelButtonHovered(QNBHoverButton &sender) override;
+    void colorLabelButtonHovered(QNBHoverCell &sender) override;
 
     /// Shows the selected item's permissions; none without one.
     void updatePermissionCheckboxes();

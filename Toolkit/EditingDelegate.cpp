@@ -3,8 +3,22 @@
 
 #include "Toolkit/EditingDelegate.h"
 
+#include "Toolkit/TextFieldCell.h"
+
 #include <QGuiApplication>
 #include <QInputMethod>
+
+EditingDelegate::EditingDelegate(QObject *parent)
+    : QStyledItemDelegate(parent)
+{
+}
+
+EditingDelegate::~EditingDelegate() = default;
+
+void EditingDelegate::setDataCell(std::unique_ptr<TextFieldCell> cell)
+{
+    cell_ = std::move(cell);
+}
 
 void EditingDelegate::endEditing()
 {
@@ -16,18 +30,47 @@ void EditingDelegate::endEditing()
     editor_ = nullptr;
 }
 
+void EditingDelegate::selectText(const QStyleOptionViewItem &option, const QModelIndex &index) const
+{
+    if (!cell_ || !editor_)
+        return;
+    const auto length = static_cast<int>(index.data(Qt::EditRole).toString().size());
+    cell_->selectWithFrame(option.rect, prepareCell(option, index), *editor_, 0, length);
+}
+
+void EditingDelegate::paint(QPainter *painter, const QStyleOptionViewItem &option,
+                            const QModelIndex &index) const
+{
+    if (cell_)
+        cell_->drawWithFrame(option.rect, prepareCell(option, index), *painter);
+    else
+        QStyledItemDelegate::paint(painter, option, index);
+}
+
 QSize EditingDelegate::sizeHint(const QStyleOptionViewItem &option, const QModelIndex &index) const
 {
     constexpr int air = 6;
-    const QSize size = QStyledItemDelegate::sizeHint(option, index);
+    const QSize size =
+        cell_ ? cell_->cellSize(prepareCell(option, index)) : QStyledItemDelegate::sizeHint(option, index);
     return size.expandedTo({0, option.fontMetrics.height() + air});
 }
 
 QWidget *EditingDelegate::createEditor(QWidget *parent, const QStyleOptionViewItem &option,
                                        const QModelIndex &index) const
 {
+    if (cell_ && !cell_->isEditable())
+        return nullptr;
     editor_ = QStyledItemDelegate::createEditor(parent, option, index);
     return editor_;
+}
+
+void EditingDelegate::updateEditorGeometry(QWidget *editor, const QStyleOptionViewItem &option,
+                                           const QModelIndex &index) const
+{
+    if (cell_)
+        cell_->editWithFrame(option.rect, prepareCell(option, index), *editor);
+    else
+        QStyledItemDelegate::updateEditorGeometry(editor, option, index);
 }
 
 void EditingDelegate::destroyEditor(QWidget *editor, const QModelIndex &index) const
@@ -35,4 +78,15 @@ void EditingDelegate::destroyEditor(QWidget *editor, const QModelIndex &index) c
     if (editor_ == editor)
         editor_ = nullptr;
     QStyledItemDelegate::destroyEditor(editor, index);
+}
+
+/// What the row looks like, as the model and through it the view's delegate decide; the cell is given its
+/// icon.
+QStyleOptionViewItem EditingDelegate::prepareCell(const QStyleOptionViewItem &option,
+                                                  const QModelIndex &index) const
+{
+    QStyleOptionViewItem prepared(option);
+    initStyleOption(&prepared, index);
+    cell_->setImage(prepared.icon, prepared.decorationSize);
+    return prepared;
 }

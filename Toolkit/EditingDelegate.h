@@ -5,23 +5,40 @@
 
 #include <QPointer>
 #include <QStyledItemDelegate>
+#include <memory>
+
+class TextFieldCell;
 
 /// An item delegate that can end the edit in progress from outside, keeping what was typed, and gives rows
-/// some air.
+/// some air. With a cell of the view's, that draws and measures the rows and places their editors.
 class EditingDelegate : public QStyledItemDelegate
 {
 public:
-    using QStyledItemDelegate::QStyledItemDelegate;
+    explicit EditingDelegate(QObject *parent = nullptr);
+    ~EditingDelegate() override;
+
+    /// Null leaves the rows to the style.
+    void setDataCell(std::unique_ptr<TextFieldCell> cell);
+    TextFieldCell *dataCell() const { return cell_.get(); }
 
     bool isEditing() const { return !editor_.isNull(); }
     /// Commits the text typed so far, an unfinished composition included, and closes the editor.
     void endEditing();
+    /// Selects the whole text of the edit in progress, which is the one of \a index.
+    void selectText(const QStyleOptionViewItem &option, const QModelIndex &index) const;
 
+    void paint(QPainter *painter, const QStyleOptionViewItem &option,
+               const QModelIndex &index) const override;
     QSize sizeHint(const QStyleOptionViewItem &option, const QModelIndex &index) const override;
     QWidget *createEditor(QWidget *parent, const QStyleOptionViewItem &option,
                           const QModelIndex &index) const override;
+    void updateEditorGeometry(QWidget *editor, const QStyleOptionViewItem &option,
+                              const QModelIndex &index) const override;
     void destroyEditor(QWidget *editor, const QModelIndex &index) const override;
 
 private:
+    QStyleOptionViewItem prepareCell(const QStyleOptionViewItem &option, const QModelIndex &index) const;
+
+    std::unique_ptr<TextFieldCell> cell_;
     mutable QPointer<QWidget> editor_;
 };

@@ -6,6 +6,7 @@
 #include "Toolkit/EditingDelegate.h"
 #include "Toolkit/EmptyState.h"
 #include "Toolkit/OutlineViewModel.h"
+#include "Toolkit/TextFieldCell.h"
 
 #include <QHeaderView>
 
@@ -26,6 +27,17 @@ void OutlineView::setDataSource(OutlineViewDataSource *dataSource)
 {
     dataSource_ = dataSource;
     model_->setDataSource(dataSource);
+}
+
+void OutlineView::setDataCell(std::unique_ptr<TextFieldCell> cell)
+{
+    editing_->setDataCell(std::move(cell));
+    scheduleDelayedItemsLayout();
+}
+
+TextFieldCell *OutlineView::dataCell() const
+{
+    return editing_->dataCell();
 }
 
 void OutlineView::reloadData()
@@ -110,7 +122,12 @@ void OutlineView::editRow(int row)
     if (!index.isValid())
         return;
     scrollTo(index);
-    edit(index, AllEditTriggers, nullptr);
+    if (!edit(index, AllEditTriggers, nullptr))
+        return;
+    QStyleOptionViewItem option;
+    initViewItemOption(&option);
+    option.rect = visualRect(index);
+    editing_->selectText(option, index);
 }
 
 void OutlineView::endEditing()

@@ -11,6 +11,7 @@
 
 class EditingDelegate;
 class OutlineViewModel;
+class TextFieldCell;
 
 /// A tree of items that a data source serves, one column, single selection, drags from and to it.
 ///
@@ -26,6 +27,10 @@ public:
     /// Not owned; null empties the view. Has to outlive the view or be replaced.
     void setDataSource(OutlineViewDataSource *dataSource);
     OutlineViewDataSource *dataSource() const { return dataSource_; }
+
+    /// What draws, measures and edits the rows; null, as at first, leaves them to the style.
+    void setDataCell(std::unique_ptr<TextFieldCell> cell);
+    TextFieldCell *dataCell() const;
 
     /// Makes the rows agree with the data source again. What is expanded stays so by item, what is selected
     /// by row. When nothing of the top level is left it is another tree: all rows are collapsed, none is

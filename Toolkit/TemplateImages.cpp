@@ -3,25 +3,26 @@
 
 #include "Toolkit/TemplateImages.h"
 
-#include <QGuiApplication>
 #include <QIconEngine>
 #include <QPainter>
-#include <QPalette>
 
 namespace {
 
 class CrossEngine final : public QIconEngine
 {
 public:
-    void paint(QPainter *painter, const QRect &rect, QIcon::Mode mode, QIcon::State) override
+    explicit CrossEngine(const QColor &color)
+        : color_(color)
     {
-        const auto group = mode == QIcon::Disabled ? QPalette::Disabled : QPalette::Active;
-        const qreal inset = rect.width() / 4.0;
-        const QRectF cross = QRectF(rect).adjusted(inset, inset, -inset, -inset);
+    }
+
+    void paint(QPainter *painter, const QRect &rect, QIcon::Mode, QIcon::State) override
+    {
+        const qreal lineWidth = rect.width() / 6.0;
+        const QRectF cross = QRectF(rect).adjusted(lineWidth, lineWidth, -lineWidth, -lineWidth);
         painter->save();
         painter->setRenderHint(QPainter::Antialiasing);
-        painter->setPen(QPen(QGuiApplication::palette().color(group, QPalette::WindowText),
-                             rect.width() / 8.0, Qt::SolidLine, Qt::RoundCap));
+        painter->setPen(QPen(color_, lineWidth, Qt::SolidLine, Qt::RoundCap));
         painter->drawLine(cross.topLeft(), cross.bottomRight());
         painter->drawLine(cross.topRight(), cross.bottomLeft());
         painter->restore();
@@ -37,11 +38,14 @@ public:
     }
 
     QIconEngine *clone() const override { return new CrossEngine(*this); }
+
+private:
+    QColor color_;
 };
 
 } // namespace
 
-QIcon TemplateImages::stopProgress()
+QIcon TemplateImages::stopProgress(const QColor &color)
 {
-    return QIcon(new CrossEngine);
+    return QIcon(new CrossEngine(color));
 }

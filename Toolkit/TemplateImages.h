@@ -3,12 +3,13 @@
 
 #pragma once
 
+#include <QColor>
 #include <QIcon>
 
-/// Small symbols in the colour of the palette's text, in light and dark and at any scale.
+/// Small symbols in one colour, at any scale.
 namespace TemplateImages {
 
 /// A diagonal cross: take away, none.
-QIcon stopProgress();
+QIcon stopProgress(const QColor &color);
 
 } // namespace TemplateImages

@@ -4,6 +4,7 @@
 #include "Shared/Source/QNBShared.h"
 
 #include <QStandardPaths>
+#include <QStringList>
 
 QString QNBApplicationSupportPath()
 {
@@ -27,4 +28,56 @@ QString stringByRemovingCharactersInSet(const QString &string, QStringView chara
 QString stringByDeletingFileSystemEntities(const QString &string)
 {
     return stringByRemovingCharactersInSet(string, u"/~:");
+}
+
+quint64 QNBFinderLabelForColor(const QString &colorName)
+{
+    static const QStringList names = {
+        QString(),
+        QStringLiteral("gray"),
+        QStringLiteral("green"),
+        QStringLiteral("purple"),
+        QStringLiteral("blue"),
+        QStringLiteral("yellow"),
+        QStringLiteral("red"),
+        QStringLiteral("orange"),
+    };
+    const qsizetype label = names.indexOf(colorName);
+    return label < 0 ? QNBNotFound : static_cast<quint64>(label);
+}
+
+QNBButtonState QNBButtonStateForBool(bool value)
+{
+    return value ? QNBOnState : QNBOffState;
+}
+
+bool QNBBoolForButtonState(QNBButtonState state)
+{
+    return state == QNBOnState;
+}
+
+Qt::CheckState QNBCheckStateForButtonState(QNBButtonState state)
+{
+    switch (state) {
+    case QNBMixedState:
+        return Qt::PartiallyChecked;
+    case QNBOffState:
+        return Qt::Unchecked;
+    case QNBOnState:
+        break;
+    }
+    return Qt::Checked;
+}
+
+QNBButtonState QNBButtonStateForCheckState(Qt::CheckState state)
+{
+    switch (state) {
+    case Qt::PartiallyChecked:
+        return QNBMixedState;
+    case Qt::Unchecked:
+        return QNBOffState;
+    case Qt::Checked:
+        break;
+    }
+    return QNBOnState;
 }

@@ -5,6 +5,7 @@
 
 #include <QString>
 #include <QStringView>
+#include <limits>
 
 /// The user's application-support folder of the product: `$XDG_DATA_HOME/Quenby` (default
 /// `~/.local/share/Quenby`). It holds "File Content" and "Scripts". Found on the first call and kept for the
@@ -19,3 +20,25 @@ QString stringByRemovingCharactersInSet(const QString &string, QStringView chara
 
 /// \a string without "/", "~" and ":", safe as a file name (but perhaps empty).
 QString stringByDeletingFileSystemEntities(const QString &string);
+
+/// The label number of a file manager for no name that is a label colour.
+inline constexpr quint64 QNBNotFound = static_cast<quint64>(std::numeric_limits<qint64>::max());
+
+/// The number of a label colour, 0 for none (the empty or null name) to 7; QNBNotFound for any other name.
+/// Upper and lower case are not the same.
+quint64 QNBFinderLabelForColor(const QString &colorName);
+
+/// The state of a check box as a number.
+enum QNBButtonState : int {
+    QNBMixedState = -1,
+    QNBOffState = 0,
+    QNBOnState = 1,
+};
+
+QNBButtonState QNBButtonStateForBool(bool value);
+/// Mixed counts as false.
+bool QNBBoolForButtonState(QNBButtonState state);
+
+/// Between these numbers and those of our widgets.
+Qt::CheckState QNBCheckStateForButtonState(QNBButtonState state);
+QNBButtonState QNBButtonStateForCheckState(Qt::CheckState state);

@@ -3,7 +3,10 @@
 
 #include "Shared/Source/QNBShared.h"
 
+#include <QList>
+#include <QStringList>
 #include <gtest/gtest.h>
+#include <utility>
 
 TEST(QNBShared, DeletingFileSystemEntitiesRemovesSlashTildeAndColon)
 {
@@ -47,4 +50,49 @@ TEST(QNBShared, ApplicationSupportPathIsKeptForTheLifeOfTheProcess)
 TEST(QNBShared, ProductIdentifierNamesTheDomain)
 {
     EXPECT_EQ(QNBProductIdentifier(), QStringLiteral("org.quenby.Quenby"));
+}
+
+TEST(QNBShared, FinderLabelsAreThePositionsOfTheirColours)
+{
+    const QStringList names = {QStringLiteral(""),       QStringLiteral("gray"),  QStringLiteral("green"),
+                               QStringLiteral("purple"), QStringLiteral("blue"),  QStringLiteral("yellow"),
+                               QStringLiteral("red"),    QStringLiteral("orange")};
+    for (qsizetype label = 0; label < names.size(); ++label)
+        EXPECT_EQ(QNBFinderLabelForColor(names.at(label)), static_cast<quint64>(label));
+}
+
+TEST(QNBShared, FinderLabelForNullAndForTheEmptyStringIsZero)
+{
+    EXPECT_EQ(QNBFinderLabelForColor(QString()), 0U);
+    EXPECT_EQ(QNBFinderLabelForColor(QStringLiteral("")), 0U);
+}
+
+TEST(QNBShared, FinderLabelForANameOutsideTheTableIsNotFound)
+{
+    EXPECT_EQ(QNBNotFound, 0x7FFFFFFFFFFFFFFFU);
+    for (const char *name : {"Red", "clearColor", "red ", "pink"})
+        EXPECT_EQ(QNBFinderLabelForColor(QString::fromLatin1(name)), QNBNotFound) << name;
+}
+
+TEST(QNBShared, ButtonStateForBoolIsOneOrZero)
+{
+    EXPECT_EQ(QNBButtonStateForBool(true), 1);
+    EXPECT_EQ(QNBButtonStateForBool(false), 0);
+}
+
+TEST(QNBShared, BoolForButtonStateIsTrueForOnAlone)
+{
+    EXPECT_TRUE(QNBBoolForButtonState(static_cast<QNBButtonState>(1)));
+    EXPECT_FALSE(QNBBoolForButtonState(static_cast<QNBButtonState>(0)));
+    EXPECT_FALSE(QNBBoolForButtonState(static_cast<QNBButtonState>(-1)));
+}
+
+TEST(QNBShared, ButtonStatesAreThoseOfOurWidgetsInOtherNumbers)
+{
+    const QList<std::pair<QNBButtonState, Qt::CheckState>> states = {
+        {QNBMixedState, Qt::PartiallyChecked}, {QNBOffState, Qt::Unchecked}, {QNBOnState, Qt::Checked}};
+    for (const auto &[buttonState, checkState] : states) {
+        EXPECT_EQ(QNBCheckStateForButtonState(buttonState), checkState);
+        EXPECT_EQ(QNBButtonStateForCheckState(checkState), buttonState);
+    }
 }

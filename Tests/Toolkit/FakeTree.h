@@ -54,11 +54,17 @@ public:
     {
         return isEditable;
     }
+    void outlineViewWillDisplayCell(OutlineView &, ViewCell &cell, int, const OutlineItem &) override
+    {
+        cell.image = image;
+    }
     void outlineViewSelectionDidChange(OutlineView &) override { ++selectionChanges; }
     void outlineViewDeleteRowRequested(OutlineView &, int row) override { rowsToDelete.append(row); }
 
     NodePtr root = std::make_shared<Node>();
     bool isEditable = false;
+    /// Every row's.
+    QIcon image;
     int childrenAskedFor = 0;
     int valuesAskedFor = 0;
     int selectionChanges = 0;
