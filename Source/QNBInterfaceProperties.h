@@ -10,5 +10,7 @@ namespace QNBInterfaceProperty {
 inline constexpr char action[] = "action";
 /// An integer that tells items with the same action, or checkboxes of one kind, apart.
 inline constexpr char tag[] = "tag";
+/// The text of a menu item that shows a folder, for as long as there is nothing in it.
+inline constexpr char textWhenEmpty[] = "textWhenEmpty";
 
 } // namespace QNBInterfaceProperty

@@ -44,6 +44,7 @@ void QNBPrefPanePref::awakeFromNib()
             &QNBPrefPanePref::descriptionTextDidChange);
     makeContextualMenu();
     setUpHierarchyActions();
+    setUpFolderMenus();
 
     updateSelectionShadow();
     connect(_ui_presetListController, &ArrayController::selectionChanged, this,

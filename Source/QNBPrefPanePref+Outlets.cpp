@@ -113,6 +113,7 @@ QStringList QNBPrefPanePref::connectOutlets(QWidget &view)
     CONNECT(_movePresetDownAction);
     CONNECT(_importPresetsAction);
     CONNECT(_exportPresetAction);
+    CONNECT(_scriptLabel);
     CONNECT(_undoAction);
     CONNECT(_redoAction);
     CONNECT(_addFileAction);

@@ -71,6 +71,7 @@ void QNBPrefPanePref::updateSelectionShadow()
     fullyExpandHierarchy();
     showEmptyState();
     showDescription();
+    showScript();
     for (QPushButton *control : {_removePresetButton, _scriptButton})
         control->setEnabled(_selectedItem != nullptr);
     validateHierarchyActions();

@@ -98,10 +98,12 @@ void QNBPrefPanePref::revealItem(const QNBHierarchyItemPtr &item)
 
 void QNBPrefPanePref::presetValueDidChange(int index, const QString &key)
 {
-    const bool isShown = index == _ui_presetListController->selectionIndex();
-    if (!isShown || key != QNBPresetKey::presetDescription)
+    if (index != _ui_presetListController->selectionIndex())
         return;
+    if (key == QNBPresetKey::scriptFile)
+        showScript();
     // Not while it is being typed, which would move the cursor.
-    if (descriptionText() != _selectedItem->valueForKey(key).toString())
+    if (key == QNBPresetKey::presetDescription &&
+        descriptionText() != _selectedItem->valueForKey(key).toString())
         showDescription();
 }

@@ -4,6 +4,7 @@
 #include "Source/QNBPrefPanePref.h"
 
 #include "Platform/DistributedNotificationCenter.h"
+#include "Platform/FileViewer.h"
 #include "Platform/Workspace.h"
 #include "Shared/Source/QNBShared.h"
 #include "Source/QNBPaneLog.h"
@@ -17,12 +18,15 @@ Q_LOGGING_CATEGORY(lcPane, "quenby.pane")
 QNBPrefPanePref::Services QNBPrefPanePref::Services::standard()
 {
     const auto center = std::make_shared<DistributedNotificationCenter>();
+    const auto fileViewer = std::make_shared<FileViewer>();
     return {
         .preferences = std::make_unique<Preferences>(QNBProductIdentifier()),
         .postNotificationName = [center](const QString &name) { center->postNotificationName(name); },
         .openURL = [](const QUrl &url) { return Workspace::openURL(url); },
         .allBundles = [] { return Bundle::allBundles(); },
         .applicationSupportPath = QNBApplicationSupportPath(),
+        .openFile = [](const QString &path) { return Workspace::openFile(path); },
+        .selectFile = [fileViewer](const QString &path) { return fileViewer->selectFile(path); },
         .runAlertPanel = AlertPanel::runner(),
         .runFilePanel = FilePanel::runner(),
     };

@@ -7,6 +7,7 @@
 #include "Platform/Preferences.h"
 #include "Source/QNBDraggedItem.h"
 #include "Source/QNBEditCommand.h"
+#include "Source/QNBFolderMenu.h"
 #include "Source/QNBHoverButton.h"
 #include "Source/QNBItemStep.h"
 #include "Source/QNBOutlineViewAdditions.h"
@@ -70,6 +71,10 @@ public:
         /// The bundles loaded in this process.
         std::function<QList<Bundle>()> allBundles;
         QString applicationSupportPath;
+        /// Opens a file or folder with the program that the desktop chooses for it.
+        std::function<bool(const QString &path)> openFile;
+        /// Shows a file or folder in the file manager.
+        std::function<bool(const QString &path)> selectFile;
         AlertPanel::Runner runAlertPanel;
         FilePanel::Runner runFilePanel;
 
@@ -103,6 +108,17 @@ public:
     void openAppWebsite();
     void openHelpWebsite();
     void observeValueForKeyPath(const QString &keyPath);
+
+    /// Builds the entries of the menus of content files and scripts anew, below the three fixed ones; any
+    /// other menu is left alone. What an entry stands for is its data, a path relative to the folder that the
+    /// menu shows; its text is that path in a form fit to be read.
+    void menuNeedsUpdate(QMenu &menu);
+    void fileContentItemClicked(const QAction &menuItem);
+    void scriptsItemClicked(const QAction &menuItem);
+    /// Where the pointer is if that is over \a sender, otherwise below it.
+    void popUpScriptSelectionMenu(const QWidget &sender);
+    void openScriptsFolder();
+    void openFileContentFolder();
 
     /// Take back and make again what the user did, step by step; presets that are concerned get selected.
     void undo();
@@ -216,6 +232,17 @@ private:
     void readPreferences();
     void writePreferences();
     void notifyPresetsChanged();
+
+    // Menus of content files and scripts
+    void setUpFolderMenus();
+    void folderMenuItemTriggered(QAction &menuItem);
+    void addEntries(QMenu &menu, QNBFolderMenu::Kind kind, const QString &current);
+    QString supportFolder(QNBFolderMenu::Kind kind) const;
+    /// The same, made if it is missing: there is something to be put into it.
+    QString madeSupportFolder(QNBFolderMenu::Kind kind) const;
+    /// The selected preset's; empty for none.
+    QString selectedScript() const;
+    void showScript();
 
     // History
     void setUpHistory();
@@ -342,6 +369,7 @@ private:
     QAction *_movePresetDownAction = nullptr;
     QAction *_importPresetsAction = nullptr;
     QAction *_exportPresetAction = nullptr;
+    QLabel *_scriptLabel = nullptr;
     QAction *_undoAction = nullptr;
     QAction *_redoAction = nullptr;
     QAction *_addFileAction = nullptr;

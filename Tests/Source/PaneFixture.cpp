@@ -99,6 +99,16 @@ QNBPrefPanePref::Services PaneFixture::services()
                 return bundle ? QList<Bundle>{*bundle} : QList<Bundle>{};
             },
         .applicationSupportPath = path(QStringLiteral("support/Quenby")),
+        .openFile =
+            [this](const QString &file) {
+                openedFiles << file;
+                return true;
+            },
+        .selectFile =
+            [this](const QString &file) {
+                selectedFiles << file;
+                return true;
+            },
         .runAlertPanel =
             [this](QWidget *parent, const AlertPanel &alert) {
                 EXPECT_TRUE(parent && parent->window() == view->window()) << "in front of the pane's window";

@@ -56,6 +56,9 @@ protected:
     QTemporaryDir home;
     QStringList notifications;
     QList<QUrl> openedURLs;
+    QStringList openedFiles;
+    /// Shown in the file manager.
+    QStringList selectedFiles;
     /// The alerts and file dialogs that the pane put, and what the next ones are answered; one without an
     /// answer fails the test.
     QList<AlertPanel> alerts;
