@@ -59,7 +59,7 @@ QString shortened(const QString &path, const QWidget &widget, int characters)
 /// With nothing in \a text taken for a mnemonic.
 QString literal(QString text)
 {
-    return text.replace(u'&', u"&&");
+    return text.replace(u'&', QStringLiteral("&&"));
 }
 
 bool standsForNoFile(const QAction &menuItem)

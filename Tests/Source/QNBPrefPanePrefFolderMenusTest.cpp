@@ -291,7 +291,7 @@ TEST_F(QNBPrefPanePrefFolderMenus, WithoutAPresetTheScriptMenuShowsOnlyItsFixedI
     pane->menuNeedsUpdate(scriptMenu());
     QAction chosen;
     chosen.setData(QStringLiteral("run.sh"));
-    controller().setSelectionIndex(ArrayController::noSelection);
+    controller().setSelectionIndex(ArrayController::noIndex);
     pane->menuNeedsUpdate(scriptMenu());
     EXPECT_EQ(scriptMenu().actions().size(), fixedItems);
     pane->scriptsItemClicked(chosen);
@@ -520,7 +520,8 @@ TEST_F(QNBPrefPanePrefFolderMenus, TheScriptMenuPopsUpForTheSender)
     QTest::keyClick(&scriptMenu(), Qt::Key_Return);
     EXPECT_EQ(script().toString(), QStringLiteral("run.sh"));
 
-    QContextMenuEvent event(QContextMenuEvent::Keyboard, QPoint(3, 3));
+    QContextMenuEvent event(QContextMenuEvent::Keyboard, QPoint(3, 3),
+                            scriptButton().mapToGlobal(QPoint(3, 3)));
     QCoreApplication::sendEvent(&scriptButton(), &event);
     EXPECT_TRUE(scriptMenu().isVisible());
     EXPECT_EQ(checked(scriptMenu()), QStringList{QStringLiteral("run.sh")});
