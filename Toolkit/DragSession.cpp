@@ -45,7 +45,8 @@ DragSession::~DragSession()
 bool DragSession::eventFilter(QObject *watched, QEvent *event)
 {
     if (!isRunning_)
-        return watched == &viewport_ && event->type() == QEvent::MouseMove;
+        return watched == &viewport_ &&
+               (event->type() == QEvent::MouseMove || event->type() == QEvent::MouseButtonRelease);
     // The file is to be there before the other program hears of the drop.
     if (event->type() == QEvent::MouseButtonRelease && currentAction_ != Qt::IgnoreAction &&
         isOverAnotherProgram())

@@ -16,8 +16,8 @@ class QWidget;
 /// One drag that begins in a view, from the moment at which it is decided on until it is dropped.
 ///
 /// A drag runs in an event loop of its own, in which anything may happen, the end of the view included. So it
-/// does not run within the view's handling of the mouse but soon after; until then the view gets no more
-/// moves of the mouse. It goes with its view, and that cancels it.
+/// does not run within the view's handling of the mouse but soon after; until then the view hears no
+/// more of the mouse. It goes with its view, and that cancels it.
 class DragSession final : public QObject
 {
 public:

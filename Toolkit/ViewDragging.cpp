@@ -51,6 +51,21 @@ DragOperations operationsAskedFor(Qt::KeyboardModifiers modifiers)
     return shift ? DragOperation::Move | DragOperation::Generic : DragOperations(DragOperation::Every);
 }
 
+/// The row at \a index as far as it shows something, so that the picture of it hides little of the place that
+/// it is dragged over.
+QRect contentOfRow(const QAbstractItemView &view, const QModelIndex &index)
+{
+    QRect content;
+    for (int column = 0; column < index.model()->columnCount(index.parent()); ++column) {
+        const QModelIndex cell = index.siblingAtColumn(column);
+        QRect rect = view.visualRect(cell);
+        const int unused = std::max(0, rect.width() - view.sizeHintForIndex(cell).width());
+        rect.adjust(view.isRightToLeft() ? unused : 0, 0, view.isRightToLeft() ? 0 : -unused, 0);
+        content |= rect;
+    }
+    return content & view.viewport()->rect();
+}
+
 } // namespace
 
 ViewDragging::ViewDragging(QAbstractItemView &view)
@@ -77,9 +92,9 @@ void ViewDragging::begin(const QModelIndex &index, std::unique_ptr<QMimeData> de
         promised_.push_back(promised);
 
     QWidget &viewport = *view_.viewport();
-    const QRect row = view_.visualRect(index) & viewport.rect();
+    const QRect content = contentOfRow(view_, index);
     const QPoint mouse = viewport.mapFromGlobal(QCursor::pos());
-    const DragSession::Image image{viewport.grab(row), mouse - row.topLeft()};
+    const DragSession::Image image{viewport.grab(content), mouse - content.topLeft()};
     // One set of actions is offered to all programs. What is proposed is what the other ones may do, for our
     // own views look at the mask.
     const Qt::DropActions others = actionsOf(otherMask_);
