@@ -60,6 +60,7 @@ void QNBPrefPanePref::awakeFromNib()
                        QIcon(bundle->pathForResource(QNBDragHandleImage, dragHandleImageType)));
 
     setUpColorButtons();
+    _ui_presetHierarchyView->registerForDraggedTypes({QNBDraggedItem::pasteboardType});
 
     if (const FileResult copied =
             QNBSettingsStore::setUpApplicationSupport(bundle, _services.applicationSupportPath);

@@ -5,6 +5,8 @@
 
 #include "Platform/KeyedUnarchiver.h"
 
+#include <QDragEnterEvent>
+#include <QDropEvent>
 #include <QMimeData>
 
 namespace {
@@ -40,6 +42,32 @@ protected:
     OutlineItem target(const char *folder) const
     {
         return *folder ? OutlineItem(item(text(folder))) : OutlineItem();
+    }
+
+    QRect rowRect(const char *path) const
+    {
+        outline().scrollTo(outline().model()->index(0, 0));
+        const int height = outline().visualRect(outline().model()->index(0, 0)).height();
+        return {outline().viewport()->width() / 2, row(text(path)) * height, 1, height};
+    }
+    /// The mouse comes, moves and lets go there; whether the drop showed as possible.
+    bool dropAt(const QPoint &point)
+    {
+        const auto send = [this](QEvent &event) {
+            QCoreApplication::sendEvent(outline().viewport(), &event);
+        };
+        QDragEnterEvent enter(point, Qt::MoveAction, &data, Qt::LeftButton, Qt::NoModifier);
+        send(enter);
+        QDragMoveEvent move(point, Qt::MoveAction, &data, Qt::LeftButton, Qt::NoModifier);
+        send(move);
+        if (!enter.isAccepted() || !move.isAccepted()) {
+            QDragLeaveEvent leave;
+            send(leave);
+            return false;
+        }
+        QDropEvent drop(point, Qt::MoveAction, &data, Qt::LeftButton, Qt::NoModifier);
+        send(drop);
+        return drop.isAccepted();
     }
 
     QMimeData data;
@@ -203,4 +231,46 @@ TEST_F(QNBPrefPanePrefHierarchyDragging, TheSameDataCanBeDroppedAfterAnUndo)
     ASSERT_TRUE(accept("folder", -1));
     EXPECT_NE(item(text("folder/a")), first) << "each drop makes a copy of its own";
     EXPECT_EQ(item(text("folder/a"))->uid(), first->uid());
+}
+
+TEST_F(QNBPrefPanePrefHierarchyDragging, TheMouseDropsBetweenRowsAndOntoFolders)
+{
+    openTree({text("folder/"), text("folder/a"), text("b"), text("c")});
+    const QVariantMap before = tree();
+    drag("c");
+    EXPECT_TRUE(dropAt(rowRect("folder/a").topLeft()));
+    EXPECT_EQ(names(text("folder")), QStringList({text("c"), text("a")}));
+    EXPECT_EQ(selectedName(), u"c");
+    drag("b");
+    EXPECT_TRUE(dropAt(rowRect("folder").center()));
+    EXPECT_EQ(names(text("folder")), QStringList({text("b"), text("c"), text("a")}));
+    drag("folder/a");
+    EXPECT_TRUE(dropAt(rowRect("folder").topLeft()));
+    EXPECT_EQ(names(), QStringList({text("a"), text("folder")}));
+    expectUndoAndRedo(before, 3);
+}
+
+TEST_F(QNBPrefPanePrefHierarchyDragging, TheMouseCannotDropAFolderIntoItself)
+{
+    openTree({text("folder/"), text("folder/inner/"), text("folder/inner/a"), text("b")});
+    const QVariantMap before = tree();
+    drag("folder");
+    EXPECT_FALSE(dropAt(rowRect("folder").center()));
+    EXPECT_FALSE(dropAt(rowRect("folder/inner").center()));
+    EXPECT_FALSE(dropAt(rowRect("folder/inner/a").topLeft()));
+    EXPECT_EQ(tree(), before);
+}
+
+TEST_F(QNBPrefPanePrefHierarchyDragging, TheMouseCannotDropWhatIsNotThePanesOwn)
+{
+    openTree({text("folder/"), text("a")});
+    const QVariantMap before = tree();
+    data.setText(text("a"));
+    EXPECT_FALSE(dropAt(rowRect("folder").center()));
+    drag("a");
+    QByteArray archive = data.data(text("QNBHierarchyItemDragType"));
+    data.clear();
+    data.setData(text("QNBHierarchyItemDragType"), archive);
+    EXPECT_FALSE(dropAt(rowRect("folder").center()));
+    EXPECT_EQ(tree(), before);
 }
