@@ -4,6 +4,7 @@
 #include "Source/QNBPrefPanePref.h"
 
 #include "Platform/PathExtension.h"
+#include "Source/QNBHoverCell.h"
 #include "Toolkit/ArrayController.h"
 #include "Toolkit/OutlineView.h"
 
@@ -42,8 +43,10 @@ bool QNBPrefPanePref::outlineViewShouldEditTableColumn(OutlineView &, int, const
 void QNBPrefPanePref::outlineViewWillDisplayCell(OutlineView &, ViewCell &cell, int, const OutlineItem &item)
 {
     const QNBHierarchyItem *shown = itemOrRoot(item);
-    cell.image =
+    const QIcon icon =
         shown->isDirectory() ? _icons.folderIcon() : _icons.iconForFileType(pathExtension(shown->filename()));
+    const auto gel = QNBHoverCell::colorForGel(shown->colorName());
+    cell.image = gel ? _icons.tintedIcon(icon, gel->first) : icon;
 }
 
 void QNBPrefPanePref::outlineViewSelectionDidChange(OutlineView &)

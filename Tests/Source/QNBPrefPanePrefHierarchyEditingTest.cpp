@@ -4,6 +4,7 @@
 #include "HierarchyFixture.h"
 
 #include "Source/QNBHierarchyDepth.h"
+#include "Source/QNBHoverCell.h"
 #include "Toolkit/ArrayController.h"
 
 #include <QAction>
@@ -285,6 +286,27 @@ TEST_F(QNBPrefPanePrefHierarchyEditing, AFileWithoutAnExtensionShowsTheGenericDo
         pane->outlineViewWillDisplayCell(outline(), cell, 0, item(text(name)));
         EXPECT_EQ(cell.image.pixmap(16).toImage(), expected) << name;
     }
+}
+
+TEST_F(QNBPrefPanePrefHierarchyEditing, AColourLabelTintsTheIconHalfWithTheFirstColourOfItsGel)
+{
+    openTree({text("plain"), text("labelled")});
+    const auto image = [this](const char *name) {
+        ViewCell cell;
+        pane->outlineViewWillDisplayCell(outline(), cell, 0, item(text(name)));
+        return cell.image.pixmap(16).toImage();
+    };
+    EXPECT_EQ(image("labelled"), image("plain"));
+    for (const char *name : {"red", "orange", "yellow", "green", "blue", "purple", "gray"}) {
+        item(text("labelled"))->setColorName(text(name));
+        WorkspaceIcons icons;
+        const QColor color = QNBHoverCell::colorForGel(text(name))->first;
+        EXPECT_NE(image("labelled"), image("plain")) << name;
+        EXPECT_EQ(image("labelled"), icons.tintedIcon(icons.iconForFile({}), color).pixmap(16).toImage())
+            << name;
+    }
+    item(text("labelled"))->setColorName(text("mauve"));
+    EXPECT_EQ(image("labelled"), image("plain")) << "no label's colour";
 }
 
 TEST_F(QNBPrefPanePrefHierarchyEditing, SelectingAPresetExpandsAllOfIt)
