@@ -32,6 +32,8 @@ void QNBPrefPanePref::makePresetList()
          {.identifier = QNBPresetKey::label, .key = QNBPresetKey::label, .isEditable = true}});
     _ui_presetListView->setDelegate(this);
     _ui_presetListView->setController(_ui_presetListController);
+    _ui_presetListView->setDraggingSourceOperationMask(DragOperation::Copy, false);
+    _ui_presetListView->registerForDraggedTypes({PasteboardType::filenames, QNBRowIndexDragType});
     _presetActionsButton->setMenu(_presetActionsMenu);
     _exchangeFolder = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
     setUpPresetActions();
