@@ -8,7 +8,7 @@
 #include <QPoint>
 #include <QStringList>
 
-#include <functional>
+#include <optional>
 
 /// A person with a keyboard and a mouse in front of a screen. What they do reaches the window with the
 /// keyboard, or the one below the pointer, in the order in which it was done.
@@ -27,12 +27,14 @@ public:
     void types(const QString &text) const;
     void clicks(QPoint place) const;
     void rightClicks(QPoint place) const;
-    /// Moves the pointer with the button held, and lets go once \a isReady: whoever the drag is over has seen
-    /// it. False if that does not come; the drag is cancelled then.
-    bool drags(QPoint from, QPoint to, const std::function<bool()> &isReady) const;
+    /// Drags what is at \a from to \a to, and drops it there, once what \a dragging shows below the pointer
+    /// has come along. False if it does not come; the drag is given up then.
+    bool drags(QPoint from, QPoint to, const ChildProcess &dragging) const;
 
 private:
-    void does(const QStringList &arguments) const { screen_.ask(QStringLiteral("xdotool"), arguments); }
+    /// How far from the pointer a window is.
+    QPoint distanceToPointer(const QString &window) const;
+    void does(const QStringList &arguments) const;
 
     const VirtualScreen &screen_;
 };

@@ -16,8 +16,8 @@ constexpr std::chrono::seconds patience(30);
 
 } // namespace
 
-EditorFixture::EditorFixture()
-    : screen_(session_.home())
+EditorFixture::EditorFixture(QSize screenSize)
+    : screen_(session_.home(), screenSize)
     , reader_(session_.busAddress(),
               screen_.environmentFrom(session_.home().environment(session_.busAddress())))
     , user_(screen_)
@@ -25,13 +25,18 @@ EditorFixture::EditorFixture()
 {
 }
 
-void EditorFixture::start()
+void EditorFixture::openPane()
 {
     host_ = session_.startHost(&screen_);
     window_ = screen_.windowOf(host_->pid());
     ASSERT_FALSE(window_.isEmpty()) << host_->errors().constData();
     ASSERT_TRUE(waitUntil([&] { return screen_.activeWindow() == window_; }));
     ASSERT_TRUE(pane_.isThere()) << host_->errors().constData();
+}
+
+void EditorFixture::start()
+{
+    ASSERT_NO_FATAL_FAILURE(openPane());
     other_ = std::make_unique<ChildProcess>(QStringLiteral("xev"),
                                             QStringList{QStringLiteral("-name"), QStringLiteral("other")},
                                             screen_.environmentFrom(session_.home().environment()));
@@ -43,9 +48,8 @@ void EditorFixture::start()
 
 QByteArray EditorFixture::stored()
 {
-    const int notifications = session_.notifications();
     EXPECT_TRUE(screen_.activate(otherWindow_));
-    EXPECT_TRUE(session_.waitForNotifications(notifications + 1)) << session_.notifications();
+    EXPECT_TRUE(session_.waitForNotifications(++saves_)) << session_.notifications();
     EXPECT_TRUE(screen_.activate(window_));
     return session_.domain().bytes();
 }
@@ -148,6 +152,13 @@ void EditorFixture::goToEntry(const QString &name)
     FAIL() << qPrintable(name) << " is not in\n" << qPrintable(seen.join(u'\n'));
 }
 
+void EditorFixture::walkTo(const QString &name, const QStringList &keys)
+{
+    user_.presses(keys);
+    ASSERT_TRUE(waitUntil([&] { return reader_.focus().name() == name; }, patience))
+        << qPrintable(name) << ", not " << qPrintable(reader_.focus().name());
+}
+
 void EditorFixture::chooseEntry(const QString &name)
 {
     ASSERT_NO_FATAL_FAILURE(goToEntry(name));
@@ -166,16 +177,20 @@ void EditorFixture::answerAlert(const QStringList &texts, const QString &key)
     EXPECT_THAT(found, ElementsAreArray(texts));
     user_.presses(key);
     ASSERT_TRUE(waitUntil([&] { return screen_.activeWindow() == window_; }, patience));
+    // The pane's window has lost the keyboard to the alert, and the alert has lost it again.
+    saves_ += 2;
 }
 
 void EditorFixture::expectTree(const QStringList &tree)
 {
-    EXPECT_TRUE(waitUntil([&] { return pane_.tree() == tree; }, patience))
+    ASSERT_FALSE(HasFatalFailure());
+    ASSERT_TRUE(waitUntil([&] { return pane_.tree() == tree; }, patience))
         << qPrintable(pane_.tree().join(u'\n'));
 }
 
 void EditorFixture::expectPresets(const QStringList &presets)
 {
-    EXPECT_TRUE(waitUntil([&] { return pane_.presets() == presets; }, patience))
+    ASSERT_FALSE(HasFatalFailure());
+    ASSERT_TRUE(waitUntil([&] { return pane_.presets() == presets; }, patience))
         << qPrintable(pane_.presets().join(u'\n'));
 }

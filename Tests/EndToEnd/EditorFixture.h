@@ -17,9 +17,11 @@
 class EditorFixture : public ::testing::Test
 {
 protected:
-    EditorFixture();
+    explicit EditorFixture(QSize screenSize = VirtualScreen::usualSize);
 
-    /// Opens the pane and the other window.
+    /// Opens the pane.
+    void openPane();
+    /// Opens the pane, and the other window beside it.
     void start();
     /// Does something that is one or more \a edits in the pane's history, and remembers what is stored then.
     void step(const std::string &what, int edits, const std::function<void()> &action);
@@ -38,6 +40,8 @@ protected:
     void openMenu(const QString &key);
     /// Goes down in the open menu.
     void goToEntry(const QString &name);
+    /// Presses \a keys, which lead to what is called \a name.
+    void walkTo(const QString &name, const QStringList &keys);
     void chooseEntry(const QString &name);
     /// Waits for the alert, which must say \a texts, and answers it by \a key.
     void answerAlert(const QStringList &texts, const QString &key);
@@ -66,6 +70,7 @@ private:
         QByteArray storedAfter;
     };
 
+    int saves_ = 0;
     QByteArray storedFirst_;
     std::vector<Step> steps_;
 };

@@ -4,6 +4,7 @@
 #include "Tests/EndToEnd/PaneOnScreen.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 
@@ -11,7 +12,7 @@ const QString treeRole = QStringLiteral("tree");
 const QString rowRole = QStringLiteral("tree item");
 const QString labelRole = QStringLiteral("label");
 const QString buttonRole = QStringLiteral("push button");
-const QString alertRole = QStringLiteral("alert");
+const QString alertRole = QStringLiteral("alert message");
 const QString listName = QStringLiteral("Presets");
 const QString treeName = QStringLiteral("Folders and files");
 const QString levelIndentation = QStringLiteral("  ");
@@ -39,10 +40,16 @@ bool PaneOnScreen::isThere()
 QList<Accessible> PaneOnScreen::rows(const Accessible &view)
 {
     QList<Accessible> result;
+    int top = -1;
     const QList<Accessible> children = view.children();
     for (const Accessible &child : children) {
-        // A column of images has no names.
-        if (child.role() == rowRole && !child.name().isEmpty())
+        if (child.role() != rowRole)
+            continue;
+        // What stands before the name in the same row is not its name.
+        const int childTop = child.extents().top();
+        if (std::exchange(top, childTop) == childTop)
+            result.last() = child;
+        else
             result.append(child);
     }
     return result;
@@ -116,9 +123,4 @@ QStringList PaneOnScreen::alert() const
         }
     }
     return result;
-}
-
-bool PaneOnScreen::answers() const
-{
-    return !program_.role().isEmpty();
 }

@@ -38,8 +38,6 @@ public:
     QRect button(const QString &name) const;
     /// The texts of the alert above the pane, its buttons last; empty if there is none.
     QStringList alert() const;
-    /// The program has done all that it was asked before.
-    bool answers() const;
 
 private:
     static QList<Accessible> rows(const Accessible &view);

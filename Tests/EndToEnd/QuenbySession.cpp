@@ -18,6 +18,7 @@ std::unique_ptr<ChildProcess> QuenbySession::startHost(const VirtualScreen *scre
     QProcessEnvironment environment = home_.environment(bus_.address());
     if (screen)
         environment = screen->environmentFrom(environment);
+    environment.insert(variables_);
     return std::make_unique<ChildProcess>(QStringLiteral(QUENBY_PREFERENCES),
                                           QStringList(QStringLiteral(QUENBY_BUNDLE)), environment);
 }

@@ -19,6 +19,8 @@ class QuenbySession
 public:
     QuenbySession();
 
+    /// What the desktop tells the programs that it starts.
+    void setVariable(const QString &name, const QString &value) { variables_.insert(name, value); }
     /// Starts the host, on \a screen if there is one, else with windows that nobody sees.
     std::unique_ptr<ChildProcess> startHost(const VirtualScreen *screen = nullptr) const;
     /// Waits until \a host could be asked to end without losing anything.
@@ -33,6 +35,7 @@ public:
     bool waitForNotifications(int count);
 
 private:
+    QProcessEnvironment variables_;
     TemporaryHome home_;
     PrivateBus bus_;
     NotificationListener listener_;

@@ -15,14 +15,14 @@ constexpr int stepsOfADrag = 8;
 
 } // namespace
 
-VirtualScreen::VirtualScreen(const TemporaryHome &home)
+VirtualScreen::VirtualScreen(const TemporaryHome &home, QSize size)
     : environment_(home.environment())
 {
     server_ = std::make_unique<ChildProcess>(
         QStringLiteral("Xvfb"),
         QStringList{QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-screen"),
-                    QStringLiteral("0"), QStringLiteral("1280x900x24"), QStringLiteral("-nolisten"),
-                    QStringLiteral("tcp"), QStringLiteral("-noreset")},
+                    QStringLiteral("0"), QStringLiteral("%1x%2x24").arg(size.width()).arg(size.height()),
+                    QStringLiteral("-nolisten"), QStringLiteral("tcp"), QStringLiteral("-noreset")},
         environment_);
     if (!waitUntil([this] { return server_->output().contains('\n'); }))
         qFatal("no screen: %s", server_->errors().constData());

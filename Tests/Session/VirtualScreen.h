@@ -7,6 +7,7 @@
 #include "Tests/Session/TemporaryHome.h"
 
 #include <QPoint>
+#include <QSize>
 #include <QStringList>
 
 #include <functional>
@@ -16,7 +17,9 @@
 class VirtualScreen
 {
 public:
-    explicit VirtualScreen(const TemporaryHome &home);
+    static constexpr QSize usualSize{1280, 900};
+
+    explicit VirtualScreen(const TemporaryHome &home, QSize size = usualSize);
 
     /// \a environment for a program that shows its windows here, with accessibility on.
     QProcessEnvironment environmentFrom(QProcessEnvironment environment) const;
