@@ -14,14 +14,6 @@
 #include <QProgressBar>
 #include <QProgressDialog>
 #include <QUrl>
-#include <chrono>
-
-namespace {
-
-/// What the window may stand still for without telling why.
-constexpr std::chrono::milliseconds unexplainedWait(1000);
-
-} // namespace
 
 std::optional<AlertPanel::Answer> QNBPrefPanePref::answerTo(const AlertPanel &alert)
 {
@@ -42,7 +34,7 @@ QStringList QNBPrefPanePref::filesFor(const FilePanel &panel)
 void QNBPrefPanePref::importPresets(const QStringList &paths, int row)
 {
     auto *import = new QNBPresetImport(paths, this);
-    if (import->wait(unexplainedWait)) {
+    if (import->wait(_services.unexplainedWait)) {
         insertImportedPresets(import->presets(), row);
         delete import;
         return;

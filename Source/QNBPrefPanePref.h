@@ -26,6 +26,7 @@
 #include <QObject>
 #include <QPointer>
 #include <QUndoStack>
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -77,6 +78,8 @@ public:
         std::function<bool(const QString &path)> selectFile;
         AlertPanel::Runner runAlertPanel;
         FilePanel::Runner runFilePanel;
+        /// What the window may stand still for without telling why.
+        std::chrono::milliseconds unexplainedWait = std::chrono::seconds(1);
 
         /// The user's own.
         static Services standard();

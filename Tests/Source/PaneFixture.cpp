@@ -123,6 +123,7 @@ QNBPrefPanePref::Services PaneFixture::services()
                 EXPECT_FALSE(filePanelAnswers.isEmpty()) << qPrintable(panel.title);
                 return filePanelAnswers.isEmpty() ? QStringList() : filePanelAnswers.takeFirst();
             },
+        .unexplainedWait = unexplainedWait,
     };
 }
 

@@ -65,6 +65,8 @@ protected:
     QList<AlertPanel::Answer> alertAnswers;
     QList<FilePanel> filePanels;
     QList<QStringList> filePanelAnswers;
+    /// However slow the machine is, what is asked for is there when the call returns.
+    std::chrono::milliseconds unexplainedWait = std::chrono::minutes(5);
     std::unique_ptr<QNBPrefPanePref> pane;
     std::unique_ptr<QWidget> view;
     std::unique_ptr<QAbstractItemModelTester> listTester;

@@ -131,4 +131,37 @@ TEST_F(ArrayControllerTest, ListAndSelectionAgreeWhenSelectionChangedIsSent)
     EXPECT_EQ(seen, QStringList({QStringLiteral("abcd:d"), QStringLiteral("abc:c")}));
 }
 
+TEST_F(ArrayControllerTest, ChangesThatBelongTogetherTellTheSelectionOnce)
+{
+    QSignalSpy selection(&controller, &ArrayController::selectionChanged);
+    QSignalSpy inserted(&controller, &ArrayController::objectInserted);
+    {
+        const ArrayController::Changes changes(controller);
+        controller.insertObject(FakeRecord::labelled(QStringLiteral("d")), 0);
+        {
+            const ArrayController::Changes inner(controller);
+            controller.insertObject(FakeRecord::labelled(QStringLiteral("e")), 0);
+        }
+        EXPECT_EQ(inserted.count(), 2);
+        EXPECT_EQ(selection.count(), 0);
+    }
+    EXPECT_EQ(selection.count(), 1);
+    EXPECT_EQ(labels(), u"edabc");
+    EXPECT_EQ(selectedLabel(), u"e");
+}
+
+TEST_F(ArrayControllerTest, ChangesThatLeaveTheSameRecordSelectedTellNoSelection)
+{
+    QSignalSpy selection(&controller, &ArrayController::selectionChanged);
+    {
+        const ArrayController::Changes changes(controller);
+        const ArrayController::Object first = controller.arrangedObjects().constFirst();
+        controller.removeObject(first);
+        controller.insertObject(first, 2);
+    }
+    EXPECT_EQ(selection.count(), 0);
+    EXPECT_EQ(labels(), u"bca");
+    EXPECT_EQ(selectedLabel(), u"a");
+}
+
 } // namespace

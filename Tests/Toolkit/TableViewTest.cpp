@@ -181,6 +181,16 @@ TEST_F(TableViewTest, HandleColumnIsNarrowShowsItsImageAndIsNotEditable)
     EXPECT_FALSE(view.model()->setData(handle, QStringLiteral("x")));
 }
 
+TEST_F(TableViewTest, ColumnsWithoutTextsAreCalledAfterTheirRow)
+{
+    view.setController(nullptr);
+    view.setColumns({{.identifier = handleColumn, .width = 20, .accessibleName = QStringLiteral("Take %1")},
+                     {.identifier = labelKey, .key = labelKey, .isEditable = true}});
+    view.setController(&controller);
+    EXPECT_EQ(view.model()->index(1, 0).data(Qt::AccessibleTextRole).toString(), u"Take beta");
+    EXPECT_FALSE(view.model()->index(1, 1).data(Qt::AccessibleTextRole).isValid());
+}
+
 TEST_F(TableViewTest, AnEmptyListSaysSo)
 {
     controller.setContent({});
