@@ -54,15 +54,15 @@ void QNBPrefPanePref::presetWillBeEditedAgain(const QNBPresetRecordPtr &preset)
         static_cast<int>(_ui_presetListController->arrangedObjects().indexOf(preset)));
 }
 
-void QNBPrefPanePref::childWasInserted(const QNBHierarchyItemPtr &parent, std::size_t)
+void QNBPrefPanePref::childWasInserted(const QNBHierarchyItemPtr &parent, std::size_t index)
 {
-    _ui_presetHierarchyView->reloadItem(outlineItem(parent), true);
+    _ui_presetHierarchyView->insertItemAtIndex(static_cast<int>(index), outlineItem(parent));
     showEmptyState();
 }
 
-void QNBPrefPanePref::childWasRemoved(const QNBHierarchyItemPtr &parent, std::size_t)
+void QNBPrefPanePref::childWasRemoved(const QNBHierarchyItemPtr &parent, std::size_t index)
 {
-    _ui_presetHierarchyView->reloadItem(outlineItem(parent), true);
+    _ui_presetHierarchyView->removeItemAtIndex(static_cast<int>(index), outlineItem(parent));
     showEmptyState();
 }
 

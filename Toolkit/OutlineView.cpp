@@ -9,6 +9,7 @@
 #include "Toolkit/TextFieldCell.h"
 
 #include <QHeaderView>
+#include <utility>
 
 OutlineView::OutlineView(QWidget *parent)
     : QTreeView(parent)
@@ -42,14 +43,18 @@ TextFieldCell *OutlineView::dataCell() const
 
 void OutlineView::reloadData()
 {
-    if (!model_->isOtherTree()) {
-        synchronise({}, true);
+    if (model_->isOtherTree()) {
+        const bool hadSelection = selectionModel()->hasSelection();
+        model_->reset();
+        if (hadSelection)
+            notifySelection();
         return;
     }
-    const bool hadSelection = selectionModel()->hasSelection();
-    model_->reset();
-    if (hadSelection)
-        notifySelection();
+    beginUpdates();
+    model_->synchronise({}, true, [this](const QModelIndex &index) { noteIfExpanded(index); });
+    endUpdates();
+    // The values may be others, too.
+    viewport()->update();
 }
 
 void OutlineView::reloadItem(const OutlineItem &item, bool reloadChildren)
@@ -58,8 +63,59 @@ void OutlineView::reloadItem(const OutlineItem &item, bool reloadChildren)
     if (item && !index.isValid())
         return;
     model_->announceChange(index);
-    if (reloadChildren)
-        synchronise(index, false);
+    if (!reloadChildren)
+        return;
+    beginUpdates();
+    model_->synchronise(index, false, [this](const QModelIndex &gone) { noteIfExpanded(gone); });
+    endUpdates();
+}
+
+void OutlineView::insertItemAtIndex(int index, const OutlineItem &inParent)
+{
+    const QModelIndex parent = model_->indexOfItem(inParent);
+    if (inParent && !parent.isValid())
+        return;
+    beginUpdates();
+    model_->insertChild(index, parent, [this](const QModelIndex &gone) { noteIfExpanded(gone); });
+    endUpdates();
+}
+
+void OutlineView::removeItemAtIndex(int index, const OutlineItem &inParent)
+{
+    const QModelIndex parent = model_->indexOfItem(inParent);
+    if (inParent && !parent.isValid())
+        return;
+    beginUpdates();
+    model_->removeChild(index, parent, [this](const QModelIndex &gone) { noteIfExpanded(gone); });
+    endUpdates();
+}
+
+void OutlineView::beginUpdates()
+{
+    if (updates_++ > 0)
+        return;
+    selectedRowBefore_ = selectedRow();
+    selectedItemBefore_ = itemAtRow(selectedRowBefore_);
+}
+
+void OutlineView::endUpdates()
+{
+    if (--updates_ > 0)
+        return;
+    // Those that are still there stand elsewhere now.
+    for (const OutlineItem &item : std::exchange(expandedBefore_, {})) {
+        const QModelIndex index = model_->indexOfItem(item);
+        if (!model_->hasChildren(index))
+            continue;
+        // One layout at the end, instead of one for every row.
+        scheduleDelayedItemsLayout();
+        expand(index);
+    }
+    isSettlingSelection_ = true;
+    selectRow(selectedRowBefore_);
+    isSettlingSelection_ = false;
+    if (itemAtRow(selectedRow()) != std::exchange(selectedItemBefore_, nullptr))
+        notifySelection();
 }
 
 void OutlineView::expandItem(const OutlineItem &item, bool expandChildren)
@@ -68,7 +124,7 @@ void OutlineView::expandItem(const OutlineItem &item, bool expandChildren)
     if (!item && expandChildren)
         expandAll();
     else if (index.isValid() && expandChildren)
-        expandRecursively(index);
+        expandWithChildren(index);
     else if (index.isValid())
         expand(index);
 }
@@ -153,10 +209,26 @@ void OutlineView::paintEvent(QPaintEvent *event)
     EmptyState::paint(*this, placeholderText_);
 }
 
+void OutlineView::rowsAboutToBeRemoved(const QModelIndex &parent, int start, int end)
+{
+    // Otherwise the view looks for another row to select, and lays itself out to show that.
+    if (updates_ > 0)
+        selectionModel()->clear();
+    QTreeView::rowsAboutToBeRemoved(parent, start, end);
+}
+
+void OutlineView::currentChanged(const QModelIndex &current, const QModelIndex &previous)
+{
+    if (updates_ == 0)
+        QTreeView::currentChanged(current, previous);
+}
+
 void OutlineView::selectionChanged(const QItemSelection &selected, const QItemSelection &deselected)
 {
+    if (updates_ > 0)
+        return;
     QTreeView::selectionChanged(selected, deselected);
-    if (!rowsAreChanging_)
+    if (!isSettlingSelection_)
         notifySelection();
 }
 
@@ -186,29 +258,28 @@ void OutlineView::notifySelection()
         dataSource_->outlineViewSelectionDidChange(*this);
 }
 
-void OutlineView::synchronise(const QModelIndex &parent, bool recursively)
+void OutlineView::noteIfExpanded(const QModelIndex &index)
 {
-    const int row = selectedRow();
-    const OutlineItem selected = itemAtRow(row);
+    if (isExpanded(index))
+        expandedBefore_.push_back(model_->itemAtIndex(index));
+}
 
-    rowsAreChanging_ = true;
-    // One layout at the end, instead of one for every difference.
+void OutlineView::expandWithChildren(const QModelIndex &index)
+{
+    if (!model_->hasChildren(index))
+        return;
+    // One layout when all are expanded, instead of one for each.
     scheduleDelayedItemsLayout();
-    std::vector<OutlineItem> expandedBefore;
-    model_->synchronise(parent, recursively, [this, &expandedBefore](const QModelIndex &index) {
-        if (isExpanded(index))
-            expandedBefore.push_back(model_->itemAtIndex(index));
-    });
-    // Those that are still there stand elsewhere now; parents come before children.
-    for (const OutlineItem &item : expandedBefore) {
-        const QModelIndex index = model_->indexOfItem(item);
-        if (index.isValid() && model_->rowCount(index) > 0)
-            expand(index);
+    std::vector<QModelIndex> pending{index};
+    while (!pending.empty()) {
+        const QModelIndex parent = pending.back();
+        pending.pop_back();
+        expand(parent);
+        const int count = model_->rowCount(parent);
+        for (int row = 0; row < count; ++row) {
+            const QModelIndex child = model_->index(row, 0, parent);
+            if (model_->hasChildren(child))
+                pending.push_back(child);
+        }
     }
-    scheduleDelayedItemsLayout();
-    selectRow(row);
-    rowsAreChanging_ = false;
-
-    if (itemAtRow(selectedRow()) != selected)
-        notifySelection();
 }

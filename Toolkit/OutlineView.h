@@ -8,6 +8,7 @@
 
 #include <QBasicTimer>
 #include <QTreeView>
+#include <vector>
 
 class EditingDelegate;
 class OutlineViewModel;
@@ -38,6 +39,16 @@ public:
     void reloadData();
     /// The same for one item's row and, with \a reloadChildren, for its list of children (not for theirs).
     void reloadItem(const OutlineItem &item, bool reloadChildren);
+
+    /// The child at \a index of \a inParent came into the data source's tree, or left it, just now. Keeps
+    /// what reloadItem() keeps, and looks at no other child: this is what to call after an edit, however many
+    /// siblings there are.
+    void insertItemAtIndex(int index, const OutlineItem &inParent);
+    void removeItemAtIndex(int index, const OutlineItem &inParent);
+    /// Between these, rows may come and go by any of the calls above; the view lays itself out, and sees to
+    /// what is selected, once at the end. Do not ask it for rows meanwhile. They nest.
+    void beginUpdates();
+    void endUpdates();
 
     void expandItem(const OutlineItem &item, bool expandChildren = false);
     void collapseItem(const OutlineItem &item);
@@ -77,6 +88,8 @@ protected:
     void dropEvent(QDropEvent *event) override;
     void timerEvent(QTimerEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
+    void rowsAboutToBeRemoved(const QModelIndex &parent, int start, int end) override;
+    void currentChanged(const QModelIndex &current, const QModelIndex &previous) override;
     void selectionChanged(const QItemSelection &selected, const QItemSelection &deselected) override;
 
 private:
@@ -84,7 +97,8 @@ private:
     int rowOfIndex(const QModelIndex &index) const;
     int heightOfRows() const;
     void notifySelection();
-    void synchronise(const QModelIndex &parent, bool recursively);
+    void noteIfExpanded(const QModelIndex &index);
+    void expandWithChildren(const QModelIndex &index);
 
     struct DropPlace
     {
@@ -111,6 +125,13 @@ private:
     QPersistentModelIndex opening_;
     QBasicTimer openingTimer_;
     QString placeholderText_;
-    /// Rows come or go: what the view does to its selection meanwhile is not told to anybody.
-    bool rowsAreChanging_ = false;
+
+    /// How many beginUpdates() are open.
+    int updates_ = 0;
+    int selectedRowBefore_ = noRow;
+    OutlineItem selectedItemBefore_;
+    /// Of the rows that went since beginUpdates(); parents before children.
+    std::vector<OutlineItem> expandedBefore_;
+    /// What is selected right now is told when it is settled.
+    bool isSettlingSelection_ = false;
 };

@@ -5,8 +5,7 @@
 
 #include "Toolkit/OutlineView.h"
 
-#include <QSet>
-#include <algorithm>
+#include <iterator>
 #include <utility>
 
 OutlineViewModel::OutlineViewModel(OutlineView &view)
@@ -42,14 +41,15 @@ OutlineItem OutlineViewModel::itemAtIndex(const QModelIndex &index) const
 
 bool OutlineViewModel::isOtherTree() const
 {
-    if (!root_.isLoaded || root_.children.empty())
+    if (!root_.isLoaded || root_.count() == 0)
         return true;
-    QSet<const void *> shown;
-    for (const auto &child : root_.children)
-        shown.insert(child->item.get());
-    const std::vector<OutlineItem> items = childrenOf({});
-    return std::none_of(items.begin(), items.end(),
-                        [&shown](const OutlineItem &item) { return shown.contains(item.get()); });
+    const int count = asksCount(root_);
+    for (int at = 0; at < count; ++at) {
+        const Node *node = nodes_.value(asksChild(root_, at).get());
+        if (node && node->parent == &root_)
+            return false;
+    }
+    return true;
 }
 
 void OutlineViewModel::reset()
@@ -59,36 +59,83 @@ void OutlineViewModel::reset()
     endResetModel();
 }
 
-void OutlineViewModel::synchronise(const QModelIndex &parent, bool recursively,
-                                   const std::function<void(const QModelIndex &)> &rowGoes)
+/// Makes a change, and announces the node's own row if its disclosure triangle comes or goes with it.
+template <class Change>
+void OutlineViewModel::change(Node &node, const Change &change)
+{
+    const bool hadChildren = node.hasChildren();
+    node.isExpandable = asksExpandable(node.item);
+    change();
+    const QModelIndex index = indexOfNode(node);
+    if (node.hasChildren() != hadChildren && index.isValid())
+        Q_EMIT dataChanged(index, index);
+}
+
+void OutlineViewModel::synchronise(const QModelIndex &parent, bool recursively, const RowGoes &rowGoes)
 {
     std::vector<Node *> pending{&nodeAt(parent)};
     while (!pending.empty()) {
         Node &node = *pending.back();
         pending.pop_back();
-        if (!node.isLoaded)
-            continue;
-        synchroniseChildren(node, rowGoes);
+        change(node, [&] {
+            if (node.isLoaded)
+                synchroniseChildren(node, rowGoes);
+        });
         if (!recursively)
             continue;
-        for (const auto &child : node.children) {
-            if (child->isLoaded)
-                pending.push_back(child.get());
-        }
+        for (int at = 0; at < node.count(); ++at)
+            pending.push_back(&node.child(at));
     }
+}
+
+void OutlineViewModel::insertChild(int at, const QModelIndex &parent, const RowGoes &rowGoes)
+{
+    Node &node = nodeAt(parent);
+    change(node, [&] {
+        if (!node.isLoaded)
+            return;
+        const bool isAsTold = at >= 0 && at <= node.count() && asksCount(node) == node.count() + 1;
+        const Node *known = isAsTold ? nodes_.value(asksChild(node, at).get()) : nullptr;
+        if (isAsTold && (!known || known->parent != &node))
+            insertChildren(node, at, at);
+        else
+            synchroniseChildren(node, rowGoes);
+    });
+}
+
+void OutlineViewModel::removeChild(int at, const QModelIndex &parent, const RowGoes &rowGoes)
+{
+    Node &node = nodeAt(parent);
+    change(node, [&] {
+        if (!node.isLoaded)
+            return;
+        const int last = node.count() - 1;
+        const bool isAsTold = at >= 0 && at <= last && asksCount(node) == last &&
+                              (at == 0 || asksChild(node, at - 1) == node.child(at - 1).item) &&
+                              (at == last || asksChild(node, at) == node.child(at + 1).item);
+        if (isAsTold)
+            removeChildren(node, at, at, rowGoes);
+        else
+            synchroniseChildren(node, rowGoes);
+    });
 }
 
 void OutlineViewModel::announceChange(const QModelIndex &index)
 {
-    if (index.isValid())
-        Q_EMIT dataChanged(index, index.siblingAtColumn(columnCount() - 1));
+    if (!index.isValid())
+        return;
+    Node &node = nodeAt(index);
+    node.isExpandable = asksExpandable(node.item);
+    Q_EMIT dataChanged(index, index);
 }
 
 QModelIndex OutlineViewModel::index(int row, int column, const QModelIndex &parent) const
 {
-    if (!hasIndex(row, column, parent))
+    if (row < 0 || column != 0 || parent.column() > 0)
         return {};
-    return createIndex(row, column, nodeAt(parent).children[static_cast<std::size_t>(row)].get());
+    Node &node = nodeAt(parent);
+    load(node);
+    return row < node.count() ? createIndex(row, column, &node.child(row)) : QModelIndex();
 }
 
 QModelIndex OutlineViewModel::parent(const QModelIndex &index) const
@@ -102,7 +149,7 @@ int OutlineViewModel::rowCount(const QModelIndex &parent) const
         return 0;
     Node &node = nodeAt(parent);
     load(node);
-    return static_cast<int>(node.children.size());
+    return node.count();
 }
 
 int OutlineViewModel::columnCount(const QModelIndex &) const
@@ -113,7 +160,8 @@ int OutlineViewModel::columnCount(const QModelIndex &) const
 bool OutlineViewModel::hasChildren(const QModelIndex &parent) const
 {
     const Node &node = nodeAt(parent);
-    return node.isLoaded ? !node.children.empty() : isExpandable(node);
+    load(root_);
+    return node.hasChildren();
 }
 
 QVariant OutlineViewModel::data(const QModelIndex &index, int role) const
@@ -148,7 +196,7 @@ Qt::ItemFlags OutlineViewModel::flags(const QModelIndex &index) const
     if (!index.isValid())
         return Qt::NoItemFlags;
     Qt::ItemFlags flags = Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsDragEnabled;
-    if (!hasChildren(index))
+    if (!nodeAt(index).hasChildren())
         flags |= Qt::ItemNeverHasChildren;
     if (dataSource_->outlineViewShouldEditTableColumn(view_, index.column(), nodeAt(index).item))
         flags |= Qt::ItemIsEditable;
@@ -165,24 +213,21 @@ QModelIndex OutlineViewModel::indexOfNode(const Node &node) const
     return &node == &root_ ? QModelIndex() : createIndex(node.row, 0, &node);
 }
 
-std::vector<OutlineItem> OutlineViewModel::childrenOf(const OutlineItem &item) const
+bool OutlineViewModel::asksExpandable(const OutlineItem &item) const
 {
-    std::vector<OutlineItem> items;
-    if (!dataSource_ || (item && !dataSource_->outlineViewIsItemExpandable(view_, item)))
-        return items;
-    const int count = dataSource_->outlineViewNumberOfChildrenOfItem(view_, item);
-    items.reserve(static_cast<std::size_t>(count));
-    for (int index = 0; index < count; ++index)
-        items.push_back(dataSource_->outlineViewChildOfItem(view_, index, item));
-    return items;
+    return dataSource_ && dataSource_->outlineViewIsItemExpandable(view_, item);
 }
 
-bool OutlineViewModel::isExpandable(const Node &node) const
+int OutlineViewModel::asksCount(const Node &node) const
 {
-    if (!dataSource_)
-        return false;
-    return node.item ? dataSource_->outlineViewIsItemExpandable(view_, node.item)
-                     : dataSource_->outlineViewNumberOfChildrenOfItem(view_, node.item) > 0;
+    return dataSource_ && (node.isExpandable || &node == &root_)
+               ? dataSource_->outlineViewNumberOfChildrenOfItem(view_, node.item)
+               : 0;
+}
+
+OutlineItem OutlineViewModel::asksChild(const Node &node, int at) const
+{
+    return dataSource_->outlineViewChildOfItem(view_, at, node.item);
 }
 
 void OutlineViewModel::load(Node &node) const
@@ -190,80 +235,83 @@ void OutlineViewModel::load(Node &node) const
     if (node.isLoaded)
         return;
     node.isLoaded = true;
-    const std::vector<OutlineItem> items = childrenOf(node.item);
-    node.children.reserve(items.size());
-    for (const OutlineItem &item : items)
-        node.children.push_back(makeNode(item, node, static_cast<int>(node.children.size())));
+    const int count = asksCount(node);
+    if (count == 0)
+        return;
+    node.children = std::make_unique<Children>();
+    node.children->reserve(static_cast<std::size_t>(count));
+    nodes_.reserve(nodes_.size() + count);
+    for (int at = 0; at < count; ++at)
+        node.children->push_back(makeNode(asksChild(node, at), node, at));
 }
 
-std::unique_ptr<OutlineViewModel::Node> OutlineViewModel::makeNode(const OutlineItem &item, Node &parent,
+std::unique_ptr<OutlineViewModel::Node> OutlineViewModel::makeNode(OutlineItem item, Node &parent,
                                                                    int row) const
 {
     auto node = std::make_unique<Node>();
-    node->item = item;
+    node->isExpandable = asksExpandable(item);
+    node->item = std::move(item);
     node->parent = &parent;
     node->row = row;
-    nodes_.insert(item.get(), node.get());
+    nodes_.insert(node->item.get(), node.get());
     return node;
 }
 
-void OutlineViewModel::synchroniseChildren(Node &node,
-                                           const std::function<void(const QModelIndex &)> &rowGoes)
+void OutlineViewModel::synchroniseChildren(Node &node, const RowGoes &rowGoes)
 {
-    const std::vector<OutlineItem> items = childrenOf(node.item);
-    auto &children = node.children;
-    const auto isSame = [](const std::unique_ptr<Node> &child, const OutlineItem &item) {
-        return child->item == item;
-    };
-    const auto [firstGone, firstNew] =
-        std::mismatch(children.begin(), children.end(), items.begin(), items.end(), isSame);
-    const auto prefix = firstGone - children.begin();
-    std::ptrdiff_t suffix = 0;
-    while (children.end() - firstGone > suffix && items.end() - firstNew > suffix &&
-           isSame(*(children.end() - 1 - suffix), *(items.end() - 1 - suffix)))
-        ++suffix;
+    const int before = node.count();
+    const int now = asksCount(node);
+    const int common = std::min(before, now);
+    int first = 0;
+    while (first < common && node.child(first).item == asksChild(node, first))
+        ++first;
+    int unchangedBehind = 0;
+    while (unchangedBehind < common - first &&
+           node.child(before - 1 - unchangedBehind).item == asksChild(node, now - 1 - unchangedBehind))
+        ++unchangedBehind;
 
-    const int first = static_cast<int>(prefix);
-    const int lastGone = static_cast<int>(children.end() - children.begin() - suffix) - 1;
-    if (lastGone >= first) {
-        for (int row = first; row <= lastGone; ++row) {
-            std::vector<const Node *> pending{children[static_cast<std::size_t>(row)].get()};
-            while (!pending.empty()) {
-                const Node *gone = pending.back();
-                pending.pop_back();
-                rowGoes(indexOfNode(*gone));
-                for (const auto &child : gone->children)
-                    pending.push_back(child.get());
-            }
-        }
-        removeChildren(node, first, lastGone);
-    }
-    const int lastNew = static_cast<int>(items.end() - items.begin() - suffix) - 1;
-    if (lastNew < first)
-        return;
-    std::vector<std::unique_ptr<Node>> added;
-    for (int row = first; row <= lastNew; ++row)
-        added.push_back(makeNode(items[static_cast<std::size_t>(row)], node, row));
-    beginInsertRows(indexOfNode(node), first, lastNew);
-    children.insert(children.begin() + first, std::make_move_iterator(added.begin()),
-                    std::make_move_iterator(added.end()));
-    for (std::size_t row = static_cast<std::size_t>(lastNew) + 1; row < children.size(); ++row)
-        children[row]->row = static_cast<int>(row);
+    if (first < before - unchangedBehind)
+        removeChildren(node, first, before - unchangedBehind - 1, rowGoes);
+    if (first < now - unchangedBehind)
+        insertChildren(node, first, now - unchangedBehind - 1);
+}
+
+void OutlineViewModel::insertChildren(Node &node, int first, int last)
+{
+    Children added;
+    for (int row = first; row <= last; ++row)
+        added.push_back(makeNode(asksChild(node, row), node, row));
+    beginInsertRows(indexOfNode(node), first, last);
+    if (!node.children)
+        node.children = std::make_unique<Children>();
+    node.children->insert(node.children->begin() + first, std::make_move_iterator(added.begin()),
+                          std::make_move_iterator(added.end()));
+    for (int row = last + 1; row < node.count(); ++row)
+        node.child(row).row = row;
     endInsertRows();
 }
 
-void OutlineViewModel::removeChildren(Node &node, int first, int last)
+void OutlineViewModel::removeChildren(Node &node, int first, int last, const RowGoes &rowGoes)
 {
-    beginRemoveRows(indexOfNode(node), first, last);
-    auto &children = node.children;
-    for (int row = first; row <= last; ++row) {
-        Node &gone = *children[static_cast<std::size_t>(row)];
-        forgetBelow(gone);
-        forget(gone);
+    std::vector<const Node *> pending;
+    for (int row = first; row <= last; ++row)
+        pending.push_back(&node.child(row));
+    while (!pending.empty()) {
+        const Node *gone = pending.back();
+        pending.pop_back();
+        rowGoes(indexOfNode(*gone));
+        for (int at = 0; at < gone->count(); ++at)
+            pending.push_back(&gone->child(at));
     }
-    children.erase(children.begin() + first, children.begin() + last + 1);
-    for (std::size_t row = static_cast<std::size_t>(first); row < children.size(); ++row)
-        children[row]->row = static_cast<int>(row);
+
+    beginRemoveRows(indexOfNode(node), first, last);
+    for (int row = first; row <= last; ++row) {
+        forgetBelow(node.child(row));
+        forget(node.child(row));
+    }
+    node.children->erase(node.children->begin() + first, node.children->begin() + last + 1);
+    for (int row = first; row < node.count(); ++row)
+        node.child(row).row = row;
     endRemoveRows();
 }
 
@@ -278,14 +326,20 @@ void OutlineViewModel::forget(const Node &node)
 void OutlineViewModel::forgetBelow(Node &node)
 {
     // Taken apart level by level, so that the depth of a tree needs no stack.
-    std::vector<std::unique_ptr<Node>> pending = std::exchange(node.children, {});
-    node.isLoaded = false;
+    Children pending;
+    const auto takeChildren = [&pending](Node &from) {
+        if (from.children)
+            std::move(from.children->begin(), from.children->end(), std::back_inserter(pending));
+        from.children.reset();
+    };
     if (&node == &root_)
         nodes_.clear();
+    takeChildren(node);
+    node.isLoaded = false;
     while (!pending.empty()) {
         const std::unique_ptr<Node> gone = std::move(pending.back());
         pending.pop_back();
         forget(*gone);
-        std::move(gone->children.begin(), gone->children.end(), std::back_inserter(pending));
+        takeChildren(*gone);
     }
 }

@@ -3,9 +3,8 @@
 
 #include "Toolkit/OutlineView.h"
 
-#include "FakeTree.h"
+#include "OutlineViewFixture.h"
 
-#include <QAbstractItemModelTester>
 #include <QLineEdit>
 #include <QSignalSpy>
 #include <QTest>
@@ -14,50 +13,7 @@
 namespace {
 
 using NodePtr = FakeTree::NodePtr;
-
-class OutlineViewTest : public ::testing::Test
-{
-protected:
-    OutlineViewTest()
-    {
-        // docs(a, b(deep)), empty, src(x, y)
-        docs = tree.root->add(QStringLiteral("docs"));
-        docs->add(QStringLiteral("a"));
-        docs->add(QStringLiteral("b"))->add(QStringLiteral("deep"));
-        empty = tree.root->add(QStringLiteral("empty"));
-        src = tree.root->add(QStringLiteral("src"));
-        src->add(QStringLiteral("x"));
-        src->add(QStringLiteral("y"));
-        view.setDataSource(&tree);
-        view.resize(300, 300);
-        view.show();
-        EXPECT_TRUE(QTest::qWaitForWindowActive(&view));
-        view.setFocus();
-    }
-
-    ~OutlineViewTest() override { view.setDataSource(nullptr); }
-
-    QString nameAtRow(int row) const
-    {
-        const OutlineItem item = view.itemAtRow(row);
-        return item ? static_cast<FakeTree::Node *>(item.get())->name : QStringLiteral("(none)");
-    }
-
-    QString rows() const
-    {
-        QStringList names;
-        for (int row = 0; row < view.numberOfRows(); ++row)
-            names << nameAtRow(row);
-        return names.join(u' ');
-    }
-
-    FakeTree tree;
-    NodePtr docs;
-    NodePtr empty;
-    NodePtr src;
-    OutlineView view;
-    QAbstractItemModelTester tester{view.model(), QAbstractItemModelTester::FailureReportingMode::Fatal};
-};
+using OutlineViewTest = OutlineViewFixture;
 
 TEST_F(OutlineViewTest, RowsAreCountedAsOnScreen)
 {
