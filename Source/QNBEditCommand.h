@@ -16,6 +16,9 @@ public:
 
     /// An edit of this preset is about to be taken back or made again: the user should see it happen.
     virtual void presetWillBeEditedAgain(const QNBPresetRecordPtr &preset) = 0;
+    /// Around changes that belong together: what there is to be seen can wait until all are made.
+    virtual void changesWillBegin() = 0;
+    virtual void changesDidEnd() = 0;
     virtual void childWasInserted(const QNBHierarchyItemPtr &parent, std::size_t index) = 0;
     virtual void childWasRemoved(const QNBHierarchyItemPtr &parent, std::size_t index) = 0;
     /// Names, labels or other attributes of these items are others now.

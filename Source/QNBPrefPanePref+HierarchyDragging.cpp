@@ -171,6 +171,7 @@ std::vector<bool> QNBPrefPanePref::expansionOf(const QNBHierarchyItemPtr &item) 
 void QNBPrefPanePref::setExpansionOf(const QNBHierarchyItemPtr &item, const std::vector<bool> &expansion)
 {
     QNBHierarchyItem::Children pending{item};
+    _ui_presetHierarchyView->beginUpdates();
     for (const bool isExpanded : expansion) {
         const QNBHierarchyItemPtr next = pending.back();
         pending.pop_back();
@@ -178,4 +179,5 @@ void QNBPrefPanePref::setExpansionOf(const QNBHierarchyItemPtr &item, const std:
             _ui_presetHierarchyView->expandItem(next);
         pending.insert(pending.end(), next->children().rbegin(), next->children().rend());
     }
+    _ui_presetHierarchyView->endUpdates();
 }

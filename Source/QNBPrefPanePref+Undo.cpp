@@ -54,6 +54,16 @@ void QNBPrefPanePref::presetWillBeEditedAgain(const QNBPresetRecordPtr &preset)
         static_cast<int>(_ui_presetListController->arrangedObjects().indexOf(preset)));
 }
 
+void QNBPrefPanePref::changesWillBegin()
+{
+    _ui_presetHierarchyView->beginUpdates();
+}
+
+void QNBPrefPanePref::changesDidEnd()
+{
+    _ui_presetHierarchyView->endUpdates();
+}
+
 void QNBPrefPanePref::childWasInserted(const QNBHierarchyItemPtr &parent, std::size_t index)
 {
     _ui_presetHierarchyView->insertItemAtIndex(static_cast<int>(index), outlineItem(parent));
@@ -68,8 +78,7 @@ void QNBPrefPanePref::childWasRemoved(const QNBHierarchyItemPtr &parent, std::si
 
 void QNBPrefPanePref::itemsDidChange(const QNBHierarchyItem::Children &items)
 {
-    for (const QNBHierarchyItemPtr &item : items)
-        _ui_presetHierarchyView->reloadItem(item, false);
+    _ui_presetHierarchyView->reloadItems({items.begin(), items.end()});
 }
 
 void QNBPrefPanePref::itemWasEditedAgain(const QNBHierarchyItemPtr &item)

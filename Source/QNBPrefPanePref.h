@@ -250,6 +250,8 @@ private:
     // History
     void setUpHistory();
     void presetWillBeEditedAgain(const QNBPresetRecordPtr &preset) override;
+    void changesWillBegin() override;
+    void changesDidEnd() override;
     void childWasInserted(const QNBHierarchyItemPtr &parent, std::size_t index) override;
     void childWasRemoved(const QNBHierarchyItemPtr &parent, std::size_t index) override;
     void itemsDidChange(const QNBHierarchyItem::Children &items) override;

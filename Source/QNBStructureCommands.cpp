@@ -60,13 +60,17 @@ QNBMoveItemCommand::QNBMoveItemCommand(QNBEditObserver &observer, QNBPresetRecor
 
 void QNBMoveItemCommand::apply()
 {
+    observer().changesWillBegin();
     insert(copy_, to_.parent, to_.afterSibling);
     siblingBefore_ = siblingBefore(*item_, *parent_);
     remove(item_, parent_);
+    observer().changesDidEnd();
 }
 
 void QNBMoveItemCommand::revert()
 {
+    observer().changesWillBegin();
     insert(item_, parent_, siblingBefore_);
     remove(copy_, to_.parent);
+    observer().changesDidEnd();
 }

@@ -70,6 +70,15 @@ void OutlineView::reloadItem(const OutlineItem &item, bool reloadChildren)
     endUpdates();
 }
 
+void OutlineView::reloadItems(const std::vector<OutlineItem> &items)
+{
+    // The view searches all its rows for each that changed, unless it is about to lay them out anyway.
+    if (items.size() > 1)
+        scheduleDelayedItemsLayout();
+    for (const OutlineItem &item : items)
+        model_->announceChange(model_->indexOfItem(item));
+}
+
 void OutlineView::insertItemAtIndex(int index, const OutlineItem &inParent)
 {
     const QModelIndex parent = model_->indexOfItem(inParent);
@@ -121,6 +130,9 @@ void OutlineView::endUpdates()
 void OutlineView::expandItem(const OutlineItem &item, bool expandChildren)
 {
     const QModelIndex index = model_->indexOfItem(item);
+    // One layout at the end, instead of one for every item.
+    if (updates_ > 0)
+        scheduleDelayedItemsLayout();
     if (!item && expandChildren)
         expandAll();
     else if (index.isValid() && expandChildren)

@@ -39,14 +39,17 @@ public:
     void reloadData();
     /// The same for one item's row and, with \a reloadChildren, for its list of children (not for theirs).
     void reloadItem(const OutlineItem &item, bool reloadChildren);
+    /// The same for the rows of many items, not for their children.
+    void reloadItems(const std::vector<OutlineItem> &items);
 
     /// The child at \a index of \a inParent came into the data source's tree, or left it, just now. Keeps
     /// what reloadItem() keeps, and looks at no other child: this is what to call after an edit, however many
     /// siblings there are.
     void insertItemAtIndex(int index, const OutlineItem &inParent);
     void removeItemAtIndex(int index, const OutlineItem &inParent);
-    /// Between these, rows may come and go by any of the calls above; the view lays itself out, and sees to
-    /// what is selected, once at the end. Do not ask it for rows meanwhile. They nest.
+    /// Between these, rows may come and go by any of the calls above, and items be expanded; the view lays
+    /// itself out, and sees to what is selected, once at the end. Do not ask it for rows meanwhile. They
+    /// nest.
     void beginUpdates();
     void endUpdates();
 

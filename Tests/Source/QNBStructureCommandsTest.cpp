@@ -122,8 +122,8 @@ TEST_F(QNBStructureCommands, MoveReplacesTheItemByItsCopy)
     EXPECT_EQ(names(left), (QStringList{QStringLiteral("a"), QStringLiteral("c")}));
     EXPECT_EQ(right->childAtIndex(1), copy);
     EXPECT_EQ(copy->uid(), item->uid());
-    EXPECT_EQ(observer.take(),
-              (QStringList{QStringLiteral("inserted 1 in right"), QStringLiteral("removed 1 in left")}));
+    EXPECT_EQ(observer.take(), (QStringList{QStringLiteral("begin"), QStringLiteral("inserted 1 in right"),
+                                            QStringLiteral("removed 1 in left"), QStringLiteral("end")}));
     const QVariantMap after = tree();
 
     history.undo();

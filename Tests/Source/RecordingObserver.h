@@ -13,6 +13,8 @@ class RecordingObserver final : public QNBEditObserver
 {
 public:
     void presetWillBeEditedAgain(const QNBPresetRecordPtr &) override { told_ << QStringLiteral("preset"); }
+    void changesWillBegin() override { told_ << QStringLiteral("begin"); }
+    void changesDidEnd() override { told_ << QStringLiteral("end"); }
     void childWasInserted(const QNBHierarchyItemPtr &parent, std::size_t index) override
     {
         told_ << QStringLiteral("inserted %1 in %2").arg(index).arg(parent->filename());

@@ -77,6 +77,15 @@ TEST_F(OutlineViewUpdatesTest, AChangedItemIsOneChangedRow)
     EXPECT_EQ(rows(), u"docs empty typed");
 }
 
+TEST_F(OutlineViewUpdatesTest, ManyChangedItemsAreSoManyChangedRows)
+{
+    view.expandItem(nullptr, true);
+    const ModelSignals signalsSeen(*view.model());
+    view.reloadItems({docs, src, src->children[1], std::make_shared<FakeTree::Node>()});
+    EXPECT_EQ(signalsSeen.counts(), (Counts{0, 0, 3, 0}));
+    EXPECT_EQ(rows(), u"docs a b deep empty src x y");
+}
+
 TEST_F(OutlineViewUpdatesTest, TheDisclosureTriangleComesWithTheFirstChildAndGoesWithTheLast)
 {
     const QModelIndex index = view.model()->index(1, 0);
