@@ -156,6 +156,16 @@ protected:
             ASSERT_TRUE(waitUntil([&] { return pane_.presets().indexOf(wedding) == 1; }));
         });
     }
+    /// By another implementation of property lists, which knows what comes along and what was done.
+    void expectPresetsOfTheDay()
+    {
+        ChildProcess checker(QStringLiteral("python3"),
+                             {QStringLiteral(QUENBY_TEST_DATA "/day.py"),
+                              QStringLiteral(QUENBY_BUNDLE "/Contents/Resources/DefaultPresets.plist"),
+                              session_.domain().path()});
+        ASSERT_TRUE(checker.waitForEnd());
+        EXPECT_TRUE(checker.hasReturned(0)) << (checker.output() + checker.errors()).constData();
+    }
     static QPoint middleOfTop(const QRect &row) { return {row.center().x(), row.top()}; }
 
     const QStringList removal_{
@@ -178,11 +188,13 @@ TEST_F(DayOfWorkTest, IsKept)
     moveItems();
     movePreset();
     exportAndImportPreset();
-    undoAllAndRedoAll();
+    ASSERT_FALSE(HasFatalFailure());
+    ASSERT_NO_FATAL_FAILURE(undoAllAndRedoAll());
     // Leaving saves once more, and the same.
     const QByteArray last = session_.domain().bytes();
     user_.presses(QStringLiteral("ctrl+w"));
     ASSERT_TRUE(host_->waitForEnd());
     EXPECT_TRUE(host_->hasReturned(0)) << host_->errors().constData();
     EXPECT_TRUE(session_.domain().bytes() == last);
+    expectPresetsOfTheDay();
 }

@@ -1,0 +1,120 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+// The pictures that these tests look at are kept in the folder that the variable QUENBY_SCREENSHOTS names, if
+// there is one.
+
+#include "Tests/EndToEnd/EditorFixture.h"
+
+#include <QDir>
+#include <QFile>
+#include <QImage>
+
+namespace {
+
+/// What a desktop in dark colours tells its programs; the first group of numbers is for windows.
+const QByteArray darkColors = R"([KDE]
+widgetStyle=Fusion
+[Colors:Window]
+BackgroundNormal=42,46,50
+ForegroundNormal=252,252,252
+[Colors:View]
+BackgroundNormal=27,30,32
+BackgroundAlternate=35,38,41
+ForegroundNormal=252,252,252
+ForegroundLink=29,153,243
+[Colors:Button]
+BackgroundNormal=49,54,59
+ForegroundNormal=252,252,252
+[Colors:Selection]
+BackgroundNormal=61,174,233
+ForegroundNormal=252,252,252
+[Colors:Tooltip]
+BackgroundNormal=49,54,59
+ForegroundNormal=252,252,252
+)";
+
+/// Where an item's icon is, from the left edge of its row.
+constexpr int iconOffset = 12;
+constexpr int iconSize = 16;
+
+struct Appearance
+{
+    const char *name;
+    int scale;
+    bool isDark;
+};
+
+class AppearanceTest : public EditorFixture, public ::testing::WithParamInterface<Appearance>
+{
+protected:
+    AppearanceTest()
+        : EditorFixture(VirtualScreen::usualSize * GetParam().scale)
+    {
+        session_.setVariable(QStringLiteral("QT_SCALE_FACTOR"), QString::number(GetParam().scale));
+        if (GetParam().isDark) {
+            session_.setVariable(QStringLiteral("XDG_CURRENT_DESKTOP"), QStringLiteral("KDE"));
+            session_.setVariable(QStringLiteral("KDE_SESSION_VERSION"), QStringLiteral("5"));
+            QFile colors(session_.home().configFolder() + QStringLiteral("/kdeglobals"));
+            EXPECT_TRUE(colors.open(QIODevice::WriteOnly));
+            colors.write(darkColors);
+        }
+    }
+
+    /// The screen, once it has come to rest; kept as \a name if that is wanted.
+    QImage picture(const QString &name)
+    {
+        QByteArray last;
+        EXPECT_TRUE(waitUntil([&] {
+            const QByteArray next =
+                screen_.ask(QStringLiteral("import"),
+                            {QStringLiteral("-window"), QStringLiteral("root"), QStringLiteral("png24:-")});
+            return std::exchange(last, next) == next;
+        }));
+        const QImage image = QImage::fromData(last);
+        const QString folder = qEnvironmentVariable("QUENBY_SCREENSHOTS");
+        const QString file =
+            QStringLiteral("%1-%2.png").arg(name, QString::fromLatin1(GetParam().name).toLower());
+        EXPECT_TRUE(folder.isEmpty() || image.save(QDir(folder).filePath(file)));
+        return image;
+    }
+    /// The part of \a picture where the program says that \a place is.
+    static QImage part(const QImage &picture, const QRect &place)
+    {
+        const int scale = GetParam().scale;
+        return picture.copy(QRect(place.topLeft() * scale, place.size() * scale));
+    }
+    QImage icon(const QImage &picture, const QString &item) const
+    {
+        const QRect row = pane_.item(item);
+        return part(picture,
+                    QRect(row.left() + iconOffset, row.center().y() - iconSize / 2, iconSize, iconSize));
+    }
+    static int averageOf(const QImage &image)
+    {
+        qint64 sum = 0;
+        for (int y = 0; y < image.height(); ++y) {
+            for (int x = 0; x < image.width(); ++x)
+                sum += qGray(image.pixel(x, y));
+        }
+        return int(sum / (qint64(image.width()) * image.height()));
+    }
+};
+
+} // namespace
+
+TEST_P(AppearanceTest, LabelsAreSeen)
+{
+    ASSERT_NO_FATAL_FAILURE(openPane());
+    ASSERT_NO_FATAL_FAILURE(goToItem(QStringLiteral("Brief.md")));
+    const QImage window = picture(QStringLiteral("presets"));
+    const int ground = averageOf(part(window, pane_.itemTree()));
+    EXPECT_EQ(ground < 128, GetParam().isDark) << ground;
+    EXPECT_NE(icon(window, QStringLiteral("Contracts")), icon(window, QStringLiteral("Texts")));
+    EXPECT_NE(icon(window, QStringLiteral("Contracts")), icon(window, QStringLiteral("Finance")));
+}
+
+INSTANTIATE_TEST_SUITE_P(Desktops, AppearanceTest,
+                         ::testing::Values(Appearance{"Light", 1, false}, Appearance{"Dark", 1, true},
+                                           Appearance{"Double", 2, false}),
+                         [](const auto &appearance) { return std::string(appearance.param.name); });
