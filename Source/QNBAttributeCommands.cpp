@@ -21,9 +21,11 @@ void QNBSetItemTextCommand::set(const QString &value) const
 }
 
 QNBSetPermissionsCommand::QNBSetPermissionsCommand(QNBEditObserver &observer, QNBPresetRecordPtr preset,
+                                                   QNBHierarchyItemPtr chosen,
                                                    QNBHierarchyItem::Children items, QVariantMap permissions,
                                                    const QString &text)
     : QNBEditCommand(observer, std::move(preset), text)
+    , chosen_(std::move(chosen))
     , items_(std::move(items))
     , newPermissions_(std::move(permissions))
 {
@@ -39,7 +41,6 @@ void QNBSetPermissionsCommand::apply()
 {
     for (const QNBHierarchyItemPtr &item : items_)
         item->setCustomPermissions(newPermissions_);
-    observer().itemsDidChange(items_);
 }
 
 void QNBSetPermissionsCommand::revert()
@@ -49,5 +50,4 @@ void QNBSetPermissionsCommand::revert()
         for (std::size_t i = 0; i < count; ++i)
             (*item++)->setCustomPermissions(permissions);
     }
-    observer().itemsDidChange(items_);
 }

@@ -38,20 +38,22 @@ private:
     QString newValue_;
 };
 
-/// The permissions of one item or, all the same, of many.
+/// The permissions of one item or, all the same, of many. No row shows them: the observer is not told of each
+/// item, only what was edited when that is taken back or made again.
 class QNBSetPermissionsCommand final : public QNBEditCommand
 {
 public:
-    /// The first of \a items, of which there is at least one, is the one that the user chose.
-    QNBSetPermissionsCommand(QNBEditObserver &observer, QNBPresetRecordPtr preset,
+    /// \a chosen is the item that the user had selected; \a items are given the permissions in their order.
+    QNBSetPermissionsCommand(QNBEditObserver &observer, QNBPresetRecordPtr preset, QNBHierarchyItemPtr chosen,
                              QNBHierarchyItem::Children items, QVariantMap permissions, const QString &text);
 
 private:
     void apply() override;
     void revert() override;
-    QNBHierarchyItemPtr itemAfterApplying() const override { return items_.front(); }
-    QNBHierarchyItemPtr itemAfterReverting() const override { return items_.front(); }
+    QNBHierarchyItemPtr itemAfterApplying() const override { return chosen_; }
+    QNBHierarchyItemPtr itemAfterReverting() const override { return chosen_; }
 
+    QNBHierarchyItemPtr chosen_;
     QNBHierarchyItem::Children items_;
     /// Runs of items with the same permissions: how many, and which.
     std::vector<std::pair<std::size_t, QVariantMap>> oldPermissions_;

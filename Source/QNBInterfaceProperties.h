@@ -3,6 +3,8 @@
 
 #pragma once
 
+#include <QString>
+
 /// What the interface description says of controls and menu items beyond their own properties.
 namespace QNBInterfaceProperty {
 
@@ -12,5 +14,11 @@ inline constexpr char action[] = "action";
 inline constexpr char tag[] = "tag";
 /// The text of a menu item that shows a folder, for as long as there is nothing in it.
 inline constexpr char textWhenEmpty[] = "textWhenEmpty";
+
+/// The action of items that only hold something, and the tags by which it is known when they make sense: what
+/// is for files, or for any item.
+inline const QString dummyAction = QStringLiteral("dummyAction");
+inline constexpr int fileOnlyTag = 1000;
+inline constexpr int anyItemTag = 1100;
 
 } // namespace QNBInterfaceProperty

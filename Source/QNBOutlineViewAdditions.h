@@ -21,6 +21,8 @@ public:
     /// null.
     void setMenu(QMenu *menu) { menu_ = menu; }
     QMenu *menu() const { return menu_; }
+    /// Shows the menu at the selected row, as the menu key does.
+    void askForMenuByKey();
 
 protected:
     bool event(QEvent *event) override;
@@ -32,7 +34,6 @@ protected:
 private:
     bool isTypingIntoEditor() const;
     void selectRowAlone(const QPoint &point);
-    void askForMenuByKey();
     QPoint menuPositionAtSelectedRow();
 
     QPointer<QMenu> menu_;

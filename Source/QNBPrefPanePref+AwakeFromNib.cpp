@@ -13,11 +13,9 @@
 #include <QCheckBox>
 #include <QLabel>
 #include <QLayout>
-#include <QMenu>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QSplitter>
-#include <QWidgetAction>
 #include <array>
 
 namespace {
@@ -60,6 +58,8 @@ void QNBPrefPanePref::awakeFromNib()
                        QIcon(bundle->pathForResource(QNBDragHandleImage, dragHandleImageType)));
 
     setUpColorButtons();
+    setUpPermissions();
+    setUpAttributeActions();
     _ui_presetHierarchyView->registerForDraggedTypes({QNBDraggedItem::pasteboardType});
 
     if (const FileResult copied =
@@ -95,22 +95,6 @@ void QNBPrefPanePref::placeDetachedViews()
     });
 }
 
-void QNBPrefPanePref::makeContextualMenu()
-{
-    const auto addView = [this](QWidget *view) {
-        auto *action = new QWidgetAction(_ui_presetContextualMenu);
-        action->setDefaultWidget(view);
-        _ui_presetContextualMenu->addSeparator();
-        _ui_presetContextualMenu->addAction(action);
-    };
-    addView(_colorRow);
-    addView(_permissionsGrid);
-    connect(_ui_presetContextualMenu, &QMenu::aboutToShow, this,
-            [this] { validateMenu(*_ui_presetContextualMenu); });
-    _ui_presetHierarchyView->setMenu(_ui_presetContextualMenu);
-    _ui_presetHierarchyView->setMenu(_ui_presetContextualMenu);
-}
-
 void QNBPrefPanePref::setUpColorButtons()
 {
     _hoverButtons.reserve(std::size(colorNames));
@@ -123,6 +107,8 @@ void QNBPrefPanePref::setUpColorButtons()
     }
     for (QNBHoverButton *button : std::as_const(_hoverButtons))
         button->setDelegate(this);
+    for (const QNBHoverButton *button : std::as_const(_hoverButtons))
+        connect(button, &QNBHoverButton::clicked, this, [this, button] { colorLabelButtonClicked(*button); });
     // The buttons' ground is light under every palette.
     _ui_clearColorButton->setIcon(TemplateImages::stopProgress(Qt::black));
     _ui_clearColorButton->setTitle({});

@@ -3,6 +3,9 @@
 
 #include "Source/QNBPrefPanePref.h"
 
+#include "Source/QNBAttributeCommands.h"
+#include "Toolkit/MenuViewAction.h"
+
 #include <QLabel>
 
 namespace {
@@ -25,23 +28,45 @@ QNBHoverButton *QNBPrefPanePref::colorButton(const QString &name) const
     return dynamic_cast<QNBHoverButton *>(_outlets.value(QStringLiteral("_ui_%1Button").arg(name)));
 }
 
+QString QNBPrefPanePref::shownColorName(const QString &name)
+{
+    return name.isEmpty() ? QString() : QStringLiteral("“%1”").arg(capitalized(name));
+}
+
+void QNBPrefPanePref::colorLabelButtonClicked(const QNBHoverButton &sender)
+{
+    const QString title = sender.title();
+    const QNBHierarchyItemPtr item = selectedHierarchyItem();
+    // The command has the item's row shown anew. A label that is there already is no step to take back.
+    if (item && item->colorName() != title)
+        _history.push(new QNBSetItemTextCommand(*this, _selectedItem, item, QNBSetItemTextCommand::colorName,
+                                                title, tr("Label")));
+    updateColorLabelButtons();
+    cancelTracking();
+    updateAttributeActions();
+}
+
 void QNBPrefPanePref::updateColorLabelButtons()
 {
-    showColorName({});
+    _ui_hoveredColor->setText({});
     _ui_clearColorButton->setState(Qt::Unchecked);
     for (QNBHoverButton *button : std::as_const(_hoverButtons))
         button->setStateWithNumber(0);
+    _colorRow->setAccessibleDescription(_ui_clearColorButton->accessibleName());
+    _colorRowAction->setEntrance(*_ui_clearColorButton);
 
     const QNBHierarchyItemPtr item = selectedHierarchyItem();
     if (!item || item->colorName().isEmpty())
         return;
     // A preset that was written elsewhere may name a colour that is none of ours: no button is lit for it,
-    // and no name is shown that no button has.
+    // and its name is not shown.
     QNBHoverButton *button = colorButton(item->colorName().toLower());
     if (!button)
         return;
     button->setState(Qt::Checked);
-    showColorName(item->colorName());
+    _ui_hoveredColor->setText(shownColorName(item->colorName()));
+    _colorRow->setAccessibleDescription(button->accessibleName());
+    _colorRowAction->setEntrance(*button);
 }
 
 void QNBPrefPanePref::colorLabelButtonHovered(QNBHoverCell &sender)
@@ -52,10 +77,5 @@ void QNBPrefPanePref::colorLabelButtonHovered(QNBHoverCell &sender)
         const QNBHierarchyItemPtr item = selectedHierarchyItem();
         name = item ? item->colorName() : QString();
     }
-    showColorName(name);
-}
-
-void QNBPrefPanePref::showColorName(const QString &name)
-{
-    _ui_hoveredColor->setText(name.isEmpty() ? QString() : QStringLiteral("“%1”").arg(capitalized(name)));
+    _ui_hoveredColor->setText(shownColorName(name));
 }

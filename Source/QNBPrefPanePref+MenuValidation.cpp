@@ -8,18 +8,23 @@
 
 #include <QAction>
 #include <QMenu>
+#include <QWidgetAction>
 
 namespace {
 
 const QString deleteSelectedItemAction = QStringLiteral("deleteSelectedItemInPresetHierarchy");
 const QString renameSelectedItemAction = QStringLiteral("renameSelectedItemInPresetHierarchy");
-const QString dummyAction = QStringLiteral("dummyAction");
 const QString openFileContentFolderAction = QStringLiteral("openFileContentFolder");
 const QString fileContentItemClickedAction = QStringLiteral("fileContentItemClicked");
 
-/// Tags of items that only hold something: a submenu for files, views for any item.
-constexpr int fileOnlyTag = 1000;
-constexpr int anyItemTag = 1100;
+/// What an entry does is written on the submenu or the view, if it holds one.
+const QObject &describedObject(const QAction &item)
+{
+    if (item.menu())
+        return *item.menu();
+    const auto *holder = dynamic_cast<const QWidgetAction *>(&item);
+    return holder && holder->defaultWidget() ? *holder->defaultWidget() : static_cast<const QObject &>(item);
+}
 
 } // namespace
 
@@ -32,9 +37,9 @@ bool QNBPrefPanePref::validateMenuItem(const QObject &menuItem) const
 
     if (action == deleteSelectedItemAction || action == renameSelectedItemAction)
         return selection != nullptr;
-    if (action == dummyAction && tag == fileOnlyTag)
+    if (action == QNBInterfaceProperty::dummyAction && tag == QNBInterfaceProperty::fileOnlyTag)
         return isFile;
-    if (action == dummyAction && tag == anyItemTag)
+    if (action == QNBInterfaceProperty::dummyAction && tag == QNBInterfaceProperty::anyItemTag)
         return selection != nullptr;
     if (action == openFileContentFolderAction || action == fileContentItemClickedAction)
         return isFile;
@@ -45,10 +50,9 @@ void QNBPrefPanePref::validateMenu(const QMenu &menu)
 {
     const QList<QAction *> items = menu.actions();
     for (QAction *item : items) {
-        // What a submenu's entry does is written on the submenu.
-        const QObject *described = item->menu() ? static_cast<const QObject *>(item->menu()) : item;
-        if (described->property(QNBInterfaceProperty::action).isValid())
-            item->setEnabled(validateMenuItem(*described));
+        const QObject &described = describedObject(*item);
+        if (described.property(QNBInterfaceProperty::action).isValid())
+            item->setEnabled(validateMenuItem(described));
     }
     validateHierarchyActions();
 }

@@ -114,6 +114,7 @@ QStringList QNBPrefPanePref::connectOutlets(QWidget &view)
     CONNECT(_importPresetsAction);
     CONNECT(_exportPresetAction);
     CONNECT(_scriptLabel);
+    CONNECT(_permissionsAction);
     CONNECT(_undoAction);
     CONNECT(_redoAction);
     CONNECT(_addFileAction);

@@ -54,6 +54,7 @@ void QNBPrefPanePref::outlineViewSelectionDidChange(OutlineView &)
     updatePermissionCheckboxes();
     updateColorLabelButtons();
     validateHierarchyActions();
+    updateAttributeActions();
 }
 
 void QNBPrefPanePref::observeValueForKeyPath(const QString &)

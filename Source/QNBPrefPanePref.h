@@ -46,6 +46,7 @@ QT_END_NAMESPACE
 
 class ArrayController;
 class KeyComboRecorder;
+class MenuViewAction;
 class OutlineView;
 
 /// The preference pane: edits the presets and options that it shares with the helper through the product's
@@ -188,12 +189,18 @@ public:
     void tableViewSetObjectValue(TableView &tableView, const QVariant &value, const TableColumn &column,
                                  int row) override;
 
+    /// Gives the selected item the colour that is the button's title.
+    void colorLabelButtonClicked(const QNBHoverButton &sender);
     /// Lights the button of the selected item's colour, and no other.
     void updateColorLabelButtons();
     void colorLabelButtonHovered(QNBHoverCell &sender) override;
 
+    /// Sets or clears the bit of the selected item's permissions that the checkbox's tag says.
+    void permissionsCheckboxClicked(const QCheckBox &sender);
     /// Shows the selected item's permissions; none without one.
     void updatePermissionCheckboxes();
+    /// Gives the permissions that the checkboxes show to the selected item and to all below it.
+    void applyPermissionsRecursively();
 
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
@@ -292,8 +299,17 @@ private:
     /// The button of the outlet that \a name makes, letter by letter; null if there is none.
     QNBHoverButton *colorButton(const QString &name) const;
     /// In typographic quotes; nothing for the empty name.
-    void showColorName(const QString &name);
+    static QString shownColorName(const QString &name);
     PermissionCheckboxes permissionCheckboxes() const;
+    void setUpPermissions();
+    void setUpAttributeActions();
+    void updateAttributeActions();
+    /// Opens the contextual menu with the keyboard in the row of colours.
+    void showLabelAndPermissions();
+    /// Closes the contextual menu, if it is open.
+    void cancelTracking();
+    void makeRoomForColorNames();
+    bool isEditingName() const;
 
     Services _services;
     QPointer<QWidget> _mainView;
@@ -375,6 +391,7 @@ private:
     QAction *_importPresetsAction = nullptr;
     QAction *_exportPresetAction = nullptr;
     QLabel *_scriptLabel = nullptr;
+    QAction *_permissionsAction = nullptr;
     QAction *_undoAction = nullptr;
     QAction *_redoAction = nullptr;
     QAction *_addFileAction = nullptr;
@@ -391,6 +408,11 @@ private:
     QNBPresetRecordPtr _selectedItem;
     QList<QNBPresetRecordPtr> _presets;
     QList<QNBHoverButton *> _hoverButtons;
+    MenuViewAction *_colorRowAction = nullptr;
+    /// No label, then the colours in the order of their buttons.
+    QList<QAction *> _labelActions;
+    /// In the order of permissionCheckboxes().
+    QList<QAction *> _permissionActions;
     QNBHierarchyItemPtr _rootPresetHierarchyItem;
     bool showMenubar = true;
     QNBKeyCombo shortcutCombo;

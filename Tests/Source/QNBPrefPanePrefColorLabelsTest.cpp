@@ -3,7 +3,12 @@
 
 #include "PaneFixture.h"
 
+#include <QAction>
+#include <QEnterEvent>
 #include <QLabel>
+#include <QMenu>
+#include <QSignalSpy>
+#include <QTest>
 
 namespace {
 
@@ -43,6 +48,36 @@ protected:
         return names;
     }
 
+    QNBHierarchyItem &item(int row) const
+    {
+        return *static_cast<QNBHierarchyItem *>(outline().itemAtRow(row).get());
+    }
+
+    void enter(const QString &name) const
+    {
+        QEnterEvent enter({}, {}, {});
+        QCoreApplication::sendEvent(&button(name), &enter);
+    }
+
+    void leave(const QString &name) const
+    {
+        QEvent leave(QEvent::Leave);
+        QCoreApplication::sendEvent(&button(name), &leave);
+    }
+
+    QMenu &menu() const { return *outlet<QMenu>(QStringLiteral("_ui_presetContextualMenu")); }
+
+    void openMenu() const
+    {
+        menu().popup(outline().viewport()->mapToGlobal(QPoint(5, 5)));
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(&menu()));
+    }
+
+    QString stepToUndo() const { return outlet<QAction>(QStringLiteral("_undoAction"))->text(); }
+    QString spokenLabel() const
+    {
+        return outlet<QWidget>(QStringLiteral("_colorRow"))->accessibleDescription();
+    }
     QString colorName() const { return outlet<QLabel>(QStringLiteral("_ui_hoveredColor"))->text(); }
 };
 
@@ -83,6 +118,172 @@ TEST_F(QNBPrefPanePrefColorLabels, AnUnknownColorLightsNoButton)
         EXPECT_EQ(lit(), QStringList()) << row;
         EXPECT_EQ(colorName(), u"") << row;
     }
+}
+
+TEST_F(QNBPrefPanePrefColorLabels, ClickingAButtonSetsTheColorLightsItAndClosesTheMenu)
+{
+    openWithColors({{}, QStringLiteral("red")});
+    outline().selectRow(0);
+    for (const QString &name : buttonNames.first(7)) {
+        menu().popup(QPoint());
+        pane->colorLabelButtonClicked(button(name));
+        EXPECT_EQ(item(0).colorName(), name);
+        EXPECT_EQ(lit(), QStringList{name});
+        EXPECT_FALSE(menu().isVisible());
+    }
+    EXPECT_EQ(item(1).colorName(), u"red");
+}
+
+TEST_F(QNBPrefPanePrefColorLabels, ClickingTheNoLabelButtonStoresNothingLightsNoneAndEmptiesTheName)
+{
+    openWithColors({QStringLiteral("red")});
+    outline().selectRow(0);
+    EXPECT_EQ(colorName(), u"“Red”");
+    pane->colorLabelButtonClicked(button(QStringLiteral("clearColor")));
+    EXPECT_EQ(item(0).colorName(), u"");
+    EXPECT_EQ(lit(), QStringList());
+    EXPECT_EQ(colorName(), u"");
+}
+
+TEST_F(QNBPrefPanePrefColorLabels, HoveringAButtonShowsItsName)
+{
+    openWithColors({QStringLiteral("blue")});
+    outline().selectRow(0);
+    for (const QString &name : buttonNames.first(7)) {
+        enter(name);
+        EXPECT_EQ(colorName(), QStringLiteral("“%1%2”").arg(name.at(0).toUpper()).arg(name.mid(1)));
+    }
+}
+
+TEST_F(QNBPrefPanePrefColorLabels, LeavingAButtonShowsTheItemsOwnColorAgainOrNothing)
+{
+    openWithColors({QStringLiteral("BLUE"), {}});
+    outline().selectRow(0);
+    enter(QStringLiteral("red"));
+    EXPECT_EQ(colorName(), u"“Red”");
+    leave(QStringLiteral("red"));
+    EXPECT_EQ(colorName(), u"“Blue”");
+    outline().selectRow(1);
+    enter(QStringLiteral("red"));
+    EXPECT_EQ(colorName(), u"“Red”");
+    leave(QStringLiteral("red"));
+    EXPECT_EQ(colorName(), u"");
+    outline().selectRow(OutlineView::noRow);
+    enter(QStringLiteral("red"));
+    leave(QStringLiteral("red"));
+    EXPECT_EQ(colorName(), u"");
+}
+
+TEST_F(QNBPrefPanePrefColorLabels, HoveringTheNoLabelButtonEmptiesTheName)
+{
+    openWithColors({QStringLiteral("blue")});
+    outline().selectRow(0);
+    EXPECT_EQ(colorName(), u"“Blue”");
+    enter(QStringLiteral("clearColor"));
+    EXPECT_EQ(colorName(), u"");
+    // The sender has no title: nothing is shown for it, not even when the pointer leaves.
+    leave(QStringLiteral("clearColor"));
+    EXPECT_EQ(colorName(), u"");
+}
+
+TEST_F(QNBPrefPanePrefColorLabels, AClickInTheOpenMenuIsOneStepThatCanBeTakenBack)
+{
+    openWithColors({QStringLiteral("green"), {}});
+    outline().selectRow(0);
+    openMenu();
+    QSignalSpy rows(outline().model(), &QAbstractItemModel::dataChanged);
+    QTest::mouseClick(&button(QStringLiteral("purple")), Qt::LeftButton);
+    EXPECT_FALSE(menu().isVisible());
+    EXPECT_EQ(item(0).colorName(), u"purple");
+    ASSERT_EQ(rows.size(), 1);
+    EXPECT_EQ(rows.constFirst().constFirst().toModelIndex().row(), 0);
+    EXPECT_TRUE(stepToUndo().endsWith(u" Label"));
+
+    outline().selectRow(1);
+    pane->undo();
+    EXPECT_EQ(item(0).colorName(), u"green");
+    EXPECT_EQ(outline().selectedRow(), 0);
+    EXPECT_EQ(lit(), QStringList{QStringLiteral("green")});
+    EXPECT_EQ(colorName(), u"“Green”");
+    pane->redo();
+    EXPECT_EQ(item(0).colorName(), u"purple");
+    EXPECT_EQ(lit(), QStringList{QStringLiteral("purple")});
+    EXPECT_EQ(rows.size(), 3);
+}
+
+TEST_F(QNBPrefPanePrefColorLabels, TheColorThatIsThereAlreadyIsNoStep)
+{
+    openWithColors({QStringLiteral("green"), {}});
+    outline().selectRow(0);
+    menu().popup(QPoint());
+    pane->colorLabelButtonClicked(button(QStringLiteral("green")));
+    EXPECT_FALSE(menu().isVisible());
+    outline().selectRow(1);
+    pane->colorLabelButtonClicked(button(QStringLiteral("clearColor")));
+    EXPECT_FALSE(outlet<QAction>(QStringLiteral("_undoAction"))->isEnabled());
+}
+
+TEST_F(QNBPrefPanePrefColorLabels, WithoutASelectionAClickDoesNothing)
+{
+    openWithColors({QStringLiteral("green")});
+    pane->colorLabelButtonClicked(button(QStringLiteral("red")));
+    EXPECT_EQ(item(0).colorName(), u"green");
+    EXPECT_EQ(lit(), QStringList());
+    EXPECT_FALSE(outlet<QAction>(QStringLiteral("_undoAction"))->isEnabled());
+}
+
+TEST_F(QNBPrefPanePrefColorLabels, TheRowAndItsButtonsTellTheColorInWords)
+{
+    openWithColors({QStringLiteral("gray"), {}, QStringLiteral("crimson")});
+    EXPECT_EQ(button(QStringLiteral("orange")).accessibleName(), u"Orange");
+    EXPECT_EQ(button(QStringLiteral("orange")).toolTip(), u"Orange");
+    EXPECT_EQ(button(QStringLiteral("clearColor")).accessibleName(), u"No label");
+    EXPECT_EQ(button(QStringLiteral("clearColor")).toolTip(), u"No label");
+    outline().selectRow(0);
+    EXPECT_EQ(spokenLabel(), u"Gray");
+    outline().selectRow(1);
+    EXPECT_EQ(spokenLabel(), u"No label");
+    outline().selectRow(0);
+    outline().selectRow(2);
+    EXPECT_EQ(spokenLabel(), u"No label");
+    pane->colorLabelButtonClicked(button(QStringLiteral("yellow")));
+    EXPECT_EQ(spokenLabel(), u"Yellow");
+}
+
+/// Writes down every title that a colour button is given, as its tool tip tells it.
+class TitleRecorder final : public QObject
+{
+public:
+    TitleRecorder() { QCoreApplication::instance()->installEventFilter(this); }
+
+    QStringList titles;
+    QStringList iconlessWithoutTitle;
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        const auto *button = dynamic_cast<const QNBHoverButton *>(watched);
+        if (button && event->type() == QEvent::ToolTipChange && !button->objectName().isEmpty()) {
+            titles << button->objectName() + QStringLiteral(": ") + button->toolTip();
+            if (button->title().isEmpty() && button->icon().isNull())
+                iconlessWithoutTitle << button->objectName();
+        }
+        return false;
+    }
+};
+
+TEST_F(QNBPrefPanePrefColorLabels, ButtonsAreSetUpInOrderAndTheNoLabelButtonGetsItsImageThenItsTitle)
+{
+    TitleRecorder recorder;
+    openPane();
+    EXPECT_EQ(recorder.titles,
+              QStringList({QStringLiteral("_ui_redButton: Red"), QStringLiteral("_ui_orangeButton: Orange"),
+                           QStringLiteral("_ui_yellowButton: Yellow"),
+                           QStringLiteral("_ui_greenButton: Green"), QStringLiteral("_ui_blueButton: Blue"),
+                           QStringLiteral("_ui_purpleButton: Purple"), QStringLiteral("_ui_grayButton: Gray"),
+                           QStringLiteral("_ui_clearColorButton: clearColor"),
+                           QStringLiteral("_ui_clearColorButton: No label")}));
+    EXPECT_EQ(recorder.iconlessWithoutTitle, QStringList());
 }
 
 } // namespace

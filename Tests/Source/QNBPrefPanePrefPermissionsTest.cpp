@@ -3,7 +3,12 @@
 
 #include "PaneFixture.h"
 
+#include <QAction>
 #include <QCheckBox>
+#include <QMenu>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QTest>
 
 namespace {
 
@@ -23,6 +28,57 @@ protected:
     {
         return *outlet<QCheckBox>(QStringLiteral("_ui_perm") + name);
     }
+
+    QNBHierarchyItem &item(int row) const
+    {
+        return *static_cast<QNBHierarchyItem *>(outline().itemAtRow(row).get());
+    }
+
+    /// A file and a folder with a file, then a folder with a folder and two files.
+    void openTree()
+    {
+        const QNBPresetRecordPtr record =
+            preset(QStringLiteral("A"), {QStringLiteral("file"), QStringLiteral("outer/")});
+        const QNBHierarchyItemPtr outer = record->fileHierarchy()->childAtIndex(1);
+        const QNBHierarchyItemPtr inner = QNBHierarchyItem::initWithDictionary(
+            QNBHierarchyItem::itemDictionaryWithFilename(QStringLiteral("inner"), true, nullptr), outer);
+        outer->addChild(inner);
+        inner->addChild(QNBHierarchyItem::initWithDictionary(
+            QNBHierarchyItem::itemDictionaryWithFilename(QStringLiteral("deep"), false, nullptr), inner));
+        store({record});
+        openPane();
+        ASSERT_EQ(outlineRows(),
+                  QStringList({QStringLiteral("file"), QStringLiteral("outer"), QStringLiteral("inside"),
+                               QStringLiteral("inner"), QStringLiteral("deep")}));
+    }
+
+    void openWith(const QVariantMap &fileHas)
+    {
+        const QNBPresetRecordPtr record = preset(QStringLiteral("A"), {QStringLiteral("file")});
+        record->fileHierarchy()->childAtIndex(0)->setCustomPermissions(fileHas);
+        store({record});
+        openPane();
+        // What was stored may hold less than what was set.
+        item(0).setCustomPermissions(fileHas);
+        outline().selectRow(0);
+    }
+
+    /// As the user's click leaves it, and tells the pane.
+    void click(const QString &name, Qt::CheckState becomes) const
+    {
+        box(name).setCheckState(becomes);
+        pane->permissionsCheckboxClicked(box(name));
+    }
+
+    QMenu &menu() const { return *outlet<QMenu>(QStringLiteral("_ui_presetContextualMenu")); }
+
+    void openMenu() const
+    {
+        menu().popup(outline().viewport()->mapToGlobal(QPoint(5, 5)));
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(&menu()));
+    }
+
+    const QAction &undoAction() const { return *outlet<QAction>(QStringLiteral("_undoAction")); }
 
     QStringList checked() const
     {
@@ -63,6 +119,193 @@ TEST_F(QNBPrefPanePrefPermissions, TheBoxesAreRefreshedBeforeTheColourButtons)
     outline().selectRow(0);
     EXPECT_EQ(changes,
               QStringList({QStringLiteral("OwnerR"), QStringLiteral("OthersX"), QStringLiteral("red")}));
+}
+
+TEST_F(QNBPrefPanePrefPermissions, UncheckingOwnerWriteOn764Gives5AndCheckingItAgain7)
+{
+    openWith(permissions(7, 6, 4));
+    click(QStringLiteral("OwnerW"), Qt::Unchecked);
+    EXPECT_EQ(item(0).customPermissions(), permissions(5, 6, 4));
+    click(QStringLiteral("OwnerW"), Qt::Checked);
+    EXPECT_EQ(item(0).customPermissions(), permissions(7, 6, 4));
+}
+
+TEST_F(QNBPrefPanePrefPermissions, EveryBoxSetsAndClearsItsOwnBit)
+{
+    openWith(permissions(0, 0, 0));
+    for (const QString &name : boxNames)
+        click(name, Qt::Checked);
+    EXPECT_EQ(item(0).customPermissions(), permissions(7, 7, 7));
+    const QList<QVariantMap> expected{permissions(3, 7, 7), permissions(5, 7, 7), permissions(6, 7, 7),
+                                      permissions(7, 3, 7), permissions(7, 5, 7), permissions(7, 6, 7),
+                                      permissions(7, 7, 3), permissions(7, 7, 5), permissions(7, 7, 6)};
+    for (qsizetype i = 0; i < boxNames.size(); ++i) {
+        click(boxNames[i], Qt::Unchecked);
+        EXPECT_EQ(item(0).customPermissions(), expected[i]) << qPrintable(boxNames[i]);
+        click(boxNames[i], Qt::Checked);
+    }
+}
+
+TEST_F(QNBPrefPanePrefPermissions, ABitThatIsSetOrClearAlreadyStaysAndIsNoStep)
+{
+    openWith(permissions(7, 6, 4));
+    click(QStringLiteral("OwnerR"), Qt::Checked);
+    click(QStringLiteral("GroupX"), Qt::Unchecked);
+    EXPECT_EQ(item(0).customPermissions(), permissions(7, 6, 4));
+    EXPECT_FALSE(undoAction().isEnabled());
+}
+
+TEST_F(QNBPrefPanePrefPermissions, AnOwnerDigitOf9ShowsExecuteAloneAndOwnerReadMakesIt13)
+{
+    openWith(permissions(9, 0, 0));
+    EXPECT_EQ(checked(), QStringList{QStringLiteral("OwnerX")});
+    click(QStringLiteral("OwnerR"), Qt::Checked);
+    EXPECT_EQ(item(0).customPermissions(), permissions(13, 0, 0));
+    pane->undo();
+    EXPECT_EQ(item(0).customPermissions(), permissions(9, 0, 0));
+    EXPECT_EQ(checked(), QStringList{QStringLiteral("OwnerX")});
+}
+
+TEST_F(QNBPrefPanePrefPermissions, AMissingDigitCountsAs0)
+{
+    openWith({{QStringLiteral("g"), 1LL}});
+    EXPECT_EQ(checked(), QStringList{QStringLiteral("GroupX")});
+    click(QStringLiteral("OthersW"), Qt::Checked);
+    EXPECT_EQ(item(0).customPermissions(),
+              (QVariantMap{{QStringLiteral("g"), 1LL}, {QStringLiteral("o"), 2LL}}));
+}
+
+TEST_F(QNBPrefPanePrefPermissions, ApplyingToAFileChangesThatFileAlone)
+{
+    openTree();
+    outline().selectRow(0);
+    box(QStringLiteral("OthersX")).setChecked(true);
+    pane->applyPermissionsRecursively();
+    EXPECT_EQ(item(0).customPermissions(), permissions(7, 6, 5));
+    for (int row = 1; row < outline().numberOfRows(); ++row)
+        EXPECT_EQ(item(row).customPermissions(), permissions(7, 6, 4)) << row;
+}
+
+TEST_F(QNBPrefPanePrefPermissions, ApplyingToAFolderChangesItAndAllBelowIt)
+{
+    openTree();
+    item(2).setCustomPermissions(permissions(1, 2, 3));
+    item(4).setCustomPermissions({});
+    outline().selectRow(1);
+    box(QStringLiteral("OwnerW")).setChecked(false);
+    box(QStringLiteral("GroupW")).setChecked(false);
+    QSignalSpy rows(outline().model(), &QAbstractItemModel::dataChanged);
+    pane->applyPermissionsRecursively();
+    EXPECT_EQ(item(0).customPermissions(), permissions(7, 6, 4));
+    for (int row = 1; row < outline().numberOfRows(); ++row)
+        EXPECT_EQ(item(row).customPermissions(), permissions(5, 4, 4)) << row;
+    EXPECT_EQ(rows.size(), 0);
+    EXPECT_TRUE(undoAction().text().endsWith(u" Apply Permissions"));
+
+    outline().selectRow(0);
+    pane->undo();
+    EXPECT_EQ(item(1).customPermissions(), permissions(7, 6, 4));
+    EXPECT_EQ(item(2).customPermissions(), permissions(1, 2, 3));
+    EXPECT_EQ(item(3).customPermissions(), permissions(7, 6, 4));
+    EXPECT_EQ(item(4).customPermissions(), QVariantMap());
+    EXPECT_EQ(outline().selectedRow(), 1);
+    EXPECT_TRUE(box(QStringLiteral("OwnerW")).isChecked());
+    pane->redo();
+    EXPECT_EQ(item(4).customPermissions(), permissions(5, 4, 4));
+    EXPECT_FALSE(box(QStringLiteral("OwnerW")).isChecked());
+}
+
+TEST_F(QNBPrefPanePrefPermissions, ItemsThatWereAppliedToKeepTheirOwnDigits)
+{
+    openTree();
+    outline().selectRow(1);
+    box(QStringLiteral("OthersR")).setChecked(false);
+    pane->applyPermissionsRecursively();
+    outline().selectRow(4);
+    click(QStringLiteral("OthersX"), Qt::Checked);
+    EXPECT_EQ(item(4).customPermissions(), permissions(7, 6, 1));
+    for (int row = 1; row < 4; ++row)
+        EXPECT_EQ(item(row).customPermissions(), permissions(7, 6, 0)) << row;
+}
+
+TEST_F(QNBPrefPanePrefPermissions, ApplyingWhatIsThereAlreadyIsNoStepButClosesTheMenu)
+{
+    openTree();
+    outline().selectRow(1);
+    menu().popup(QPoint());
+    pane->applyPermissionsRecursively();
+    EXPECT_FALSE(menu().isVisible());
+    EXPECT_FALSE(undoAction().isEnabled());
+}
+
+TEST_F(QNBPrefPanePrefPermissions, TheMixedStateCountsAsUnchecked)
+{
+    openWith(permissions(7, 6, 4));
+    click(QStringLiteral("OwnerR"), Qt::PartiallyChecked);
+    EXPECT_EQ(item(0).customPermissions(), permissions(3, 6, 4));
+    box(QStringLiteral("GroupR")).setCheckState(Qt::PartiallyChecked);
+    pane->applyPermissionsRecursively();
+    EXPECT_EQ(item(0).customPermissions(), permissions(3, 2, 4));
+}
+
+TEST_F(QNBPrefPanePrefPermissions, ACheckboxWithoutATagDoesNothing)
+{
+    openWith(permissions(0, 0, 0));
+    QCheckBox other;
+    other.setChecked(true);
+    pane->permissionsCheckboxClicked(other);
+    EXPECT_EQ(item(0).customPermissions(), permissions(0, 0, 0));
+    other.setProperty("tag", 140);
+    pane->permissionsCheckboxClicked(other);
+    EXPECT_EQ(item(0).customPermissions(), permissions(1, 0, 0));
+}
+
+TEST_F(QNBPrefPanePrefPermissions, WithoutASelectionNothingIsChanged)
+{
+    openTree();
+    menu().popup(QPoint());
+    click(QStringLiteral("OwnerR"), Qt::Checked);
+    pane->applyPermissionsRecursively();
+    EXPECT_TRUE(menu().isVisible());
+    for (int row = 0; row < outline().numberOfRows(); ++row)
+        EXPECT_EQ(item(row).customPermissions(), permissions(7, 6, 4)) << row;
+    EXPECT_FALSE(undoAction().isEnabled());
+}
+
+TEST_F(QNBPrefPanePrefPermissions, ClicksInTheOpenMenuAreStepsOfTheirOwnAndLeaveItOpen)
+{
+    openTree();
+    outline().selectRow(0);
+    openMenu();
+    QTest::mouseClick(&box(QStringLiteral("OwnerW")), Qt::LeftButton);
+    QTest::mouseClick(&box(QStringLiteral("OthersX")), Qt::LeftButton);
+    EXPECT_EQ(item(0).customPermissions(), permissions(5, 6, 5));
+    EXPECT_TRUE(menu().isVisible());
+    EXPECT_TRUE(undoAction().text().endsWith(u" Permissions"));
+    menu().close();
+    pane->undo();
+    EXPECT_EQ(item(0).customPermissions(), permissions(5, 6, 4));
+    EXPECT_FALSE(box(QStringLiteral("OthersX")).isChecked());
+    pane->undo();
+    EXPECT_EQ(item(0).customPermissions(), permissions(7, 6, 4));
+    EXPECT_TRUE(box(QStringLiteral("OwnerW")).isChecked());
+    EXPECT_FALSE(undoAction().isEnabled());
+    pane->redo();
+    EXPECT_EQ(item(0).customPermissions(), permissions(5, 6, 4));
+    EXPECT_FALSE(box(QStringLiteral("OwnerW")).isChecked());
+}
+
+TEST_F(QNBPrefPanePrefPermissions, TheButtonInTheOpenMenuAppliesAndClosesIt)
+{
+    openTree();
+    outline().selectRow(3);
+    openMenu();
+    QTest::mouseClick(&box(QStringLiteral("GroupW")), Qt::LeftButton);
+    QTest::mouseClick(outlet<QPushButton>(QStringLiteral("_ui_applyPermissionsRecursively")), Qt::LeftButton);
+    EXPECT_FALSE(menu().isVisible());
+    EXPECT_EQ(item(3).customPermissions(), permissions(7, 4, 4));
+    EXPECT_EQ(item(4).customPermissions(), permissions(7, 4, 4));
+    EXPECT_EQ(item(2).customPermissions(), permissions(7, 6, 4));
 }
 
 } // namespace

@@ -1,0 +1,114 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Source/QNBPrefPanePref.h"
+
+#include "Source/QNBInterfaceProperties.h"
+
+#include <QActionGroup>
+#include <QCheckBox>
+#include <QMenu>
+#include <QPainter>
+#include <QPushButton>
+
+// Labels and permissions once more as plain entries of the menu of actions, each a few keys away.
+
+namespace {
+
+const QString labelShortcut = QStringLiteral("Ctrl+%1");
+
+QIcon swatchIcon(const QString &colorName)
+{
+    const auto gel = QNBHoverCell::colorForGel(colorName);
+    if (!gel)
+        return {};
+    QIcon icon;
+    for (const int side : {16, 24, 32, 48}) {
+        QPixmap pixmap(side, side);
+        pixmap.fill(Qt::transparent);
+        const QRectF square =
+            QRectF(pixmap.rect()).adjusted(side / 8.0, side / 8.0, -side / 8.0, -side / 8.0);
+        QLinearGradient gradient(square.bottomLeft(), square.topLeft());
+        gradient.setColorAt(0, gel->second);
+        gradient.setColorAt(1, gel->first);
+        QPainter painter(&pixmap);
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(gradient);
+        painter.drawRoundedRect(square, side / 12.0, side / 12.0);
+        icon.addPixmap(pixmap);
+    }
+    return icon;
+}
+
+} // namespace
+
+void QNBPrefPanePref::setUpAttributeActions()
+{
+    const auto addMenu = [this](const QString &title) {
+        auto *menu = new QMenu(title, _itemActionsMenu);
+        menu->setProperty(QNBInterfaceProperty::action, QNBInterfaceProperty::dummyAction);
+        menu->setProperty(QNBInterfaceProperty::tag, QNBInterfaceProperty::anyItemTag);
+        _itemActionsMenu->insertMenu(_permissionsAction, menu);
+        return menu;
+    };
+
+    QMenu *labels = addMenu(tr("La&bel"));
+    auto *group = new QActionGroup(labels);
+    group->setExclusionPolicy(QActionGroup::ExclusionPolicy::ExclusiveOptional);
+    QList<QNBHoverButton *> buttons = _hoverButtons;
+    // No label first, with 0.
+    buttons.prepend(buttons.takeLast());
+    for (qsizetype i = 0; i < buttons.size(); ++i) {
+        const QNBHoverButton *button = buttons[i];
+        QAction *action = labels->addAction(swatchIcon(button->title()), button->accessibleName());
+        action->setShortcut(QKeySequence(labelShortcut.arg(i)));
+        action->setData(button->title());
+        action->setCheckable(true);
+        group->addAction(action);
+        connect(action, &QAction::triggered, this, [this, button] {
+            if (!isEditingName())
+                colorLabelButtonClicked(*button);
+        });
+        _labelActions.append(action);
+    }
+
+    QMenu *permissions = addMenu(tr("&Permissions"));
+    for (QCheckBox *checkbox : permissionCheckboxes()) {
+        QAction *action = permissions->addAction(checkbox->accessibleName());
+        action->setCheckable(true);
+        connect(action, &QAction::triggered, this, [this, checkbox](bool isOn) {
+            checkbox->setChecked(isOn);
+            permissionsCheckboxClicked(*checkbox);
+        });
+        _permissionActions.append(action);
+    }
+    permissions->addSeparator();
+    QAction *apply = permissions->addAction(_ui_applyPermissionsRecursively->text());
+    connect(apply, &QAction::triggered, this, &QNBPrefPanePref::applyPermissionsRecursively);
+
+    connect(_permissionsAction, &QAction::triggered, this, &QNBPrefPanePref::showLabelAndPermissions);
+    const QList<QAction *> withShortcuts = _labelActions + QList<QAction *>{_permissionsAction};
+    for (QAction *action : withShortcuts) {
+        action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
+        _presetsTab->addAction(action);
+    }
+    updateAttributeActions();
+}
+
+void QNBPrefPanePref::updateAttributeActions()
+{
+    const QNBHierarchyItemPtr item = selectedHierarchyItem();
+    const QString color = item ? item->colorName().toLower() : QString();
+    for (QAction *action : std::as_const(_labelActions)) {
+        action->setEnabled(item != nullptr);
+        action->setChecked(item && action->data().toString() == color);
+    }
+    const QNBPermissions::Boxes boxes =
+        QNBPermissions::boxesForPermissions(item ? item->customPermissions() : QVariantMap());
+    for (qsizetype i = 0; i < _permissionActions.size(); ++i) {
+        _permissionActions[i]->setEnabled(item != nullptr);
+        _permissionActions[i]->setChecked(boxes[static_cast<std::size_t>(i)]);
+    }
+    _permissionsAction->setEnabled(item != nullptr);
+}

@@ -1,0 +1,69 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Source/QNBPrefPanePref.h"
+
+#include "Toolkit/MenuViewAction.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QLabel>
+#include <QMenu>
+#include <QPushButton>
+#include <algorithm>
+
+void QNBPrefPanePref::makeContextualMenu()
+{
+    const auto addView = [this](QWidget *view, const MenuViewAction::Rows &rows) {
+        auto *action = new MenuViewAction(view, rows, _ui_presetContextualMenu);
+        _ui_presetContextualMenu->addSeparator();
+        _ui_presetContextualMenu->addAction(action);
+        return action;
+    };
+    _colorRowAction =
+        addView(_colorRow, {{_ui_clearColorButton, _ui_redButton, _ui_orangeButton, _ui_yellowButton,
+                             _ui_greenButton, _ui_blueButton, _ui_purpleButton, _ui_grayButton}});
+    addView(_permissionsGrid, {{_ui_permOwnerR, _ui_permOwnerW, _ui_permOwnerX},
+                               {_ui_permGroupR, _ui_permGroupW, _ui_permGroupX},
+                               {_ui_permOthersR, _ui_permOthersW, _ui_permOthersX},
+                               {_ui_applyPermissionsRecursively}});
+    connect(_ui_presetContextualMenu, &QMenu::aboutToShow, this, [this] {
+        makeRoomForColorNames();
+        validateMenu(*_ui_presetContextualMenu);
+    });
+    _ui_presetHierarchyView->setMenu(_ui_presetContextualMenu);
+}
+
+void QNBPrefPanePref::showLabelAndPermissions()
+{
+    if (isEditingName() || !selectedHierarchyItem())
+        return;
+    _ui_presetHierarchyView->askForMenuByKey();
+    _colorRowAction->enter();
+}
+
+void QNBPrefPanePref::cancelTracking()
+{
+    if (!_ui_presetContextualMenu->isVisible())
+        return;
+    // Whatever menu hangs in this one, or this one in, goes too.
+    auto *menu = qobject_cast<QMenu *>(QApplication::activePopupWidget());
+    while (menu && menu->close())
+        menu = qobject_cast<QMenu *>(QApplication::activePopupWidget());
+}
+
+bool QNBPrefPanePref::isEditingName() const
+{
+    return _ui_presetListView->isEditing() || _ui_presetHierarchyView->isEditing();
+}
+
+/// An open menu does not grow with the name that it shows.
+void QNBPrefPanePref::makeRoomForColorNames()
+{
+    int width = 0;
+    for (const QNBHoverButton *button : std::as_const(_hoverButtons))
+        width = std::max(width, _ui_hoveredColor->fontMetrics()
+                                    .size(Qt::TextSingleLine, shownColorName(button->title()))
+                                    .width());
+    _ui_hoveredColor->setMinimumWidth(width);
+}

@@ -1,0 +1,121 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Toolkit/MenuViewAction.h"
+
+#include <QAbstractButton>
+#include <QCoreApplication>
+#include <QKeyEvent>
+#include <QMenu>
+#include <algorithm>
+
+MenuViewAction::MenuViewAction(QWidget *view, Rows rows, QObject *parent)
+    : QWidgetAction(parent)
+    , rows_(std::move(rows))
+{
+    setDefaultWidget(view);
+    // Without a policy the menu would keep the keyboard to itself.
+    view->setFocusPolicy(Qt::TabFocus);
+    view->installEventFilter(this);
+    for (const QList<QWidget *> &row : std::as_const(rows_)) {
+        for (QWidget *control : row)
+            control->installEventFilter(this);
+    }
+    setEntrance(*rows_.constFirst().constFirst());
+}
+
+void MenuViewAction::setEntrance(QWidget &control)
+{
+    defaultWidget()->setFocusProxy(&control);
+}
+
+void MenuViewAction::enter()
+{
+    becomeCurrent();
+    defaultWidget()->setFocus(Qt::TabFocusReason);
+}
+
+bool MenuViewAction::eventFilter(QObject *watched, QEvent *event)
+{
+    const bool isView = watched == defaultWidget();
+    switch (event->type()) {
+    case QEvent::MouseButtonPress:
+    case QEvent::MouseButtonRelease:
+    case QEvent::MouseButtonDblClick:
+        if (isView)
+            return true;
+        break;
+    case QEvent::FocusIn:
+        becomeCurrent();
+        break;
+    case QEvent::KeyPress:
+        if (!isView && handleKey(static_cast<QWidget &>(*watched), static_cast<QKeyEvent &>(*event)))
+            return true;
+        break;
+    default:
+        break;
+    }
+    return QWidgetAction::eventFilter(watched, event);
+}
+
+QMenu *MenuViewAction::menu() const
+{
+    return qobject_cast<QMenu *>(defaultWidget()->parentWidget());
+}
+
+/// From where the arrows lead on, also when the mouse brought the keyboard here.
+void MenuViewAction::becomeCurrent()
+{
+    if (menu() && menu()->activeAction() != this)
+        menu()->setActiveAction(this);
+}
+
+bool MenuViewAction::handleKey(QWidget &control, QKeyEvent &event)
+{
+    const int forwards = control.isRightToLeft() ? -1 : 1;
+    switch (event.key()) {
+    case Qt::Key_Left:
+        return moveInRow(control, -forwards);
+    case Qt::Key_Right:
+        return moveInRow(control, forwards);
+    case Qt::Key_Up:
+    case Qt::Key_Down:
+        if (!moveToRow(control, event.key() == Qt::Key_Up ? -1 : 1) && menu())
+            QCoreApplication::sendEvent(menu(), &event);
+        return true;
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+        if (auto *button = qobject_cast<QAbstractButton *>(&control); button && !event.isAutoRepeat())
+            button->click();
+        return true;
+    default:
+        return false;
+    }
+}
+
+bool MenuViewAction::moveInRow(QWidget &control, int columns)
+{
+    for (const QList<QWidget *> &row : std::as_const(rows_)) {
+        const qsizetype column = row.indexOf(&control);
+        if (column >= 0)
+            row[std::clamp<qsizetype>(column + columns, 0, row.size() - 1)]->setFocus(Qt::TabFocusReason);
+    }
+    return true;
+}
+
+/// False if there is no such row.
+bool MenuViewAction::moveToRow(QWidget &control, int rows)
+{
+    for (qsizetype i = 0; i < rows_.size(); ++i) {
+        const qsizetype column = rows_[i].indexOf(&control);
+        if (column < 0)
+            continue;
+        const qsizetype target = i + rows;
+        if (target < 0 || target >= rows_.size())
+            return false;
+        const QList<QWidget *> &row = rows_[target];
+        row[std::min(column, row.size() - 1)]->setFocus(Qt::TabFocusReason);
+        return true;
+    }
+    return false;
+}

@@ -1,0 +1,43 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include <QWidgetAction>
+
+QT_BEGIN_NAMESPACE
+class QKeyEvent;
+class QMenu;
+QT_END_NAMESPACE
+
+/// A menu's entry that holds a view with controls, and is worked with like every other entry.
+///
+/// A menu gives such a view the keyboard when the user comes to it by the arrow keys or Tab. From there the
+/// arrows go among the controls, which stand in rows, and beyond the first and the last row to the menu's
+/// other entries; Tab goes on to the next entry at once. Return presses a button as Space does. A click
+/// beside the controls does not choose the entry.
+class MenuViewAction final : public QWidgetAction
+{
+public:
+    using Rows = QList<QList<QWidget *>>;
+
+    /// The menu that the action is added to owns \a view. \a rows are the controls in it, from the top.
+    MenuViewAction(QWidget *view, Rows rows, QObject *parent);
+
+    /// The control that gets the keyboard first; the first of all if none was set.
+    void setEntrance(QWidget &control);
+    /// Gives it the keyboard, in the open menu.
+    void enter();
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+private:
+    QMenu *menu() const;
+    void becomeCurrent();
+    bool handleKey(QWidget &control, QKeyEvent &event);
+    bool moveInRow(QWidget &control, int columns);
+    bool moveToRow(QWidget &control, int rows);
+
+    Rows rows_;
+};
