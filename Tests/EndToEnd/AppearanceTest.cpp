@@ -99,6 +99,20 @@ protected:
         }
         return int(sum / (qint64(image.width()) * image.height()));
     }
+    /// How many pixels are of a strong colour about this hue.
+    static int strongPixels(const QImage &image, int hue)
+    {
+        int result = 0;
+        for (int y = 0; y < image.height(); ++y) {
+            for (int x = 0; x < image.width(); ++x) {
+                const QColor color = image.pixelColor(x, y);
+                const int distance = std::abs(color.hsvHue() - hue);
+                const bool isStrong = color.hsvSaturation() > 60 && color.value() > 100;
+                result += isStrong && std::min(distance, 360 - distance) < 15 ? 1 : 0;
+            }
+        }
+        return result;
+    }
 };
 
 } // namespace
@@ -112,6 +126,14 @@ TEST_P(AppearanceTest, LabelsAreSeen)
     EXPECT_EQ(ground < 128, GetParam().isDark) << ground;
     EXPECT_NE(icon(window, QStringLiteral("Contracts")), icon(window, QStringLiteral("Texts")));
     EXPECT_NE(icon(window, QStringLiteral("Contracts")), icon(window, QStringLiteral("Finance")));
+
+    ASSERT_NO_FATAL_FAILURE(openMenu(QStringLiteral("Menu")));
+    QStringList windows = screen_.windowsOf(host_->pid());
+    windows.removeOne(window_);
+    ASSERT_EQ(windows.size(), 1);
+    const QImage menu = picture(QStringLiteral("menu")).copy(screen_.placeOf(windows.constFirst()));
+    for (const int hue : {4, 34, 54, 76, 213, 284})
+        EXPECT_GT(strongPixels(menu, hue), 20) << hue;
 }
 
 INSTANTIATE_TEST_SUITE_P(Desktops, AppearanceTest,

@@ -78,6 +78,34 @@ protected:
                     QStringLiteral("  Raw"), QStringLiteral("  Shot List.csv"),
                     QStringLiteral("  notes.txt")});
     }
+    void setAttributes()
+    {
+        step("a label", 1, [&] {
+            goToItem(QStringLiteral("Budget.csv"));
+            user_.presses(QStringLiteral("ctrl+1"));
+        });
+        step("a label on a folder", 1, [&] {
+            goToItem(QStringLiteral("Photos"));
+            user_.presses(QStringLiteral("ctrl+5"));
+        });
+        step("a permission", 1, [&] {
+            goToItem(QStringLiteral("Schedule.md"));
+            openMenu(QStringLiteral("ctrl+i"));
+            walkTo(QStringLiteral("Group: Write"),
+                   {QStringLiteral("Down"), QStringLiteral("Down"), QStringLiteral("Right")});
+            user_.presses({QStringLiteral("space"), QStringLiteral("Escape")});
+        });
+        // The box that is cleared, and what it is applied to.
+        step("a folder's permissions, and all inside it", 2, [&] {
+            goToItem(QStringLiteral("Photos"));
+            openMenu(QStringLiteral("ctrl+i"));
+            walkTo(QStringLiteral("Others: Read"),
+                   {QStringLiteral("Down"), QStringLiteral("Down"), QStringLiteral("Down")});
+            user_.presses(QStringLiteral("space"));
+            walkTo(QStringLiteral("Apply to Everything Inside"), {QStringLiteral("Down")});
+            user_.presses(QStringLiteral("space"));
+        });
+    }
     void chooseFromFolders()
     {
         step("the content of a file", 1, [&] {
@@ -184,6 +212,7 @@ TEST_F(DayOfWorkTest, IsKept)
     step("a preset is added", 2, [&] { addPreset(); });
     step("it is described", 1, [&] { describePreset(); });
     buildTree();
+    setAttributes();
     chooseFromFolders();
     moveItems();
     movePreset();

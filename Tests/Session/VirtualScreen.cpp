@@ -91,6 +91,17 @@ QString VirtualScreen::activeWindow() const
     return QString::fromLatin1(ask(xdotool, {QStringLiteral("getactivewindow")}));
 }
 
+QRect VirtualScreen::placeOf(const QString &window) const
+{
+    const QByteArray said = ask(QStringLiteral("xwininfo"), {QStringLiteral("-id"), window});
+    const auto number = [&said](const QByteArray &label) {
+        const qsizetype start = said.indexOf(label) + label.size();
+        return said.mid(start, said.indexOf('\n', start) - start).trimmed().toInt();
+    };
+    return {number("Absolute upper-left X:"), number("Absolute upper-left Y:"), number("Width:"),
+            number("Height:")};
+}
+
 bool VirtualScreen::activate(const QString &window) const
 {
     ask(xdotool, {QStringLiteral("windowactivate"), window});

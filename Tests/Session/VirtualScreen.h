@@ -7,6 +7,7 @@
 #include "Tests/Session/TemporaryHome.h"
 
 #include <QPoint>
+#include <QRect>
 #include <QSize>
 #include <QStringList>
 
@@ -30,6 +31,8 @@ public:
     QString windowOf(qint64 pid) const;
     /// The window with the title \a title, of whichever program; waits for it. Empty if none comes.
     QString windowNamed(const QString &title) const;
+    /// Where a window is on the screen, without its frame.
+    QRect placeOf(const QString &window) const;
     /// Activates a window as the user would, and waits until it has the focus.
     bool activate(const QString &window) const;
     QString activeWindow() const;

@@ -17,13 +17,15 @@ def wedding():
     planning = folder(
         "Planning",
         item("Guests.csv"),
-        item("Budget.csv"),
-        item("Schedule.md"),
+        item("Budget.csv", color="red"),
+        item("Schedule.md", permissions="744"),
     )
     photos = folder(
         "Photos",
-        folder("Raw", item("notes.txt")),
-        item("Shot List.csv", contentFilename="Photo/Shot List.csv"),
+        folder("Raw", item("notes.txt", permissions="760"), permissions="760"),
+        item("Shot List.csv", permissions="760", contentFilename="Photo/Shot List.csv"),
+        color="blue",
+        permissions="760",
     )
     return {
         "label": "Wedding",
