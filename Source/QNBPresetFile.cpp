@@ -27,6 +27,17 @@ QString labelForPath(const QString &path)
     return dot > 0 ? name.left(dot) : name;
 }
 
+/// Why the list of presets could not be saved with this preset in it; empty if it could. An archive may be
+/// nested a little deeper than a preset among others.
+QString reasonAgainstStoring(const QNBPresetRecord &record)
+{
+    BinaryPropertyListWriter writer;
+    const BinaryPropertyListWriter::Ref preset = record.encode(writer);
+    const BinaryPropertyListWriter::Ref presets = writer.array({&preset, 1});
+    const BinaryPropertyListWriter::Ref key = writer.string(QNBPresetKey::fileHierarchy);
+    return writer.finish(writer.dictionary({&key, 1}, {&presets, 1})).error;
+}
+
 } // namespace
 
 namespace QNBPresetFile {
@@ -66,6 +77,8 @@ QNBPresetRecordPtr read(const QString &path, QString *error)
     if (const QNBHierarchyItem::ReadReport report = record->takeReadReport(); report.losses > 0)
         qCWarning(lcPresetFile) << path << "has" << report.losses
                                 << "entries that its items have no place for, first under" << report.first;
+    if (*error = reasonAgainstStoring(*record); !error->isEmpty())
+        return nullptr;
     record->setValueForKey(labelForPath(path), QNBPresetKey::label);
     return record;
 }

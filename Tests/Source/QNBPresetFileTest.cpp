@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "Source/QNBPresetFile.h"
+#include "Source/QNBHierarchyDepth.h"
 
 #include "Platform/KeyedUnarchiver.h"
 
@@ -124,6 +125,30 @@ TEST_F(QNBPresetFileTest, ALabelThatIsNoFileNameIsRefusedNotShortened)
     EXPECT_FALSE(
         QNBPresetFile::write(*preset(QStringLiteral("a") + QChar(u'\0') + u'b'), folder_.path(), &name));
     EXPECT_TRUE(QDir(folder_.path()).isEmpty(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot));
+}
+
+TEST_F(QNBPresetFileTest, AFileIsRefusedThatTheListOfPresetsCouldNotBeSavedWith)
+{
+    const QNBHierarchyItemPtr root = QNBHierarchyItem::init();
+    QNBHierarchyItemPtr deepest = root;
+    const auto addLevel = [&deepest] {
+        const QNBHierarchyItemPtr child = QNBHierarchyItem::init();
+        deepest->addChild(child);
+        deepest = child;
+    };
+    for (int level = 0; level < QNBHierarchyDepth::deepest; ++level)
+        addLevel();
+    QNBPresetRecord record;
+    record.setFileHierarchy(root);
+    QString name;
+    QString error;
+    ASSERT_TRUE(QNBPresetFile::write(record, folder_.path(), &name));
+    EXPECT_TRUE(QNBPresetFile::read(folder_.filePath(name), &error)) << qPrintable(error);
+
+    addLevel();
+    ASSERT_TRUE(QNBPresetFile::write(record, folder_.path(), &name));
+    EXPECT_FALSE(QNBPresetFile::read(folder_.filePath(name), &error));
+    EXPECT_FALSE(error.isEmpty());
 }
 
 TEST_F(QNBPresetFileTest, FilesWithoutEntriesAreNoPresets)
