@@ -221,6 +221,14 @@ void OutlineView::paintEvent(QPaintEvent *event)
     EmptyState::paint(*this, placeholderText_);
 }
 
+void OutlineView::rowsInserted(const QModelIndex &parent, int start, int end)
+{
+    // An item that is expanded, but had nothing to show, was laid out like one that is not.
+    if (isExpanded(parent))
+        scheduleDelayedItemsLayout();
+    QTreeView::rowsInserted(parent, start, end);
+}
+
 void OutlineView::rowsAboutToBeRemoved(const QModelIndex &parent, int start, int end)
 {
     // Otherwise the view looks for another row to select, and lays itself out to show that.

@@ -105,6 +105,19 @@ TEST_F(OutlineViewUpdatesTest, TheDisclosureTriangleComesWithTheFirstChildAndGoe
     EXPECT_EQ(rows(), u"docs empty src");
 }
 
+TEST_F(OutlineViewUpdatesTest, AnExpandedItemThatLostItsLastChildShowsTheNextOne)
+{
+    view.expandItem(nullptr, true);
+    const NodePtr b = docs->children[1];
+    const NodePtr deep = b->children[0];
+    b->children.clear();
+    view.removeItemAtIndex(0, b);
+    EXPECT_EQ(rows(), u"docs a b empty src x y");
+    b->children.push_back(deep);
+    view.insertItemAtIndex(0, b);
+    EXPECT_EQ(rows(), u"docs a b deep empty src x y");
+}
+
 TEST_F(OutlineViewUpdatesTest, UpdatesThatAreToldWronglyAreMadeOutAllTheSame)
 {
     view.expandItem(nullptr, true);
