@@ -60,6 +60,21 @@ QList<QNBPresetRecordPtr> presets(qsizetype items, qsizetype itemsPerPreset)
     return result;
 }
 
+QNBPresetRecordPtr flatPreset(qsizetype items)
+{
+    const QNBHierarchyItemPtr root =
+        QNBHierarchyItem::initWithDictionary(QNBHierarchyItem::itemDictionaryWithFilename({}, true, nullptr));
+    for (qsizetype made = 0; made < items; ++made) {
+        const QString name = made == 0 ? QStringLiteral("Untitled") : QStringLiteral("Untitled-%1").arg(made);
+        root->addChild(QNBHierarchyItem::initWithDictionary(
+            QNBHierarchyItem::itemDictionaryWithFilename(name, false, nullptr), root));
+    }
+    auto record = std::make_shared<QNBPresetRecord>();
+    record->setValueForKey(QStringLiteral("Flat preset"), QNBPresetKey::label);
+    record->setFileHierarchy(root);
+    return record;
+}
+
 qsizetype countItems(const QList<QNBPresetRecordPtr> &presets)
 {
     std::vector<const QNBHierarchyItem *> toCount;

@@ -15,6 +15,9 @@ namespace SamplePresets {
 /// \a items items in presets of at most \a itemsPerPreset.
 QList<QNBPresetRecordPtr> presets(qsizetype items, qsizetype itemsPerPreset);
 
+/// A preset of \a items files in its root, named "Untitled", "Untitled-1" …
+QNBPresetRecordPtr flatPreset(qsizetype items);
+
 /// The items of all trees, roots not counted.
 qsizetype countItems(const QList<QNBPresetRecordPtr> &presets);
 

@@ -1,0 +1,46 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+// The unique name among so many siblings "Untitled", "Untitled-1" …, beside one pass over the names that
+// compares each with the name wanted, without regard to case.
+
+#include "Benchmarks/SamplePresets.h"
+#include "Source/QNBUniqueName.h"
+
+#include <benchmark/benchmark.h>
+
+namespace {
+
+const QString untitled = QStringLiteral("Untitled");
+
+void BM_PassOverNames(benchmark::State &state)
+{
+    const QNBPresetRecordPtr preset = SamplePresets::flatPreset(state.range(0));
+    const QNBHierarchyItem &level = *preset->fileHierarchy();
+    for (auto _ : state) {
+        qsizetype same = 0;
+        for (const QNBHierarchyItemPtr &child : level.children())
+            same += child->filename().compare(untitled, Qt::CaseInsensitive) == 0;
+        if (same != 1)
+            state.SkipWithError("the name is not there once");
+    }
+    state.SetComplexityN(state.range(0));
+}
+
+void BM_UniqueName(benchmark::State &state)
+{
+    const QNBPresetRecordPtr preset = SamplePresets::flatPreset(state.range(0));
+    const QNBHierarchyItemPtr item = QNBHierarchyItem::init();
+    const QString expected = QStringLiteral("Untitled-%1").arg(state.range(0));
+    for (auto _ : state) {
+        if (uniqueNameForLevel(*preset->fileHierarchy(), untitled, item.get()) != expected)
+            state.SkipWithError("not the first free name");
+    }
+    state.SetComplexityN(state.range(0));
+}
+
+} // namespace
+
+#define QUENBY_SIZES Arg(1'000)->Arg(10'000)->Arg(100'000)->Complexity()->Unit(benchmark::kMicrosecond)
+BENCHMARK(BM_PassOverNames)->QUENBY_SIZES;
+BENCHMARK(BM_UniqueName)->QUENBY_SIZES;
