@@ -91,8 +91,10 @@ void measure(benchmark::State &state, const Edit &edit, const IsShown &isShown)
     for (auto _ : state) {
         const bool isPainted = stage.paint([&] { edit(tree); });
         state.PauseTiming();
-        if (!isPainted || !isShown(tree.view()))
+        if (!isPainted || !isShown(tree.view())) {
             state.SkipWithError("the edit is not shown");
+            break;
+        }
         stage.paint([&] { tree.restore(); });
         state.ResumeTiming();
     }
@@ -163,8 +165,10 @@ void BM_Show(benchmark::State &state)
         const bool isPainted = stage.paint([&] { stage.tree().showExpanded(); });
         state.PauseTiming();
         const QTreeView &view = stage.tree().view();
-        if (!isPainted || view.visualRect(view.currentIndex()).isEmpty())
+        if (!isPainted || view.visualRect(view.currentIndex()).isEmpty()) {
             state.SkipWithError("not all rows are shown");
+            break;
+        }
         state.ResumeTiming();
     }
 }

@@ -21,8 +21,10 @@ void BM_PassOverNames(benchmark::State &state)
         qsizetype same = 0;
         for (const QNBHierarchyItemPtr &child : level.children())
             same += child->filename().compare(untitled, Qt::CaseInsensitive) == 0;
-        if (same != 1)
+        if (same != 1) {
             state.SkipWithError("the name is not there once");
+            break;
+        }
     }
     state.SetComplexityN(state.range(0));
 }
@@ -33,8 +35,10 @@ void BM_UniqueName(benchmark::State &state)
     const QNBHierarchyItemPtr item = QNBHierarchyItem::init();
     const QString expected = QStringLiteral("Untitled-%1").arg(state.range(0));
     for (auto _ : state) {
-        if (uniqueNameForLevel(*preset->fileHierarchy(), untitled, item.get()) != expected)
+        if (uniqueNameForLevel(*preset->fileHierarchy(), untitled, item.get()) != expected) {
             state.SkipWithError("not the first free name");
+            break;
+        }
     }
     state.SetComplexityN(state.range(0));
 }
