@@ -264,12 +264,15 @@ int OutlineView::rowOfIndex(const QModelIndex &index) const
 {
     const_cast<OutlineView *>(this)->executeDelayedItemsLayout();
     const QRect rect = visualRect(index);
-    return rect.height() > 0 ? (rect.y() + verticalOffset()) / heightOfRows() : noRow;
+    return rect.height() > 0 ? (rect.y() + verticalOffset()) / rect.height() : noRow;
 }
 
 int OutlineView::heightOfRows() const
 {
-    return std::max(1, rowHeight(model_->index(0, 0)));
+    // All are the same; the view searches its rows for the one asked for, and has that of the current one at
+    // hand.
+    const int height = rowHeight(currentIndex());
+    return std::max(1, height > 0 ? height : rowHeight(model_->index(0, 0)));
 }
 
 void OutlineView::notifySelection()
