@@ -27,6 +27,9 @@ void QNBPrefPanePref::makeContextualMenu()
                                {_ui_permGroupR, _ui_permGroupW, _ui_permGroupX},
                                {_ui_permOthersR, _ui_permOthersW, _ui_permOthersX},
                                {_ui_applyPermissionsRecursively}});
+    // Styles draw boxes for the ground of a window: on that of a dark menu an unchecked one can't be seen.
+    _permissionsGrid->setBackgroundRole(QPalette::Window);
+    _permissionsGrid->setAutoFillBackground(true);
     connect(_ui_presetContextualMenu, &QMenu::aboutToShow, this, [this] {
         makeRoomForColorNames();
         validateMenu(*_ui_presetContextualMenu);

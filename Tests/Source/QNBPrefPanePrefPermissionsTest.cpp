@@ -309,3 +309,22 @@ TEST_F(QNBPrefPanePrefPermissions, TheButtonInTheOpenMenuAppliesAndClosesIt)
 }
 
 } // namespace
+
+TEST_F(QNBPrefPanePrefPermissions, UncheckedBoxesCanBeSeenInADarkMenu)
+{
+    openWith(permissions(7, 6, 4));
+    QPalette dark(QColor(0x31, 0x36, 0x3b), QColor(0x31, 0x36, 0x3b));
+    dark.setColor(QPalette::Base, QColor(0x1d, 0x1f, 0x22));
+    auto *menu = outlet<QMenu>(QStringLiteral("_ui_presetContextualMenu"));
+    menu->setPalette(dark);
+    outline().selectRow(0);
+    menu->popup(view->mapToGlobal(QPoint(0, 0)));
+
+    const QCheckBox &unchecked = box(QStringLiteral("GroupX"));
+    ASSERT_FALSE(unchecked.isChecked());
+    const QRect place(unchecked.mapTo(menu, QPoint()), unchecked.size());
+    const QImage image = menu->grab().toImage();
+    const int inside = image.pixelColor(place.center()).lightness();
+    const int beside = image.pixelColor(place.topLeft() - QPoint(3, 0)).lightness();
+    EXPECT_GE(std::abs(inside - beside), 12);
+}
