@@ -38,7 +38,7 @@ bool haveSameAttributes(const QNBHierarchyItem &a, const QNBHierarchyItem &b)
 {
     return a.isEqualTo(b) && a.isDirectory() == b.isDirectory() && a.filename() == b.filename() &&
            a.colorName() == b.colorName() && a.contentFilename() == b.contentFilename() &&
-           a.customPermissions() == b.customPermissions() && a.numberOfChildren() == b.numberOfChildren();
+           a.numberOfChildren() == b.numberOfChildren();
 }
 
 } // namespace
@@ -78,15 +78,15 @@ QNBHierarchyItemPtr QNBDraggedItem::source(const QNBHierarchyItemPtr &root) cons
     return source && source->isEqualTo(*item_) ? source : nullptr;
 }
 
-bool QNBDraggedItem::isCopyOf(const QNBHierarchyItem &source) const
+bool QNBDraggedItem::becomeCopyOf(const QNBHierarchyItem &source)
 {
-    std::vector<std::pair<const QNBHierarchyItem *, const QNBHierarchyItem *>> pending{
-        {&source, item_.get()}};
+    std::vector<std::pair<const QNBHierarchyItem *, QNBHierarchyItem *>> pending{{&source, item_.get()}};
     while (!pending.empty()) {
         const auto [original, copy] = pending.back();
         pending.pop_back();
         if (!haveSameAttributes(*original, *copy))
             return false;
+        copy->setCustomPermissions(original->customPermissions());
         for (std::size_t i = 0; i < original->numberOfChildren(); ++i)
             pending.emplace_back(original->children()[i].get(), copy->children()[i].get());
     }

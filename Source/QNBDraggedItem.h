@@ -32,8 +32,9 @@ public:
     /// The item that is dragged: what stands where it stood, in the tree of \a root, if that is the same item
     /// by its identifier. Else null.
     QNBHierarchyItemPtr source(const QNBHierarchyItemPtr &root) const;
-    /// Whether \a source is as it was when the drag began, with all below it.
-    bool isCopyOf(const QNBHierarchyItem &source) const;
+    /// Whether \a source is as it was when the drag began, with all below it. Then item() takes over the
+    /// permissions, too: not all that an item can have survive in a dictionary.
+    bool becomeCopyOf(const QNBHierarchyItem &source);
 
     /// Where an item stands: its index among its siblings, its parent's index, and so on up to the child of
     /// the root.

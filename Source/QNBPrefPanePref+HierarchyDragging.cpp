@@ -90,12 +90,12 @@ bool QNBPrefPanePref::outlineViewAcceptDrop(OutlineView &, const DraggingInfo &d
     if (!draggedItem(draggingInfo.draggingPasteboard()))
         return false;
     // Its item goes into the tree: another drop of the same data has to read it anew.
-    const QNBDraggedItem dragged = *std::exchange(_draggedItem, std::nullopt);
+    QNBDraggedItem dragged = *std::exchange(_draggedItem, std::nullopt);
     _draggedData.clear();
     const QNBHierarchyItemPtr copy = dragged.item();
 
     const QNBHierarchyItemPtr source = dragged.source(_rootPresetHierarchyItem);
-    if (!source || !dragged.isCopyOf(*source)) {
+    if (!source || !dragged.becomeCopyOf(*source)) {
         qCWarning(lcPane) << copy->description() << "is not moved: it is not what stands there now";
         return false;
     }

@@ -93,13 +93,13 @@ TEST_F(QNBDraggedItemTest, PathsAreWalkedFromTheirEnd)
 
 TEST_F(QNBDraggedItemTest, WhatComesBackIsACopyWithTheSameIdentifiers)
 {
-    const auto copy = dragged(inner);
+    auto copy = dragged(inner);
     ASSERT_TRUE(copy);
     EXPECT_NE(copy->item(), inner);
     EXPECT_EQ(copy->item()->toDictionaryWithUID(true), inner->toDictionaryWithUID(true));
     EXPECT_EQ(copy->depthBelow(), 1);
     EXPECT_EQ(copy->source(root), inner);
-    EXPECT_TRUE(copy->isCopyOf(*inner));
+    EXPECT_TRUE(copy->becomeCopyOf(*inner));
 }
 
 TEST_F(QNBDraggedItemTest, AnotherItemAtThatPlaceIsNotTheSource)
@@ -115,8 +115,8 @@ TEST_F(QNBDraggedItemTest, AnotherItemAtThatPlaceIsNotTheSource)
 
 TEST_F(QNBDraggedItemTest, ACopyIsNoneAnyMoreWhenAnythingBelowHasChanged)
 {
-    const auto copy = dragged(folder);
-    const auto expectNoCopy = [&](const char *what) { EXPECT_FALSE(copy->isCopyOf(*folder)) << what; };
+    auto copy = dragged(folder);
+    const auto expectNoCopy = [&](const char *what) { EXPECT_FALSE(copy->becomeCopyOf(*folder)) << what; };
     leaf->setFilename(QStringLiteral("other"));
     expectNoCopy("name");
     leaf->setFilename(QStringLiteral("leaf"));
@@ -126,16 +126,21 @@ TEST_F(QNBDraggedItemTest, ACopyIsNoneAnyMoreWhenAnythingBelowHasChanged)
     leaf->setContentFilename({});
     expectNoCopy("content file");
     leaf->setContentFilename(QStringLiteral("Letter.txt"));
-    const QVariantMap permissions = leaf->customPermissions();
-    leaf->setCustomPermissions({});
-    expectNoCopy("permissions");
-    leaf->setCustomPermissions(permissions);
     inner->addChild(make(QStringLiteral("new"), false));
     expectNoCopy("another child");
     inner->removeChild(inner->childAtIndex(1));
-    EXPECT_TRUE(copy->isCopyOf(*folder));
+    EXPECT_TRUE(copy->becomeCopyOf(*folder));
     inner->setChild(make(QStringLiteral("leaf"), false));
     expectNoCopy("another item of the same name");
+}
+
+TEST_F(QNBDraggedItemTest, ACopyTakesOverPermissionsThatNoDictionaryHolds)
+{
+    const QVariantMap owner{{QStringLiteral("u"), qlonglong(13)}};
+    leaf->setCustomPermissions(owner);
+    auto copy = dragged(inner);
+    ASSERT_TRUE(copy->becomeCopyOf(*inner));
+    EXPECT_EQ(copy->item()->childAtIndex(0)->customPermissions(), owner);
 }
 
 TEST_F(QNBDraggedItemTest, WhatIsNoArchiveOfAnItemIsRefused)
