@@ -3,8 +3,7 @@
 
 #include "Tests/Session/ScreenReader.h"
 
-#include <QDBusConnectionInterface>
-#include <QDBusInterface>
+#include <QDBusMessage>
 #include <QDBusReply>
 #include <QUuid>
 
@@ -46,9 +45,10 @@ ScreenReader::ScreenReader(const QString &busAddress, QProcessEnvironment enviro
     bus_.connect(QString(), QString(), objectEvents, QStringLiteral("StateChanged"), this,
                  SLOT(stateChanged(QDBusMessage)));
     // Programs are silent about what nobody asked for.
-    const QDBusMessage registered =
-        QDBusInterface(registryService, registryPath, registryService, bus_)
-            .call(QStringLiteral("RegisterEvent"), QStringLiteral("object:state-changed:focused"));
+    QDBusMessage registration = QDBusMessage::createMethodCall(registryService, registryPath, registryService,
+                                                               QStringLiteral("RegisterEvent"));
+    registration.setArguments({QStringLiteral("object:state-changed:focused")});
+    const QDBusMessage registered = bus_.call(registration);
     if (registered.type() != QDBusMessage::ReplyMessage)
         qFatal("no events: %s", qPrintable(registered.errorMessage()));
 }
