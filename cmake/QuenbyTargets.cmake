@@ -16,10 +16,11 @@ if(QUENBY_SANITIZE)
   add_link_options(-fsanitize=${QUENBY_SANITIZE})
 endif()
 
-# quenby_add_tests(ROOM [WINDOWS] SOURCES... LIBRARIES...): the program quenby-tests-<room>, each case a ctest
-# test. WINDOWS gives it a QApplication instead of a QCoreApplication.
+# quenby_add_tests(ROOM [WINDOWS] SOURCES... LIBRARIES... [WITH_HELPERS PATTERN]): the program
+# quenby-tests-<room>, each case a ctest test. WINDOWS gives it a QApplication instead of a QCoreApplication. The
+# tests that PATTERN names start processes that are called like the helper, or end those: never two at a time.
 function(quenby_add_tests room)
-  cmake_parse_arguments(arg "WINDOWS" "" "SOURCES;LIBRARIES" ${ARGN})
+  cmake_parse_arguments(arg "WINDOWS" "WITH_HELPERS" "SOURCES;LIBRARIES" ${ARGN})
   set(target quenby-tests-${room})
   set(main "${PROJECT_SOURCE_DIR}/Tests/main.cpp")
   if(arg_WINDOWS)
@@ -28,6 +29,13 @@ function(quenby_add_tests room)
   add_executable(${target} ${arg_SOURCES} "${main}")
   target_link_libraries(${target} PRIVATE quenby-options ${arg_LIBRARIES} Qt6::Test GTest::gtest GTest::gmock)
   target_compile_definitions(${target} PRIVATE QUENBY_TEST_DATA="${CMAKE_CURRENT_SOURCE_DIR}/data")
-  gtest_discover_tests(${target} TEST_PREFIX "${room}." DISCOVERY_MODE PRE_TEST NO_PRETTY_VALUES
-                       PROPERTIES TIMEOUT 300 LABELS ${room})
+  set(discovery TEST_PREFIX "${room}." DISCOVERY_MODE PRE_TEST NO_PRETTY_VALUES)
+  set(properties TIMEOUT 300 LABELS ${room})
+  if(arg_WITH_HELPERS)
+    gtest_discover_tests(${target} ${discovery} TEST_FILTER "-${arg_WITH_HELPERS}" PROPERTIES ${properties})
+    gtest_discover_tests(${target} ${discovery} TEST_FILTER "${arg_WITH_HELPERS}" TEST_LIST ${target}_WITH_HELPERS
+                         PROPERTIES ${properties} RESOURCE_LOCK QNBHelper)
+  else()
+    gtest_discover_tests(${target} ${discovery} PROPERTIES ${properties})
+  endif()
 endfunction()

@@ -1,0 +1,98 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Source/QNBPrefPanePref.h"
+
+#include "Platform/PropertyList.h"
+#include "Source/QNBPaneLog.h"
+#include "Toolkit/KeyComboRecorder.h"
+
+#include <QCheckBox>
+#include <QLabel>
+#include <QPushButton>
+#include <csignal>
+
+namespace {
+
+/// The name of the helper's process, and of its bundle.
+const QString helperName = QStringLiteral("QNBHelper");
+const QString applicationType = QStringLiteral("app");
+/// As seen from the bundle's resources.
+const QString helperFolder = QStringLiteral("../MacOS");
+
+// The button's title is the believed state, which the toggle goes by: never translated.
+const QString startTitle = QStringLiteral("Start");
+const QString stopTitle = QStringLiteral("Stop");
+const QString runningStatus = QStringLiteral("Status: Quenby is running");
+const QString stoppedStatus = QStringLiteral("Status: Quenby is stopped");
+
+/// A helper that was told to start or to end is given this time before its state is looked at.
+constexpr std::chrono::microseconds helperPause(250'000);
+
+} // namespace
+
+void QNBPrefPanePref::setUpHelperControl()
+{
+    connect(_ui_startStopButton, &QPushButton::clicked, this, &QNBPrefPanePref::toggleHelperStatus);
+    connect(_ui_showMenubar, &QCheckBox::clicked, this, &QNBPrefPanePref::toggleMenubar);
+    connect(_ui_shortcutRecorderControl, &KeyComboRecorder::keyComboDidChange, this,
+            [this](const KeyCombo &combo) {
+                shortcutRecorderKeyComboDidChange(*_ui_shortcutRecorderControl, combo);
+            });
+
+    const QVariant launchHelper = _services.preferences->copyAppValue(QNBPreferenceKey::launchHelperOnStart);
+    // Who never chose wants it.
+    const bool shouldRun =
+        !launchHelper.isValid() || PropertyList::boolValue(launchHelper).value_or(false);
+    if (shouldRun && _services.everyProcessNamed(helperName).isEmpty())
+        toggleHelperStatus();
+    updateStatus();
+}
+
+QString QNBPrefPanePref::helperPath() const
+{
+    const std::optional<Bundle> bundle = ourBundle();
+    return bundle ? bundle->pathForResource(helperName, applicationType, helperFolder) : QString();
+}
+
+void QNBPrefPanePref::updateStatus()
+{
+    const bool isRunning = !_services.everyProcessNamed(helperName).isEmpty();
+    _ui_statusLabel->setText(isRunning ? runningStatus : stoppedStatus);
+    _ui_startStopButton->setText(isRunning ? stopTitle : startTitle);
+}
+
+void QNBPrefPanePref::toggleHelperStatus()
+{
+    const QString path = helperPath();
+    const bool shouldRun = _ui_startStopButton->text() == startTitle;
+    if (shouldRun && path.isEmpty()) {
+        qCWarning(lcPane) << "not started: the pane's bundle holds no" << helperName;
+        updateStatus();
+        return;
+    }
+
+    if (shouldRun) {
+        _services.openFile(path);
+    } else {
+        const QList<TQProcess> helpers = _services.everyProcessNamed(helperName);
+        for (const TQProcess &helper : helpers)
+            _services.kill(helper, SIGTERM);
+    }
+    _services.sleep(helperPause);
+    // Every path begins with an empty one.
+    if (!path.isEmpty())
+        _services.addLoginItem(path, shouldRun);
+    updateStatus();
+    _services.preferences->setAppValue(QNBPreferenceKey::launchHelperOnStart, shouldRun);
+}
+
+void QNBPrefPanePref::toggleMenubar()
+{
+    writePreferences();
+}
+
+void QNBPrefPanePref::shortcutRecorderKeyComboDidChange(const KeyComboRecorder &, const KeyCombo &)
+{
+    writePreferences();
+}
