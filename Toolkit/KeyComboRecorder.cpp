@@ -51,6 +51,8 @@ KeyComboRecorder::KeyComboRecorder(QWidget *parent)
     clearButton_->setToolTip(tr("Use no shortcut"));
     clearButton_->setAccessibleName(tr("Clear shortcut"));
     setFocusProxy(field_);
+    // A label leads to what takes the keyboard, whoever that is.
+    setFocusPolicy(Qt::StrongFocus);
     connect(field_, &QPushButton::toggled, this, &KeyComboRecorder::updateTexts);
     connect(clearButton_, &QToolButton::clicked, this, [this] { choose({}); });
     updateTexts();

@@ -3,6 +3,9 @@
 
 #include "Toolkit/KeyComboRecorder.h"
 
+#include <QApplication>
+#include <QLabel>
+#include <QLineEdit>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QTest>
@@ -59,6 +62,20 @@ TEST_F(KeyComboRecorderTest, RecordsByKeyboard)
     EXPECT_FALSE(recorder.isRecording());
     EXPECT_EQ(recorder.keyCombo(), ctrlShiftN);
     EXPECT_EQ(changes.count(), 1);
+}
+
+TEST_F(KeyComboRecorderTest, TheMnemonicOfItsLabelLeadsToIt)
+{
+    QWidget window;
+    QLabel label(QStringLiteral("&Shortcut"), &window);
+    QLineEdit before(&window);
+    KeyComboRecorder field(&window);
+    label.setBuddy(&field);
+    window.show();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+    before.setFocus();
+    QTest::keyClick(&before, Qt::Key_S, Qt::AltModifier);
+    EXPECT_EQ(QApplication::focusWidget(), field.findChild<QPushButton *>());
 }
 
 TEST_F(KeyComboRecorderTest, PlainKeysAreRefusedFunctionKeysAreNot)
