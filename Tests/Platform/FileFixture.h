@@ -13,7 +13,15 @@
 class FileFixture : public ::testing::Test
 {
 protected:
-    QString in(const QString &name) const { return folder_.filePath(name); }
+    FileFixture() = default;
+    /// The folder is made after \a pattern, which ends in "XXXXXX".
+    explicit FileFixture(const QString &pattern)
+        : folder_(pattern)
+    {
+    }
+
+    /// Of any name, also one that Qt would take for a path of its own.
+    QString in(const QString &name) const { return root() + u'/' + name; }
 
     static void put(const QString &path, const QByteArray &bytes)
     {
