@@ -3,6 +3,10 @@
 
 #include "Shared/Source/QNBShared.h"
 
+#include "Platform/FileCatalog.h"
+
+#include <QDir>
+#include <QFile>
 #include <QStandardPaths>
 #include <QStringList>
 
@@ -44,6 +48,25 @@ quint64 QNBFinderLabelForColor(const QString &colorName)
     };
     const qsizetype label = names.indexOf(colorName);
     return label < 0 ? QNBNotFound : static_cast<quint64>(label);
+}
+
+quint16 QNBFinderFlagsWithLabel(quint16 flags, quint64 label)
+{
+    const quint64 labelBits = (label << FinderInfo::labelShift) & FinderInfo::labelMask;
+    return static_cast<quint16>((flags & ~FinderInfo::labelMask) | static_cast<quint16>(labelBits));
+}
+
+void QNBSetFinderLabelForPath(quint64 label, const QString &path)
+{
+    if (path.isEmpty())
+        return;
+    const QString absolutePath = path.startsWith(u'/') ? path : QDir::currentPath() + u'/' + path;
+    const auto reference = FileCatalog::reference(QFile::encodeName(absolutePath));
+    auto information = reference ? FileCatalog::finderInfo(*reference) : std::nullopt;
+    if (!information)
+        return;
+    information->setFlags(QNBFinderFlagsWithLabel(information->flags(), label));
+    FileCatalog::setFinderInfo(*reference, *information);
 }
 
 QNBButtonState QNBButtonStateForBool(bool value)

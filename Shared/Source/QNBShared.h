@@ -28,6 +28,13 @@ inline constexpr quint64 QNBNotFound = static_cast<quint64>(std::numeric_limits<
 /// Upper and lower case are not the same.
 quint64 QNBFinderLabelForColor(const QString &colorName);
 
+/// \a flags of the file manager with this label, of which the low three bits count; all other flags stay.
+quint16 QNBFinderFlagsWithLabel(quint16 flags, quint64 label);
+
+/// Gives the file or folder at \a path the label, as above. Whether it could is not told: nothing may be
+/// there, it may be a symbolic link, or the disk may keep no labels.
+void QNBSetFinderLabelForPath(quint64 label, const QString &path);
+
 /// The state of a check box as a number.
 enum QNBButtonState : int {
     QNBMixedState = -1,
