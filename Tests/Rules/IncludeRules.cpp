@@ -20,11 +20,17 @@ const QString contextMenu = QStringLiteral("ContextMenu");
 const QString paneContract = QStringLiteral("Toolkit/PreferencePane.h");
 
 /// The classes of Source that the programs without a pane share.
-const QStringList coreClasses = {QStringLiteral("QNBDraggedItem"),    QStringLiteral("QNBFolderMenu"),
-                                 QStringLiteral("QNBHierarchyDepth"), QStringLiteral("QNBHierarchyItem"),
-                                 QStringLiteral("QNBItemStep"),       QStringLiteral("QNBPermissions"),
-                                 QStringLiteral("QNBPresetFile"),     QStringLiteral("QNBPresetImport"),
-                                 QStringLiteral("QNBPresetRecord"),   QStringLiteral("QNBSettingsStore"),
+const QStringList coreClasses = {QStringLiteral("NSURL"),
+                                 QStringLiteral("QNBDraggedItem"),
+                                 QStringLiteral("QNBFolderMenu"),
+                                 QStringLiteral("QNBHierarchyDepth"),
+                                 QStringLiteral("QNBHierarchyItem"),
+                                 QStringLiteral("QNBItemStep"),
+                                 QStringLiteral("QNBPermissions"),
+                                 QStringLiteral("QNBPresetFile"),
+                                 QStringLiteral("QNBPresetImport"),
+                                 QStringLiteral("QNBPresetRecord"),
+                                 QStringLiteral("QNBSettingsStore"),
                                  QStringLiteral("QNBUniqueName")};
 
 const QMap<QString, QStringList> allowedRooms = {
