@@ -118,7 +118,8 @@ bool FileViewer::selectFile(const QString &path)
         if (error.isEmpty())
             return;
         qCInfo(lcFileViewer) << "no file manager shows" << absolute << error << "- opening" << folder;
-        Workspace::openFile(folder);
+        // As a folder, though it may be an application.
+        Workspace::openURL(QUrl::fromLocalFile(folder));
     });
     return true;
 }

@@ -3,6 +3,9 @@
 
 #include "Platform/Workspace.h"
 
+#include "Platform/Bundle.h"
+#include "Platform/DesktopFolders.h"
+
 #include <QFileInfo>
 #include <QLoggingCategory>
 #include <QProcess>
@@ -26,6 +29,35 @@ bool isOpenable(const QUrl &url)
     return url.isLocalFile() && url.host().isEmpty() && url.path().startsWith(u'/');
 }
 
+/// By this path, so that the process has the name of the file. It leaves a session and a parent of its own
+/// behind it.
+bool startDetached(const QString &program, const QStringList &arguments, const QString &workingFolder = {})
+{
+    QProcess process;
+    process.setProgram(program);
+    process.setArguments(arguments);
+    process.setWorkingDirectory(workingFolder);
+    process.setStandardInputFile(QProcess::nullDevice());
+    process.setStandardOutputFile(QProcess::nullDevice());
+    process.setStandardErrorFile(QProcess::nullDevice());
+    if (process.startDetached())
+        return true;
+    qCWarning(lcWorkspace) << program << "could not be started:" << process.errorString();
+    return false;
+}
+
+bool launchApplication(const QString &path)
+{
+    const std::optional<Bundle> bundle = Bundle::bundleWithPath(path);
+    const QString executable = bundle ? bundle->executablePath() : QString();
+    if (executable.isEmpty()) {
+        qCWarning(lcWorkspace) << "not opened, an application without an executable:" << path;
+        return false;
+    }
+    const QString home = DesktopFolders::home();
+    return startDetached(executable, {}, QFileInfo(home).isDir() ? home : QStringLiteral("/"));
+}
+
 } // namespace
 
 bool Workspace::openURL(const QUrl &url)
@@ -34,18 +66,8 @@ bool Workspace::openURL(const QUrl &url)
         qCWarning(lcWorkspace) << "not opened:" << url;
         return false;
     }
-    QProcess process;
-    process.setProgram(launcher);
     // Encoded it holds neither blanks nor control characters, and begins with a scheme, never with a dash.
-    process.setArguments({url.toString(QUrl::FullyEncoded)});
-    process.setStandardInputFile(QProcess::nullDevice());
-    process.setStandardOutputFile(QProcess::nullDevice());
-    process.setStandardErrorFile(QProcess::nullDevice());
-    if (!process.startDetached()) {
-        qCWarning(lcWorkspace) << launcher << "could not be started:" << process.errorString();
-        return false;
-    }
-    return true;
+    return startDetached(launcher, {url.toString(QUrl::FullyEncoded)});
 }
 
 bool Workspace::openFile(const QString &path)
@@ -55,5 +77,7 @@ bool Workspace::openFile(const QString &path)
         qCWarning(lcWorkspace) << "not opened, nothing is there:" << path;
         return false;
     }
+    if (Bundle::isApplicationBundle(path))
+        return launchApplication(path);
     return openURL(QUrl::fromLocalFile(file.absoluteFilePath()));
 }

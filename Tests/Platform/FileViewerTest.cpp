@@ -7,6 +7,7 @@
 #include "TestLauncher.h"
 #include "Tests/Session/PrivateBus.h"
 #include "Tests/Session/SilentSocket.h"
+#include "Tests/Session/TestApplication.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>
@@ -113,6 +114,15 @@ TEST_F(FileViewerTest, AFolderIsOpenedItself)
     FileViewer viewer(SessionBus::noBusAddress);
     EXPECT_TRUE(viewer.selectFile(folder.path()));
     EXPECT_EQ(launcher.launched(), openedFolder());
+}
+
+TEST_F(FileViewerTest, AnApplicationIsShownAndNeverStarted)
+{
+    const TestApplication application(folder.filePath(QStringLiteral("Shown.app")));
+    FileViewer viewer(SessionBus::noBusAddress);
+    EXPECT_TRUE(viewer.selectFile(application.path()));
+    EXPECT_EQ(launcher.launched(), "[file://" + application.path().toUtf8() + "]");
+    EXPECT_FALSE(application.wasStarted());
 }
 
 TEST_F(FileViewerTest, WithoutABusTheFolderIsOpened)

@@ -4,17 +4,52 @@
 #include "Platform/Workspace.h"
 
 #include "TestLauncher.h"
+#include "Tests/Session/TestApplication.h"
 
 #include <QDir>
+#include <QFile>
 #include <QTemporaryDir>
 
+#include <cerrno>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace {
 
 class WorkspaceTest : public ::testing::Test
 {
 protected:
+    TestLauncher launcher;
+};
+
+class WorkspaceApplicationTest : public ::testing::Test
+{
+protected:
+    WorkspaceApplicationTest()
+    {
+        launcher.install();
+        qputenv("HOME", home.path().toUtf8());
+    }
+    ~WorkspaceApplicationTest() override { qputenv("HOME", oldHome); }
+
+    QString in(const QString &name) const { return folder.filePath(name); }
+
+    /// The folder with this name, whatever it holds, has an application that is started as itself.
+    void expectStarted(const QString &parent)
+    {
+        const TestApplication application(in(parent) + QStringLiteral("/Recording.app"));
+        ASSERT_TRUE(Workspace::openFile(application.path())) << qPrintable(parent);
+        const std::optional<TestApplication::Start> start = application.start();
+        ASSERT_TRUE(start) << qPrintable(parent);
+        EXPECT_EQ(start->program, QFile::encodeName(application.executable()));
+        EXPECT_EQ(start->arguments, QList<QByteArray>());
+    }
+
+    const QTemporaryDir folder;
+    const QTemporaryDir home;
+    const QByteArray oldHome = qgetenv("HOME");
     TestLauncher launcher;
 };
 
@@ -84,4 +119,113 @@ TEST_F(WorkspaceTest, OpensNothingThatIsNotThere)
     EXPECT_FALSE(Workspace::openFile({}));
     EXPECT_TRUE(Workspace::openFile(folder.path()));
     EXPECT_EQ(launcher.launched(), "[file://" + folder.path().toUtf8() + "]");
+}
+
+TEST_F(WorkspaceApplicationTest, AnApplicationIsStartedByItsExecutable)
+{
+    const TestApplication application(in(QStringLiteral("Recording.app")));
+    EXPECT_TRUE(Workspace::openFile(application.path()));
+    const std::optional<TestApplication::Start> start = application.start();
+    ASSERT_TRUE(start);
+    EXPECT_EQ(start->program, application.executable().toUtf8());
+    EXPECT_EQ(start->processName, TestApplication::defaultExecutable);
+    EXPECT_EQ(start->arguments, QList<QByteArray>());
+    EXPECT_FALSE(launcher.wasStarted());
+}
+
+TEST_F(WorkspaceApplicationTest, AnApplicationIsNobodysChildAndSharesNothing)
+{
+    const TestApplication application(in(QStringLiteral("Recording.app")));
+    EXPECT_TRUE(Workspace::openFile(application.path()));
+    const std::optional<TestApplication::Start> start = application.start();
+    ASSERT_TRUE(start);
+    EXPECT_NE(start->parent, ::getpid());
+    EXPECT_NE(start->session, ::getsid(0));
+    EXPECT_EQ(start->standardFiles, QList<QByteArray>(3, "/dev/null"));
+    EXPECT_EQ(start->folder, home.path().toUtf8());
+    EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1) << "a child is left";
+    EXPECT_EQ(errno, ECHILD);
+}
+
+TEST_F(WorkspaceApplicationTest, AnApplicationIsStartedWithoutAHomeToo)
+{
+    qputenv("HOME", in(QStringLiteral("missing")).toUtf8());
+    const TestApplication application(in(QStringLiteral("Recording.app")));
+    EXPECT_TRUE(Workspace::openFile(application.path()));
+    const std::optional<TestApplication::Start> start = application.start();
+    ASSERT_TRUE(start);
+    EXPECT_EQ(start->folder, "/");
+}
+
+TEST_F(WorkspaceApplicationTest, EveryPathReachesTheApplicationUnharmed)
+{
+    for (const char *name : {"a b", " ends ", "'single'", "\"double\"", "new\nline", "ta\tb",
+                             "back\\slash\\n", "50%", "%f %%", "$HOME", "`id`", "$(id)", "-x", "--help",
+                             "a;b&c|d>e", "*?[a]~#", "Ünïcode 漢字 \xf0\x9f\x98\x80", "\x01\x7f"})
+        expectStarted(QString::fromUtf8(name));
+    EXPECT_FALSE(launcher.wasStarted());
+}
+
+TEST_F(WorkspaceApplicationTest, ThePathMayEndInASlashOrBeRelative)
+{
+    const TestApplication application(in(QStringLiteral("Recording.app")));
+    EXPECT_TRUE(Workspace::openFile(application.path() + u'/'));
+    ASSERT_TRUE(application.start());
+
+    const TestApplication other(in(QStringLiteral("-Other.app")));
+    const QString before = QDir::currentPath();
+    ASSERT_TRUE(QDir::setCurrent(folder.path()));
+    EXPECT_TRUE(Workspace::openFile(QStringLiteral("-Other.app")));
+    EXPECT_TRUE(other.start());
+    QDir::setCurrent(before);
+}
+
+TEST_F(WorkspaceApplicationTest, WhatCannotBeNamedIsNotStarted)
+{
+    // Read as text, the name of this folder is another one, of nothing.
+    const TestApplication application(in(QStringLiteral("a\uFFFD")) + QStringLiteral("/Recording.app"));
+    const QByteArray noText = folder.path().toUtf8() + "/a\xff";
+    ASSERT_EQ(::rename(QFile::encodeName(in(QStringLiteral("a\uFFFD"))).constData(), noText.constData()), 0);
+    EXPECT_FALSE(Workspace::openFile(QFile::decodeName(noText + "/Recording.app")));
+    EXPECT_FALSE(application.wasStarted());
+}
+
+TEST_F(WorkspaceApplicationTest, AnApplicationWithoutAnExecutableIsNotOpened)
+{
+    const QString unnamed = in(QStringLiteral("Unnamed.app"));
+    ASSERT_TRUE(QDir().mkpath(unnamed + QStringLiteral("/Contents/MacOS")));
+    EXPECT_FALSE(Workspace::openFile(unnamed));
+
+    const QString missing = in(QStringLiteral("Missing.app"));
+    TestApplication::makeBundle(missing, QStringLiteral("Missing"));
+    EXPECT_FALSE(Workspace::openFile(missing));
+
+    const QString outside = in(QStringLiteral("Outside.app"));
+    TestApplication::makeBundle(outside, QStringLiteral("../../../Missing.app/Contents/Info.plist"));
+    EXPECT_FALSE(Workspace::openFile(outside));
+    EXPECT_FALSE(launcher.wasStarted());
+}
+
+TEST_F(WorkspaceApplicationTest, AnExecutableThatCannotBeRunIsReported)
+{
+    const TestApplication application(in(QStringLiteral("Recording.app")));
+    ASSERT_TRUE(QFile::setPermissions(application.executable(), QFile::ReadOwner | QFile::WriteOwner));
+    EXPECT_FALSE(Workspace::openFile(application.path()));
+
+    QFile executable(application.executable());
+    ASSERT_TRUE(executable.open(QIODevice::WriteOnly));
+    executable.write("#!/no/such/interpreter\n");
+    executable.close();
+    ASSERT_TRUE(executable.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+    EXPECT_FALSE(Workspace::openFile(application.path()));
+    EXPECT_FALSE(application.wasStarted());
+    EXPECT_FALSE(launcher.wasStarted());
+}
+
+TEST_F(WorkspaceApplicationTest, OtherBundlesAreFoldersStill)
+{
+    const TestApplication bundle(in(QStringLiteral("Recording.plugin")));
+    EXPECT_TRUE(Workspace::openFile(bundle.path()));
+    EXPECT_EQ(launcher.launched(), "[file://" + bundle.path().toUtf8() + "]");
+    EXPECT_FALSE(bundle.wasStarted());
 }
