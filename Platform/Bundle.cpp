@@ -108,12 +108,17 @@ QString Bundle::resourcePath() const
 
 QString Bundle::executablePath() const
 {
+    const QString path = expectedExecutablePath();
+    return QFileInfo(path).isFile() ? path : QString();
+}
+
+QString Bundle::expectedExecutablePath() const
+{
     const QString name = infoDictionary().value(executableKey).toString();
     // A name, not a path: what a bundle runs is inside it.
     if (name.isEmpty() || name.contains(u'/'))
         return {};
-    const QString path = path_ + codeFolder + u'/' + name;
-    return QFileInfo(path).isFile() ? path : QString();
+    return path_ + codeFolder + u'/' + name;
 }
 
 QString Bundle::pathForResource(const QString &name, const QString &type, const QString &directory) const

@@ -34,6 +34,8 @@ public:
     QString resourcePath() const;
     /// `Contents/MacOS/<CFBundleExecutable>`, or empty if no such file is named or there.
     QString executablePath() const;
+    /// The same, though the file may not be there.
+    QString expectedExecutablePath() const;
     /// The path of `<name>.<type>` (`<name>` if \a type is empty) below the resources, in \a directory
     /// relative to them if given ("..": the top-level information file's folder); empty if nothing is there.
     QString pathForResource(const QString &name, const QString &type, const QString &directory = {}) const;

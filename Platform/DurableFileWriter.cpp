@@ -53,6 +53,13 @@ QByteArray temporaryPrefix(const QByteArray &target)
     return ".quenby-" + hash.toHex().left(16) + '-';
 }
 
+/// For what is made in one step, and fails where something is.
+QByteArray randomTemporaryName(const QByteArray &target)
+{
+    return joined(folderOf(target),
+                  temporaryPrefix(target) + QByteArray::number(QRandomGenerator::global()->generate64(), 16));
+}
+
 /// A new file in the folder of \a target, readable by its owner only, removed again unless it was moved.
 class TemporaryFile
 {
@@ -181,9 +188,7 @@ FileResult fillCopy(FileLayer &layer, const QByteArray &from, TemporaryFile &cop
 /// Makes \a backup hold what \a target holds, and never less than that or than it held before.
 FileResult keepBackup(FileLayer &layer, const QByteArray &target, const QByteArray &backup)
 {
-    const QByteArray linked =
-        joined(folderOf(target),
-               temporaryPrefix(target) + QByteArray::number(QRandomGenerator::global()->generate64(), 16));
+    const QByteArray linked = randomTemporaryName(target);
     if (layer.link(target, linked) == 0) {
         const int renamed = layer.rename(linked, backup);
         const int errorNumber = errno;
@@ -287,6 +292,30 @@ FileResult DurableFileWriter::copy(const QString &from, const QString &to) const
     if (FileResult result = temporary.moveTo(target); !result)
         return result;
     return synchroniseFolder(layer_, folderOf(target));
+}
+
+FileResult DurableFileWriter::makeSymbolicLink(const QString &path, const QByteArray &text) const
+{
+    const QByteArray link = QFile::encodeName(path);
+    if (layer_.readlink(link) == text)
+        return {};
+    const QByteArray temporary = randomTemporaryName(link);
+    if (layer_.symlink(text, temporary) == -1)
+        return failed("create", temporary, errno);
+    if (layer_.rename(temporary, link) == -1) {
+        const int errorNumber = errno;
+        layer_.unlink(temporary);
+        return failed("rename the new link to", link, errorNumber);
+    }
+    return synchroniseFolder(layer_, folderOf(link));
+}
+
+FileResult DurableFileWriter::remove(const QString &path) const
+{
+    const QByteArray file = QFile::encodeName(path);
+    if (layer_.unlink(file) == -1)
+        return errno == ENOENT ? FileResult() : failed("remove", file, errno);
+    return synchroniseFolder(layer_, folderOf(file));
 }
 
 FileResult DurableFileWriter::makeFolder(const QString &path) const

@@ -51,6 +51,12 @@ public:
     /// Copies \a from to \a to, which must not exist: whole and durable, or not at all.
     FileResult copy(const QString &from, const QString &to) const;
 
+    /// Makes \a path a symbolic link with the text \a text, in place of the link or file that it may be.
+    FileResult makeSymbolicLink(const QString &path, const QByteArray &text) const;
+
+    /// Removes the file \a path, of a symbolic link the link. Nothing to do is no failure.
+    FileResult remove(const QString &path) const;
+
     /// Makes the folder, and what is missing of the folders above it, for their owner only; as durable as the
     /// files that will be written there. Nothing to do is no failure.
     FileResult makeFolder(const QString &path) const;

@@ -132,6 +132,11 @@ int FileLayer::link(const QByteArray &existing, const QByteArray &created)
     return ::link(existing.constData(), created.constData());
 }
 
+int FileLayer::symlink(const QByteArray &text, const QByteArray &created)
+{
+    return ::symlink(text.constData(), created.constData());
+}
+
 int FileLayer::unlink(const QByteArray &path)
 {
     return ::unlink(path.constData());

@@ -46,6 +46,7 @@ public:
 
     virtual int rename(const QByteArray &from, const QByteArray &to);
     virtual int link(const QByteArray &existing, const QByteArray &created);
+    virtual int symlink(const QByteArray &text, const QByteArray &created);
     virtual int unlink(const QByteArray &path);
     virtual int mkdir(const QByteArray &path, mode_t mode);
 

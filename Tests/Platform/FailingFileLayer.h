@@ -111,6 +111,10 @@ public:
         }
         return fails() ? -1 : FileLayer::link(existing, created);
     }
+    int symlink(const QByteArray &text, const QByteArray &created) override
+    {
+        return fails() ? -1 : FileLayer::symlink(text, created);
+    }
     int mkdir(const QByteArray &path, mode_t mode) override
     {
         return fails() ? -1 : FileLayer::mkdir(path, mode);

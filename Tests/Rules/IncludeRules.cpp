@@ -20,7 +20,8 @@ const QString contextMenu = QStringLiteral("ContextMenu");
 const QString paneContract = QStringLiteral("Toolkit/PreferencePane.h");
 
 /// The classes of Source that the programs without a pane share.
-const QStringList coreClasses = {QStringLiteral("NSURL"),
+const QStringList coreClasses = {QStringLiteral("HJSLoginItemController"),
+                                 QStringLiteral("NSURL"),
                                  QStringLiteral("QNBDraggedItem"),
                                  QStringLiteral("QNBFolderMenu"),
                                  QStringLiteral("QNBHierarchyDepth"),

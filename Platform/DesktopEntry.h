@@ -1,0 +1,47 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include <QByteArray>
+#include <QHash>
+#include <QString>
+#include <optional>
+
+/// The main group of a desktop entry, after freedesktop's Desktop Entry Specification, read as generously as
+/// the programs that start entries read them. Values are bytes: the specification wants UTF-8, files do not
+/// always know.
+class DesktopEntry
+{
+public:
+    /// None if \a bytes are no desktop entry, with the reason in \a error.
+    static std::optional<DesktopEntry> parse(const QByteArray &bytes, QString *error);
+
+    /// The string under \a key with its escapes resolved; empty if there is none.
+    QByteArray string(const QByteArray &key) const;
+    bool boolean(const QByteArray &key) const;
+    bool contains(const QByteArray &key) const { return values_.contains(key); }
+
+    /// What the command line of "Exec" starts, its quoting resolved; empty if it names nothing of its own.
+    QByteArray program() const;
+
+    /// Appends what another entry would say to start it: a line of \a key with the string \a value.
+    static void appendString(QByteArray &entry, const QByteArray &key, const QByteArray &value);
+
+    /// \a argument as a part of a command line.
+    static QByteArray quoted(const QByteArray &argument);
+
+private:
+    QHash<QByteArray, QByteArray> values_;
+};
+
+/// The names that the specification gives.
+namespace DesktopEntryKeys {
+inline constexpr char group[] = "Desktop Entry";
+inline constexpr char type[] = "Type";
+inline constexpr char version[] = "Version";
+inline constexpr char name[] = "Name";
+inline constexpr char exec[] = "Exec";
+inline constexpr char tryExec[] = "TryExec";
+inline constexpr char hidden[] = "Hidden";
+} // namespace DesktopEntryKeys

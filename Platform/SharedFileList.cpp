@@ -1,0 +1,320 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+// What the entries look like was settled with the programs that start them. Rules for quoting there are, but
+// few follow them: with a percent sign in the path of the program two of three starters find no program, a
+// backslash makes one of them look for another, quotes, dollars and line ends are lost on a third, and what
+// is no UTF-8 makes the whole file unreadable to all. A program whose path holds any of that is therefore
+// started through a symbolic link with a plain name beside the entry: `.Name-<hash>/<executable>`, in a
+// folder of its own so that the process has the executable's name. Starters read files named `*.desktop`
+// only.
+
+#include "Platform/SharedFileList.h"
+
+#include "Platform/BoundedFile.h"
+#include "Platform/Bundle.h"
+#include "Platform/DesktopEntry.h"
+#include "Platform/DesktopFolders.h"
+#include "Platform/FileURL.h"
+
+#include <QCryptographicHash>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QLoggingCategory>
+
+#include <algorithm>
+#include <limits>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+Q_LOGGING_CATEGORY(lcSharedFileList, "quenby.platform.sharedfilelist")
+
+const QString sessionFolder = QStringLiteral("autostart");
+const QString entrySuffix = QStringLiteral(".desktop");
+
+constexpr char applicationType[] = "Application";
+/// The newest that the validator of Debian 12 knows.
+constexpr char specificationVersion[] = "1.0";
+constexpr char urlKey[] = "X-Quenby-URL";
+constexpr char placeKey[] = "X-Quenby-Place";
+
+/// The entries of large programs, with their names in every language, have a tenth of that.
+constexpr qint64 maximumEntrySize = 1024 * 1024;
+/// As much of a name as leaves room in a file name for a hash, a number and a suffix.
+constexpr qsizetype maximumNameSize = 64;
+/// Files of one name and hash that are not ours are there on purpose; some day we give up.
+constexpr int maximumFileNames = 100;
+constexpr int entryMode = 0644;
+
+bool exists(const QByteArray &path)
+{
+    struct stat information = {};
+    return ::stat(path.constData(), &information) == 0;
+}
+
+bool isProgram(const QByteArray &path)
+{
+    struct stat information = {};
+    return ::stat(path.constData(), &information) == 0 && S_ISREG(information.st_mode) &&
+           ::access(path.constData(), X_OK) == 0;
+}
+
+/// The absolute path of what the session would start under \a name.
+std::optional<QByteArray> programPath(const QByteArray &name)
+{
+    if (name.isEmpty() || name.contains('\0'))
+        return std::nullopt;
+    if (name.startsWith('/'))
+        return exists(name) ? std::optional(name) : std::nullopt;
+    if (name.contains('/'))
+        return std::nullopt;
+    const QList<QByteArray> folders = qgetenv("PATH").split(':');
+    for (const QByteArray &folder : folders) {
+        const QByteArray path = folder + '/' + name;
+        if (folder.startsWith('/') && isProgram(path))
+            return path;
+    }
+    return std::nullopt;
+}
+
+/// Whether every starter reads this path as it is.
+bool isPlain(const QByteArray &path)
+{
+    const auto isMisread = [](char character) {
+        return static_cast<unsigned char>(character) < ' ' ||
+               QByteArrayView("\"\\$`%\x7f").contains(character);
+    };
+    return !path.endsWith(' ') && std::none_of(path.begin(), path.end(), isMisread);
+}
+
+/// What the entry of the file at \a path is called, apart from its suffix: readable, and the file's own.
+QString entryName(const QByteArray &path)
+{
+    QString name = QFileInfo(QFile::decodeName(path)).completeBaseName().left(maximumNameSize);
+    for (QChar &character : name) {
+        const bool isReadable = (character >= u'a' && character <= u'z') ||
+                                (character >= u'A' && character <= u'Z') ||
+                                (character >= u'0' && character <= u'9') || character == u'_';
+        if (!isReadable)
+            character = u'-';
+    }
+    const QByteArray hash = QCryptographicHash::hash(path, QCryptographicHash::Sha1).toHex().left(16);
+    return name + u'-' + QString::fromLatin1(hash);
+}
+
+/// What the user is told that the session starts.
+QByteArray displayName(const QString &path)
+{
+    const QFileInfo file(path);
+    QString name = file.completeBaseName();
+    if (name.trimmed().isEmpty())
+        name = file.fileName();
+    for (QChar &character : name) {
+        if (character.category() == QChar::Other_Control)
+            character = QChar::ReplacementCharacter;
+    }
+    return name.toUtf8();
+}
+
+/// What is started for the file at \a path; none if that is nothing that can be started, with the reason in
+/// \a error.
+std::optional<QString> startedProgram(const QString &path, QString *error)
+{
+    if (Bundle::isApplicationBundle(path)) {
+        const std::optional<Bundle> bundle = Bundle::bundleWithPath(path);
+        const QString executable = bundle ? bundle->expectedExecutablePath() : QString();
+        if (!executable.isEmpty())
+            return executable;
+        *error = QStringLiteral("an application that names no executable");
+        return std::nullopt;
+    }
+    if (isProgram(QFile::encodeName(path)))
+        return path;
+    *error = QStringLiteral("neither an application nor a program");
+    return std::nullopt;
+}
+
+} // namespace
+
+std::optional<SharedFileList> SharedFileList::create()
+{
+    const QString configuration = DesktopFolders::configHome();
+    if (configuration.isEmpty()) {
+        qCWarning(lcSharedFileList) << "no list of login items without a home";
+        return std::nullopt;
+    }
+    return create(configuration + u'/' + sessionFolder);
+}
+
+std::optional<SharedFileList> SharedFileList::create(const QString &folder)
+{
+    const QFileInfo information(folder);
+    if (!information.isDir() && (information.exists() || information.isSymLink())) {
+        qCWarning(lcSharedFileList) << "no list of login items, it is no folder:" << folder;
+        return std::nullopt;
+    }
+    return SharedFileList(folder);
+}
+
+FileResult SharedFileList::insertItemURL(const QUrl &url) const
+{
+    const std::optional<QByteArray> path = pathOfFileURL(url.adjusted(QUrl::StripTrailingSlash));
+    if (!path)
+        return FileResult::failure(QStringLiteral("no address of a file"));
+    const QString text = QFile::decodeName(*path);
+    if (QFile::encodeName(text) != *path)
+        return FileResult::failure(QStringLiteral("a path that is no text"));
+    QString error;
+    const std::optional<QString> program = startedProgram(text, &error);
+    if (!program)
+        return FileResult::failure(error);
+
+    const QUrl address = fileURLOfPath(*path);
+    const QString name = entryName(*path);
+    std::optional<QString> fileName;
+    qlonglong lastPlace = 0;
+    const QList<Item> present = entries();
+    for (const Item &item : present) {
+        if (item.url_ == address && !fileName)
+            fileName = item.fileName_;
+        else
+            lastPlace = std::max(lastPlace, item.place_);
+    }
+    if (!fileName)
+        fileName = unusedFileName(name);
+    if (!fileName)
+        return FileResult::failure(QStringLiteral("no name is left for an entry in %1").arg(folder_));
+
+    const DurableFileWriter writer;
+    if (FileResult result = writer.makeFolder(folder_); !result)
+        return result;
+    QByteArray reachable;
+    if (FileResult result = makeReachable(QFile::encodeName(*program), name, &reachable); !result)
+        return result;
+
+    QByteArray entry = QByteArray("[") + DesktopEntryKeys::group + "]\n";
+    DesktopEntry::appendString(entry, DesktopEntryKeys::type, applicationType);
+    DesktopEntry::appendString(entry, DesktopEntryKeys::version, specificationVersion);
+    DesktopEntry::appendString(entry, DesktopEntryKeys::name, displayName(text));
+    DesktopEntry::appendString(entry, DesktopEntryKeys::exec, DesktopEntry::quoted(reachable));
+    DesktopEntry::appendString(entry, DesktopEntryKeys::tryExec, reachable);
+    DesktopEntry::appendString(entry, urlKey, address.toEncoded());
+    const qlonglong place = lastPlace == std::numeric_limits<qlonglong>::max() ? lastPlace : lastPlace + 1;
+    DesktopEntry::appendString(entry, placeKey, QByteArray::number(place));
+    return writer.write(in(*fileName), entry, {.newFileMode = entryMode});
+}
+
+QList<SharedFileList::Item> SharedFileList::copySnapshot() const
+{
+    QList<Item> items = entries();
+    items.removeIf([](const Item &item) { return item.isHidden_; });
+    std::sort(items.begin(), items.end(), [](const Item &one, const Item &other) {
+        return one.place_ == other.place_ ? one.fileName_ < other.fileName_ : one.place_ < other.place_;
+    });
+    return items;
+}
+
+std::optional<QUrl> SharedFileList::resolve(const Item &item) const
+{
+    if (item.url_.isValid()) {
+        const std::optional<QByteArray> path = pathOfFileURL(item.url_);
+        return path && exists(*path) ? std::optional(item.url_) : std::nullopt;
+    }
+    const std::optional<QByteArray> path = programPath(item.program_);
+    return path ? std::optional(fileURLOfPath(*path)) : std::nullopt;
+}
+
+FileResult SharedFileList::remove(const Item &item) const
+{
+    if (FileResult result = DurableFileWriter().remove(in(item.fileName_)); !result)
+        return result;
+    if (const std::optional<QByteArray> path = pathOfFileURL(item.url_))
+        removeLinks(entryName(*path));
+    return {};
+}
+
+QList<SharedFileList::Item> SharedFileList::entries() const
+{
+    QList<Item> items;
+    const QStringList names = QDir(folder_).entryList(
+        {u'*' + entrySuffix}, QDir::AllEntries | QDir::Hidden | QDir::System, QDir::Name);
+    for (const QString &name : names) {
+        if (std::optional<Item> item = read(name))
+            items.append(*std::move(item));
+    }
+    return items;
+}
+
+std::optional<SharedFileList::Item> SharedFileList::read(const QString &fileName) const
+{
+    QString error;
+    const std::optional<QByteArray> bytes = BoundedFile::read(in(fileName), maximumEntrySize, &error);
+    const std::optional<DesktopEntry> entry = bytes ? DesktopEntry::parse(*bytes, &error) : std::nullopt;
+    if (!entry) {
+        qCWarning(lcSharedFileList) << "no login item:" << fileName << error;
+        return std::nullopt;
+    }
+    Item item;
+    item.fileName_ = fileName;
+    item.isHidden_ = entry->boolean(DesktopEntryKeys::hidden);
+    // An entry that only switches off one of the system's need not say more.
+    if (!item.isHidden_ && entry->string(DesktopEntryKeys::type) != applicationType) {
+        qCWarning(lcSharedFileList) << "no login item:" << fileName << "of another type";
+        return std::nullopt;
+    }
+    item.url_ = QUrl::fromEncoded(entry->string(urlKey), QUrl::StrictMode);
+    item.program_ = entry->program();
+    item.place_ = std::max(0LL, entry->string(placeKey).toLongLong());
+    return item;
+}
+
+std::optional<QString> SharedFileList::unusedFileName(const QString &name) const
+{
+    for (int number = 1; number <= maximumFileNames; ++number) {
+        const QString fileName = (number == 1 ? name : name + u'-' + QString::number(number)) + entrySuffix;
+        const QFileInfo information(in(fileName));
+        if (!information.exists() && !information.isSymLink())
+            return fileName;
+    }
+    return std::nullopt;
+}
+
+FileResult SharedFileList::makeReachable(const QByteArray &program, const QString &name,
+                                         QByteArray *reachable) const
+{
+    *reachable = program;
+    if (isPlain(program))
+        return {};
+    const QString executable = QFileInfo(QFile::decodeName(program)).fileName();
+    const QString folder = in(u'.' + name);
+    const QString link = folder + u'/' + (isPlain(QFile::encodeName(executable)) ? executable : name);
+    *reachable = QFile::encodeName(link);
+    if (!isPlain(*reachable))
+        return FileResult::failure(QStringLiteral("%1 cannot be named in an entry").arg(link));
+    const DurableFileWriter writer;
+    if (FileResult result = writer.makeFolder(folder); !result)
+        return result;
+    return writer.makeSymbolicLink(link, program);
+}
+
+void SharedFileList::removeLinks(const QString &name) const
+{
+    const QString folder = in(u'.' + name);
+    // Not through a link to a folder that is not ours.
+    if (!QFileInfo(folder).isDir() || QFileInfo(folder).isSymLink())
+        return;
+    const QStringList links =
+        QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+    for (const QString &link : links) {
+        const QString path = folder + u'/' + link;
+        if (!QFileInfo(path).isSymLink())
+            continue;
+        if (const FileResult result = DurableFileWriter().remove(path); !result)
+            qCWarning(lcSharedFileList) << result.error;
+    }
+    if (!QDir().rmdir(folder))
+        qCWarning(lcSharedFileList) << "not removed:" << folder;
+}

@@ -1,0 +1,82 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "Platform/DurableFileWriter.h"
+
+#include <QByteArray>
+#include <QList>
+#include <QString>
+#include <QUrl>
+#include <optional>
+
+/// The list of what the user's session opens at login: the folder `autostart` of the configuration folder,
+/// one desktop entry a file, as every desktop reads it. Nothing is kept: what the list says is what is on
+/// disk now, and since each change is one of a single file, programs that change it at once do not disturb
+/// each other.
+///
+/// An entry that this class writes carries the address of its file under a key of its own, and the number of
+/// its place. The entries of other programs are part of the list too, before all that have a number, and are
+/// never written. What is no entry (a folder, broken syntax, a file without end) is not part of the list, nor
+/// is an entry that is switched off (`Hidden=true`): to those who start the entries it is as good as removed.
+class SharedFileList
+{
+public:
+    class Item
+    {
+    public:
+        /// What its file is called.
+        QString fileName() const { return fileName_; }
+
+    private:
+        friend class SharedFileList;
+
+        QString fileName_;
+        /// The address under our own key; not valid in the entries of others.
+        QUrl url_;
+        /// What the entry starts, a path or a name to be looked up; empty if that cannot be told.
+        QByteArray program_;
+        qlonglong place_ = 0;
+        bool isHidden_ = false;
+    };
+
+    /// The list of this user's session; none if there is no home to have it.
+    static std::optional<SharedFileList> create();
+    /// The list in \a folder, which need not exist yet; none if something else is in its place.
+    static std::optional<SharedFileList> create(const QString &folder);
+
+    /// Appends \a url, of an application bundle or of a program, as the last entry. An entry that carries
+    /// this address already is written anew and moved to the end, and active again if it was switched off:
+    /// there is never a second one.
+    ///
+    /// An application need not be fit to be started now; its entry starts nothing until it is.
+    FileResult insertItemURL(const QUrl &url) const;
+
+    /// In the order of the list: by number of place, then by file name.
+    QList<Item> copySnapshot() const;
+
+    /// The file that \a item stands for: that whose address it carries, else the program that it starts. None
+    /// if it does not exist.
+    std::optional<QUrl> resolve(const Item &item) const;
+
+    /// Deletes the entry's file, of a symbolic link the link. Its absence is no failure.
+    FileResult remove(const Item &item) const;
+
+private:
+    explicit SharedFileList(QString folder)
+        : folder_(std::move(folder))
+    {
+    }
+
+    QString in(const QString &name) const { return folder_ + u'/' + name; }
+    /// Everything that is an entry, switched off or not, in no order.
+    QList<Item> entries() const;
+    std::optional<Item> read(const QString &fileName) const;
+    std::optional<QString> unusedFileName(const QString &name) const;
+    /// A path by which whoever reads entries finds \a program; it leads through a link if need be.
+    FileResult makeReachable(const QByteArray &program, const QString &name, QByteArray *reachable) const;
+    void removeLinks(const QString &name) const;
+
+    QString folder_;
+};
