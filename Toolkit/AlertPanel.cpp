@@ -26,7 +26,9 @@ AlertPanel::Answer AlertPanel::run(QWidget *parent) const
             label->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     }
 
-    QPushButton *defaultOne = box->addButton(defaultButton, QMessageBox::AcceptRole);
+    QPushButton *defaultOne = defaultButton.isEmpty()
+                                  ? box->addButton(QMessageBox::Ok)
+                                  : box->addButton(defaultButton, QMessageBox::AcceptRole);
     QPushButton *alternate =
         alternateButton.isEmpty() ? nullptr : box->addButton(alternateButton, QMessageBox::RejectRole);
     QPushButton *other =

@@ -15,7 +15,7 @@ struct AlertPanel
 
     QString title;
     QString message;
-    /// The answer to Return.
+    /// The answer to Return. The desktop's "OK" if empty.
     QString defaultButton;
     /// The answer to Escape; without it that is the default button. None if empty.
     QString alternateButton = {};

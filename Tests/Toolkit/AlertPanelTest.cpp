@@ -78,6 +78,23 @@ TEST_F(AlertPanelTest, ReturnIsTheDefaultAndEscapeTheAlternate)
     EXPECT_EQ(answerToKey(message, Qt::Key_Escape), AlertPanel::Answer::Default);
 }
 
+TEST_F(AlertPanelTest, WithoutAnyTitleThereIsAnOKButton)
+{
+    const AlertPanel message{
+        .title = QStringLiteral("Note"), .message = QStringLiteral("Well."), .defaultButton = QString()};
+    EXPECT_EQ(answer(message,
+                     [](QMessageBox &box) {
+                         EXPECT_EQ(box.buttons().size(), 1);
+                         QAbstractButton *button = box.buttons().constFirst();
+                         EXPECT_EQ(button->text().remove(u'&'), QStringLiteral("OK"));
+                         EXPECT_TRUE(button->isVisible() && button->isEnabled());
+                         button->click();
+                     }),
+              AlertPanel::Answer::Default);
+    EXPECT_EQ(answerToKey(message, Qt::Key_Return), AlertPanel::Answer::Default);
+    EXPECT_EQ(answerToKey(message, Qt::Key_Escape), AlertPanel::Answer::Default);
+}
+
 TEST_F(AlertPanelTest, ClosingItIsTheAlternate)
 {
     EXPECT_EQ(answer(question, [](QMessageBox &box) { box.close(); }), AlertPanel::Answer::Alternate);
