@@ -46,16 +46,20 @@ auto withoutInterruption(Call call)
 
 std::optional<QByteArray> BoundedFile::read(const QString &path, qint64 limit, QString *error)
 {
+    return read(QFile::encodeName(path), limit, error);
+}
+
+std::optional<QByteArray> BoundedFile::read(const QByteArray &path, qint64 limit, QString *error)
+{
     const auto fail = [&path, error](const QString &reason) {
-        *error = path + QStringLiteral(": ") + reason;
+        *error = QFile::decodeName(path) + QStringLiteral(": ") + reason;
         return std::nullopt;
     };
     const auto failErrno = [&fail] { return fail(QString::fromLocal8Bit(std::strerror(errno))); };
 
     // Without O_NONBLOCK, opening a fifo waits for a writer. It changes nothing for a regular file.
-    const QByteArray name = QFile::encodeName(path);
     const Descriptor file(withoutInterruption(
-        [&name] { return ::open(name.constData(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC); }));
+        [&path] { return ::open(path.constData(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC); }));
     struct stat status;
     if (file.number() == -1 || ::fstat(file.number(), &status) == -1)
         return failErrno();

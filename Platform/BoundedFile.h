@@ -14,5 +14,7 @@ namespace BoundedFile {
 /// reason in \a error. Whatever else a path may name (a folder, a fifo without a writer, a device that never
 /// ends) is refused at once, and a file over the limit before memory is taken for it.
 std::optional<QByteArray> read(const QString &path, qint64 limit, QString *error);
+/// The same for a path in the file system's own bytes.
+std::optional<QByteArray> read(const QByteArray &path, qint64 limit, QString *error);
 
 } // namespace BoundedFile

@@ -1,0 +1,206 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Platform/Subprocess.h"
+
+#include "Platform/FileLayer.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QSocketNotifier>
+
+#include <cerrno>
+#include <csignal>
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/socket.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <utility>
+#include <vector>
+
+/// Waits for the end of the child in the event loop, whoever started it being gone or not.
+class Subprocess::Watch final : public QObject
+{
+public:
+    Watch(pid_t pid, int descriptor)
+        : QObject(QCoreApplication::instance())
+        , pid_(pid)
+        , descriptor_(descriptor)
+        , notifier_(descriptor, QSocketNotifier::Read)
+    {
+        connect(&notifier_, &QSocketNotifier::activated, this, [this] { end(); });
+    }
+    ~Watch() override
+    {
+        notifier_.setEnabled(false);
+        ::close(descriptor_);
+        // What it holds may hold the Subprocess that looks here: it goes while all the rest is there.
+        const EndHandler handler = std::exchange(handler_, {});
+    }
+    Watch(const Watch &) = delete;
+    Watch &operator=(const Watch &) = delete;
+
+    bool isRunning() const { return isRunning_; }
+    void setHandler(EndHandler handler) { handler_ = std::move(handler); }
+    bool signal(int number) const
+    {
+        return isRunning_ && ::syscall(SYS_pidfd_send_signal, descriptor_, number, nullptr, 0) == 0;
+    }
+
+private:
+    void end()
+    {
+        int status = 0;
+        while (::waitpid(pid_, &status, 0) == -1 && errno == EINTR) {
+        }
+        isRunning_ = false;
+        notifier_.setEnabled(false);
+        deleteLater();
+        if (const EndHandler handler = std::exchange(handler_, {}))
+            handler(status);
+    }
+
+    const pid_t pid_;
+    const int descriptor_;
+    bool isRunning_ = true;
+    QSocketNotifier notifier_;
+    EndHandler handler_;
+};
+
+namespace {
+
+/// How a child begins: its standard streams, and nothing that this program did to its signals. In a process
+/// group of its own, so that Ctrl-C in the terminal of this program is not for it.
+class Beginning
+{
+public:
+    explicit Beginning(int input)
+    {
+        ::posix_spawn_file_actions_init(&actions);
+        ::posix_spawn_file_actions_adddup2(&actions, input, STDIN_FILENO);
+        ::posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+        ::posix_spawn_file_actions_adddup2(&actions, STDOUT_FILENO, STDERR_FILENO);
+        ::posix_spawnattr_init(&attributes);
+        sigset_t signals;
+        sigemptyset(&signals);
+        ::posix_spawnattr_setsigmask(&attributes, &signals);
+        sigfillset(&signals);
+        ::posix_spawnattr_setsigdefault(&attributes, &signals);
+        ::posix_spawnattr_setpgroup(&attributes, 0);
+        ::posix_spawnattr_setflags(&attributes,
+                                   POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETPGROUP);
+    }
+    ~Beginning()
+    {
+        ::posix_spawnattr_destroy(&attributes);
+        ::posix_spawn_file_actions_destroy(&actions);
+    }
+    Beginning(const Beginning &) = delete;
+    Beginning &operator=(const Beginning &) = delete;
+
+    posix_spawn_file_actions_t actions;
+    posix_spawnattr_t attributes;
+};
+
+/// Null-terminated; valid as long as \a strings is.
+std::vector<char *> pointersTo(QByteArrayList &strings)
+{
+    std::vector<char *> pointers;
+    pointers.reserve(static_cast<std::size_t>(strings.size()) + 1);
+    for (QByteArray &string : strings)
+        pointers.push_back(string.data());
+    pointers.push_back(nullptr);
+    return pointers;
+}
+
+QByteArrayList environmentWith(const QByteArrayList &assignments)
+{
+    // Of two assignments to one name the first one counts.
+    QByteArrayList all = assignments;
+    for (char **assignment = environ; *assignment; ++assignment) {
+        const QByteArray inherited(*assignment);
+        const QByteArray name = inherited.left(inherited.indexOf('=') + 1);
+        const bool isReplaced =
+            std::any_of(assignments.begin(), assignments.end(),
+                        [&name](const QByteArray &replacing) { return replacing.startsWith(name); });
+        if (!isReplaced)
+            all.append(inherited);
+    }
+    return all;
+}
+
+FileResult failure(const QByteArray &program, int errorNumber)
+{
+    return FileResult::failure(
+        systemError(QStringLiteral("cannot start %1").arg(QFile::decodeName(program)), errorNumber));
+}
+
+} // namespace
+
+Subprocess::~Subprocess()
+{
+    closeInput();
+    setEndHandler({});
+}
+
+FileResult Subprocess::start(const QByteArray &program, const QByteArrayList &arguments,
+                             const QByteArrayList &environment)
+{
+    // A socket, because writing to a pipe that nobody reads any more would end this process.
+    int ends[2];
+    if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) == -1)
+        return failure(program, errno);
+    input_ = ends[0];
+
+    QByteArrayList words = QByteArrayList{program} + arguments;
+    QByteArrayList assignments = environmentWith(environment);
+    const Beginning beginning(ends[1]);
+    const int error = ::posix_spawn(&pid_, program.constData(), &beginning.actions, &beginning.attributes,
+                                    pointersTo(words).data(), pointersTo(assignments).data());
+    ::close(ends[1]);
+    if (error != 0) {
+        closeInput();
+        return failure(program, error);
+    }
+
+    const auto descriptor = static_cast<int>(::syscall(SYS_pidfd_open, pid_, 0));
+    if (descriptor == -1) {
+        const int errorNumber = errno;
+        closeInput();
+        ::kill(pid_, SIGKILL);
+        ::waitpid(pid_, nullptr, 0);
+        return failure(program, errorNumber);
+    }
+    watch_ = new Watch(pid_, descriptor);
+    return {};
+}
+
+bool Subprocess::isRunning() const
+{
+    return watch_ && watch_->isRunning();
+}
+
+void Subprocess::setEndHandler(EndHandler handler)
+{
+    if (watch_)
+        watch_->setHandler(std::move(handler));
+}
+
+bool Subprocess::write(const QByteArray &bytes)
+{
+    const auto size = static_cast<std::size_t>(bytes.size());
+    return input_ != -1 && ::send(input_, bytes.constData(), size, MSG_NOSIGNAL) == bytes.size();
+}
+
+void Subprocess::closeInput()
+{
+    if (input_ != -1)
+        ::close(std::exchange(input_, -1));
+}
+
+bool Subprocess::signal(int number)
+{
+    return watch_ && watch_->signal(number);
+}
