@@ -35,6 +35,7 @@ inline const QString showMenubar = QStringLiteral("QNBShowMenubar");
 inline const QString hotKeyCode = QStringLiteral("QNBHotKeyCode");
 inline const QString hotKeyFlags = QStringLiteral("QNBHotKeyFlags");
 inline const QString launchHelperOnStart = QStringLiteral("QNBLaunchHelperOnStart");
+inline const QString alreadyAskedToInstallCMM = QStringLiteral("QNBAlreadyAskedToInstallCMM");
 } // namespace QNBPreferenceKey
 
 /// Posted after every save.

@@ -1,0 +1,95 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "Platform/Authorization.h"
+#include "Platform/Bundle.h"
+#include "Platform/DurableFileWriter.h"
+#include "Platform/Preferences.h"
+#include "Toolkit/AlertPanel.h"
+
+#include <QByteArray>
+#include <QCoreApplication>
+#include <QVariant>
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+/// Offers, each time the pane opens, to install or to upgrade the file managers' plug-in that the pane
+/// carries, and does so: into the user's folder, after an older copy in the machine-wide folder has been
+/// removed with an administrator's rights.
+///
+/// Whoever holds an installer keeps it until offerToInstallCMM() has returned: it runs event loops.
+class CMMInstaller
+{
+    Q_DECLARE_TR_FUNCTIONS(CMMInstaller)
+
+public:
+    /// The world outside. Paths are the file system's own bytes.
+    struct Services
+    {
+        /// None if the pane was left meanwhile: then nothing further is done or stored.
+        std::function<std::optional<AlertPanel::Answer>(const AlertPanel &alert)> runAlertPanel;
+        /// None if the system does not tell.
+        std::function<std::optional<qint32>()> systemVersion;
+        std::function<QVariant(const QString &key)> copyAppValue;
+        std::function<void(const QString &key, const QVariant &value)> setAppValue;
+        std::function<std::unique_ptr<Authorization>()> createAuthorization;
+        /// Makes the plug-in at \a path known to the file managers.
+        std::function<bool(const QByteArray &path)> restartFileManager;
+
+        std::function<bool(const QByteArray &path)> fileExists;
+        /// Makes one folder. The folder of a user's library is always there for the installer: a desktop that
+        /// knows no such folder has it made along with the first one in it, and if that fails this has
+        /// failed.
+        std::function<FileResult(const QByteArray &path)> createDirectory;
+        std::function<FileResult(const QByteArray &path)> removeItem;
+        std::function<FileResult(const QByteArray &from, const QByteArray &to)> copyItem;
+
+        /// "~"; nothing is offered if empty.
+        QByteArray homeFolder;
+        QByteArray machineLibraryFolder = QByteArrayLiteral("/Library");
+        /// The pane's bundle; nothing is offered if empty.
+        QByteArray paneBundlePath;
+
+        /// The user's own. \a preferences has to live as long as \a runAlertPanel gives answers.
+        static Services
+        standard(Preferences &preferences, const std::optional<Bundle> &paneBundle,
+                 std::function<std::optional<AlertPanel::Answer>(const AlertPanel &alert)> runAlertPanel);
+    };
+
+    /// Whether to ask, and what.
+    enum Offer { DoNotAsk = 0, AskToUpgrade = 1, AskToInstall = 2 };
+
+    explicit CMMInstaller(Services services);
+
+    /// The whole flow. Nothing is offered by a pane that carries no plug-in.
+    void offerToInstallCMM();
+
+    Offer shouldAskToInstallCMM() const;
+    bool doTheyWantCMMInstalled();
+    bool doTheyWantCMMUpgraded();
+    /// Reports failures itself.
+    void installCMM();
+    /// Whether the user authenticated as an administrator, who may remove the machine-wide plug-in, and that
+    /// alone.
+    bool requestAuthorization();
+    /// Removes the machine-wide plug-in, with the right that was requested; not waited for. Any other path is
+    /// refused.
+    void deleteFile(const QByteArray &path);
+
+    /// "~/Library/Contextual Menu Items".
+    QByteArray userPluginFolder() const;
+    QByteArray installedPlugin() const;
+    QByteArray machineWidePlugin() const;
+    /// The one inside the pane.
+    QByteArray ownPlugin() const;
+
+private:
+    void reportFailure(const QString &title, const QString &text);
+
+    Services services_;
+    std::unique_ptr<Authorization> _authorizationRef;
+};
