@@ -4,10 +4,10 @@
 #include "Platform/FileManagers.h"
 
 #include "Platform/Bundle.h"
+#include "Platform/ProcessTable.h"
 #include "Platform/Subprocess.h"
 
 #include <QCoreApplication>
-#include <QDir>
 #include <QFile>
 #include <QLoggingCategory>
 #include <QStandardPaths>
@@ -60,11 +60,7 @@ void reload(const FileManagers::IsRunning &isRunning)
 
 bool isProcessRunning(const QString &name)
 {
-    const QStringList processes = QDir(QStringLiteral("/proc")).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
-    return std::any_of(processes.begin(), processes.end(), [&name](const QString &process) {
-        QFile file(QStringLiteral("/proc/%1/comm").arg(process));
-        return file.open(QIODevice::ReadOnly) && QFile::decodeName(file.readAll()) == name + u'\n';
-    });
+    return !ProcessTable::processesNamed(name).isEmpty();
 }
 
 } // namespace
