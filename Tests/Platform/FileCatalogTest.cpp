@@ -196,10 +196,10 @@ TEST_F(FileCatalogTest, ARefusalIsLoggedOnceForEachReason)
         {
             logToStandardError();
             const QString file = fileWithoutAttributes();
-            const bool isRefused = !finderInfo(file) && !setFinderInfo(file, FinderInfo()) &&
-                                   !finderInfo(QStringLiteral("/proc/self/stat")) &&
-                                   !setFinderInfo(makePipe(), FinderInfo()) &&
-                                   !setFinderInfo(makeLink(QStringLiteral("l"), file), FinderInfo());
+            const QString link = makeLink(QStringLiteral("link"), file);
+            const bool isRefused =
+                !finderInfo(file) && !finderInfo(file) && !finderInfo(QStringLiteral("/proc/self/stat")) &&
+                !setFinderInfo(makePipe(), FinderInfo()) && !setFinderInfo(link, FinderInfo());
             leave(isRefused);
         },
         ::testing::ExitedWithCode(EXIT_SUCCESS), hasLines(2));
