@@ -240,7 +240,8 @@ QList<SharedFileList::Item> SharedFileList::entries() const
 {
     QList<Item> items;
     const QStringList names = QDir(folder_).entryList(
-        {u'*' + entrySuffix}, QDir::AllEntries | QDir::Hidden | QDir::System, QDir::Name);
+        {u'*' + entrySuffix}, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::CaseSensitive,
+        QDir::Name);
     for (const QString &name : names) {
         if (std::optional<Item> item = read(name))
             items.append(*std::move(item));
@@ -294,6 +295,8 @@ FileResult SharedFileList::makeReachable(const QByteArray &program, const QStrin
     *reachable = QFile::encodeName(link);
     if (!isPlain(*reachable))
         return FileResult::failure(QStringLiteral("%1 cannot be named in an entry").arg(link));
+    if (QFileInfo(folder).isSymLink())
+        return FileResult::failure(QStringLiteral("%1 is somebody else's").arg(folder));
     const DurableFileWriter writer;
     if (FileResult result = writer.makeFolder(folder); !result)
         return result;

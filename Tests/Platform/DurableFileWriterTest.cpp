@@ -278,3 +278,45 @@ TEST_F(DurableFileWriterTest, StrayTemporariesOfThisFileAreRemoved)
     writer_.removeStrayTemporaries(in(QStringLiteral("neighbour")));
     EXPECT_EQ(namesIn(root()), QStringList{QStringLiteral("file")});
 }
+
+TEST_F(DurableFileWriterTest, ALinkIsReplacedWhateverFails)
+{
+    const QString link = in(QStringLiteral("link"));
+    const auto text = [&link] { return FileLayer::real().readlink(QFile::encodeName(link)); };
+    int failures = 0;
+    for (int call = 0;; ++call) {
+        ASSERT_TRUE(DurableFileWriter().makeSymbolicLink(link, "old \xff"));
+        ASSERT_EQ(text(), "old \xff");
+        FailingFileLayer layer;
+        layer.failingCall = call;
+        const FileResult result = DurableFileWriter(&layer).makeSymbolicLink(link, "new");
+        EXPECT_TRUE(text() == "new" || (!result.ok && text() == "old \xff")) << "call " << call;
+        EXPECT_EQ(namesIn(root()), QStringList{QStringLiteral("link")}) << "call " << call;
+        if (layer.calls <= call) {
+            EXPECT_TRUE(result);
+            break;
+        }
+        failures += result.ok ? 0 : 1;
+    }
+    EXPECT_GT(failures, 3);
+
+    layer_.calls = 0;
+    EXPECT_TRUE(writer_.makeSymbolicLink(link, "new"));
+    EXPECT_EQ(layer_.calls, 0) << "nothing to do";
+    put(path(), oldBytes);
+    EXPECT_TRUE(writer_.makeSymbolicLink(path(), "new"));
+    EXPECT_TRUE(QFileInfo(path()).isSymLink());
+}
+
+TEST_F(DurableFileWriterTest, RemovingTakesTheLinkAndNotTheFile)
+{
+    const QString link = in(QStringLiteral("link"));
+    put(path(), oldBytes);
+    ASSERT_TRUE(QFile::link(path(), link));
+    EXPECT_TRUE(writer_.remove(link));
+    EXPECT_EQ(namesIn(root()), QStringList{QStringLiteral("file")});
+    EXPECT_TRUE(writer_.remove(link)) << "nothing to do";
+    EXPECT_FALSE(writer_.remove(root()));
+    EXPECT_TRUE(writer_.remove(path()));
+    EXPECT_EQ(namesIn(root()), QStringList());
+}

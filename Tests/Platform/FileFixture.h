@@ -7,7 +7,24 @@
 #include <QFile>
 #include <QStringList>
 #include <QTemporaryDir>
+#include <cstdio>
 #include <gtest/gtest.h>
+
+/// Removes at its end what has a name that is no text: Qt does not see it.
+class NamedByBytes
+{
+public:
+    explicit NamedByBytes(const QByteArray &path)
+        : path_(path)
+    {
+    }
+    ~NamedByBytes() { std::remove(path_.constData()); }
+    NamedByBytes(const NamedByBytes &) = delete;
+    NamedByBytes &operator=(const NamedByBytes &) = delete;
+
+private:
+    const QByteArray path_;
+};
 
 /// A folder of its own for a test, and what a test does to files besides the code under test.
 class FileFixture : public ::testing::Test

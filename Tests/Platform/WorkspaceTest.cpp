@@ -182,12 +182,14 @@ TEST_F(WorkspaceApplicationTest, ThePathMayEndInASlashOrBeRelative)
 
 TEST_F(WorkspaceApplicationTest, WhatCannotBeNamedIsNotStarted)
 {
-    // Read as text, the name of this folder is another one, of nothing.
-    const TestApplication application(in(QStringLiteral("a\uFFFD")) + QStringLiteral("/Recording.app"));
+    const QByteArray text = QFile::encodeName(in(QStringLiteral("a\uFFFD")));
+    const TestApplication application(QFile::decodeName(text) + QStringLiteral("/Recording.app"));
     const QByteArray noText = folder.path().toUtf8() + "/a\xff";
-    ASSERT_EQ(::rename(QFile::encodeName(in(QStringLiteral("a\uFFFD"))).constData(), noText.constData()), 0);
+    ASSERT_EQ(::rename(text.constData(), noText.constData()), 0);
+    // Read as text, it is the name that the folder had before.
     EXPECT_FALSE(Workspace::openFile(QFile::decodeName(noText + "/Recording.app")));
     EXPECT_FALSE(application.wasStarted());
+    ASSERT_EQ(::rename(noText.constData(), text.constData()), 0);
 }
 
 TEST_F(WorkspaceApplicationTest, AnApplicationWithoutAnExecutableIsNotOpened)
