@@ -102,6 +102,11 @@ QRect VirtualScreen::placeOf(const QString &window) const
             number("Height:")};
 }
 
+QString VirtualScreen::display() const
+{
+    return environment_.value(displayVariable);
+}
+
 bool VirtualScreen::activate(const QString &window) const
 {
     ask(xdotool, {QStringLiteral("windowactivate"), window});
@@ -141,6 +146,12 @@ bool VirtualScreen::drag(const QPoint &from, const QPoint &to, const std::functi
         moveMouse(to + QPoint(jitter, 0));
         return hasArrived();
     });
+}
+
+void VirtualScreen::killWindowManager()
+{
+    windowManager_->signal(SIGKILL);
+    windowManager_->waitForEnd();
 }
 
 void VirtualScreen::kill()

@@ -36,6 +36,8 @@ public:
     /// Activates a window as the user would, and waits until it has the focus.
     bool activate(const QString &window) const;
     QString activeWindow() const;
+    /// The name of the display, for programs that are not started here.
+    QString display() const;
     /// Types a key, as xdotool names it, into the active window.
     void typeKey(const QString &key) const;
     /// Moves the mouse there, in the screen's coordinates, with whatever button is pressed.
@@ -47,6 +49,8 @@ public:
     bool drag(const QPoint &from, const QPoint &to, const std::function<bool()> &hasArrived) const;
     /// The server dies, and with it the connections of its clients.
     void kill();
+    /// The window manager dies, and leaves what it said of itself.
+    void killWindowManager();
     /// What the tool \a program prints.
     QByteArray ask(const QString &program, const QStringList &arguments) const;
 
