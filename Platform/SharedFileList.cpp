@@ -42,7 +42,7 @@ constexpr char urlKey[] = "X-Quenby-URL";
 constexpr char placeKey[] = "X-Quenby-Place";
 
 /// The entries of large programs, with their names in every language, have a tenth of that.
-constexpr qint64 maximumEntrySize = 1024 * 1024;
+constexpr qint64 maximumEntrySize = 1 << 20;
 /// As much of a name as leaves room in a file name for a hash, a number and a suffix.
 constexpr qsizetype maximumNameSize = 64;
 /// Files of one name and hash that are not ours are there on purpose; some day we give up.

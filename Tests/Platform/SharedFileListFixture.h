@@ -19,14 +19,14 @@ protected:
     /// The path of an application made under that name.
     QString application(const QString &name) const
     {
-        const QString path = in(name);
+        QString path = in(name);
         const TestApplication made(path);
         return path;
     }
     /// The path of a program made under that name.
     QString program(const QString &name) const
     {
-        const QString path = in(name);
+        QString path = in(name);
         EXPECT_TRUE(QDir().mkpath(QFileInfo(path).path()));
         EXPECT_TRUE(QFile::copy(QStringLiteral("/bin/true"), path));
         return path;

@@ -140,7 +140,7 @@ TEST_F(SharedFileListHostileTest, WhatIsNoEntryIsPassedOverAndLeftAlone)
     putEntry(QStringLiteral("no-key.desktop"), "[Desktop Entry]\nType=Application\nExec\n");
     putEntry(QStringLiteral("link.desktop"), "[Desktop Entry]\nType=Link\nURL=https://quenby.example\n");
     putEntry(QStringLiteral("no-type.desktop"), "[Desktop Entry]\nExec=/bin/sh\n");
-    putForeign(QStringLiteral("huge.desktop"), "/bin/sh " + QByteArray(2 * 1024 * 1024, 'x'));
+    putForeign(QStringLiteral("huge.desktop"), "/bin/sh " + QByteArray(1 << 21, 'x'));
     putForeign(QStringLiteral("foreign.DESKTOP"), "/bin/sh");
     putForeign(QStringLiteral("foreign.desktop~"), "/bin/sh");
     const QByteArray noText = QFile::encodeName(folder()) + "/\xff.desktop";

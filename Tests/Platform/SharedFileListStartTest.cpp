@@ -61,7 +61,7 @@ protected:
     {
         ChildProcess process(name, arguments, environment());
         EXPECT_TRUE(process.waitForEnd());
-        const QByteArray output = process.output() + process.errors();
+        QByteArray output = process.output() + process.errors();
         EXPECT_TRUE(process.hasReturned(0)) << output.constData();
         return output;
     }
