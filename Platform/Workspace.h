@@ -14,8 +14,8 @@ namespace Workspace {
 /// of it is not waited for.
 bool openURL(const QUrl &url);
 
-/// Starts the application bundle at \a path, or does the same as openURL() for any other file or folder there;
-/// a folder is shown by the file manager. False also if nothing is there.
+/// Starts the application bundle at \a path, or does the same as openURL() for any other file or folder
+/// there; a folder is shown by the file manager. False also if nothing is there.
 ///
 /// An application is its `CFBundleExecutable`: started without arguments and without a shell, in the home
 /// folder, in a session of its own with nothing to read from or write to, and nobody's child here; it is not
