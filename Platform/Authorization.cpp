@@ -87,6 +87,9 @@ bool Authorization::copyRights(const QByteArray &tool, const QByteArrayList &arg
     });
     QTimer look;
     QObject::connect(&look, &QTimer::timeout, &loop, [&] {
+        // Its number may be another's by now.
+        if (!process_->isRunning())
+            return;
         const std::optional<QByteArray> name = processName();
         if (!name)
             refusal = QStringLiteral("process %1 cannot be seen").arg(process_->pid());
