@@ -3,12 +3,12 @@
 
 #include "Source/QNBSettingsStore.h"
 
+#include "Platform/FileOperations.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QLoggingCategory>
-#include <filesystem>
-#include <system_error>
 
 Q_LOGGING_CATEGORY(lcStore, "quenby.store")
 
@@ -109,11 +109,6 @@ void readHotKey(const Preferences &preferences, QNBKeyCombo &combo)
     combo.flags = static_cast<quint64>(*flagsValue);
 }
 
-std::filesystem::path nativePath(const QString &path)
-{
-    return QFile::encodeName(path).toStdString();
-}
-
 } // namespace
 
 namespace QNBSettingsStore {
@@ -186,33 +181,15 @@ QVariant configValueForKey(const std::optional<Bundle> &bundle, const QString &k
 
 FileResult setUpApplicationSupport(const std::optional<Bundle> &bundle, const QString &supportPath)
 {
-    namespace fs = std::filesystem;
-    if (QFileInfo(supportPath).isSymLink() || QFileInfo::exists(supportPath))
+    const QByteArray target = QFile::encodeName(supportPath);
+    if (FileOperations::exists(target))
         return {};
     if (!bundle)
         return FileResult::failure(QStringLiteral("the pane's bundle was not found"));
-    const fs::path source = nativePath(QDir(bundle->resourcePath()).filePath(defaultSupportFolder));
-    const fs::path target = nativePath(supportPath);
-    // Copied under another name first, so that a copy that fails half-way is never taken for the finished
-    // folder.
-    const fs::path unfinished = target.parent_path() / (".Quenby." + std::to_string(getpid()));
-    std::error_code error;
-    fs::create_directories(target.parent_path(), error);
-    if (!error)
-        fs::copy(source, unfinished, fs::copy_options::recursive | fs::copy_options::copy_symlinks, error);
-    // What is installed may be write-protected; the copy is the user's own.
-    for (auto entry = fs::recursive_directory_iterator(unfinished, error); !error && entry != fs::end(entry);
-         entry.increment(error)) {
-        if (!entry->is_symlink())
-            fs::permissions(*entry, fs::perms::owner_write, fs::perm_options::add, error);
-    }
-    if (!error)
-        fs::rename(unfinished, target, error);
-    if (!error)
-        return {};
-    std::error_code ignored;
-    fs::remove_all(unfinished, ignored);
-    return FileResult::failure(QString::fromStdString(error.message()));
+    if (FileResult made = DurableFileWriter().makeFolder(QFileInfo(supportPath).path()); !made)
+        return made;
+    const QString source = QDir(bundle->resourcePath()).filePath(defaultSupportFolder);
+    return FileOperations::copyItem(QFile::encodeName(source), target);
 }
 
 } // namespace QNBSettingsStore
