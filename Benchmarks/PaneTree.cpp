@@ -61,6 +61,13 @@ QNBPrefPanePref::Services PaneTree::services() const
     services.postNotificationName = [](const QString &) {};
     services.openURL = [](const QUrl &) { return true; };
     services.allBundles = [] { return QList<Bundle>(); };
+    services.everyProcessNamed = [](const QString &) { return QList<TQProcess>(); };
+    services.installerServices = [](Preferences &preferences, const std::optional<Bundle> &bundle,
+                                    const QNBPrefPanePref::Services::AlertAnswers &runAlertPanel) {
+        auto installer = CMMInstaller::Services::standard(preferences, bundle, runAlertPanel);
+        installer.systemVersion = [] { return std::nullopt; };
+        return installer;
+    };
     services.applicationSupportPath = home_.filePath(QStringLiteral("support"));
     return services;
 }

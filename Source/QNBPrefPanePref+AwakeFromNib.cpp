@@ -71,6 +71,8 @@ void QNBPrefPanePref::awakeFromNib()
     _ui_shortcutRecorderControl->setKeyCombo({.flags = shortcutCombo.flags, .code = shortcutCombo.code});
 
     _ui_versionLabel->setText(versionFormat.arg(configValueForKey(versionKey).toString()));
+    setUpHelperControl();
+    scheduleOfferToInstallCMM();
 }
 
 void QNBPrefPanePref::placeDetachedViews()

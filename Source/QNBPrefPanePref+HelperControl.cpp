@@ -10,6 +10,7 @@
 #include <QCheckBox>
 #include <QLabel>
 #include <QPushButton>
+#include <QTimer>
 #include <csignal>
 
 namespace {
@@ -28,6 +29,7 @@ const QString stoppedStatus = QStringLiteral("Status: Quenby is stopped");
 
 /// A helper that was told to start or to end is given this time before its state is looked at.
 constexpr std::chrono::microseconds helperPause(250'000);
+constexpr std::chrono::milliseconds installerDelay(1000);
 
 } // namespace
 
@@ -42,8 +44,7 @@ void QNBPrefPanePref::setUpHelperControl()
 
     const QVariant launchHelper = _services.preferences->copyAppValue(QNBPreferenceKey::launchHelperOnStart);
     // Who never chose wants it.
-    const bool shouldRun =
-        !launchHelper.isValid() || PropertyList::boolValue(launchHelper).value_or(false);
+    const bool shouldRun = !launchHelper.isValid() || PropertyList::boolValue(launchHelper).value_or(false);
     if (shouldRun && _services.everyProcessNamed(helperName).isEmpty())
         toggleHelperStatus();
     updateStatus();
@@ -60,6 +61,10 @@ void QNBPrefPanePref::updateStatus()
     const bool isRunning = !_services.everyProcessNamed(helperName).isEmpty();
     _ui_statusLabel->setText(isRunning ? runningStatus : stoppedStatus);
     _ui_startStopButton->setText(isRunning ? stopTitle : startTitle);
+    const bool isPossible = isRunning || !helperPath().isEmpty();
+    _ui_startStopButton->setEnabled(isPossible);
+    _ui_startStopButton->setToolTip(isPossible ? tr("Start or stop the helper")
+                                               : tr("This installation comes without the helper"));
 }
 
 void QNBPrefPanePref::toggleHelperStatus()
@@ -95,4 +100,22 @@ void QNBPrefPanePref::toggleMenubar()
 void QNBPrefPanePref::shortcutRecorderKeyComboDidChange(const KeyComboRecorder &, const KeyCombo &)
 {
     writePreferences();
+}
+
+void QNBPrefPanePref::scheduleOfferToInstallCMM()
+{
+    // The pane may be left while the installer waits for an answer.
+    const auto ask = [pane = QPointer<QNBPrefPanePref>(this)](const AlertPanel &alert) {
+        return pane ? pane->answerTo(alert) : std::nullopt;
+    };
+    const auto installer =
+        std::make_shared<CMMInstaller>(_services.installerServices(*_services.preferences, ourBundle(), ask));
+    auto *timer = new QTimer(this);
+    timer->setSingleShot(true);
+    timer->setTimerType(Qt::PreciseTimer);
+    connect(timer, &QTimer::timeout, this, [timer, installer] {
+        timer->deleteLater();
+        installer->offerToInstallCMM();
+    });
+    timer->start(installerDelay);
 }

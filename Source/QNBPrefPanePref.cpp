@@ -5,13 +5,16 @@
 
 #include "Platform/DistributedNotificationCenter.h"
 #include "Platform/FileViewer.h"
+#include "Platform/ProcessTable.h"
 #include "Platform/Workspace.h"
 #include "Shared/Source/QNBShared.h"
+#include "Source/HJSLoginItemController.h"
 #include "Source/QNBPaneLog.h"
 #include "Toolkit/OutlineView.h"
 
 #include <QUrl>
 #include <algorithm>
+#include <thread>
 
 Q_LOGGING_CATEGORY(lcPane, "quenby.pane")
 
@@ -29,6 +32,15 @@ QNBPrefPanePref::Services QNBPrefPanePref::Services::standard()
         .selectFile = [fileViewer](const QString &path) { return fileViewer->selectFile(path); },
         .runAlertPanel = AlertPanel::runner(),
         .runFilePanel = FilePanel::runner(),
+        .everyProcessNamed = [](const QString &name) { return TQProcess::everyProcessNamed(name); },
+        .kill = [](const TQProcess &process,
+                   int signal) { ProcessTable::sendSignal(process.processSerialNumber(), signal); },
+        .addLoginItem =
+            [](const QString &path, bool openAtLogin) {
+                HJSLoginItemController::addLoginItemOpenAtLogin(path, openAtLogin);
+            },
+        .sleep = [](std::chrono::microseconds duration) { std::this_thread::sleep_for(duration); },
+        .installerServices = &CMMInstaller::Services::standard,
     };
 }
 

@@ -5,6 +5,7 @@
 
 #include "Platform/Bundle.h"
 #include "Platform/Preferences.h"
+#include "Source/CMMInstaller.h"
 #include "Source/QNBDraggedItem.h"
 #include "Source/QNBEditCommand.h"
 #include "Source/QNBFolderMenu.h"
@@ -13,6 +14,7 @@
 #include "Source/QNBOutlineViewAdditions.h"
 #include "Source/QNBPermissions.h"
 #include "Source/QNBSettingsStore.h"
+#include "Source/TQProcess.h"
 #include "Toolkit/AlertPanel.h"
 #include "Toolkit/FilePanel.h"
 #include "Toolkit/OutlineViewDataSource.h"
@@ -46,6 +48,7 @@ QT_END_NAMESPACE
 
 class ArrayController;
 class KeyComboRecorder;
+struct KeyCombo;
 class MenuViewAction;
 class OutlineView;
 
@@ -66,6 +69,9 @@ public:
     /// The world outside.
     struct Services
     {
+        /// None once the pane was left.
+        using AlertAnswers = std::function<std::optional<AlertPanel::Answer>(const AlertPanel &alert)>;
+
         std::unique_ptr<Preferences> preferences;
         /// Posts a system-wide notification.
         std::function<void(const QString &name)> postNotificationName;
@@ -79,6 +85,19 @@ public:
         std::function<bool(const QString &path)> selectFile;
         AlertPanel::Runner runAlertPanel;
         FilePanel::Runner runFilePanel;
+        /// The running processes of a name.
+        std::function<QList<TQProcess>(const QString &name)> everyProcessNamed;
+        /// Sends a signal, if that process still runs.
+        std::function<void(const TQProcess &process, int signal)> kill;
+        /// Adds to the session's login items, or takes away, what is at \a path.
+        std::function<void(const QString &path, bool openAtLogin)> addLoginItem;
+        /// Blocks the window.
+        std::function<void(std::chrono::microseconds duration)> sleep;
+        /// What the installer of the file managers' plug-in asks of the world.
+        std::function<CMMInstaller::Services(Preferences &preferences,
+                                             const std::optional<Bundle> &paneBundle,
+                                             const AlertAnswers &runAlertPanel)>
+            installerServices;
         /// What the window may stand still for without telling why.
         std::chrono::milliseconds unexplainedWait = std::chrono::seconds(1);
 
@@ -146,6 +165,14 @@ public:
     void deleteSelectedItemInPresetHierarchy();
     /// What a drag does, without a mouse, through the calls of a drag.
     void moveSelectedItemInPresetHierarchy(QNBItemStep step);
+
+    /// Starts the helper and makes it start with the session, or ends it and takes that back, as the title of
+    /// the button says; the choice is stored. Blocks for a quarter of a second. Without a helper in the
+    /// bundle nothing is started and nothing stored.
+    void toggleHelperStatus();
+    /// Save: the helper reads the option from the domain.
+    void toggleMenubar();
+    void shortcutRecorderKeyComboDidChange(const KeyComboRecorder &recorder, const KeyCombo &combo);
 
     /// The value of \a key in our bundle's information property list; invalid if there is none.
     QVariant configValueForKey(const QString &key) const;
@@ -237,6 +264,14 @@ private:
     std::optional<AlertPanel::Answer> answerTo(const AlertPanel &alert);
     /// No paths in that case, or if the user cancels.
     QStringList filesFor(const FilePanel &panel);
+
+    // Helper
+    void setUpHelperControl();
+    /// The helper's bundle inside ours; empty if it is not there.
+    QString helperPath() const;
+    /// Shows whether the helper runs, and what the button would do.
+    void updateStatus();
+    void scheduleOfferToInstallCMM();
 
     // Settings
     void readPreferences();

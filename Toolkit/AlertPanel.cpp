@@ -37,11 +37,13 @@ AlertPanel::Answer AlertPanel::run(QWidget *parent) const
     box->setEscapeButton(alternate ? alternate : defaultOne);
 
     box->exec();
-    const QAbstractButton *clicked = box ? box->clickedButton() : alternate;
+    const QAbstractButton *clicked = box ? box->clickedButton() : nullptr;
     delete box;
-    if (other && clicked == other)
+    if (!clicked)
+        return Answer::None;
+    if (clicked == other)
         return Answer::Other;
-    return alternate && clicked != defaultOne ? Answer::Alternate : Answer::Default;
+    return clicked == alternate ? Answer::Alternate : Answer::Default;
 }
 
 AlertPanel::Runner AlertPanel::runner()

@@ -11,7 +11,13 @@ class QWidget;
 /// A question or a message with up to three answers. All texts are plain.
 struct AlertPanel
 {
-    enum class Answer { Default, Alternate, Other };
+    enum class Answer {
+        Default,
+        Alternate,
+        Other,
+        /// The window or the program ended before there was an answer.
+        None,
+    };
 
     QString title;
     QString message;
@@ -22,8 +28,7 @@ struct AlertPanel
     /// None if empty.
     QString otherButton = {};
 
-    /// Asks, in front of the window of \a parent and of nothing else, and waits. When that window goes
-    /// meanwhile the answer is the one to Escape.
+    /// Asks, in front of the window of \a parent and of nothing else, and waits.
     Answer run(QWidget *parent) const;
 
     /// Whoever puts questions holds one of these, so that there can be answers without windows.

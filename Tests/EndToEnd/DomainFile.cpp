@@ -67,6 +67,13 @@ QStringList DomainFile::labels() const
     return QString::fromUtf8(reader.output()).split(u'\n', Qt::SkipEmptyParts);
 }
 
+QByteArray DomainFile::value(const QString &key) const
+{
+    ChildProcess reader(python, {script, QStringLiteral("value"), path_, key});
+    reader.waitForEnd();
+    return reader.output().trimmed();
+}
+
 quint64 DomainFile::identity() const
 {
     struct stat status = {};

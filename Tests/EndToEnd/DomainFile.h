@@ -23,6 +23,8 @@ public:
     QByteArray bytes() const;
     /// The presets' labels, in their order.
     QStringList labels() const;
+    /// The type and value of a key, as Python calls them; "none" for none.
+    QByteArray value(const QString &key) const;
     /// Changes with every save, for a save makes another file.
     quint64 identity() const;
     QString path() const { return path_; }

@@ -107,6 +107,11 @@ QRect PaneOnScreen::button(const QString &name) const
     return found ? found->extents() : QRect();
 }
 
+bool PaneOnScreen::label(const QString &text) const
+{
+    return program_.find(labelRole, text).has_value();
+}
+
 QStringList PaneOnScreen::alert() const
 {
     QStringList result;

@@ -15,12 +15,15 @@ QuenbySession::QuenbySession()
 
 std::unique_ptr<ChildProcess> QuenbySession::startHost(const VirtualScreen *screen) const
 {
+    return std::make_unique<ChildProcess>(QStringLiteral(QUENBY_PREFERENCES), QStringList(bundle_),
+                                          screen ? screen->environmentFrom(environment()) : environment());
+}
+
+QProcessEnvironment QuenbySession::environment() const
+{
     QProcessEnvironment environment = home_.environment(bus_.address());
-    if (screen)
-        environment = screen->environmentFrom(environment);
     environment.insert(variables_);
-    return std::make_unique<ChildProcess>(QStringLiteral(QUENBY_PREFERENCES),
-                                          QStringList(QStringLiteral(QUENBY_BUNDLE)), environment);
+    return environment;
 }
 
 bool QuenbySession::waitUntilItCatchesSignals(const ChildProcess &host)

@@ -21,8 +21,12 @@ public:
 
     /// What the desktop tells the programs that it starts.
     void setVariable(const QString &name, const QString &value) { variables_.insert(name, value); }
+    /// The pane to open instead of the one that was built.
+    void setBundle(const QString &path) { bundle_ = path; }
     /// Starts the host, on \a screen if there is one, else with windows that nobody sees.
     std::unique_ptr<ChildProcess> startHost(const VirtualScreen *screen = nullptr) const;
+    /// What the desktop gives to programs.
+    QProcessEnvironment environment() const;
     /// Waits until \a host could be asked to end without losing anything.
     static bool waitUntilItCatchesSignals(const ChildProcess &host);
 
@@ -36,6 +40,7 @@ public:
 
 private:
     QProcessEnvironment variables_;
+    QString bundle_ = QStringLiteral(QUENBY_BUNDLE);
     TemporaryHome home_;
     PrivateBus bus_;
     NotificationListener listener_;

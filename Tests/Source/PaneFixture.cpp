@@ -10,6 +10,7 @@
 #include <QDir>
 #include <QFile>
 #include <QTest>
+#include <limits>
 
 namespace {
 
@@ -23,6 +24,8 @@ constexpr char defaultPresets[] = R"(<?xml version="1.0" encoding="UTF-8"?>
 <plist version="1.0"><array>
 <dict><key>label</key><string>From the bundle</string></dict>
 </array></plist>)";
+
+const QString helperBundle = QStringLiteral("Quenby.prefPane/Contents/MacOS/QNBHelper.app");
 
 constexpr char dragHandle[] = R"(<svg xmlns="http://www.w3.org/2000/svg" width="8" height="8"/>)";
 
@@ -102,6 +105,11 @@ QNBPrefPanePref::Services PaneFixture::services()
         .openFile =
             [this](const QString &file) {
                 openedFiles << file;
+                if (file == path(helperBundle)) {
+                    helperSteps << QStringLiteral("open ") + file;
+                    if (helperStarts)
+                        startHelper();
+                }
                 return true;
             },
         .selectFile =
@@ -123,8 +131,54 @@ QNBPrefPanePref::Services PaneFixture::services()
                 EXPECT_FALSE(filePanelAnswers.isEmpty()) << qPrintable(panel.title);
                 return filePanelAnswers.isEmpty() ? QStringList() : filePanelAnswers.takeFirst();
             },
+        .everyProcessNamed =
+            [this](const QString &name) { return name == u"QNBHelper" ? helpers : QList<TQProcess>(); },
+        .kill =
+            [this](const TQProcess &process, int signal) {
+                const ProcessSerialNumber number = process.processSerialNumber();
+                helperSteps << QStringLiteral("signal %1 to %2").arg(signal).arg(number.low);
+                if (helperEnds)
+                    helpers.removeIf([&number](const TQProcess &helper) {
+                        return helper.processSerialNumber() == number;
+                    });
+            },
+        .addLoginItem =
+            [this](const QString &item, bool openAtLogin) {
+                helperSteps << (openAtLogin ? QStringLiteral("add ") : QStringLiteral("remove ")) + item;
+            },
+        .sleep =
+            [this](std::chrono::microseconds duration) {
+                helperSteps << QStringLiteral("sleep %1").arg(duration.count());
+            },
+        .installerServices =
+            [this](Preferences &preferences, const std::optional<Bundle> &bundle,
+                   const QNBPrefPanePref::Services::AlertAnswers &runAlertPanel) {
+                auto world = CMMInstaller::Services::standard(preferences, bundle, runAlertPanel);
+                world.systemVersion = [version = installerSystemVersion, lifetime = installerLifetime] {
+                    return version;
+                };
+                world.homeFolder = QFile::encodeName(home.path());
+                world.machineLibraryFolder = QFile::encodeName(path(QStringLiteral("Machine/Library")));
+                world.restartFileManager = [](const QByteArray &) { return true; };
+                return world;
+            },
         .unexplainedWait = unexplainedWait,
     };
+}
+
+QString PaneFixture::addHelper() const
+{
+    writeFile(helperBundle + QStringLiteral("/Contents/Info.plist"),
+              "<plist version=\"1.0\"><dict/></plist>");
+    return path(helperBundle);
+}
+
+TQProcess PaneFixture::startHelper()
+{
+    // Numbers that no process has.
+    helpers << TQProcess::processWithProcessSerialNumber(
+        {.high = 1, .low = std::numeric_limits<quint32>::max() - quint32(helpers.size())});
+    return helpers.constLast();
 }
 
 void PaneFixture::openPane()

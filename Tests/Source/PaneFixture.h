@@ -53,6 +53,10 @@ protected:
     QString path(const QString &name) const { return home.filePath(name); }
     void writeFile(const QString &name, const QByteArray &bytes) const;
 
+    /// Puts a helper into the pane's bundle; its path.
+    QString addHelper() const;
+    TQProcess startHelper();
+
     QTemporaryDir home;
     QStringList notifications;
     QList<QUrl> openedURLs;
@@ -67,6 +71,17 @@ protected:
     QList<QStringList> filePanelAnswers;
     /// However slow the machine is, what is asked for is there when the call returns.
     std::chrono::milliseconds unexplainedWait = std::chrono::minutes(5);
+    /// The processes that are called like the helper. One is added when its bundle is opened, and goes when
+    /// it is told to end, unless it fails to.
+    QList<TQProcess> helpers;
+    bool helperStarts = true;
+    bool helperEnds = true;
+    /// What was done about the helper, step by step.
+    QStringList helperSteps;
+    /// The installer offers nothing on a system that does not tell its version.
+    std::optional<qint32> installerSystemVersion;
+    /// Shared by the installer for as long as there is one.
+    std::shared_ptr<int> installerLifetime = std::make_shared<int>();
     std::unique_ptr<QNBPrefPanePref> pane;
     std::unique_ptr<QWidget> view;
     std::unique_ptr<QAbstractItemModelTester> listTester;

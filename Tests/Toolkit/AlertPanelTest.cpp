@@ -127,9 +127,17 @@ TEST_F(AlertPanelTest, ShowsItsTextsAsTheyAreToBeSelectedAndRead)
     });
 }
 
-TEST_F(AlertPanelTest, IsAnsweredWhenItsWindowGoes)
+TEST_F(AlertPanelTest, HasNoAnswerWhenItsWindowGoes)
 {
-    EXPECT_EQ(answer(question, [this](QMessageBox &) { window.reset(); }), AlertPanel::Answer::Alternate);
+    EXPECT_EQ(answer(question, [this](QMessageBox &) { window.reset(); }), AlertPanel::Answer::None);
+}
+
+TEST_F(AlertPanelTest, HasNoAnswerWhenTheProgramIsToldToEnd)
+{
+    AlertPanel message = question;
+    message.alternateButton.clear();
+    for (const AlertPanel &alert : {question, message})
+        EXPECT_EQ(answer(alert, [](QMessageBox &) { QCoreApplication::exit(); }), AlertPanel::Answer::None);
 }
 
 TEST_F(AlertPanelTest, ItsRunnerAsks)
@@ -137,8 +145,10 @@ TEST_F(AlertPanelTest, ItsRunnerAsks)
     const AlertPanel::Runner runner = AlertPanel::runner();
     QTimer poll;
     QObject::connect(&poll, &QTimer::timeout, &poll, [] {
-        if (auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget()))
-            box->reject();
+        auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
+        // A box that is not shown yet is not closed by its user.
+        if (box && box->isVisible())
+            box->close();
     });
     poll.start(1);
     EXPECT_EQ(runner(nullptr, question), AlertPanel::Answer::Alternate);

@@ -145,12 +145,21 @@ def print_labels(path):
             sys.stdout.buffer.write((preset["label"] + "\n").encode("utf-8"))
 
 
+def print_value(path, key):
+    with open(path, "rb") as file:
+        value = plistlib.load(file).get(key)
+    print("none" if value is None else "%s %s" % (type(value).__name__, value))
+
+
 def main(arguments):
     if arguments[0] == "write":
         write(*arguments[1:])
         return 0
     if arguments[0] == "labels":
         print_labels(arguments[1])
+        return 0
+    if arguments[0] == "value":
+        print_value(*arguments[1:])
         return 0
     found = list({"check": check, "compare": compare}[arguments[0]](*arguments[1:]))
     print("\n".join(found[:LONGEST_REPORT]))

@@ -1,0 +1,94 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Tests/EndToEnd/EditorFixture.h"
+#include "Tests/EndToEnd/PaneCopy.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+#include <csignal>
+
+namespace {
+
+const QString askedKey = QStringLiteral("QNBAlreadyAskedToInstallCMM");
+const QStringList question = {
+    QStringLiteral("Install Finder Contextual Menu?"),
+    QStringLiteral(
+        "Quenby can install a Finder Contextual Menu so you can access presets from within Finder. "
+        "Installing this will require that Finder be restarted. Would you like to install the "
+        "contextual menu?"),
+    QStringLiteral("Install and Restart Finder"),
+    QStringLiteral("Don't Install"),
+};
+
+QByteArray contentOf(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+/// The pane with a plug-in for the file managers inside, which a second after the start it offers to install.
+class ContextMenuOfferTest : public EditorFixture
+{
+protected:
+    ContextMenuOfferTest()
+        : bundle_(session_.home().path())
+        , installed_(
+              session_.home().filePath(QStringLiteral("Library/Contextual Menu Items/QNBContextMenu.plugin")))
+        , report_(session_.home().filePath(QStringLiteral("plug-in-report")))
+    {
+        bundle_.addContextMenu();
+        session_.setBundle(bundle_.path());
+        session_.setVariable(QStringLiteral("QUENBY_PLUG_IN_REPORT"), report_);
+    }
+
+    void leave()
+    {
+        host_->signal(SIGTERM);
+        ASSERT_TRUE(host_->waitForEnd());
+        EXPECT_TRUE(host_->hasReturned(0)) << host_->errors().constData();
+    }
+
+    PaneCopy bundle_;
+    QString installed_;
+    QString report_;
+};
+
+} // namespace
+
+TEST_F(ContextMenuOfferTest, WhoSaysYesHasItInstalledAndRegistered)
+{
+    ASSERT_NO_FATAL_FAILURE(openPane());
+    ASSERT_NO_FATAL_FAILURE(answerAlert(question, QStringLiteral("Return")));
+    EXPECT_TRUE(waitUntil([&] { return contentOf(report_) == "register\n"; }))
+        << contentOf(report_).constData();
+    for (const QString &file :
+         {QStringLiteral("/Contents/Info.plist"), QStringLiteral("/Contents/MacOS/QNBContextMenu")})
+        EXPECT_EQ(contentOf(installed_ + file), contentOf(bundle_.contextMenuPath() + file))
+            << qPrintable(file);
+    EXPECT_TRUE(QFileInfo(installed_ + QStringLiteral("/Contents/MacOS/QNBContextMenu")).isExecutable());
+    ASSERT_NO_FATAL_FAILURE(leave());
+    EXPECT_EQ(session_.domain().value(askedKey), "none");
+}
+
+TEST_F(ContextMenuOfferTest, WhoSaysNoIsAskedAgainTheNextTime)
+{
+    for (int time = 0; time < 2; ++time) {
+        ASSERT_NO_FATAL_FAILURE(openPane());
+        ASSERT_NO_FATAL_FAILURE(answerAlert(question, QStringLiteral("Escape")));
+        EXPECT_FALSE(QFileInfo::exists(installed_));
+        ASSERT_NO_FATAL_FAILURE(leave());
+        EXPECT_EQ(session_.domain().value(askedKey), "bool True");
+    }
+    EXPECT_EQ(contentOf(report_), "");
+}
+
+TEST_F(ContextMenuOfferTest, LeavingDuringTheQuestionAnswersNothing)
+{
+    ASSERT_NO_FATAL_FAILURE(openPane());
+    ASSERT_TRUE(waitUntil([&] { return !pane_.alert().isEmpty(); }));
+    ASSERT_NO_FATAL_FAILURE(leave());
+    EXPECT_EQ(session_.domain().value(askedKey), "none");
+    EXPECT_FALSE(QFileInfo::exists(installed_));
+}

@@ -1,0 +1,29 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include <QString>
+
+/// A copy of the pane that was built, to which a test can add what it starts or installs.
+class PaneCopy
+{
+public:
+    /// In \a folder.
+    explicit PaneCopy(const QString &folder);
+
+    QString path() const { return path_; }
+
+    /// Adds the program that stands in for the helper, in a bundle of its own.
+    void addHelper() const;
+    QString helperPath() const;
+    QString helperProgram() const;
+
+    /// Adds a bundle that stands in for the file managers' plug-in: its program writes its arguments, a line
+    /// each, to the file that the variable QUENBY_PLUG_IN_REPORT names.
+    void addContextMenu() const;
+    QString contextMenuPath() const;
+
+private:
+    QString path_;
+};

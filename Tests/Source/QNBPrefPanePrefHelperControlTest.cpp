@@ -1,0 +1,332 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "PaneFixture.h"
+
+#include "Shared/Source/QNBShared.h"
+#include "Toolkit/KeyComboRecorder.h"
+
+#include <QCheckBox>
+#include <QElapsedTimer>
+#include <QLabel>
+#include <QPushButton>
+#include <QTest>
+#include <gmock/gmock.h>
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+namespace {
+
+const QString notification = QStringLiteral("QNBPresetConfigurationChangedNotification");
+const QString quarterSecond = QStringLiteral("sleep 250000");
+
+class QNBPrefPanePrefHelperControl : public PaneFixture
+{
+protected:
+    QPushButton &button() const { return *outlet<QPushButton>(QStringLiteral("_ui_startStopButton")); }
+    QString status() const { return outlet<QLabel>(QStringLiteral("_ui_statusLabel"))->text(); }
+    QCheckBox &showMenubar() const { return *outlet<QCheckBox>(QStringLiteral("_ui_showMenubar")); }
+    KeyComboRecorder &recorder() const
+    {
+        return *outlet<KeyComboRecorder>(QStringLiteral("_ui_shortcutRecorderControl"));
+    }
+
+    /// What a reader of the domain finds now; invalid for nothing.
+    QVariant storedChoice()
+    {
+        return services().preferences->copyAppValue(QNBPreferenceKey::launchHelperOnStart);
+    }
+    void storeChoice(const QVariant &choice)
+    {
+        const auto world = services();
+        world.preferences->setAppValue(QNBPreferenceKey::launchHelperOnStart, choice);
+        ASSERT_TRUE(world.preferences->appSynchronize());
+    }
+    void expectRunning() const
+    {
+        EXPECT_EQ(status(), u"Status: Quenby is running");
+        EXPECT_EQ(button().text(), u"Stop");
+    }
+    void expectStopped() const
+    {
+        EXPECT_EQ(status(), u"Status: Quenby is stopped");
+        EXPECT_EQ(button().text(), u"Start");
+    }
+};
+
+} // namespace
+
+TEST_F(QNBPrefPanePrefHelperControl, AFirstRunStartsTheHelperAndTheChoiceBecomesYes)
+{
+    const QString helper = addHelper();
+    openPane();
+    EXPECT_THAT(helperSteps, ElementsAre(QStringLiteral("open ") + helper, quarterSecond,
+                                         QStringLiteral("add ") + helper));
+    expectRunning();
+    EXPECT_FALSE(storedChoice().isValid()) << "stored with the next save only";
+    pane->didUnselect();
+    EXPECT_EQ(storedChoice(), QVariant(true));
+}
+
+TEST_F(QNBPrefPanePrefHelperControl, TheChoiceYesStartsTheHelper)
+{
+    addHelper();
+    storeChoice(true);
+    openPane();
+    EXPECT_EQ(helpers.size(), 1);
+    expectRunning();
+}
+
+TEST_F(QNBPrefPanePrefHelperControl, TheChoiceNoNeverStartsTheHelper)
+{
+    addHelper();
+    storeChoice(false);
+    openPane();
+    EXPECT_THAT(helperSteps, IsEmpty());
+    expectStopped();
+    pane->didUnselect();
+    EXPECT_EQ(storedChoice(), QVariant(false));
+}
+
+TEST_F(QNBPrefPanePrefHelperControl, TheChoiceNoStillShowsAHelperStartedByOtherMeans)
+{
+    addHelper();
+    storeChoice(false);
+    startHelper();
+    openPane();
+    EXPECT_THAT(helperSteps, IsEmpty());
+    expectRunning();
+}
+
+TEST_F(QNBPrefPanePrefHelperControl, AChoiceThatIsNoBooleanStartsNothing)
+{
+    addHelper();
+    storeChoice(QStringLiteral("perhaps"));
+    openPane();
+    EXPECT_THAT(helperSteps, IsEmpty());
+    expectStopped();
+}
+
+TEST_F(QNBPrefPanePrefHelperControl, WithTheHelperRunningOpeningThePaneDoesNotToggleIt)
+{
+    addHelper();
+    startHelper();
+    openPane();
+    EXPECT_THAT(helperSteps, IsEmpty());
+    expectRunning();
+    pane->didUnselect();
+    EXPECT_FALSE(storedChoice().isValid());
+}
+
+TEST_F(QNBPrefPanePrefHelperControl, EitherOfTwoHelpersSuppressesTheStart)
+{
+    addHelper();
+    for (int count : {2, 1}) {
+        helpers.clear();
+        while (helpers.size() < count)
+            startHelper();
+        openPane();
+        EXPECT_THAT(helperSteps, IsEmpty());
+        expectRunning();
+        closePane();
+    }
+}
+
+TEST_F(QNBPrefPanePrefHelperControl, StopTellsBothOfTwoHelpersInTheirOrder)
+{
+    const QString helper = addHelper();
+    const quint32 first = startHelper().processSerialNumber().low;
+    const quint32 second = startHelper().processSerialNumber().low;
+    openPane();
+    button().click();
+    EXPECT_THAT(helperSteps, ElementsAre(QStringLiteral("signal 15 to %1").arg(first),
+                                         QStringLiteral("signal 15 to %1").arg(second), quarterSecond,
+                                         QStringLiteral("remove ") + helper));
+    expectStopped();
+    pane->didUnselect();
+    EXPECT_EQ(storedChoice(), QVariant(false));
+}
+
+TEST_F(QNBPrefPanePrefHelperControl, StartAfterStopStartsAgain)
+{
+    const QString helper = addHelper();
+    storeChoice(false);
+    openPane();
+    button().click();
+    expectRunning();
+    button().click();
+    expectStopped();
+    helperSteps.clear();
+    button().click();
+    EXPECT_THAT(helperSteps, ElementsAre(QStringLiteral("open ") + helper, quarterSecond,
+                                         QStringLiteral("add ") + helper));
+    expectRunning();
+    pane->didUnselect();
+    EXPECT_EQ(storedChoice(), QVariant(true));
+}
+
+TEST_F(QNBPrefPanePrefHelperControl, AHelperThatFailsToLaunchKeepsStartButIsALoginItem)
+{
+    const QString helper = addHelper();
+    helperStarts = false;
+    openPane();
+    EXPECT_THAT(helperSteps, ElementsAre(QStringLiteral("open ") + helper, quarterSecond,
+                                         QStringLiteral("add ") + helper));
+    expectStopped();
+    pane->didUnselect();
+    EXPECT_EQ(storedChoice(), QVariant(true));
+}
+
+TEST_F(QNBPrefPanePrefHelperControl, AHelperThatDoesNotEndKeepsStopButIsNoLoginItem)
+{
+    const QString helper = addHelper();
+    helperEnds = false;
+    startHelper();
+    openPane();
+    button().click();
+    EXPECT_EQ(helperSteps.constLast(), QStringLiteral("remove ") + helper);
+    expectRunning();
+    pane->didUnselect();
+    EXPECT_EQ(storedChoice(), QVariant(false));
+}
+
+TEST_F(QNBPrefPanePrefHelperControl, AnyTitleOtherThanStartIsTreatedAsStop)
+{
+    const QString helper = addHelper();
+    storeChoice(false);
+    openPane();
+    for (const QString &title :
+         {QStringLiteral("Démarrer"), QStringLiteral("start"), QStringLiteral("&Start"), QString()}) {
+        helperSteps.clear();
+        button().setText(title);
+        pane->toggleHelperStatus();
+        EXPECT_THAT(helperSteps, ElementsAre(quarterSecond, QStringLiteral("remove ") + helper))
+            << qPrintable(title);
+        expectStopped();
+    }
+}
+
+TEST_F(QNBPrefPanePrefHelperControl, WithoutAHelperBundleNothingIsStartedAndTheChoiceStays)
+{
+    storeChoice(true);
+    openPane();
+    EXPECT_THAT(helperSteps, IsEmpty());
+    expectStopped();
+    pane->toggleHelperStatus();
+    EXPECT_THAT(helperSteps, IsEmpty());
+    expectStopped();
+    pane->didUnselect();
+    EXPECT_EQ(storedChoice(), QVariant(true));
+    EXPECT_FALSE(button().isEnabled()) << "there is nothing to start";
+}
+
+TEST_F(QNBPrefPanePrefHelperControl, WithoutAHelperBundleNoChoiceIsMadeOnAFirstRun)
+{
+    openPane();
+    pane->didUnselect();
+    EXPECT_FALSE(storedChoice().isValid());
+    EXPECT_THAT(helperSteps, IsEmpty());
+}
+
+TEST_F(QNBPrefPanePrefHelperControl, WithoutAHelperBundleAHelperCanStillBeEnded)
+{
+    const quint32 helper = startHelper().processSerialNumber().low;
+    openPane();
+    EXPECT_TRUE(button().isEnabled());
+    button().click();
+    EXPECT_THAT(helperSteps, ElementsAre(QStringLiteral("signal 15 to %1").arg(helper), quarterSecond))
+        << "no login item begins with the path of nothing";
+    expectStopped();
+}
+
+TEST_F(QNBPrefPanePrefHelperControl, TheStatusIsLookedAtWhenToggledAndNotBetween)
+{
+    addHelper();
+    openPane();
+    expectRunning();
+    helpers.clear();
+    expectRunning();
+    button().click();
+    EXPECT_EQ(helperSteps.filter(QStringLiteral("signal")).size(), 0);
+    expectStopped();
+}
+
+TEST_F(QNBPrefPanePrefHelperControl, TheMenuOptionIsWrittenThroughAndTold)
+{
+    storeChoice(false);
+    openPane();
+    ASSERT_TRUE(showMenubar().isChecked());
+    for (const bool shown : {false, true}) {
+        notifications.clear();
+        showMenubar().click();
+        EXPECT_EQ(stored().showMenubar, shown);
+        EXPECT_THAT(notifications, ElementsAre(notification));
+    }
+    EXPECT_THAT(helperSteps, IsEmpty()) << "the process is left alone";
+}
+
+TEST_F(QNBPrefPanePrefHelperControl, TheShortcutIsWrittenThroughAndTold)
+{
+    storeChoice(false);
+    openPane();
+    auto *field = recorder().findChild<QPushButton *>();
+    field->click();
+    ASSERT_TRUE(recorder().isRecording());
+    QTest::keyClick(field, Qt::Key_P, Qt::ControlModifier | Qt::AltModifier);
+    const QNBKeyCombo expected{.flags = (1U << 20) | (1U << 19), .code = 35};
+    EXPECT_EQ(stored().shortcutCombo, expected);
+    EXPECT_THAT(notifications, ElementsAre(notification));
+
+    field->click();
+    QTest::keyClick(field, Qt::Key_Escape);
+    EXPECT_THAT(notifications, ElementsAre(notification)) << "nothing has changed";
+
+    field->click();
+    QTest::keyClick(field, Qt::Key_Delete);
+    EXPECT_EQ(stored().shortcutCombo, QNBKeyCombo());
+    EXPECT_THAT(notifications, ElementsAre(notification, notification));
+    EXPECT_THAT(helperSteps, IsEmpty());
+}
+
+TEST_F(QNBPrefPanePrefHelperControl, ALoneModifierIsNoShortcut)
+{
+    storeChoice(false);
+    openPane();
+    auto *field = recorder().findChild<QPushButton *>();
+    field->click();
+    for (const int key : {Qt::Key_Control, Qt::Key_Shift, Qt::Key_Alt, Qt::Key_Meta})
+        QTest::keyClick(field, Qt::Key(key));
+    EXPECT_TRUE(recorder().isRecording());
+    EXPECT_TRUE(recorder().keyCombo().isEmpty());
+    EXPECT_THAT(notifications, IsEmpty());
+}
+
+TEST_F(QNBPrefPanePrefHelperControl, ThePlugInOfTheFileManagersIsOfferedAfterASecond)
+{
+    storeChoice(false);
+    writeFile(QStringLiteral("Quenby.prefPane/Contents/MacOS/QNBContextMenu.plugin/Contents/Info.plist"),
+              "<plist version=\"1.0\"><dict/></plist>");
+    installerSystemVersion = 0x1058;
+    alertAnswers << AlertPanel::Answer::Alternate;
+    QElapsedTimer timer;
+    timer.start();
+    openPane();
+    ASSERT_TRUE(QTest::qWaitFor([this] { return !alerts.isEmpty(); }));
+    EXPECT_GE(timer.elapsed(), 1000);
+    EXPECT_EQ(alerts.constFirst().title, u"Install Finder Contextual Menu?");
+    pane->didUnselect();
+    EXPECT_EQ(services().preferences->copyAppValue(QStringLiteral("QNBAlreadyAskedToInstallCMM")),
+              QVariant(true));
+    EXPECT_TRUE(QTest::qWaitFor([this] { return installerLifetime.use_count() == 1; }))
+        << "the installer has done its work";
+}
+
+TEST_F(QNBPrefPanePrefHelperControl, APaneThatIsLeftWithinASecondOffersNothing)
+{
+    installerSystemVersion = 0x1058;
+    openPane();
+    EXPECT_GT(installerLifetime.use_count(), 1);
+    closePane();
+    EXPECT_EQ(installerLifetime.use_count(), 1) << "nobody is left to ask";
+}
