@@ -144,11 +144,12 @@ TEST_F(AlertPanelTest, ItsRunnerAsks)
 {
     const AlertPanel::Runner runner = AlertPanel::runner();
     QTimer poll;
-    QObject::connect(&poll, &QTimer::timeout, &poll, [] {
+    QObject::connect(&poll, &QTimer::timeout, &poll, [&poll] {
         auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
-        // A box that is not shown yet is not closed by its user.
-        if (box && box->isVisible())
-            box->close();
+        if (!box || !box->isVisible())
+            return;
+        poll.stop();
+        box->escapeButton()->click();
     });
     poll.start(1);
     EXPECT_EQ(runner(nullptr, question), AlertPanel::Answer::Alternate);
