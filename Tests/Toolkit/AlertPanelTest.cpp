@@ -136,8 +136,14 @@ TEST_F(AlertPanelTest, HasNoAnswerWhenTheProgramIsToldToEnd)
 {
     AlertPanel message = question;
     message.alternateButton.clear();
-    for (const AlertPanel &alert : {question, message})
-        EXPECT_EQ(answer(alert, [](QMessageBox &) { QCoreApplication::exit(); }), AlertPanel::Answer::None);
+    for (const AlertPanel &alert : {question, message}) {
+        // As a program asks: in an event loop of its own, which is what ends.
+        QTimer::singleShot(0, window.get(), [&] {
+            EXPECT_EQ(answer(alert, [](QMessageBox &) { QCoreApplication::exit(); }),
+                      AlertPanel::Answer::None);
+        });
+        QCoreApplication::exec();
+    }
 }
 
 TEST_F(AlertPanelTest, ItsRunnerAsks)
