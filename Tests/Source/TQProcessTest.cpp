@@ -19,6 +19,7 @@
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <vector>
 
 using ::testing::Contains;
 using ::testing::ElementsAre;
@@ -63,22 +64,35 @@ TQProcess endedProcess(const IdleProgram &program)
     return process;
 }
 
-/// Whatever this process wants to open fails for as long as this lives.
-class NoMoreFiles
+/// For as long as this lives, this process can open two files and no more: too few to look at another one.
+class TwoMoreFiles
 {
 public:
-    NoMoreFiles()
+    TwoMoreFiles()
     {
         EXPECT_EQ(::getrlimit(RLIMIT_NOFILE, &before_), 0);
-        const rlimit none{0, before_.rlim_max};
-        EXPECT_EQ(::setrlimit(RLIMIT_NOFILE, &none), 0);
+        const rlimit few{std::min<rlim_t>(before_.rlim_cur, 256), before_.rlim_max};
+        EXPECT_EQ(::setrlimit(RLIMIT_NOFILE, &few), 0);
+        for (int file = ::dup(STDIN_FILENO); file != -1; file = ::dup(STDIN_FILENO))
+            inTheWay_.push_back(file);
+        // The undefined-behaviour sanitizer looks at memory through a pipe.
+        for (int end = 0; end < 2 && !inTheWay_.empty(); ++end) {
+            ::close(inTheWay_.back());
+            inTheWay_.pop_back();
+        }
     }
-    ~NoMoreFiles() { ::setrlimit(RLIMIT_NOFILE, &before_); }
-    NoMoreFiles(const NoMoreFiles &) = delete;
-    NoMoreFiles &operator=(const NoMoreFiles &) = delete;
+    ~TwoMoreFiles()
+    {
+        for (const int file : inTheWay_)
+            ::close(file);
+        ::setrlimit(RLIMIT_NOFILE, &before_);
+    }
+    TwoMoreFiles(const TwoMoreFiles &) = delete;
+    TwoMoreFiles &operator=(const TwoMoreFiles &) = delete;
 
 private:
     rlimit before_ = {};
+    std::vector<int> inTheWay_;
 };
 
 class TQProcessTest : public ::testing::Test
@@ -147,7 +161,7 @@ TEST_F(TQProcessTest, TheNameOfAProcessThatCannotBeFetchedIsNullAndRetried)
     const auto child = program.start();
     const TQProcess process = processOf(*child);
     {
-        const NoMoreFiles inTheWay;
+        const TwoMoreFiles inTheWay;
         EXPECT_TRUE(process.name().isNull());
         EXPECT_TRUE(process.url().isEmpty());
         EXPECT_FALSE(process.isValid());
