@@ -3,7 +3,7 @@
 
 #include "Source/QNBOutlineViewAdditions.h"
 
-#include "Toolkit/KeyCodes.h"
+#include "Platform/KeyCodes.h"
 
 #include <QContextMenuEvent>
 #include <QCoreApplication>

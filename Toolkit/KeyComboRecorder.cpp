@@ -3,6 +3,8 @@
 
 #include "Toolkit/KeyComboRecorder.h"
 
+#include "Toolkit/KeyComboText.h"
+
 #include <QEvent>
 #include <QHBoxLayout>
 #include <QKeyEvent>
@@ -108,7 +110,7 @@ void KeyComboRecorder::changeEvent(QEvent *event)
 
 void KeyComboRecorder::updateTexts()
 {
-    const QString words = combo_.isEmpty() ? tr("None") : KeyCodes::toText(combo_);
+    const QString words = combo_.isEmpty() ? tr("None") : keyComboText(combo_);
     field_->setText(isRecording() ? tr("Press the keys…") : words);
     field_->setAccessibleName(accessibleName().isEmpty() ? tr("Shortcut") : accessibleName());
     field_->setAccessibleDescription(words);

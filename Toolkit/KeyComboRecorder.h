@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "Toolkit/KeyCodes.h"
+#include "Platform/KeyCodes.h"
 
 #include <QWidget>
 

@@ -14,6 +14,7 @@ const QString core = QStringLiteral("Source/core");
 const QString pane = QStringLiteral("Source");
 const QString toolkit = QStringLiteral("Toolkit");
 const QString host = QStringLiteral("Host");
+const QString creation = QStringLiteral("Helper/Creation");
 const QString helper = QStringLiteral("Helper");
 const QString contextMenu = QStringLiteral("ContextMenu");
 
@@ -41,7 +42,8 @@ const QMap<QString, QStringList> allowedRooms = {
     {pane, {platform, shared, core, pane, toolkit}},
     {toolkit, {platform, toolkit}},
     {host, {platform, host}},
-    {helper, {platform, shared, core, helper}},
+    {creation, {platform, shared, core, creation}},
+    {helper, {platform, shared, core, creation, helper}},
     {contextMenu, {platform, shared, core, contextMenu}},
 };
 
@@ -58,6 +60,8 @@ const QMap<QString, QString> reasons = {
                              "comes through data sources and delegates.")},
     {host, QStringLiteral("The host drives any pane: it knows Toolkit/PreferencePane.h and Platform, never "
                           "the pane itself or its views.")},
+    {creation, QStringLiteral("What creates the structures works without the helper around it: it uses the "
+                              "model, Shared/Source and Platform only.")},
     {helper, QStringLiteral("The helper uses the model, Shared/Source and Platform, never the pane.")},
     {contextMenu, QStringLiteral("The context-menu plug-in uses the model, Shared/Source and Platform, never "
                                  "the pane.")},
@@ -76,6 +80,8 @@ QString IncludeRules::roomOf(const QString &path)
     const QString folder = path.section(u'/', 0, 0);
     if (folder == u"Shared")
         return shared;
+    if (path.startsWith(creation + u'/'))
+        return creation;
     if (folder == pane) {
         const QString name = path.section(u'/', -1).section(u'.', 0, 0).section(u'+', 0, 0);
         return coreClasses.contains(name) ? core : pane;
@@ -109,7 +115,8 @@ QStringList IncludeRules::violationsOfCoreWithoutWidgets(const SourceFile &file,
                                                          const QSet<QString> &widgetHeaders)
 {
     const QString room = roomOf(file.path);
-    if (room != platform && room != shared && room != core)
+    static const QStringList rooms = {platform, shared, core, creation, contextMenu};
+    if (!rooms.contains(room))
         return {};
     static const QSet<QString> modules = {QStringLiteral("QtGui"), QStringLiteral("QtWidgets"),
                                           QStringLiteral("QtSvg")};

@@ -71,6 +71,7 @@ TEST(IncludeRulesTest, AWrongDirectionIsCaught)
              {"Host/main.cpp", "\"Toolkit/OutlineView.h\""},
              {"Host/main.cpp", "\"Source/QNBPrefPanePref.h\""},
              {"Helper/main.cpp", "\"Source/QNBPrefPanePref.h\""},
+             {"Helper/Creation/CreationPlan.cpp", "\"Helper/Presets.h\""},
              {"ContextMenu/main.cpp", "\"Toolkit/AlertPanel.h\""},
              {"Platform/Bundle.cpp", "\"Tests/Session/PrivateBus.h\""},
              {"Source/QNBPrefPanePref.cpp", "\"../Host/PaneLoader.h\""}}) {
@@ -92,6 +93,8 @@ TEST(IncludeRulesTest, ARightDirectionPasses)
              {"Toolkit/OutlineView.cpp", "<QTreeView>"},
              {"Host/main.cpp", "\"Toolkit/PreferencePane.h\""},
              {"Helper/main.cpp", "\"Source/QNBPresetRecord.h\""},
+             {"Helper/main.cpp", "\"Helper/Creation/CreationPlan.h\""},
+             {"Helper/Creation/CreationPlan.cpp", "\"Shared/Source/QNBShared.h\""},
              {"Tests/Source/QNBHierarchyItemTest.cpp", "\"Host/PaneLoader.h\""}})
         EXPECT_THAT(IncludeRules::violationsOfDirection(including(path, include)), IsEmpty())
             << path << " with " << include;
@@ -102,7 +105,8 @@ TEST(IncludeRulesTest, AWidgetInTheCoreIsCaught)
     const QSet<QString> headers = IncludeRules::widgetHeaders();
     for (const char *path :
          {"Platform/Bundle.h", "Shared/Source/QNBShared.cpp", "Source/QNBHierarchyItem.cpp",
-          "Source/QNBPresetRecord.h", "Source/QNBSettingsStore.cpp", "Source/QNBPresetFile.cpp"}) {
+          "Source/QNBPresetRecord.h", "Source/QNBSettingsStore.cpp", "Source/QNBPresetFile.cpp",
+          "Helper/Creation/CreationPlan.h", "ContextMenu/FileManagerEntries.cpp"}) {
         for (const char *include : {"<QWidget>", "<QApplication>", "<QGuiApplication>", "<QIcon>", "<QColor>",
                                     "<qcolor.h>", "<QtWidgets/QTreeView>", "<QtGui>", "<QSvgRenderer>"})
             EXPECT_THAT(IncludeRules::violationsOfCoreWithoutWidgets(including(path, include), headers),
@@ -119,7 +123,8 @@ TEST(IncludeRulesTest, AWidgetInTheCoreIsCaught)
 TEST(IncludeRulesTest, AWidgetOutsideTheCorePasses)
 {
     const QSet<QString> headers = IncludeRules::widgetHeaders();
-    for (const char *path : {"Toolkit/OutlineView.h", "Source/QNBPrefPanePref.cpp", "Host/main.cpp"})
+    for (const char *path :
+         {"Toolkit/OutlineView.h", "Source/QNBPrefPanePref.cpp", "Host/main.cpp", "Helper/main.cpp"})
         EXPECT_THAT(IncludeRules::violationsOfCoreWithoutWidgets(including(path, "<QWidget>"), headers),
                     IsEmpty());
 }

@@ -4,7 +4,7 @@
 #pragma once
 
 #include "Source/QNBPrefPanePref.h"
-#include "Toolkit/KeyCodes.h"
+#include "Platform/KeyCodes.h"
 #include "Toolkit/OutlineView.h"
 
 #include <QAbstractItemModelTester>

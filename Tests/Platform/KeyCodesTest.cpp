@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: Quenby contributors
 // SPDX-License-Identifier: MIT
 
-#include "Toolkit/KeyCodes.h"
+#include "Platform/KeyCodes.h"
 
 #include <gtest/gtest.h>
 
@@ -43,15 +43,6 @@ TEST(KeyCodesTest, KeypadKeysAreOtherKeys)
     EXPECT_EQ(KeyCodes::fromQt(Qt::KeypadModifier | Qt::Key_1)->code, 83);
     EXPECT_EQ(KeyCodes::fromQt(QKeyCombination(Qt::Key_1))->code, 18);
     EXPECT_EQ(KeyCodes::fromQt(Qt::KeypadModifier | Qt::Key_Left)->code, 123);
-}
-
-TEST(KeyCodesTest, WordsForPeople)
-{
-    EXPECT_EQ(KeyCodes::toText({KeyCodes::commandFlag | KeyCodes::shiftFlag, 45}), u"Ctrl+Shift+N");
-    EXPECT_EQ(KeyCodes::toText({KeyCodes::controlFlag, 122}), u"Meta+F1");
-    EXPECT_EQ(KeyCodes::toText({}), u"");
-    EXPECT_EQ(KeyCodes::toText({KeyCodes::commandFlag, 0}), u"Ctrl+A");
-    EXPECT_EQ(KeyCodes::toText({KeyCodes::commandFlag, 200}), u"Key 200");
 }
 
 TEST(KeyCodesTest, NoCombinationIsEmpty)

@@ -4,7 +4,6 @@
 #pragma once
 
 #include <QKeyCombination>
-#include <QString>
 #include <optional>
 
 /// A key combination as it is stored: a mask of modifiers and a virtual key code, both in the numbering of
@@ -30,7 +29,5 @@ inline constexpr quint64 commandFlag = 1U << 20;
 std::optional<QKeyCombination> toQt(const KeyCombo &combo);
 /// None for a key without a code, modifier keys for example.
 std::optional<KeyCombo> fromQt(QKeyCombination keys);
-/// In the desktop's notation, for people; empty for an empty combination.
-QString toText(const KeyCombo &combo);
 
 } // namespace KeyCodes

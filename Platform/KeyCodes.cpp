@@ -1,10 +1,8 @@
 // SPDX-FileCopyrightText: Quenby contributors
 // SPDX-License-Identifier: MIT
 
-#include "Toolkit/KeyCodes.h"
+#include "Platform/KeyCodes.h"
 
-#include <QCoreApplication>
-#include <QKeySequence>
 #include <algorithm>
 #include <array>
 
@@ -168,13 +166,4 @@ std::optional<KeyCombo> KeyCodes::fromQt(QKeyCombination keys)
             combo.flags |= flag;
     }
     return combo;
-}
-
-QString KeyCodes::toText(const KeyCombo &combo)
-{
-    if (combo.isEmpty())
-        return {};
-    if (const std::optional<QKeyCombination> keys = toQt(combo))
-        return QKeySequence(*keys).toString(QKeySequence::NativeText);
-    return QCoreApplication::translate("KeyCodes", "Key %1").arg(combo.code);
 }
