@@ -16,6 +16,7 @@ void QNBPrefPanePref::makeContextualMenu()
 {
     const auto addView = [this](QWidget *view, const MenuViewAction::Rows &rows) {
         auto *action = new MenuViewAction(view, rows, _ui_presetContextualMenu);
+        connect(action, &MenuViewAction::triggered, this, &QNBPrefPanePref::dummyAction);
         _ui_presetContextualMenu->addSeparator();
         _ui_presetContextualMenu->addAction(action);
         return action;

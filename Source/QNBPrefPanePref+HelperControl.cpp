@@ -71,8 +71,10 @@ void QNBPrefPanePref::toggleHelperStatus()
 {
     const QString path = helperPath();
     const bool shouldRun = _ui_startStopButton->text() == startTitle;
+    if (path.isEmpty())
+        qCWarning(lcPane) << "the pane's bundle holds no" << helperName
+                          << "to start; the choice and the login items stay";
     if (shouldRun && path.isEmpty()) {
-        qCWarning(lcPane) << "not started: the pane's bundle holds no" << helperName;
         updateStatus();
         return;
     }
@@ -85,12 +87,17 @@ void QNBPrefPanePref::toggleHelperStatus()
             _services.kill(helper, SIGTERM);
     }
     _services.sleep(helperPause);
-    // Every path begins with an empty one.
-    if (!path.isEmpty())
-        _services.addLoginItem(path, shouldRun);
+    if (path.isEmpty()) {
+        // The login items of nothing would be all of them, and the choice keeps in step with them.
+        updateStatus();
+        return;
+    }
+    _services.addLoginItem(path, shouldRun);
     updateStatus();
     _services.preferences->setAppValue(QNBPreferenceKey::launchHelperOnStart, shouldRun);
 }
+
+void QNBPrefPanePref::dummyAction() {}
 
 void QNBPrefPanePref::toggleMenubar()
 {

@@ -168,11 +168,13 @@ public:
 
     /// Starts the helper and makes it start with the session, or ends it and takes that back, as the title of
     /// the button says; the choice is stored. Blocks for a quarter of a second. Without a helper in the
-    /// bundle nothing is started and nothing stored.
+    /// bundle one that runs is still ended, but nothing is started, and login items and choice stay.
     void toggleHelperStatus();
     /// Save: the helper reads the option from the domain.
     void toggleMenubar();
     void shortcutRecorderKeyComboDidChange(const KeyComboRecorder &recorder, const KeyCombo &combo);
+    /// What a menu item does that only holds something: nothing.
+    void dummyAction();
 
     /// The value of \a key in our bundle's information property list; invalid if there is none.
     QVariant configValueForKey(const QString &key) const;

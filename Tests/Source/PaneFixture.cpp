@@ -109,6 +109,7 @@ QNBPrefPanePref::Services PaneFixture::services()
                     helperSteps << QStringLiteral("open ") + file;
                     if (helperStarts)
                         startHelper();
+                    return helperStarts;
                 }
                 return true;
             },
@@ -181,9 +182,9 @@ TQProcess PaneFixture::startHelper()
     return helpers.constLast();
 }
 
-void PaneFixture::openPane()
+void PaneFixture::openPane(QNBPrefPanePref::Services world)
 {
-    pane = std::make_unique<QNBPrefPanePref>(services());
+    pane = std::make_unique<QNBPrefPanePref>(std::move(world));
     view.reset(pane->loadMainView());
     ASSERT_TRUE(view);
     ASSERT_EQ(view.get(), pane->mainView());

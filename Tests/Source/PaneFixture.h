@@ -33,7 +33,8 @@ protected:
 
     QNBPrefPanePref::Services services();
     /// Makes the pane, as a host would, up to the shown window.
-    void openPane();
+    void openPane() { openPane(services()); }
+    void openPane(QNBPrefPanePref::Services world);
     /// Leaves nothing of it; the pane goes first, as a host must do it.
     void closePane();
     /// Another window of this process takes the keyboard, then ours has it back.

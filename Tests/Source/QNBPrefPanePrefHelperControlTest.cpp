@@ -21,6 +21,34 @@ namespace {
 const QString notification = QStringLiteral("QNBPresetConfigurationChangedNotification");
 const QString quarterSecond = QStringLiteral("sleep 250000");
 
+const QString missingHelper =
+    QStringLiteral("the pane's bundle holds no \"QNBHelper\" to start; the choice and the login items stay");
+
+/// What the pane warned of since there is one of these.
+class PaneWarnings
+{
+public:
+    PaneWarnings() { texts().clear(); }
+    ~PaneWarnings() { qInstallMessageHandler(before_); }
+    PaneWarnings(const PaneWarnings &) = delete;
+    PaneWarnings &operator=(const PaneWarnings &) = delete;
+
+    static QStringList &texts()
+    {
+        static QStringList result;
+        return result;
+    }
+
+private:
+    static void note(QtMsgType type, const QMessageLogContext &context, const QString &text)
+    {
+        if (type == QtWarningMsg && qstrcmp(context.category, "quenby.pane") == 0)
+            texts() << text;
+    }
+
+    const QtMessageHandler before_ = qInstallMessageHandler(note);
+};
+
 class QNBPrefPanePrefHelperControl : public PaneFixture
 {
 protected:
@@ -56,6 +84,30 @@ protected:
 };
 
 } // namespace
+
+TEST_F(QNBPrefPanePrefHelperControl, TheControlsAreFilledBeforeTheHelperIsStarted)
+{
+    addHelper();
+    QNBSettings settings;
+    settings.showMenubar = false;
+    settings.shortcutCombo = {.flags = 1U << 20, .code = 35};
+    ASSERT_TRUE(QNBSettingsStore::write(*services().preferences, settings));
+    QString version;
+    bool isMenuShown = true;
+    QNBPrefPanePref::Services world = services();
+    world.openFile = [&](const QString &) {
+        const QWidget &main = *pane->mainView();
+        version = main.findChild<QLabel *>(QStringLiteral("_ui_versionLabel"))->text();
+        isMenuShown = main.findChild<QCheckBox *>(QStringLiteral("_ui_showMenubar"))->isChecked();
+        EXPECT_EQ(main.findChild<KeyComboRecorder *>()->keyCombo(),
+                  (KeyCombo{.flags = 1U << 20, .code = 35}));
+        return true;
+    };
+    openPane(std::move(world));
+    EXPECT_EQ(version, u"v1.2.3");
+    EXPECT_FALSE(isMenuShown);
+    EXPECT_THAT(notifications, IsEmpty()) << "filling them is no change by the user";
+}
 
 TEST_F(QNBPrefPanePrefHelperControl, AFirstRunStartsTheHelperAndTheChoiceBecomesYes)
 {
@@ -210,12 +262,15 @@ TEST_F(QNBPrefPanePrefHelperControl, AnyTitleOtherThanStartIsTreatedAsStop)
 TEST_F(QNBPrefPanePrefHelperControl, WithoutAHelperBundleNothingIsStartedAndTheChoiceStays)
 {
     storeChoice(true);
+    const PaneWarnings warnings;
     openPane();
     EXPECT_THAT(helperSteps, IsEmpty());
     expectStopped();
+    EXPECT_THAT(warnings.texts(), ElementsAre(missingHelper));
     pane->toggleHelperStatus();
     EXPECT_THAT(helperSteps, IsEmpty());
     expectStopped();
+    EXPECT_THAT(warnings.texts(), ElementsAre(missingHelper, missingHelper));
     pane->didUnselect();
     EXPECT_EQ(storedChoice(), QVariant(true));
     EXPECT_FALSE(button().isEnabled()) << "there is nothing to start";
@@ -231,13 +286,18 @@ TEST_F(QNBPrefPanePrefHelperControl, WithoutAHelperBundleNoChoiceIsMadeOnAFirstR
 
 TEST_F(QNBPrefPanePrefHelperControl, WithoutAHelperBundleAHelperCanStillBeEnded)
 {
+    storeChoice(true);
     const quint32 helper = startHelper().processSerialNumber().low;
     openPane();
     EXPECT_TRUE(button().isEnabled());
+    const PaneWarnings warnings;
     button().click();
     EXPECT_THAT(helperSteps, ElementsAre(QStringLiteral("signal 15 to %1").arg(helper), quarterSecond))
         << "no login item begins with the path of nothing";
     expectStopped();
+    EXPECT_THAT(warnings.texts(), ElementsAre(missingHelper));
+    pane->didUnselect();
+    EXPECT_EQ(storedChoice(), QVariant(true)) << "in step with the login item";
 }
 
 TEST_F(QNBPrefPanePrefHelperControl, TheStatusIsLookedAtWhenToggledAndNotBetween)
@@ -287,6 +347,17 @@ TEST_F(QNBPrefPanePrefHelperControl, TheShortcutIsWrittenThroughAndTold)
     EXPECT_EQ(stored().shortcutCombo, QNBKeyCombo());
     EXPECT_THAT(notifications, ElementsAre(notification, notification));
     EXPECT_THAT(helperSteps, IsEmpty());
+}
+
+TEST_F(QNBPrefPanePrefHelperControl, TheDummyActionDoesNothing)
+{
+    addHelper();
+    storeChoice(false);
+    openPane();
+    pane->dummyAction();
+    EXPECT_THAT(notifications, IsEmpty());
+    EXPECT_THAT(helperSteps, IsEmpty());
+    expectStopped();
 }
 
 TEST_F(QNBPrefPanePrefHelperControl, ALoneModifierIsNoShortcut)
