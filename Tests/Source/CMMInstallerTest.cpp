@@ -167,6 +167,24 @@ TEST_F(CMMInstallerTest, RefusedRightsEndItSilently)
     EXPECT_FALSE(FileOperations::exists(world.userFolder()));
 }
 
+TEST_F(CMMInstallerTest, ARemovalThatFailsWithTheRightIsNotNoticed)
+{
+    InstallerWorld::makePlugin(world.machineWide(), "0.9", "machine-wide");
+    world.canAdministratorRemove = false;
+    world.offer();
+    EXPECT_EQ(world.events.join(u' '),
+              QStringLiteral("alert alert rights remove as administrator create copy restart"));
+    EXPECT_EQ(InstallerWorld::markOf(world.machineWide()), "machine-wide");
+    EXPECT_EQ(InstallerWorld::markOf(world.installed()), "own");
+}
+
+TEST_F(CMMInstallerTest, ThePathOfThePluginInThePaneIsStandardised)
+{
+    CMMInstaller::Services services = world.services();
+    services.paneBundlePath = world.root + "/./no/../Some.prefPane/";
+    EXPECT_EQ(CMMInstaller(services).ownPlugin(), world.ownPlugin());
+}
+
 TEST_F(CMMInstallerTest, PercentSignsInAnErrorAreShownAsTheyAre)
 {
     world.reason = QStringLiteral("100%@ %1 %2 %n %% of <b>it</b>");

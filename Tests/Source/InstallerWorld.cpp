@@ -29,7 +29,8 @@ public:
     bool executeWithPrivileges() override
     {
         world_.events.append(QStringLiteral("remove as administrator"));
-        return bool(FileOperations::removeItem(world_.requests.constLast().constLast()));
+        return world_.canAdministratorRemove &&
+               bool(FileOperations::removeItem(world_.requests.constLast().constLast()));
     }
 
 private:

@@ -53,6 +53,7 @@ public:
     /// To what is only told.
     std::optional<AlertPanel::Answer> answerToMessage = AlertPanel::Answer::Default;
     bool isAuthorized = true;
+    bool canAdministratorRemove = true;
     Failure failure = Failure::None;
     /// Also what a failure on demand says.
     QString reason = QStringLiteral("no reason at all");
