@@ -4,6 +4,7 @@
 #include "Toolkit/KeyComboRecorder.h"
 
 #include <QApplication>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -82,9 +83,23 @@ TEST_F(KeyComboRecorderTest, PlainKeysAreRefusedFunctionKeysAreNot)
 {
     startRecording();
     QTest::keyClick(field(), Qt::Key_N);
+    QTest::keyClick(field(), Qt::Key_N, Qt::ShiftModifier);
     EXPECT_TRUE(recorder.isRecording());
     QTest::keyClick(field(), Qt::Key_F7);
     EXPECT_EQ(recorder.keyCombo(), (KeyCombo{0, 98}));
+}
+
+TEST_F(KeyComboRecorderTest, ALoneModifierIsRefused)
+{
+    startRecording();
+    for (const Qt::Key key : {Qt::Key_Shift, Qt::Key_Control, Qt::Key_Alt, Qt::Key_AltGr, Qt::Key_Meta,
+                              Qt::Key_Super_L, Qt::Key_Super_R, Qt::Key_Hyper_L, Qt::Key_CapsLock}) {
+        QKeyEvent press(QEvent::KeyPress, key, Qt::ControlModifier);
+        QApplication::sendEvent(field(), &press);
+    }
+    EXPECT_TRUE(recorder.isRecording());
+    EXPECT_TRUE(recorder.keyCombo().isEmpty());
+    EXPECT_EQ(changes.count(), 0);
 }
 
 TEST_F(KeyComboRecorderTest, EscapeAndLeavingKeepTheOldOne)
