@@ -62,6 +62,22 @@ protected:
     const ProcessSerialNumber first_ = add(noPid);
 };
 
+/// Whether who is given the id of a listed process is told apart from it, and can be meant as well.
+bool isSuccessorUnharmed(const ReusedPid::Waiting &process)
+{
+    const auto listed = ProcessTable::getProcessForPID(process.pid, process.table);
+    if (!listed || !process.replace())
+        return false;
+    const auto successor = ProcessTable::getProcessForPID(process.pid, process.table);
+    const bool isLeftAlone = !ProcessTable::sendSignal(*listed, SIGTERM, process.table) &&
+                             !ProcessTable::getProcessPID(*listed, process.table) &&
+                             !ProcessTable::getProcessInformation(*listed, process.table);
+    const bool isSignalled = successor && ProcessTable::sendSignal(*successor, SIGKILL, process.table);
+    int status = -1;
+    return isSignalled && ::waitpid(process.pid, &status, 0) == process.pid && isLeftAlone &&
+           WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL;
+}
+
 } // namespace
 
 TEST_F(ProcessTableRootTest, TheTableIsInTheOrderOfIdsHoweverItIsStored)
@@ -90,32 +106,12 @@ TEST_F(ProcessTableRootTest, AProcessWhoseIdGoesToAnotherAfterItWasListedIsNotSi
 
 TEST_F(ProcessTableRootTest, AProcessThatReallyGetsTheIdOfAnotherIsUnharmed)
 {
-    const bool holds = ReusedPid::run([](const QString &table) {
-        const pid_t pid = ReusedPid::startWaiting();
-        const auto listed = ProcessTable::getProcessForPID(pid, table);
-        ::kill(pid, SIGKILL);
-        if (!listed || ::waitpid(pid, nullptr, 0) != pid)
-            return false;
-        // Within the same tick of the kernel's clock they could not be told apart.
-        std::optional<ProcessSerialNumber> successor;
-        while (true) {
-            if (ReusedPid::startWaiting(pid) != pid)
-                return false;
-            successor = ProcessTable::getProcessForPID(pid, table);
-            if (successor != listed)
-                break;
-            ::kill(pid, SIGKILL);
-            ::waitpid(pid, nullptr, 0);
-        }
-        const bool isLeftAlone = !ProcessTable::sendSignal(*listed, SIGTERM, table) &&
-                                 !ProcessTable::getProcessPID(*listed, table) &&
-                                 !ProcessTable::getProcessInformation(*listed, table);
-        const bool isSignalled = successor && ProcessTable::sendSignal(*successor, SIGKILL, table);
-        int status = -1;
-        return ::waitpid(pid, &status, 0) == pid && isLeftAlone && isSignalled && WIFSIGNALED(status) &&
-               WTERMSIG(status) == SIGKILL;
-    });
-    EXPECT_TRUE(holds);
+    EXPECT_TRUE(ReusedPid::run(isSuccessorUnharmed));
+}
+
+TEST_F(ProcessTableRootTest, AProcessThatIsShownUnderTheIdOfAnotherIsUnharmed)
+{
+    EXPECT_TRUE(ReusedPid::runWithLinks(isSuccessorUnharmed));
 }
 
 TEST_F(ProcessTableRootTest, AStatusThatIsCutShortIsNoProcess)

@@ -7,20 +7,22 @@
 #include <QFile>
 #include <QTemporaryDir>
 
-#include <fcntl.h>
+#include <csignal>
+#include <ctime>
 #include <linux/sched.h>
 #include <sched.h>
 #include <sys/mount.h>
+#include <sys/prctl.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 namespace {
 
-/// Twice the most ids that the kernel gives out.
-constexpr int mostTries = 2 * 4'194'304;
-/// The ids between are for whoever else starts a process meanwhile.
-constexpr pid_t near = 20;
+const QString kernelTable = QStringLiteral("/proc");
+
+/// What the process of a scenario ends with.
+enum Outcome { Holds, Fails, NotPossible };
 
 void putLine(const char *path, const QByteArray &line)
 {
@@ -51,83 +53,109 @@ bool showTable(const QByteArray &folder)
 }
 
 template <typename Work>
-bool inChild(Work work)
+Outcome inChild(Work work)
 {
     const pid_t child = ::fork();
     if (child == 0)
-        ::_exit(work() ? 0 : 1);
+        ::_exit(work());
     int status = -1;
-    return child != -1 && ::waitpid(child, &status, 0) == child && WIFEXITED(status) &&
-           WEXITSTATUS(status) == 0;
+    const bool hasEnded = child != -1 && ::waitpid(child, &status, 0) == child && WIFEXITED(status);
+    return hasEnded ? Outcome(WEXITSTATUS(status)) : Fails;
 }
 
-[[noreturn]] void waitToBeEnded()
+Outcome outcome(bool holds)
 {
-    while (true)
-        ::pause();
+    return holds ? Holds : Fails;
 }
 
-pid_t forkWithPid(pid_t wanted)
+/// In the child, does not return.
+pid_t waitIfChild(pid_t child)
+{
+    if (child == 0)
+        ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+    while (child == 0)
+        ::pause();
+    return child;
+}
+
+pid_t startWaiting()
+{
+    return waitIfChild(::fork());
+}
+
+/// Under an id that is free; -1 where ids cannot be chosen.
+pid_t startWaiting(pid_t wanted)
 {
     clone_args arguments = {};
     arguments.exit_signal = SIGCHLD;
     arguments.set_tid = reinterpret_cast<std::uintptr_t>(&wanted);
     arguments.set_tid_size = 1;
-    return pid_t(::syscall(SYS_clone3, &arguments, sizeof arguments));
+    return waitIfChild(pid_t(::syscall(SYS_clone3, &arguments, sizeof arguments)));
 }
 
-/// An id that was just given to a process that ended at once.
-pid_t spendPid()
+bool end(pid_t child)
 {
-    const pid_t child = ::vfork();
-    if (child == 0)
-        ::_exit(0);
-    ::waitpid(child, nullptr, 0);
-    return child;
+    return child > 0 && ::kill(child, SIGKILL) == 0 && ::waitpid(child, nullptr, 0) == child;
+}
+
+/// In which tick of its clock the kernel would say that a process started now was started.
+long long tick()
+{
+    timespec time = {};
+    ::clock_gettime(CLOCK_BOOTTIME, &time);
+    const long perSecond = ::sysconf(_SC_CLK_TCK);
+    return time.tv_sec * perSecond + time.tv_nsec / (1'000'000'000 / perSecond);
+}
+
+void waitForNextTick()
+{
+    const long long now = tick();
+    while (tick() == now)
+        ::sched_yield();
+}
+
+Outcome runWithChosenIds(const QString &table, const ReusedPid::Scenario &scenario)
+{
+    const pid_t pid = startWaiting();
+    if (!end(pid) || startWaiting(pid) != pid)
+        return NotPossible;
+    return outcome(scenario({table, pid, [pid] {
+                                 waitForNextTick();
+                                 return end(pid) && startWaiting(pid) == pid;
+                             }}));
+}
+
+QString folderOf(const QString &table, pid_t pid)
+{
+    return table + u'/' + QString::number(pid);
 }
 
 } // namespace
 
-bool ReusedPid::run(const std::function<bool(const QString &root)> &scenario)
+bool ReusedPid::run(const Scenario &scenario)
 {
     const QTemporaryDir folder;
-    const QString proc = QStringLiteral("/proc");
-    return inChild([&] {
-        if (!leaveTable())
-            return scenario(proc);
-        return inChild(
-            [&] { return showTable(QFile::encodeName(folder.path())) && scenario(folder.path()); });
-    });
+    const auto runInTable = [&] {
+        return showTable(QFile::encodeName(folder.path())) ? runWithChosenIds(folder.path(), scenario)
+                                                           : NotPossible;
+    };
+    const Outcome result = inChild([&] { return leaveTable() ? inChild(runInTable) : NotPossible; });
+    return result == NotPossible ? runWithLinks(scenario) : result == Holds;
 }
 
-pid_t ReusedPid::startWaiting()
+bool ReusedPid::runWithLinks(const Scenario &scenario)
 {
-    const pid_t child = ::fork();
-    if (child == 0)
-        waitToBeEnded();
-    return child;
-}
-
-pid_t ReusedPid::startWaiting(pid_t wanted)
-{
-    const pid_t asked = forkWithPid(wanted);
-    if (asked == 0)
-        waitToBeEnded();
-    if (asked != -1)
-        return asked;
-    for (int tries = 0; tries < mostTries; ++tries) {
-        const pid_t spent = spendPid();
-        if (spent >= wanted || spent < wanted - near)
-            continue;
-        const pid_t child = ::fork();
-        if (child == 0) {
-            if (::getpid() == wanted)
-                waitToBeEnded();
-            ::_exit(0);
-        }
-        if (child == wanted)
-            return child;
-        ::waitpid(child, nullptr, 0);
-    }
-    return -1;
+    const QTemporaryDir folder;
+    const auto runInTable = [&] {
+        const pid_t first = startWaiting();
+        waitForNextTick();
+        const pid_t second = startWaiting();
+        const QString link = folderOf(folder.path(), second);
+        const auto replace = [&] {
+            return end(first) && QFile::remove(link) && QFile::link(folderOf(kernelTable, second), link);
+        };
+        const bool isReady = first > 0 && second > 0 && QFile::link(folderOf(kernelTable, first), link);
+        return outcome(isReady && scenario({folder.path(), second, replace}));
+    };
+    return inChild(runInTable) == Holds;
 }

@@ -10,13 +10,25 @@
 /// Process ids that are given a second time.
 namespace ReusedPid {
 
-/// Runs \a scenario in a process made for it, with a table of processes of its own where the system allows
-/// that, and gives it the folder of the table. True if it returned true.
-bool run(const std::function<bool(const QString &root)> &scenario);
+/// A process that waits to be ended.
+struct Waiting
+{
+    /// The folder of the table that shows it.
+    QString table;
+    pid_t pid = -1;
+    /// Ends it, and gives its id to another that waits, started in a later tick of the kernel's clock. Once;
+    /// false on failure.
+    std::function<bool()> replace;
+};
+using Scenario = std::function<bool(const Waiting &process)>;
 
-/// Starts a process that waits to be ended; -1 on failure.
-pid_t startWaiting();
-/// The same, under an id that is free: asked for where the system allows that, else by using up all others.
-pid_t startWaiting(pid_t wanted);
+/// Runs \a scenario in a process made for it, true if it returned true: in a table of processes of its own,
+/// where ids can be chosen; if the system refuses that, as runWithLinks() does. To use up ids until one comes
+/// again takes minutes where there are millions.
+bool run(const Scenario &scenario);
+
+/// The same as any user can on any system: two processes, and a table in which the folder under the id of the
+/// second is first that of the first.
+bool runWithLinks(const Scenario &scenario);
 
 } // namespace ReusedPid
