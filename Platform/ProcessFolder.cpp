@@ -6,6 +6,7 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <charconv>
@@ -21,6 +22,10 @@ const QString deletedNote = QStringLiteral(" (deleted)");
 /// More than the kernel writes: of a name, and of the some fifty numbers of `stat`.
 constexpr size_t commandCapacity = 256;
 constexpr size_t statusCapacity = 4096;
+
+/// Before the numbers of the users in `status`: the real one first, blanks between them. A line end in the
+/// name of the process is escaped there.
+constexpr QByteArrayView usersLine = "\nUid:\t";
 
 /// The fields of `stat` behind the name, the state being the first.
 enum StatusField { State = 0, Parent = 1, Threads = 17, StartTime = 19, FieldCount = 20 };
@@ -95,6 +100,19 @@ std::optional<ProcessStatus> ProcessFolder::status() const
     if (size <= 0)
         return std::nullopt;
     return ProcessStatus::parse(QByteArrayView(buffer.data(), size));
+}
+
+std::optional<uid_t> ProcessFolder::realUser() const
+{
+    std::array<char, statusCapacity> buffer;
+    const ssize_t size = readProcessFile(folder_.get(), "status", buffer.data(), buffer.size());
+    const QByteArrayView status(buffer.data(), std::max<ssize_t>(size, 0));
+    const qsizetype line = status.indexOf(usersLine);
+    if (line == -1)
+        return std::nullopt;
+    const QByteArrayView users = status.sliced(line + usersLine.size());
+    const qsizetype end = users.indexOf('\t');
+    return end == -1 ? std::nullopt : numberIn<uid_t>(users.first(end));
 }
 
 std::optional<QByteArray> ProcessFolder::command() const

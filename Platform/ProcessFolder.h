@@ -34,6 +34,9 @@ public:
     static std::optional<ProcessFolder> open(int root, pid_t pid);
 
     std::optional<ProcessStatus> status() const;
+    /// The user who started the process. The folder's owner is another where the kernel keeps the process
+    /// from being looked into; none if the process is gone.
+    std::optional<uid_t> realUser() const;
     /// The name that the kernel keeps, as bytes; none if the process is gone.
     std::optional<QByteArray> command() const;
     /// The path of the executable, without the note that it was deleted or replaced since; empty if there is

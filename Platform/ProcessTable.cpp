@@ -105,9 +105,17 @@ std::optional<ProcessSerialNumber> runningProcess(const ProcRoot &root, pid_t pi
     return folder ? runningProcess(*folder, pid) : std::nullopt;
 }
 
-bool isOfThisUser(pid_t pid)
+/// Who may end others' processes does not take them for their own.
+bool isOfThisUser(const ProcessFolder &folder)
 {
-    return ::kill(pid, 0) == 0 || errno != EPERM;
+    return folder.realUser() == ::getuid();
+}
+
+/// The process with that id, if it runs and is to be listed.
+std::optional<ProcessSerialNumber> listedProcess(const ProcRoot &root, pid_t pid)
+{
+    const std::optional<ProcessFolder> folder = root.process(pid);
+    return folder && isOfThisUser(*folder) ? runningProcess(*folder, pid) : std::nullopt;
 }
 
 std::vector<pid_t> allPids(const ProcRoot &root, const ProcessSerialNumber &after)
@@ -182,8 +190,7 @@ std::optional<ProcessSerialNumber> ProcessTable::getNextProcess(const ProcessSer
 {
     const ProcRoot table(root);
     for (const pid_t pid : allPids(table, after)) {
-        const std::optional<ProcessSerialNumber> process = runningProcess(table, pid);
-        if (process && isOfThisUser(pid))
+        if (const std::optional<ProcessSerialNumber> process = listedProcess(table, pid))
             return process;
     }
     return std::nullopt;
@@ -194,8 +201,7 @@ QList<ProcessSerialNumber> ProcessTable::processesAfter(const ProcessSerialNumbe
     const ProcRoot table(root);
     QList<ProcessSerialNumber> processes;
     for (const pid_t pid : allPids(table, after)) {
-        const std::optional<ProcessSerialNumber> process = runningProcess(table, pid);
-        if (process && isOfThisUser(pid))
+        if (const std::optional<ProcessSerialNumber> process = listedProcess(table, pid))
             processes.append(*process);
     }
     return processes;
@@ -212,7 +218,7 @@ QList<ProcessSerialNumber> ProcessTable::processesNamed(const QString &name, con
     for (const pid_t pid : table.pids(0, mayBeIt)) {
         const std::optional<ProcessFolder> folder = table.process(pid);
         const QString known = folder ? folder->name() : QString();
-        if (known.isNull() || known != name || !isOfThisUser(pid))
+        if (known.isNull() || known != name || !isOfThisUser(*folder))
             continue;
         if (const std::optional<ProcessSerialNumber> process = runningProcess(*folder, pid))
             processes.append(*process);

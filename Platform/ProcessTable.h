@@ -39,8 +39,9 @@ struct ProcessInformation
 
 /// The processes that run, from the kernel's tables.
 ///
-/// A zombie does not run: it is found by nothing here. Listed are the processes that this user may signal,
-/// those of other users are not; information is given of any that is known by its number.
+/// A zombie does not run: it is found by nothing here. Listed are the processes that this user started, not
+/// those of others, and not even for an administrator; information is given of any that is known by its
+/// number.
 ///
 /// A process is named as the kernel names it. What the kernel cuts, at 15 bytes, is completed from the file
 /// name of the executable where that begins so: such a process is found by its whole name.

@@ -43,7 +43,16 @@ protected:
         EXPECT_TRUE(QDir().mkpath(of(pid)));
         put(of(pid, QStringLiteral("stat")), stat(pid, startTime));
         put(of(pid, QStringLiteral("comm")), command + '\n');
+        setUser(pid, ::getuid());
         return {quint32(startTime), quint32(pid)};
+    }
+
+    void setUser(pid_t pid, uid_t user)
+    {
+        const QByteArray others = '\t' + QByteArray::number(::getuid());
+        put(of(pid, QStringLiteral("status")), "Name:\tQNBHelper\nUmask:\t0022\nUid:\t" +
+                                                   QByteArray::number(user) + others + others + others +
+                                                   "\nGid:\t0\t0\t0\t0\n");
     }
 
     void setExecutable(pid_t pid, const QString &path)
@@ -142,6 +151,37 @@ TEST_F(ProcessTableRootTest, AProcessMayVanishFileByFile)
     EXPECT_FALSE(ProcessTable::getProcessForPID(noPid, root()));
 }
 
+TEST_F(ProcessTableRootTest, AProcessThatAnotherUserStartedIsKnownButNotListed)
+{
+    setUser(noPid, ::getuid() + 1);
+    EXPECT_THAT(all(), IsEmpty());
+    EXPECT_THAT(helpers(), IsEmpty());
+    EXPECT_FALSE(ProcessTable::getNextProcess(kNoProcess, root()));
+    EXPECT_TRUE(informationOf(first_));
+    const auto second = add(noPid + 1);
+    EXPECT_THAT(all(), ElementsAre(second));
+    EXPECT_THAT(helpers(), ElementsAre(second));
+    EXPECT_EQ(ProcessTable::getNextProcess(kNoProcess, root()), second);
+}
+
+TEST_F(ProcessTableRootTest, AProcessOfWhichNoUserIsToldIsNotListed)
+{
+    const QByteArray user = QByteArray::number(::getuid());
+    for (const QByteArray &status :
+         {QByteArray(), QByteArray("Name:\tQNBHelper\n"), "Uid:\t" + user + "\t",
+          "Name:\tUid:\t" + user + "\t\nGid:\t" + user + "\t", QByteArray("\nUid:\t"),
+          QByteArray("\nUid:\t\t\n"), "\nUid:\t" + user, "\nUid:\t" + user + "x\t",
+          "\nUid:\t-" + user + "1\t", QByteArray("\nUid:\t99999999999999999999\t")}) {
+        put(of(noPid, QStringLiteral("status")), status);
+        EXPECT_THAT(all(), IsEmpty()) << status.constData();
+        EXPECT_THAT(helpers(), IsEmpty()) << status.constData();
+    }
+    ASSERT_TRUE(QFile::remove(of(noPid, QStringLiteral("status"))));
+    EXPECT_THAT(helpers(), IsEmpty());
+    setUser(noPid, ::getuid());
+    EXPECT_THAT(helpers(), ElementsAre(first_));
+}
+
 TEST_F(ProcessTableRootTest, WhatIsNoIdIsNoProcess)
 {
     for (const QString &name : {QStringLiteral("self"), QStringLiteral("0"), QStringLiteral("-7"),
@@ -150,6 +190,7 @@ TEST_F(ProcessTableRootTest, WhatIsNoIdIsNoProcess)
         ASSERT_TRUE(QDir().mkpath(in(name)));
         put(in(name) + QStringLiteral("/comm"), "QNBHelper\n");
         put(in(name) + QStringLiteral("/stat"), stat(7, 7));
+        ASSERT_TRUE(QFile::copy(of(noPid, QStringLiteral("status")), in(name) + QStringLiteral("/status")));
     }
     put(of(noPid + 1), "a file");
     EXPECT_THAT(all(), ElementsAre(first_));
@@ -158,7 +199,7 @@ TEST_F(ProcessTableRootTest, WhatIsNoIdIsNoProcess)
 
 TEST_F(ProcessTableRootTest, FilesOfAnotherKindAreNotWaitedFor)
 {
-    for (const QString &name : {QStringLiteral("stat"), QStringLiteral("comm")}) {
+    for (const QString &name : {QStringLiteral("stat"), QStringLiteral("comm"), QStringLiteral("status")}) {
         add(noPid);
         ASSERT_TRUE(QFile::remove(of(noPid, name)));
         ASSERT_EQ(::mkfifo(QFile::encodeName(of(noPid, name)).constData(), 0600), 0);

@@ -11,11 +11,14 @@
 #include <QFile>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <csignal>
 #include <ctime>
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <grp.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -361,4 +364,32 @@ TEST_F(ProcessTableTest, ProcessesOfOtherUsersAreKnownButNotListed)
     ASSERT_EQ(::waitpid(child, &status, 0), child);
     EXPECT_TRUE(WIFEXITED(status));
     EXPECT_EQ(WEXITSTATUS(status), 0);
+}
+
+TEST_F(ProcessTableTest, AHelperOfAnotherUserIsNotListedForTheAdministratorEither)
+{
+    std::array<int, 2> report = {};
+    ASSERT_EQ(::pipe2(report.data(), O_CLOEXEC), 0);
+    const pid_t child = ::fork();
+    if (child == 0) {
+        ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+        ::prctl(PR_SET_NAME, qPrintable(helper));
+        const char isOther =
+            ::setgroups(0, nullptr) == 0 && ::setgid(nobody) == 0 && ::setuid(nobody) == 0 ? 1 : 0;
+        const bool isTold = ::write(report[1], &isOther, 1) == 1;
+        while (isTold)
+            ::pause();
+        ::_exit(1);
+    }
+    char isOther = 0;
+    ASSERT_EQ(::read(report[0], &isOther, 1), 1);
+    ::close(report[0]);
+    ::close(report[1]);
+    EXPECT_EQ(isOther != 0, ::geteuid() == 0);
+    // Who cannot become another user has a helper of their own here.
+    EXPECT_EQ(holdsPid(ProcessTable::processesNamed(helper), child), isOther == 0);
+    EXPECT_EQ(holdsPid(ProcessTable::processesAfter(), child), isOther == 0);
+    EXPECT_TRUE(ProcessTable::getProcessForPID(child));
+    ASSERT_EQ(::kill(child, SIGKILL), 0);
+    ASSERT_EQ(::waitpid(child, nullptr, 0), child);
 }
