@@ -71,9 +71,14 @@ bool Bundle::isBundle(const QString &path)
                        [&path](const QString &folder) { return QFileInfo(path + folder).isDir(); });
 }
 
+bool Bundle::isNamedLikeAnApplication(const QString &path)
+{
+    return bundleSuffix(path) == applicationSuffix;
+}
+
 bool Bundle::isApplicationBundle(const QString &path)
 {
-    return bundleSuffix(path) == applicationSuffix && isBundle(path);
+    return isNamedLikeAnApplication(path) && isBundle(path);
 }
 
 QList<Bundle> Bundle::allBundles()

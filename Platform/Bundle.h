@@ -20,6 +20,7 @@ public:
     /// that is named like a bundle (.app, .bundle, .plugin, .framework) and has a folder `Contents` or
     /// `AppDir`.
     static bool isBundle(const QString &path);
+    static bool isNamedLikeAnApplication(const QString &path);
     /// Whether it is such a thing that is named like an application.
     static bool isApplicationBundle(const QString &path);
 

@@ -15,6 +15,7 @@
 #include "Platform/Bundle.h"
 #include "Platform/DesktopEntry.h"
 #include "Platform/DesktopFolders.h"
+#include "Platform/FileDescriptor.h"
 #include "Platform/FileURL.h"
 
 #include <QCryptographicHash>
@@ -24,6 +25,7 @@
 #include <QLoggingCategory>
 
 #include <algorithm>
+#include <fcntl.h>
 #include <limits>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -83,6 +85,8 @@ std::optional<QByteArray> programPath(const QByteArray &name)
 /// Whether every starter reads this path as it is.
 bool isPlain(const QByteArray &path)
 {
+    if (QString::fromUtf8(path).toUtf8() != path)
+        return false;
     const auto isMisread = [](char character) {
         return static_cast<unsigned char>(character) < ' ' ||
                QByteArrayView("\"\\$`%\x7f").contains(character);
@@ -121,17 +125,20 @@ QByteArray displayName(const QString &path)
 
 /// What is started for the file at \a path; none if that is nothing that can be started, with the reason in
 /// \a error.
-std::optional<QString> startedProgram(const QString &path, QString *error)
+std::optional<QByteArray> startedProgram(const QByteArray &path, QString *error)
 {
-    if (Bundle::isApplicationBundle(path)) {
-        const std::optional<Bundle> bundle = Bundle::bundleWithPath(path);
+    // A bundle is opened by a path that is text, whatever its own is.
+    const FileDescriptor opened(FileLayer::real(), ::open(path.constData(), O_PATH | O_CLOEXEC));
+    const QString openedPath = QStringLiteral("/proc/self/fd/%1").arg(opened.get());
+    if (QFileInfo(openedPath).isDir() && Bundle::isNamedLikeAnApplication(QFile::decodeName(path))) {
+        const std::optional<Bundle> bundle = Bundle::bundleWithPath(openedPath);
         const QString executable = bundle ? bundle->expectedExecutablePath() : QString();
         if (!executable.isEmpty())
-            return executable;
+            return path + QFile::encodeName(executable.sliced(openedPath.size()));
         *error = QStringLiteral("an application that names no executable");
         return std::nullopt;
     }
-    if (isProgram(QFile::encodeName(path)))
+    if (isProgram(path))
         return path;
     *error = QStringLiteral("neither an application nor a program");
     return std::nullopt;
@@ -164,11 +171,8 @@ FileResult SharedFileList::insertItemURL(const QUrl &url) const
     const std::optional<QByteArray> path = pathOfFileURL(url.adjusted(QUrl::StripTrailingSlash));
     if (!path)
         return FileResult::failure(QStringLiteral("no address of a file"));
-    const QString text = QFile::decodeName(*path);
-    if (QFile::encodeName(text) != *path)
-        return FileResult::failure(QStringLiteral("a path that is no text"));
     QString error;
-    const std::optional<QString> program = startedProgram(text, &error);
+    const std::optional<QByteArray> program = startedProgram(*path, &error);
     if (!program)
         return FileResult::failure(error);
 
@@ -192,13 +196,13 @@ FileResult SharedFileList::insertItemURL(const QUrl &url) const
     if (FileResult result = writer.makeFolder(folder_); !result)
         return result;
     QByteArray reachable;
-    if (FileResult result = makeReachable(QFile::encodeName(*program), name, &reachable); !result)
+    if (FileResult result = makeReachable(*program, name, &reachable); !result)
         return result;
 
     QByteArray entry = QByteArray("[") + DesktopEntryKeys::group + "]\n";
     DesktopEntry::appendString(entry, DesktopEntryKeys::type, applicationType);
     DesktopEntry::appendString(entry, DesktopEntryKeys::version, specificationVersion);
-    DesktopEntry::appendString(entry, DesktopEntryKeys::name, displayName(text));
+    DesktopEntry::appendString(entry, DesktopEntryKeys::name, displayName(QFile::decodeName(*path)));
     DesktopEntry::appendString(entry, DesktopEntryKeys::exec, DesktopEntry::quoted(reachable));
     DesktopEntry::appendString(entry, DesktopEntryKeys::tryExec, reachable);
     DesktopEntry::appendString(entry, urlKey, address.toEncoded());
@@ -289,9 +293,9 @@ FileResult SharedFileList::makeReachable(const QByteArray &program, const QStrin
     *reachable = program;
     if (isPlain(program))
         return {};
-    const QString executable = QFileInfo(QFile::decodeName(program)).fileName();
+    const QByteArray executable = program.mid(program.lastIndexOf('/') + 1);
     const QString folder = in(u'.' + name);
-    const QString link = folder + u'/' + (isPlain(QFile::encodeName(executable)) ? executable : name);
+    const QString link = folder + u'/' + (isPlain(executable) ? QFile::decodeName(executable) : name);
     *reachable = QFile::encodeName(link);
     if (!isPlain(*reachable))
         return FileResult::failure(QStringLiteral("%1 cannot be named in an entry").arg(link));

@@ -46,9 +46,9 @@ public:
     /// The list in \a folder, which need not exist yet; none if something else is in its place.
     static std::optional<SharedFileList> create(const QString &folder);
 
-    /// Appends \a url, of an application bundle or of a program, as the last entry. An entry that carries
-    /// this address already is written anew and moved to the end, and active again if it was switched off:
-    /// there is never a second one.
+    /// Appends \a url, of an application bundle or of a program, as the last entry; its path may be any
+    /// bytes. An entry that carries this address already is written anew and moved to the end, and active
+    /// again if it was switched off: there is never a second one.
     ///
     /// An application need not be fit to be started now; its entry starts nothing until it is.
     FileResult insertItemURL(const QUrl &url) const;

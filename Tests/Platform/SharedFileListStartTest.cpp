@@ -5,11 +5,14 @@
 
 #include "Platform/SharedFileList.h"
 
+#include "Platform/DesktopEntry.h"
+#include "Platform/FileLayer.h"
+#include "Platform/FileURL.h"
 #include "SharedFileListFixture.h"
 #include "Tests/Session/ChildProcess.h"
 
+#include <cstdio>
 #include <memory>
-#include <sys/stat.h>
 #include <vector>
 
 namespace {
@@ -43,6 +46,27 @@ const char *const names[] = {"plain",
                              "\x01\x1f\x7f",
                              "Ünïcode 漢字 \xf0\x9f\x98\x80",
                              "\xe2\x80\xa8\xc2\x85\xef\xbb\xbf"};
+
+/// A folder that has a name of any bytes for as long as this lives.
+class FolderOfNoText
+{
+public:
+    FolderOfNoText(const QString &text, const QByteArray &path)
+        : text_(QFile::encodeName(text))
+        , path_(path)
+    {
+        EXPECT_EQ(::rename(text_.constData(), path_.constData()), 0);
+    }
+    ~FolderOfNoText() { EXPECT_EQ(::rename(path_.constData(), text_.constData()), 0); }
+    FolderOfNoText(const FolderOfNoText &) = delete;
+    FolderOfNoText &operator=(const FolderOfNoText &) = delete;
+
+    QByteArray path() const { return path_; }
+
+private:
+    const QByteArray text_;
+    const QByteArray path_;
+};
 
 class SharedFileListStartTest : public SharedFileListFixture
 {
@@ -180,21 +204,46 @@ TEST_F(SharedFileListStartTest, AnExecutableWithAnyNameIsStarted)
     }
 }
 
-TEST_F(SharedFileListStartTest, APathThatIsNoTextIsRefused)
+TEST_F(SharedFileListStartTest, APathThatIsNoTextIsStartedAndNotTheOneThatItLooksLike)
 {
-    const QUrl url = QUrl::fromEncoded("file://" + root().toUtf8() + "/%FF/Recording.app");
-    // The path as it would look read as text: of another application.
-    const TestApplication other(in(QStringLiteral("\uFFFD")) + QStringLiteral("/Recording.app"));
-    const QByteArray noText = root().toUtf8() + "/\xff";
-    ASSERT_EQ(::mkdir(noText.constData(), 0700), 0);
-    ASSERT_EQ(::symlink(QFile::encodeName(other.path()).constData(), (noText + "/Recording.app").constData()),
-              0);
-    const NamedByBytes removedFolder(noText);
-    const NamedByBytes removedLink(noText + "/Recording.app");
-    const FileResult result = list().insertItemURL(url);
-    EXPECT_FALSE(result);
-    EXPECT_FALSE(result.error.isEmpty());
-    EXPECT_EQ(fileNames(), QStringList());
+    const TestApplication application(in(QStringLiteral("text/Recording.app")));
+    const FolderOfNoText folder(in(QStringLiteral("text")), root().toUtf8() + "/a\xff");
+    const TestApplication alike(in(QStringLiteral("a\uFFFD/Recording.app")));
+    const QByteArray path = folder.path() + "/Recording.app";
+    const QUrl url = fileURLOfPath(path);
+    ASSERT_TRUE(list().insertItemURL(url));
+    ASSERT_TRUE(list().insertItemURL(url));
+    const SharedFileList::Item item = list().copySnapshot().value(0);
+    EXPECT_EQ(run(QStringLiteral(QUENBY_DESKTOP_FILE_VALIDATE), {entryPath()}), "");
+    EXPECT_EQ(list().resolve(item), url);
+
+    EXPECT_EQ(run(QStringLiteral(QUENBY_DEX), {QStringLiteral("-a")}), "");
+    const std::optional<TestApplication::Start> start = application.start();
+    ASSERT_TRUE(start);
+    EXPECT_EQ(start->processName, TestApplication::defaultExecutable);
+    EXPECT_EQ(start->arguments, QList<QByteArray>());
+    EXPECT_EQ(FileLayer::real().readlink(start->program),
+              path + "/Contents/MacOS/" + TestApplication::defaultExecutable);
+    EXPECT_FALSE(alike.wasStarted());
+
+    ASSERT_TRUE(insert(alike.path()));
+    ASSERT_TRUE(list().remove(item));
+    EXPECT_EQ(resolved(), QStringList{alike.path()});
+}
+
+TEST_F(SharedFileListStartTest, AProgramWhoseNameIsNoTextIsStarted)
+{
+    const QByteArray path = root().toUtf8() + "/\xff%tool";
+    ASSERT_EQ(::rename(QFile::encodeName(program(QStringLiteral("tool"))).constData(), path.constData()), 0);
+    const NamedByBytes removed(path);
+    ASSERT_TRUE(list().insertItemURL(fileURLOfPath(path)));
+    const QString entry = entryPath();
+    EXPECT_EQ(run(QStringLiteral(QUENBY_DESKTOP_FILE_VALIDATE), {entry}), "");
+    EXPECT_EQ(run(QStringLiteral(QUENBY_GIO), {QStringLiteral("launch"), entry}), "");
+    QString error;
+    const std::optional<DesktopEntry> written = DesktopEntry::parse(contentOf(entry), &error);
+    ASSERT_TRUE(written) << qPrintable(error);
+    EXPECT_EQ(FileLayer::real().readlink(written->program()), path);
 }
 
 TEST_F(SharedFileListStartTest, AListThatNoStarterFindsIsNotLedTo)

@@ -3,6 +3,7 @@
 
 #include "Source/HJSLoginItemController.h"
 
+#include "Platform/FileURL.h"
 #include "Platform/SharedFileList.h"
 #include "Tests/Session/TestApplication.h"
 
@@ -232,4 +233,32 @@ TEST_F(HJSLoginItemControllerTest, WhatIsNoFileIsNeitherAddedNorRemoved)
     EXPECT_EQ(listed(), QStringList{path});
     HJSLoginItemController::disableLoginItemWithLoginItemsReferenceForPath(list, url);
     EXPECT_EQ(listed(), QStringList());
+}
+
+TEST_F(HJSLoginItemControllerTest, APathThatIsNoTextIsNotTakenForAnother)
+{
+    const QString alike = application(QStringLiteral("\uFFFD.app"));
+    const QString made = application(QStringLiteral("QNBHelper.app"));
+    const QByteArray path = QFile::encodeName(folder.path()) + "/\xff.app";
+    ASSERT_EQ(std::rename(QFile::encodeName(made).constData(), path.constData()), 0);
+    const SharedFileList list = SharedFileList::create().value();
+    const QUrl url = fileURLOfPath(path);
+    add(alike);
+    HJSLoginItemController::enableLoginItemWithLoginItemsReferenceForPath(list, url);
+    ASSERT_EQ(listed().size(), 2);
+    EXPECT_EQ(list.resolve(list.copySnapshot().constLast()), url);
+
+    HJSLoginItemController::disableLoginItemWithLoginItemsReferenceForPath(list, url);
+    EXPECT_EQ(listed(), QStringList{alike});
+    HJSLoginItemController::enableLoginItemWithLoginItemsReferenceForPath(list, url);
+    remove(alike);
+    ASSERT_EQ(listed().size(), 1);
+    EXPECT_EQ(list.resolve(list.copySnapshot().constLast()), url);
+    HJSLoginItemController::disableLoginItemWithLoginItemsReferenceForPath(list, url);
+
+    // Read as text, and nothing is there under that.
+    ASSERT_TRUE(QDir(alike).removeRecursively());
+    add(QFile::decodeName(path));
+    EXPECT_EQ(listed(), QStringList());
+    ASSERT_EQ(std::rename(path.constData(), QFile::encodeName(made).constData()), 0);
 }
