@@ -137,7 +137,7 @@ std::optional<TQProcess> TQProcess::processForApplicationPath(const QString &pat
     if (!file.isDir())
         return processForPath(path);
     const std::optional<Bundle> bundle = Bundle::bundleWithPath(path);
-    return bundle ? processForPath(bundle->executablePath()) : std::nullopt;
+    return bundle ? processForPath(bundle->expectedExecutablePath()) : std::nullopt;
 }
 
 std::optional<TQProcess> TQProcess::processForApplicationURL(const QUrl &url)

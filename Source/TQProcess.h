@@ -41,7 +41,8 @@ public:
     static std::optional<TQProcess> firstProcessNamed(const QString &name);
     static std::optional<TQProcess> processForURL(const QUrl &url);
     static std::optional<TQProcess> processForPath(const QString &path);
-    /// For the path of an application bundle or of a plain executable.
+    /// For the path of an application bundle, whose executable may have been removed since it was started, or
+    /// of a plain executable.
     static std::optional<TQProcess> processForApplicationPath(const QString &path);
     static std::optional<TQProcess> processForApplicationURL(const QUrl &url);
     /// Those at exactly that path; what begins with it is not asked.

@@ -353,6 +353,8 @@ TEST_F(TQProcessBundleTest, AnApplicationIsFoundByItsBundle)
     EXPECT_EQ(TQProcess::processForApplicationURL(QUrl::fromLocalFile(bundle())), process);
     EXPECT_FALSE(TQProcess::processForPath(bundle()));
     EXPECT_THAT(TQProcess::everyProcessBeginingWithPath(bundle()), IsEmpty());
+    ASSERT_TRUE(QFile::remove(program.path()));
+    EXPECT_EQ(TQProcess::processForApplicationPath(bundle()), process);
     ASSERT_TRUE(QFile::remove(bundle() + QStringLiteral("/Contents/Info.plist")));
     EXPECT_FALSE(TQProcess::processForApplicationPath(bundle()));
 }
