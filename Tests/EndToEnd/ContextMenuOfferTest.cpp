@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: MIT
 
 #include "Tests/EndToEnd/EditorFixture.h"
-#include "Tests/EndToEnd/PaneCopy.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -33,13 +32,11 @@ class ContextMenuOfferTest : public EditorFixture
 {
 protected:
     ContextMenuOfferTest()
-        : bundle_(session_.home().path())
-        , installed_(
+        : installed_(
               session_.home().filePath(QStringLiteral("Library/Contextual Menu Items/QNBContextMenu.plugin")))
         , report_(session_.home().filePath(QStringLiteral("plug-in-report")))
     {
-        bundle_.addContextMenu();
-        session_.setBundle(bundle_.path());
+        session_.pane().addContextMenu();
         session_.setVariable(QStringLiteral("QUENBY_PLUG_IN_REPORT"), report_);
     }
 
@@ -50,7 +47,6 @@ protected:
         EXPECT_TRUE(host_->hasReturned(0)) << host_->errors().constData();
     }
 
-    PaneCopy bundle_;
     QString installed_;
     QString report_;
 };
@@ -65,7 +61,7 @@ TEST_F(ContextMenuOfferTest, WhoSaysYesHasItInstalledAndRegistered)
         << contentOf(report_).constData();
     for (const QString &file :
          {QStringLiteral("/Contents/Info.plist"), QStringLiteral("/Contents/MacOS/QNBContextMenu")})
-        EXPECT_EQ(contentOf(installed_ + file), contentOf(bundle_.contextMenuPath() + file))
+        EXPECT_EQ(contentOf(installed_ + file), contentOf(session_.pane().contextMenuPath() + file))
             << qPrintable(file);
     EXPECT_TRUE(QFileInfo(installed_ + QStringLiteral("/Contents/MacOS/QNBContextMenu")).isExecutable());
     ASSERT_NO_FATAL_FAILURE(leave());

@@ -30,7 +30,7 @@ void EditorFixture::openPane()
     host_ = session_.startHost(&screen_);
     window_ = screen_.windowOf(host_->pid());
     ASSERT_FALSE(window_.isEmpty()) << host_->errors().constData();
-    ASSERT_TRUE(waitUntil([&] { return screen_.activeWindow() == window_; }));
+    ASSERT_TRUE(waitUntil([&] { return screen_.hasKeyboard(window_); }));
     ASSERT_TRUE(pane_.isThere()) << host_->errors().constData();
 }
 
@@ -171,12 +171,13 @@ void EditorFixture::answerAlert(const QStringList &texts, const QString &key)
     ASSERT_TRUE(waitUntil(
         [&] {
             found = pane_.alert();
-            return !found.isEmpty() && screen_.activeWindow() != window_;
+            return !found.isEmpty() && screen_.activeWindow() != window_ &&
+                   screen_.hasKeyboard(screen_.activeWindow());
         },
         patience));
     EXPECT_THAT(found, ElementsAreArray(texts));
     user_.presses(key);
-    ASSERT_TRUE(waitUntil([&] { return screen_.activeWindow() == window_; }, patience));
+    ASSERT_TRUE(waitUntil([&] { return screen_.hasKeyboard(window_); }, patience));
     // The pane's window has lost the keyboard to the alert, and the alert has lost it again.
     saves_ += 2;
 }

@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: MIT
 
 #include "Tests/EndToEnd/EditorFixture.h"
-#include "Tests/EndToEnd/PaneCopy.h"
 
 #include <QDir>
 #include <QFile>
@@ -50,11 +49,9 @@ class HelperControlTest : public EditorFixture
 {
 protected:
     HelperControlTest()
-        : bundle_(session_.home().path())
-        , report_(session_.home().filePath(QStringLiteral("helper-report")))
+        : report_(session_.home().filePath(QStringLiteral("helper-report")))
     {
-        bundle_.addHelper();
-        session_.setBundle(bundle_.path());
+        session_.pane().addHelper();
         session_.setVariable(QStringLiteral("QUENBY_HELPER_REPORT"), report_);
     }
     ~HelperControlTest() override
@@ -100,8 +97,8 @@ protected:
     std::unique_ptr<ChildProcess> startHelper()
     {
         const int before = int(helpers().size());
-        auto helper =
-            std::make_unique<ChildProcess>(bundle_.helperProgram(), QStringList(), session_.environment());
+        auto helper = std::make_unique<ChildProcess>(session_.pane().helperProgram(), QStringList(),
+                                                     session_.environment());
         EXPECT_TRUE(waitUntil([&] { return helpers().size() == before + 1; }));
         EXPECT_TRUE(waitUntil([&] { return reports().contains(started(helper->pid())); }));
         return helper;
@@ -134,8 +131,6 @@ protected:
         return paths;
     }
 
-    PaneCopy bundle_;
-
 private:
     QString report_;
 };
@@ -150,7 +145,7 @@ TEST_F(HelperControlTest, AFirstRunStartsTheHelperAndKeepsIt)
     ASSERT_THAT(running, SizeIs(1));
     EXPECT_TRUE(waitUntil([&] { return reports().contains(started(running.constFirst())); }));
     EXPECT_EQ(QFileInfo(QStringLiteral("/proc/%1/exe").arg(running.constFirst())).symLinkTarget(),
-              bundle_.helperProgram());
+              session_.pane().helperProgram());
 
     ASSERT_THAT(loginItems(), SizeIs(1));
     ChildProcess validator(QStringLiteral("desktop-file-validate"), loginItems());
@@ -253,7 +248,7 @@ TEST_F(HelperControlTest, AHelperThatStaysIsShownAsRunning)
 
 TEST_F(HelperControlTest, WithoutAHelperInThePaneNothingIsStarted)
 {
-    ASSERT_TRUE(QDir(bundle_.helperPath()).removeRecursively());
+    ASSERT_TRUE(QDir(session_.pane().helperPath()).removeRecursively());
     ASSERT_NO_FATAL_FAILURE(openGeneralView());
     expectStatus(stoppedStatus, startTitle);
     EXPECT_THAT(loginItems(), IsEmpty());

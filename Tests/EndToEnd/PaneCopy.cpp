@@ -47,8 +47,10 @@ std::filesystem::path native(const QString &path)
 PaneCopy::PaneCopy(const QString &folder)
     : path_(folder + QStringLiteral("/Quenby.prefPane"))
 {
-    std::filesystem::copy(native(QStringLiteral(QUENBY_BUNDLE)), native(path_),
-                          std::filesystem::copy_options::recursive);
+    const std::filesystem::path built = native(QStringLiteral(QUENBY_BUNDLE));
+    std::filesystem::copy(built, native(path_), std::filesystem::copy_options::recursive);
+    std::filesystem::remove_all(native(helperPath()));
+    std::filesystem::remove_all(native(contextMenuPath()));
 }
 
 QString PaneCopy::helperPath() const

@@ -5,7 +5,8 @@
 
 #include <QString>
 
-/// A copy of the pane that was built, to which a test can add what it starts or installs.
+/// A copy of the pane that was built, without the helper and the file managers' plug-in: it starts nothing
+/// and offers nothing but what a test adds.
 class PaneCopy
 {
 public:

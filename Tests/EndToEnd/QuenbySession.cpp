@@ -8,14 +8,15 @@
 #include <csignal>
 
 QuenbySession::QuenbySession()
-    : listener_(bus_.address())
+    : pane_(home_.path())
+    , listener_(bus_.address())
     , domain_(home_.configFolder())
 {
 }
 
 std::unique_ptr<ChildProcess> QuenbySession::startHost(const VirtualScreen *screen) const
 {
-    return std::make_unique<ChildProcess>(QStringLiteral(QUENBY_PREFERENCES), QStringList(bundle_),
+    return std::make_unique<ChildProcess>(QStringLiteral(QUENBY_PREFERENCES), QStringList(pane_.path()),
                                           screen ? screen->environmentFrom(environment()) : environment());
 }
 

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "Tests/EndToEnd/DomainFile.h"
+#include "Tests/EndToEnd/PaneCopy.h"
 #include "Tests/Session/ChildProcess.h"
 #include "Tests/Session/NotificationListener.h"
 #include "Tests/Session/PrivateBus.h"
@@ -13,7 +14,7 @@
 #include <gtest/gtest.h>
 #include <memory>
 
-/// A user with a home and a bus of their own who starts the real program with the real bundle.
+/// A user with a home and a bus of their own who starts the real program with the pane.
 class QuenbySession
 {
 public:
@@ -21,8 +22,8 @@ public:
 
     /// What the desktop tells the programs that it starts.
     void setVariable(const QString &name, const QString &value) { variables_.insert(name, value); }
-    /// The pane to open instead of the one that was built.
-    void setBundle(const QString &path) { bundle_ = path; }
+    /// What the host opens.
+    const PaneCopy &pane() const { return pane_; }
     /// Starts the host, on \a screen if there is one, else with windows that nobody sees.
     std::unique_ptr<ChildProcess> startHost(const VirtualScreen *screen = nullptr) const;
     /// What the desktop gives to programs.
@@ -40,8 +41,8 @@ public:
 
 private:
     QProcessEnvironment variables_;
-    QString bundle_ = QStringLiteral(QUENBY_BUNDLE);
     TemporaryHome home_;
+    PaneCopy pane_;
     PrivateBus bus_;
     NotificationListener listener_;
     DomainFile domain_;

@@ -18,7 +18,8 @@ class SilentBusTest : public ::testing::Test
 {
 protected:
     SilentBusTest()
-        : screen_(home_)
+        : pane_(home_.path())
+        , screen_(home_)
         , domain_(home_.configFolder())
     {
     }
@@ -28,8 +29,8 @@ protected:
         QProcessEnvironment environment = screen_.environmentFrom(home_.environment(busAddress));
         if (endsAfterFirstPaint)
             environment.insert(QStringLiteral("QUENBY_REPORT_FIRST_PAINT"), QStringLiteral("1"));
-        return std::make_unique<ChildProcess>(QStringLiteral(QUENBY_PREFERENCES),
-                                              QStringList(QStringLiteral(QUENBY_BUNDLE)), environment);
+        return std::make_unique<ChildProcess>(QStringLiteral(QUENBY_PREFERENCES), QStringList(pane_.path()),
+                                              environment);
     }
 
     /// The host paints within a second, ends soon after, and has saved everything.
@@ -51,6 +52,7 @@ protected:
     }
 
     const TemporaryHome home_;
+    const PaneCopy pane_;
     const VirtualScreen screen_;
     const DomainFile domain_;
 };

@@ -5,6 +5,7 @@
 #include "Tests/Session/TemporaryHome.h"
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QProcess>
 #include <csignal>
@@ -60,6 +61,11 @@ TEST_F(InstallationTest, EverythingIsWhereTheDesktopLooks)
 
 TEST_F(InstallationTest, TheInstalledProgramFindsThePaneAndSaves)
 {
+    // The user does not want the helper, which would outlive this test.
+    QFile domain(home_.configFolder() + QStringLiteral("/" QUENBY_IDENTIFIER ".plist"));
+    ASSERT_TRUE(domain.open(QIODevice::WriteOnly));
+    domain.write("<plist version=\"1.0\"><dict><key>QNBLaunchHelperOnStart</key><false/></dict></plist>");
+    domain.close();
     ChildProcess host(program(), {}, home_.environment());
     const QDir support(home_.dataFolder() + QStringLiteral("/Quenby"));
     EXPECT_TRUE(waitUntil([&] { return support.exists(QStringLiteral("Scripts/Fill In Templates.sh")); }))
@@ -67,6 +73,6 @@ TEST_F(InstallationTest, TheInstalledProgramFindsThePaneAndSaves)
     host.signal(SIGTERM);
     ASSERT_TRUE(host.waitForEnd()) << host.errors().constData();
     EXPECT_TRUE(host.hasReturned(0)) << host.errors().constData();
-    EXPECT_TRUE(QFileInfo(home_.configFolder() + QStringLiteral("/" QUENBY_IDENTIFIER ".plist")).isFile())
-        << host.errors().constData();
+    ASSERT_TRUE(domain.open(QIODevice::ReadOnly));
+    EXPECT_TRUE(domain.readAll().contains("QNBPresetsStored")) << host.errors().constData();
 }

@@ -91,6 +91,13 @@ QString VirtualScreen::activeWindow() const
     return QString::fromLatin1(ask(xdotool, {QStringLiteral("getactivewindow")}));
 }
 
+bool VirtualScreen::hasKeyboard(const QString &window) const
+{
+    // The window manager makes it active, and its program takes the keyboard when it is told so.
+    return activeWindow() == window &&
+           QString::fromLatin1(ask(xdotool, {QStringLiteral("getwindowfocus")})) == window;
+}
+
 QRect VirtualScreen::placeOf(const QString &window) const
 {
     const QByteArray said = ask(QStringLiteral("xwininfo"), {QStringLiteral("-id"), window});
@@ -110,7 +117,7 @@ QString VirtualScreen::display() const
 bool VirtualScreen::activate(const QString &window) const
 {
     ask(xdotool, {QStringLiteral("windowactivate"), window});
-    return waitUntil([&] { return activeWindow() == window; });
+    return waitUntil([&] { return hasKeyboard(window); });
 }
 
 void VirtualScreen::typeKey(const QString &key) const

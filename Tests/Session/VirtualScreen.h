@@ -36,6 +36,8 @@ public:
     /// Activates a window as the user would, and waits until it has the focus.
     bool activate(const QString &window) const;
     QString activeWindow() const;
+    /// Whether the window is the active one, and what is typed goes there.
+    bool hasKeyboard(const QString &window) const;
     /// The name of the display, for programs that are not started here.
     QString display() const;
     /// Types a key, as xdotool names it, into the active window.
