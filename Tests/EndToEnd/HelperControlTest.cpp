@@ -57,6 +57,8 @@ protected:
     ~HelperControlTest() override
     {
         host_.reset();
+        if (!hasBegun_)
+            return;
         // Nobody else's, or the test would not have begun.
         const QList<qint64> left = helpers();
         for (const qint64 pid : left)
@@ -68,6 +70,7 @@ protected:
         ASSERT_THAT(helpers(), IsEmpty())
             << "A helper runs in this session. These tests end it by the pane's "
                "button: quit it first.";
+        hasBegun_ = true;
     }
 
     void openGeneralView()
@@ -133,6 +136,7 @@ protected:
 
 private:
     QString report_;
+    bool hasBegun_ = false;
 };
 
 } // namespace
