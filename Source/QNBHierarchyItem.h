@@ -100,6 +100,8 @@ public:
                                                               QStringLiteral("o")};
     /// The permission digits (4 read, 2 write, 1 execute) of those of the keys that are set.
     QVariantMap customPermissions() const;
+    /// The same without the keys; 0 for those that are not set.
+    const std::array<std::uint32_t, 3> &permissionTriple() const { return permissions_; }
     void setCustomPermissions(const QVariantMap &permissions);
 
     const QString &colorName() const { return colorName_; }

@@ -38,6 +38,11 @@ private:
     QString other_;
 };
 
+QString suffixOf(const QString &extension)
+{
+    return extension.isEmpty() ? QString() : u'.' + extension;
+}
+
 /// A number as the counter is written: no sign, no leading zero, above zero. There are never as many names
 /// as it takes to make one of more than nine digits count.
 std::optional<std::uint32_t> counterIn(QStringView text)
@@ -58,7 +63,7 @@ std::optional<std::uint32_t> counterIn(QStringView text)
 
 QNBUniqueNameSearch::QNBUniqueNameSearch(const QString &base, const QString &extension)
     : base_(base)
-    , suffix_(extension.isEmpty() ? QString() : u'.' + extension)
+    , suffix_(suffixOf(extension))
     , plain_((base_ + suffix_).toLower())
     , prefix_((base_ + separator).toLower())
     // Not the suffix alone: QString::toLower() treats lone surrogates after what stands before them.
@@ -90,6 +95,11 @@ QString QNBUniqueNameSearch::uniqueName() const
     }
     const auto firstFree = std::find(isTaken.begin() + 1, isTaken.end(), false);
     return base_ + separator + QString::number(firstFree - isTaken.begin()) + suffix_;
+}
+
+QString QNBNumberedName(const QString &base, const QString &extension, qsizetype number)
+{
+    return base + separator + QString::number(number) + suffixOf(extension);
 }
 
 QString uniqueNameForLevel(const QNBHierarchyItem &level, const QString &baseName,

@@ -34,6 +34,9 @@ private:
     std::vector<std::uint32_t> takenNumbers_;
 };
 
+/// "base-number.extension", as such a name is written.
+QString QNBNumberedName(const QString &base, const QString &extension, qsizetype number);
+
 template <class Names>
 QString QNBUniqueName(const QString &base, const QString &extension, const Names &names)
 {

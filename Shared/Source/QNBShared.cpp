@@ -10,6 +10,26 @@
 #include <QStandardPaths>
 #include <QStringList>
 
+namespace {
+
+/// The place of each is its number.
+const QStringList &labelColors()
+{
+    static const QStringList names = {
+        QString(),
+        QStringLiteral("gray"),
+        QStringLiteral("green"),
+        QStringLiteral("purple"),
+        QStringLiteral("blue"),
+        QStringLiteral("yellow"),
+        QStringLiteral("red"),
+        QStringLiteral("orange"),
+    };
+    return names;
+}
+
+} // namespace
+
 QString QNBApplicationSupportPath()
 {
     static const QString path =
@@ -36,18 +56,15 @@ QString stringByDeletingFileSystemEntities(const QString &string)
 
 quint64 QNBFinderLabelForColor(const QString &colorName)
 {
-    static const QStringList names = {
-        QString(),
-        QStringLiteral("gray"),
-        QStringLiteral("green"),
-        QStringLiteral("purple"),
-        QStringLiteral("blue"),
-        QStringLiteral("yellow"),
-        QStringLiteral("red"),
-        QStringLiteral("orange"),
-    };
-    const qsizetype label = names.indexOf(colorName);
+    const qsizetype label = labelColors().indexOf(colorName);
     return label < 0 ? QNBNotFound : static_cast<quint64>(label);
+}
+
+QString QNBColorForFinderLabel(quint64 label)
+{
+    return label < static_cast<quint64>(labelColors().size())
+               ? labelColors().at(static_cast<qsizetype>(label))
+               : QString();
 }
 
 quint16 QNBFinderFlagsWithLabel(quint16 flags, quint64 label)

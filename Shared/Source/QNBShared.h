@@ -28,6 +28,9 @@ inline constexpr quint64 QNBNotFound = static_cast<quint64>(std::numeric_limits<
 /// Upper and lower case are not the same.
 quint64 QNBFinderLabelForColor(const QString &colorName);
 
+/// The colour of a label number, empty for 0 and for a number that is no label's.
+QString QNBColorForFinderLabel(quint64 label);
+
 /// \a flags of the file manager with this label, of which the low three bits count; all other flags stay.
 quint16 QNBFinderFlagsWithLabel(quint16 flags, quint64 label);
 

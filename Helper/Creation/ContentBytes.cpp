@@ -1,0 +1,74 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Helper/Creation/ContentBytes.h"
+
+#include "Platform/FileDescriptor.h"
+
+#include <cerrno>
+#include <fcntl.h>
+
+namespace Creation {
+
+namespace {
+
+constexpr size_t rangeSize = size_t(1) << 30;
+
+} // namespace
+
+bool ContentBytes::writeTo(int file, qint32 content)
+{
+    if (const auto kept = kept_.constFind(content); kept != kept_.cend())
+        return write(file, *kept);
+    const Content &source = contents_[static_cast<std::size_t>(content)];
+    const FileDescriptor from(layer_, layer_.open(source.path, O_RDONLY | O_NOFOLLOW | O_NONBLOCK));
+    struct stat information = {};
+    if (!from.isOpen() || layer_.fstat(from.get(), &information) == -1)
+        return false;
+    if (FileIdentity(information) != source.identity || !S_ISREG(information.st_mode)) {
+        errno = ESTALE;
+        return false;
+    }
+    const bool isSmall = information.st_size <= mostOfOne && information.st_size <= mostOfAll - keptSize_;
+    // Where the file systems cannot do it themselves, none of it is done.
+    ssize_t copied = 0;
+    while (!isSmall && (copied = layer_.copy_file_range(from.get(), file, rangeSize)) > 0) {
+    }
+    return copy(from.get(), file, content, isSmall);
+}
+
+/// Copies from where \a from stands to its end. It may have become longer since it was looked at.
+bool ContentBytes::copy(int from, int file, qint32 content, bool keep)
+{
+    QByteArray all;
+    QByteArray block(mostOfOne, Qt::Uninitialized);
+    ssize_t size = 0;
+    while ((size = layer_.read(from, block.data(), static_cast<size_t>(block.size()))) > 0) {
+        const QByteArray bytes = block.first(size);
+        if (!write(file, bytes))
+            return false;
+        keep = keep && all.size() + size <= mostOfOne;
+        if (keep)
+            all.append(bytes);
+    }
+    if (size == 0 && keep) {
+        keptSize_ += all.size();
+        kept_.insert(content, all);
+    }
+    return size == 0;
+}
+
+bool ContentBytes::write(int file, const QByteArray &bytes)
+{
+    qsizetype done = 0;
+    while (done < bytes.size()) {
+        const ssize_t written =
+            layer_.write(file, bytes.constData() + done, static_cast<size_t>(bytes.size() - done));
+        if (written == -1)
+            return false;
+        done += written;
+    }
+    return true;
+}
+
+} // namespace Creation

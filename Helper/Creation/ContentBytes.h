@@ -1,0 +1,43 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "Helper/Creation/Operation.h"
+#include "Platform/FolderLayer.h"
+
+#include <QHash>
+#include <vector>
+
+namespace Creation {
+
+/// Puts the bytes of content files into new ones. Small ones are read once for all files that receive them.
+class ContentBytes
+{
+public:
+    /// \a contents outlives this.
+    ContentBytes(FolderLayer &layer, const std::vector<Content> &contents)
+        : layer_(layer)
+        , contents_(contents)
+    {
+    }
+
+    /// Appends the bytes of the content number \a content to the open file \a file. False with errno, ESTALE
+    /// if another file is where the content file was.
+    bool writeTo(int file, qint32 content);
+
+    /// What is kept in memory, of one file and of all.
+    static constexpr qsizetype mostOfOne = 128 * 1024;
+    static constexpr qsizetype mostOfAll = 16 * 1024 * 1024;
+
+private:
+    bool copy(int from, int file, qint32 content, bool keep);
+    bool write(int file, const QByteArray &bytes);
+
+    FolderLayer &layer_;
+    const std::vector<Content> &contents_;
+    QHash<qint32, QByteArray> kept_;
+    qsizetype keptSize_ = 0;
+};
+
+} // namespace Creation

@@ -1,0 +1,43 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Helper/Creation/ItemName.h"
+
+#include "Source/QNBFolderMenu.h"
+
+namespace Creation {
+
+QString ItemName::problem(const QString &name, const QByteArray &bytes)
+{
+    if (name.isEmpty())
+        return QStringLiteral("the name is empty");
+    if (name == u"." || name == u"..")
+        return QStringLiteral("the name “%1” means a folder that is there already").arg(name);
+    if (bytes.contains('/'))
+        return QStringLiteral("the name contains “/”");
+    if (bytes.contains('\0'))
+        return QStringLiteral("the name contains a null character");
+    if (bytes.size() > mostBytes)
+        return QStringLiteral("the name is %1 bytes long, and no more than %2 are possible")
+            .arg(bytes.size())
+            .arg(mostBytes);
+    if (!name.isValidUtf16())
+        return QStringLiteral("the name contains half a character");
+    return {};
+}
+
+QString ItemName::shownPath(const QList<QString> &components)
+{
+    static const QString ellipsis = QStringLiteral("…");
+    QString path;
+    for (const QString &component : components) {
+        if (path.size() > mostShown) {
+            path.prepend(ellipsis + u'/');
+            break;
+        }
+        path = path.isEmpty() ? component : component + u'/' + path;
+    }
+    return QNBFolderMenu::shownPath(path);
+}
+
+} // namespace Creation

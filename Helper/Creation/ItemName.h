@@ -1,0 +1,30 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include <QByteArray>
+#include <QList>
+#include <QString>
+
+namespace Creation {
+
+/// The names of items are data: which of them can be names of files.
+namespace ItemName {
+
+/// In the file systems of this platform.
+inline constexpr qsizetype mostBytes = 255;
+
+/// Why \a name can be no file's; empty if it can.
+QString problem(const QString &name, const QByteArray &bytes);
+
+/// A path of \a components, the last one first, in one line for people. A path that passes what anybody
+/// reads begins with an ellipsis.
+QString shownPath(const QList<QString> &components);
+
+/// More than shownPath() shows: whoever collects components may stop at that many characters.
+inline constexpr qsizetype mostShown = 1024;
+
+} // namespace ItemName
+
+} // namespace Creation

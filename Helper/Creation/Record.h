@@ -1,0 +1,78 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "Helper/Creation/FileIdentity.h"
+
+#include <QByteArray>
+#include <QString>
+#include <QVariantMap>
+#include <ctime>
+#include <optional>
+#include <vector>
+
+class FolderLayer;
+
+namespace Creation {
+
+/// What one run made, and where.
+struct Record
+{
+    struct Entry
+    {
+        enum class Kind : quint8 {
+            File,
+            Folder,
+            /// A folder that had been there before: not made, but something was made in it.
+            UsedFolder,
+        };
+
+        Kind kind = Kind::File;
+        /// With the bits above the permissions.
+        quint16 mode = 0;
+        /// The place of the folder it is in among the entries, before its own; inTarget for the target.
+        qint32 folder = inTarget;
+        QByteArray name;
+        FileIdentity identity;
+        /// Of files only, as the time of modification.
+        qint64 size = 0;
+        timespec modified = {};
+
+        bool isFolder() const { return kind != Kind::File; }
+        bool isMade() const { return kind != Kind::UsedFolder; }
+    };
+    static constexpr qint32 inTarget = -1;
+
+    /// Absolute, without links.
+    QByteArray target;
+    FileIdentity targetIdentity;
+    /// In the order in which they were made.
+    std::vector<Entry> entries;
+
+    /// Whether nothing was made.
+    bool isEmpty() const;
+    /// The path of an entry below the target, in one line for people.
+    QString path(qsizetype entry) const;
+
+    /// For storing.
+    QVariantMap toVariant() const;
+    /// None if that is no record: names that are paths, folders that are files …
+    static std::optional<Record> fromVariant(const QVariantMap &stored);
+};
+
+struct UndoOutcome
+{
+    bool succeeded = false;
+    /// For people: what stands in the way.
+    QString error;
+};
+
+/// Removes what a run made, if that is all as the run left it: where it was, the same files and folders with
+/// the same modes, the files of the same size and time of modification, nothing else in the folders. Else
+/// nothing is removed. What is changed at the very moment of the removal is left alone and told.
+UndoOutcome undo(const Record &record);
+/// The same with system calls of one's own.
+UndoOutcome undo(const Record &record, FolderLayer &layer);
+
+} // namespace Creation

@@ -1,0 +1,104 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Platform/FolderLayer.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <dirent.h>
+#include <fcntl.h>
+#include <memory>
+#include <unistd.h>
+
+namespace {
+
+template <typename Call>
+auto untilNotInterrupted(Call call)
+{
+    auto result = call();
+    while (result == -1 && errno == EINTR)
+        result = call();
+    return result;
+}
+
+struct DirectoryCloser
+{
+    void operator()(DIR *directory) const { ::closedir(directory); }
+};
+
+} // namespace
+
+FolderLayer &FolderLayer::real()
+{
+    static FolderLayer layer;
+    return layer;
+}
+
+int FolderLayer::openat(int folder, const char *name, int flags, mode_t mode)
+{
+    return untilNotInterrupted([&] { return ::openat(folder, name, flags | O_CLOEXEC, mode); });
+}
+
+int FolderLayer::mkdirat(int folder, const char *name, mode_t mode)
+{
+    return ::mkdirat(folder, name, mode);
+}
+
+int FolderLayer::unlinkat(int folder, const char *name, int flags)
+{
+    return ::unlinkat(folder, name, flags);
+}
+
+int FolderLayer::fstatat(int folder, const char *name, struct stat *result, int flags)
+{
+    return ::fstatat(folder, name, result, flags);
+}
+
+int FolderLayer::faccessat(int folder, const char *name, int mode)
+{
+    return ::faccessat(folder, name, mode, AT_EACCESS);
+}
+
+int FolderLayer::utimensat(int folder, const char *name, const Times &times)
+{
+    return ::utimensat(folder, name, times.data(), AT_SYMLINK_NOFOLLOW);
+}
+
+int FolderLayer::chmodOpen(int descriptor, mode_t mode)
+{
+    // fchmod() refuses such a descriptor; the path of it leads to what it stands for and nowhere else.
+    char path[sizeof "/proc/self/fd/" + 3 * sizeof descriptor];
+    std::snprintf(path, sizeof path, "/proc/self/fd/%d", descriptor);
+    return ::chmod(path, mode);
+}
+
+ssize_t FolderLayer::copy_file_range(int from, int to, size_t size)
+{
+    return untilNotInterrupted([&] { return ::copy_file_range(from, nullptr, to, nullptr, size, 0); });
+}
+
+std::optional<QList<QByteArray>> FolderLayer::entriesAt(int folder)
+{
+    // A descriptor of its own: the place of the reading is shared by those that are copies of each other.
+    int own = openat(folder, ".", O_RDONLY | O_DIRECTORY | O_NOATIME);
+    if (own == -1 && errno == EPERM)
+        own = openat(folder, ".", O_RDONLY | O_DIRECTORY);
+    if (own == -1)
+        return std::nullopt;
+    const std::unique_ptr<DIR, DirectoryCloser> directory(::fdopendir(own));
+    if (!directory) {
+        close(own);
+        return std::nullopt;
+    }
+    QList<QByteArray> names;
+    errno = 0;
+    while (const dirent *entry = ::readdir(directory.get())) {
+        const QByteArray name(entry->d_name);
+        if (name != "." && name != "..")
+            names.append(name);
+        errno = 0;
+    }
+    if (errno != 0)
+        return std::nullopt;
+    return names;
+}
