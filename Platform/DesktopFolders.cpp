@@ -17,6 +17,7 @@ namespace {
 const QString homeVariable = QStringLiteral("HOME");
 const QString configHomeVariable = QStringLiteral("XDG_CONFIG_HOME");
 const QString dataHomeVariable = QStringLiteral("XDG_DATA_HOME");
+const QString stateHomeVariable = QStringLiteral("XDG_STATE_HOME");
 const QString runtimeDirectoryVariable = QStringLiteral("XDG_RUNTIME_DIR");
 const QString temporaryFolderVariable = QStringLiteral("TMPDIR");
 
@@ -73,6 +74,11 @@ QString DesktopFolders::configHome(const QProcessEnvironment &environment)
 QString DesktopFolders::dataHome(const QProcessEnvironment &environment)
 {
     return belowHome(environment, dataHomeVariable, QLatin1StringView(".local/share"));
+}
+
+QString DesktopFolders::stateHome(const QProcessEnvironment &environment)
+{
+    return belowHome(environment, stateHomeVariable, QLatin1StringView(".local/state"));
 }
 
 QString DesktopFolders::runtimeDirectory(const QProcessEnvironment &environment)

@@ -20,6 +20,9 @@ QString configHome(const QProcessEnvironment &environment = QProcessEnvironment:
 /// `XDG_DATA_HOME`, default `~/.local/share`; empty without a home.
 QString dataHome(const QProcessEnvironment &environment = QProcessEnvironment::systemEnvironment());
 
+/// `XDG_STATE_HOME`, default `~/.local/state`; empty without a home.
+QString stateHome(const QProcessEnvironment &environment = QProcessEnvironment::systemEnvironment());
+
 /// `XDG_RUNTIME_DIR`, else the folder that a login session would have, else a folder of the user's own among
 /// the temporary files, made here. Only a real folder that belongs to this user and is closed to others is
 /// taken: another user must not be able to plant files in it. Empty if there is none.

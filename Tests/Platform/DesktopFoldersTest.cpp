@@ -33,10 +33,12 @@ TEST_F(DesktopFoldersTest, VariablesNameTheFolders)
 {
     const auto set = environment({{"HOME", QStringLiteral("/h")},
                                   {"XDG_CONFIG_HOME", QStringLiteral("/c//d/")},
-                                  {"XDG_DATA_HOME", QStringLiteral("/d")}});
+                                  {"XDG_DATA_HOME", QStringLiteral("/d")},
+                                  {"XDG_STATE_HOME", QStringLiteral("/s")}});
     EXPECT_EQ(DesktopFolders::home(set), QStringLiteral("/h"));
     EXPECT_EQ(DesktopFolders::configHome(set), QStringLiteral("/c/d"));
     EXPECT_EQ(DesktopFolders::dataHome(set), QStringLiteral("/d"));
+    EXPECT_EQ(DesktopFolders::stateHome(set), QStringLiteral("/s"));
 }
 
 TEST_F(DesktopFoldersTest, DefaultsStandBelowHome)
@@ -44,6 +46,7 @@ TEST_F(DesktopFoldersTest, DefaultsStandBelowHome)
     const auto set = environment({{"HOME", QStringLiteral("/h")}});
     EXPECT_EQ(DesktopFolders::configHome(set), QStringLiteral("/h/.config"));
     EXPECT_EQ(DesktopFolders::dataHome(set), QStringLiteral("/h/.local/share"));
+    EXPECT_EQ(DesktopFolders::stateHome(set), QStringLiteral("/h/.local/state"));
 }
 
 TEST_F(DesktopFoldersTest, RelativeAndEmptyValuesCountForNothing)
