@@ -1,0 +1,290 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Helper/CommandLine.h"
+
+#include "Helper/CommandLineJson.h"
+#include "Helper/HelperService.h"
+#include "Helper/Notifications.h"
+#include "Helper/Presets.h"
+#include "Platform/SessionBus.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QJsonDocument>
+
+#include <algorithm>
+#include <chrono>
+
+using namespace std::chrono_literals;
+
+namespace {
+
+/// The desktop's program for notifications may have to be started first.
+constexpr auto notificationTimeout = 10s;
+
+QString tr(const char *text)
+{
+    return QCoreApplication::translate("CommandLine", text);
+}
+
+QByteArray text(const QJsonObject &object)
+{
+    return QJsonDocument(object).toJson();
+}
+
+ExitCode worse(ExitCode one, ExitCode other)
+{
+    return std::max(one, other);
+}
+
+ExitCode codeOf(CreationReport::Status status)
+{
+    using Status = CreationReport::Status;
+    switch (status) {
+    case Status::Created:
+        return ExitCode::Done;
+    case Status::Problems:
+        return ExitCode::Problems;
+    case Status::Failed:
+        return ExitCode::Failed;
+    case Status::Cancelled:
+        return ExitCode::Interrupted;
+    case Status::ScriptNotAllowed:
+    case Status::ScriptFailed:
+    case Status::ScriptTimedOut:
+        break;
+    }
+    return ExitCode::Script;
+}
+
+} // namespace
+
+CommandLine::CommandLine(const Interruption &interruption)
+    : interruption_(interruption)
+{
+}
+
+ExitCode CommandLine::run(const QStringList &arguments)
+{
+    QString error;
+    const std::optional<CommandLineOptions> options = CommandLineOptions::parse(arguments, &error);
+    if (!options) {
+        tell(error);
+        tell(tr("Try \"%1 --help\".").arg(helperName));
+        return ExitCode::Usage;
+    }
+    const ExitCode code = perform(*options);
+    return console_.finish() ? code : worse(code, ExitCode::NotPrinted);
+}
+
+ExitCode CommandLine::perform(const CommandLineOptions &options)
+{
+    switch (options.command) {
+    case CommandLineOptions::Command::Help:
+        console_.print(CommandLineOptions::help());
+        return ExitCode::Done;
+    case CommandLineOptions::Command::Version:
+        console_.printLine(helperName + u' ' + QCoreApplication::applicationVersion());
+        return ExitCode::Done;
+    case CommandLineOptions::Command::List:
+        return list(options);
+    case CommandLineOptions::Command::Undo:
+        return undo(options);
+    case CommandLineOptions::Command::Create:
+        break;
+    }
+    return create(options);
+}
+
+ExitCode CommandLine::list(const CommandLineOptions &options)
+{
+    const QNBSettings settings = readSettings();
+    if (options.isJson) {
+        console_.print(QJsonDocument(CommandLineJson::presets(settings.presets)).toJson());
+    } else {
+        for (const QNBPresetRecordPtr &preset : settings.presets)
+            console_.printLine(preset->label());
+    }
+    return ExitCode::Done;
+}
+
+ExitCode CommandLine::undo(const CommandLineOptions &options)
+{
+    const UndoReport report = undoLastCreation();
+    tell(report.message);
+    if (options.isJson)
+        console_.print(text(CommandLineJson::undo(report)));
+    return report.status == UndoReport::Status::Undone ? ExitCode::Done : ExitCode::NotUndone;
+}
+
+ExitCode CommandLine::create(const CommandLineOptions &options)
+{
+    QStringList folders;
+    for (const QString &folder : options.folders)
+        folders.append(QDir::cleanPath(QDir::current().absoluteFilePath(folder)));
+    if (const std::optional<ExitCode> code = handOver(options, folders))
+        return *code;
+
+    ExitCode code = ExitCode::NoSuchPreset;
+    const QNBSettings settings = readSettings();
+    QString error;
+    if (const QNBPresetRecordPtr preset = presetNamed(settings.presets, options.preset, &error)) {
+        QList<CreationRequest> requests;
+        for (const QString &folder : std::as_const(folders))
+            requests.append(request(options, preset, folder));
+        code = options.isDryRun ? dryRun(options, requests) : createIn(options, requests);
+    } else {
+        tell(error);
+    }
+    if (options.notify)
+        notify(options, code);
+    return code;
+}
+
+CreationRequest CommandLine::request(const CommandLineOptions &options, const QNBPresetRecordPtr &preset,
+                                     const QString &folder)
+{
+    CreationRequest request;
+    request.preset = preset;
+    request.folder = folder;
+    request.onConflict = options.onConflict;
+    request.runScript = options.runScript;
+    if (options.allowScript || console_.canAsk())
+        request.allowScript = [this, options](const Script &script) { return allowScript(options, script); };
+    if (options.scriptTimeLimit)
+        request.scriptLimits.duration = std::chrono::seconds(*options.scriptTimeLimit);
+    request.scriptLimits.interruption = interruption_.descriptor();
+    return request;
+}
+
+void CommandLine::printCreations(const CommandLineOptions &options, const QList<CreationRequest> &requests,
+                                 const QJsonArray &folders)
+{
+    console_.print(
+        text(CommandLineJson::creations(requests.constFirst().preset->label(), options.isDryRun, folders)));
+}
+
+ExitCode CommandLine::dryRun(const CommandLineOptions &options, const QList<CreationRequest> &requests)
+{
+    ExitCode code = ExitCode::Done;
+    QJsonArray folders;
+    for (const CreationRequest &request : requests) {
+        const Creation::Plan plan = planCreation(request);
+        if (!plan.canBeExecuted())
+            code = worse(code, ExitCode::Problems);
+        tellPlan(plan);
+        if (options.isJson) {
+            folders.append(CommandLineJson::plan(plan));
+            continue;
+        }
+        for (const QString &line : plan.lines())
+            console_.printLine(line);
+    }
+    if (options.isJson)
+        printCreations(options, requests, folders);
+    return code;
+}
+
+ExitCode CommandLine::createIn(const CommandLineOptions &options, const QList<CreationRequest> &requests)
+{
+    ExitCode code = ExitCode::Done;
+    QJsonArray folders;
+    for (const CreationRequest &request : requests) {
+        if (interruption_.isRequested())
+            break;
+        const CreationReport report =
+            createPreset(request, [this](qsizetype, qsizetype) { return !interruption_.isRequested(); });
+        code = worse(code, codeOf(report.status));
+        tellReport(report);
+        if (options.isJson)
+            folders.append(CommandLineJson::report(report));
+        else
+            console_.print(report.script.output);
+    }
+    if (options.isJson)
+        printCreations(options, requests, folders);
+    return interruption_.isRequested() ? worse(code, ExitCode::Interrupted) : code;
+}
+
+bool CommandLine::allowScript(const CommandLineOptions &options, const Script &script)
+{
+    if (options.allowScript)
+        return true;
+    const QString content =
+        script.isText() ? script.shownContent()
+                        : tr("A program that people cannot read, %1 bytes long").arg(script.content().size());
+    return console_.ask(tr("The preset wants to run the script %1, which says:").arg(script.path()) +
+                            QStringLiteral("\n\n") + content + QStringLiteral("\n\n"),
+                        tr("Allow it, now and from now on?"));
+}
+
+void CommandLine::tellPlan(const Creation::Plan &plan)
+{
+    for (const Creation::Problem &problem : plan.problems())
+        tell(problem.path.isEmpty() ? problem.reason : problem.path + QStringLiteral(": ") + problem.reason);
+    for (const Creation::Conflict &conflict : plan.conflicts())
+        tell(conflict.newName.isEmpty()
+                 ? tr("%1: there is something of that name already").arg(conflict.path)
+                 : tr("%1: there is something of that name already, the new one is called \"%2\"")
+                       .arg(conflict.path, conflict.newName));
+}
+
+void CommandLine::tellReport(const CreationReport &report)
+{
+    tellPlan(report.plan);
+    const QString folder = report.plan.target();
+    using Status = CreationReport::Status;
+    if (report.status == Status::Problems)
+        tell(tr("Nothing was created in %1").arg(folder));
+    else if (report.isCreated())
+        tell(tr("Created \"%1\" in %2").arg(report.label, folder));
+    else if (report.status == Status::Cancelled)
+        tell(tr("Interrupted; everything made in %1 was undone").arg(folder));
+    else
+        tell(tr("Nothing was created in %1: %2").arg(folder, report.message));
+    if (report.isCreated() && report.status != Status::Created)
+        tell(report.message);
+    if (report.status == Status::ScriptNotAllowed)
+        tell(tr("Look at it, and then allow it by --allow-script."));
+    if (report.script.omittedOutput > 0)
+        tell(tr("%1 more bytes of the script's output are left out").arg(report.script.omittedOutput));
+}
+
+std::optional<ExitCode> CommandLine::handOver(const CommandLineOptions &options, const QStringList &folders)
+{
+    // The running helper has its own ways: what is asked for especially is done here.
+    const bool isOrdinary = !options.isDryRun && !options.isJson && options.runScript &&
+                            !options.allowScript && !options.scriptTimeLimit &&
+                            options.onConflict == Creation::OnConflict::UniqueName;
+    if (!options.notify || !isOrdinary)
+        return std::nullopt;
+    QString error;
+    switch (HelperService::create(options.preset, folders, SessionBus::address(), &error)) {
+    case HelperService::Answer::Taken:
+        return ExitCode::Done;
+    case HelperService::Answer::NotRunning:
+        return std::nullopt;
+    case HelperService::Answer::Failed:
+        break;
+    }
+    tell(tr("The running helper did not do it: %1").arg(error));
+    notify(options, ExitCode::Failed);
+    return ExitCode::Failed;
+}
+
+void CommandLine::notify(const CommandLineOptions &options, ExitCode code)
+{
+    const bool isCreated = code == ExitCode::Done || code == ExitCode::Script;
+    Notifications notifications;
+    notifications.show({isCreated ? tr("\"%1\" was created").arg(options.preset)
+                                  : tr("\"%1\" was not created").arg(options.preset),
+                        told_.join(u'\n')});
+    notifications.flush(notificationTimeout);
+}
+
+void CommandLine::tell(const QString &message)
+{
+    told_.append(message);
+    console_.tell(message);
+}

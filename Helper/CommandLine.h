@@ -1,0 +1,64 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "Helper/CommandLineOptions.h"
+#include "Helper/Console.h"
+#include "Helper/CreatePreset.h"
+#include "Helper/Interruption.h"
+
+#include <QJsonArray>
+#include <QStringList>
+
+/// What the program ends with. Of several folders the greatest counts.
+enum class ExitCode : int {
+    Done = 0,
+    Usage = 1,
+    NoSuchPreset = 2,
+    /// The plan cannot be executed; nothing was done.
+    Problems = 3,
+    /// Everything made was undone.
+    Failed = 4,
+    /// The structure was made, but its script failed or was not allowed.
+    Script = 5,
+    NotUndone = 6,
+    /// By a signal; what was being made was undone.
+    Interrupted = 7,
+    /// All was done, but could not be printed.
+    NotPrinted = 8,
+};
+
+/// The helper without a window.
+class CommandLine
+{
+public:
+    explicit CommandLine(const Interruption &interruption);
+
+    /// Does what \a arguments (the first one is the program) ask for.
+    ExitCode run(const QStringList &arguments);
+
+private:
+    ExitCode perform(const CommandLineOptions &options);
+    ExitCode list(const CommandLineOptions &options);
+    ExitCode create(const CommandLineOptions &options);
+    ExitCode createIn(const CommandLineOptions &options, const QList<CreationRequest> &requests);
+    ExitCode dryRun(const CommandLineOptions &options, const QList<CreationRequest> &requests);
+    void printCreations(const CommandLineOptions &options, const QList<CreationRequest> &requests,
+                        const QJsonArray &folders);
+    ExitCode undo(const CommandLineOptions &options);
+    /// None if the running helper does not do it.
+    std::optional<ExitCode> handOver(const CommandLineOptions &options, const QStringList &folders);
+    void notify(const CommandLineOptions &options, ExitCode code);
+
+    CreationRequest request(const CommandLineOptions &options, const QNBPresetRecordPtr &preset,
+                            const QString &folder);
+    bool allowScript(const CommandLineOptions &options, const Script &script);
+    void tellPlan(const Creation::Plan &plan);
+    void tellReport(const CreationReport &report);
+    void tell(const QString &message);
+
+    const Interruption &interruption_;
+    Console console_;
+    QStringList told_;
+};

@@ -1,0 +1,186 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Helper/CreatePreset.h"
+
+#include "Helper/History.h"
+#include "Helper/Presets.h"
+#include "Helper/ScriptApprovals.h"
+#include "Shared/Source/QNBShared.h"
+#include "Source/QNBFolderMenu.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QLoggingCategory>
+#include <QUuid>
+
+namespace {
+
+Q_LOGGING_CATEGORY(lcCreate, "quenby.helper.create")
+
+using Status = CreationReport::Status;
+
+QString tr(const char *text)
+{
+    return QCoreApplication::translate("CreatePreset", text);
+}
+
+QString withPath(const QString &path, const QString &text)
+{
+    return path.isEmpty() ? text : path + QStringLiteral(": ") + text;
+}
+
+/// The first of what stands in the way, and how much more there is.
+QString obstacles(const Creation::Plan &plan)
+{
+    const QList<Creation::Problem> &problems = plan.problems();
+    QString first;
+    qsizetype count = problems.size();
+    if (count > 0) {
+        first = withPath(problems.first().path, problems.first().reason);
+    } else if (!plan.conflicts().isEmpty()) {
+        first = withPath(plan.conflicts().first().path, tr("there is something of that name already"));
+        count = plan.conflicts().size();
+    }
+    return count > 1 ? tr("%1 (and %2 more)").arg(first).arg(count - 1) : first;
+}
+
+void remember(const CreationReport &report)
+{
+    if (const FileResult stored = History().store({report.id, report.label, report.record}); !stored)
+        qCWarning(lcCreate) << "the creation cannot be undone:" << stored.error;
+}
+
+QString scriptsFolder()
+{
+    return QDir(QNBApplicationSupportPath()).filePath(QNBFolderMenu::scriptsFolder);
+}
+
+void runScript(const CreationRequest &request, const QString &name, CreationReport &report)
+{
+    QString error;
+    const std::optional<Script> script = Script::find(name, scriptsFolder(), &error);
+    if (!script) {
+        report.status = Status::ScriptFailed;
+        report.script.outcome = ScriptResult::Outcome::CouldNotStart;
+        report.script.error = error;
+        report.message = error;
+        return;
+    }
+    const ScriptApprovals approvals;
+    if (!approvals.isAllowed(script->content())) {
+        if (!request.allowScript || !request.allowScript(*script)) {
+            report.status = Status::ScriptNotAllowed;
+            report.message = tr("The script %1 was not run, it has not been allowed").arg(script->path());
+            return;
+        }
+        if (const FileResult allowed = approvals.allow(script->content()); !allowed)
+            qCWarning(lcCreate) << "the script will have to be allowed again:" << allowed.error;
+    }
+    const QString target = QDir(report.plan.target()).absolutePath();
+    report.script = script->run(target, report.label, request.scriptLimits);
+    if (report.script.hasSucceeded())
+        return;
+    report.status = report.script.outcome == ScriptResult::Outcome::TimedOut ? Status::ScriptTimedOut
+                                                                             : Status::ScriptFailed;
+    report.message = report.script.failure();
+}
+
+UndoReport refused(const QString &message)
+{
+    return {UndoReport::Status::Refused, message, {}, {}};
+}
+
+UndoReport undoRecord(const History::Creation &creation)
+{
+    UndoReport report;
+    report.label = creation.label;
+    report.folder = QFile::decodeName(creation.record.target);
+    const Creation::UndoOutcome outcome = Creation::undo(creation.record);
+    report.status = outcome.succeeded ? UndoReport::Status::Undone : UndoReport::Status::Refused;
+    report.message =
+        outcome.succeeded
+            ? tr("Undid \"%1\" in %2").arg(report.label, report.folder)
+            : tr("\"%1\" in %2 was not undone: %3").arg(report.label, report.folder, outcome.error);
+    return report;
+}
+
+void forget(const History &history)
+{
+    if (const FileResult forgotten = history.forget(); !forgotten)
+        qCWarning(lcCreate) << "the creation that was undone is remembered:" << forgotten.error;
+}
+
+} // namespace
+
+Creation::Plan planCreation(const CreationRequest &request)
+{
+    setUpApplicationSupport();
+    Creation::Options options;
+    options.onConflict = request.onConflict;
+    return Creation::plan(*request.preset->fileHierarchy(), request.folder, options);
+}
+
+CreationReport createPreset(const CreationRequest &request, const Creation::Progress &progress)
+{
+    CreationReport report;
+    report.label = request.preset->label();
+    report.plan = planCreation(request);
+    if (!report.plan.canBeExecuted()) {
+        report.message = obstacles(report.plan);
+        return report;
+    }
+    const Creation::Outcome outcome = Creation::execute(report.plan, progress);
+    if (!outcome.succeeded) {
+        report.status = outcome.cancelled ? Status::Cancelled : Status::Failed;
+        report.message = outcome.error;
+        return report;
+    }
+    report.status = Status::Created;
+    report.message = tr("Created \"%1\" in %2").arg(report.label, report.plan.target());
+    report.id = QUuid::createUuid().toString(QUuid::WithoutBraces);
+    report.record = outcome.record;
+    remember(report);
+
+    const QString script = request.preset->values().value(QNBPresetKey::scriptFile).toString();
+    if (request.runScript && !script.isEmpty())
+        runScript(request, script, report);
+    return report;
+}
+
+UndoReport undoLastCreation()
+{
+    const History history;
+    QString error;
+    const std::optional<FileLock> lock = history.lock(&error);
+    if (!lock)
+        return refused(error);
+    const std::optional<History::Creation> creation = history.read(&error);
+    if (!creation) {
+        if (!error.isEmpty())
+            return refused(error);
+        UndoReport nothing;
+        nothing.message = tr("There is nothing to undo");
+        return nothing;
+    }
+    const UndoReport report = undoRecord(*creation);
+    if (report.status == UndoReport::Status::Undone)
+        forget(history);
+    return report;
+}
+
+UndoReport undoCreation(const CreationReport &report)
+{
+    const History history;
+    QString error;
+    const std::optional<FileLock> lock = history.lock(&error);
+    if (!lock)
+        return refused(error);
+    const UndoReport undone = undoRecord({report.id, report.label, report.record});
+    if (undone.status == UndoReport::Status::Undone) {
+        const std::optional<History::Creation> last = history.read(&error);
+        if (last && last->id == report.id)
+            forget(history);
+    }
+    return undone;
+}

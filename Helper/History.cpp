@@ -1,0 +1,90 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Helper/History.h"
+
+#include "Helper/Presets.h"
+#include "Platform/BoundedFile.h"
+#include "Platform/PropertyList.h"
+
+#include <QFileInfo>
+
+#include <utility>
+
+namespace {
+
+const QString historyFile = QStringLiteral("LastCreation.plist");
+const QString lockSuffix = QStringLiteral(".lock");
+
+const QString idKey = QStringLiteral("id");
+const QString labelKey = QStringLiteral("label");
+const QString recordKey = QStringLiteral("record");
+
+/// In milliseconds. Undoing a large creation takes as long as making it.
+constexpr int lockTimeout = 30'000;
+
+} // namespace
+
+History::History()
+    : History(helperStateFolder())
+{
+}
+
+History::History(QString folder)
+    : folder_(std::move(folder))
+{
+}
+
+QString History::path() const
+{
+    return folder_ + u'/' + historyFile;
+}
+
+FileResult History::store(const Creation &creation) const
+{
+    const PropertyList::WriteResult bytes = PropertyList::write(QVariantMap{
+        {idKey, creation.id}, {labelKey, creation.label}, {recordKey, creation.record.toVariant()}});
+    if (!bytes)
+        return FileResult::failure(bytes.error);
+    const DurableFileWriter writer;
+    const FileResult made = writer.makeFolder(folder_);
+    return made ? writer.write(path(), *bytes.bytes) : made;
+}
+
+std::optional<History::Creation> History::read(QString *error) const
+{
+    error->clear();
+    if (!QFileInfo::exists(path()))
+        return std::nullopt;
+    const std::optional<QByteArray> bytes = BoundedFile::read(path(), PropertyList::Limits::inputSize, error);
+    if (!bytes)
+        return std::nullopt;
+    const PropertyList::ReadResult result = PropertyList::read(*bytes);
+    const QVariantMap stored = result ? result.value->toMap() : QVariantMap();
+    const auto record = ::Creation::Record::fromVariant(stored.value(recordKey).toMap());
+    if (!record) {
+        *error = path() + QStringLiteral(": ") +
+                 (result.error.isEmpty() ? QStringLiteral("not a record of a creation") : result.error);
+        return std::nullopt;
+    }
+    return Creation{stored.value(idKey).toString(), stored.value(labelKey).toString(), *record};
+}
+
+FileResult History::forget() const
+{
+    return DurableFileWriter().remove(path());
+}
+
+std::optional<FileLock> History::lock(QString *error) const
+{
+    const DurableFileWriter writer;
+    if (const FileResult made = writer.makeFolder(folder_); !made) {
+        *error = made.error;
+        return std::nullopt;
+    }
+    std::optional<FileLock> lock =
+        FileLock::acquire(FileLayer::real(), path() + lockSuffix, lockTimeout, error);
+    if (lock)
+        writer.removeStrayTemporaries(path());
+    return lock;
+}

@@ -1,0 +1,37 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "Platform/Bundle.h"
+#include "Source/QNBSettingsStore.h"
+
+#include <optional>
+
+/// The name of the helper: of its bundle, its executable and its process.
+inline const QString helperName = QStringLiteral("QNBHelper");
+
+/// The pane's bundle that this helper lies in; none for a helper that was put elsewhere.
+std::optional<Bundle> paneBundle();
+/// The same for a program in \a executableFolder.
+std::optional<Bundle> paneBundle(const QString &executableFolder);
+
+/// The settings as they are in the domain now. Presets that were never stored are the pane's default ones,
+/// and none without a pane. Nothing is written. The presets are for the calling thread, until each of their
+/// trees has been asked for.
+QNBSettings readSettings();
+
+/// The preset that people name \a name: the one with that label or, if none has it, the one of that number,
+/// "#1" being the first. None if there is no such preset, or more than one, with the reason for people in \a
+/// error.
+QNBPresetRecordPtr presetNamed(const QList<QNBPresetRecordPtr> &presets, const QString &name, QString *error);
+
+/// How many files and folders a preset has.
+qsizetype numberOfItems(const QNBPresetRecord &preset);
+
+/// The folders of content files and scripts, made as the pane makes them if the user has none yet. What is
+/// missing then is told when it is needed.
+void setUpApplicationSupport();
+
+/// Where the helper keeps what it has to remember: `$XDG_STATE_HOME/Quenby`.
+QString helperStateFolder();

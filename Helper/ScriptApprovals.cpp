@@ -1,0 +1,109 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Helper/ScriptApprovals.h"
+
+#include "Helper/Presets.h"
+#include "Helper/Script.h"
+#include "Platform/BoundedFile.h"
+#include "Platform/FileLock.h"
+#include "Platform/PropertyList.h"
+#include "Source/QNBFolderMenu.h"
+
+#include <QCryptographicHash>
+#include <QDateTime>
+#include <QDirIterator>
+#include <QFileInfo>
+#include <QLoggingCategory>
+
+#include <utility>
+
+namespace {
+
+Q_LOGGING_CATEGORY(lcApprovals, "quenby.helper.approvals")
+
+const QString approvalsFile = QStringLiteral("AllowedScripts.plist");
+const QString lockSuffix = QStringLiteral(".lock");
+/// In the pane's resources.
+const QString shippedScripts = QStringLiteral("QNB Default AppSupport/Scripts");
+
+/// A line each; nobody allows as many.
+constexpr qint64 largestFile = qint64(4) * 1024 * 1024;
+/// In milliseconds.
+constexpr int lockTimeout = 2000;
+
+QString digestOf(const QByteArray &content)
+{
+    return QString::fromLatin1(QCryptographicHash::hash(content, QCryptographicHash::Sha256).toHex());
+}
+
+/// By digest, the time at which it was allowed. Empty if there is no such file yet; none if it cannot be
+/// read.
+std::optional<QVariantMap> readApprovals(const QString &path)
+{
+    if (!QFileInfo::exists(path))
+        return QVariantMap();
+    QString error;
+    const std::optional<QByteArray> bytes = BoundedFile::read(path, largestFile, &error);
+    const PropertyList::ReadResult result = bytes ? PropertyList::read(*bytes) : PropertyList::ReadResult();
+    if (result && result.value->typeId() == QMetaType::QVariantMap)
+        return result.value->toMap();
+    qCWarning(lcApprovals) << "no script counts as allowed:" << path << error << result.error;
+    return std::nullopt;
+}
+
+} // namespace
+
+ScriptApprovals::ScriptApprovals()
+    : ScriptApprovals(helperStateFolder(), paneBundle())
+{
+}
+
+ScriptApprovals::ScriptApprovals(QString folder, std::optional<Bundle> pane)
+    : folder_(std::move(folder))
+    , pane_(std::move(pane))
+{
+}
+
+QString ScriptApprovals::path() const
+{
+    return folder_ + u'/' + approvalsFile;
+}
+
+bool ScriptApprovals::isShipped(const QByteArray &content) const
+{
+    if (!pane_)
+        return false;
+    QDirIterator walk(pane_->resourcePath() + u'/' + shippedScripts, QDir::Files,
+                      QDirIterator::Subdirectories);
+    while (walk.hasNext()) {
+        const QString script = walk.next();
+        QString error;
+        if (QFileInfo(script).size() == content.size() &&
+            BoundedFile::read(script, Script::largestContent, &error) == content)
+            return true;
+    }
+    return false;
+}
+
+bool ScriptApprovals::isAllowed(const QByteArray &content) const
+{
+    return isShipped(content) || readApprovals(path()).value_or(QVariantMap()).contains(digestOf(content));
+}
+
+FileResult ScriptApprovals::allow(const QByteArray &content) const
+{
+    const DurableFileWriter writer;
+    if (FileResult made = writer.makeFolder(folder_); !made)
+        return made;
+    QString error;
+    const std::optional<FileLock> lock =
+        FileLock::acquire(FileLayer::real(), path() + lockSuffix, lockTimeout, &error);
+    if (!lock)
+        return FileResult::failure(error);
+    writer.removeStrayTemporaries(path());
+    QVariantMap approvals = readApprovals(path()).value_or(QVariantMap());
+    approvals.insert(digestOf(content), QDateTime::currentDateTimeUtc());
+    const PropertyList::WriteResult bytes = PropertyList::write(approvals, PropertyList::Form::XML);
+    return bytes ? writer.write(path(), *bytes.bytes) : FileResult::failure(bytes.error);
+}
