@@ -49,6 +49,9 @@ TEST_F(InstallationTest, EverythingIsWhereTheDesktopLooks)
           QUENBY_INSTALL_DATADIR "/icons/hicolor/scalable/apps/quenby.svg",
           QUENBY_INSTALL_MANDIR "/man1/quenby-preferences.1", QUENBY_INSTALL_BUNDLE "/Contents/Info.plist",
           QUENBY_INSTALL_BUNDLE "/Contents/MacOS/QNBPrefPane.so",
+          QUENBY_INSTALL_BUNDLE "/Contents/MacOS/QNBHelper.app/Contents/Info.plist",
+          QUENBY_INSTALL_BUNDLE "/Contents/MacOS/QNBHelper.app/Contents/MacOS/QNBHelper",
+          QUENBY_INSTALL_BINDIR "/QNBHelper", QUENBY_INSTALL_MANDIR "/man1/QNBHelper.1",
           QUENBY_INSTALL_BUNDLE "/Contents/Resources/DefaultPresets.plist",
           QUENBY_INSTALL_BUNDLE "/Contents/Resources/DragHandle.svg",
           QUENBY_INSTALL_BUNDLE "/Contents/Resources/icons/quenby.svg"})
@@ -75,4 +78,13 @@ TEST_F(InstallationTest, TheInstalledProgramFindsThePaneAndSaves)
     EXPECT_TRUE(host.hasReturned(0)) << host.errors().constData();
     ASSERT_TRUE(domain.open(QIODevice::ReadOnly));
     EXPECT_TRUE(domain.readAll().contains("QNBPresetsStored")) << host.errors().constData();
+}
+
+TEST_F(InstallationTest, TheHelperIsFoundAmongTheProgramsAndFindsItsPane)
+{
+    ChildProcess helper(installed(QStringLiteral(QUENBY_INSTALL_BINDIR "/QNBHelper")),
+                        {QStringLiteral("--list")}, home_.environment());
+    ASSERT_TRUE(helper.waitForEnd()) << helper.errors().constData();
+    EXPECT_TRUE(helper.hasReturned(0)) << helper.errors().constData();
+    EXPECT_FALSE(helper.output().trimmed().isEmpty()) << helper.errors().constData();
 }

@@ -1,0 +1,271 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Tests/Helper/HelperFixture.h"
+
+#include <QDir>
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonObject>
+#include <QProcess>
+
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+
+namespace {
+
+QString text(const char *string)
+{
+    return QString::fromUtf8(string);
+}
+
+class CommandLineProgramTest : public HelperFixture
+{
+protected:
+    CommandLineProgramTest()
+    {
+        putContent(text("letter.txt"), "Dear all");
+        storePresets({preset(text("One"),
+                             {folder(text("Folder"),
+                                     {file(text("letter.txt"), {{text("contentFilename"), text("letter.txt")},
+                                                                {text("permissions"), text("640")}})},
+                                     {{text("permissions"), text("750")}}),
+                              file(text("empty"))}),
+                      preset(text("Twice"), {}), preset(text("Two\nlines"), {file(text("x"))}),
+                      preset(text("Twice"), {file(text("second"))}),
+                      preset(text("Bad"), {file(text("good")), file(text("../evil"))})});
+    }
+    mode_t modeOf(const QString &name) const
+    {
+        struct stat status = {};
+        EXPECT_EQ(::lstat(QFile::encodeName(target() + u'/' + name).constData(), &status), 0);
+        return status.st_mode & 07777;
+    }
+};
+
+} // namespace
+
+TEST_F(CommandLineProgramTest, ListsTheLabels)
+{
+    const Ended list = run({text("--list")});
+    EXPECT_EQ(list.code, 0);
+    EXPECT_EQ(list.output, text("One\nTwice\nTwo\u240alines\nTwice\nBad\n").toUtf8());
+    EXPECT_EQ(list.errors, "");
+}
+
+TEST_F(CommandLineProgramTest, ListsAsJson)
+{
+    const Ended list = run({text("--list"), text("--json")});
+    EXPECT_EQ(list.code, 0);
+    const QJsonArray presets = list.json().array();
+    ASSERT_EQ(presets.size(), 5);
+    EXPECT_EQ(presets[0].toObject(), (QJsonObject{{text("label"), text("One")},
+                                                  {text("description"), text("About One")},
+                                                  {text("items"), 3},
+                                                  {text("script"), QString()}}));
+    EXPECT_EQ(presets[2].toObject().value(text("label")), text("Two\nlines"));
+}
+
+TEST_F(CommandLineProgramTest, Creates)
+{
+    const Ended created = create(text("One"));
+    EXPECT_EQ(created.code, 0) << created.errors.constData();
+    EXPECT_EQ(created.output, "");
+    EXPECT_THAT(tree(), ElementsAre(text("Folder/"), text("Folder/letter.txt"), text("empty")));
+    EXPECT_EQ(bytesOf(text("Folder/letter.txt")), "Dear all");
+    EXPECT_EQ(modeOf(text("Folder")), 0750U);
+    EXPECT_EQ(modeOf(text("Folder/letter.txt")), 0640U);
+    EXPECT_EQ(modeOf(text("empty")), 0764U);
+}
+
+TEST_F(CommandLineProgramTest, CreatesByNumberInARelativeFolder)
+{
+    const Ended created = run({text("--create"), text("#4"), text("--in"), text("target")});
+    EXPECT_EQ(created.code, 0) << created.errors.constData();
+    EXPECT_THAT(tree(), ElementsAre(text("second")));
+}
+
+TEST_F(CommandLineProgramTest, ADryRunPrintsWhatARealRunDoesAndDoesNothing)
+{
+    const Ended dry = create(text("One"), {text("--dry-run")});
+    EXPECT_EQ(dry.code, 0) << dry.errors.constData();
+    EXPECT_THAT(tree(), IsEmpty());
+    const Ended dryJson = create(text("One"), {text("--dry-run"), text("--json")});
+    EXPECT_TRUE(dryJson.json().object().value(text("dryRun")).toBool());
+    EXPECT_THAT(tree(), IsEmpty());
+
+    const Ended real = create(text("One"), {text("--json")});
+    EXPECT_EQ(real.code, 0) << real.errors.constData();
+    const QJsonObject report = real.json().object();
+    EXPECT_EQ(report.value(text("preset")), text("One"));
+    EXPECT_FALSE(report.value(text("dryRun")).toBool());
+    const QJsonObject done = report.value(text("creations"))[0].toObject();
+    EXPECT_EQ(done.value(text("status")), text("created"));
+    EXPECT_EQ(done.value(text("folder")), target());
+    EXPECT_TRUE(done.value(text("possible")).toBool());
+    QStringList lines;
+    for (const QJsonValue &line : done.value(text("operations")).toArray())
+        lines.append(line.toString());
+    EXPECT_GE(lines.size(), 3);
+    EXPECT_EQ(QString::fromUtf8(dry.output), lines.join(u'\n') + u'\n');
+    const QJsonObject planned = dryJson.json().object().value(text("creations"))[0].toObject();
+    EXPECT_EQ(planned.value(text("operations")), done.value(text("operations")));
+}
+
+TEST_F(CommandLineProgramTest, WhatIsInTheWayGetsTheNewOneAnotherNameOrRefusesIt)
+{
+    QFile present(target() + text("/empty"));
+    ASSERT_TRUE(present.open(QIODevice::WriteOnly));
+    present.write("mine");
+    present.close();
+
+    const Ended refused = create(text("One"), {text("--on-conflict"), text("refuse"), text("--json")});
+    EXPECT_EQ(refused.code, 3);
+    EXPECT_THAT(tree(), ElementsAre(text("empty")));
+    const QJsonObject report = refused.json().object().value(text("creations"))[0].toObject();
+    EXPECT_EQ(report.value(text("status")), text("problems"));
+    EXPECT_EQ(report.value(text("conflicts"))[0].toObject(),
+              (QJsonObject{{text("path"), text("empty")}, {text("newName"), QString()}}));
+
+    const Ended created = create(text("One"));
+    EXPECT_EQ(created.code, 0);
+    EXPECT_THAT(created.errors.toStdString(), HasSubstr("\"empty-1\""));
+    EXPECT_EQ(bytesOf(text("empty")), "mine");
+    EXPECT_EQ(bytesOf(text("empty-1")), "");
+}
+
+TEST_F(CommandLineProgramTest, SeveralFoldersAreEachACreation)
+{
+    const QString other = home_.filePath(text("other"));
+    ASSERT_TRUE(QDir().mkpath(other));
+    const Ended created = run({text("--create"), text("One"), text("--in"), home_.filePath(text("absent")),
+                               text("--in"), target(), text("--in"), other, text("--json")});
+    EXPECT_EQ(created.code, 3);
+    EXPECT_EQ(tree().size(), 3);
+    EXPECT_EQ(tree(other), tree());
+    const QJsonArray reports = created.json().object().value(text("creations")).toArray();
+    ASSERT_EQ(reports.size(), 3);
+    EXPECT_EQ(reports[0].toObject().value(text("status")), text("problems"));
+    EXPECT_EQ(reports[0].toObject().value(text("problems")).toArray().size(), 1);
+    EXPECT_EQ(reports[1].toObject().value(text("status")), text("created"));
+    EXPECT_EQ(reports[2].toObject().value(text("status")), text("created"));
+}
+
+TEST_F(CommandLineProgramTest, ProblemsAreToldAndNothingIsDone)
+{
+    for (const QStringList &more : {QStringList(), QStringList{text("--dry-run")}}) {
+        const Ended bad = create(text("Bad"), more);
+        EXPECT_EQ(bad.code, 3);
+        EXPECT_THAT(bad.errors.toStdString(), HasSubstr("evil"));
+        EXPECT_THAT(tree(), IsEmpty());
+    }
+    EXPECT_FALSE(QFile::exists(home_.filePath(text("evil"))));
+}
+
+TEST_F(CommandLineProgramTest, APresetThatIsNotThereOrNotTheOnlyOne)
+{
+    for (const char *name : {"one", "", "#6", "Twice"}) {
+        const Ended none = create(text(name));
+        EXPECT_EQ(none.code, 2) << name;
+        EXPECT_FALSE(none.errors.isEmpty());
+        EXPECT_EQ(none.output, "");
+    }
+    EXPECT_THAT(create(text("Twice")).errors.toStdString(), HasSubstr("#2, #4"));
+    EXPECT_THAT(tree(), IsEmpty());
+}
+
+TEST_F(CommandLineProgramTest, ArgumentsThatMakeNoSense)
+{
+    const Ended ended = run({text("--create"), text("One")});
+    EXPECT_EQ(ended.code, 1);
+    EXPECT_EQ(ended.output, "");
+    EXPECT_THAT(ended.errors.toStdString(), HasSubstr("--help"));
+}
+
+TEST_F(CommandLineProgramTest, HelpAndVersion)
+{
+    const Ended help = run({text("--help")});
+    EXPECT_EQ(help.code, 0);
+    EXPECT_THAT(help.output.toStdString(), HasSubstr("--create"));
+    const Ended version = run({text("--version")});
+    EXPECT_EQ(version.code, 0);
+    EXPECT_EQ(version.output, "QNBHelper " QUENBY_VERSION "\n");
+}
+
+TEST_F(CommandLineProgramTest, UndoesTheLastCreation)
+{
+    const Ended nothing = run({text("--undo"), text("--json")});
+    EXPECT_EQ(nothing.code, 6);
+    EXPECT_EQ(nothing.json().object().value(text("status")), text("nothingToUndo"));
+
+    ASSERT_EQ(create(text("One")).code, 0);
+    ASSERT_EQ(tree().size(), 3);
+    const Ended undone = run({text("--undo"), text("--json")});
+    EXPECT_EQ(undone.code, 0) << undone.errors.constData();
+    EXPECT_EQ(undone.json().object().value(text("status")), text("undone"));
+    EXPECT_EQ(undone.json().object().value(text("preset")), text("One"));
+    EXPECT_THAT(tree(), IsEmpty());
+    EXPECT_EQ(run({text("--undo")}).code, 6);
+}
+
+TEST_F(CommandLineProgramTest, UndoesNothingOfWhatWasChanged)
+{
+    ASSERT_EQ(create(text("One")).code, 0);
+    QFile changed(target() + text("/empty"));
+    ASSERT_TRUE(changed.open(QIODevice::WriteOnly));
+    changed.write("work of a day");
+    changed.close();
+    const Ended refused = run({text("--undo")});
+    EXPECT_EQ(refused.code, 6);
+    EXPECT_FALSE(refused.errors.isEmpty());
+    EXPECT_EQ(tree().size(), 3);
+    EXPECT_EQ(bytesOf(text("empty")), "work of a day");
+}
+
+TEST_F(CommandLineProgramTest, ADamagedRecordUndoesNothing)
+{
+    ASSERT_EQ(create(text("One")).code, 0);
+    QFile record(home_.stateFolder() + text("/Quenby/LastCreation.plist"));
+    ASSERT_TRUE(record.open(QIODevice::ReadWrite));
+    ASSERT_TRUE(record.resize(record.size() / 2));
+    record.close();
+    const Ended refused = run({text("--undo")});
+    EXPECT_EQ(refused.code, 6);
+    EXPECT_EQ(tree().size(), 3);
+}
+
+TEST_F(CommandLineProgramTest, OutputThatCannotBeWrittenIsAFailure)
+{
+    QProcess process;
+    process.setProcessEnvironment(home_.environment());
+    process.setStandardOutputFile(text("/dev/full"));
+    process.start(program(), {text("--list")});
+    ASSERT_TRUE(process.waitForFinished()) << qPrintable(process.errorString());
+    EXPECT_EQ(process.exitCode(), 8);
+}
+
+TEST_F(CommandLineProgramTest, WithoutStoredPresetsThePanesOnesCount)
+{
+    ASSERT_TRUE(QFile::remove(home_.configFolder() + text("/" QUENBY_IDENTIFIER ".plist")));
+    const Ended list = run({text("--list"), text("--json")});
+    EXPECT_EQ(list.code, 0);
+    EXPECT_FALSE(list.json().array().isEmpty());
+    EXPECT_FALSE(QFile::exists(home_.configFolder() + text("/" QUENBY_IDENTIFIER ".plist")))
+        << "reading the settings wrote them";
+}
+
+TEST_F(CommandLineProgramTest, WithoutThePaneOnlyStoredPresetsCount)
+{
+    const QString alone = home_.filePath(text("QNBHelper"));
+    ASSERT_TRUE(QFile::copy(program(), alone));
+    QProcess process;
+    process.setProcessEnvironment(home_.environment());
+    process.start(alone, {text("--create"), text("#4"), text("--in"), target()});
+    ASSERT_TRUE(process.waitForFinished()) << qPrintable(process.errorString());
+    EXPECT_EQ(process.exitCode(), 0) << process.readAllStandardError().constData();
+    EXPECT_THAT(tree(), ElementsAre(text("second")));
+}

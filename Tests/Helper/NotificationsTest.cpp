@@ -1,0 +1,174 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Helper/Notifications.h"
+
+#include "Tests/Helper/FakeDesktop.h"
+#include "Tests/Session/PrivateBus.h"
+#include "Tests/Session/SilentSocket.h"
+
+#include <gmock/gmock.h>
+
+using namespace std::chrono_literals;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+namespace {
+
+/// For what is expected to happen.
+constexpr auto longTime = 20s;
+
+class NotificationsTest : public ::testing::Test
+{
+protected:
+    Notifications::Notice notice()
+    {
+        return {QStringLiteral("Title"),
+                QStringLiteral("a < b & \"c\""),
+                {{QStringLiteral("show"), QStringLiteral("Show folder")},
+                 {QStringLiteral("undo"), QStringLiteral("Undo")}},
+                [this](const QString &key) { chosen_.append(key); }};
+    }
+
+    PrivateBus bus_;
+    QStringList chosen_;
+};
+
+} // namespace
+
+TEST_F(NotificationsTest, ShowsTextAndActions)
+{
+    const FakeDesktop desktop(bus_.address(), {QStringLiteral("body"), QStringLiteral("actions")});
+    Notifications notifications(bus_.address());
+    notifications.show(notice());
+    EXPECT_TRUE(notifications.flush(longTime));
+    ASSERT_EQ(desktop.shown().size(), 1);
+    EXPECT_EQ(desktop.shown()[0].program, QStringLiteral("Quenby"));
+    EXPECT_EQ(desktop.shown()[0].title, QStringLiteral("Title"));
+    EXPECT_EQ(desktop.shown()[0].text, QStringLiteral("a < b & \"c\""));
+    EXPECT_THAT(desktop.shown()[0].actions, ElementsAre(QStringLiteral("show"), QStringLiteral("Show folder"),
+                                                        QStringLiteral("undo"), QStringLiteral("Undo")));
+}
+
+TEST_F(NotificationsTest, TextIsNoMarkup)
+{
+    const FakeDesktop desktop(bus_.address(), {QStringLiteral("body-markup")});
+    Notifications notifications(bus_.address());
+    notifications.show(notice());
+    EXPECT_TRUE(notifications.flush(longTime));
+    ASSERT_EQ(desktop.shown().size(), 1);
+    EXPECT_EQ(desktop.shown()[0].text, QStringLiteral("a &lt; b &amp; &quot;c&quot;"));
+}
+
+TEST_F(NotificationsTest, ADesktopWithoutActionsGetsNone)
+{
+    const FakeDesktop desktop(bus_.address(), {QStringLiteral("body")});
+    Notifications notifications(bus_.address());
+    notifications.show(notice());
+    EXPECT_TRUE(notifications.flush(longTime));
+    ASSERT_EQ(desktop.shown().size(), 1);
+    EXPECT_THAT(desktop.shown()[0].actions, IsEmpty());
+}
+
+TEST_F(NotificationsTest, TellsWhichActionWasChosenOfWhichNotice)
+{
+    FakeDesktop desktop(bus_.address(), {QStringLiteral("actions")});
+    Notifications notifications(bus_.address());
+    Notifications::Notice other = notice();
+    other.handler = [this](const QString &key) { chosen_.append(QStringLiteral("other ") + key); };
+    notifications.show(notice());
+    notifications.show(other);
+    ASSERT_TRUE(notifications.flush(longTime));
+    ASSERT_EQ(desktop.shown().size(), 2);
+    desktop.choose(desktop.shown()[1].id, QStringLiteral("undo"));
+    desktop.choose(desktop.shown()[0].id, QStringLiteral("show"));
+    desktop.choose(4711, QStringLiteral("show"));
+    EXPECT_TRUE(waitUntil([this] { return chosen_.size() == 2; }));
+    EXPECT_THAT(chosen_, ElementsAre(QStringLiteral("other undo"), QStringLiteral("show")));
+}
+
+TEST_F(NotificationsTest, AClosedNoticeIsOver)
+{
+    FakeDesktop desktop(bus_.address(), {QStringLiteral("actions")});
+    Notifications notifications(bus_.address());
+    notifications.show(notice());
+    notifications.show(notice());
+    ASSERT_TRUE(notifications.flush(longTime));
+    ASSERT_EQ(desktop.shown().size(), 2);
+    desktop.close(desktop.shown()[0].id);
+    desktop.choose(desktop.shown()[0].id, QStringLiteral("undo"));
+    desktop.choose(desktop.shown()[1].id, QStringLiteral("show"));
+    EXPECT_TRUE(waitUntil([this] { return !chosen_.isEmpty(); }));
+    EXPECT_THAT(chosen_, ElementsAre(QStringLiteral("show")));
+}
+
+TEST_F(NotificationsTest, AnotherProgramCannotChoose)
+{
+    FakeDesktop desktop(bus_.address(), {QStringLiteral("actions")});
+    Notifications notifications(bus_.address());
+    notifications.show(notice());
+    ASSERT_TRUE(notifications.flush(longTime));
+    ChildProcess stranger(QStringLiteral("dbus-send"),
+                          {QStringLiteral("--bus=%1").arg(bus_.address()), QStringLiteral("--type=signal"),
+                           QStringLiteral("/org/freedesktop/Notifications"),
+                           QStringLiteral("org.freedesktop.Notifications.ActionInvoked"),
+                           QStringLiteral("uint32:%1").arg(desktop.shown()[0].id),
+                           QStringLiteral("string:undo")});
+    ASSERT_TRUE(stranger.waitForEnd());
+    ASSERT_TRUE(stranger.hasReturned(0));
+    // The bus has passed on the stranger's signal before this one.
+    desktop.choose(desktop.shown()[0].id, QStringLiteral("show"));
+    EXPECT_TRUE(waitUntil([this] { return !chosen_.isEmpty(); }));
+    EXPECT_THAT(chosen_, ElementsAre(QStringLiteral("show")));
+}
+
+TEST_F(NotificationsTest, WithoutAnyoneToShowItNothingIsShown)
+{
+    Notifications withoutDesktop(bus_.address());
+    withoutDesktop.show(notice());
+    EXPECT_FALSE(withoutDesktop.flush(longTime));
+
+    Notifications withoutBus(SessionBus::noBusAddress);
+    withoutBus.show(notice());
+    EXPECT_FALSE(withoutBus.flush(longTime));
+
+    const SilentSocket socket;
+    Notifications withSilence(socket.busAddress());
+    withSilence.show(notice());
+    EXPECT_FALSE(withSilence.flush(longTime));
+}
+
+TEST_F(NotificationsTest, ADesktopThatRefusesIsAFailure)
+{
+    const FakeDesktop desktop(bus_.address(), {}, FakeDesktop::Manner::Refusing);
+    Notifications notifications(bus_.address());
+    notifications.show(notice());
+    EXPECT_FALSE(notifications.flush(longTime));
+}
+
+TEST_F(NotificationsTest, ASilentDesktopIsNotWaitedForLongerThanAsked)
+{
+    const FakeDesktop desktop(bus_.address(), {}, FakeDesktop::Manner::Silent);
+    Notifications notifications(bus_.address());
+    notifications.show(notice());
+    EXPECT_FALSE(notifications.flush(50ms));
+}
+
+TEST_F(NotificationsTest, ShowsAgainAfterTheBusHasComeBack)
+{
+    Notifications notifications(bus_.address());
+    {
+        const FakeDesktop desktop(bus_.address(), {});
+        notifications.show(notice());
+        ASSERT_TRUE(notifications.flush(longTime));
+    }
+    bus_.kill();
+    bus_.start();
+    const FakeDesktop desktop(bus_.address(), {});
+    const auto isShown = [&] {
+        notifications.show(notice());
+        return notifications.flush(longTime);
+    };
+    EXPECT_TRUE(waitUntil(isShown));
+    EXPECT_FALSE(desktop.shown().isEmpty());
+}
