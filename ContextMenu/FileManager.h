@@ -1,0 +1,42 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "ContextMenu/Manifest.h"
+#include "ContextMenu/PresetMenu.h"
+
+#include <memory>
+#include <vector>
+
+/// One of the desktop's file managers: where and how it takes menu entries of the user's own.
+class FileManager
+{
+public:
+    FileManager() = default;
+    virtual ~FileManager();
+    FileManager(const FileManager &) = delete;
+    FileManager &operator=(const FileManager &) = delete;
+
+    /// Those that are known.
+    static std::vector<std::unique_ptr<FileManager>> all();
+
+    /// By which it is known in the manifest, and to people.
+    virtual QString name() const = 0;
+
+    /// Whether the user has it: its program, or what it keeps of the user.
+    bool isPresent() const;
+
+    /// Makes its entries show \a menu. What is as it should be is not written again; what its user has
+    /// changed stays as it is, with a line in the log. \a manifest is saved as needed.
+    virtual FileResult write(const PresetMenu &menu, Manifest &manifest) const = 0;
+
+    /// Removes what was written, and the file manager from \a manifest, which the caller saves.
+    virtual FileResult remove(Manifest &manifest) const = 0;
+
+protected:
+    /// Of its executable.
+    virtual QString program() const = 0;
+    /// Where it keeps its settings.
+    virtual QString configurationFolder() const = 0;
+};

@@ -1,0 +1,134 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "ContextMenu/FileManagerWithFiles.h"
+
+#include "Platform/BoundedFile.h"
+
+#include <QFileInfo>
+#include <QLoggingCategory>
+
+#include <sys/stat.h>
+
+namespace {
+
+Q_LOGGING_CATEGORY(lcFiles, "quenby.contextmenu.files")
+
+/// One of ours has a few kilobytes.
+constexpr qint64 largestFile = qint64(64) << 20;
+
+/// What is at a path, as far as it matters here.
+struct Present
+{
+    bool isThere = false;
+    /// None if that cannot be read: it is not what we wrote.
+    std::optional<QByteArray> content;
+
+    bool isOneOf(const QStringList &hashes) const
+    {
+        return content && hashes.contains(Manifest::hashOf(*content));
+    }
+};
+
+Present present(const QString &path)
+{
+    const QFileInfo information(path);
+    if (!information.exists() && !information.isSymLink())
+        return {};
+    QString error;
+    return {true, BoundedFile::read(path, largestFile, &error)};
+}
+
+void sayThatItIsLeftAlone(const QString &path)
+{
+    qCWarning(lcFiles) << "left alone, it is not as it was written:" << path;
+}
+
+/// Keeps the first of several failures.
+void keep(FileResult &kept, FileResult result)
+{
+    if (result)
+        return;
+    qCWarning(lcFiles) << result.error;
+    if (kept)
+        kept = std::move(result);
+}
+
+} // namespace
+
+FileResult FileManagerWithFiles::write(const PresetMenu &menu, Manifest &manifest) const
+{
+    return synchronize(files(menu), manifest);
+}
+
+FileResult FileManagerWithFiles::remove(Manifest &manifest) const
+{
+    FileResult result = synchronize({}, manifest);
+    if (result)
+        manifest.removeEntries(name());
+    return result;
+}
+
+FileResult FileManagerWithFiles::synchronize(const QList<File> &files, Manifest &manifest) const
+{
+    const Manifest::Entries before = manifest.entries(name());
+    Manifest::Entries after;
+
+    // Whatever happens from here on, what we write is known.
+    Manifest::Entries meanwhile = before;
+    QList<File> changed;
+    for (const File &file : files) {
+        const QString hash = Manifest::hashOf(file.content);
+        const Present current = present(file.path);
+        if (current.isThere && current.content != file.content &&
+            !current.isOneOf(before.files.value(file.path))) {
+            sayThatItIsLeftAlone(file.path);
+            if (before.files.contains(file.path))
+                after.files.insert(file.path, before.files.value(file.path));
+            continue;
+        }
+        after.files.insert(file.path, {hash});
+        QStringList &hashes = meanwhile.files[file.path];
+        if (!hashes.contains(hash))
+            hashes.append(hash);
+        manifest.noteMissingFolders(QFileInfo(file.path).path());
+        if (current.content != file.content)
+            changed.append(file);
+    }
+    manifest.setEntries(name(), meanwhile);
+    if (FileResult saved = manifest.save(); !saved)
+        return saved;
+
+    FileResult result;
+    const DurableFileWriter writer;
+    for (const File &file : std::as_const(changed)) {
+        FileResult written = writer.makeFolder(QFileInfo(file.path).path());
+        if (written) {
+            const int mode = file.isExecutable ? S_IRWXU : S_IRUSR | S_IWUSR;
+            written = writer.write(file.path, file.content, {.newFileMode = mode});
+        }
+        // It may hold either content now.
+        if (!written)
+            after.files[file.path] = meanwhile.files.value(file.path);
+        keep(result, std::move(written));
+    }
+    for (auto old = before.files.begin(); old != before.files.end(); ++old) {
+        if (after.files.contains(old.key()))
+            continue;
+        const Present current = present(old.key());
+        if (!current.isThere)
+            continue;
+        if (!current.isOneOf(old.value())) {
+            sayThatItIsLeftAlone(old.key());
+            continue;
+        }
+        FileResult removed = writer.remove(old.key());
+        if (!removed)
+            after.files.insert(old.key(), old.value());
+        keep(result, std::move(removed));
+    }
+    manifest.setEntries(name(), after);
+    manifest.removeEmptyFolders();
+    keep(result, manifest.save());
+    return result;
+}

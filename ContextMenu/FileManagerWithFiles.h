@@ -1,0 +1,27 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "ContextMenu/FileManager.h"
+
+/// A file manager that takes files of ours.
+class FileManagerWithFiles : public FileManager
+{
+public:
+    struct File
+    {
+        QString path;
+        QByteArray content;
+        bool isExecutable = false;
+    };
+
+    FileResult write(const PresetMenu &menu, Manifest &manifest) const final;
+    FileResult remove(Manifest &manifest) const final;
+
+    /// What there should be for \a menu; nothing if that is empty.
+    virtual QList<File> files(const PresetMenu &menu) const = 0;
+
+private:
+    FileResult synchronize(const QList<File> &files, Manifest &manifest) const;
+};

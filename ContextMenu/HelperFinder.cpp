@@ -1,0 +1,120 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "ContextMenu/HelperFinder.h"
+
+#include "Platform/FileURL.h"
+#include "Platform/ProcessTable.h"
+#include "Platform/SharedFileList.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QStandardPaths>
+
+namespace {
+
+const QString helperName = QStringLiteral("QNBHelper");
+const QString helperBundle = QStringLiteral("QNBHelper.app");
+const QString paneSuffix = QStringLiteral(".prefPane");
+const QString panesFolder = QStringLiteral("/PreferencePanes");
+const QString codeFolder = QStringLiteral("/Contents/MacOS/");
+
+bool isHelper(const QString &path)
+{
+    const QFileInfo information(path);
+    return information.fileName() == helperName && information.isFile() && information.isExecutable();
+}
+
+/// The executable of the application at \a path; empty if that is not the helper.
+QString executableOf(const QString &path)
+{
+    const std::optional<Bundle> bundle = Bundle::bundleWithPath(path);
+    const QString executable = bundle ? bundle->executablePath() : QString();
+    return isHelper(executable) ? executable : QString();
+}
+
+QString besidePlugin(const QString &ownPath)
+{
+    // PLUG-IN/Contents/MacOS/PROGRAM
+    const QDir folder(QFileInfo(QFileInfo(ownPath).canonicalFilePath()).path() + QStringLiteral("/../../.."));
+    return executableOf(folder.absoluteFilePath(helperBundle));
+}
+
+QString running()
+{
+    const QList<ProcessSerialNumber> processes = ProcessTable::processesNamed(helperName);
+    for (const ProcessSerialNumber &process : processes) {
+        const std::optional<ProcessInformation> information = ProcessTable::getProcessInformation(process);
+        if (information && isHelper(information->path))
+            return information->path;
+    }
+    return {};
+}
+
+QString loginItem()
+{
+    const std::optional<SharedFileList> list = SharedFileList::create();
+    if (!list)
+        return {};
+    const QList<SharedFileList::Item> items = list->copySnapshot();
+    for (const SharedFileList::Item &item : items) {
+        const std::optional<QUrl> url = list->resolve(item);
+        const std::optional<QByteArray> path = url ? pathOfFileURL(*url) : std::nullopt;
+        if (!path)
+            continue;
+        const QString application = QDir::cleanPath(QFile::decodeName(*path));
+        if (QFileInfo(application).fileName() != helperBundle)
+            continue;
+        if (const QString executable = executableOf(application); !executable.isEmpty())
+            return executable;
+    }
+    return {};
+}
+
+QString inPane()
+{
+    const QStringList dataFolders = QStandardPaths::standardLocations(QStandardPaths::GenericDataLocation);
+    for (const QString &dataFolder : dataFolders) {
+        const QDir panes(dataFolder + panesFolder);
+        const QStringList names =
+            panes.entryList({u'*' + paneSuffix}, QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name);
+        for (const QString &name : names) {
+            const QString path = panes.absoluteFilePath(name) + codeFolder + helperBundle;
+            if (const QString executable = executableOf(path); !executable.isEmpty())
+                return executable;
+        }
+    }
+    return {};
+}
+
+QString inSearchPath()
+{
+    return QStandardPaths::findExecutable(helperName);
+}
+
+} // namespace
+
+QByteArray HelperFinder::find(const QString &ownPath)
+{
+    QString path = besidePlugin(ownPath);
+    for (QString (*const look)() : {running, loginItem, inPane, inSearchPath}) {
+        if (!path.isEmpty())
+            break;
+        path = look();
+    }
+    return path.isEmpty() ? QByteArray() : QFile::encodeName(QDir::cleanPath(path));
+}
+
+std::optional<Bundle> HelperFinder::paneOf(const QByteArray &helper)
+{
+    QString path = QFileInfo(QFile::decodeName(helper)).canonicalFilePath();
+    while (path.size() > 1) {
+        path = QFileInfo(path).path();
+        if (path.endsWith(paneSuffix)) {
+            if (std::optional<Bundle> bundle = Bundle::bundleWithPath(path))
+                return bundle;
+        }
+    }
+    return std::nullopt;
+}

@@ -1,0 +1,28 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "ContextMenu/NautilusMenu.h"
+
+#include "ContextMenu/ScriptsFolder.h"
+#include "Platform/DesktopFolders.h"
+
+QString NautilusMenu::name() const
+{
+    return QStringLiteral("nautilus");
+}
+
+QString NautilusMenu::program() const
+{
+    return QStringLiteral("nautilus");
+}
+
+QString NautilusMenu::configurationFolder() const
+{
+    return DesktopFolders::dataHome() + QStringLiteral("/nautilus");
+}
+
+QList<FileManagerWithFiles::File> NautilusMenu::files(const PresetMenu &menu) const
+{
+    return ScriptsFolder::files(menu, DesktopFolders::dataHome() + QStringLiteral("/nautilus/scripts"),
+                                "NAUTILUS");
+}

@@ -1,0 +1,111 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "ContextMenu/Registration.h"
+
+#include "ContextMenu/FileManager.h"
+#include "ContextMenu/HelperFinder.h"
+#include "Platform/DesktopFolders.h"
+#include "Platform/FileLayer.h"
+#include "Platform/FileLock.h"
+#include "Shared/Source/QNBShared.h"
+#include "Source/QNBSettingsStore.h"
+
+#include <QLoggingCategory>
+
+#include <functional>
+
+namespace {
+
+Q_LOGGING_CATEGORY(lcRegistration, "quenby.contextmenu")
+
+const QString manifestFile = QStringLiteral("/Quenby/ContextMenu.plist");
+const QString lockFile = QStringLiteral("/org.quenby.Quenby.context-menu.lock");
+/// Of one that writes a menu of thousands of presets.
+constexpr int lockTimeout = 8000;
+
+/// Keeps the first of several failures.
+void keep(FileResult &kept, FileResult result)
+{
+    if (result)
+        return;
+    qCWarning(lcRegistration).noquote() << result.error;
+    if (kept)
+        kept = std::move(result);
+}
+
+FileResult withManifest(const std::function<FileResult(Manifest &)> &action)
+{
+    const QString stateFolder = DesktopFolders::stateHome();
+    const QString runtimeFolder = DesktopFolders::runtimeDirectory();
+    if (stateFolder.isEmpty() || runtimeFolder.isEmpty())
+        return FileResult::failure(QStringLiteral("there is no home to write into"));
+    QString error;
+    const std::optional<FileLock> lock =
+        FileLock::acquire(FileLayer::real(), runtimeFolder + lockFile, lockTimeout, &error);
+    if (!lock)
+        return FileResult::failure(error);
+    Manifest manifest(stateFolder + manifestFile);
+    return action(manifest);
+}
+
+/// Writes the file managers that \a manifest names.
+FileResult writeAll(Manifest &manifest, const QByteArray &helper)
+{
+    if (helper.isEmpty()) {
+        qCWarning(lcRegistration) << "the helper was not found; the menu is written when it starts";
+        return manifest.save();
+    }
+    const PresetMenu menu = Registration::menuFor(helper);
+    const QStringList registered = manifest.fileManagers();
+    FileResult result = manifest.save();
+    if (!result)
+        return result;
+    for (const std::unique_ptr<FileManager> &manager : FileManager::all()) {
+        if (registered.contains(manager->name()))
+            keep(result, manager->write(menu, manifest));
+    }
+    return result;
+}
+
+} // namespace
+
+FileResult Registration::registerWith(const QByteArray &helper)
+{
+    return withManifest([&helper](Manifest &manifest) {
+        for (const std::unique_ptr<FileManager> &manager : FileManager::all()) {
+            if (manager->isPresent())
+                manifest.setEntries(manager->name(), manifest.entries(manager->name()));
+        }
+        return writeAll(manifest, helper);
+    });
+}
+
+FileResult Registration::refresh(const QByteArray &helper)
+{
+    return withManifest([&helper](Manifest &manifest) {
+        return manifest.isRegistered() ? writeAll(manifest, helper) : FileResult();
+    });
+}
+
+FileResult Registration::unregister()
+{
+    return withManifest([](Manifest &manifest) {
+        if (!manifest.isRegistered())
+            return FileResult();
+        FileResult result;
+        for (const std::unique_ptr<FileManager> &manager : FileManager::all())
+            keep(result, manager->remove(manifest));
+        // What could not be removed stays known.
+        keep(result, manifest.fileManagers().isEmpty() ? manifest.remove() : manifest.save());
+        return result;
+    });
+}
+
+PresetMenu Registration::menuFor(const QByteArray &helper)
+{
+    Preferences preferences(QNBProductIdentifier());
+    QNBSettings settings;
+    QNBSettingsStore::read(preferences, HelperFinder::paneOf(helper), settings);
+    return PresetMenu::of(settings.presets, helper);
+}

@@ -1,0 +1,30 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "ContextMenu/PresetMenu.h"
+#include "Platform/DurableFileWriter.h"
+
+#include <QByteArray>
+
+/// The menu in the file managers of this user, as a whole. What fails in one file manager keeps none of the
+/// others from being done; the first reason is told, all are logged.
+///
+/// One of these at a time: processes wait for each other, for a moment.
+namespace Registration {
+
+/// Writes the entries of every file manager that is present. They call \a helper; while that is empty, which
+/// is no failure, the file managers are noted, to be written by the first refresh().
+FileResult registerWith(const QByteArray &helper);
+
+/// Brings what is registered up to the presets of now. Does nothing if nothing is.
+FileResult refresh(const QByteArray &helper);
+
+/// Removes what was written.
+FileResult unregister();
+
+/// The presets of the user, or those that the pane of \a helper comes with if none were ever stored.
+PresetMenu menuFor(const QByteArray &helper);
+
+} // namespace Registration

@@ -1,0 +1,31 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "ContextMenu/FileManager.h"
+
+/// Thunar: an action for each preset in the one file of the user's own actions, which is read when the
+/// program starts. A user without that file has the system's: then ours is made from that, and removed again
+/// when nothing but that is left in it.
+class ThunarMenu final : public FileManager
+{
+public:
+    QString name() const override;
+    FileResult write(const PresetMenu &menu, Manifest &manifest) const override;
+    FileResult remove(Manifest &manifest) const override;
+
+    /// The elements for \a menu. Before version 4.17 the program knows no submenus, and refuses a file that
+    /// has any.
+    static QByteArrayList actions(const PresetMenu &menu, bool withSubmenu);
+
+protected:
+    QString program() const override;
+    QString configurationFolder() const override;
+
+private:
+    QString actionsFile() const;
+    /// What a user without a file of his own has.
+    QByteArray actionsOfTheSystem() const;
+    bool knowsSubmenus() const;
+};

@@ -1,0 +1,101 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "ContextMenu/HelperFinder.h"
+#include "ContextMenu/Registration.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace {
+
+constexpr int wrongUse = 2;
+
+constexpr char usage[] = R"(Usage: QNBContextMenu register [HELPER]
+       QNBContextMenu refresh [HELPER]
+       QNBContextMenu unregister
+       QNBContextMenu --help | --version
+
+Puts a submenu "Quenby" of the presets into the context menus of the file
+managers that are there: Dolphin, Nautilus, Nemo, Thunar, PCManFM-Qt and Caja.
+Choosing a preset has the helper create it in the folder.
+
+Commands:
+  register    Writes the entries, for every file manager that is installed, or
+              has kept settings of this user.
+  refresh     Brings the entries that were registered up to the presets of now,
+              and writes those that are missing. Does nothing if nothing is
+              registered.
+  unregister  Removes exactly what was written.
+
+HELPER is the path of the executable QNBHelper. Without it the helper is looked
+for: beside this plug-in, among the running programs and the login items, in the
+folders of settings panes, in PATH. If it is not found, "register" notes what is
+there, and the helper has the entries written when it starts.
+
+A file of ours that was changed is left alone, and named on the standard error
+output. In Thunar's file, which holds others' actions too, only those are touched
+whose identifier begins with "quenby-". Nautilus and Thunar have to be told to
+quit ("nautilus -q", "thunar -q"), and PCManFM-Qt has to be started again, before
+they show what has changed.
+
+Files:
+  $XDG_DATA_HOME/kio/servicemenus/org.quenby.Quenby.desktop
+  $XDG_DATA_HOME/nautilus/scripts/Quenby/
+  $XDG_DATA_HOME/nemo/actions/quenby-*.nemo_action
+  $XDG_CONFIG_HOME/Thunar/uca.xml
+  $XDG_DATA_HOME/file-manager/actions/quenby*.desktop
+  $XDG_CONFIG_HOME/caja/scripts/Quenby/
+  $XDG_STATE_HOME/Quenby/ContextMenu.plist   what was written
+
+Exit status: 0 if all was done, 1 if something could not be, 2 for wrong use.
+)";
+
+int run(const FileResult &result)
+{
+    if (result)
+        return EXIT_SUCCESS;
+    std::fputs(qPrintable(QStringLiteral("QNBContextMenu: %1\n").arg(result.error)), stderr);
+    return EXIT_FAILURE;
+}
+
+/// The helper that was named, else the one that is found.
+QByteArray helper(const QStringList &arguments)
+{
+    return arguments.size() > 1 ? QFile::encodeName(QDir::cleanPath(QDir().absoluteFilePath(arguments.at(1))))
+                                : HelperFinder::find(QCoreApplication::applicationFilePath());
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    const QCoreApplication application(argc, argv);
+    const QStringList arguments = QCoreApplication::arguments().mid(1);
+    const QString command = arguments.value(0);
+    const bool mayNameHelper = command == u"register" || command == u"refresh";
+    if (arguments.isEmpty() || arguments.size() > (mayNameHelper ? 2 : 1)) {
+        std::fputs(usage, stderr);
+        return wrongUse;
+    }
+    if (command == u"register")
+        return run(Registration::registerWith(helper(arguments)));
+    if (command == u"refresh")
+        return run(Registration::refresh(helper(arguments)));
+    if (command == u"unregister")
+        return run(Registration::unregister());
+    if (command == u"--help" || command == u"-h") {
+        std::fputs(usage, stdout);
+        return EXIT_SUCCESS;
+    }
+    if (command == u"--version") {
+        std::puts("QNBContextMenu " QUENBY_VERSION);
+        return EXIT_SUCCESS;
+    }
+    std::fputs(usage, stderr);
+    return wrongUse;
+}
