@@ -43,6 +43,7 @@ QList<FileManagerWithFiles::File> DolphinMenu::files(const PresetMenu &menu) con
 
     QByteArray entry = QByteArray("[") + DesktopEntryKeys::group + "]\n";
     DesktopEntry::appendString(entry, DesktopEntryKeys::type, "Service");
+    DesktopEntry::appendString(entry, DesktopEntryKeys::name, PresetMenu::title.toUtf8());
     // Asked for by versions before that of 2021.
     DesktopEntry::appendString(entry, "X-KDE-ServiceTypes", "KonqPopupMenu/Plugin");
     DesktopEntry::appendString(entry, "MimeType", "inode/directory;");

@@ -1,0 +1,64 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "ContextMenu/PresetMenu.h"
+
+#include "Tests/ContextMenu/MenuHome.h"
+
+namespace {
+
+class PresetMenuTest : public MenuHome
+{
+protected:
+    QString titleOf(const QString &label) const
+    {
+        const PresetMenu menu = menuOf({label});
+        return menu.items.isEmpty() ? QStringLiteral("nothing") : menu.items.first().title;
+    }
+};
+
+} // namespace
+
+TEST_F(PresetMenuTest, PresetsAreShownByNameInTheirOrder)
+{
+    const PresetMenu menu = menuOf({QStringLiteral("b"), QStringLiteral("a"), QStringLiteral("c")});
+    ASSERT_EQ(menu.items.size(), 3);
+    EXPECT_EQ(menu.items.at(0).title, QStringLiteral("b"));
+    EXPECT_EQ(menu.items.at(2).label, "c");
+    EXPECT_EQ(menu.commandLine(menu.items.at(1)), QByteArrayList({helper(), "--create", "a", "--notify"}));
+}
+
+TEST_F(PresetMenuTest, EveryLabelIsPassedOnAsItIs)
+{
+    const QStringList labels = hostileLabels();
+    const PresetMenu menu = menuOf(labels);
+    ASSERT_EQ(menu.items.size(), labels.size());
+    for (qsizetype index = 0; index < labels.size(); ++index)
+        EXPECT_EQ(menu.items.at(index).label, labels.at(index).toUtf8());
+}
+
+TEST_F(PresetMenuTest, ATitleIsOneLineAndNeitherEmptyNorEndless)
+{
+    EXPECT_EQ(titleOf(QStringLiteral("two\nlines")), QStringLiteral("two\u240Alines"));
+    EXPECT_EQ(titleOf(QString()), QStringLiteral("(no name)"));
+    EXPECT_EQ(titleOf(QStringLiteral("  ")), QStringLiteral("(no name)"));
+    EXPECT_EQ(titleOf(QString(80, u'x')), QString(80, u'x'));
+    EXPECT_EQ(titleOf(QString(81, u'x')), QString(79, u'x') + u'…');
+    // No half of a character is left.
+    EXPECT_EQ(titleOf(QString(78, u'x') + QStringLiteral("😀😀")), QString(78, u'x') + u'…');
+}
+
+TEST_F(PresetMenuTest, OfPresetsWithOneLabelTheFirstIsShown)
+{
+    const PresetMenu menu = menuOf({QStringLiteral("a"), QStringLiteral("b"), QStringLiteral("a")});
+    ASSERT_EQ(menu.items.size(), 2);
+    EXPECT_EQ(menu.items.at(1).label, "b");
+}
+
+TEST_F(PresetMenuTest, WhatNoProgramCanBeGivenIsLeftOut)
+{
+    EXPECT_EQ(titleOf(QStringLiteral("null") + QChar::Null), QStringLiteral("nothing"));
+    EXPECT_EQ(titleOf(QStringLiteral("half") + QChar(u'\xd83d')), QStringLiteral("nothing"));
+    EXPECT_EQ(titleOf(QString(16 * 1024 + 1, u'x')), QStringLiteral("nothing"));
+    EXPECT_EQ(titleOf(QString(16 * 1024, u'x')).size(), 80);
+}

@@ -1,0 +1,201 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+// The bundle as it is installed: copied into a home, run from there, by a user who is not the administrator
+// if there is a choice.
+
+#include "Platform/Bundle.h"
+#include "Tests/ContextMenu/ExecLine.h"
+#include "Tests/ContextMenu/MenuHome.h"
+#include "Tests/Session/ChildProcess.h"
+
+#include <QDir>
+#include <QDirIterator>
+#include <QFile>
+#include <QFileInfo>
+#include <QProcess>
+
+#include <csignal>
+#include <grp.h>
+#include <sys/prctl.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr uid_t nobody = 65534;
+constexpr int timeout = 60000;
+
+class ProgramTest : public MenuHome
+{
+protected:
+    ProgramTest()
+    {
+        makeFolder(plugin() + QStringLiteral("/Contents/MacOS"));
+        for (const char *file : {"/Contents/Info.plist", "/Contents/MacOS/QNBContextMenu"}) {
+            const QString name = QString::fromLatin1(file);
+            EXPECT_TRUE(QFile::copy(QStringLiteral(QUENBY_CONTEXT_MENU) + name, plugin() + name));
+        }
+        storePresets({QStringLiteral("it's a %f $HOME")});
+        haveAllFileManagers();
+        put(calledHelper(), "#!/bin/sh\nprintf '%s\\0' \"$(id -u)\" \"$@\" >\"$HOME/called.new\"\n"
+                            "mv \"$HOME/called.new\" \"$HOME/called\"\n");
+        EXPECT_TRUE(QFile::setPermissions(calledHelper(), QFile::ReadOwner | QFile::ExeOwner));
+        EXPECT_TRUE(QFile::link(QStringLiteral("/usr/bin/id"), in(QStringLiteral("bin/id"))));
+        giveHomeToUser();
+    }
+
+    QString plugin() const
+    {
+        return in(QStringLiteral("Library/Contextual Menu Items/QNBContextMenu.plugin"));
+    }
+    QString calledHelper() const { return in(QStringLiteral("helper \"in\" quotes")); }
+
+    static uid_t user() { return ::geteuid() == 0 ? nobody : ::geteuid(); }
+
+    void giveHomeToUser() const
+    {
+        QStringList paths = {home_.path()};
+        QDirIterator walk(home_.path(), QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
+                          QDirIterator::Subdirectories);
+        while (walk.hasNext())
+            paths.append(walk.next());
+        for (const QString &path : paths)
+            EXPECT_EQ(::lchown(path.toUtf8().constData(), user(), gid_t(-1)), 0);
+    }
+
+    struct Result
+    {
+        int code = -1;
+        QByteArray output;
+        QByteArray errors;
+    };
+
+    Result run(const QString &program, const QStringList &arguments, const QString &address = {}) const
+    {
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("NAUTILUS_SCRIPT_SELECTED_URIS"), address);
+        QProcess process;
+        process.setProcessEnvironment(environment);
+        process.setWorkingDirectory(home_.path());
+        process.setChildProcessModifier([] {
+            ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+            if (::geteuid() == 0 &&
+                (::setgroups(0, nullptr) != 0 || ::setgid(nobody) != 0 || ::setuid(nobody) != 0))
+                ::_exit(127);
+        });
+        process.start(program, arguments);
+        EXPECT_TRUE(process.waitForFinished(timeout)) << qPrintable(process.errorString());
+        const bool hasReturned = process.exitStatus() == QProcess::NormalExit;
+        return {hasReturned ? process.exitCode() : -1, process.readAllStandardOutput(),
+                process.readAllStandardError()};
+    }
+    Result run(const QStringList &arguments) const
+    {
+        return run(plugin() + QStringLiteral("/Contents/MacOS/QNBContextMenu"), arguments);
+    }
+
+    /// Who was called, with what; waits for it.
+    QByteArrayList takeCall() const
+    {
+        const QString record = in(QStringLiteral("called"));
+        EXPECT_TRUE(waitUntil([&] { return QFile::exists(record); }));
+        QByteArrayList call = contentOf(record).split('\0');
+        EXPECT_TRUE(QFile::remove(record));
+        call.removeLast();
+        return call;
+    }
+
+    QByteArrayList expectedCall(const QString &folder) const
+    {
+        return QByteArrayList{QByteArray::number(user())} +
+               callFor(QStringLiteral("it's a %f $HOME"), {folder.toUtf8()});
+    }
+};
+
+} // namespace
+
+TEST_F(ProgramTest, TheBundleSaysWhatItIs)
+{
+    const std::optional<Bundle> bundle = Bundle::bundleWithPath(QStringLiteral(QUENBY_CONTEXT_MENU));
+    ASSERT_TRUE(bundle);
+    EXPECT_EQ(bundle->infoDictionary().value(QStringLiteral("CFBundleShortVersionString")).toString(),
+              QStringLiteral(QUENBY_VERSION));
+    EXPECT_TRUE(QFileInfo(bundle->executablePath()).isExecutable());
+    EXPECT_EQ(QFileInfo(bundle->executablePath()).fileName(), QStringLiteral("QNBContextMenu"));
+}
+
+TEST_F(ProgramTest, ItTellsAboutItself)
+{
+    const Result help = run({QStringLiteral("--help")});
+    EXPECT_EQ(help.code, 0);
+    for (const char *word : {"register", "refresh", "unregister", "HELPER", "Thunar"})
+        EXPECT_TRUE(help.output.contains(word)) << word;
+    EXPECT_EQ(run({QStringLiteral("--version")}).output, "QNBContextMenu " QUENBY_VERSION "\n");
+}
+
+TEST_F(ProgramTest, WrongUseIsRefused)
+{
+    const auto before = contentOfHome();
+    for (const QStringList &arguments :
+         {QStringList(), QStringList(QStringLiteral("install")),
+          QStringList({QStringLiteral("unregister"), QStringLiteral("/bin/sh")}),
+          QStringList({QStringLiteral("register"), QStringLiteral("/bin/sh"), QStringLiteral("/bin/sh")})}) {
+        const Result result = run(arguments);
+        EXPECT_EQ(result.code, 2);
+        EXPECT_TRUE(result.errors.startsWith("Usage:"));
+    }
+    EXPECT_EQ(contentOfHome(), before);
+}
+
+TEST_F(ProgramTest, RegisteredEntriesWorkForAnOrdinaryUser)
+{
+    const Result registered = run({QStringLiteral("register"), calledHelper()});
+    ASSERT_EQ(registered.code, 0) << registered.errors.constData();
+    const QString folder = in(QStringLiteral("a folder"));
+    makeFolder(folder);
+
+    const Result script = run(data(QStringLiteral("nautilus/scripts/Quenby/it's a %f $HOME")), {},
+                              QStringLiteral("file://") + home_.path() + QStringLiteral("/a%20folder"));
+    EXPECT_EQ(script.code, 0) << script.errors.constData();
+    EXPECT_EQ(takeCall(), expectedCall(folder));
+
+    const QString serviceMenu = data(QStringLiteral("kio/servicemenus/org.quenby.Quenby.desktop"));
+    EXPECT_TRUE(QFileInfo(serviceMenu).isExecutable());
+    const std::optional<QByteArray> exec =
+        ExecLine::value(contentOf(serviceMenu), "Desktop Action preset1", "Exec");
+    ASSERT_TRUE(exec);
+    const QString entry = in(QStringLiteral("start.desktop"));
+    put(entry, "[Desktop Entry]\nType=Application\nName=Start\nExec=" + *exec + '\n');
+    const Result started = run(QStringLiteral(QUENBY_GIO), {QStringLiteral("launch"), entry, folder});
+    EXPECT_EQ(started.code, 0) << started.errors.constData();
+    EXPECT_EQ(takeCall(), expectedCall(folder));
+}
+
+TEST_F(ProgramTest, UnregisteredTheHomeIsAsBefore)
+{
+    const auto before = contentOfHome();
+    ASSERT_EQ(run({QStringLiteral("register"), calledHelper()}).code, 0);
+    const auto registered = contentOfHome();
+    const auto times = timesOfHome();
+    EXPECT_NE(registered, before);
+    ASSERT_EQ(run({QStringLiteral("refresh"), calledHelper()}).code, 0);
+    EXPECT_EQ(contentOfHome(), registered);
+    EXPECT_EQ(timesOfHome(), times);
+    ASSERT_EQ(run({QStringLiteral("unregister")}).code, 0);
+    EXPECT_EQ(contentOfHome(), before);
+}
+
+TEST_F(ProgramTest, ARelativePathOfTheHelperIsMadeAbsolute)
+{
+    ASSERT_EQ(run({QStringLiteral("register"), QStringLiteral("./helper \"in\" quotes")}).code, 0);
+    EXPECT_TRUE(contentOf(data(QStringLiteral("nautilus/scripts/Quenby/it's a %f $HOME")))
+                    .contains("exec '" + calledHelper().toUtf8() + '\''));
+}
+
+TEST_F(ProgramTest, AFailureIsToldByItsStatus)
+{
+    put(config(QStringLiteral("Thunar/uca.xml")), "<actions>");
+    const Result result = run({QStringLiteral("register"), calledHelper()});
+    EXPECT_EQ(result.code, 1);
+    EXPECT_TRUE(result.errors.contains("uca.xml")) << result.errors.constData();
+}

@@ -1,0 +1,250 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "ContextMenu/Registration.h"
+
+#include "ContextMenu/FileManager.h"
+#include "Tests/ContextMenu/MenuHome.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+#include <sys/stat.h>
+
+namespace {
+
+class RegistrationTest : public MenuHome
+{
+protected:
+    QString serviceMenu() const { return data(QStringLiteral("kio/servicemenus/org.quenby.Quenby.desktop")); }
+    QString nautilusScript(const char *name) const
+    {
+        return data(QStringLiteral("nautilus/scripts/Quenby/") + QString::fromLatin1(name));
+    }
+    QStringList nautilusScripts() const
+    {
+        return QDir(data(QStringLiteral("nautilus/scripts/Quenby"))).entryList(QDir::Files);
+    }
+    void storeAB() const { storePresets({QStringLiteral("a"), QStringLiteral("b")}); }
+};
+
+} // namespace
+
+TEST_F(RegistrationTest, FileManagersAreThereByTheirProgramOrTheirFolder)
+{
+    const auto present = [] {
+        QStringList names;
+        for (const std::unique_ptr<FileManager> &manager : FileManager::all()) {
+            if (manager->isPresent())
+                names.append(manager->name());
+        }
+        return names;
+    };
+    EXPECT_EQ(present(), QStringList());
+    programs_.add(QStringLiteral("dolphin"));
+    programs_.add(QStringLiteral("pcmanfm-qt"));
+    EXPECT_EQ(present(), QStringList({QStringLiteral("dolphin"), QStringLiteral("pcmanfm-qt")}));
+    haveAllFileManagers();
+    EXPECT_EQ(present().size(), 6);
+}
+
+TEST_F(RegistrationTest, EntriesAreWrittenForThoseThatAreThere)
+{
+    storeAB();
+    makeFolder(data(QStringLiteral("dolphin")));
+    ASSERT_TRUE(Registration::registerWith(helper()));
+    EXPECT_TRUE(contentOf(serviceMenu()).contains("Name=b\n"));
+    EXPECT_FALSE(QFile::exists(data(QStringLiteral("nautilus"))));
+    EXPECT_FALSE(QFile::exists(config(QStringLiteral("Thunar"))));
+    struct stat information = {};
+    ASSERT_EQ(::stat(serviceMenu().toUtf8().constData(), &information), 0);
+    EXPECT_EQ(information.st_mode & 0777, 0700u);
+}
+
+TEST_F(RegistrationTest, TheHomeIsAsBeforeAfterwards)
+{
+    storePresets(hostileLabels());
+    haveAllFileManagers();
+    put(config(QStringLiteral("Thunar/uca.xml")), "<actions>\n<action><name>x</name></action>\n</actions>\n");
+    makeFolder(data(QStringLiteral("nemo/actions")));
+    put(data(QStringLiteral("nemo/actions/theirs.nemo_action")), "theirs");
+    const auto before = contentOfHome();
+    ASSERT_TRUE(Registration::registerWith(helper()));
+    EXPECT_GT(contentOfHome().size(), before.size() + 5 * hostileLabels().size());
+    storeAB();
+    ASSERT_TRUE(Registration::refresh(helper()));
+    storePresets(hostileLabels());
+    ASSERT_TRUE(Registration::unregister());
+    EXPECT_EQ(contentOfHome().keys(), before.keys());
+    storePresets(hostileLabels());
+    auto after = contentOfHome();
+    auto expected = before;
+    // The domain was saved again; its trees have no identity.
+    for (const QString &name : {config(QStringLiteral("org.quenby.Quenby.plist")),
+                                config(QStringLiteral("org.quenby.Quenby.plist.backup"))}) {
+        after.remove(name);
+        expected.remove(name);
+    }
+    EXPECT_EQ(after, expected);
+}
+
+TEST_F(RegistrationTest, TheSameIsNotWrittenAgain)
+{
+    storePresets(hostileLabels());
+    haveAllFileManagers();
+    ASSERT_TRUE(Registration::registerWith(helper()));
+    const auto content = contentOfHome();
+    const auto times = timesOfHome();
+    ASSERT_TRUE(Registration::refresh(helper()));
+    ASSERT_TRUE(Registration::registerWith(helper()));
+    EXPECT_EQ(contentOfHome(), content);
+    EXPECT_EQ(timesOfHome(), times);
+}
+
+TEST_F(RegistrationTest, PresetsThatChangeShowUp)
+{
+    storeAB();
+    haveAllFileManagers();
+    ASSERT_TRUE(Registration::registerWith(helper()));
+    EXPECT_EQ(nautilusScripts(), QStringList({QStringLiteral("a"), QStringLiteral("b")}));
+    storePresets({QStringLiteral("b"), QStringLiteral("c")});
+    ASSERT_TRUE(Registration::refresh(helper()));
+    EXPECT_EQ(nautilusScripts(), QStringList({QStringLiteral("b"), QStringLiteral("c")}));
+    EXPECT_FALSE(contentOf(serviceMenu()).contains("Name=a\n"));
+    EXPECT_TRUE(contentOf(serviceMenu()).contains("Name=c\n"));
+    EXPECT_TRUE(contentOf(config(QStringLiteral("Thunar/uca.xml"))).contains("<name>c</name>"));
+
+    storePresets({});
+    ASSERT_TRUE(Registration::refresh(helper()));
+    EXPECT_FALSE(QFile::exists(serviceMenu()));
+    EXPECT_FALSE(QFile::exists(data(QStringLiteral("nautilus/scripts"))));
+    storeAB();
+    ASSERT_TRUE(Registration::refresh(helper()));
+    EXPECT_EQ(nautilusScripts().size(), 2);
+}
+
+TEST_F(RegistrationTest, WithoutRegistrationNothingIsRefreshed)
+{
+    storeAB();
+    haveAllFileManagers();
+    const auto before = contentOfHome();
+    EXPECT_TRUE(Registration::refresh(helper()));
+    EXPECT_TRUE(Registration::unregister());
+    EXPECT_EQ(contentOfHome(), before);
+}
+
+TEST_F(RegistrationTest, OnlyWhatIsRegisteredIsRefreshed)
+{
+    storeAB();
+    makeFolder(data(QStringLiteral("dolphin")));
+    ASSERT_TRUE(Registration::registerWith(helper()));
+    haveAllFileManagers();
+    ASSERT_TRUE(Registration::refresh(helper()));
+    EXPECT_EQ(nautilusScripts(), QStringList());
+    ASSERT_TRUE(Registration::registerWith(helper()));
+    EXPECT_EQ(nautilusScripts().size(), 2);
+}
+
+TEST_F(RegistrationTest, WithoutAHelperTheMenuWaitsForIt)
+{
+    storeAB();
+    makeFolder(data(QStringLiteral("dolphin")));
+    ASSERT_TRUE(Registration::registerWith({}));
+    EXPECT_FALSE(QFile::exists(serviceMenu()));
+    ASSERT_TRUE(Registration::refresh(helper()));
+    EXPECT_TRUE(contentOf(serviceMenu()).contains("Name=a\n"));
+}
+
+TEST_F(RegistrationTest, PresetsThatWereNeverStoredAreThePanes)
+{
+    makeFolder(pane() + QStringLiteral("/Contents/Resources"));
+    put(pane() + QStringLiteral("/Contents/Resources/DefaultPresets.plist"),
+        "<plist version=\"1.0\"><array><dict><key>label</key><string>By Default</string></dict></array>"
+        "</plist>");
+    const PresetMenu menu = Registration::menuFor(helper());
+    ASSERT_EQ(menu.items.size(), 1);
+    EXPECT_EQ(menu.items.first().label, "By Default");
+    storeAB();
+    EXPECT_EQ(Registration::menuFor(helper()).items.size(), 2);
+}
+
+TEST_F(RegistrationTest, WhatItsUserHasChangedIsLeftAlone)
+{
+    storeAB();
+    haveAllFileManagers();
+    ASSERT_TRUE(Registration::registerWith(helper()));
+    put(nautilusScript("a"), "mine now");
+    put(serviceMenu(), "mine too");
+    ASSERT_TRUE(Registration::refresh(helper()));
+    ASSERT_TRUE(Registration::registerWith(helper()));
+    storePresets({QStringLiteral("b"), QStringLiteral("c")});
+    ASSERT_TRUE(Registration::refresh(helper()));
+    EXPECT_EQ(contentOf(nautilusScript("a")), "mine now");
+    EXPECT_EQ(contentOf(serviceMenu()), "mine too");
+    EXPECT_TRUE(QFile::exists(nautilusScript("c")));
+    ASSERT_TRUE(Registration::unregister());
+    EXPECT_EQ(nautilusScripts(), QStringList(QStringLiteral("a")));
+    EXPECT_EQ(contentOf(serviceMenu()), "mine too");
+    EXPECT_FALSE(QFile::exists(manifest()));
+}
+
+TEST_F(RegistrationTest, WhatWasThereBeforeIsLeftAlone)
+{
+    storeAB();
+    haveAllFileManagers();
+    makeFolder(data(QStringLiteral("nautilus/scripts/Quenby")));
+    put(nautilusScript("a"), "theirs");
+    ASSERT_TRUE(QDir().mkpath(serviceMenu()));
+    const auto before = contentOfHome();
+    ASSERT_TRUE(Registration::registerWith(helper()));
+    EXPECT_EQ(contentOf(nautilusScript("a")), "theirs");
+    EXPECT_TRUE(QFile::exists(nautilusScript("b")));
+    ASSERT_TRUE(Registration::unregister());
+    EXPECT_EQ(contentOfHome(), before);
+}
+
+TEST_F(RegistrationTest, AFolderThatOthersUseStays)
+{
+    storeAB();
+    programs_.add(QStringLiteral("nautilus"));
+    ASSERT_TRUE(Registration::registerWith(helper()));
+    put(data(QStringLiteral("nautilus/scripts/theirs")), "");
+    ASSERT_TRUE(Registration::unregister());
+    EXPECT_EQ(
+        QDir(data(QStringLiteral("nautilus/scripts"))).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
+        QStringList(QStringLiteral("theirs")));
+}
+
+TEST_F(RegistrationTest, OneFailureKeepsNoneOfTheOthers)
+{
+    storeAB();
+    haveAllFileManagers();
+    const QByteArray damaged = "<actions>";
+    put(config(QStringLiteral("Thunar/uca.xml")), damaged);
+    // No folder can be made where a file is.
+    put(data(QStringLiteral("kio")), "");
+    const FileResult result = Registration::registerWith(helper());
+    EXPECT_FALSE(result);
+    EXPECT_EQ(contentOf(config(QStringLiteral("Thunar/uca.xml"))), damaged);
+    EXPECT_EQ(nautilusScripts().size(), 2);
+    EXPECT_TRUE(QFile::exists(config(QStringLiteral("caja/scripts/Quenby/a"))));
+
+    ASSERT_TRUE(QFile::remove(data(QStringLiteral("kio"))));
+    ASSERT_TRUE(QFile::remove(config(QStringLiteral("Thunar/uca.xml"))));
+    EXPECT_TRUE(Registration::refresh(helper()));
+    EXPECT_TRUE(QFile::exists(serviceMenu()));
+    EXPECT_TRUE(Registration::unregister());
+}
+
+TEST_F(RegistrationTest, AManifestThatCannotBeReadCountsAsNone)
+{
+    storeAB();
+    makeFolder(data(QStringLiteral("dolphin")));
+    makeFolder(QFileInfo(manifest()).path());
+    put(manifest(), "no property list");
+    EXPECT_TRUE(Registration::refresh(helper()));
+    EXPECT_FALSE(QFile::exists(serviceMenu()));
+    EXPECT_TRUE(Registration::registerWith(helper()));
+    EXPECT_TRUE(QFile::exists(serviceMenu()));
+}

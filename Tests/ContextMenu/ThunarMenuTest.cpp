@@ -1,0 +1,187 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "ContextMenu/ThunarMenu.h"
+
+#include "ContextMenu/MenuText.h"
+#include "ContextMenu/ThunarActions.h"
+#include "Tests/ContextMenu/MenuHome.h"
+#include "Tests/Session/ChildProcess.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QXmlStreamReader>
+
+namespace {
+
+const QByteArray others = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<actions>\n\n  <action>\n"
+                          "    <name>Open Terminal Here</name>\n    <command>exo-open %f</command>\n"
+                          "  </action>\n\n</actions>";
+
+class ThunarMenuTest : public MenuHome
+{
+protected:
+    ThunarMenuTest() { makeFolder(config(QStringLiteral("Thunar"))); }
+
+    QString file() const { return config(QStringLiteral("Thunar/uca.xml")); }
+
+    FileResult write(const QStringList &labels)
+    {
+        Manifest list(manifest());
+        return ThunarMenu().write(menuOf(labels), list);
+    }
+    FileResult remove()
+    {
+        Manifest list(manifest());
+        const FileResult result = ThunarMenu().remove(list);
+        if (result)
+            EXPECT_TRUE(list.remove());
+        return result;
+    }
+
+    /// The text of each element \a element in the file.
+    QStringList texts(const QString &element) const
+    {
+        QStringList found;
+        QXmlStreamReader reader(contentOf(file()));
+        while (!reader.atEnd()) {
+            if (reader.readNext() == QXmlStreamReader::StartElement && reader.name() == element)
+                found.append(reader.readElementText());
+        }
+        EXPECT_FALSE(reader.hasError()) << qPrintable(reader.errorString());
+        return found;
+    }
+};
+
+} // namespace
+
+TEST_F(ThunarMenuTest, ActionsAreInASubmenu)
+{
+    put(file(), others);
+    ASSERT_TRUE(write({QStringLiteral("a_b"), QStringLiteral("c & <d>")}));
+    EXPECT_EQ(texts(QStringLiteral("name")),
+              QStringList(
+                  {QStringLiteral("Open Terminal Here"), QStringLiteral("a__b"), QStringLiteral("c & <d>")}));
+    EXPECT_EQ(texts(QStringLiteral("submenu")),
+              QStringList({QStringLiteral("Quenby"), QStringLiteral("Quenby")}));
+    EXPECT_EQ(texts(QStringLiteral("unique-id")),
+              QStringList({QStringLiteral("quenby-1"), QStringLiteral("quenby-2")}));
+    EXPECT_EQ(texts(QStringLiteral("directories")).size(), 2);
+}
+
+TEST_F(ThunarMenuTest, AnOldVersionIsGivenNoSubmenu)
+{
+    const QString program = QStringLiteral("thunar");
+    programs_.add(program, "echo 'thunar 4.16.8 (Xfce 4.16)'");
+    ASSERT_TRUE(write({QStringLiteral("a")}));
+    EXPECT_EQ(texts(QStringLiteral("name")), QStringList(QStringLiteral("Quenby: a")));
+    EXPECT_EQ(texts(QStringLiteral("submenu")), QStringList());
+    EXPECT_EQ(programs_.starts(program), QList<QByteArrayList>({{"--version"}}));
+    programs_.add(program, "echo 'thunar 4.17.0 (Xfce 4.17)'");
+    ASSERT_TRUE(write({QStringLiteral("a")}));
+    EXPECT_EQ(texts(QStringLiteral("submenu")), QStringList(QStringLiteral("Quenby")));
+    programs_.add(program, "exit 1");
+    ASSERT_TRUE(write({QStringLiteral("a")}));
+    EXPECT_EQ(texts(QStringLiteral("submenu")), QStringList(QStringLiteral("Quenby")));
+}
+
+TEST_F(ThunarMenuTest, TheCommandsAreReallyRun)
+{
+    QStringList labels = hostileLabels();
+    ASSERT_TRUE(write(labels));
+    const QStringList commands = texts(QStringLiteral("command"));
+    ASSERT_EQ(commands.size(), labels.size());
+    const QString folder = makeFolder(in(QStringLiteral("$(id) 'x' %f")));
+    for (qsizetype index = 0; index < labels.size(); ++index) {
+        // As the file manager does it: the path, quoted, for its code, and the rest to a shell.
+        QString command;
+        const QString &text = commands.at(index);
+        for (qsizetype at = 0; at < text.size(); ++at) {
+            if (text.at(at) != u'%') {
+                command += text.at(at);
+                continue;
+            }
+            ASSERT_LT(++at, text.size());
+            ASSERT_TRUE(text.at(at) == u'%' || text.at(at) == u'f') << qPrintable(text);
+            command += text.at(at) == u'%' ? QStringLiteral("%")
+                                           : QString::fromUtf8(MenuText::shellQuoted(folder.toUtf8()));
+        }
+        expectCalled(QStringLiteral("/bin/sh"), {QStringLiteral("-c"), command}, labels.at(index),
+                     {folder.toUtf8()});
+    }
+    EXPECT_FALSE(QFile::exists(QStringLiteral("owned")));
+}
+
+TEST_F(ThunarMenuTest, WhatXMLCannotHoldIsLeftOut)
+{
+    ASSERT_TRUE(write({QStringLiteral("control \x01"), QStringLiteral("a"), QStringLiteral("none \uffff")}));
+    EXPECT_EQ(texts(QStringLiteral("name")), QStringList(QStringLiteral("a")));
+}
+
+TEST_F(ThunarMenuTest, AFileOfTheUsersIsMergedAndRestored)
+{
+    put(file(), others);
+    ASSERT_TRUE(QFile::setPermissions(file(), QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup));
+    const auto before = contentOfHome();
+    ASSERT_TRUE(write(hostileLabels()));
+    EXPECT_TRUE(contentOf(file()).startsWith(others.chopped(10)));
+    EXPECT_EQ(QFileInfo(file()).permissions() & QFile::ReadGroup, QFile::ReadGroup);
+    ASSERT_TRUE(write({QStringLiteral("another")}));
+    EXPECT_EQ(texts(QStringLiteral("name")).size(), 2);
+    ASSERT_TRUE(remove());
+    EXPECT_EQ(contentOfHome(), before);
+}
+
+TEST_F(ThunarMenuTest, WithoutAFileTheSystemsIsTakenAndThenNotKept)
+{
+    makeFolder(in(QStringLiteral("etc/Thunar")));
+    put(in(QStringLiteral("etc/Thunar/uca.xml")), others);
+    const auto before = contentOfHome();
+    ASSERT_TRUE(write({QStringLiteral("a")}));
+    EXPECT_TRUE(contentOf(file()).startsWith(others.chopped(10)));
+    ASSERT_TRUE(write({QStringLiteral("b")}));
+    ASSERT_TRUE(remove());
+    EXPECT_EQ(contentOfHome(), before);
+}
+
+TEST_F(ThunarMenuTest, WhatOthersHaveAddedMeanwhileIsKept)
+{
+    ASSERT_TRUE(write({QStringLiteral("a")}));
+    const QByteArray theirs = "<action><name>theirs</name></action>\n";
+    put(file(), contentOf(file()).replace("<actions>\n", "<actions>\n" + theirs));
+    ASSERT_TRUE(write({QStringLiteral("b")}));
+    EXPECT_EQ(texts(QStringLiteral("name")), QStringList({QStringLiteral("theirs"), QStringLiteral("b")}));
+    ASSERT_TRUE(remove());
+    EXPECT_EQ(contentOf(file()), ThunarActions::emptyFile().replace("<actions>\n", "<actions>\n" + theirs));
+}
+
+TEST_F(ThunarMenuTest, ASymbolicLinkStaysOne)
+{
+    const QString target = in(QStringLiteral("dotfiles.xml"));
+    put(target, others);
+    ASSERT_TRUE(QFile::link(target, file()));
+    ASSERT_TRUE(write({QStringLiteral("a")}));
+    EXPECT_TRUE(QFileInfo(file()).isSymLink());
+    EXPECT_EQ(texts(QStringLiteral("name")).size(), 2);
+    ASSERT_TRUE(remove());
+    EXPECT_TRUE(QFileInfo(file()).isSymLink());
+    EXPECT_EQ(contentOf(target), others);
+}
+
+TEST_F(ThunarMenuTest, ADamagedFileIsNeverWritten)
+{
+    const QByteArray damaged = others.chopped(3);
+    put(file(), damaged);
+    const FileResult written = write({QStringLiteral("a")});
+    EXPECT_FALSE(written);
+    EXPECT_TRUE(written.error.contains(file())) << qPrintable(written.error);
+    EXPECT_EQ(contentOf(file()), damaged);
+
+    put(file(), others);
+    ASSERT_TRUE(write({QStringLiteral("a")}));
+    const QByteArray broken = contentOf(file()).chopped(3);
+    put(file(), broken);
+    EXPECT_FALSE(write({QStringLiteral("b")}));
+    EXPECT_FALSE(remove());
+    EXPECT_EQ(contentOf(file()), broken);
+}
