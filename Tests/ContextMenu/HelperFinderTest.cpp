@@ -5,7 +5,7 @@
 
 #include "Platform/SharedFileList.h"
 #include "Tests/ContextMenu/MenuHome.h"
-#include "Tests/Session/ChildProcess.h"
+#include "Tests/Session/IdleProgram.h"
 
 #include <QDir>
 #include <QFile>
@@ -59,11 +59,10 @@ TEST_F(HelperFinderTest, WithoutAnyThereIsNone)
 
 TEST_F(HelperFinderTest, ElsewhereTheOneThatRunsIsTaken)
 {
-    const QString program = in(QStringLiteral("QNBHelper"));
-    ASSERT_TRUE(QFile::copy(QStringLiteral(QUENBY_IDLE), program));
-    const ChildProcess running(program);
+    const IdleProgram program(QStringLiteral("QNBHelper"));
+    const std::unique_ptr<ChildProcess> running = program.start();
     copyTo(data(QStringLiteral("PreferencePanes/Other.prefPane") + code));
-    EXPECT_TRUE(waitUntil([&] { return found() == program; })) << qPrintable(found());
+    EXPECT_EQ(found(), program.path());
 }
 
 TEST_F(HelperFinderTest, ThenTheLoginItem)

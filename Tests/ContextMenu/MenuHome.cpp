@@ -144,7 +144,7 @@ void MenuHome::storePresets(const QStringList &labels) const
     for (const QString &label : labels) {
         settings.presets.append(std::make_shared<QNBPresetRecord>());
         settings.presets.last()->setValueForKey(label, QNBPresetKey::label);
-        settings.presets.last()->setFileHierarchy(QNBHierarchyItem::initWithDictionary({}));
+        settings.presets.last()->setFileHierarchy(QNBHierarchyItem::initWithDictionary(QVariantMap()));
     }
     Preferences preferences(QNBProductIdentifier());
     ASSERT_TRUE(QNBSettingsStore::write(preferences, settings));

@@ -33,10 +33,8 @@ protected:
     FileResult remove()
     {
         Manifest list(manifest());
-        const FileResult result = ThunarMenu().remove(list);
-        if (result)
-            EXPECT_TRUE(list.remove());
-        return result;
+        FileResult result = ThunarMenu().remove(list);
+        return result ? list.remove() : result;
     }
 
     /// The text of each element \a element in the file.
