@@ -5,8 +5,8 @@
 
 #include "Source/QNBFolderMenu.h"
 
+#include <QHash>
 #include <QLoggingCategory>
-#include <QSet>
 
 namespace {
 
@@ -14,6 +14,9 @@ Q_LOGGING_CATEGORY(lcPresetMenu, "quenby.contextmenu.presets")
 
 const QByteArray createOption = QByteArrayLiteral("--create");
 const QByteArray notifyOption = QByteArrayLiteral("--notify");
+
+/// Stands before the number of a preset.
+constexpr QChar numberSign = u'#';
 
 /// The kernel takes 128 KiB as one argument; quoting may make four bytes of one, and some file managers hand
 /// the whole line to a shell as one argument.
@@ -34,6 +37,12 @@ QString titleOf(const QString &label)
     return line.left(end) + u'…';
 }
 
+bool canBePassed(const QString &label)
+{
+    const QByteArray bytes = label.toUtf8();
+    return bytes.size() <= longestLabel && !bytes.contains('\0') && QString::fromUtf8(bytes) == label;
+}
+
 } // namespace
 
 const QByteArray PresetMenu::folderOption = QByteArrayLiteral("--in");
@@ -44,24 +53,23 @@ PresetMenu PresetMenu::of(const QList<QNBPresetRecordPtr> &presets, const QByteA
 {
     PresetMenu menu;
     menu.helper = helper;
-    QSet<QString> seen;
-    for (const QNBPresetRecordPtr &preset : presets) {
-        const QString label = preset->label();
-        if (seen.contains(label))
-            continue;
-        seen.insert(label);
-        const QByteArray bytes = label.toUtf8();
-        if (bytes.size() > longestLabel || label.contains(QChar::Null) || QString::fromUtf8(bytes) != label) {
-            qCWarning(lcPresetMenu) << "not in the menu, its name cannot be passed on:"
-                                    << label.left(longestTitle);
+    QHash<QString, int> labels;
+    for (const QNBPresetRecordPtr &preset : presets)
+        ++labels[preset->label()];
+    for (qsizetype index = 0; index < presets.size(); ++index) {
+        const QString label = presets.at(index)->label();
+        const QString number = numberSign + QString::number(index + 1);
+        const bool isUsable = labels.value(label) == 1 && canBePassed(label);
+        if (!isUsable && labels.contains(number)) {
+            qCWarning(lcPresetMenu) << "not in the menu, nothing names it:" << titleOf(label);
             continue;
         }
-        menu.items.append({bytes, titleOf(label)});
+        menu.items.append({(isUsable ? label : number).toUtf8(), titleOf(label)});
     }
     return menu;
 }
 
 QByteArrayList PresetMenu::commandLine(const Item &item) const
 {
-    return {helper, createOption, item.label, notifyOption};
+    return {helper, createOption, item.name, notifyOption};
 }

@@ -13,16 +13,15 @@
 /// What every file manager shows, in whatever form it wants it: a submenu of the presets by name, each of
 /// which calls the helper.
 ///
-/// Labels are data: a user, or whoever sent a preset, may have put anything in them. What cannot be passed to
-/// a program at all (a null character, a lone half of a character, more than the kernel takes as an argument)
-/// is not in the menu, with a line in the log. Of presets with one label the helper means the first: there is
-/// one entry for them.
+/// Labels are data: a user, or whoever sent a preset, may have put anything in them. A preset whose label
+/// cannot be passed to a program at all (a null character, a lone half of a character, more than the kernel
+/// takes as an argument), or that shares it with another, is named by its number in the list.
 struct PresetMenu
 {
     struct Item
     {
-        /// What the helper is given; UTF-8.
-        QByteArray label;
+        /// By which the helper knows the preset: its label in UTF-8, or its number.
+        QByteArray name;
         /// What is shown: one line, not too long, never empty. Not yet escaped for anything.
         QString title;
     };

@@ -24,7 +24,7 @@ TEST_F(PresetMenuTest, PresetsAreShownByNameInTheirOrder)
     const PresetMenu menu = menuOf({QStringLiteral("b"), QStringLiteral("a"), QStringLiteral("c")});
     ASSERT_EQ(menu.items.size(), 3);
     EXPECT_EQ(menu.items.at(0).title, QStringLiteral("b"));
-    EXPECT_EQ(menu.items.at(2).label, "c");
+    EXPECT_EQ(menu.items.at(2).name, "c");
     EXPECT_EQ(menu.commandLine(menu.items.at(1)), QByteArrayList({helper(), "--create", "a", "--notify"}));
 }
 
@@ -34,7 +34,7 @@ TEST_F(PresetMenuTest, EveryLabelIsPassedOnAsItIs)
     const PresetMenu menu = menuOf(labels);
     ASSERT_EQ(menu.items.size(), labels.size());
     for (qsizetype index = 0; index < labels.size(); ++index)
-        EXPECT_EQ(menu.items.at(index).label, labels.at(index).toUtf8());
+        EXPECT_EQ(menu.items.at(index).name, labels.at(index).toUtf8());
 }
 
 TEST_F(PresetMenuTest, ATitleIsOneLineAndNeitherEmptyNorEndless)
@@ -48,17 +48,33 @@ TEST_F(PresetMenuTest, ATitleIsOneLineAndNeitherEmptyNorEndless)
     EXPECT_EQ(titleOf(QString(78, u'x') + QStringLiteral("😀😀")), QString(78, u'x') + u'…');
 }
 
-TEST_F(PresetMenuTest, OfPresetsWithOneLabelTheFirstIsShown)
+TEST_F(PresetMenuTest, PresetsThatShareALabelAreNamedByNumber)
 {
     const PresetMenu menu = menuOf({QStringLiteral("a"), QStringLiteral("b"), QStringLiteral("a")});
-    ASSERT_EQ(menu.items.size(), 2);
-    EXPECT_EQ(menu.items.at(1).label, "b");
+    ASSERT_EQ(menu.items.size(), 3);
+    EXPECT_EQ(menu.items.at(0).name, "#1");
+    EXPECT_EQ(menu.items.at(1).name, "b");
+    EXPECT_EQ(menu.items.at(2).name, "#3");
+    EXPECT_EQ(menu.items.at(2).title, QStringLiteral("a"));
 }
 
-TEST_F(PresetMenuTest, WhatNoProgramCanBeGivenIsLeftOut)
+TEST_F(PresetMenuTest, WhatNoProgramCanBeGivenIsNamedByNumber)
 {
-    EXPECT_EQ(titleOf(QStringLiteral("null") + QChar::Null), QStringLiteral("nothing"));
-    EXPECT_EQ(titleOf(QStringLiteral("half") + QChar(u'\xd83d')), QStringLiteral("nothing"));
-    EXPECT_EQ(titleOf(QString(16 * 1024 + 1, u'x')), QStringLiteral("nothing"));
-    EXPECT_EQ(titleOf(QString(16 * 1024, u'x')).size(), 80);
+    const auto nameOf = [this](const QString &label) {
+        const PresetMenu menu = menuOf({label});
+        return menu.items.size() == 1 ? menu.items.first().name : QByteArray("nothing");
+    };
+    EXPECT_EQ(nameOf(QStringLiteral("null") + QChar::Null), "#1");
+    EXPECT_EQ(nameOf(QStringLiteral("half") + QChar(u'\xd83d')), "#1");
+    EXPECT_EQ(nameOf(QString(16 * 1024 + 1, u'x')), "#1");
+    EXPECT_EQ(nameOf(QString(16 * 1024, u'x')).size(), 16 * 1024);
+}
+
+TEST_F(PresetMenuTest, WhatNothingNamesIsLeftOut)
+{
+    const PresetMenu menu = menuOf({QStringLiteral("a"), QStringLiteral("a"), QStringLiteral("#2")});
+    ASSERT_EQ(menu.items.size(), 2);
+    EXPECT_EQ(menu.items.at(0).name, "#1");
+    EXPECT_EQ(menu.items.at(1).name, "#2");
+    EXPECT_EQ(menu.items.at(1).title, QStringLiteral("#2"));
 }

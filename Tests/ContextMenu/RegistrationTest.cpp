@@ -159,7 +159,7 @@ TEST_F(RegistrationTest, PresetsThatWereNeverStoredAreThePanes)
         "</plist>");
     const PresetMenu menu = Registration::menuFor(helper());
     ASSERT_EQ(menu.items.size(), 1);
-    EXPECT_EQ(menu.items.first().label, "By Default");
+    EXPECT_EQ(menu.items.first().name, "By Default");
     storeAB();
     EXPECT_EQ(Registration::menuFor(helper()).items.size(), 2);
 }
