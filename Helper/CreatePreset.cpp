@@ -6,6 +6,7 @@
 #include "Helper/History.h"
 #include "Helper/Presets.h"
 #include "Helper/ScriptApprovals.h"
+#include "Helper/ScriptChanges.h"
 #include "Shared/Source/QNBShared.h"
 #include "Source/QNBFolderMenu.h"
 
@@ -78,7 +79,10 @@ void runScript(const CreationRequest &request, const QString &name, CreationRepo
             qCWarning(lcCreate) << "the script will have to be allowed again:" << allowed.error;
     }
     const QString target = QDir(report.plan.target()).absolutePath();
+    const ScriptChanges changes;
     report.script = script->run(target, report.label, request.scriptLimits);
+    if (changes.takeInto(report.record))
+        remember(report);
     if (report.script.hasSucceeded())
         return;
     report.status = report.script.outcome == ScriptResult::Outcome::TimedOut ? Status::ScriptTimedOut

@@ -18,11 +18,6 @@ using ::testing::IsEmpty;
 
 namespace {
 
-QString text(const char *string)
-{
-    return QString::fromUtf8(string);
-}
-
 class CommandLineProgramTest : public HelperFixture
 {
 protected:

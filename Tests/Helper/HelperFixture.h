@@ -11,6 +11,11 @@
 #include <QVariantMap>
 #include <gtest/gtest.h>
 
+inline QString text(const char *string)
+{
+    return QString::fromUtf8(string);
+}
+
 /// A user who has the pane with the helper in it, presets, and a folder to create them in.
 class HelperFixture : public ::testing::Test
 {

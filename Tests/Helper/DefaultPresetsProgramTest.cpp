@@ -1,0 +1,151 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Tests/Helper/HelperFixture.h"
+
+#include "Platform/PropertyList.h"
+
+#include <QDir>
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonObject>
+
+#include <array>
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+#include <sys/xattr.h>
+
+using ::testing::ElementsAreArray;
+using ::testing::IsEmpty;
+
+namespace {
+
+/// What a preset says of an item, or what the disk does.
+struct Item
+{
+    QString path;
+    bool isFolder = false;
+    uint mode = 0;
+    uint label = 0;
+    QByteArray bytes;
+
+    friend bool operator==(const Item &, const Item &) = default;
+    friend void PrintTo(const Item &item, std::ostream *stream)
+    {
+        *stream << qPrintable(item.path) << (item.isFolder ? "/ " : " ") << std::oct << item.mode << " label "
+                << item.label << ", " << item.bytes.size() << " bytes";
+    }
+};
+
+QByteArray contentsOf(const QString &path)
+{
+    QFile file(path);
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << qPrintable(path);
+    return file.readAll();
+}
+
+class DefaultPresetsProgramTest : public HelperFixture
+{
+protected:
+    QVariantList presets() const
+    {
+        const PropertyList::ReadResult result =
+            PropertyList::read(contentsOf(resources() + text("/DefaultPresets.plist")));
+        EXPECT_TRUE(result) << qPrintable(result.error);
+        return result.value->toList();
+    }
+
+    /// Sorted by path.
+    static std::vector<Item> itemsOf(const QVariantMap &preset)
+    {
+        std::vector<Item> items;
+        addChildren(preset.value(text("fileHierarchy")).toMap(), QString(), items);
+        std::sort(items.begin(), items.end(),
+                  [](const Item &left, const Item &right) { return left.path < right.path; });
+        return items;
+    }
+
+    std::vector<Item> itemsOnDisk() const
+    {
+        std::vector<Item> items;
+        for (const QString &entry : tree()) {
+            Item item;
+            item.isFolder = entry.endsWith(u'/');
+            item.path = item.isFolder ? entry.chopped(1) : entry;
+            const QByteArray path = QFile::encodeName(target() + u'/' + item.path);
+            struct stat status = {};
+            EXPECT_EQ(::lstat(path.constData(), &status), 0);
+            item.mode = status.st_mode & 07777;
+            std::array<unsigned char, 32> information{};
+            if (::lgetxattr(path.constData(), "user.com.apple.FinderInfo", information.data(),
+                            information.size()) == ssize_t(information.size()))
+                item.label = (information[9] >> 1) & 7;
+            if (!item.isFolder)
+                item.bytes = contentsOf(target() + u'/' + item.path);
+            items.push_back(item);
+        }
+        std::sort(items.begin(), items.end(),
+                  [](const Item &left, const Item &right) { return left.path < right.path; });
+        return items;
+    }
+
+private:
+    static void addChildren(const QVariantMap &folder, const QString &prefix, std::vector<Item> &items)
+    {
+        static const QStringList colors = {QString(),    text("gray"),   text("green"), text("purple"),
+                                           text("blue"), text("yellow"), text("red"),   text("orange")};
+        for (const QVariant &child : folder.value(text("children")).toList()) {
+            const QVariantMap dictionary = child.toMap();
+            Item item;
+            item.path = prefix + dictionary.value(text("filename")).toString();
+            item.isFolder = dictionary.value(text("isFolder")).toBool();
+            item.mode = dictionary.value(text("permissions"), text("764")).toString().toUInt(nullptr, 8);
+            item.label = uint(colors.indexOf(dictionary.value(text("color")).toString()));
+            const QString content = dictionary.value(text("contentFilename")).toString();
+            if (!content.isEmpty())
+                item.bytes =
+                    contentsOf(resources() + text("/QNB Default AppSupport/File Content/") + content);
+            items.push_back(item);
+            if (item.isFolder)
+                addChildren(dictionary, item.path + u'/', items);
+        }
+    }
+};
+
+} // namespace
+
+TEST_F(DefaultPresetsProgramTest, EachIsCreatedAsItIsDescribedAndUndone)
+{
+    const QVariantList all = presets();
+    ASSERT_FALSE(all.isEmpty());
+    for (const QVariant &entry : all) {
+        const QVariantMap preset = entry.toMap();
+        const QString label = preset.value(text("label")).toString();
+        SCOPED_TRACE(qPrintable(label));
+        const Ended created = create(label, {text("--no-script")});
+        ASSERT_EQ(created.code, 0) << created.errors.constData();
+        const std::vector<Item> expected = itemsOf(preset);
+        EXPECT_FALSE(expected.empty());
+        EXPECT_THAT(itemsOnDisk(), ElementsAreArray(expected));
+        const Ended undone = run({text("--undo")});
+        EXPECT_EQ(undone.code, 0) << undone.errors.constData();
+        EXPECT_THAT(tree(), IsEmpty());
+    }
+}
+
+TEST_F(DefaultPresetsProgramTest, TheirScriptsRunWithoutBeingAskedAbout)
+{
+    for (const QVariant &entry : presets()) {
+        const QVariantMap preset = entry.toMap();
+        SCOPED_TRACE(qPrintable(preset.value(text("label")).toString()));
+        const Ended created = create(preset.value(text("label")).toString(), {text("--json")});
+        EXPECT_EQ(created.code, 0) << created.errors.constData();
+        const QJsonObject script =
+            created.json().object().value(text("creations"))[0].toObject().value(text("script")).toObject();
+        EXPECT_EQ(script.value(text("outcome")), text("exited"));
+        for (const Item &item : itemsOnDisk())
+            EXPECT_FALSE(item.bytes.contains("[[PROJECT NAME]]")) << qPrintable(item.path);
+        ASSERT_TRUE(QDir(target()).removeRecursively());
+        ASSERT_TRUE(QDir().mkpath(target()));
+    }
+}

@@ -1,0 +1,83 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Helper/History.h"
+
+#include "Tests/Platform/FileFixture.h"
+
+namespace {
+
+class HistoryTest : public FileFixture
+{
+protected:
+    HistoryTest()
+    {
+        creation_.id = QStringLiteral("first");
+        creation_.label = QStringLiteral("A preset \u00e4");
+        creation_.record.target = "/some/where";
+        Creation::Record::Entry entry;
+        entry.kind = Creation::Record::Entry::Kind::File;
+        entry.mode = 0640;
+        entry.name = "made";
+        entry.identity = {5, 7};
+        entry.size = 12;
+        entry.modified = {100, 999};
+        creation_.record.entries.push_back(entry);
+    }
+
+    QString file() const { return in(QStringLiteral("state/Quenby/LastCreation.plist")); }
+
+    const History history_{in(QStringLiteral("state/Quenby"))};
+    History::Creation creation_;
+    QString error_;
+};
+
+} // namespace
+
+TEST_F(HistoryTest, RemembersTheLastOne)
+{
+    EXPECT_FALSE(history_.read(&error_));
+    EXPECT_EQ(error_, QString());
+    ASSERT_TRUE(history_.store(creation_));
+    creation_.id = QStringLiteral("second");
+    ASSERT_TRUE(history_.store(creation_));
+    const std::optional<History::Creation> read = history_.read(&error_);
+    ASSERT_TRUE(read) << qPrintable(error_);
+    EXPECT_EQ(read->id, QStringLiteral("second"));
+    EXPECT_EQ(read->label, creation_.label);
+    EXPECT_EQ(read->record.target, creation_.record.target);
+    ASSERT_EQ(read->record.entries.size(), 1U);
+    EXPECT_EQ(read->record.entries[0].name, "made");
+    EXPECT_EQ(read->record.entries[0].identity, (Creation::FileIdentity{5, 7}));
+    EXPECT_EQ(read->record.entries[0].modified.tv_nsec, 999);
+}
+
+TEST_F(HistoryTest, Forgets)
+{
+    ASSERT_TRUE(history_.store(creation_));
+    ASSERT_TRUE(history_.forget());
+    EXPECT_FALSE(history_.read(&error_));
+    EXPECT_EQ(error_, QString());
+    EXPECT_TRUE(history_.forget()) << "nothing to do is no failure";
+}
+
+TEST_F(HistoryTest, TellsWhatItCannotReadOrWrite)
+{
+    ASSERT_TRUE(history_.store(creation_));
+    for (const QByteArray &damaged :
+         {QByteArray(), QByteArray("bplist00"), QByteArray("<plist version=\"1.0\"><dict/></plist>")}) {
+        put(file(), damaged);
+        EXPECT_FALSE(history_.read(&error_));
+        EXPECT_FALSE(error_.isEmpty()) << damaged.constData();
+    }
+    put(in(QStringLiteral("file")), "no folder");
+    const History nowhere(in(QStringLiteral("file/Quenby")));
+    EXPECT_FALSE(nowhere.store(creation_));
+    EXPECT_FALSE(nowhere.lock(&error_));
+}
+
+TEST_F(HistoryTest, IsClosedToOthers)
+{
+    ASSERT_TRUE(history_.store(creation_));
+    EXPECT_EQ(QFile::permissions(file()) & (QFile::ReadGroup | QFile::ReadOther), QFile::Permissions());
+}

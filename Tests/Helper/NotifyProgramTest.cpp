@@ -1,0 +1,134 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Tests/Helper/FakeDesktop.h"
+#include "Tests/Helper/HelperFixture.h"
+#include "Tests/Session/PrivateBus.h"
+#include "Tests/Session/SilentSocket.h"
+
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusVirtualObject>
+
+#include <gmock/gmock.h>
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+
+namespace {
+
+const QString connectionName = QStringLiteral("fake-helper");
+
+/// A helper that runs, and writes down what it is asked for.
+class FakeHelper final : public QDBusVirtualObject
+{
+public:
+    enum class Manner { Helpful, Refusing };
+
+    FakeHelper(const QString &busAddress, Manner manner)
+        : manner_(manner)
+    {
+        QDBusConnection connection = QDBusConnection::connectToBus(busAddress, connectionName);
+        EXPECT_TRUE(connection.registerVirtualObject(text("/org/quenby/QNBHelper"), this));
+        EXPECT_TRUE(connection.registerService(text("org.quenby.QNBHelper")));
+    }
+    ~FakeHelper() override { QDBusConnection::disconnectFromBus(connectionName); }
+
+    QStringList orders() const { return orders_; }
+
+private:
+    bool handleMessage(const QDBusMessage &message, const QDBusConnection &connection) override
+    {
+        const QList<QVariant> arguments = message.arguments();
+        orders_ << text("%1.%2(%3) %4 in %5")
+                       .arg(message.interface(), message.member(), message.signature(),
+                            arguments.value(0).toString(), arguments.value(1).toStringList().join(u' '));
+        connection.send(manner_ == Manner::Helpful
+                            ? message.createReply()
+                            : message.createErrorReply(QDBusError::Failed, text("not now")));
+        return true;
+    }
+    QString introspect(const QString &) const override { return {}; }
+
+    const Manner manner_;
+    QStringList orders_;
+};
+
+class NotifyProgramTest : public HelperFixture
+{
+protected:
+    NotifyProgramTest() { storePresets({preset(text("A preset"), {file(text("made"))})}); }
+
+    Ended createAndNotify(const QString &busAddress, const QStringList &more = {})
+    {
+        return create(text("A preset"), QStringList{text("--notify")} + more, busAddress);
+    }
+
+    PrivateBus bus_;
+};
+
+} // namespace
+
+TEST_F(NotifyProgramTest, ARunningHelperIsAskedToDoIt)
+{
+    const FakeHelper helper(bus_.address(), FakeHelper::Manner::Helpful);
+    const FakeDesktop desktop(bus_.address(), {});
+    const Ended asked = createAndNotify(bus_.address(), {text("--in"), text("other")});
+    EXPECT_EQ(asked.code, 0) << asked.errors.constData();
+    EXPECT_THAT(helper.orders(), ElementsAre(text("org.quenby.QNBHelper.Create(sas) A preset in %1 %2")
+                                                 .arg(target(), home_.filePath(text("other")))));
+    EXPECT_THAT(tree(), IsEmpty());
+    EXPECT_THAT(desktop.shown(), IsEmpty()) << "the running helper tells";
+}
+
+TEST_F(NotifyProgramTest, WithoutOneItDoesItAndNotifies)
+{
+    const FakeDesktop desktop(bus_.address(), {});
+    const Ended created = createAndNotify(bus_.address());
+    EXPECT_EQ(created.code, 0) << created.errors.constData();
+    EXPECT_THAT(tree(), ElementsAre(text("made")));
+    ASSERT_EQ(desktop.shown().size(), 1);
+    EXPECT_THAT(desktop.shown()[0].title.toStdString(), HasSubstr("\"A preset\" was created"));
+    EXPECT_THAT(desktop.shown()[0].text.toStdString(), HasSubstr(target().toStdString()));
+}
+
+TEST_F(NotifyProgramTest, WhatIsAskedForEspeciallyIsDoneHere)
+{
+    const FakeHelper helper(bus_.address(), FakeHelper::Manner::Helpful);
+    const FakeDesktop desktop(bus_.address(), {});
+    EXPECT_EQ(createAndNotify(bus_.address(), {text("--on-conflict"), text("refuse")}).code, 0);
+    EXPECT_THAT(helper.orders(), IsEmpty());
+    EXPECT_THAT(tree(), ElementsAre(text("made")));
+    EXPECT_EQ(desktop.shown().size(), 1);
+}
+
+TEST_F(NotifyProgramTest, AFailureIsNotifiedToo)
+{
+    const FakeDesktop desktop(bus_.address(), {});
+    const Ended failed =
+        run({text("--create"), text("Absent"), text("--in"), target(), text("--notify")}, bus_.address());
+    EXPECT_EQ(failed.code, 2);
+    ASSERT_EQ(desktop.shown().size(), 1);
+    EXPECT_THAT(desktop.shown()[0].title.toStdString(), HasSubstr("\"Absent\" was not created"));
+    EXPECT_FALSE(desktop.shown()[0].text.isEmpty());
+}
+
+TEST_F(NotifyProgramTest, AHelperThatRefusesIsNotGoneBehind)
+{
+    const FakeHelper helper(bus_.address(), FakeHelper::Manner::Refusing);
+    const FakeDesktop desktop(bus_.address(), {});
+    const Ended refused = createAndNotify(bus_.address());
+    EXPECT_EQ(refused.code, 4);
+    EXPECT_THAT(refused.errors.toStdString(), HasSubstr("not now"));
+    EXPECT_THAT(tree(), IsEmpty());
+    EXPECT_EQ(desktop.shown().size(), 1);
+}
+
+TEST_F(NotifyProgramTest, WithoutABusItDoesItAllTheSame)
+{
+    const SilentSocket silence;
+    for (const QString &address : {QString(), silence.busAddress()})
+        EXPECT_EQ(createAndNotify(address).code, 0) << qPrintable(address);
+    EXPECT_THAT(tree(), ElementsAre(text("made"), text("made-1")));
+}
