@@ -48,7 +48,12 @@ QString obstacles(const Creation::Plan &plan)
 
 void remember(const CreationReport &report)
 {
-    if (const FileResult stored = History().store({report.id, report.label, report.record}); !stored)
+    const History history;
+    QString error;
+    const std::optional<FileLock> lock = history.lock(&error);
+    const FileResult stored =
+        lock ? history.store({report.id, report.label, report.record}) : FileResult::failure(error);
+    if (!stored)
         qCWarning(lcCreate) << "the creation cannot be undone:" << stored.error;
 }
 
@@ -122,7 +127,9 @@ Creation::Plan planCreation(const CreationRequest &request)
     setUpApplicationSupport();
     Creation::Options options;
     options.onConflict = request.onConflict;
-    return Creation::plan(*request.preset->fileHierarchy(), request.folder, options);
+    // A record that was never given a tree has nothing to create.
+    const QNBHierarchyItemPtr &root = request.preset->fileHierarchy();
+    return Creation::plan(root ? *root : *QNBHierarchyItem::init(), request.folder, options);
 }
 
 CreationReport createPreset(const CreationRequest &request, const Creation::Progress &progress)

@@ -20,6 +20,8 @@ const QString idKey = QStringLiteral("id");
 const QString labelKey = QStringLiteral("label");
 const QString recordKey = QStringLiteral("record");
 
+const QString noFolder = QStringLiteral("there is no folder for the program's state");
+
 /// In milliseconds. Undoing a large creation takes as long as making it.
 constexpr int lockTimeout = 30'000;
 
@@ -46,9 +48,7 @@ FileResult History::store(const Creation &creation) const
         {idKey, creation.id}, {labelKey, creation.label}, {recordKey, creation.record.toVariant()}});
     if (!bytes)
         return FileResult::failure(bytes.error);
-    const DurableFileWriter writer;
-    const FileResult made = writer.makeFolder(folder_);
-    return made ? writer.write(path(), *bytes.bytes) : made;
+    return DurableFileWriter().write(path(), *bytes.bytes);
 }
 
 std::optional<History::Creation> History::read(QString *error) const
@@ -78,7 +78,9 @@ FileResult History::forget() const
 std::optional<FileLock> History::lock(QString *error) const
 {
     const DurableFileWriter writer;
-    if (const FileResult made = writer.makeFolder(folder_); !made) {
+    if (const FileResult made =
+            folder_.isEmpty() ? FileResult::failure(noFolder) : writer.makeFolder(folder_);
+        !made) {
         *error = made.error;
         return std::nullopt;
     }

@@ -28,13 +28,13 @@ public:
     History();
     explicit History(QString folder);
 
-    /// Replaces what was kept; durable when it returns.
+    /// Replaces what was kept; durable when it returns. Under the lock, like forget().
     FileResult store(const Creation &creation) const;
     /// None without one, and then without an error, or if it cannot be read.
     std::optional<Creation> read(QString *error) const;
     FileResult forget() const;
 
-    /// For whoever reads first and stores or forgets then. None on failure, with the reason in \a error.
+    /// None on failure, with the reason in \a error.
     std::optional<FileLock> lock(QString *error) const;
 
 private:

@@ -94,6 +94,8 @@ bool ScriptApprovals::isAllowed(const QByteArray &content) const
 FileResult ScriptApprovals::allow(const QByteArray &content) const
 {
     const DurableFileWriter writer;
+    if (folder_.isEmpty())
+        return FileResult::failure(QStringLiteral("there is no folder for the program's state"));
     if (FileResult made = writer.makeFolder(folder_); !made)
         return made;
     QString error;

@@ -13,11 +13,10 @@ namespace {
 /// In seconds. Nobody has found a new file, opened, changed and saved it by then.
 constexpr time_t longestScript = 10;
 
-/// As file systems note it: this clock stands still for a moment at a time.
-timespec now()
+timespec now(clockid_t clock)
 {
     timespec time = {};
-    ::clock_gettime(CLOCK_REALTIME_COARSE, &time);
+    ::clock_gettime(clock, &time);
     return time;
 }
 
@@ -29,13 +28,14 @@ bool isBefore(const timespec &one, const timespec &other)
 } // namespace
 
 ScriptChanges::ScriptChanges()
-    : begin_(now())
+    // What file systems note may come from this clock, which stands still for a moment at a time.
+    : begin_(now(CLOCK_REALTIME_COARSE))
 {
 }
 
 bool ScriptChanges::takeInto(Creation::Record &record) const
 {
-    const timespec end = now();
+    const timespec end = now(CLOCK_REALTIME);
     if (isBefore(end, begin_) || end.tv_sec - begin_.tv_sec > longestScript)
         return false;
     bool hasChanged = false;

@@ -13,7 +13,7 @@ struct ScriptLimits
 {
     std::chrono::milliseconds duration = std::chrono::minutes(5);
     /// Bytes of output that are kept; the rest is counted.
-    qint64 output = 1024 * 1024;
+    qint64 output = qint64(1024) * 1024;
     /// The script is ended as soon as this can be read from; -1 for none.
     int interruption = -1;
 };

@@ -11,7 +11,9 @@ class HistoryTest : public FileFixture
 {
 protected:
     HistoryTest()
+        : lock_(history_.lock(&error_))
     {
+        EXPECT_TRUE(lock_) << qPrintable(error_);
         creation_.id = QStringLiteral("first");
         creation_.label = QStringLiteral("A preset \u00e4");
         creation_.record.target = "/some/where";
@@ -30,6 +32,9 @@ protected:
     const History history_{in(QStringLiteral("state/Quenby"))};
     History::Creation creation_;
     QString error_;
+
+private:
+    const std::optional<FileLock> lock_;
 };
 
 } // namespace
@@ -74,6 +79,7 @@ TEST_F(HistoryTest, TellsWhatItCannotReadOrWrite)
     const History nowhere(in(QStringLiteral("file/Quenby")));
     EXPECT_FALSE(nowhere.store(creation_));
     EXPECT_FALSE(nowhere.lock(&error_));
+    EXPECT_FALSE(History(QString()).lock(&error_));
 }
 
 TEST_F(HistoryTest, IsClosedToOthers)

@@ -1,6 +1,9 @@
 // SPDX-FileCopyrightText: Quenby contributors
 // SPDX-License-Identifier: MIT
 
+#include "Tests/Session/ChildProcess.h"
+#include "Tests/Session/StandInPrograms.h"
+
 #include <QDate>
 #include <QDir>
 #include <QDirIterator>
@@ -8,6 +11,7 @@
 #include <QFileInfo>
 #include <QProcess>
 #include <QTemporaryDir>
+#include <csignal>
 #include <gtest/gtest.h>
 
 namespace {
@@ -210,4 +214,25 @@ TEST_F(DefaultAppSupportTest, WriteContentsListListsTheTreeOnce)
     write(list, "mine\n");
     EXPECT_EQ(run(writeContentsList), 0);
     EXPECT_EQ(contents(list), QByteArray("mine\n"));
+}
+
+TEST_F(DefaultAppSupportTest, OpenInFileManagerLeavesTheFileManagerToItself)
+{
+    StandInPrograms programs;
+    const QString fileManager = QStringLiteral("xdg-open");
+    programs.add(fileManager, "exec sleep 600");
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("PATH"),
+                       programs.folder() + u':' + environment.value(QStringLiteral("PATH")));
+    QProcess script;
+    script.setProcessEnvironment(environment);
+    script.start(scriptsFolder + QStringLiteral("/Open in File Manager.sh"),
+                 {target_, QStringLiteral("A Preset")});
+    // Until its output has no more writers, too.
+    ASSERT_TRUE(script.waitForFinished()) << qPrintable(script.errorString());
+    EXPECT_EQ(script.exitCode(), 0) << script.readAllStandardError().constData();
+
+    ASSERT_TRUE(waitUntil([&] { return !programs.processes(fileManager).isEmpty(); }));
+    EXPECT_EQ(programs.starts(fileManager), QList<QByteArrayList>({{QFile::encodeName(target_)}}));
+    EXPECT_EQ(::kill(pid_t(programs.processes(fileManager).constFirst()), SIGKILL), 0);
 }

@@ -1,0 +1,130 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Helper/CreatePreset.h"
+
+#include "Tests/Session/TemporaryHome.h"
+
+#include <QDir>
+#include <QFile>
+
+#include <gmock/gmock.h>
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+namespace {
+
+/// A user whose folders this process uses for the time of a test.
+class CreatePresetTest : public ::testing::Test
+{
+protected:
+    CreatePresetTest()
+    {
+        qputenv(stateVariable, home_.stateFolder().toUtf8());
+        request_.folder = home_.filePath(QStringLiteral("target"));
+        EXPECT_TRUE(QDir().mkpath(request_.folder));
+        request_.preset = std::make_shared<QNBPresetRecord>();
+        request_.preset->setValueForKey(QStringLiteral("A preset"), QNBPresetKey::label);
+        const QNBHierarchyItemPtr root = QNBHierarchyItem::init();
+        for (const QString &name : {QStringLiteral("one"), QStringLiteral("two"), QStringLiteral("three")}) {
+            const QNBHierarchyItemPtr item = QNBHierarchyItem::init();
+            item->setFilename(name);
+            root->addChild(item);
+        }
+        request_.preset->setFileHierarchy(root);
+    }
+    ~CreatePresetTest() override
+    {
+        if (stateBefore_.isNull())
+            qunsetenv(stateVariable);
+        else
+            qputenv(stateVariable, stateBefore_);
+    }
+
+    QStringList names() const { return QDir(request_.folder).entryList(QDir::Files, QDir::Name); }
+
+    TemporaryHome home_;
+    CreationRequest request_;
+
+private:
+    static constexpr char stateVariable[] = "XDG_STATE_HOME";
+    const QByteArray stateBefore_ = qgetenv(stateVariable);
+};
+
+} // namespace
+
+TEST_F(CreatePresetTest, CreatesAndTellsHowFarItIs)
+{
+    qsizetype last = 0;
+    qsizetype outOf = 0;
+    const CreationReport report = createPreset(request_, [&](qsizetype done, qsizetype total) {
+        last = done;
+        outOf = total;
+        return true;
+    });
+    EXPECT_EQ(report.status, CreationReport::Status::Created) << qPrintable(report.message);
+    EXPECT_TRUE(report.isCreated());
+    EXPECT_EQ(report.label, QStringLiteral("A preset"));
+    EXPECT_EQ(last, 3);
+    EXPECT_EQ(outOf, 3);
+    EXPECT_EQ(report.script.outcome, ScriptResult::Outcome::NotRun);
+    EXPECT_THAT(names(), ElementsAre(QStringLiteral("one"), QStringLiteral("three"), QStringLiteral("two")));
+}
+
+TEST_F(CreatePresetTest, OneThatIsCancelledLeavesNothing)
+{
+    const CreationReport report = createPreset(request_, [](qsizetype done, qsizetype) { return done < 2; });
+    EXPECT_EQ(report.status, CreationReport::Status::Cancelled);
+    EXPECT_FALSE(report.isCreated());
+    EXPECT_THAT(names(), IsEmpty());
+    EXPECT_EQ(undoLastCreation().status, UndoReport::Status::NothingToUndo);
+}
+
+TEST_F(CreatePresetTest, ARecordWithoutATreeCreatesNothing)
+{
+    request_.preset->setFileHierarchy(nullptr);
+    EXPECT_EQ(createPreset(request_).status, CreationReport::Status::Created);
+    EXPECT_THAT(names(), IsEmpty());
+}
+
+TEST_F(CreatePresetTest, ProblemsAreTold)
+{
+    request_.folder = home_.filePath(QStringLiteral("absent"));
+    const CreationReport report = createPreset(request_);
+    EXPECT_EQ(report.status, CreationReport::Status::Problems);
+    EXPECT_FALSE(report.message.isEmpty());
+    EXPECT_FALSE(report.isCreated());
+}
+
+TEST_F(CreatePresetTest, AnEarlierCreationIsUndoneByItsReportAndTheLastOneRemembered)
+{
+    const CreationReport first = createPreset(request_);
+    const CreationReport second = createPreset(request_);
+    EXPECT_NE(first.id, second.id);
+    EXPECT_EQ(names().size(), 6);
+    EXPECT_EQ(undoCreation(first).status, UndoReport::Status::Undone);
+    EXPECT_THAT(names(),
+                ElementsAre(QStringLiteral("one-1"), QStringLiteral("three-1"), QStringLiteral("two-1")));
+    const UndoReport undone = undoLastCreation();
+    EXPECT_EQ(undone.status, UndoReport::Status::Undone) << qPrintable(undone.message);
+    EXPECT_EQ(undone.label, QStringLiteral("A preset"));
+    EXPECT_THAT(names(), IsEmpty());
+}
+
+TEST_F(CreatePresetTest, TheLastOneIsForgottenOnceItsReportUndidIt)
+{
+    const CreationReport report = createPreset(request_);
+    EXPECT_EQ(undoCreation(report).status, UndoReport::Status::Undone);
+    EXPECT_EQ(undoLastCreation().status, UndoReport::Status::NothingToUndo);
+    EXPECT_EQ(undoCreation(report).status, UndoReport::Status::Refused);
+}
+
+TEST_F(CreatePresetTest, OneThatCannotBeRememberedIsCreatedAllTheSame)
+{
+    QFile inTheWay(home_.stateFolder() + QStringLiteral("/Quenby"));
+    ASSERT_TRUE(inTheWay.open(QIODevice::WriteOnly));
+    EXPECT_EQ(createPreset(request_).status, CreationReport::Status::Created);
+    EXPECT_EQ(names().size(), 3);
+    EXPECT_EQ(undoLastCreation().status, UndoReport::Status::Refused);
+}
