@@ -4,7 +4,6 @@
 #include "ContextMenu/HelperFinder.h"
 
 #include "Platform/FileURL.h"
-#include "Platform/ProcessTable.h"
 #include "Platform/SharedFileList.h"
 
 #include <QDir>
@@ -41,11 +40,12 @@ QString besidePlugin(const QString &ownPath)
     return executableOf(folder.absoluteFilePath(helperBundle));
 }
 
-QString running()
+QString running(const QString &root)
 {
-    const QList<ProcessSerialNumber> processes = ProcessTable::processesNamed(helperName);
+    const QList<ProcessSerialNumber> processes = ProcessTable::processesNamed(helperName, root);
     for (const ProcessSerialNumber &process : processes) {
-        const std::optional<ProcessInformation> information = ProcessTable::getProcessInformation(process);
+        const std::optional<ProcessInformation> information =
+            ProcessTable::getProcessInformation(process, root);
         if (information && isHelper(information->path))
             return information->path;
     }
@@ -95,13 +95,14 @@ QString inSearchPath()
 
 } // namespace
 
-QByteArray HelperFinder::find(const QString &ownPath)
+QByteArray HelperFinder::find(const QString &ownPath, const QString &processRoot)
 {
     QString path = besidePlugin(ownPath);
-    for (QString (*const look)() : {running, loginItem, inPane, inSearchPath}) {
-        if (!path.isEmpty())
-            break;
-        path = look();
+    if (path.isEmpty())
+        path = running(processRoot);
+    for (QString (*const look)() : {loginItem, inPane, inSearchPath}) {
+        if (path.isEmpty())
+            path = look();
     }
     return path.isEmpty() ? QByteArray() : QFile::encodeName(QDir::cleanPath(path));
 }

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "Platform/Bundle.h"
+#include "Platform/ProcessTable.h"
 
 #include <QByteArray>
 #include <QString>
@@ -16,7 +17,7 @@ namespace HelperFinder {
 /// Looked for is, in this order: the helper beside the plug-in whose executable is \a ownPath, the helper
 /// that runs, the one that is a login item, the ones in the panes of the user and of the system, the one in
 /// the search path.
-QByteArray find(const QString &ownPath);
+QByteArray find(const QString &ownPath, const QString &processRoot = ProcessTable::standardRoot);
 
 /// The pane that the executable \a helper lies in, links resolved.
 std::optional<Bundle> paneOf(const QByteArray &helper);

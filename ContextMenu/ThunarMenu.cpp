@@ -93,8 +93,11 @@ QByteArray ThunarMenu::actionsOfTheSystem() const
     return ThunarActions::emptyFile();
 }
 
-bool ThunarMenu::knowsSubmenus() const
+bool ThunarMenu::knowsSubmenus(const QByteArray &file) const
 {
+    // No other version would have written, or read, that.
+    if (file.contains("<submenu"))
+        return true;
     const QString path = QStandardPaths::findExecutable(program());
     if (path.isEmpty())
         return true;
@@ -157,7 +160,7 @@ FileResult ThunarMenu::write(const PresetMenu &menu, Manifest &manifest) const
         entries.sharedFiles.insert(path, Manifest::hashOf(present));
     }
     const std::optional<QByteArray> wanted =
-        ThunarActions::withActions(present, actions(menu, knowsSubmenus()), &error);
+        ThunarActions::withActions(present, actions(menu, knowsSubmenus(present)), &error);
     if (!wanted)
         return FileResult::failure(QStringLiteral("%1 is left alone, it is damaged: %2").arg(path, error));
     manifest.setEntries(name(), entries);

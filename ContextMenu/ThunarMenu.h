@@ -27,5 +27,6 @@ private:
     QString actionsFile() const;
     /// What a user without a file of his own has.
     QByteArray actionsOfTheSystem() const;
-    bool knowsSubmenus() const;
+    /// Whether the program that reads \a file does.
+    bool knowsSubmenus(const QByteArray &file) const;
 };

@@ -38,7 +38,9 @@ protected:
         return in(QStringLiteral("Library/Contextual Menu Items/QNBContextMenu.plugin")) + code +
                QStringLiteral("QNBContextMenu");
     }
-    QString found() const { return QString::fromUtf8(HelperFinder::find(installedPlugin())); }
+    /// Other helpers than those of the test may run on this machine.
+    QString processes() const { return makeFolder(in(QStringLiteral("proc"))); }
+    QString found() const { return QString::fromUtf8(HelperFinder::find(installedPlugin(), processes())); }
 };
 
 } // namespace
@@ -61,6 +63,8 @@ TEST_F(HelperFinderTest, ElsewhereTheOneThatRunsIsTaken)
 {
     const IdleProgram program(QStringLiteral("QNBHelper"));
     const std::unique_ptr<ChildProcess> running = program.start();
+    const QString number = QString::number(running->pid());
+    ASSERT_TRUE(QFile::link(ProcessTable::standardRoot + u'/' + number, processes() + u'/' + number));
     copyTo(data(QStringLiteral("PreferencePanes/Other.prefPane") + code));
     EXPECT_EQ(found(), program.path());
 }

@@ -36,13 +36,12 @@ QStringList entriesBelow(const QString &folder)
 
 } // namespace
 
-MenuHome::MenuHome()
+MenuHome::MenuHome(Programs programs)
 {
     QProcessEnvironment environment = home_.environment();
     environment.insert(QStringLiteral("XDG_CONFIG_DIRS"), in(QStringLiteral("etc")));
-    // Whatever file managers this machine has are not those of this user.
-    environment.insert(QStringLiteral("PATH"),
-                       programs_.folder() + QStringLiteral(":") + in(QStringLiteral("bin")));
+    if (programs == Programs::Few)
+        environment.insert(QStringLiteral("PATH"), programs_.folder() + u':' + in(QStringLiteral("bin")));
     for (const QString &name : environment.keys()) {
         before_.insert(name.toUtf8(), qgetenv(name.toUtf8().constData()));
         qputenv(name.toUtf8().constData(), environment.value(name).toUtf8());
@@ -138,13 +137,13 @@ void MenuHome::haveAllFileManagers() const
         makeFolder(config(QString::fromLatin1(folder)));
 }
 
-void MenuHome::storePresets(const QStringList &labels) const
+void MenuHome::storePresets(const QStringList &labels, const QVariantMap &hierarchy) const
 {
     QNBSettings settings;
     for (const QString &label : labels) {
         settings.presets.append(std::make_shared<QNBPresetRecord>());
         settings.presets.last()->setValueForKey(label, QNBPresetKey::label);
-        settings.presets.last()->setFileHierarchy(QNBHierarchyItem::initWithDictionary(QVariantMap()));
+        settings.presets.last()->setFileHierarchy(QNBHierarchyItem::initWithDictionary(hierarchy));
     }
     Preferences preferences(QNBProductIdentifier());
     ASSERT_TRUE(QNBSettingsStore::write(preferences, settings));
@@ -182,9 +181,13 @@ void MenuHome::expectCalled(const QString &program, const QStringList &arguments
     ChildProcess process(program, arguments, environment);
     ASSERT_TRUE(process.waitForEnd());
     EXPECT_TRUE(process.hasReturned(0)) << process.errors().constData();
+    expectCall(label, folders);
+}
+
+void MenuHome::expectCall(const QString &label, const QByteArrayList &folders)
+{
     ++calls_;
-    ASSERT_TRUE(waitUntil([&] { return programs_.processes(calls).size() == calls_; }))
-        << qPrintable(label) << process.errors().constData();
+    ASSERT_TRUE(waitUntil([&] { return programs_.processes(calls).size() == calls_; })) << qPrintable(label);
     const QByteArrayList call = callFor(label, folders);
     EXPECT_EQ(programs_.starts(calls).count(call), seen_[call] + 1)
         << call.join('|').constData() << "\nstarted instead:\n"

@@ -19,7 +19,12 @@
 class MenuHome : public ::testing::Test
 {
 protected:
-    MenuHome();
+    enum class Programs {
+        /// A shell and little more: whatever file managers this machine has are not those of this user.
+        Few,
+        OfThisMachine
+    };
+    explicit MenuHome(Programs programs = Programs::Few);
     ~MenuHome() override;
 
     /// What has to be shown as it is, whatever it means to those who read the entries.
@@ -37,8 +42,8 @@ protected:
 
     /// Has every file manager that the plug-in knows be there.
     void haveAllFileManagers() const;
-    /// Presets with these labels are stored in the user's domain.
-    void storePresets(const QStringList &labels) const;
+    /// Presets with these labels are stored in the user's domain, all with the tree \a hierarchy.
+    void storePresets(const QStringList &labels, const QVariantMap &hierarchy = {}) const;
 
     /// What the entries are to call.
     QByteArray helper() const { return helper_.toUtf8(); }
@@ -51,6 +56,8 @@ protected:
     /// \a folders.
     void expectCalled(const QString &program, const QStringList &arguments, const QString &label,
                       const QByteArrayList &folders, const QMap<QString, QString> &variables = {});
+    /// Expects that the helper is called once more, likewise; waits for it.
+    void expectCall(const QString &label, const QByteArrayList &folders);
     bool hasBeenCalled() const;
     /// The arguments that the helper is to get.
     static QByteArrayList callFor(const QString &label, const QByteArrayList &folders);
