@@ -6,12 +6,11 @@
 #include "Host/HostWindow.h"
 #include "Host/InstanceGuard.h"
 #include "Host/PaneFinder.h"
-#include "Host/TerminationSignals.h"
 #include "Platform/SessionBus.h"
+#include "Platform/TerminationSignals.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
-#include <QLoggingCategory>
 #include <QStandardPaths>
 #include <QThread>
 
@@ -23,8 +22,6 @@
 using namespace std::chrono_literals;
 
 namespace {
-
-Q_LOGGING_CATEGORY(lcHost, "quenby.host")
 
 /// A bus that is there answers within a millisecond or two.
 constexpr auto busTimeout = 300ms;
@@ -62,16 +59,6 @@ bool isQuestion(int argc, char **argv)
     return std::any_of(argv + 1, argv + std::max(argc, 1), asks);
 }
 
-/// The library's own windows (accessibility, theme) would wait half a minute for a bus that says nothing, and
-/// some would start a bus where there is none.
-void avoidSilentBus()
-{
-    if (SessionBus::ask(SessionBus::address(), busTimeout) == SessionBus::Answer::Yes)
-        return;
-    qCInfo(lcHost) << "going on without a session bus";
-    qputenv(SessionBus::addressVariable, SessionBus::noBusAddress.toLatin1());
-}
-
 void showRequestedPane(HostWindow &window, const QString &requested)
 {
     if (!requested.isEmpty()) {
@@ -103,7 +90,8 @@ int main(int argc, char **argv)
 
     // The platform plug-in takes it away.
     const QByteArray activationToken = qgetenv("XDG_ACTIVATION_TOKEN");
-    avoidSilentBus();
+    // The library's own windows (accessibility, theme) use it.
+    SessionBus::keepIfItAnswers(busTimeout);
     QGuiApplication::setDesktopFileName(QStringLiteral(QUENBY_IDENTIFIER));
     QApplication application(argc, argv);
     parser.process(application);

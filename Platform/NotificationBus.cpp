@@ -24,6 +24,10 @@ const QString interfaceName = QStringLiteral("org.quenby.DistributedNotification
 const QString busService = QStringLiteral("org.freedesktop.DBus");
 const QString busPath = QStringLiteral("/org/freedesktop/DBus");
 
+/// What the library says of the connection itself.
+const QString localPath = QStringLiteral("/org/freedesktop/DBus/Local");
+const QString localInterface = QStringLiteral("org.freedesktop.DBus.Local");
+
 constexpr auto answerTimeout = 1000ms;
 constexpr auto silencePause = 5000ms;
 constexpr auto reconnectInterval = 2000ms;
@@ -94,6 +98,11 @@ bool NotificationBus::connectToBus()
     bool everythingSubscribed = connection_->isConnected();
     for (const QString &name : std::as_const(names_))
         everythingSubscribed = everythingSubscribed && subscribe(name);
+    if (everythingSubscribed) {
+        connection_->connect({}, localPath, localInterface, QStringLiteral("Disconnected"), this,
+                             SLOT(disconnected()));
+        reconnect_.stop();
+    }
     return everythingSubscribed;
 }
 
@@ -111,12 +120,15 @@ void NotificationBus::listen(const QString &name)
         return;
     names_.insert(name);
     // Connecting subscribes to every name.
-    const bool isNew = connection_ && connection_->isConnected();
-    if (isNew)
-        subscribe(name);
-    else
-        connectToBus();
-    reconnect_.start();
+    const bool isSubscribed = connection_ && connection_->isConnected() ? subscribe(name) : connectToBus();
+    if (!isSubscribed)
+        reconnect_.start();
+}
+
+void NotificationBus::disconnected()
+{
+    if (!names_.isEmpty() && !connectToBus())
+        reconnect_.start();
 }
 
 bool NotificationBus::subscribe(const QString &name)

@@ -60,6 +60,7 @@ public:
 
 private Q_SLOTS:
     void received(const QDBusMessage &signal);
+    void disconnected();
 
 private:
     bool connectToBus();
@@ -74,5 +75,6 @@ private:
     bool lostSome_ = false;
     /// A bus that was silent is not asked again before.
     QDeadlineTimer silentUntil_;
+    /// Runs only while there is somebody to listen for and no bus to listen to.
     QTimer reconnect_;
 };

@@ -231,3 +231,12 @@ SessionBus::Answer SessionBus::ask(const QString &address, std::chrono::millisec
     qCDebug(lcBus) << "no answer from the bus at" << address;
     return best;
 }
+
+bool SessionBus::keepIfItAnswers(std::chrono::milliseconds timeout)
+{
+    if (ask(address(), timeout) == Answer::Yes)
+        return true;
+    qCInfo(lcBus) << "going on without a session bus";
+    qputenv(addressVariable, noBusAddress.toLatin1());
+    return false;
+}

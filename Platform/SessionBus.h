@@ -33,4 +33,8 @@ enum class Answer {
 /// Connects, authenticates and says hello; at most \a timeout altogether. Only Unix sockets are tried.
 Answer ask(const QString &address, std::chrono::milliseconds timeout);
 
+/// Takes a bus that does not answer within \a timeout out of the environment, before any library meets it:
+/// some wait half a minute for it, and some start a bus where there is none. Whether a bus is left.
+bool keepIfItAnswers(std::chrono::milliseconds timeout);
+
 } // namespace SessionBus

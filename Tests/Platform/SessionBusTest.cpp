@@ -62,6 +62,22 @@ TEST_F(SessionBusAddressTest, IsNoneWithoutEither)
     EXPECT_EQ(SessionBus::ask(SessionBus::address(), 1s), Answer::Nobody);
 }
 
+TEST_F(SessionBusAddressTest, OneThatAnswersIsKept)
+{
+    const PrivateBus bus;
+    qputenv(SessionBus::addressVariable, bus.address().toUtf8());
+    EXPECT_TRUE(SessionBus::keepIfItAnswers(5s));
+    EXPECT_EQ(SessionBus::address(), bus.address());
+}
+
+TEST_F(SessionBusAddressTest, OneThatIsSilentIsTakenAway)
+{
+    const SilentSocket silent;
+    qputenv(SessionBus::addressVariable, silent.busAddress().toUtf8());
+    EXPECT_FALSE(SessionBus::keepIfItAnswers(50ms));
+    EXPECT_EQ(SessionBus::address(), SessionBus::noBusAddress);
+}
+
 TEST(SessionBusTest, ARunningBusAnswers)
 {
     const PrivateBus bus;

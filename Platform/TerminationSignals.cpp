@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: Quenby contributors
 // SPDX-License-Identifier: MIT
 
-#include "Host/TerminationSignals.h"
+#include "Platform/TerminationSignals.h"
 
 #include <array>
 #include <cerrno>
