@@ -70,6 +70,11 @@ std::optional<History::Creation> History::read(QString *error) const
     return Creation{stored.value(idKey).toString(), stored.value(labelKey).toString(), *record};
 }
 
+bool History::hasCreation() const
+{
+    return QFileInfo::exists(path());
+}
+
 FileResult History::forget() const
 {
     return DurableFileWriter().remove(path());

@@ -33,6 +33,8 @@ public:
     /// None without one, and then without an error, or if it cannot be read.
     std::optional<Creation> read(QString *error) const;
     FileResult forget() const;
+    /// Whether something is kept, readable or not.
+    bool hasCreation() const;
 
     /// None on failure, with the reason in \a error.
     std::optional<FileLock> lock(QString *error) const;

@@ -91,8 +91,7 @@ bool Notifications::connectToBus()
 void Notifications::show(const Notice &notice)
 {
     if (!connectToBus()) {
-        qCInfo(lcNotifications) << "not shown, there is no bus:" << notice.title;
-        lostSome_ = true;
+        lose(notice, QStringLiteral("there is no bus"));
         return;
     }
     if (capabilities_) {
@@ -114,9 +113,8 @@ void Notifications::askForCapabilities()
         isAsking_ = false;
         const QDBusPendingReply<QStringList> reply = *watcher;
         if (reply.isError()) {
-            qCInfo(lcNotifications) << "nobody shows notifications:" << reply.error().message();
-            lostSome_ = true;
-            waiting_.clear();
+            for (const Notice &notice : std::exchange(waiting_, {}))
+                lose(notice, reply.error().message());
             return;
         }
         capabilities_ = reply.value();
@@ -142,17 +140,24 @@ void Notifications::send(const Notice &notice)
 
     ++unanswered_;
     auto *watcher = new QDBusPendingCallWatcher(bus_->asyncCall(message, answerTimeout), this);
-    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher, handler = notice.handler] {
+    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher, notice] {
         watcher->deleteLater();
         --unanswered_;
         const QDBusPendingReply<uint> reply = *watcher;
         if (reply.isError()) {
-            qCInfo(lcNotifications) << "not shown:" << reply.error().message();
-            lostSome_ = true;
-        } else if (handler) {
-            handlers_.insert(reply.value(), handler);
+            lose(notice, reply.error().message());
+        } else if (notice.handler) {
+            handlers_.insert(reply.value(), notice.handler);
         }
     });
+}
+
+void Notifications::lose(const Notice &notice, const QString &reason)
+{
+    qCInfo(lcNotifications) << "not shown:" << notice.title << reason;
+    lostSome_ = true;
+    if (notice.notShown)
+        notice.notShown();
 }
 
 bool Notifications::flush(std::chrono::milliseconds timeout)

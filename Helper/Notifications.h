@@ -41,6 +41,8 @@ public:
         QList<Action> actions = {};
         /// Called on the event loop when the user chooses an action, as long as the notice is shown.
         std::function<void(const QString &key)> handler = {};
+        /// Called on the event loop, or by show(), if it turns out that nobody shows it.
+        std::function<void()> notShown = {};
     };
 
     explicit Notifications(QString busAddress = SessionBus::address());
@@ -60,6 +62,7 @@ private:
     bool connectToBus();
     void askForCapabilities();
     void send(const Notice &notice);
+    void lose(const Notice &notice, const QString &reason);
 
     const QString busAddress_;
     /// Among the names that the library keeps for the whole process.

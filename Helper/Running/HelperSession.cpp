@@ -1,0 +1,226 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Helper/Running/HelperSession.h"
+
+#include "Helper/History.h"
+#include "Helper/Presets.h"
+#include "Helper/Running/OwnedWindow.h"
+#include "Helper/Running/PaneLauncher.h"
+#include "Helper/Running/ScriptPanel.h"
+#include "Platform/DesktopFolders.h"
+
+#include <QCoreApplication>
+#include <QCursor>
+#include <QDir>
+#include <QFileDialog>
+#include <QLoggingCategory>
+
+#include <chrono>
+
+using namespace std::chrono_literals;
+
+namespace {
+
+Q_LOGGING_CATEGORY(lcSession, "quenby.helper.session")
+
+/// The pane saves several times in a row when its windows come and go.
+constexpr auto reloadDelay = 100ms;
+/// For the bus to know, before the settings are read, that we listen for their changes.
+constexpr auto listenTimeout = 500ms;
+
+QString translated(const char *text)
+{
+    return QCoreApplication::translate("HelperSession", text);
+}
+
+} // namespace
+
+HelperSession::HelperSession(bool hasBus)
+    : hasBus_(hasBus)
+    , folders_(helperStateFolder())
+    , worker_({
+          .begun = [this](const CreationOrder &order) { panel_.begin(order); },
+          .ended =
+              [this](const CreationOrder &order, const std::shared_ptr<CreationReport> &report) {
+                  panel_.end();
+                  if (!isQuitting_)
+                      notices_.show(order, report);
+              },
+          .undone =
+              [this](const UndoReport &report) {
+                  if (!isQuitting_)
+                      notices_.show(report);
+              },
+          .askAboutScript = [this](const CreationOrder &order,
+                                   const Script &script) { askAboutScript(order, script); },
+          .idle =
+              [this] {
+                  if (isQuitting_)
+                      QCoreApplication::exit();
+              },
+      })
+    , panel_([this] { return worker_.progress(); }, [this] { worker_.cancel(); })
+    , notices_([this](const std::shared_ptr<CreationReport> &report) { worker_.undo(report); })
+    , hotKeys_(hasBus, [this] { popUpMenu(); })
+{
+    reloadTimer_.setSingleShot(true);
+    reloadTimer_.setInterval(reloadDelay);
+    connect(&reloadTimer_, &QTimer::timeout, this, &HelperSession::reload);
+}
+
+HelperSession::~HelperSession() = default;
+
+void HelperSession::start()
+{
+    notificationCenter_.addObserver(QNBPresetConfigurationChangedNotification,
+                                    [this] { reloadTimer_.start(); });
+    if (hasBus_ && !notificationCenter_.flush(listenTimeout))
+        qCWarning(lcSession) << "changes of the presets may not be heard of";
+    reload();
+    if (hasBus_)
+        object_.emplace([this](const QString &preset, const QStringList &folders, QString *error) {
+            return createByName(preset, folders, error);
+        });
+    trayWatch_.emplace(hasBus_, [this](TrayWatch::Tray tray) {
+        tray_ = tray;
+        updateTray();
+    });
+}
+
+void HelperSession::quit()
+{
+    if (isQuitting_)
+        return;
+    isQuitting_ = true;
+    worker_.cancelAll();
+    if (!worker_.isBusy())
+        QCoreApplication::exit();
+}
+
+void HelperSession::reload()
+{
+    const QNBSettings settings = readSettings();
+    labels_.clear();
+    for (const QNBPresetRecordPtr &preset : settings.presets)
+        labels_.append(preset->label());
+    qCInfo(lcSession) << "presets in the menu:" << labels_.size();
+    showsInTray_ = settings.showMenubar;
+    updateTray();
+    if (trayMenu_)
+        fill(*trayMenu_);
+    if (popupMenu_)
+        fill(*popupMenu_);
+    hotKeys_.set({settings.shortcutCombo.flags, settings.shortcutCombo.code});
+    contextMenu_.refresh();
+}
+
+void HelperSession::updateTray()
+{
+    const bool isShown = trayIcon_.has_value();
+    const bool isWanted = tray_ && showsInTray_;
+    if (isWanted == isShown)
+        return;
+    trayIcon_.reset();
+    trayMenu_.reset();
+    if (!isWanted)
+        return;
+    trayMenu_.emplace(tray_ == TrayWatch::Tray::OnBus ? MenuText::Reader::Tray : MenuText::Reader::Library,
+                      menuHandlers());
+    fill(*trayMenu_);
+    trayIcon_.emplace(*trayMenu_);
+}
+
+void HelperSession::popUpMenu()
+{
+    if (isQuitting_)
+        return;
+    if (!popupMenu_)
+        popupMenu_.emplace(MenuText::Reader::Library, menuHandlers());
+    popupMenu_->menu().popup(QCursor::pos());
+}
+
+void HelperSession::fill(PresetMenu &menu) const
+{
+    menu.setContent(labels_, folders_.existing());
+    menu.setCanUndo(History().hasCreation());
+}
+
+PresetMenu::Handlers HelperSession::menuHandlers()
+{
+    return {
+        .create = [this](qsizetype preset, const QString &folder) { create(preset, folder); },
+        .chooseFolder = [this](qsizetype preset) { chooseFolder(preset); },
+        .undo = [this] { worker_.undoLast(); },
+        .openPane = [this] { openPane(); },
+        .quit = [this] { quit(); },
+        .aboutToShow = [this](PresetMenu &menu) { fill(menu); },
+    };
+}
+
+void HelperSession::create(qsizetype preset, const QString &folder)
+{
+    if (isQuitting_ || preset >= labels_.size())
+        return;
+    folders_.add(folder);
+    worker_.create({preset, labels_[preset], folder});
+}
+
+void HelperSession::chooseFolder(qsizetype preset)
+{
+    if (isQuitting_ || preset >= labels_.size())
+        return;
+    const QString label = labels_[preset];
+    auto *dialog = new QFileDialog;
+    dialog->setWindowTitle(translated("Create \"%1\" In").arg(label));
+    dialog->setFileMode(QFileDialog::Directory);
+    dialog->setOption(QFileDialog::ShowDirsOnly);
+    const QStringList last = folders_.existing();
+    dialog->setDirectory(last.isEmpty() ? DesktopFolders::home() : last.constFirst());
+    connect(dialog, &QFileDialog::fileSelected, this, [this, preset, label](const QString &folder) {
+        // The list may have changed meanwhile.
+        const qsizetype place =
+            preset < labels_.size() && labels_[preset] == label ? preset : labels_.indexOf(label);
+        create(place < 0 ? labels_.size() : place, QDir::cleanPath(folder));
+    });
+    OwnedWindow::show(dialog, this);
+}
+
+bool HelperSession::createByName(const QString &preset, const QStringList &folders, QString *error)
+{
+    const QNBSettings settings = readSettings();
+    const QNBPresetRecordPtr record = presetNamed(settings.presets, preset, error);
+    if (!record)
+        return false;
+    for (const QString &folder : folders) {
+        if (!QDir::isAbsolutePath(folder)) {
+            *error = translated("%1 is not an absolute path").arg(folder);
+            return false;
+        }
+    }
+    for (const QString &folder : folders) {
+        folders_.add(QDir::cleanPath(folder));
+        worker_.create({settings.presets.indexOf(record), record->label(), folder});
+    }
+    return true;
+}
+
+void HelperSession::askAboutScript(const CreationOrder &order, const Script &script)
+{
+    if (isQuitting_)
+        return;
+    panel_.end();
+    OwnedWindow::show(new ScriptPanel(order, script,
+                                      [this, order](bool mayRun) {
+                                          panel_.begin(order);
+                                          worker_.answerAboutScript(mayRun);
+                                      }),
+                      this);
+}
+
+void HelperSession::openPane()
+{
+    if (!PaneLauncher::launch())
+        notices_.showProblem(translated("Quenby could not be opened"),
+                             translated("Its settings program was not found."));
+}

@@ -1,0 +1,72 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "Helper/Running/ContextMenuRefresh.h"
+#include "Helper/Running/CreationNotices.h"
+#include "Helper/Running/CreationPanel.h"
+#include "Helper/Running/CreationWorker.h"
+#include "Helper/Running/HelperObject.h"
+#include "Helper/Running/HotKeys.h"
+#include "Helper/Running/PresetMenu.h"
+#include "Helper/Running/RecentFolders.h"
+#include "Helper/Running/TrayIcon.h"
+#include "Helper/Running/TrayWatch.h"
+#include "Platform/DistributedNotificationCenter.h"
+
+#include <QObject>
+#include <QPointer>
+#include <QStringList>
+#include <QTimer>
+
+#include <memory>
+#include <optional>
+
+/// The running helper: brings together the settings, where they are offered, and what the user chooses.
+class HelperSession : public QObject
+{
+public:
+    /// The session bus is used if \a hasBus.
+    explicit HelperSession(bool hasBus);
+    ~HelperSession() override;
+
+    void start();
+    /// Ends the event loop once what is being created has been cancelled and undone.
+    void quit();
+
+private:
+    void reload();
+    void updateTray();
+    void fill(PresetMenu &menu) const;
+    void popUpMenu();
+    PresetMenu::Handlers menuHandlers();
+
+    void create(qsizetype preset, const QString &folder);
+    void chooseFolder(qsizetype preset);
+    bool createByName(const QString &preset, const QStringList &folders, QString *error);
+    void askAboutScript(const CreationOrder &order, const Script &script);
+    void openPane();
+
+    const bool hasBus_;
+    bool isQuitting_ = false;
+    RecentFolders folders_;
+    QStringList labels_;
+    bool showsInTray_ = false;
+    ContextMenuRefresh contextMenu_;
+    CreationWorker worker_;
+    CreationPanel panel_;
+    CreationNotices notices_;
+    /// Of a burst of changes the last one is read.
+    QTimer reloadTimer_;
+    DistributedNotificationCenter notificationCenter_;
+    std::optional<HelperObject> object_;
+    HotKeys hotKeys_;
+    /// For the hot key.
+    std::optional<PresetMenu> popupMenu_;
+    /// Once there is one.
+    std::optional<TrayWatch::Tray> tray_;
+    std::optional<TrayWatch> trayWatch_;
+    std::optional<PresetMenu> trayMenu_;
+    std::optional<TrayIcon> trayIcon_;
+};

@@ -1,0 +1,114 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Helper/Running/HotKeys.h"
+
+#include "Helper/Running/GlobalAccelHotKey.h"
+#include "Helper/Running/X11HotKey.h"
+#include "Helper/Running/XConnection.h"
+
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
+#include <QDBusPendingReply>
+#include <QLoggingCategory>
+
+#include <utility>
+
+namespace {
+
+Q_LOGGING_CATEGORY(lcHotKey, "quenby.helper.hotkey")
+
+const QString busService = QStringLiteral("org.freedesktop.DBus");
+const QString busPath = QStringLiteral("/org/freedesktop/DBus");
+const QString globalAccelService = QStringLiteral("org.kde.kglobalaccel");
+
+} // namespace
+
+HotKeys::HotKeys(bool hasBus, std::function<void()> pressed)
+    : hasBus_(hasBus)
+    , pressed_(std::move(pressed))
+{
+}
+
+HotKeys::~HotKeys() = default;
+
+void HotKeys::set(const KeyCombo &combo)
+{
+    if (combo == combo_)
+        return;
+    combo_ = combo;
+    ++generation_;
+    hotKey_.reset();
+    if (combo_.isEmpty()) {
+        qCInfo(lcHotKey) << "there is no hot key";
+        return;
+    }
+    if (KeyCodes::toQt(combo_))
+        tryWay(Way::GlobalAccel);
+    else
+        qCWarning(lcHotKey) << "there is no such key as that of the hot key:" << combo_.code;
+}
+
+void HotKeys::tryWay(Way way)
+{
+    switch (way) {
+    case Way::GlobalAccel:
+        if (hasBus_)
+            askForGlobalAccel();
+        else
+            tryWay(Way::X11);
+        break;
+    case Way::X11:
+        if (XConnection::get())
+            grabBy(Way::X11);
+        else
+            tryWay(Way::None);
+        break;
+    case Way::None:
+        qCWarning(lcHotKey) << "there is no way to hear of the hot key here";
+        break;
+    }
+}
+
+void HotKeys::askForGlobalAccel()
+{
+    QDBusMessage question =
+        QDBusMessage::createMethodCall(busService, busPath, busService, QStringLiteral("NameHasOwner"));
+    question << globalAccelService;
+    auto *answer = new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(question), this);
+    connect(answer, &QDBusPendingCallWatcher::finished, this, [this, answer, generation = generation_] {
+        answer->deleteLater();
+        const QDBusPendingReply<bool> isOwned = *answer;
+        if (generation == generation_)
+            (isOwned.isError() || !isOwned.value()) ? tryWay(Way::X11) : grabBy(Way::GlobalAccel);
+    });
+}
+
+void HotKeys::grabBy(Way way)
+{
+    HotKey::Handlers handlers{
+        .pressed = pressed_,
+        .granted =
+            [this] { qCInfo(lcHotKey) << "the hot key is heard by" << qUtf8Printable(hotKey_->name()); },
+        .refused =
+            [this, way, generation = generation_](const QString &reason) {
+                qCWarning(lcHotKey) << "not by" << qUtf8Printable(hotKey_->name()) << reason;
+                // It is still at work.
+                QMetaObject::invokeMethod(
+                    this,
+                    [this, way, generation] {
+                        if (generation != generation_)
+                            return;
+                        hotKey_.reset();
+                        tryWay(way == Way::GlobalAccel ? Way::X11 : Way::None);
+                    },
+                    Qt::QueuedConnection);
+            },
+    };
+    if (way == Way::GlobalAccel)
+        hotKey_ = std::make_unique<GlobalAccelHotKey>(std::move(handlers));
+    else
+        hotKey_ = std::make_unique<X11HotKey>(std::move(handlers));
+    hotKey_->grab(*KeyCodes::toQt(combo_));
+}

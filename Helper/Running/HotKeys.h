@@ -1,0 +1,39 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "Helper/Running/HotKey.h"
+#include "Platform/KeyCodes.h"
+
+#include <QObject>
+
+#include <functional>
+#include <memory>
+
+/// The user's hot key, by the first of the desktop's ways that takes it: the desktop's own hot keys, then a
+/// grab on an X screen. If none does there is no hot key, and the log says so.
+class HotKeys : public QObject
+{
+public:
+    /// The session bus is used if \a hasBus.
+    HotKeys(bool hasBus, std::function<void()> pressed);
+    ~HotKeys() override;
+
+    /// Nothing is done if it is the one already.
+    void set(const KeyCombo &combo);
+
+private:
+    enum class Way { GlobalAccel, X11, None };
+
+    void tryWay(Way way);
+    void askForGlobalAccel();
+    void grabBy(Way way);
+
+    const bool hasBus_;
+    const std::function<void()> pressed_;
+    KeyCombo combo_;
+    /// Of the settings, to tell answers to earlier ones.
+    int generation_ = 0;
+    std::unique_ptr<HotKey> hotKey_;
+};

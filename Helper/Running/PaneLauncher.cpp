@@ -1,0 +1,34 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Helper/Running/PaneLauncher.h"
+
+#include "Helper/Presets.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QProcess>
+#include <QStandardPaths>
+
+namespace {
+
+const QString programName = QStringLiteral("quenby-preferences");
+/// Where it lies as seen from the pane's bundle: beside it, or as both are installed.
+const QStringList placesByPane = {QStringLiteral("/../"), QStringLiteral("/../../../bin/")};
+
+} // namespace
+
+bool PaneLauncher::launch()
+{
+    const std::optional<Bundle> pane = paneBundle();
+    const QStringList arguments = pane ? QStringList{pane->bundlePath()} : QStringList();
+    QString program;
+    for (const QString &place : placesByPane) {
+        const QFileInfo candidate(pane ? pane->bundlePath() + place + programName : QString());
+        if (program.isEmpty() && candidate.isFile() && candidate.isExecutable())
+            program = QDir::cleanPath(candidate.filePath());
+    }
+    if (program.isEmpty())
+        program = QStandardPaths::findExecutable(programName);
+    return !program.isEmpty() && QProcess::startDetached(program, arguments);
+}

@@ -1,0 +1,87 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Helper/Running/PresetMenu.h"
+
+#include "Platform/DesktopFolders.h"
+
+#include <QCoreApplication>
+#include <QDir>
+
+#include <utility>
+
+namespace {
+
+QString tr(const char *text)
+{
+    return QCoreApplication::translate("PresetMenu", text);
+}
+
+/// A folder as people write it.
+QString shownFolder(const QString &folder)
+{
+    const QString home = DesktopFolders::home();
+    if (home.isEmpty() || (folder != home && !folder.startsWith(home + u'/')))
+        return folder;
+    return u'~' + folder.mid(home.size());
+}
+
+} // namespace
+
+PresetMenu::PresetMenu(MenuText::Reader reader, Handlers handlers)
+    : reader_(reader)
+    , handlers_(std::move(handlers))
+    , separator_(menu_.addSeparator())
+    , undo_(menu_.addAction(tr("Undo Last Creation")))
+{
+    QObject::connect(undo_, &QAction::triggered, &menu_, [this] { handlers_.undo(); });
+    QObject::connect(menu_.addAction(tr("Open Quenby…")), &QAction::triggered, &menu_,
+                     [this] { handlers_.openPane(); });
+    QObject::connect(menu_.addAction(tr("Quit")), &QAction::triggered, &menu_, [this] { handlers_.quit(); });
+    QObject::connect(&menu_, &QMenu::aboutToShow, &menu_, [this] { handlers_.aboutToShow(*this); });
+    rebuildPresets();
+}
+
+void PresetMenu::setContent(const QStringList &labels, const QStringList &folders)
+{
+    if (labels == labels_ && folders == folders_)
+        return;
+    labels_ = labels;
+    folders_ = folders;
+    rebuildPresets();
+}
+
+void PresetMenu::rebuildPresets()
+{
+    for (QAction *entry : std::exchange(entries_, {})) {
+        menu_.removeAction(entry);
+        // The menu of a preset owns its entry. It may be the one that is being answered.
+        if (entry->menu())
+            entry->menu()->deleteLater();
+        else
+            entry->deleteLater();
+    }
+    for (qsizetype i = 0; i < labels_.size(); ++i) {
+        auto *folders = new QMenu(text(labels_[i]), &menu_);
+        fill(*folders, i);
+        entries_.push_back(folders->menuAction());
+    }
+    if (labels_.isEmpty()) {
+        entries_.push_back(new QAction(tr("No Presets"), &menu_));
+        entries_.back()->setEnabled(false);
+    }
+    for (QAction *entry : entries_)
+        menu_.insertAction(separator_, entry);
+}
+
+void PresetMenu::fill(QMenu &menu, qsizetype preset)
+{
+    for (const QString &folder : std::as_const(folders_)) {
+        QObject::connect(menu.addAction(text(shownFolder(folder))), &QAction::triggered, &menu_,
+                         [this, preset, folder] { handlers_.create(preset, folder); });
+    }
+    if (!folders_.isEmpty())
+        menu.addSeparator();
+    QObject::connect(menu.addAction(tr("Choose…")), &QAction::triggered, &menu_,
+                     [this, preset] { handlers_.chooseFolder(preset); });
+}

@@ -1,0 +1,78 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Helper/Running/RecentFolders.h"
+
+#include "Platform/BoundedFile.h"
+#include "Platform/DurableFileWriter.h"
+#include "Platform/PropertyList.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QLoggingCategory>
+
+namespace {
+
+Q_LOGGING_CATEGORY(lcFolders, "quenby.helper.folders")
+
+const QString fileName = QStringLiteral("RecentFolders.plist");
+/// Many times what mostKept paths can take.
+constexpr qint64 largestFile = 1 << 20;
+
+} // namespace
+
+RecentFolders::RecentFolders(const QString &stateFolder)
+    : folder_(stateFolder)
+{
+    const QString path = QDir(folder_).filePath(fileName);
+    if (!QFile::exists(path))
+        return;
+    QString error;
+    const std::optional<QByteArray> bytes = BoundedFile::read(path, largestFile, &error);
+    const PropertyList::ReadResult list = bytes ? PropertyList::read(*bytes) : PropertyList::ReadResult();
+    if (!list) {
+        qCWarning(lcFolders) << path << (bytes ? list.error : error);
+        return;
+    }
+    const QVariantList values = list.value->toList();
+    for (const QVariant &value : values) {
+        const QString folder = value.toString();
+        if (QDir::isAbsolutePath(folder) && folders_.size() < mostKept)
+            folders_.append(folder);
+    }
+}
+
+void RecentFolders::add(const QString &folder)
+{
+    if (!folders_.isEmpty() && folders_.constFirst() == folder)
+        return;
+    folders_.removeAll(folder);
+    folders_.prepend(folder);
+    folders_ = folders_.mid(0, mostKept);
+    write();
+}
+
+QStringList RecentFolders::existing() const
+{
+    QStringList found;
+    for (const QString &folder : folders_) {
+        if (found.size() < mostShown && QFileInfo(folder).isDir())
+            found.append(folder);
+    }
+    return found;
+}
+
+void RecentFolders::write() const
+{
+    const PropertyList::WriteResult list =
+        PropertyList::write(QVariantList(folders_.begin(), folders_.end()), PropertyList::Form::Binary);
+    const DurableFileWriter writer;
+    FileResult written = FileResult::failure(list.error);
+    if (list)
+        written = writer.makeFolder(folder_);
+    if (written)
+        written = writer.write(QDir(folder_).filePath(fileName), *list.bytes);
+    if (!written)
+        qCWarning(lcFolders) << "not remembered:" << written.error;
+}

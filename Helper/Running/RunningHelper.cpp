@@ -1,0 +1,51 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Helper/Running/RunningHelper.h"
+
+#include "Helper/Presets.h"
+#include "Helper/Running/HelperSession.h"
+#include "Helper/Running/SingleInstance.h"
+#include "Platform/DesktopFolders.h"
+#include "Platform/SessionBus.h"
+#include "Platform/TerminationSignals.h"
+
+#include <QApplication>
+#include <QSessionManager>
+
+#include <chrono>
+#include <cstdlib>
+
+using namespace std::chrono_literals;
+
+namespace {
+
+/// A bus that is there answers within a millisecond or two.
+constexpr auto busTimeout = 1000ms;
+
+} // namespace
+
+int runHelper(QApplication &application)
+{
+    TerminationSignals signals;
+    const bool hasBus = SessionBus::keepIfItAnswers(busTimeout);
+    SingleInstance instance;
+    if (!instance.acquire(DesktopFolders::runtimeDirectory(), hasBus))
+        return EXIT_SUCCESS;
+
+    QApplication::setQuitOnLastWindowClosed(false);
+    // Login items start it again, not the session manager.
+    QObject::connect(
+        &application, &QGuiApplication::saveStateRequest, &application,
+        [](QSessionManager &manager) { manager.setRestartHint(QSessionManager::RestartNever); },
+        Qt::DirectConnection);
+
+    HelperSession session(hasBus);
+    session.start();
+    signals.handleWith([&] {
+        // The next one need not wait for what is undone meanwhile.
+        instance.release();
+        session.quit();
+    });
+    return QApplication::exec();
+}

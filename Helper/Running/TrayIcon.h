@@ -1,0 +1,21 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "Helper/Running/PresetMenu.h"
+
+#include <QSystemTrayIcon>
+
+/// The menu of presets in the desktop's tray, for as long as this lives. There has to be a tray, see
+/// TrayWatch.
+class TrayIcon
+{
+public:
+    explicit TrayIcon(PresetMenu &menu);
+    TrayIcon(const TrayIcon &) = delete;
+    TrayIcon &operator=(const TrayIcon &) = delete;
+
+private:
+    QSystemTrayIcon icon_;
+};

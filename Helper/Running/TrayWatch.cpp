@@ -1,0 +1,109 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Helper/Running/TrayWatch.h"
+
+#include "Helper/Running/XConnection.h"
+
+#include <QCoreApplication>
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
+#include <QDBusPendingReply>
+#include <QDBusServiceWatcher>
+#include <QDBusVariant>
+
+#include <cstdlib>
+#include <utility>
+
+namespace {
+
+const QString watcherService = QStringLiteral("org.kde.StatusNotifierWatcher");
+const QString watcherPath = QStringLiteral("/StatusNotifierWatcher");
+const QString hostProperty = QStringLiteral("IsStatusNotifierHostRegistered");
+const QString hostSignal = QStringLiteral("StatusNotifierHostRegistered");
+
+} // namespace
+
+TrayWatch::TrayWatch(bool hasBus, std::function<void(Tray tray)> appeared)
+    : appeared_(std::move(appeared))
+{
+    if (XConnection::get())
+        watchScreen();
+    if (!hasBus) {
+        lookAtScreen();
+        return;
+    }
+    QDBusConnection bus = QDBusConnection::sessionBus();
+    watcher_ = new QDBusServiceWatcher(watcherService, bus, QDBusServiceWatcher::WatchForRegistration, this);
+    connect(watcher_, &QDBusServiceWatcher::serviceRegistered, this, &TrayWatch::askWatcher);
+    bus.connect(QString(), watcherPath, watcherService, hostSignal, this, SLOT(askWatcher()));
+    askWatcher();
+}
+
+TrayWatch::~TrayWatch()
+{
+    if (selectionAtom_ != 0)
+        QCoreApplication::instance()->removeNativeEventFilter(this);
+}
+
+void TrayWatch::askWatcher()
+{
+    if (!appeared_)
+        return;
+    QDBusMessage question = QDBusMessage::createMethodCall(watcherService, watcherPath,
+                                                           QStringLiteral("org.freedesktop.DBus.Properties"),
+                                                           QStringLiteral("Get"));
+    question << watcherService << hostProperty;
+    question.setAutoStartService(false);
+    auto *answer = new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(question), this);
+    connect(answer, &QDBusPendingCallWatcher::finished, this, [this, answer] {
+        answer->deleteLater();
+        const QDBusPendingReply<QDBusVariant> reply = *answer;
+        if (!reply.isError() && reply.value().variant().toBool())
+            appear(Tray::OnBus);
+        else
+            lookAtScreen();
+    });
+}
+
+void TrayWatch::watchScreen()
+{
+    selectionAtom_ =
+        XConnection::atom("_NET_SYSTEM_TRAY_S" + QByteArray::number(XConnection::screenNumber()));
+    managerAtom_ = XConnection::atom("MANAGER");
+    QCoreApplication::instance()->installNativeEventFilter(this);
+}
+
+void TrayWatch::lookAtScreen()
+{
+    if (selectionAtom_ == 0)
+        return;
+    xcb_connection_t *connection = XConnection::get();
+    const std::unique_ptr<xcb_get_selection_owner_reply_t, decltype(&std::free)> owner(
+        xcb_get_selection_owner_reply(connection, xcb_get_selection_owner(connection, selectionAtom_),
+                                      nullptr),
+        &std::free);
+    if (owner && owner->owner != XCB_NONE)
+        appear(Tray::OnScreen);
+}
+
+bool TrayWatch::nativeEventFilter(const QByteArray &eventType, void *message, qintptr *)
+{
+    if (eventType != XConnection::eventType)
+        return false;
+    const auto *event = static_cast<const xcb_generic_event_t *>(message);
+    if ((event->response_type & ~XConnection::sentMask) != XCB_CLIENT_MESSAGE)
+        return false;
+    const auto *announcement = reinterpret_cast<const xcb_client_message_event_t *>(event);
+    if (announcement->type == managerAtom_ && announcement->data.data32[1] == selectionAtom_)
+        QMetaObject::invokeMethod(this, &TrayWatch::lookAtScreen, Qt::QueuedConnection);
+    return false;
+}
+
+void TrayWatch::appear(Tray tray)
+{
+    // Once. What the handler needs may be destroyed by its end.
+    if (const auto appeared = std::exchange(appeared_, {}))
+        appeared(tray);
+}

@@ -1,0 +1,217 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Tests/Helper/FakeDesktop.h"
+#include "Tests/Helper/Running/RunningFixture.h"
+#include "Tests/Session/StandInPrograms.h"
+
+#include <QDir>
+#include <QFile>
+
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+namespace {
+
+const QString letters = QStringLiteral("Letters");
+const QString scripted = QStringLiteral("Scripted");
+const QString scriptName = QStringLiteral("work.sh");
+const QString question = QStringLiteral("Run the Script\\?");
+const QStringList withActions = {QStringLiteral("actions")};
+
+class CreationProgramTest : public RunningFixture
+{
+protected:
+    QNBSettings withScript(const QByteArray &text)
+    {
+        putScript(scriptName, text);
+        QNBSettings result = settings();
+        result.presets.append(record(preset(scripted, {folder(QStringLiteral("Made"), {})}, scriptName)));
+        return result;
+    }
+    /// A preset that takes a while.
+    QNBSettings withManyFiles(int count)
+    {
+        QVariantList files;
+        for (int i = 0; i < count; ++i)
+            files.append(file(QStringLiteral("file %1").arg(i)));
+        QNBSettings result;
+        result.presets = {record(preset(letters, {folder(QStringLiteral("Many"), files)}))};
+        return result;
+    }
+    QString marker(const QString &name) const { return home_.filePath(name); }
+};
+
+} // namespace
+
+TEST_F(CreationProgramTest, AnOrderFromAnotherProgramIsCarriedOut)
+{
+    store(settings());
+    FakeDesktop desktop(bus_.address(), withActions);
+    const auto helper = start();
+    ASSERT_TRUE(order(letters));
+    ASSERT_TRUE(waitUntil([&] { return desktop.shown().size() == 1; }));
+    EXPECT_THAT(tree(), ElementsAre(QStringLiteral("In/"), QStringLiteral("In/a.txt")));
+    desktop.choose(desktop.shown().constFirst().id, QStringLiteral("undo"));
+    ASSERT_TRUE(waitUntil([&] { return desktop.shown().size() == 2; }));
+    EXPECT_THAT(tree(), IsEmpty());
+    expectEndOf(*helper);
+}
+
+TEST_F(CreationProgramTest, AnOrderForAPresetThatIsNotThereIsRefusedWithTheReason)
+{
+    store(settings());
+    const auto helper = start();
+    QString reason;
+    EXPECT_FALSE(order(QStringLiteral("Nothing of that name"), &reason));
+    EXPECT_TRUE(reason.contains(QStringLiteral("Nothing of that name"))) << qPrintable(reason);
+    expectEndOf(*helper);
+}
+
+TEST_F(CreationProgramTest, ShowFolderOpensIt)
+{
+    store(settings());
+    FakeDesktop desktop(bus_.address(), withActions);
+    StandInPrograms programs;
+    programs.add(QStringLiteral("xdg-open"));
+    QProcessEnvironment withOpener = environment();
+    withOpener.insert(QStringLiteral("PATH"),
+                      programs.folder() + u':' + withOpener.value(QStringLiteral("PATH")));
+    const auto helper = startIn(withOpener);
+    ASSERT_TRUE(waitUntil([&] { return isOnBus(); }));
+    ASSERT_TRUE(order(letters));
+    ASSERT_TRUE(waitUntil([&] { return desktop.shown().size() == 1; }));
+    desktop.choose(desktop.shown().constFirst().id, QStringLiteral("show-folder"));
+    ASSERT_TRUE(waitUntil([&] { return !programs.starts(QStringLiteral("xdg-open")).isEmpty(); }));
+    EXPECT_TRUE(programs.starts(QStringLiteral("xdg-open")).constFirst().value(0).endsWith("/target"));
+    expectEndOf(*helper);
+}
+
+TEST_F(CreationProgramTest, AFailureIsToldByANotification)
+{
+    store(settings());
+    ASSERT_TRUE(QDir(target()).removeRecursively());
+    FakeDesktop desktop(bus_.address(), withActions);
+    const auto helper = start();
+    ASSERT_TRUE(order(letters));
+    ASSERT_TRUE(waitUntil([&] { return desktop.shown().size() == 1; }));
+    EXPECT_EQ(desktop.shown().constFirst().title, QStringLiteral("\"Letters\" was not created"));
+    EXPECT_FALSE(desktop.shown().constFirst().text.isEmpty());
+    EXPECT_THAT(desktop.shown().constFirst().actions, IsEmpty());
+    expectEndOf(*helper);
+}
+
+TEST_F(CreationProgramTest, AFailureIsToldInAWindowWhereThereAreNoNotifications)
+{
+    store(settings());
+    ASSERT_TRUE(QDir(target()).removeRecursively());
+    const auto helper = start();
+    ASSERT_TRUE(order(letters));
+    EXPECT_FALSE(screen_.windowNamed(QStringLiteral("Quenby")).isEmpty());
+    expectEndOf(*helper);
+}
+
+TEST_F(CreationProgramTest, AScriptThatWasNeverAllowedDoesNotRunByReturn)
+{
+    store(withScript("#!/bin/sh\ntouch \"$1/ran\"\n"));
+    FakeDesktop desktop(bus_.address(), withActions);
+    const auto helper = start();
+    ASSERT_TRUE(order(scripted));
+    const QString window = screen_.windowNamed(question);
+    ASSERT_FALSE(window.isEmpty());
+    ASSERT_TRUE(screen_.activate(window));
+    screen_.typeKey(QStringLiteral("Return"));
+    ASSERT_TRUE(waitUntil([&] { return desktop.shown().size() == 1; }));
+    EXPECT_EQ(desktop.shown().constFirst().title,
+              QStringLiteral("\"Scripted\" was created, its script did not run"));
+    EXPECT_THAT(tree(), ElementsAre(QStringLiteral("Made/")));
+    expectEndOf(*helper);
+}
+
+TEST_F(CreationProgramTest, AScriptRunsOnceItWasAllowedAndIsNotAskedAboutAgain)
+{
+    store(withScript("#!/bin/sh\ntouch \"$1/ran for $2\"\n"));
+    FakeDesktop desktop(bus_.address(), withActions);
+    const auto helper = start();
+    ASSERT_TRUE(order(scripted));
+    const QString window = screen_.windowNamed(question);
+    ASSERT_FALSE(window.isEmpty());
+    ASSERT_TRUE(screen_.activate(window));
+    screen_.typeKey(QStringLiteral("alt+r"));
+    ASSERT_TRUE(waitUntil([&] { return desktop.shown().size() == 1; }));
+    EXPECT_THAT(tree(), ElementsAre(QStringLiteral("Made/"), QStringLiteral("ran for Scripted")));
+    ASSERT_TRUE(order(scripted));
+    ASSERT_TRUE(waitUntil([&] { return desktop.shown().size() == 2; }));
+    EXPECT_EQ(desktop.shown().at(1).title, QStringLiteral("\"Scripted\" was created"));
+    expectEndOf(*helper);
+}
+
+TEST_F(CreationProgramTest, WhatTakesLongIsShownAndCanBeCancelled)
+{
+    store(withScript("#!/bin/sh\nwhile :; do read line < \"$0.fifo\"; done\n"));
+    const QByteArray fifo =
+        QFile::encodeName(home_.dataFolder() + QStringLiteral("/Quenby/Scripts/") + scriptName) + ".fifo";
+    ASSERT_EQ(::mkfifo(fifo.constData(), 0600), 0);
+    FakeDesktop desktop(bus_.address(), withActions);
+    const auto helper = start();
+    ASSERT_TRUE(order(scripted));
+    const QString asking = screen_.windowNamed(question);
+    ASSERT_TRUE(screen_.activate(asking));
+    screen_.typeKey(QStringLiteral("alt+r"));
+    const QString progress = screen_.windowNamed(QStringLiteral("Quenby"));
+    ASSERT_FALSE(progress.isEmpty());
+    ASSERT_TRUE(screen_.activate(progress));
+    screen_.typeKey(QStringLiteral("Escape"));
+    ASSERT_TRUE(waitUntil([&] { return desktop.shown().size() == 1; }));
+    EXPECT_EQ(desktop.shown().constFirst().title,
+              QStringLiteral("\"Scripted\" was created, its script failed"));
+    ASSERT_TRUE(waitUntil([&] { return screen_.windowsOf(helper->pid()).isEmpty(); }));
+    expectEndOf(*helper);
+}
+
+TEST_F(CreationProgramTest, ItEndsWhileItAsks)
+{
+    store(withScript("#!/bin/sh\ntouch \"$1/ran\"\n"));
+    const auto helper = start();
+    ASSERT_TRUE(order(scripted));
+    ASSERT_FALSE(screen_.windowNamed(question).isEmpty());
+    expectEndOf(*helper);
+    EXPECT_THAT(tree(), ElementsAre(QStringLiteral("Made/")));
+}
+
+TEST_F(CreationProgramTest, WhatIsBeingCreatedWhenItEndsIsUndone)
+{
+    store(withManyFiles(100'000));
+    const auto helper = start();
+    ASSERT_TRUE(order(letters));
+    ASSERT_TRUE(waitUntil([&] { return QFile::exists(target() + QStringLiteral("/Many/file 0")); },
+                          std::chrono::minutes(2)));
+    expectEndOf(*helper);
+    EXPECT_THAT(tree(), IsEmpty());
+}
+
+TEST_F(CreationProgramTest, TheFileManagersMenusAreKeptUpToDate)
+{
+    store(settings());
+    const QString plugin =
+        home_.filePath(QStringLiteral("Library/Contextual Menu Items/QNBContextMenu.plugin/Contents"));
+    ASSERT_TRUE(QDir().mkpath(plugin + QStringLiteral("/MacOS")));
+    QFile information(plugin + QStringLiteral("/Info.plist"));
+    ASSERT_TRUE(information.open(QIODevice::WriteOnly));
+    information.write("<plist version=\"1.0\"><dict><key>CFBundleExecutable</key>"
+                      "<string>QNBContextMenu</string></dict></plist>");
+    information.close();
+    StandInPrograms programs;
+    const QString name = QStringLiteral("QNBContextMenu");
+    programs.addAt(plugin + QStringLiteral("/MacOS/QNBContextMenu"), name);
+    const auto helper = start();
+    ASSERT_TRUE(waitUntil([&] { return programs.starts(name).size() == 1; }));
+    storeAndPost(settings());
+    ASSERT_TRUE(waitUntil([&] { return programs.starts(name).size() == 2; }));
+    for (const QByteArrayList &arguments : programs.starts(name))
+        EXPECT_THAT(arguments, ElementsAre("refresh", QFile::encodeName(program())));
+    expectEndOf(*helper);
+}

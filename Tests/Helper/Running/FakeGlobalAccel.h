@@ -1,0 +1,32 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include <QDBusVirtualObject>
+#include <QString>
+#include <QStringList>
+
+/// A desktop's service of hot keys on a bus of the test's own.
+class FakeGlobalAccel final : public QDBusVirtualObject
+{
+public:
+    enum class Manner { Giving, Refusing };
+
+    explicit FakeGlobalAccel(const QString &busAddress, Manner manner = Manner::Giving);
+    ~FakeGlobalAccel() override;
+
+    /// The one that is set, as the library numbers it; 0 for none.
+    int key() const { return key_; }
+    QStringList action() const { return action_; }
+    /// The user presses it.
+    void press();
+
+private:
+    bool handleMessage(const QDBusMessage &message, const QDBusConnection &connection) override;
+    QString introspect(const QString &) const override { return {}; }
+
+    const Manner manner_;
+    int key_ = 0;
+    QStringList action_;
+};

@@ -1,0 +1,172 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Platform/KeyCodes.h"
+#include "Tests/Helper/FakeDesktop.h"
+#include "Tests/Helper/Running/FakeGlobalAccel.h"
+#include "Tests/Helper/Running/RunningFixture.h"
+
+#include <gmock/gmock.h>
+
+using ::testing::ElementsAre;
+
+namespace {
+
+constexpr QNBKeyCombo controlAltP{KeyCodes::commandFlag | KeyCodes::optionFlag, 35};
+constexpr QNBKeyCombo controlF12{KeyCodes::commandFlag, 111};
+const QString typedControlAltP = QStringLiteral("ctrl+alt+p");
+const QString typedControlF12 = QStringLiteral("ctrl+F12");
+
+class HotKeyProgramTest : public RunningFixture
+{
+protected:
+    HotKeyProgramTest() { useTarget(); }
+
+    QNBSettings with(const QNBKeyCombo &combo) const
+    {
+        QNBSettings result = settings();
+        result.showMenubar = false;
+        result.shortcutCombo = combo;
+        return result;
+    }
+    /// Another user's helper, which has the hot key.
+    std::unique_ptr<ChildProcess> startOther(const QNBKeyCombo &combo)
+    {
+        store(with(combo), otherHome_);
+        auto other = startIn(environmentOf(otherHome_));
+        EXPECT_TRUE(waitUntilHeard(*other));
+        return other;
+    }
+    /// The only window that it shows then.
+    bool hasMenu(const ChildProcess &helper) const { return !screen_.windowsOf(helper.pid()).isEmpty(); }
+    bool waitForMenu(const ChildProcess &helper, bool isShown = true) const
+    {
+        return waitUntil([&] { return hasMenu(helper) == isShown; });
+    }
+    static bool waitForLog(ChildProcess &helper, const QByteArray &text, qsizetype times = 1)
+    {
+        return waitUntil([&] { return helper.errors().count(text) >= times; });
+    }
+    static bool waitUntilHeard(ChildProcess &helper, qsizetype times = 1)
+    {
+        return waitForLog(helper, "the hot key is heard by", times);
+    }
+
+private:
+    const TemporaryHome otherHome_;
+};
+
+} // namespace
+
+TEST_F(HotKeyProgramTest, ItShowsTheMenuAtThePointerAndThePresetIsCreatedByTheKeyboard)
+{
+    store(with(controlAltP));
+    FakeDesktop desktop(bus_.address(), {});
+    const auto helper = start();
+    ASSERT_TRUE(waitUntilHeard(*helper));
+    const QPoint pointer(400, 300);
+    screen_.moveMouse(pointer);
+    screen_.typeKey(typedControlAltP);
+    ASSERT_TRUE(waitForMenu(*helper));
+    const QRect place = screen_.placeOf(screen_.windowsOf(helper->pid()).constFirst());
+    EXPECT_LE((place.topLeft() - pointer).manhattanLength(), 4);
+    // The first preset, its first folder.
+    for (const char *key : {"Down", "Right", "Return"})
+        screen_.typeKey(QString::fromLatin1(key));
+    ASSERT_TRUE(waitUntil([&] { return !desktop.shown().isEmpty(); }));
+    EXPECT_THAT(tree(), ElementsAre(QStringLiteral("In/"), QStringLiteral("In/a.txt")));
+    expectEndOf(*helper);
+}
+
+TEST_F(HotKeyProgramTest, ItIsHeardWhateverLocksAreOn)
+{
+    store(with(controlAltP));
+    const auto helper = start();
+    ASSERT_TRUE(waitUntilHeard(*helper));
+    // With the first, with both, with the second.
+    for (const char *lock : {"Caps_Lock", "Num_Lock", "Caps_Lock"}) {
+        screen_.ask(QStringLiteral("xdotool"), {QStringLiteral("key"), QString::fromLatin1(lock)});
+        screen_.ask(QStringLiteral("xdotool"), {QStringLiteral("key"), typedControlAltP});
+        EXPECT_TRUE(waitForMenu(*helper)) << lock;
+        screen_.typeKey(QStringLiteral("Escape"));
+        EXPECT_TRUE(waitForMenu(*helper, false)) << lock;
+    }
+    expectEndOf(*helper);
+}
+
+TEST_F(HotKeyProgramTest, ItFollowsTheSettings)
+{
+    store(with(controlAltP));
+    const auto helper = start();
+    ASSERT_TRUE(waitUntilHeard(*helper));
+    storeAndPost(with(controlF12));
+    ASSERT_TRUE(waitUntilHeard(*helper, 2));
+    screen_.typeKey(typedControlF12);
+    ASSERT_TRUE(waitForMenu(*helper));
+    screen_.typeKey(QStringLiteral("Escape"));
+    ASSERT_TRUE(waitForMenu(*helper, false));
+    storeAndPost(with({}));
+    ASSERT_TRUE(waitForLog(*helper, "there is no hot key"));
+    // Another one may have it now.
+    const auto other = startOther(controlF12);
+    screen_.typeKey(typedControlF12);
+    ASSERT_TRUE(waitForMenu(*other));
+    EXPECT_FALSE(hasMenu(*helper));
+    expectEndOf(*other);
+    expectEndOf(*helper);
+}
+
+TEST_F(HotKeyProgramTest, OneThatAnotherProgramHasIsLeftToIt)
+{
+    store(with(controlF12));
+    const auto other = startOther(controlF12);
+    const auto helper = start();
+    EXPECT_TRUE(waitForLog(*helper, "another program has it"));
+    EXPECT_TRUE(waitForLog(*helper, "there is no way to hear of the hot key here"));
+    screen_.typeKey(typedControlF12);
+    EXPECT_TRUE(waitForMenu(*other));
+    EXPECT_FALSE(hasMenu(*helper));
+    expectEndOf(*helper);
+    expectEndOf(*other);
+}
+
+TEST_F(HotKeyProgramTest, ItEndsWithTheMenuOpen)
+{
+    store(with(controlAltP));
+    const auto helper = start();
+    ASSERT_TRUE(waitUntilHeard(*helper));
+    screen_.typeKey(typedControlAltP);
+    ASSERT_TRUE(waitForMenu(*helper));
+    expectEndOf(*helper);
+}
+
+TEST_F(HotKeyProgramTest, TheDesktopsOwnServiceComesFirst)
+{
+    store(with(controlAltP));
+    FakeGlobalAccel service(bus_.address());
+    const auto helper = start();
+    ASSERT_TRUE(waitUntil([&] { return service.key() != 0; }));
+    EXPECT_EQ(service.key(), (Qt::CTRL | Qt::ALT | Qt::Key_P).toCombined());
+    EXPECT_THAT(service.action().mid(0, 2),
+                ElementsAre(QStringLiteral("org.quenby.QNBHelper"), QStringLiteral("show-presets")));
+    EXPECT_FALSE(helper->errors().contains("X screen"));
+    service.press();
+    ASSERT_TRUE(waitForMenu(*helper));
+    storeAndPost(with(controlF12));
+    ASSERT_TRUE(waitUntil([&] { return service.key() == (Qt::CTRL | Qt::Key_F12).toCombined(); }));
+    storeAndPost(with({}));
+    ASSERT_TRUE(waitUntil([&] { return service.key() == 0; }));
+    expectEndOf(*helper);
+}
+
+TEST_F(HotKeyProgramTest, WhatTheDesktopsServiceRefusesIsGrabbedOnTheScreen)
+{
+    store(with(controlAltP));
+    FakeGlobalAccel service(bus_.address(), FakeGlobalAccel::Manner::Refusing);
+    const auto helper = start();
+    ASSERT_TRUE(waitForLog(*helper, "a grab on the X screen"));
+    ASSERT_TRUE(waitUntilHeard(*helper));
+    screen_.typeKey(typedControlAltP);
+    EXPECT_TRUE(waitForMenu(*helper));
+    expectEndOf(*helper);
+}

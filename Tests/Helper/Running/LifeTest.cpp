@@ -1,0 +1,91 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Tests/Helper/Running/RunningFixture.h"
+#include "Tests/Session/SilentSocket.h"
+
+#include <gmock/gmock.h>
+
+using ::testing::HasSubstr;
+
+namespace {
+
+const QString letters = QStringLiteral("Letters");
+
+class LifeProgramTest : public RunningFixture
+{
+protected:
+    /// For programs of a user without a session bus.
+    QProcessEnvironment withoutBus() const
+    {
+        QProcessEnvironment result = environment();
+        result.remove(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"));
+        return result;
+    }
+    static bool hasRead(ChildProcess &helper) { return helper.errors().contains("presets in the menu: 2"); }
+    static bool waitUntilItHasRead(ChildProcess &helper)
+    {
+        return waitUntil([&] { return hasRead(helper) || !helper.isRunning(); }, std::chrono::minutes(2)) &&
+               helper.isRunning();
+    }
+};
+
+} // namespace
+
+TEST_F(LifeProgramTest, ItIsFoundByItsName)
+{
+    store(settings());
+    const auto helper = start();
+    QFile name(QStringLiteral("/proc/%1/comm").arg(helper->pid()));
+    ASSERT_TRUE(name.open(QIODevice::ReadOnly));
+    EXPECT_EQ(name.readAll(), "QNBHelper\n");
+    expectEndOf(*helper);
+}
+
+TEST_F(LifeProgramTest, ASecondOneEndsAtOnceAndLeavesTheFirstAlone)
+{
+    store(settings());
+    const auto helper = start();
+    const auto second = startIn(environment());
+    ASSERT_TRUE(second->waitForEnd(std::chrono::minutes(1)));
+    EXPECT_TRUE(second->hasReturned(0));
+    EXPECT_THAT(second->errors().toStdString(), HasSubstr("another helper runs"));
+    EXPECT_TRUE(helper->isRunning());
+    expectEndOf(*helper);
+    const auto third = start();
+    expectEndOf(*third);
+}
+
+TEST_F(LifeProgramTest, ASecondOneEndsAtOnceWithoutABusToo)
+{
+    store(settings());
+    const auto helper = startIn(withoutBus());
+    ASSERT_TRUE(waitUntilItHasRead(*helper));
+    const auto second = startIn(withoutBus());
+    ASSERT_TRUE(second->waitForEnd(std::chrono::minutes(1)));
+    EXPECT_THAT(second->errors().toStdString(), HasSubstr("another helper runs"));
+    EXPECT_TRUE(helper->isRunning());
+    expectEndOf(*helper);
+}
+
+TEST_F(LifeProgramTest, ABusThatIsSilentKeepsItNeitherFromRunningNorFromEnding)
+{
+    store(settings());
+    const SilentSocket silent;
+    QProcessEnvironment withSilentBus = environment();
+    withSilentBus.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), silent.busAddress());
+    const auto helper = startIn(withSilentBus);
+    ASSERT_TRUE(waitUntilItHasRead(*helper));
+    expectEndOf(*helper);
+}
+
+TEST_F(LifeProgramTest, ABusThatDiesIsSurvived)
+{
+    store(settings());
+    const auto helper = start();
+    bus_.kill();
+    EXPECT_TRUE(
+        waitUntil([&] { return helper->errors().contains("the bus has gone"); }, std::chrono::minutes(1)));
+    EXPECT_TRUE(helper->isRunning());
+    expectEndOf(*helper);
+}

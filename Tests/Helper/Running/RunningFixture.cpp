@@ -1,0 +1,113 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Tests/Helper/Running/RunningFixture.h"
+
+#include "Helper/HelperService.h"
+#include "Helper/Running/RecentFolders.h"
+#include "Platform/DistributedNotificationCenter.h"
+#include "Platform/Preferences.h"
+
+#include <QDBusConnection>
+#include <QDBusConnectionInterface>
+#include <QDBusMessage>
+
+#include <csignal>
+
+namespace {
+
+/// In milliseconds; for a machine with much else to do.
+constexpr int longTime = 120'000;
+const QString connectionName = QStringLiteral("running-fixture");
+
+} // namespace
+
+RunningFixture::RunningFixture()
+    : screen_(home_)
+{
+}
+
+QNBPresetRecordPtr RunningFixture::record(const QVariantMap &stored)
+{
+    return QNBPresetRecord::fromStored(PropertyListDocument::fromVariant(stored)->root());
+}
+
+QNBSettings RunningFixture::settings() const
+{
+    QNBSettings result;
+    result.presets = {record(preset(QStringLiteral("Letters"),
+                                    {folder(QStringLiteral("In"), {file(QStringLiteral("a.txt"))})})),
+                      record(preset(QStringLiteral("Photos"), {folder(QStringLiteral("Raw"), {})}))};
+    return result;
+}
+
+void RunningFixture::store(const QNBSettings &settings, const TemporaryHome &home)
+{
+    Preferences preferences(QStringLiteral(QUENBY_IDENTIFIER),
+                            {home.configFolder(), home.runtimeFolder(), nullptr, longTime});
+    const FileResult written = QNBSettingsStore::write(preferences, settings);
+    ASSERT_TRUE(written) << qPrintable(written.error);
+}
+
+void RunningFixture::storeAndPost(const QNBSettings &settings)
+{
+    store(settings);
+    DistributedNotificationCenter centre(bus_.address());
+    centre.postNotificationName(QNBPresetConfigurationChangedNotification);
+    EXPECT_TRUE(centre.flush());
+}
+
+void RunningFixture::useTarget()
+{
+    RecentFolders(home_.stateFolder() + QStringLiteral("/Quenby")).add(target());
+}
+
+QProcessEnvironment RunningFixture::environment() const
+{
+    return screen_.environmentFrom(home_.environment(bus_.address()));
+}
+
+QProcessEnvironment RunningFixture::environmentOf(const TemporaryHome &otherHome) const
+{
+    return screen_.environmentFrom(otherHome.environment());
+}
+
+std::unique_ptr<ChildProcess> RunningFixture::start()
+{
+    auto helper = startIn(environment());
+    EXPECT_TRUE(
+        waitUntil([&] { return isOnBus() || !helper->isRunning(); }, std::chrono::milliseconds(longTime)));
+    EXPECT_TRUE(helper->isRunning()) << helper->errors().constData();
+    return helper;
+}
+
+std::unique_ptr<ChildProcess> RunningFixture::startIn(const QProcessEnvironment &environment)
+{
+    return std::make_unique<ChildProcess>(program(), QStringList(), environment);
+}
+
+bool RunningFixture::isOnBus() const
+{
+    QDBusConnection bus = QDBusConnection::connectToBus(bus_.address(), connectionName);
+    // The object comes after the name.
+    const QDBusMessage answer = bus.call(QDBusMessage::createMethodCall(
+        HelperService::name, HelperService::path, QStringLiteral("org.freedesktop.DBus.Introspectable"),
+        QStringLiteral("Introspect")));
+    QDBusConnection::disconnectFromBus(connectionName);
+    return answer.arguments().value(0).toString().contains(HelperService::createMethod);
+}
+
+bool RunningFixture::order(const QString &preset, QString *error)
+{
+    QString reason;
+    const HelperService::Answer answer =
+        HelperService::create(preset, {target()}, bus_.address(), error ? error : &reason);
+    return answer == HelperService::Answer::Taken;
+}
+
+void RunningFixture::expectEndOf(ChildProcess &helper)
+{
+    helper.signal(SIGTERM);
+    ASSERT_TRUE(helper.waitForEnd(std::chrono::milliseconds(longTime)));
+    EXPECT_TRUE(helper.hasReturned(0)) << helper.errors().constData();
+}

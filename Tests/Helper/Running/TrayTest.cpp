@@ -1,0 +1,166 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Tests/Helper/FakeDesktop.h"
+#include "Tests/Helper/Running/FakeTray.h"
+#include "Tests/Helper/Running/RunningFixture.h"
+
+#include <QDir>
+
+#include <gmock/gmock.h>
+#include <optional>
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+namespace {
+
+const QString noPresets = QStringLiteral("No Presets");
+const QString letters = QStringLiteral("Letters");
+const QString photos = QStringLiteral("Photos");
+const QString choose = QStringLiteral("Choose…");
+const QString undoLast = QStringLiteral("Undo Last Creation");
+
+class TrayProgramTest : public RunningFixture
+{
+protected:
+    /// How the target is shown in a menu.
+    static QString shownTarget() { return QStringLiteral("~/target"); }
+    QStringList letterTree() const { return {QStringLiteral("In/"), QStringLiteral("In/a.txt")}; }
+};
+
+} // namespace
+
+TEST_F(TrayProgramTest, TheMenuShowsThePresetsInTheirOrderAndWhatElseThereIs)
+{
+    store(settings());
+    useTarget();
+    FakeTray tray(bus_.address());
+    const auto helper = start();
+    const FakeTray::Entry menu = tray.menuWith(letters);
+    EXPECT_THAT(menu.labels(), ElementsAre(letters, photos, QStringLiteral("-"), undoLast,
+                                           QStringLiteral("Open Quenby…"), QStringLiteral("Quit")));
+    EXPECT_THAT(menu.child(letters).labels(), ElementsAre(shownTarget(), QStringLiteral("-"), choose));
+    EXPECT_FALSE(menu.child(undoLast).isEnabled);
+    expectEndOf(*helper);
+    EXPECT_FALSE(tray.hasItem());
+}
+
+TEST_F(TrayProgramTest, APresetIsCreatedInTheFolderThatWasUsedLastAndUndone)
+{
+    store(settings());
+    useTarget();
+    FakeTray tray(bus_.address());
+    FakeDesktop desktop(bus_.address(), {QStringLiteral("actions")});
+    const auto helper = start();
+    tray.click(tray.menuWith(letters).child(letters).child(shownTarget()));
+    ASSERT_TRUE(waitUntil([&] { return desktop.shown().size() == 1; }));
+    EXPECT_EQ(tree(), letterTree());
+    EXPECT_EQ(desktop.shown().constFirst().title, QStringLiteral("\"Letters\" was created"));
+    EXPECT_THAT(desktop.shown().constFirst().actions,
+                ElementsAre(QStringLiteral("show-folder"), QStringLiteral("Show Folder"),
+                            QStringLiteral("undo"), QStringLiteral("Undo")));
+
+    ASSERT_TRUE(waitUntil([&] { return tray.menu().child(undoLast).isEnabled; }));
+    tray.click(tray.menu().child(undoLast));
+    ASSERT_TRUE(waitUntil([&] { return desktop.shown().size() == 2; }));
+    EXPECT_THAT(tree(), IsEmpty());
+    EXPECT_FALSE(tray.menu().child(undoLast).isEnabled);
+    expectEndOf(*helper);
+}
+
+TEST_F(TrayProgramTest, ATrayThatAppearsLaterIsUsed)
+{
+    store(settings());
+    const auto helper = start();
+    FakeTray tray(bus_.address(), false);
+    EXPECT_FALSE(tray.hasItem());
+    tray.addHost();
+    EXPECT_EQ(tray.menuWith(letters).labels().constFirst(), letters);
+    expectEndOf(*helper);
+}
+
+TEST_F(TrayProgramTest, ATrayThatStartsAgainIsGivenTheMenuAgain)
+{
+    store(settings());
+    std::optional<FakeTray> tray(std::in_place, bus_.address());
+    const auto helper = start();
+    ASSERT_EQ(tray->menuWith(letters).labels().value(0), letters);
+    tray.reset();
+    tray.emplace(bus_.address());
+    EXPECT_EQ(tray->menuWith(letters).labels().value(0), letters);
+    expectEndOf(*helper);
+}
+
+TEST_F(TrayProgramTest, TheOptionPutsItIntoTheTrayAndTakesItOut)
+{
+    QNBSettings options = settings();
+    options.showMenubar = false;
+    store(options);
+    FakeTray tray(bus_.address());
+    const auto helper = start();
+    EXPECT_FALSE(tray.hasItem());
+    options.showMenubar = true;
+    storeAndPost(options);
+    ASSERT_TRUE(waitUntil([&] { return tray.hasItem(); }));
+    EXPECT_EQ(tray.menuWith(letters).labels().value(0), letters);
+    options.showMenubar = false;
+    storeAndPost(options);
+    ASSERT_TRUE(waitUntil([&] { return !tray.hasItem(); }));
+    options.showMenubar = true;
+    storeAndPost(options);
+    ASSERT_TRUE(waitUntil([&] { return tray.hasItem(); }));
+    EXPECT_EQ(tray.menuWith(letters).labels().value(0), letters);
+    expectEndOf(*helper);
+}
+
+TEST_F(TrayProgramTest, ChangesOfThePresetsShowUp)
+{
+    QNBSettings options = settings();
+    store(options);
+    FakeTray tray(bus_.address());
+    const auto helper = start();
+    ASSERT_EQ(tray.menuWith(letters).labels().mid(0, 2), QStringList({letters, photos}));
+    options.presets = {record(preset(QStringLiteral("Songs & Dances & more_of_it"), {}))};
+    storeAndPost(options);
+    // The first mark of an access key is before the first letter, every other is none.
+    const QString shown = QStringLiteral("_Songs & Dances & more__of__it");
+    EXPECT_EQ(tray.menuWith(shown).labels().value(0), shown);
+    options.presets.clear();
+    storeAndPost(options);
+    const FakeTray::Entry empty = tray.menuWith(noPresets);
+    EXPECT_EQ(empty.labels().value(0), noPresets);
+    EXPECT_FALSE(empty.children.value(0).isEnabled);
+    expectEndOf(*helper);
+}
+
+TEST_F(TrayProgramTest, ChooseAsksForTheFolder)
+{
+    store(settings());
+    FakeTray tray(bus_.address());
+    FakeDesktop desktop(bus_.address(), {});
+    const auto helper = start();
+    const FakeTray::Entry menu = tray.menuWith(photos);
+    EXPECT_THAT(menu.child(photos).labels(), ElementsAre(choose));
+    tray.click(menu.child(photos).child(choose));
+    const QString dialog = screen_.windowNamed(QStringLiteral("Create \"Photos\" In"));
+    ASSERT_FALSE(dialog.isEmpty());
+    ASSERT_TRUE(screen_.activate(dialog));
+    screen_.ask(QStringLiteral("xdotool"), {QStringLiteral("type"), target()});
+    screen_.typeKey(QStringLiteral("Return"));
+    ASSERT_TRUE(waitUntil([&] { return !desktop.shown().isEmpty(); }));
+    EXPECT_THAT(tree(), ElementsAre(QStringLiteral("Raw/")));
+    // It is the one used last now.
+    ASSERT_TRUE(waitUntil([&] { return tray.menu().child(photos).labels().value(0) == shownTarget(); }));
+    expectEndOf(*helper);
+}
+
+TEST_F(TrayProgramTest, QuitEndsIt)
+{
+    store(settings());
+    FakeTray tray(bus_.address());
+    const auto helper = start();
+    tray.click(tray.menuWith(letters).child(QStringLiteral("Quit")));
+    ASSERT_TRUE(helper->waitForEnd());
+    EXPECT_TRUE(helper->hasReturned(0));
+}
