@@ -3,7 +3,7 @@
 
 #include "Helper/Creation/ContentFolder.h"
 
-#include "Source/QNBFolderMenu.h"
+#include "Helper/Creation/ItemName.h"
 
 #include <QFile>
 #include <cerrno>
@@ -17,7 +17,7 @@ namespace {
 ContentFolder::Found refused(const QString &name, const QString &reason)
 {
     return {Operation::noContent,
-            QStringLiteral("the content file “%1” %2").arg(QNBFolderMenu::shownPath(name), reason)};
+            QStringLiteral("the content file “%1” %2").arg(ItemName::shownName(name), reason)};
 }
 
 ContentFolder::Found failed(const QString &name, int error)

@@ -52,7 +52,7 @@ QString Plan::path(qsizetype operation) const
         }
         operation = step.folder;
     }
-    return ItemName::shownPath(components);
+    return ItemName::shownPath(components, operation != Operation::noOperation);
 }
 
 QStringList Plan::lines() const

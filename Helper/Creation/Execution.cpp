@@ -131,7 +131,7 @@ private:
         const char *name = step.name.constData();
         if (layer_.mkdirat(parent, name, ownerRights) == -1)
             return false;
-        if (!chain_->enter(name, O_RDONLY)) {
+        if (!chain_->enter(name, O_RDONLY) && !(errno == EACCES && enterUnreadable(name))) {
             const int error = errno;
             noteUnopened(step, number, parent);
             errno = error;
@@ -139,7 +139,18 @@ private:
         }
         way_.push_back(static_cast<qint32>(number));
         Record::Entry &entry = note(step, number, Record::Entry::Kind::Folder, chain_->information());
-        return setLabel(step, chain_->descriptor()) && (isFinishedLater(number) || setMode(entry, step.mode));
+        const bool isOpenToOwner = (entry.mode & ownerRights) == ownerRights;
+        return (isOpenToOwner || setMode(entry, ownerRights)) && setLabel(step, chain_->descriptor()) &&
+               (isFinishedLater(number) || setMode(entry, step.mode));
+    }
+
+    /// Goes into a new folder that the umask has closed to its owner.
+    bool enterUnreadable(const char *name)
+    {
+        const int flags = O_PATH | O_DIRECTORY | O_NOFOLLOW;
+        const FileDescriptor folder(layer_, layer_.openat(chain_->descriptor(), name, flags));
+        return folder.isOpen() && layer_.chmodOpen(folder.get(), ownerRights) == 0 &&
+               chain_->enter(name, O_RDONLY);
     }
 
     bool isFinishedLater(qsizetype number) const
@@ -188,17 +199,24 @@ private:
         FileDescriptor file(layer_, layer_.openat(folder, step.name.constData(), flags, step.mode));
         if (!file.isOpen())
             return false;
+        // To be labelled a file has to be open to its owner, who is closed out by its mode or by the umask.
+        const mode_t labelMode = step.label == 0 ? 0 : S_IWUSR;
         const bool isFilled =
             (step.content == Operation::noContent || contents_.writeTo(file.get(), step.content)) &&
-            setLabel(step, file.get()) && layer_.fchmod(file.get(), step.mode) == 0;
+            layer_.fchmod(file.get(), step.mode | labelMode) == 0 && setLabel(step, file.get()) &&
+            ((step.mode & labelMode) == labelMode || layer_.fchmod(file.get(), step.mode) == 0);
         int error = isFilled ? 0 : errno;
+        // The removal needs to know which file it is even if the first way to ask fails.
         struct stat information = {};
-        if (layer_.fstat(file.get(), &information) == 0) {
-            note(step, number, Record::Entry::Kind::File, information);
-        } else {
+        if (layer_.fstat(file.get(), &information) == -1) {
             error = error == 0 ? errno : error;
-            noteUnopened(step, number, folder);
+            if (layer_.fstatat(file.get(), "", &information, AT_EMPTY_PATH) == -1) {
+                noteLeft(number);
+                errno = error;
+                return false;
+            }
         }
+        note(step, number, Record::Entry::Kind::File, information);
         if (file.close() == -1 && error == 0)
             error = errno;
         errno = error;
@@ -239,17 +257,20 @@ private:
         return record_.entries.emplace_back(std::move(entry));
     }
 
-    /// What was made but cannot be looked at through a descriptor of its own.
-    void noteUnopened(const Operation &step, qsizetype number, int folder)
+    /// A folder was made and cannot be opened.
+    void noteUnopened(const Operation &step, qsizetype number, int parent)
     {
         struct stat information = {};
-        if (layer_.fstatat(folder, step.name.constData(), &information, AT_SYMLINK_NOFOLLOW) == -1)
-            left_ = QStringLiteral("“%1” may have been left").arg(plan_.path(number));
+        if (layer_.fstatat(parent, step.name.constData(), &information, AT_SYMLINK_NOFOLLOW) == 0 &&
+            S_ISDIR(information.st_mode))
+            note(step, number, Record::Entry::Kind::Folder, information);
         else
-            note(step, number,
-                 step.kind == Operation::Kind::MakeFile ? Record::Entry::Kind::File
-                                                        : Record::Entry::Kind::Folder,
-                 information);
+            noteLeft(number);
+    }
+
+    void noteLeft(qsizetype number)
+    {
+        left_ = QStringLiteral("“%1” may have been left").arg(plan_.path(number));
     }
 
     void keepTimes(qint32 entry, const struct stat &information)
@@ -259,12 +280,12 @@ private:
 
     void undo()
     {
-        if (record_.isEmpty())
-            return;
-        RecordWalk walk(layer_, record_, target_->get());
         Removal removal(layer_, record_);
-        removal.remove(walk);
-        restoreTimes(walk);
+        if (!record_.isEmpty()) {
+            RecordWalk walk(layer_, record_, target_->get());
+            removal.remove(walk);
+            restoreTimes(walk);
+        }
         for (const QString &left : {left_, removal.remains()}) {
             if (!left.isEmpty())
                 error_ += QStringLiteral("; ") + left;

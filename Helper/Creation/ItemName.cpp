@@ -26,18 +26,20 @@ QString ItemName::problem(const QString &name, const QByteArray &bytes)
     return {};
 }
 
-QString ItemName::shownPath(const QList<QString> &components)
+QString ItemName::shownPath(const QList<QString> &components, bool isCut)
 {
-    static const QString ellipsis = QStringLiteral("…");
-    QString path;
-    for (const QString &component : components) {
-        if (path.size() > mostShown) {
-            path.prepend(ellipsis + u'/');
-            break;
-        }
-        path = path.isEmpty() ? component : component + u'/' + path;
+    QString path = isCut ? QStringLiteral("…/") : QString();
+    for (auto component = components.crbegin(); component != components.crend(); ++component) {
+        if (component != components.crbegin())
+            path += u'/';
+        path += *component;
     }
     return QNBFolderMenu::shownPath(path);
+}
+
+QString ItemName::shownName(const QString &name)
+{
+    return QNBFolderMenu::shownPath(name.size() > mostShown ? name.left(mostShown) + u'…' : name);
 }
 
 } // namespace Creation

@@ -18,11 +18,13 @@ inline constexpr qsizetype mostBytes = 255;
 /// Why \a name can be no file's; empty if it can.
 QString problem(const QString &name, const QByteArray &bytes);
 
-/// A path of \a components, the last one first, in one line for people. A path that passes what anybody
-/// reads begins with an ellipsis.
-QString shownPath(const QList<QString> &components);
+/// A path of \a components, the last one first, in one line for people. It begins with an ellipsis if \a
+/// isCut, that is if there are more of them.
+QString shownPath(const QList<QString> &components, bool isCut);
+/// \a name in the same way, or its beginning.
+QString shownName(const QString &name);
 
-/// More than shownPath() shows: whoever collects components may stop at that many characters.
+/// Nobody reads more characters of a path.
 inline constexpr qsizetype mostShown = 1024;
 
 } // namespace ItemName

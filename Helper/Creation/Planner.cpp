@@ -5,7 +5,6 @@
 
 #include "Helper/Creation/ItemName.h"
 #include "Shared/Source/QNBShared.h"
-#include "Source/QNBFolderMenu.h"
 #include "Source/QNBHierarchyDepth.h"
 
 #include <QFile>
@@ -226,7 +225,7 @@ void Planner::leaveFolder()
 
 QString Planner::path(const QNBHierarchyItem &item) const
 {
-    const QString name = QNBFolderMenu::shownPath(item.filename());
+    const QString name = ItemName::shownName(item.filename());
     const qint32 folder = levels_.back().operation;
     return folder == Operation::noOperation ? name : plan_.path(folder) + u'/' + name;
 }

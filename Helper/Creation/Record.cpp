@@ -77,7 +77,7 @@ QString Record::path(qsizetype entry) const
         size += components.constLast().size() + 1;
         entry = step.folder;
     }
-    return ItemName::shownPath(components);
+    return ItemName::shownPath(components, entry != inTarget);
 }
 
 QVariantMap Record::toVariant() const

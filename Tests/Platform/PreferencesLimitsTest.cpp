@@ -4,7 +4,7 @@
 // Saves where the disk or the memory comes to its end.
 
 #include "PreferencesFixture.h"
-#include "SmallDisk.h"
+#include "Tests/Session/SmallDisk.h"
 
 #include <QProcess>
 

@@ -34,7 +34,10 @@ CreationFixture::CreationFixture()
         makeFolder(path);
 }
 
-CreationFixture::~CreationFixture() = default;
+CreationFixture::~CreationFixture()
+{
+    DiskTree::clear(folder_.path());
+}
 
 Creation::Options CreationFixture::options(Creation::OnConflict onConflict) const
 {

@@ -10,6 +10,7 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 
@@ -40,6 +41,49 @@ int labelOf(int descriptor)
     return (FinderInfo(attribute).flags() & FinderInfo::labelMask) >> FinderInfo::labelShift;
 }
 
+/// Lets its owner read an entry, and search it, for a while.
+class Unlocked
+{
+public:
+    Unlocked(int folder, const char *name, mode_t mode)
+        : folder_(folder)
+        , name_(name)
+        , mode_(mode & ALLPERMS)
+        , isLocked_((mode & S_IRWXU) != S_IRWXU && ::faccessat(folder, name, R_OK | X_OK, AT_EACCESS) == -1)
+    {
+        if (isLocked_)
+            ::fchmodat(folder_, name_, mode_ | S_IRWXU, 0);
+    }
+    ~Unlocked()
+    {
+        if (isLocked_)
+            ::fchmodat(folder_, name_, mode_, 0);
+    }
+    Unlocked(const Unlocked &) = delete;
+    Unlocked &operator=(const Unlocked &) = delete;
+
+private:
+    const int folder_;
+    const char *const name_;
+    const mode_t mode_;
+    const bool isLocked_;
+};
+
+std::vector<QByteArray> namesIn(int folder)
+{
+    const int own = ::openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    DIR *directory = ::fdopendir(own);
+    std::vector<QByteArray> names;
+    while (const dirent *entry = ::readdir(directory)) {
+        const QByteArray name(entry->d_name);
+        if (name != "." && name != "..")
+            names.push_back(name);
+    }
+    ::closedir(directory);
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
 void readFolder(int folder, const QByteArray &path, std::vector<DiskEntry> &entries);
 
 void readEntry(int folder, const char *name, const QByteArray &path, std::vector<DiskEntry> &entries)
@@ -55,6 +99,7 @@ void readEntry(int folder, const char *name, const QByteArray &path, std::vector
         entry.bytes.resize(4096);
         entry.bytes.truncate(::readlinkat(folder, name, entry.bytes.data(), std::size_t(entry.bytes.size())));
     } else if (S_ISREG(information.st_mode) || S_ISDIR(information.st_mode)) {
+        const Unlocked unlocked(folder, name, information.st_mode);
         const int descriptor = ::openat(folder, name, O_RDONLY | O_NOFOLLOW | O_CLOEXEC);
         ASSERT_NE(descriptor, -1) << path.constData();
         entry.label = labelOf(descriptor);
@@ -76,16 +121,33 @@ void readEntry(int folder, const char *name, const QByteArray &path, std::vector
 
 void readFolder(int folder, const QByteArray &path, std::vector<DiskEntry> &entries)
 {
-    DIR *directory = ::fdopendir(::dup(folder));
-    std::vector<QByteArray> names;
-    while (const dirent *entry = ::readdir(directory))
-        names.emplace_back(entry->d_name);
-    ::closedir(directory);
-    std::sort(names.begin(), names.end());
-    for (const QByteArray &name : names) {
-        if (name != "." && name != "..")
-            readEntry(folder, name.constData(), path + name, entries);
+    for (const QByteArray &name : namesIn(folder))
+        readEntry(folder, name.constData(), path + name, entries);
+}
+
+void clearFolder(int folder)
+{
+    for (const QByteArray &name : namesIn(folder)) {
+        struct stat information = {};
+        ASSERT_EQ(::fstatat(folder, name.constData(), &information, AT_SYMLINK_NOFOLLOW), 0);
+        if (S_ISDIR(information.st_mode)) {
+            ::fchmodat(folder, name.constData(), S_IRWXU, 0);
+            const int inner = ::openat(folder, name.constData(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC);
+            clearFolder(inner);
+            ::close(inner);
+        }
+        ASSERT_EQ(::unlinkat(folder, name.constData(), S_ISDIR(information.st_mode) ? AT_REMOVEDIR : 0), 0)
+            << name.constData();
     }
+}
+
+/// As many as the system allows: a deep tree is read with one for each level.
+void allowManyDescriptors()
+{
+    rlimit limit = {};
+    ::getrlimit(RLIMIT_NOFILE, &limit);
+    limit.rlim_cur = limit.rlim_max;
+    ::setrlimit(RLIMIT_NOFILE, &limit);
 }
 
 } // namespace
@@ -99,12 +161,21 @@ std::ostream &operator<<(std::ostream &stream, const DiskEntry &entry)
 
 std::vector<DiskEntry> DiskTree::read(const QString &folder)
 {
+    allowManyDescriptors();
     std::vector<DiskEntry> entries;
     const int descriptor = ::open(QFile::encodeName(folder).constData(), O_PATH | O_DIRECTORY | O_CLOEXEC);
     EXPECT_NE(descriptor, -1) << qPrintable(folder);
     readEntry(descriptor, ".", ".", entries);
     ::close(descriptor);
     return entries;
+}
+
+void DiskTree::clear(const QString &folder)
+{
+    allowManyDescriptors();
+    const int descriptor = ::open(QFile::encodeName(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    clearFolder(descriptor);
+    ::close(descriptor);
 }
 
 std::vector<QByteArray> DiskTree::paths(const std::vector<DiskEntry> &entries)

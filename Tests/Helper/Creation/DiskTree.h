@@ -33,13 +33,15 @@ struct DiskEntry
 
 std::ostream &operator<<(std::ostream &stream, const DiskEntry &entry);
 
-/// Everything in a folder, and the folder itself, in the order of the paths. Works for any depth. What the
-/// process may not read makes the test fail.
+/// Everything in a folder, and the folder itself, in the order of the paths. Works for any depth and for what
+/// its owner may not read.
 class DiskTree
 {
 public:
     /// Reads such that reading again finds the same times of access.
     static std::vector<DiskEntry> read(const QString &folder);
+    /// Removes everything in a folder.
+    static void clear(const QString &folder);
     /// The paths alone, without the folder's own.
     static std::vector<QByteArray> paths(const std::vector<DiskEntry> &entries);
     /// The entry at \a path; the test fails if there is none.

@@ -90,10 +90,8 @@ TEST_F(UndoTest, RefusesIfAnythingWasChanged)
         EXPECT_FALSE(outcome.error.isEmpty()) << what;
         EXPECT_EQ(disk(), before) << what;
         EXPECT_EQ(DiskTree::read(outside()), beforeOutside) << what;
-        QDir(target()).removeRecursively();
-        QDir(outside()).removeRecursively();
-        makeFolder(target());
-        makeFolder(outside());
+        DiskTree::clear(target());
+        DiskTree::clear(outside());
         SetUp();
     }
 }

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: Quenby contributors
 // SPDX-License-Identifier: MIT
 
-#include "SmallDisk.h"
+#include "Tests/Session/SmallDisk.h"
 
 #include <QFile>
 
@@ -12,11 +12,12 @@
 #include <sched.h>
 #include <sys/mount.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
 
-constexpr char diskOptions[] = "size=4m";
+constexpr char diskOptions[] = "size=4m,nr_inodes=512";
 
 bool putLine(const char *path, const QByteArray &line)
 {
@@ -50,15 +51,16 @@ bool limitFiles(rlim_t size)
 } // namespace
 
 SmallDisk::SmallDisk(const QString &folder)
-    : filler_(QFile::encodeName(folder) + "/filler")
-    , isMounted_(mount(QFile::encodeName(folder)))
+    : folder_(QFile::encodeName(folder))
+    , filler_(folder_ + "/filler")
+    , isMounted_(mount())
 {
 }
 
-bool SmallDisk::mount(const QByteArray &folder) const
+bool SmallDisk::mount() const
 {
     return leaveMounts() && ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
-           ::mount("tmpfs", folder.constData(), "tmpfs", 0, diskOptions) == 0;
+           ::mount("tmpfs", folder_.constData(), "tmpfs", 0, diskOptions) == 0;
 }
 
 bool SmallDisk::fill(qint64 room)
@@ -77,7 +79,33 @@ bool SmallDisk::fill(qint64 room)
     return isFull && hasRoom;
 }
 
+QByteArray SmallDisk::entryFiller(int number) const
+{
+    return filler_ + '-' + QByteArray::number(number);
+}
+
+bool SmallDisk::fillEntries(int room)
+{
+    while (::mknod(entryFiller(entryFillers_).constData(), S_IFREG | 0600, 0) == 0)
+        ++entryFillers_;
+    bool hasRoom = errno == ENOSPC;
+    for (; hasRoom && room > 0; --room)
+        hasRoom = ::unlink(entryFiller(--entryFillers_).constData()) == 0;
+    return hasRoom;
+}
+
+bool SmallDisk::makeReadOnly()
+{
+    return ::mount(nullptr, folder_.constData(), nullptr, MS_REMOUNT | MS_BIND | MS_RDONLY, nullptr) == 0;
+}
+
 bool SmallDisk::clear()
 {
-    return isMounted_ ? ::unlink(filler_.constData()) == 0 : limitFiles(RLIM_INFINITY);
+    while (entryFillers_ > 0) {
+        if (::unlink(entryFiller(--entryFillers_).constData()) == -1)
+            return false;
+    }
+    if (!isMounted_)
+        return limitFiles(RLIM_INFINITY);
+    return ::unlink(filler_.constData()) == 0 || errno == ENOENT;
 }

@@ -20,11 +20,18 @@ public:
 
     /// Leaves room for that many bytes.
     bool fill(qint64 room);
+    /// Leaves room for that many files and folders; only on a mounted disk.
+    bool fillEntries(int room);
     bool clear();
+    /// Lets nothing be changed from now on; only a mounted disk.
+    bool makeReadOnly();
 
 private:
-    bool mount(const QByteArray &folder) const;
+    bool mount() const;
+    QByteArray entryFiller(int number) const;
 
+    QByteArray folder_;
     QByteArray filler_;
+    int entryFillers_ = 0;
     bool isMounted_;
 };
