@@ -4,6 +4,7 @@
 // Others at work in the target at the same time.
 
 #include "CreationFixture.h"
+#include "Platform/FolderLayer.h"
 
 #include <QFile>
 #include <atomic>
@@ -11,6 +12,7 @@
 #include <fcntl.h>
 #include <set>
 #include <thread>
+#include <unistd.h>
 
 using ::testing::IsEmpty;
 
@@ -55,6 +57,27 @@ QNBHierarchyItemPtr treeIn(const QString &folder)
         folder, {Items::folder(QStringLiteral("inner"), files), Items::file(QStringLiteral("file"))})});
 }
 
+/// Puts a link in the place of each folder, at the moment at which it has been made.
+class PlantingLayer : public FolderLayer
+{
+public:
+    explicit PlantingLayer(const QString &elsewhere)
+        : elsewhere_(QFile::encodeName(elsewhere))
+    {
+    }
+
+    int mkdirat(int folder, const char *name, mode_t mode) override
+    {
+        const int result = FolderLayer::mkdirat(folder, name, mode);
+        EXPECT_EQ(::renameat(folder, name, folder, "aside"), 0);
+        EXPECT_EQ(::symlinkat(elsewhere_.constData(), folder, name), 0);
+        return result;
+    }
+
+private:
+    const QByteArray elsewhere_;
+};
+
 constexpr int enoughRuns = 20;
 constexpr int mostRuns = 1000;
 
@@ -97,6 +120,18 @@ TEST_F(RaceTest, NothingIsCreatedThroughALinkInThePlaceOfAFolderThatIsThere)
 TEST_F(RaceTest, NothingIsCreatedThroughALinkInThePlaceOfANewFolder)
 {
     createWhileSwapped(QStringLiteral("new"));
+}
+
+TEST_F(RaceTest, ALinkPlantedAsSoonAsAFolderWasMadeIsNotFollowed)
+{
+    const Creation::Plan planned = plan(treeIn(QStringLiteral("new")));
+    const auto before = DiskTree::read(outside());
+    PlantingLayer layer(outside());
+    const Creation::Outcome outcome = Creation::execute(planned, {}, layer);
+    EXPECT_FALSE(outcome.succeeded);
+    EXPECT_TRUE(outcome.error.contains(u"left")) << qPrintable(outcome.error);
+    EXPECT_THAT(DiskTree::paths(disk()), ::testing::ElementsAre("aside", "new"));
+    EXPECT_EQ(DiskTree::read(outside()), before);
 }
 
 TEST_F(RaceTest, OfTwoRunsOfOnePlanOneSucceeds)
