@@ -174,7 +174,7 @@ UndoReport undoLastCreation()
         nothing.message = tr("There is nothing to undo");
         return nothing;
     }
-    const UndoReport report = undoRecord(*creation);
+    UndoReport report = undoRecord(*creation);
     if (report.status == UndoReport::Status::Undone)
         forget(history);
     return report;
@@ -187,7 +187,7 @@ UndoReport undoCreation(const CreationReport &report)
     const std::optional<FileLock> lock = history.lock(&error);
     if (!lock)
         return refused(error);
-    const UndoReport undone = undoRecord({report.id, report.label, report.record});
+    UndoReport undone = undoRecord({report.id, report.label, report.record});
     if (undone.status == UndoReport::Status::Undone) {
         const std::optional<History::Creation> last = history.read(&error);
         if (last && last->id == report.id)

@@ -23,7 +23,7 @@ constexpr int answerTimeout = 10'000;
 
 const QString connectionName = QStringLiteral("quenby-helper-service");
 
-HelperService::Answer ask(QDBusConnection bus, const QString &preset, const QStringList &folders,
+HelperService::Answer ask(const QDBusConnection &bus, const QString &preset, const QStringList &folders,
                           QString *error)
 {
     using HelperService::Answer;

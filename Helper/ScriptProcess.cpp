@@ -124,7 +124,7 @@ private:
     /// False when there is nothing to read now, or will never be.
     bool readOnce()
     {
-        std::array<char, 64 * 1024> buffer;
+        std::array<char, 65536> buffer;
         const ssize_t size = FileLayer::real().read(output_.get(), buffer.data(), buffer.size());
         if (size <= 0) {
             if (size == 0)
