@@ -4,6 +4,7 @@
 #include "Helper/CommandLine.h"
 #include "Helper/Presets.h"
 #include "Helper/Running/RunningHelper.h"
+#include "Helper/StandardStreams.h"
 #include "Platform/SessionBus.h"
 
 #include <QApplication>
@@ -40,6 +41,7 @@ int runInBackground(int &argc, char **argv)
 
 int main(int argc, char **argv)
 {
+    StandardStreams::occupyClosed();
     if (argc <= 1)
         return runInBackground(argc, argv);
     ::prctl(PR_SET_NAME, commandLineProcessName);

@@ -243,6 +243,19 @@ TEST_F(CommandLineProgramTest, OutputThatCannotBeWrittenIsAFailure)
     EXPECT_EQ(process.exitCode(), 8);
 }
 
+TEST_F(CommandLineProgramTest, ClosedStandardStreamsAreNoOtherFiles)
+{
+    QProcess shell;
+    shell.setProcessEnvironment(home_.environment());
+    shell.start(text("/bin/sh"), {text("-c"), text("exec \"$@\" <&- >&- 2>&-"), text("sh"), program(),
+                                  text("--create"), text("One"), text("--in"), target(), text("--json")});
+    ASSERT_TRUE(shell.waitForFinished()) << qPrintable(shell.errorString());
+    EXPECT_EQ(shell.exitCode(), 8);
+    EXPECT_EQ(tree().size(), 3);
+    EXPECT_EQ(bytesOf(text("empty")), "");
+    EXPECT_EQ(run({text("--undo")}).code, 0) << "the record of the creation was written to";
+}
+
 TEST_F(CommandLineProgramTest, WithoutStoredPresetsThePanesOnesCount)
 {
     ASSERT_TRUE(QFile::remove(home_.configFolder() + text("/" QUENBY_IDENTIFIER ".plist")));
