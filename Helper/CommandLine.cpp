@@ -259,18 +259,24 @@ std::optional<ExitCode> CommandLine::handOver(const CommandLineOptions &options,
                             options.onConflict == Creation::OnConflict::UniqueName;
     if (!options.notify || !isOrdinary)
         return std::nullopt;
+    ExitCode code = ExitCode::Done;
     QString error;
     switch (HelperService::create(options.preset, folders, SessionBus::address(), &error)) {
     case HelperService::Answer::Taken:
-        return ExitCode::Done;
+        return code;
     case HelperService::Answer::NotRunning:
         return std::nullopt;
+    case HelperService::Answer::NotUnderstood:
+        code = ExitCode::NoSuchPreset;
+        tell(error);
+        break;
     case HelperService::Answer::Failed:
+        code = ExitCode::Failed;
+        tell(tr("The running helper did not do it: %1").arg(error));
         break;
     }
-    tell(tr("The running helper did not do it: %1").arg(error));
-    notify(options, ExitCode::Failed);
-    return ExitCode::Failed;
+    notify(options, code);
+    return code;
 }
 
 void CommandLine::notify(const CommandLineOptions &options, ExitCode code)

@@ -43,6 +43,8 @@ HelperService::Answer ask(const QDBusConnection &bus, const QString &preset, con
     case QDBusError::UnknownObject:
     case QDBusError::UnknownInterface:
         return Answer::NotRunning;
+    case QDBusError::InvalidArgs:
+        return Answer::NotUnderstood;
     default:
         return Answer::Failed;
     }

@@ -20,6 +20,8 @@ enum class Answer {
     Taken,
     /// Nothing happened.
     NotRunning,
+    /// Nothing happened: it knows no such preset, or more than one.
+    NotUnderstood,
     /// It may or may not have taken the order.
     Failed,
 };

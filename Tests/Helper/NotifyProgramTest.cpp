@@ -24,7 +24,7 @@ const QString connectionName = QStringLiteral("fake-helper");
 class FakeHelper final : public QDBusVirtualObject
 {
 public:
-    enum class Manner { Helpful, Refusing };
+    enum class Manner { Helpful, Refusing, Misunderstanding };
 
     FakeHelper(const QString &busAddress, Manner manner)
         : manner_(manner)
@@ -44,9 +44,17 @@ private:
         orders_ << text("%1.%2(%3) %4 in %5")
                        .arg(message.interface(), message.member(), message.signature(),
                             arguments.value(0).toString(), arguments.value(1).toStringList().join(u' '));
-        connection.send(manner_ == Manner::Helpful
-                            ? message.createReply()
-                            : message.createErrorReply(QDBusError::Failed, text("not now")));
+        switch (manner_) {
+        case Manner::Helpful:
+            connection.send(message.createReply());
+            break;
+        case Manner::Refusing:
+            connection.send(message.createErrorReply(QDBusError::Failed, text("not now")));
+            break;
+        case Manner::Misunderstanding:
+            connection.send(message.createErrorReply(QDBusError::InvalidArgs, text("no such thing")));
+            break;
+        }
         return true;
     }
     QString introspect(const QString &) const override { return {}; }
@@ -121,6 +129,17 @@ TEST_F(NotifyProgramTest, AHelperThatRefusesIsNotGoneBehind)
     const Ended refused = createAndNotify(bus_.address());
     EXPECT_EQ(refused.code, 4);
     EXPECT_THAT(refused.errors.toStdString(), HasSubstr("not now"));
+    EXPECT_THAT(tree(), IsEmpty());
+    EXPECT_EQ(desktop.shown().size(), 1);
+}
+
+TEST_F(NotifyProgramTest, AHelperThatKnowsNoSuchPresetIsBelieved)
+{
+    const FakeHelper helper(bus_.address(), FakeHelper::Manner::Misunderstanding);
+    const FakeDesktop desktop(bus_.address(), {});
+    const Ended misunderstood = createAndNotify(bus_.address());
+    EXPECT_EQ(misunderstood.code, 2);
+    EXPECT_THAT(misunderstood.errors.toStdString(), HasSubstr("no such thing"));
     EXPECT_THAT(tree(), IsEmpty());
     EXPECT_EQ(desktop.shown().size(), 1);
 }
