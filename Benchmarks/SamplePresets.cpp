@@ -94,13 +94,15 @@ qsizetype countItems(const QList<QNBPresetRecordPtr> &presets)
 QByteArray domainBytes(const QList<QNBPresetRecordPtr> &presets)
 {
     BinaryPropertyListWriter writer;
-    const std::array<BinaryPropertyListWriter::Ref, 2> keys{writer.string(QNBPreferenceKey::presetsStored),
-                                                            writer.string(QNBPreferenceKey::presets)};
+    const std::array<BinaryPropertyListWriter::Ref, 3> keys{
+        writer.string(QNBPreferenceKey::launchHelperOnStart), writer.string(QNBPreferenceKey::presetsStored),
+        writer.string(QNBPreferenceKey::presets)};
     std::vector<BinaryPropertyListWriter::Ref> records;
     for (const QNBPresetRecordPtr &preset : presets)
         records.push_back(preset->encode(writer));
-    const std::array<BinaryPropertyListWriter::Ref, 2> values{
-        writer.value(QVariantMap{{QNBPreferenceKey::presetsStoredLoaded, true}}), writer.array(records)};
+    const std::array<BinaryPropertyListWriter::Ref, 3> values{
+        writer.value(false), writer.value(QVariantMap{{QNBPreferenceKey::presetsStoredLoaded, true}}),
+        writer.array(records)};
     const PropertyList::WriteResult written = writer.finish(writer.dictionary(keys, values));
     if (!written)
         qFatal("the sample presets cannot be written: %s", qPrintable(written.error));

@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: Quenby contributors
 // SPDX-License-Identifier: MIT
 
+#include "Tests/EndToEnd/ContextMenuQuestion.h"
 #include "Tests/EndToEnd/EditorFixture.h"
 
 #include <QFile>
@@ -11,15 +12,6 @@
 namespace {
 
 const QString askedKey = QStringLiteral("QNBAlreadyAskedToInstallCMM");
-const QStringList question = {
-    QStringLiteral("Install Finder Contextual Menu?"),
-    QStringLiteral(
-        "Quenby can install a Finder Contextual Menu so you can access presets from within Finder. "
-        "Installing this will require that Finder be restarted. Would you like to install the "
-        "contextual menu?"),
-    QStringLiteral("Install and Restart Finder"),
-    QStringLiteral("Don't Install"),
-};
 
 QByteArray contentOf(const QString &path)
 {
@@ -56,7 +48,7 @@ protected:
 TEST_F(ContextMenuOfferTest, WhoSaysYesHasItInstalledAndRegistered)
 {
     ASSERT_NO_FATAL_FAILURE(openPane());
-    ASSERT_NO_FATAL_FAILURE(answerAlert(question, QStringLiteral("Return")));
+    ASSERT_NO_FATAL_FAILURE(answerAlert(contextMenuQuestion, QStringLiteral("Return")));
     EXPECT_TRUE(waitUntil([&] { return contentOf(report_) == "register\n"; }))
         << contentOf(report_).constData();
     for (const QString &file :
@@ -72,7 +64,7 @@ TEST_F(ContextMenuOfferTest, WhoSaysNoIsAskedAgainTheNextTime)
 {
     for (int time = 0; time < 2; ++time) {
         ASSERT_NO_FATAL_FAILURE(openPane());
-        ASSERT_NO_FATAL_FAILURE(answerAlert(question, QStringLiteral("Escape")));
+        ASSERT_NO_FATAL_FAILURE(answerAlert(contextMenuQuestion, QStringLiteral("Escape")));
         EXPECT_FALSE(QFileInfo::exists(installed_));
         ASSERT_NO_FATAL_FAILURE(leave());
         EXPECT_EQ(session_.domain().value(askedKey), "bool True");

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "Tests/EndToEnd/EditorFixture.h"
+#include "Tests/EndToEnd/HelperProcesses.h"
 
 #include <QDir>
 #include <QFile>
@@ -17,7 +18,6 @@ using ::testing::UnorderedElementsAre;
 
 namespace {
 
-const QString helperName = QStringLiteral("QNBHelper");
 const QString runningStatus = QStringLiteral("Status: Quenby is running");
 const QString stoppedStatus = QStringLiteral("Status: Quenby is stopped");
 const QString startTitle = QStringLiteral("Start");
@@ -25,24 +25,6 @@ const QString stopTitle = QStringLiteral("Stop");
 const QString launchKey = QStringLiteral("QNBLaunchHelperOnStart");
 /// A loaded machine, and a build with sanitizers, take their time.
 constexpr std::chrono::seconds patience(30);
-
-/// The running processes of this user that are called like the helper, as the kernel lists them.
-QList<qint64> helpers()
-{
-    QList<qint64> result;
-    const QFileInfoList folders = QDir(QStringLiteral("/proc")).entryInfoList(QDir::Dirs);
-    for (const QFileInfo &folder : folders) {
-        QFile status(folder.filePath() + QStringLiteral("/status"));
-        bool isProcess = false;
-        const qint64 pid = folder.fileName().toLongLong(&isProcess);
-        if (!isProcess || folder.ownerId() != geteuid() || !status.open(QIODevice::ReadOnly))
-            continue;
-        const QByteArray text = status.readAll();
-        if (text.startsWith("Name:\tQNBHelper\n") && !text.contains("\nState:\tZ"))
-            result.append(pid);
-    }
-    return result;
-}
 
 /// The pane with a helper inside, as the user starts and stops it.
 class HelperControlTest : public EditorFixture

@@ -47,10 +47,13 @@ std::filesystem::path native(const QString &path)
 PaneCopy::PaneCopy(const QString &folder)
     : path_(folder + QStringLiteral("/Quenby.prefPane"))
 {
-    const std::filesystem::path built = native(QStringLiteral(QUENBY_BUNDLE));
-    std::filesystem::copy(built, native(path_), std::filesystem::copy_options::recursive);
-    std::filesystem::remove_all(native(helperPath()));
-    std::filesystem::remove_all(native(contextMenuPath()));
+    const std::filesystem::path built = native(QStringLiteral(QUENBY_BUNDLE "/Contents"));
+    const std::filesystem::path copy = native(path_ + QStringLiteral("/Contents"));
+    std::filesystem::create_directories(copy);
+    std::filesystem::copy_file(built / "Info.plist", copy / "Info.plist");
+    std::filesystem::copy(built / "Resources", copy / "Resources", std::filesystem::copy_options::recursive);
+    // The programs that it carries are in folders.
+    std::filesystem::copy(built / "MacOS", copy / "MacOS");
 }
 
 QString PaneCopy::helperPath() const
@@ -68,6 +71,14 @@ void PaneCopy::addHelper() const
     write(helperPath() + QStringLiteral("/Contents/Info.plist"), helperInformation);
     std::filesystem::create_directories(native(helperProgram()).parent_path());
     std::filesystem::copy_file(native(QStringLiteral(QUENBY_STAND_IN_HELPER)), native(helperProgram()));
+}
+
+void PaneCopy::addCompanions() const
+{
+    const std::filesystem::path built = native(QStringLiteral(QUENBY_BUNDLE "/Contents/MacOS"));
+    for (const QString &companion : {helperPath(), contextMenuPath()})
+        std::filesystem::copy(built / native(companion).filename(), native(companion),
+                              std::filesystem::copy_options::recursive);
 }
 
 QString PaneCopy::contextMenuPath() const

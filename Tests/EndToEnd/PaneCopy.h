@@ -15,6 +15,9 @@ public:
 
     QString path() const { return path_; }
 
+    /// Adds the helper and the plug-in that were built.
+    void addCompanions() const;
+
     /// Adds the program that stands in for the helper, in a bundle of its own.
     void addHelper() const;
     QString helperPath() const;

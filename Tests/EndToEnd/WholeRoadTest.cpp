@@ -1,0 +1,172 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+// From the pane to the disk: nothing stands in for anything.
+
+#include "Tests/EndToEnd/ContextMenuQuestion.h"
+#include "Tests/EndToEnd/EditorFixture.h"
+#include "Tests/EndToEnd/HelperProcesses.h"
+
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+#include <csignal>
+#include <sys/stat.h>
+#include <sys/xattr.h>
+
+using ::testing::IsEmpty;
+
+namespace {
+
+/// A loaded machine, and a build with sanitizers, take their time.
+constexpr std::chrono::seconds patience(30);
+const QString wedding = QStringLiteral("Wedding");
+
+QByteArray contentOf(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+/// The label's number; -1 if there is no label at all.
+int labelOf(const QString &path)
+{
+    char information[32];
+    if (::getxattr(QFile::encodeName(path).constData(), "user.com.apple.FinderInfo", information,
+                   sizeof information) != sizeof information)
+        return -1;
+    return (information[9] >> 1) & 7;
+}
+
+mode_t permissionsOf(const QString &path)
+{
+    struct stat status = {};
+    EXPECT_EQ(::stat(QFile::encodeName(path).constData(), &status), 0) << qPrintable(path);
+    return status.st_mode & 07777;
+}
+
+/// A user with the pane, the helper and the plug-in that were built, and one file manager.
+class WholeRoadTest : public EditorFixture
+{
+protected:
+    WholeRoadTest()
+        : target_(session_.home().filePath(QStringLiteral("projects")))
+        , actions_(session_.home().configFolder() + QStringLiteral("/Thunar/uca.xml"))
+    {
+        session_.pane().addCompanions();
+        QDir().mkpath(target_);
+        QDir().mkpath(QFileInfo(actions_).path());
+    }
+    ~WholeRoadTest() override
+    {
+        host_.reset();
+        if (!hasBegun_)
+            return;
+        const QList<qint64> left = helpers();
+        for (const qint64 pid : left)
+            ::kill(pid_t(pid), SIGKILL);
+        EXPECT_TRUE(waitUntil([] { return helpers().isEmpty(); }));
+    }
+    void SetUp() override
+    {
+        ASSERT_THAT(helpers(), IsEmpty()) << "A helper runs in this session: quit it first.";
+        hasBegun_ = true;
+    }
+
+    void addPreset()
+    {
+        const qsizetype count = pane_.presets().size();
+        user_.presses(QStringLiteral("alt+n"));
+        ASSERT_TRUE(waitUntil([&] { return pane_.presets().size() == count + 1; }, patience));
+        user_.types(wedding);
+        user_.presses(QStringLiteral("Return"));
+        ASSERT_TRUE(waitUntil([&] { return pane_.presets().constLast() == wedding; }, patience));
+        user_.presses(QStringLiteral("alt+f"));
+        ASSERT_NO_FATAL_FAILURE(addItem(QStringLiteral("ctrl+shift+n"), QStringLiteral("Planning")));
+        user_.presses(QStringLiteral("ctrl+5"));
+        ASSERT_NO_FATAL_FAILURE(addItem(QStringLiteral("ctrl+n"), QStringLiteral("Budget.csv")));
+        user_.presses(QStringLiteral("ctrl+1"));
+    }
+    void leave()
+    {
+        host_->signal(SIGTERM);
+        ASSERT_TRUE(host_->waitForEnd());
+        EXPECT_TRUE(host_->hasReturned(0)) << host_->errors().constData();
+    }
+    /// As the file managers' entries do; the running helper takes the order or refuses it.
+    QDBusMessage orderFromTheHelper(const QString &preset, const QString &folder) const
+    {
+        const QString name = QStringLiteral("whole-road");
+        QDBusMessage answer;
+        {
+            const QDBusConnection bus = QDBusConnection::connectToBus(session_.busAddress(), name);
+            QDBusMessage order = QDBusMessage::createMethodCall(
+                QStringLiteral("org.quenby.QNBHelper"), QStringLiteral("/org/quenby/QNBHelper"),
+                QStringLiteral("org.quenby.QNBHelper"), QStringLiteral("Create"));
+            order << preset << QStringList(folder);
+            answer = bus.call(order);
+        }
+        QDBusConnection::disconnectFromBus(name);
+        return answer;
+    }
+    void expectWedding(const QString &folder)
+    {
+        const QString planning = folder + QStringLiteral("/Planning");
+        const QString budget = planning + QStringLiteral("/Budget.csv");
+        ASSERT_TRUE(waitUntil([&] { return permissionsOf(planning) == 0764; }, patience));
+        EXPECT_EQ(QDir(folder).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
+                  QStringList(QStringLiteral("Planning")));
+        EXPECT_EQ(QDir(planning).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
+                  QStringList(QStringLiteral("Budget.csv")));
+        EXPECT_EQ(permissionsOf(budget), 0764U);
+        EXPECT_EQ(QFileInfo(budget).size(), 0);
+    }
+
+    QString target_;
+    /// The file manager's own file.
+    QString actions_;
+
+private:
+    bool hasBegun_ = false;
+};
+
+} // namespace
+
+TEST_F(WholeRoadTest, APresetComesFromThePaneToTheDisk)
+{
+    ASSERT_NO_FATAL_FAILURE(openPane());
+    ASSERT_NO_FATAL_FAILURE(answerAlert(contextMenuQuestion, QStringLiteral("Return")));
+    EXPECT_TRUE(waitUntil([&] { return contentOf(actions_).contains("Quenby"); }, patience))
+        << "the plug-in has registered itself";
+    ASSERT_TRUE(waitUntil([] { return helpers().size() == 1; }, patience));
+    const qint64 helper = helpers().constFirst();
+    EXPECT_EQ(QFileInfo(QStringLiteral("/proc/%1/exe").arg(helper)).symLinkTarget(),
+              session_.pane().helperProgram());
+
+    ASSERT_NO_FATAL_FAILURE(addPreset());
+    ASSERT_NO_FATAL_FAILURE(leave());
+    EXPECT_TRUE(waitUntil([&] { return contentOf(actions_).contains(wedding.toUtf8()); }, patience))
+        << "the helper has the new preset put into the file managers' menus";
+    EXPECT_EQ(helpers(), QList<qint64>{helper}) << "it runs on without the pane";
+
+    const QDBusMessage answer = orderFromTheHelper(wedding, target_);
+    EXPECT_EQ(answer.type(), QDBusMessage::ReplyMessage) << qPrintable(answer.errorMessage());
+    ASSERT_NO_FATAL_FAILURE(expectWedding(target_));
+
+    const QString other = session_.home().filePath(QStringLiteral("other"));
+    QDir().mkpath(other);
+    ChildProcess commandLine(session_.pane().helperProgram(),
+                             {QStringLiteral("--create"), wedding, QStringLiteral("--in"), other},
+                             session_.environment());
+    ASSERT_TRUE(commandLine.waitForEnd(patience));
+    EXPECT_TRUE(commandLine.hasReturned(0)) << commandLine.errors().constData();
+    ASSERT_NO_FATAL_FAILURE(expectWedding(other));
+    EXPECT_EQ(labelOf(other + QStringLiteral("/Planning")), labelOf(target_ + QStringLiteral("/Planning")));
+    EXPECT_NE(labelOf(target_ + QStringLiteral("/Planning")), 0);
+
+    ASSERT_EQ(::kill(pid_t(helper), SIGTERM), 0);
+    EXPECT_TRUE(waitUntil([] { return helpers().isEmpty(); }, patience));
+}
