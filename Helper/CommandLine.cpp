@@ -8,6 +8,7 @@
 #include "Helper/Notifications.h"
 #include "Helper/Presets.h"
 #include "Platform/SessionBus.h"
+#include "Source/QNBFolderMenu.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -214,7 +215,8 @@ bool CommandLine::allowScript(const CommandLineOptions &options, const Script &s
     const QString content =
         script.isText() ? script.shownContent()
                         : tr("A program that people cannot read, %1 bytes long").arg(script.content().size());
-    return console_.ask(tr("The preset wants to run the script %1, which says:").arg(script.path()) +
+    return console_.ask(tr("The preset wants to run the script %1, which says:")
+                                .arg(QNBFolderMenu::shownPath(script.path())) +
                             QStringLiteral("\n\n") + content + QStringLiteral("\n\n"),
                         tr("Allow it, now and from now on?"));
 }

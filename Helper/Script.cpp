@@ -66,6 +66,12 @@ std::optional<QByteArray> readUnchanged(const QString &path, struct stat *status
     return bytes;
 }
 
+/// In one line, from which the name can be told.
+QByteArray lineOf(const QString &name)
+{
+    return QFile::encodeName(name).replace('%', "%25").replace('\n', "%0A");
+}
+
 /// One line for each entry of the bundle, sorted: digest, whether it can be executed, path.
 std::optional<QByteArray> bundleContents(const QString &bundle, QString *error)
 {
@@ -78,7 +84,7 @@ std::optional<QByteArray> bundleContents(const QString &bundle, QString *error)
         const QFileInfo entry = walk.fileInfo();
         QByteArray description;
         if (entry.isSymLink()) {
-            description = "-> " + QFile::encodeName(entry.symLinkTarget());
+            description = "-> " + lineOf(entry.symLinkTarget());
         } else if (entry.isDir()) {
             continue;
         } else {
@@ -90,7 +96,7 @@ std::optional<QByteArray> bundleContents(const QString &bundle, QString *error)
             description = QCryptographicHash::hash(*bytes, QCryptographicHash::Sha256).toHex() +
                           ((status.st_mode & S_IXUSR) ? " x" : " -");
         }
-        lines.append(description + ' ' + QFile::encodeName(QDir(bundle).relativeFilePath(entry.filePath())));
+        lines.append(description + ' ' + lineOf(QDir(bundle).relativeFilePath(entry.filePath())));
         if (lines.size() > mostBundleEntries || size > largestBundle) {
             *error = tr("there is too much in the bundle");
             return std::nullopt;

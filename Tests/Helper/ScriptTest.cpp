@@ -182,6 +182,17 @@ TEST_F(ScriptTest, ABundleOfWhichAnythingWasChangedDoesNotRun)
     EXPECT_NE(find(QStringLiteral("Tool.app"))->content(), script->content());
 }
 
+TEST_F(ScriptTest, NoNameInABundleLooksLikeTwo)
+{
+    const QString bundle = putBundle("tool");
+    putProgram(bundle + QStringLiteral("/Contents/MacOS/tool"));
+    const qsizetype lines = find(QStringLiteral("Tool.app"))->content().count('\n');
+    put(bundle + QStringLiteral("/Contents/100%\nand more"), "x");
+    const QByteArray content = find(QStringLiteral("Tool.app"))->content();
+    EXPECT_EQ(content.count('\n'), lines + 1);
+    EXPECT_TRUE(content.contains("Contents/100%25%0Aand more\n")) << content.constData();
+}
+
 TEST_F(ScriptTest, ABundleRunsNothingFromOutside)
 {
     const QString bundle = putBundle("tool");
