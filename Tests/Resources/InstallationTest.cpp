@@ -49,6 +49,8 @@ TEST_F(InstallationTest, EverythingIsWhereTheDesktopLooks)
           QUENBY_INSTALL_DATADIR "/icons/hicolor/scalable/apps/quenby.svg",
           QUENBY_INSTALL_MANDIR "/man1/quenby-preferences.1", QUENBY_INSTALL_BUNDLE "/Contents/Info.plist",
           QUENBY_INSTALL_BUNDLE "/Contents/MacOS/QNBPrefPane.so",
+          QUENBY_INSTALL_BUNDLE "/Contents/MacOS/QNBContextMenu.plugin/Contents/Info.plist",
+          QUENBY_INSTALL_BUNDLE "/Contents/MacOS/QNBContextMenu.plugin/Contents/MacOS/QNBContextMenu",
           QUENBY_INSTALL_BUNDLE "/Contents/MacOS/QNBHelper.app/Contents/Info.plist",
           QUENBY_INSTALL_BUNDLE "/Contents/MacOS/QNBHelper.app/Contents/MacOS/QNBHelper",
           QUENBY_INSTALL_BINDIR "/QNBHelper", QUENBY_INSTALL_MANDIR "/man1/QNBHelper.1",
