@@ -1,0 +1,141 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+// The creation of a tree in an empty folder, beside bare system calls in a loop and beside the system's tar
+// that unpacks the same tree: by turns, in each iteration. The time of an iteration is that of the creation
+// with its plan. "bare" and "tar" say how many times the time of the other that is (the goals are 1.3 and
+// 1.0), "planning" which part of it the plan takes (at most 0.1); each from the medians of its times.
+
+#include "Benchmarks/CreationTree.h"
+#include "Helper/Creation/Execution.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <algorithm>
+#include <benchmark/benchmark.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+const QString memoryFolder = QStringLiteral("/dev/shm");
+
+/// In memory or on the disk.
+QString placeOf(std::int64_t isOnDisk)
+{
+    return (isOnDisk != 0 ? QDir::tempPath() : memoryFolder) + QStringLiteral("/quenby-benchmark-XXXXXX");
+}
+
+/// Runs a program that needs no shell, as cheaply as one can be run.
+bool run(const std::vector<const char *> &arguments)
+{
+    const pid_t child = ::vfork();
+    if (child == 0) {
+        ::execvp(arguments.front(), const_cast<char *const *>(arguments.data()));
+        ::_exit(127);
+    }
+    int status = -1;
+    return ::waitpid(child, &status, 0) == child && status == 0;
+}
+
+template <typename Work>
+double secondsOf(Work work)
+{
+    QElapsedTimer timer;
+    timer.start();
+    work();
+    return double(timer.nsecsElapsed()) / 1e9;
+}
+
+double median(std::vector<double> &times)
+{
+    const auto middle = times.begin() + std::ptrdiff_t(times.size() / 2);
+    std::nth_element(times.begin(), middle, times.end());
+    return *middle;
+}
+
+/// The tree, an empty folder for each way to make it, and the archive.
+class Ground
+{
+public:
+    explicit Ground(benchmark::State &state)
+        : state_(state)
+        , folder_(placeOf(state.range(1)))
+        , tree_(int(state.range(0)), folder_.path())
+    {
+    }
+
+    const CreationTree &tree() const { return tree_; }
+    QString target() const { return folder_.filePath(QStringLiteral("target")); }
+    QByteArray targetPath() const { return QFile::encodeName(target()); }
+    QByteArray archive() const { return QFile::encodeName(folder_.filePath(QStringLiteral("tree.tar"))); }
+    Creation::Options options() const { return {Creation::OnConflict::UniqueName, folder_.path()}; }
+
+    /// The seconds that \a make takes in an empty folder. What it made is looked at, and then removed.
+    template <typename Make>
+    double time(Make make)
+    {
+        bool ok = QDir().mkdir(target());
+        const double seconds = secondsOf([&] { ok = make() && ok; });
+        ok = tree_.isIn(targetPath()) && ok;
+        if (!hasArchive_)
+            hasArchive_ =
+                run({"tar", "-cf", archive().constData(), "-C", targetPath().constData(), ".", nullptr});
+        if (!ok || !QDir(target()).removeRecursively())
+            state_.SkipWithError("the tree was not made");
+        return seconds;
+    }
+
+private:
+    benchmark::State &state_;
+    const QTemporaryDir folder_;
+    const CreationTree tree_;
+    bool hasArchive_ = false;
+};
+
+void BM_Create(benchmark::State &state)
+{
+    Ground ground(state);
+    std::vector<double> whole;
+    std::vector<double> planning;
+    std::vector<double> bare;
+    std::vector<double> tar;
+    for (auto _ : state) {
+        bare.push_back(ground.time([&] { return ground.tree().makeWithBareCalls(ground.targetPath()); }));
+        whole.push_back(ground.time([&] {
+            Creation::Plan plan;
+            planning.push_back(secondsOf(
+                [&] { plan = Creation::plan(*ground.tree().root(), ground.target(), ground.options()); }));
+            return Creation::execute(plan).succeeded;
+        }));
+        tar.push_back(ground.time([&] {
+            return run(
+                {"tar", "-xf", ground.archive().constData(), "-C", ground.targetPath().constData(), nullptr});
+        }));
+        state.SetIterationTime(whole.back());
+    }
+    const double seconds = median(whole);
+    state.counters["bare"] = seconds / median(bare);
+    state.counters["tar"] = seconds / median(tar);
+    state.counters["planning"] = median(planning) / seconds;
+    state.counters["items/s"] = ground.tree().items() / seconds;
+}
+
+} // namespace
+
+BENCHMARK(BM_Create)
+    ->ArgNames({"items", "disk"})
+    ->ArgsProduct({{10'000}, {0, 1}})
+    ->UseManualTime()
+    ->Iterations(15)
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Create)
+    ->Name("BM_CreateMany")
+    ->ArgNames({"items", "disk"})
+    ->ArgsProduct({{1'000, 100'000, 1'000'000}, {0}})
+    ->UseManualTime()
+    ->Iterations(1)
+    ->Unit(benchmark::kMillisecond);
