@@ -132,3 +132,13 @@ TEST_F(QNBFinderLabelTest, WhereNoneCanBeKeptNothingHappens)
     EXPECT_FALSE(attributeOf(file));
     EXPECT_EQ(namesIn(root()).size(), 2);
 }
+
+TEST_F(QNBFinderLabelTest, EachLabelHasTheColorThatLeadsToIt)
+{
+    EXPECT_EQ(QNBColorForFinderLabel(0), QString());
+    EXPECT_EQ(QNBColorForFinderLabel(6), QStringLiteral("red"));
+    for (quint64 label = 0; label < 8; ++label)
+        EXPECT_EQ(QNBFinderLabelForColor(QNBColorForFinderLabel(label)), label);
+    EXPECT_EQ(QNBColorForFinderLabel(8), QString());
+    EXPECT_EQ(QNBColorForFinderLabel(QNBNotFound), QString());
+}

@@ -227,6 +227,14 @@ TEST(QNBHierarchyItem, SettersStoreACopy)
     EXPECT_EQ(item->customPermissions(), triple(1, 2, 3));
 }
 
+TEST(QNBHierarchyItem, ThePermissionsAreThereWithoutTheirKeys)
+{
+    const QNBHierarchyItemPtr item = QNBHierarchyItem::init();
+    EXPECT_EQ(item->permissionTriple(), (std::array<std::uint32_t, 3>{7, 6, 4}));
+    item->setCustomPermissions({{QStringLiteral("g"), 9}});
+    EXPECT_EQ(item->permissionTriple(), (std::array<std::uint32_t, 3>{0, 9, 0}));
+}
+
 TEST(QNBHierarchyItem, DestroyingAnyDepthNeedsNoStackForIt)
 {
     QNBHierarchyItemPtr root = named(QStringLiteral("root"), true);
