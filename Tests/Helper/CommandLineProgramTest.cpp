@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "Tests/Helper/HelperFixture.h"
+#include "Tests/Session/ChildProcess.h"
 
 #include <QDir>
 #include <QFile>
@@ -9,6 +10,8 @@
 #include <QJsonObject>
 #include <QProcess>
 
+#include <chrono>
+#include <csignal>
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 
@@ -231,6 +234,31 @@ TEST_F(CommandLineProgramTest, ADamagedRecordUndoesNothing)
     const Ended refused = run({text("--undo")});
     EXPECT_EQ(refused.code, 6);
     EXPECT_EQ(tree().size(), 3);
+}
+
+TEST_F(CommandLineProgramTest, ASignalUndoesWhatIsBeingMade)
+{
+    QVariantList many;
+    for (int i = 0; i < 20000; ++i)
+        many.append(file(QString::number(i)));
+    storePresets({preset(text("Many"), many)});
+    bool isInterrupted = false;
+    // Should it be done before the signal comes, it is tried again elsewhere.
+    for (int attempt = 0; attempt < 10 && !isInterrupted; ++attempt) {
+        const QString fresh = home_.filePath(text("fresh-%1").arg(attempt));
+        ASSERT_TRUE(QDir().mkpath(fresh));
+        ChildProcess helper(program(), {text("--create"), text("Many"), text("--in"), fresh, text("--json")},
+                            home_.environment());
+        ASSERT_TRUE(waitUntil([&] { return !QDir(fresh).isEmpty() || !helper.isRunning(); }));
+        helper.signal(SIGTERM);
+        ASSERT_TRUE(helper.waitForEnd(std::chrono::minutes(2)));
+        isInterrupted = helper.hasReturned(7);
+        if (isInterrupted) {
+            EXPECT_TRUE(QDir(fresh).isEmpty());
+            EXPECT_THAT(helper.output().toStdString(), HasSubstr("\"cancelled\""));
+        }
+    }
+    EXPECT_TRUE(isInterrupted);
 }
 
 TEST_F(CommandLineProgramTest, OutputThatCannotBeWrittenIsAFailure)
