@@ -4,6 +4,7 @@
 #include "Helper/Running/HotKeys.h"
 
 #include "Helper/Running/GlobalAccelHotKey.h"
+#include "Helper/Running/PortalHotKey.h"
 #include "Helper/Running/X11HotKey.h"
 #include "Helper/Running/XConnection.h"
 
@@ -11,6 +12,7 @@
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
+#include <QGuiApplication>
 #include <QLoggingCategory>
 
 #include <utility>
@@ -21,6 +23,8 @@ Q_LOGGING_CATEGORY(lcHotKey, "quenby.helper.hotkey")
 
 const QString busService = QStringLiteral("org.freedesktop.DBus");
 const QString busPath = QStringLiteral("/org/freedesktop/DBus");
+/// How the library calls its windows there: this, or with the kind of graphics after it.
+const QString waylandPlatform = QStringLiteral("wayland");
 const QString globalAccelService = QStringLiteral("org.kde.kglobalaccel");
 
 } // namespace
@@ -50,12 +54,30 @@ void HotKeys::set(const KeyCombo &combo)
         qCWarning(lcHotKey) << "there is no such key as that of the hot key:" << combo_.code;
 }
 
+HotKeys::Way HotKeys::nextAfter(Way way)
+{
+    switch (way) {
+    case Way::GlobalAccel:
+        return Way::Portal;
+    case Way::Portal:
+        return Way::X11;
+    default:
+        return Way::None;
+    }
+}
+
 void HotKeys::tryWay(Way way)
 {
     switch (way) {
     case Way::GlobalAccel:
         if (hasBus_)
             askForGlobalAccel();
+        else
+            tryWay(Way::X11);
+        break;
+    case Way::Portal:
+        if (hasBus_ && QGuiApplication::platformName().startsWith(waylandPlatform))
+            grabBy(Way::Portal);
         else
             tryWay(Way::X11);
         break;
@@ -81,7 +103,7 @@ void HotKeys::askForGlobalAccel()
         answer->deleteLater();
         const QDBusPendingReply<bool> isOwned = *answer;
         if (generation == generation_)
-            (isOwned.isError() || !isOwned.value()) ? tryWay(Way::X11) : grabBy(Way::GlobalAccel);
+            (isOwned.isError() || !isOwned.value()) ? tryWay(Way::Portal) : grabBy(Way::GlobalAccel);
     });
 }
 
@@ -101,13 +123,15 @@ void HotKeys::grabBy(Way way)
                         if (generation != generation_)
                             return;
                         hotKey_.reset();
-                        tryWay(way == Way::GlobalAccel ? Way::X11 : Way::None);
+                        tryWay(nextAfter(way));
                     },
                     Qt::QueuedConnection);
             },
     };
     if (way == Way::GlobalAccel)
         hotKey_ = std::make_unique<GlobalAccelHotKey>(std::move(handlers));
+    else if (way == Way::Portal)
+        hotKey_ = std::make_unique<PortalHotKey>(QDBusConnection::sessionBus(), std::move(handlers));
     else
         hotKey_ = std::make_unique<X11HotKey>(std::move(handlers));
     hotKey_->grab(*KeyCodes::toQt(combo_));

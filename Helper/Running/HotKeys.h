@@ -11,8 +11,8 @@
 #include <functional>
 #include <memory>
 
-/// The user's hot key, by the first of the desktop's ways that takes it: the desktop's own hot keys, then a
-/// grab on an X screen. If none does there is no hot key, and the log says so.
+/// The user's hot key, by the first of the desktop's ways that takes it: the desktop's own hot keys, then its
+/// portal on Wayland, or a grab on an X screen. If none does there is no hot key, and the log says so.
 class HotKeys : public QObject
 {
 public:
@@ -24,8 +24,9 @@ public:
     void set(const KeyCombo &combo);
 
 private:
-    enum class Way { GlobalAccel, X11, None };
+    enum class Way { GlobalAccel, Portal, X11, None };
 
+    static Way nextAfter(Way way);
     void tryWay(Way way);
     void askForGlobalAccel();
     void grabBy(Way way);

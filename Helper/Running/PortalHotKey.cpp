@@ -1,0 +1,152 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Helper/Running/PortalHotKey.h"
+
+#include "Helper/Running/PortalTrigger.h"
+
+#include <QCoreApplication>
+#include <QDBusArgument>
+#include <QDBusMessage>
+#include <QDBusMetaType>
+#include <QDBusPendingCallWatcher>
+#include <QUuid>
+
+#include <utility>
+
+/// A shortcut on the bus: its name, and what there is to say of it.
+struct PortalShortcut
+{
+    QString id;
+    QVariantMap options;
+};
+Q_DECLARE_METATYPE(PortalShortcut)
+
+QDBusArgument &operator<<(QDBusArgument &argument, const PortalShortcut &shortcut)
+{
+    argument.beginStructure();
+    argument << shortcut.id << shortcut.options;
+    argument.endStructure();
+    return argument;
+}
+
+const QDBusArgument &operator>>(const QDBusArgument &argument, PortalShortcut &shortcut)
+{
+    argument.beginStructure();
+    argument >> shortcut.id >> shortcut.options;
+    argument.endStructure();
+    return argument;
+}
+
+namespace {
+
+const QString service = QStringLiteral("org.freedesktop.portal.Desktop");
+const QString objectPath = QStringLiteral("/org/freedesktop/portal/desktop");
+const QString shortcutsInterface = QStringLiteral("org.freedesktop.portal.GlobalShortcuts");
+const QString requestInterface = QStringLiteral("org.freedesktop.portal.Request");
+const QString sessionInterface = QStringLiteral("org.freedesktop.portal.Session");
+
+const QString shortcutId = QStringLiteral("show-presets");
+/// What a request is answered with: else the user has cancelled it, or it went wrong.
+constexpr uint granted = 0;
+
+/// Part of a path on the bus.
+QString newToken()
+{
+    return QStringLiteral("quenby_") + QUuid::createUuid().toString(QUuid::Id128);
+}
+
+QDBusMessage call(const QString &method)
+{
+    return QDBusMessage::createMethodCall(service, objectPath, shortcutsInterface, method);
+}
+
+} // namespace
+
+PortalHotKey::PortalHotKey(QDBusConnection bus, Handlers handlers)
+    : bus_(std::move(bus))
+    , handlers_(std::move(handlers))
+{
+    qDBusRegisterMetaType<PortalShortcut>();
+    qDBusRegisterMetaType<QList<PortalShortcut>>();
+}
+
+PortalHotKey::~PortalHotKey()
+{
+    if (!session_.path().isEmpty())
+        bus_.send(QDBusMessage::createMethodCall(service, session_.path(), sessionInterface,
+                                                 QStringLiteral("Close")));
+}
+
+QString PortalHotKey::name() const
+{
+    return QStringLiteral("the desktop's portal");
+}
+
+void PortalHotKey::grab(QKeyCombination keys)
+{
+    keys_ = keys;
+    bus_.connect(QString(), objectPath, shortcutsInterface, QStringLiteral("Activated"), this,
+                 SLOT(activated(QDBusMessage)));
+    QVariantMap options = requestOptions(SLOT(sessionAnswered(uint, QVariantMap)));
+    options.insert(QStringLiteral("session_handle_token"), newToken());
+    request(call(QStringLiteral("CreateSession")) << options);
+}
+
+QVariantMap PortalHotKey::requestOptions(const char *slot)
+{
+    const QString token = newToken();
+    // The answer may come before the reply that names the request: its path is known beforehand.
+    const QString sender = bus_.baseService().mid(1).replace(u'.', u'_');
+    const QString path = objectPath + QStringLiteral("/request/") + sender + u'/' + token;
+    bus_.connect(QString(), path, requestInterface, QStringLiteral("Response"), this, slot);
+    return {{QStringLiteral("handle_token"), token}};
+}
+
+void PortalHotKey::request(const QDBusMessage &message)
+{
+    auto *watcher = new QDBusPendingCallWatcher(bus_.asyncCall(message), this);
+    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher] {
+        watcher->deleteLater();
+        if (watcher->isError()) {
+            const QString reason = watcher->error().message();
+            handlers_.refused(reason);
+        }
+    });
+}
+
+void PortalHotKey::sessionAnswered(uint response, const QVariantMap &results)
+{
+    const QString path = results.value(QStringLiteral("session_handle")).toString();
+    if (response != granted || path.isEmpty()) {
+        handlers_.refused(QStringLiteral("it opens no session"));
+        return;
+    }
+    session_.setPath(path);
+    PortalShortcut shortcut{
+        shortcutId,
+        {{QStringLiteral("description"), QCoreApplication::translate("PortalHotKey", "Show the presets")}}};
+    const QString trigger = PortalTrigger::forKeys(keys_);
+    if (!trigger.isEmpty())
+        shortcut.options.insert(QStringLiteral("preferred_trigger"), trigger);
+    const QString noParentWindow = QStringLiteral("");
+    request(call(QStringLiteral("BindShortcuts"))
+            << QVariant::fromValue(session_) << QVariant::fromValue(QList<PortalShortcut>{shortcut})
+            << noParentWindow << requestOptions(SLOT(bindingAnswered(uint, QVariantMap))));
+}
+
+void PortalHotKey::bindingAnswered(uint response, const QVariantMap &)
+{
+    if (response == granted)
+        handlers_.granted();
+    else
+        handlers_.refused(QStringLiteral("the user does not want it"));
+}
+
+void PortalHotKey::activated(const QDBusMessage &signal)
+{
+    const auto session = signal.arguments().value(0).value<QDBusObjectPath>();
+    const QString shortcut = signal.arguments().value(1).toString();
+    if (session == session_ && shortcut == shortcutId)
+        handlers_.pressed();
+}

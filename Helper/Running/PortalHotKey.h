@@ -1,0 +1,44 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "Helper/Running/HotKey.h"
+
+#include <QDBusConnection>
+#include <QDBusObjectPath>
+#include <QObject>
+#include <QVariantMap>
+
+QT_BEGIN_NAMESPACE
+class QDBusMessage;
+QT_END_NAMESPACE
+
+/// A hot key by the desktop's portal, `org.freedesktop.portal.GlobalShortcuts`. The combination is a wish
+/// there: the desktop asks the user for the real one, and remembers it.
+class PortalHotKey : public QObject, public HotKey
+{
+    Q_OBJECT
+
+public:
+    PortalHotKey(QDBusConnection bus, Handlers handlers);
+    ~PortalHotKey() override;
+
+    QString name() const override;
+    void grab(QKeyCombination keys) override;
+
+private Q_SLOTS:
+    void sessionAnswered(uint response, const QVariantMap &results);
+    void bindingAnswered(uint response, const QVariantMap &results);
+    void activated(const QDBusMessage &signal);
+
+private:
+    /// Options with a token for the request, whose answer is given to \a slot.
+    QVariantMap requestOptions(const char *slot);
+    void request(const QDBusMessage &message);
+
+    QDBusConnection bus_;
+    const Handlers handlers_;
+    QKeyCombination keys_;
+    QDBusObjectPath session_;
+};

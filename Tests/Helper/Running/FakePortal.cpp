@@ -1,0 +1,103 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Tests/Helper/Running/FakePortal.h"
+
+#include <QDBusArgument>
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusObjectPath>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+const QString connectionName = QStringLiteral("fake-portal");
+const QString objectPath = QStringLiteral("/org/freedesktop/portal/desktop");
+constexpr uint granted = 0;
+constexpr uint cancelled = 1;
+constexpr uint failed = 2;
+
+QString senderOf(const QDBusMessage &message)
+{
+    return message.service().mid(1).replace(u'.', u'_');
+}
+
+} // namespace
+
+FakePortal::FakePortal(const QString &busAddress, Manner manner)
+    : manner_(manner)
+{
+    QDBusConnection connection = QDBusConnection::connectToBus(busAddress, connectionName);
+    EXPECT_TRUE(connection.registerVirtualObject(objectPath, this, QDBusConnection::SubPath));
+    EXPECT_TRUE(connection.registerService(QStringLiteral("org.freedesktop.portal.Desktop")));
+}
+
+FakePortal::~FakePortal()
+{
+    QDBusConnection::disconnectFromBus(connectionName);
+}
+
+bool FakePortal::handleMessage(const QDBusMessage &message, const QDBusConnection &connection)
+{
+    if (manner_ == Manner::Unknown)
+        return false;
+    const QList<QVariant> arguments = message.arguments();
+    if (message.member() == u"Close") {
+        EXPECT_EQ(message.path(), session_);
+        session_.clear();
+        connection.send(message.createReply());
+        return true;
+    }
+    EXPECT_EQ(message.interface(), QStringLiteral("org.freedesktop.portal.GlobalShortcuts"));
+    if (message.member() == u"CreateSession") {
+        EXPECT_EQ(message.signature(), QStringLiteral("a{sv}"));
+        const auto options = qdbus_cast<QVariantMap>(arguments.value(0));
+        if (manner_ == Manner::Failing) {
+            answer(message, options, failed, {}, connection);
+            return true;
+        }
+        session_ = objectPath + QStringLiteral("/session/") + senderOf(message) + u'/' +
+                   options.value(QStringLiteral("session_handle_token")).toString();
+        answer(message, options, granted, {{QStringLiteral("session_handle"), session_}}, connection);
+        return true;
+    }
+    EXPECT_EQ(message.member(), QStringLiteral("BindShortcuts"));
+    EXPECT_EQ(message.signature(), QStringLiteral("oa(sa{sv})sa{sv}"));
+    EXPECT_EQ(arguments.value(0).value<QDBusObjectPath>().path(), session_);
+    const auto options = qdbus_cast<QVariantMap>(arguments.value(3));
+    if (manner_ == Manner::Cancelling) {
+        answer(message, options, cancelled, {}, connection);
+        return true;
+    }
+    const auto shortcuts = arguments.value(1).value<QDBusArgument>();
+    shortcuts.beginArray();
+    shortcuts.beginStructure();
+    shortcuts >> shortcut_ >> options_;
+    shortcuts.endStructure();
+    EXPECT_TRUE(shortcuts.atEnd());
+    shortcuts.endArray();
+    answer(message, options, granted, {}, connection);
+    return true;
+}
+
+void FakePortal::answer(const QDBusMessage &message, const QVariantMap &options, uint response,
+                        const QVariantMap &results, const QDBusConnection &connection)
+{
+    const QString request = objectPath + QStringLiteral("/request/") + senderOf(message) + u'/' +
+                            options.value(QStringLiteral("handle_token")).toString();
+    // A quick answer comes before the reply.
+    QDBusMessage signal = QDBusMessage::createSignal(
+        request, QStringLiteral("org.freedesktop.portal.Request"), QStringLiteral("Response"));
+    signal << response << results;
+    EXPECT_TRUE(connection.send(signal));
+    EXPECT_TRUE(connection.send(message.createReply(QVariant::fromValue(QDBusObjectPath(request)))));
+}
+
+void FakePortal::activate(const QString &shortcut)
+{
+    QDBusMessage signal = QDBusMessage::createSignal(
+        objectPath, QStringLiteral("org.freedesktop.portal.GlobalShortcuts"), QStringLiteral("Activated"));
+    signal << QVariant::fromValue(QDBusObjectPath(session_)) << shortcut << qulonglong(1) << QVariantMap();
+    EXPECT_TRUE(QDBusConnection(connectionName).send(signal));
+}

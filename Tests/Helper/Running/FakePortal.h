@@ -1,0 +1,44 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include <QDBusVirtualObject>
+#include <QString>
+#include <QVariantMap>
+
+/// The desktop's portal for hot keys on a bus of the test's own, and the user whom it asks.
+class FakePortal final : public QDBusVirtualObject
+{
+public:
+    enum class Manner {
+        Granting,
+        /// There is no such portal.
+        Unknown,
+        /// It opens no session.
+        Failing,
+        /// The user is asked, and cancels.
+        Cancelling,
+    };
+
+    explicit FakePortal(const QString &busAddress, Manner manner = Manner::Granting);
+    ~FakePortal() override;
+
+    /// Of the shortcut that was bound; empty if none is.
+    QString shortcut() const { return shortcut_; }
+    QVariantMap shortcutOptions() const { return options_; }
+    bool hasSession() const { return !session_.isEmpty(); }
+    /// The user presses the keys of a shortcut.
+    void activate(const QString &shortcut);
+
+private:
+    bool handleMessage(const QDBusMessage &message, const QDBusConnection &connection) override;
+    QString introspect(const QString &) const override { return {}; }
+    static void answer(const QDBusMessage &message, const QVariantMap &options, uint response,
+                       const QVariantMap &results, const QDBusConnection &connection);
+
+    const Manner manner_;
+    QString session_;
+    QString shortcut_;
+    QVariantMap options_;
+};

@@ -1,0 +1,109 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Helper/Running/PortalHotKey.h"
+
+#include "Helper/Running/PortalTrigger.h"
+#include "Tests/Helper/Running/FakePortal.h"
+#include "Tests/Session/ChildProcess.h"
+#include "Tests/Session/PrivateBus.h"
+
+#include <gtest/gtest.h>
+#include <optional>
+
+namespace {
+
+const QString connectionName = QStringLiteral("portal-hot-key");
+constexpr QKeyCombination controlAltP = Qt::CTRL | Qt::ALT | Qt::Key_P;
+
+class PortalHotKeyTest : public ::testing::Test
+{
+protected:
+    ~PortalHotKeyTest() override
+    {
+        hotKey_.reset();
+        QDBusConnection::disconnectFromBus(connectionName);
+    }
+
+    void grab()
+    {
+        hotKey_.emplace(QDBusConnection::connectToBus(bus_.address(), connectionName),
+                        HotKey::Handlers{.pressed = [this] { ++pressed_; },
+                                         .granted = [this] { ++granted_; },
+                                         .refused = [this](const QString &) { ++refused_; }});
+        hotKey_->grab(controlAltP);
+        ASSERT_TRUE(waitUntil([this] { return granted_ + refused_ > 0; }));
+    }
+
+    PrivateBus bus_;
+    std::optional<PortalHotKey> hotKey_;
+    int pressed_ = 0;
+    int granted_ = 0;
+    int refused_ = 0;
+};
+
+} // namespace
+
+TEST_F(PortalHotKeyTest, AsksForItsCombinationAndHearsOfIt)
+{
+    FakePortal portal(bus_.address());
+    grab();
+    EXPECT_EQ(granted_, 1);
+    EXPECT_EQ(portal.shortcutOptions().value(QStringLiteral("preferred_trigger")).toString(),
+              QStringLiteral("CTRL+ALT+p"));
+    EXPECT_FALSE(portal.shortcutOptions().value(QStringLiteral("description")).toString().isEmpty());
+    // Signals keep their order.
+    portal.activate(QStringLiteral("another one"));
+    portal.activate(portal.shortcut());
+    ASSERT_TRUE(waitUntil([this] { return pressed_ > 0; }));
+    EXPECT_EQ(pressed_, 1);
+    EXPECT_EQ(refused_, 0);
+}
+
+TEST_F(PortalHotKeyTest, ClosesItsSession)
+{
+    FakePortal portal(bus_.address());
+    grab();
+    EXPECT_TRUE(portal.hasSession());
+    hotKey_.reset();
+    EXPECT_TRUE(waitUntil([&] { return !portal.hasSession(); }));
+}
+
+TEST_F(PortalHotKeyTest, ADesktopWithoutSuchAPortalIsARefusal)
+{
+    FakePortal portal(bus_.address(), FakePortal::Manner::Unknown);
+    grab();
+    EXPECT_EQ(refused_, 1);
+}
+
+TEST_F(PortalHotKeyTest, ABusWithoutAPortalIsARefusal)
+{
+    grab();
+    EXPECT_EQ(refused_, 1);
+}
+
+TEST_F(PortalHotKeyTest, NoSessionIsARefusal)
+{
+    FakePortal portal(bus_.address(), FakePortal::Manner::Failing);
+    grab();
+    EXPECT_EQ(refused_, 1);
+}
+
+TEST_F(PortalHotKeyTest, AUserWhoCancelsIsARefusal)
+{
+    FakePortal portal(bus_.address(), FakePortal::Manner::Cancelling);
+    grab();
+    EXPECT_EQ(refused_, 1);
+    EXPECT_EQ(granted_, 0);
+}
+
+TEST(PortalTriggerTest, KeysAreNamedAsThePortalKnowsThem)
+{
+    EXPECT_EQ(PortalTrigger::forKeys(Qt::SHIFT | Qt::META | Qt::Key_F12), QStringLiteral("SHIFT+LOGO+F12"));
+    EXPECT_EQ(PortalTrigger::forKeys(Qt::CTRL | Qt::Key_PageUp), QStringLiteral("CTRL+Prior"));
+    EXPECT_EQ(PortalTrigger::forKeys(Qt::ALT | Qt::Key_1), QStringLiteral("ALT+1"));
+    EXPECT_EQ(PortalTrigger::forKeys(Qt::KeypadModifier | Qt::Key_1), QStringLiteral("KP_1"));
+    EXPECT_EQ(PortalTrigger::forKeys(Qt::KeypadModifier | Qt::ControlModifier | Qt::Key_Plus),
+              QStringLiteral("CTRL+KP_Add"));
+    EXPECT_EQ(PortalTrigger::forKeys(Qt::CTRL | Qt::Key_MediaPlay), QString());
+}
