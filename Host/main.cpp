@@ -1,11 +1,11 @@
 // SPDX-FileCopyrightText: Quenby contributors
 // SPDX-License-Identifier: MIT
 
-#include "Host/ExitHandler.h"
 #include "Host/FirstPaintReport.h"
 #include "Host/HostWindow.h"
 #include "Host/InstanceGuard.h"
 #include "Host/PaneFinder.h"
+#include "Platform/ExitHandler.h"
 #include "Platform/SessionBus.h"
 #include "Platform/TerminationSignals.h"
 

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: Quenby contributors
 // SPDX-License-Identifier: MIT
 
-#include "Host/ExitHandler.h"
+#include "Platform/ExitHandler.h"
 
 #include <csignal>
 #include <unistd.h>

@@ -39,7 +39,7 @@ QString translated(const char *text)
 HelperSession::HelperSession(bool hasBus)
     : hasBus_(hasBus)
     , folders_(helperStateFolder())
-    , worker_({
+    , worker_(CreationWorker::Handlers{
           .begun = [this](const CreationOrder &order) { panel_.begin(order); },
           .ended =
               [this](const CreationOrder &order, const std::shared_ptr<CreationReport> &report) {
@@ -60,8 +60,8 @@ HelperSession::HelperSession(bool hasBus)
                       QCoreApplication::exit();
               },
       })
-    , panel_([this] { return worker_.progress(); }, [this] { worker_.cancel(); })
-    , notices_([this](const std::shared_ptr<CreationReport> &report) { worker_.undo(report); })
+    , panel_([this] { return worker_->progress(); }, [this] { worker_->cancel(); })
+    , notices_([this](const std::shared_ptr<CreationReport> &report) { worker_->undo(report); })
     , hotKeys_(hasBus, [this] { popUpMenu(); })
 {
     reloadTimer_.setSingleShot(true);
@@ -93,9 +93,15 @@ void HelperSession::quit()
     if (isQuitting_)
         return;
     isQuitting_ = true;
-    worker_.cancelAll();
-    if (!worker_.isBusy())
+    worker_->cancelAll();
+    if (!worker_->isBusy())
         QCoreApplication::exit();
+}
+
+void HelperSession::leave()
+{
+    isQuitting_ = true;
+    worker_.reset();
 }
 
 void HelperSession::reload()
@@ -151,7 +157,7 @@ PresetMenu::Handlers HelperSession::menuHandlers()
     return {
         .create = [this](qsizetype preset, const QString &folder) { create(preset, folder); },
         .chooseFolder = [this](qsizetype preset) { chooseFolder(preset); },
-        .undo = [this] { worker_.undoLast(); },
+        .undo = [this] { worker_->undoLast(); },
         .openPane = [this] { openPane(); },
         .quit = [this] { quit(); },
         .aboutToShow = [this](PresetMenu &menu) { fill(menu); },
@@ -163,7 +169,7 @@ void HelperSession::create(qsizetype preset, const QString &folder)
     if (isQuitting_ || preset >= labels_.size())
         return;
     folders_.add(folder);
-    worker_.create({preset, labels_[preset], folder});
+    worker_->create({preset, labels_[preset], folder});
 }
 
 void HelperSession::chooseFolder(qsizetype preset)
@@ -200,7 +206,7 @@ bool HelperSession::createByName(const QString &preset, const QStringList &folde
     }
     for (const QString &folder : folders) {
         folders_.add(QDir::cleanPath(folder));
-        worker_.create({settings.presets.indexOf(record), record->label(), folder});
+        worker_->create({settings.presets.indexOf(record), record->label(), folder});
     }
     return true;
 }
@@ -213,7 +219,7 @@ void HelperSession::askAboutScript(const CreationOrder &order, const Script &scr
     OwnedWindow::show(new ScriptPanel(order, script,
                                       [this, order](bool mayRun) {
                                           panel_.begin(order);
-                                          worker_.answerAboutScript(mayRun);
+                                          worker_->answerAboutScript(mayRun);
                                       }),
                       this);
 }

@@ -34,6 +34,8 @@ public:
     void start();
     /// Ends the event loop once what is being created has been cancelled and undone.
     void quit();
+    /// The process ends now: waits until what is being created has been undone.
+    void leave();
 
 private:
     void reload();
@@ -54,7 +56,7 @@ private:
     QStringList labels_;
     bool showsInTray_ = false;
     ContextMenuRefresh contextMenu_;
-    CreationWorker worker_;
+    std::optional<CreationWorker> worker_;
     CreationPanel panel_;
     CreationNotices notices_;
     /// Of a burst of changes the last one is read.

@@ -7,6 +7,7 @@
 #include "Helper/Running/HelperSession.h"
 #include "Helper/Running/SingleInstance.h"
 #include "Platform/DesktopFolders.h"
+#include "Platform/ExitHandler.h"
 #include "Platform/SessionBus.h"
 #include "Platform/TerminationSignals.h"
 
@@ -22,6 +23,8 @@ namespace {
 
 /// A bus that is there answers within a millisecond or two.
 constexpr auto busTimeout = 1000ms;
+/// To undo takes less than to create.
+constexpr auto exitLimit = 60s;
 
 } // namespace
 
@@ -47,5 +50,7 @@ int runHelper(QApplication &application)
         instance.release();
         session.quit();
     });
+    // Without its display the library ends the process from within the event loop.
+    const ExitHandler exitHandler([&] { session.leave(); }, exitLimit);
     return QApplication::exec();
 }

@@ -193,6 +193,18 @@ TEST_F(CreationProgramTest, WhatIsBeingCreatedWhenItEndsIsUndone)
     EXPECT_THAT(tree(), IsEmpty());
 }
 
+TEST_F(CreationProgramTest, WhatIsBeingCreatedWhenTheScreenDiesIsUndone)
+{
+    store(withManyFiles(100'000));
+    const auto helper = start();
+    ASSERT_TRUE(order(letters));
+    ASSERT_TRUE(waitUntil([&] { return QFile::exists(target() + QStringLiteral("/Many/file 0")); },
+                          std::chrono::minutes(2)));
+    screen_.kill();
+    ASSERT_TRUE(helper->waitForEnd(std::chrono::minutes(2)));
+    EXPECT_THAT(tree(), IsEmpty());
+}
+
 TEST_F(CreationProgramTest, TheFileManagersMenusAreKeptUpToDate)
 {
     store(settings());
