@@ -4,6 +4,7 @@
 #include "Tests/Helper/FakeDesktop.h"
 #include "Tests/Helper/Running/FakeTray.h"
 #include "Tests/Helper/Running/RunningFixture.h"
+#include "Tests/Helper/Running/ScreenTray.h"
 
 #include <QDir>
 
@@ -89,6 +90,24 @@ TEST_F(TrayProgramTest, ATrayThatStartsAgainIsGivenTheMenuAgain)
     tray.reset();
     tray.emplace(bus_.address());
     EXPECT_EQ(tray->menuWith(letters).labels().value(0), letters);
+    expectEndOf(*helper);
+}
+
+TEST_F(TrayProgramTest, ATrayOnTheScreenIsUsedWhereThereIsNoneOnTheBus)
+{
+    store(settings());
+    ScreenTray tray(screen_.display());
+    const auto helper = start();
+    EXPECT_TRUE(waitUntil([&] { return tray.hasIcon(); }));
+    expectEndOf(*helper);
+}
+
+TEST_F(TrayProgramTest, ATrayThatAppearsOnTheScreenLaterIsUsed)
+{
+    store(settings());
+    const auto helper = start();
+    ScreenTray tray(screen_.display());
+    EXPECT_TRUE(waitUntil([&] { return tray.hasIcon(); }));
     expectEndOf(*helper);
 }
 
