@@ -104,6 +104,7 @@ FileResult FileManagerWithFiles::synchronize(const QList<File> &files, Manifest 
     for (const File &file : std::as_const(changed)) {
         FileResult written = writer.makeFolder(QFileInfo(file.path).path());
         if (written) {
+            writer.removeStrayTemporaries(file.path);
             const int mode = file.isExecutable ? S_IRWXU : S_IRUSR | S_IWUSR;
             written = writer.write(file.path, file.content, {.newFileMode = mode});
         }
@@ -115,6 +116,7 @@ FileResult FileManagerWithFiles::synchronize(const QList<File> &files, Manifest 
     for (auto old = before.files.begin(); old != before.files.end(); ++old) {
         if (after.files.contains(old.key()))
             continue;
+        writer.removeStrayTemporaries(old.key());
         const Present current = present(old.key());
         if (!current.isThere)
             continue;

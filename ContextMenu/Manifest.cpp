@@ -64,6 +64,8 @@ QVariantMap stored(const Manifest::Entries &entries)
 Manifest::Manifest(QString path)
     : path_(std::move(path))
 {
+    // Of a run that was killed while it saved.
+    DurableFileWriter().removeStrayTemporaries(path_);
     read();
 }
 
@@ -153,6 +155,8 @@ FileResult Manifest::save()
 
 FileResult Manifest::remove()
 {
+    // As long as the list is there, they are known.
+    removeEmptyFolders();
     if (FileResult removed = DurableFileWriter().remove(path_); !removed)
         return removed;
     isRegistered_ = false;

@@ -30,7 +30,7 @@ public:
     };
 
     /// \a path need not exist: then nothing is registered. What cannot be read counts as that, with a line in
-    /// the log.
+    /// the log. To be called under the lock that keeps others from writing it.
     explicit Manifest(QString path);
 
     const QString &path() const { return path_; }

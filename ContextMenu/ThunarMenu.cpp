@@ -171,6 +171,7 @@ FileResult ThunarMenu::write(const PresetMenu &menu, Manifest &manifest) const
     const DurableFileWriter writer;
     if (FileResult made = writer.makeFolder(QFileInfo(path).path()); !made)
         return made;
+    writer.removeStrayTemporaries(path);
     return writer.write(path, *wanted);
 }
 
@@ -179,6 +180,7 @@ FileResult ThunarMenu::remove(Manifest &manifest) const
     const Manifest::Entries entries = manifest.entries(name());
     const DurableFileWriter writer;
     for (auto file = entries.sharedFiles.begin(); file != entries.sharedFiles.end(); ++file) {
+        writer.removeStrayTemporaries(file.key());
         if (!isThere(file.key()))
             continue;
         QString error;
