@@ -66,7 +66,7 @@ QString loginItem()
         const QString application = QDir::cleanPath(QFile::decodeName(*path));
         if (QFileInfo(application).fileName() != helperBundle)
             continue;
-        if (const QString executable = executableOf(application); !executable.isEmpty())
+        if (QString executable = executableOf(application); !executable.isEmpty())
             return executable;
     }
     return {};
@@ -81,7 +81,7 @@ QString inPane()
             panes.entryList({u'*' + paneSuffix}, QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name);
         for (const QString &name : names) {
             const QString path = panes.absoluteFilePath(name) + codeFolder + helperBundle;
-            if (const QString executable = executableOf(path); !executable.isEmpty())
+            if (QString executable = executableOf(path); !executable.isEmpty())
                 return executable;
         }
     }

@@ -20,13 +20,13 @@ constexpr QChar numberSign = u'#';
 
 /// The kernel takes 128 KiB as one argument; quoting may make four bytes of one, and some file managers hand
 /// the whole line to a shell as one argument.
-constexpr qsizetype longestLabel = 16 * 1024;
+constexpr qsizetype longestLabel = qsizetype(16) * 1024;
 /// In UTF-16 units; a wider menu is none.
 constexpr qsizetype longestTitle = 80;
 
 QString titleOf(const QString &label)
 {
-    const QString line = QNBFolderMenu::shownPath(label).trimmed();
+    QString line = QNBFolderMenu::shownPath(label).trimmed();
     if (line.isEmpty())
         return QStringLiteral("(no name)");
     if (line.size() <= longestTitle)
