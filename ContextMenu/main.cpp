@@ -39,9 +39,9 @@ there, and the helper has the entries written when it starts.
 
 A file of ours that was changed is left alone, and named on the standard error
 output. In Thunar's file, which holds others' actions too, only those are touched
-whose identifier begins with "quenby-". Nautilus and Thunar have to be told to
-quit ("nautilus -q", "thunar -q"), and PCManFM-Qt has to be started again, before
-they show what has changed.
+whose identifier begins with "quenby-". Thunar has to be told to quit
+("thunar -q"), and PCManFM-Qt has to be started again, before they show what has
+changed; the others see it at once.
 
 Files:
   $XDG_DATA_HOME/kio/servicemenus/org.quenby.Quenby.desktop
