@@ -130,7 +130,7 @@ BENCHMARK(BM_Create)
     ->ArgNames({"items", "disk"})
     ->ArgsProduct({{10'000}, {0, 1}})
     ->UseManualTime()
-    ->Iterations(15)
+    ->Iterations(7)
     ->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_Create)
     ->Name("BM_CreateMany")
