@@ -177,7 +177,8 @@ void EditorFixture::answerAlert(const QStringList &texts, const QString &key)
         patience));
     EXPECT_THAT(found, ElementsAreArray(texts));
     user_.presses(key);
-    ASSERT_TRUE(waitUntil([&] { return screen_.hasKeyboard(window_); }, patience));
+    // Asked last, the pane has also heard of the key's release.
+    ASSERT_TRUE(waitUntil([&] { return screen_.hasKeyboard(window_) && pane_.alert().isEmpty(); }, patience));
     // The pane's window has lost the keyboard to the alert, and the alert has lost it again.
     saves_ += 2;
 }

@@ -20,8 +20,10 @@ VirtualScreen::VirtualScreen(const TemporaryHome &home, QSize size)
 {
     server_ = std::make_unique<ChildProcess>(
         QStringLiteral("Xvfb"),
-        QStringList{QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-screen"),
-                    QStringLiteral("0"), QStringLiteral("%1x%2x24").arg(size.width()).arg(size.height()),
+        // Without repeated keys: on a loaded machine a key is held for long, and nobody means to.
+        QStringList{QStringLiteral("-r"), QStringLiteral("-displayfd"), QStringLiteral("1"),
+                    QStringLiteral("-screen"), QStringLiteral("0"),
+                    QStringLiteral("%1x%2x24").arg(size.width()).arg(size.height()),
                     QStringLiteral("-nolisten"), QStringLiteral("tcp"), QStringLiteral("-noreset")},
         environment_);
     if (!waitUntil([this] { return server_->output().contains('\n'); }))

@@ -3,8 +3,8 @@
 
 #pragma once
 
-#include "Source/QNBPrefPanePref.h"
 #include "Platform/KeyCodes.h"
+#include "Source/QNBPrefPanePref.h"
 #include "Toolkit/OutlineView.h"
 
 #include <QAbstractItemModelTester>
