@@ -4,6 +4,7 @@
 #include "Helper/ScriptProcess.h"
 
 #include "Platform/FileDescriptor.h"
+#include "Platform/ProcessStart.h"
 
 #include <QCoreApplication>
 #include <QDeadlineTimer>
@@ -15,61 +16,15 @@
 #include <cstring>
 #include <fcntl.h>
 #include <poll.h>
-#include <spawn.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
-#include <vector>
 
 namespace {
 
 QString tr(const char *text)
 {
     return QCoreApplication::translate("ScriptProcess", text);
-}
-
-/// How a script begins: its standard streams, its folder, and nothing that this program did to its signals.
-class Beginning
-{
-public:
-    Beginning(const QByteArray &folder, int output)
-    {
-        ::posix_spawn_file_actions_init(&actions);
-        ::posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-        ::posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
-        ::posix_spawn_file_actions_adddup2(&actions, output, STDERR_FILENO);
-        ::posix_spawn_file_actions_addchdir_np(&actions, folder.constData());
-        ::posix_spawnattr_init(&attributes);
-        sigset_t signals;
-        sigemptyset(&signals);
-        ::posix_spawnattr_setsigmask(&attributes, &signals);
-        sigfillset(&signals);
-        ::posix_spawnattr_setsigdefault(&attributes, &signals);
-        ::posix_spawnattr_setpgroup(&attributes, 0);
-        ::posix_spawnattr_setflags(&attributes,
-                                   POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETPGROUP);
-    }
-    ~Beginning()
-    {
-        ::posix_spawnattr_destroy(&attributes);
-        ::posix_spawn_file_actions_destroy(&actions);
-    }
-    Beginning(const Beginning &) = delete;
-    Beginning &operator=(const Beginning &) = delete;
-
-    posix_spawn_file_actions_t actions;
-    posix_spawnattr_t attributes;
-};
-
-/// Null-terminated; valid as long as \a words is.
-std::vector<char *> pointersTo(QByteArrayList &words)
-{
-    std::vector<char *> pointers;
-    pointers.reserve(static_cast<std::size_t>(words.size()) + 1);
-    for (QByteArray &word : words)
-        pointers.push_back(word.data());
-    pointers.push_back(nullptr);
-    return pointers;
 }
 
 /// Waits for one process, and reads what it writes.
@@ -207,10 +162,14 @@ ScriptResult ScriptProcess::run(const QByteArray &program, const QByteArrayList 
         return couldNotStart(errno);
 
     QByteArrayList words = QByteArrayList{program} + arguments;
-    const Beginning beginning(folder, input.get());
+    ProcessStart beginning;
+    ::posix_spawn_file_actions_addopen(&beginning.actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+    ::posix_spawn_file_actions_adddup2(&beginning.actions, input.get(), STDOUT_FILENO);
+    ::posix_spawn_file_actions_adddup2(&beginning.actions, input.get(), STDERR_FILENO);
+    ::posix_spawn_file_actions_addchdir_np(&beginning.actions, folder.constData());
     pid_t pid = 0;
     if (const int error = ::posix_spawn(&pid, program.constData(), &beginning.actions, &beginning.attributes,
-                                        pointersTo(words).data(), environ))
+                                        ProcessStart::pointersTo(words).data(), environ))
         return couldNotStart(error);
     input.close();
     return Watch(pid, output, limits).untilItEnds();

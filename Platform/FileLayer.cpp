@@ -3,6 +3,8 @@
 
 #include "Platform/FileLayer.h"
 
+#include "Platform/SystemCalls.h"
+
 #include <cerrno>
 #include <climits>
 #include <cstdio>
@@ -15,20 +17,6 @@
 #include <unistd.h>
 
 namespace {
-
-template <typename Call>
-auto untilNotInterrupted(Call call)
-{
-    auto result = call();
-    while (result == -1 && errno == EINTR)
-        result = call();
-    return result;
-}
-
-struct DirectoryCloser
-{
-    void operator()(DIR *directory) const { ::closedir(directory); }
-};
 
 struct MemoryReleaser
 {

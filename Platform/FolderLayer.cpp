@@ -3,30 +3,14 @@
 
 #include "Platform/FolderLayer.h"
 
+#include "Platform/SystemCalls.h"
+
 #include <cerrno>
 #include <cstdio>
 #include <dirent.h>
 #include <fcntl.h>
 #include <memory>
 #include <unistd.h>
-
-namespace {
-
-template <typename Call>
-auto untilNotInterrupted(Call call)
-{
-    auto result = call();
-    while (result == -1 && errno == EINTR)
-        result = call();
-    return result;
-}
-
-struct DirectoryCloser
-{
-    void operator()(DIR *directory) const { ::closedir(directory); }
-};
-
-} // namespace
 
 FolderLayer &FolderLayer::real()
 {

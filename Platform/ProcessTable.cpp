@@ -5,6 +5,7 @@
 
 #include "Platform/Bundle.h"
 #include "Platform/ProcessFolder.h"
+#include "Platform/SystemCalls.h"
 
 #include <QFile>
 #include <QLoggingCategory>
@@ -34,11 +35,6 @@ const QString codeFolder = QStringLiteral("/Contents/MacOS");
 const QString packageTypeKey = QStringLiteral("CFBundlePackageType");
 const QString signatureKey = QStringLiteral("CFBundleSignature");
 constexpr qsizetype codeLength = 4;
-
-struct FolderCloser
-{
-    void operator()(DIR *folder) const { ::closedir(folder); }
-};
 
 /// The folder with a folder for each process.
 class ProcRoot
@@ -75,7 +71,7 @@ public:
     }
 
 private:
-    std::unique_ptr<DIR, FolderCloser> folder_;
+    std::unique_ptr<DIR, DirectoryCloser> folder_;
 };
 
 /// The id in the serial number, or 0 if no process can have it.

@@ -4,6 +4,7 @@
 #include "Platform/Subprocess.h"
 
 #include "Platform/FileLayer.h"
+#include "Platform/ProcessStart.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -12,13 +13,11 @@
 #include <cerrno>
 #include <csignal>
 #include <fcntl.h>
-#include <spawn.h>
 #include <sys/socket.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <utility>
-#include <vector>
 
 /// Waits for the end of the child in the event loop, whoever started it being gone or not.
 class Subprocess::Watch final : public QObject
@@ -71,50 +70,6 @@ private:
 
 namespace {
 
-/// How a child begins: its standard streams, and nothing that this program did to its signals. In a process
-/// group of its own, so that Ctrl-C in the terminal of this program is not for it.
-class Beginning
-{
-public:
-    explicit Beginning(int input)
-    {
-        ::posix_spawn_file_actions_init(&actions);
-        ::posix_spawn_file_actions_adddup2(&actions, input, STDIN_FILENO);
-        ::posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
-        ::posix_spawn_file_actions_adddup2(&actions, STDOUT_FILENO, STDERR_FILENO);
-        ::posix_spawnattr_init(&attributes);
-        sigset_t signals;
-        sigemptyset(&signals);
-        ::posix_spawnattr_setsigmask(&attributes, &signals);
-        sigfillset(&signals);
-        ::posix_spawnattr_setsigdefault(&attributes, &signals);
-        ::posix_spawnattr_setpgroup(&attributes, 0);
-        ::posix_spawnattr_setflags(&attributes,
-                                   POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETPGROUP);
-    }
-    ~Beginning()
-    {
-        ::posix_spawnattr_destroy(&attributes);
-        ::posix_spawn_file_actions_destroy(&actions);
-    }
-    Beginning(const Beginning &) = delete;
-    Beginning &operator=(const Beginning &) = delete;
-
-    posix_spawn_file_actions_t actions;
-    posix_spawnattr_t attributes;
-};
-
-/// Null-terminated; valid as long as \a strings is.
-std::vector<char *> pointersTo(QByteArrayList &strings)
-{
-    std::vector<char *> pointers;
-    pointers.reserve(static_cast<std::size_t>(strings.size()) + 1);
-    for (QByteArray &string : strings)
-        pointers.push_back(string.data());
-    pointers.push_back(nullptr);
-    return pointers;
-}
-
 QByteArrayList environmentWith(const QByteArrayList &assignments)
 {
     // Of two assignments to one name the first one counts.
@@ -156,9 +111,13 @@ FileResult Subprocess::start(const QByteArray &program, const QByteArrayList &ar
 
     QByteArrayList words = QByteArrayList{program} + arguments;
     QByteArrayList assignments = environmentWith(environment);
-    const Beginning beginning(ends[1]);
-    const int error = ::posix_spawn(&pid_, program.constData(), &beginning.actions, &beginning.attributes,
-                                    pointersTo(words).data(), pointersTo(assignments).data());
+    ProcessStart beginning;
+    ::posix_spawn_file_actions_adddup2(&beginning.actions, ends[1], STDIN_FILENO);
+    ::posix_spawn_file_actions_addopen(&beginning.actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+    ::posix_spawn_file_actions_adddup2(&beginning.actions, STDOUT_FILENO, STDERR_FILENO);
+    const int error =
+        ::posix_spawn(&pid_, program.constData(), &beginning.actions, &beginning.attributes,
+                      ProcessStart::pointersTo(words).data(), ProcessStart::pointersTo(assignments).data());
     ::close(ends[1]);
     if (error != 0) {
         closeInput();
