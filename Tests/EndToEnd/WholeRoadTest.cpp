@@ -24,6 +24,7 @@ namespace {
 /// A loaded machine, and a build with sanitizers, take their time.
 constexpr std::chrono::seconds patience(30);
 const QString wedding = QStringLiteral("Wedding");
+const QString hotKey = QStringLiteral("ctrl+alt+p");
 
 QByteArray contentOf(const QString &path)
 {
@@ -41,11 +42,11 @@ int labelOf(const QString &path)
     return (information[9] >> 1) & 7;
 }
 
+/// 0 if nothing is there.
 mode_t permissionsOf(const QString &path)
 {
     struct stat status = {};
-    EXPECT_EQ(::stat(QFile::encodeName(path).constData(), &status), 0) << qPrintable(path);
-    return status.st_mode & 07777;
+    return ::stat(QFile::encodeName(path).constData(), &status) == 0 ? status.st_mode & 07777 : 0;
 }
 
 /// A user with the pane, the helper and the plug-in that were built, and one file manager.
@@ -90,6 +91,11 @@ protected:
         ASSERT_NO_FATAL_FAILURE(addItem(QStringLiteral("ctrl+n"), QStringLiteral("Budget.csv")));
         user_.presses(QStringLiteral("ctrl+1"));
     }
+    void chooseHotKey()
+    {
+        ASSERT_NO_FATAL_FAILURE(walkTo(QStringLiteral("General"), {QStringLiteral("alt+g")}));
+        user_.presses({QStringLiteral("alt+s"), QStringLiteral("space"), hotKey, QStringLiteral("alt+p")});
+    }
     void leave()
     {
         host_->signal(SIGTERM);
@@ -116,12 +122,12 @@ protected:
     {
         const QString planning = folder + QStringLiteral("/Planning");
         const QString budget = planning + QStringLiteral("/Budget.csv");
-        ASSERT_TRUE(waitUntil([&] { return permissionsOf(planning) == 0764; }, patience));
+        ASSERT_TRUE(waitUntil(
+            [&] { return permissionsOf(budget) == 0764 && permissionsOf(planning) == 0764; }, patience));
         EXPECT_EQ(QDir(folder).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
                   QStringList(QStringLiteral("Planning")));
         EXPECT_EQ(QDir(planning).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
                   QStringList(QStringLiteral("Budget.csv")));
-        EXPECT_EQ(permissionsOf(budget), 0764U);
         EXPECT_EQ(QFileInfo(budget).size(), 0);
     }
 
@@ -146,7 +152,9 @@ TEST_F(WholeRoadTest, APresetComesFromThePaneToTheDisk)
     EXPECT_EQ(QFileInfo(QStringLiteral("/proc/%1/exe").arg(helper)).symLinkTarget(),
               session_.pane().helperProgram());
 
+    ASSERT_NO_FATAL_FAILURE(chooseHotKey());
     ASSERT_NO_FATAL_FAILURE(addPreset());
+    const qsizetype place = pane_.presets().indexOf(wedding);
     ASSERT_NO_FATAL_FAILURE(leave());
     EXPECT_TRUE(waitUntil([&] { return contentOf(actions_).contains(wedding.toUtf8()); }, patience))
         << "the helper has the new preset put into the file managers' menus";
@@ -166,6 +174,14 @@ TEST_F(WholeRoadTest, APresetComesFromThePaneToTheDisk)
     ASSERT_NO_FATAL_FAILURE(expectWedding(other));
     EXPECT_EQ(labelOf(other + QStringLiteral("/Planning")), labelOf(target_ + QStringLiteral("/Planning")));
     EXPECT_NE(labelOf(target_ + QStringLiteral("/Planning")), 0);
+
+    // By the hot key, into the folder that was used last; what is there stays.
+    user_.presses(hotKey);
+    ASSERT_TRUE(waitUntil([&] { return !screen_.windowsOf(helper).isEmpty(); }, patience));
+    user_.presses(QStringList(place + 1, QStringLiteral("Down")) +
+                  QStringList{QStringLiteral("Right"), QStringLiteral("Return")});
+    const QString second = target_ + QStringLiteral("/Planning/Budget-1.csv");
+    EXPECT_TRUE(waitUntil([&] { return QFileInfo::exists(second); }, patience));
 
     ASSERT_EQ(::kill(pid_t(helper), SIGTERM), 0);
     EXPECT_TRUE(waitUntil([] { return helpers().isEmpty(); }, patience));
