@@ -6,6 +6,7 @@
 #include "Tests/EndToEnd/ContextMenuQuestion.h"
 #include "Tests/EndToEnd/EditorFixture.h"
 #include "Tests/EndToEnd/HelperProcesses.h"
+#include "Tests/Session/FakeTray.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>
@@ -54,7 +55,8 @@ class WholeRoadTest : public EditorFixture
 {
 protected:
     WholeRoadTest()
-        : target_(session_.home().filePath(QStringLiteral("projects")))
+        : tray_(session_.busAddress())
+        , target_(session_.home().filePath(QStringLiteral("projects")))
         , actions_(session_.home().configFolder() + QStringLiteral("/Thunar/uca.xml"))
     {
         session_.pane().addCompanions();
@@ -131,6 +133,7 @@ protected:
         EXPECT_EQ(QFileInfo(budget).size(), 0);
     }
 
+    FakeTray tray_;
     QString target_;
     /// The file manager's own file.
     QString actions_;
@@ -180,8 +183,13 @@ TEST_F(WholeRoadTest, APresetComesFromThePaneToTheDisk)
     ASSERT_TRUE(waitUntil([&] { return !screen_.windowsOf(helper).isEmpty(); }, patience));
     user_.presses(QStringList(place + 1, QStringLiteral("Down")) +
                   QStringList{QStringLiteral("Right"), QStringLiteral("Return")});
-    const QString second = target_ + QStringLiteral("/Planning/Budget-1.csv");
-    EXPECT_TRUE(waitUntil([&] { return QFileInfo::exists(second); }, patience));
+    const QString another = target_ + QStringLiteral("/Planning/Budget-%1.csv");
+    EXPECT_TRUE(waitUntil([&] { return QFileInfo::exists(another.arg(1)); }, patience));
+
+    const FakeTray::Entry folders = tray_.menuWith(wedding).child(wedding);
+    ASSERT_FALSE(folders.children.isEmpty());
+    tray_.click(folders.children.constFirst());
+    EXPECT_TRUE(waitUntil([&] { return QFileInfo::exists(another.arg(2)); }, patience));
 
     ASSERT_EQ(::kill(pid_t(helper), SIGTERM), 0);
     EXPECT_TRUE(waitUntil([] { return helpers().isEmpty(); }, patience));

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "Tests/Helper/FakeDesktop.h"
-#include "Tests/Helper/Running/FakeTray.h"
+#include "Tests/Session/FakeTray.h"
 #include "Tests/Helper/Running/RunningFixture.h"
 #include "Tests/Helper/Running/ScreenTray.h"
 

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: Quenby contributors
 // SPDX-License-Identifier: MIT
 
-#include "Tests/Helper/Running/FakeTray.h"
+#include "Tests/Session/FakeTray.h"
 
 #include "Tests/Session/ChildProcess.h"
 
@@ -12,8 +12,6 @@
 #include <QDBusObjectPath>
 #include <QDBusReply>
 #include <QDBusVariant>
-
-#include <gtest/gtest.h>
 
 namespace {
 
@@ -69,8 +67,8 @@ FakeTray::FakeTray(const QString &busAddress, bool hasHost)
     : hasHost_(hasHost)
 {
     QDBusConnection connection = QDBusConnection::connectToBus(busAddress, connectionName);
-    EXPECT_TRUE(connection.registerVirtualObject(watcherPath, this));
-    EXPECT_TRUE(connection.registerService(watcherService));
+    if (!connection.registerVirtualObject(watcherPath, this) || !connection.registerService(watcherService))
+        qFatal("no tray: %s", qPrintable(connection.lastError().message()));
 }
 
 FakeTray::~FakeTray()
@@ -81,9 +79,9 @@ FakeTray::~FakeTray()
 void FakeTray::addHost()
 {
     hasHost_ = true;
-    EXPECT_TRUE(QDBusConnection(connectionName)
-                    .send(QDBusMessage::createSignal(watcherPath, watcherService,
-                                                     QStringLiteral("StatusNotifierHostRegistered"))));
+    QDBusConnection(connectionName)
+        .send(QDBusMessage::createSignal(watcherPath, watcherService,
+                                         QStringLiteral("StatusNotifierHostRegistered")));
 }
 
 QString FakeTray::introspect(const QString &) const
@@ -159,5 +157,6 @@ void FakeTray::click(const Entry &entry)
     const QDBusMessage answer =
         ask(path.value().variant().value<QDBusObjectPath>().path(), menuInterface, QStringLiteral("Event"),
             {entry.id, QStringLiteral("clicked"), QVariant::fromValue(QDBusVariant(QString())), 0U});
-    EXPECT_EQ(answer.type(), QDBusMessage::ReplyMessage) << qPrintable(answer.errorMessage());
+    if (answer.type() != QDBusMessage::ReplyMessage)
+        qWarning("the menu is not clicked: %s", qPrintable(answer.errorMessage()));
 }
