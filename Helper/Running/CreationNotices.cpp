@@ -81,7 +81,7 @@ void CreationNotices::show(const CreationOrder &order, const std::shared_ptr<Cre
     if (reports_.size() > mostKept)
         reports_.removeFirst();
     Notifications::Notice notice{title(*report), text(order, *report)};
-    notice.actions = {{showFolderAction, translated("Show Folder")}, {undoAction, translated("Undo")}};
+    notice.actions = {{showFolderAction, translated("Show folder")}, {undoAction, translated("Undo")}};
     notice.handler = [this, kept = std::weak_ptr(report), folder = order.folder](const QString &action) {
         act(action, kept, folder);
     };

@@ -59,7 +59,7 @@ TEST_F(TrayProgramTest, APresetIsCreatedInTheFolderThatWasUsedLastAndUndone)
     EXPECT_EQ(tree(), letterTree());
     EXPECT_EQ(desktop.shown().constFirst().title, QStringLiteral("\"Letters\" was created"));
     EXPECT_THAT(desktop.shown().constFirst().actions,
-                ElementsAre(QStringLiteral("show-folder"), QStringLiteral("Show Folder"),
+                ElementsAre(QStringLiteral("show-folder"), QStringLiteral("Show folder"),
                             QStringLiteral("undo"), QStringLiteral("Undo")));
 
     ASSERT_TRUE(waitUntil([&] { return tray.menu().child(undoLast).isEnabled; }));
