@@ -5,6 +5,7 @@
 
 #include "CreationFixture.h"
 #include "ForkedProcess.h"
+#include "ShortDisk.h"
 #include "Tests/Session/SmallDisk.h"
 
 using ::testing::IsEmpty;
@@ -45,8 +46,7 @@ protected:
     }
 
     /// Executes a plan while there is \a room room, more and more until it is enough, which \a least is not.
-    void createWithMoreAndMoreRoom(SmallDisk &disk, const std::function<bool(int room)> &fill,
-                                   int least) const
+    void createWithMoreAndMoreRoom(SmallDisk &disk, const std::function<bool(int room)> &fill, int least)
     {
         bool hasSucceeded = false;
         for (int room = 0; !hasSucceeded; ++room) {
@@ -54,7 +54,7 @@ protected:
             ASSERT_THAT(planned.problems(), IsEmpty());
             ASSERT_TRUE(fill(room));
             const auto before = this->disk();
-            const Creation::Outcome outcome = Creation::execute(planned);
+            const Creation::Outcome outcome = Creation::execute(planned, {}, layer_);
             hasSucceeded = outcome.succeeded;
             if (!hasSucceeded) {
                 EXPECT_FALSE(outcome.error.isEmpty());
@@ -64,6 +64,9 @@ protected:
             ASSERT_TRUE(disk.clear());
         }
     }
+
+    /// Where no disk can be mounted, it stands in for one.
+    ShortDisk layer_;
 };
 
 TEST_F(FullDiskTest, NoRoomForBytesAtEachFileInTurn)
@@ -82,12 +85,16 @@ TEST_F(FullDiskTest, NoRoomForAnEntryAtEachOperationInTurn)
 {
     ForkedProcess::run([&] {
         SmallDisk disk(target());
-        ASSERT_TRUE(disk.isMounted());
         fillTarget();
         // A label may take as much as an entry.
         const int least = folders - 1 + folders * filesPerFolder - 1;
         createWithMoreAndMoreRoom(
-            disk, [&](int entries) { return disk.fillEntries(entries); }, least);
+            disk,
+            [&](int entries) {
+                layer_.room = disk.isMounted() ? layer_.room : entries;
+                return !disk.isMounted() || disk.fillEntries(entries);
+            },
+            least);
     });
 }
 
@@ -95,16 +102,17 @@ TEST_F(FullDiskTest, ADiskThatMayNotBeWrittenIsAProblemAndLaterAFailure)
 {
     ForkedProcess::run([&] {
         SmallDisk disk(target());
-        ASSERT_TRUE(disk.isMounted());
         fillTarget();
         const Creation::Plan planned = plan(tree());
         const Creation::Record record = create(tree());
         const auto before = this->disk();
-        ASSERT_TRUE(disk.makeReadOnly());
-        const Creation::Outcome outcome = Creation::execute(planned);
+        layer_.isReadOnly = !disk.isMounted();
+        ASSERT_TRUE(!disk.isMounted() || disk.makeReadOnly());
+        const Creation::Outcome outcome = Creation::execute(planned, {}, layer_);
         EXPECT_FALSE(outcome.succeeded);
-        EXPECT_FALSE(Creation::undo(record).succeeded);
-        EXPECT_FALSE(plan(Items::root({Items::file(QStringLiteral("a"))})).canBeExecuted());
+        EXPECT_FALSE(Creation::undo(record, layer_).succeeded);
+        const QNBHierarchyItemPtr one = Items::root({Items::file(QStringLiteral("a"))});
+        EXPECT_FALSE(Creation::plan(*one, target(), options(), layer_).canBeExecuted());
         EXPECT_EQ(this->disk(), before);
     });
 }
