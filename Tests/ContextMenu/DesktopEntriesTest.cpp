@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 // The entries of those file managers that read desktop entries, or what looks like them: what is shown, and
-// what is started, by the letter of the specification and by a program that starts entries.
+// what is started, by the letter of the Desktop Entry Specification and by a program that starts entries.
 
 #include "ContextMenu/DolphinMenu.h"
 #include "ContextMenu/NemoMenu.h"
