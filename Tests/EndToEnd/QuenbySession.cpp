@@ -23,6 +23,9 @@ std::unique_ptr<ChildProcess> QuenbySession::startHost(const VirtualScreen *scre
 QProcessEnvironment QuenbySession::environment() const
 {
     QProcessEnvironment environment = home_.environment(bus_.address());
+    // Read by programs that were built with the sanitizers.
+    environment.insert(QStringLiteral("LSAN_OPTIONS"),
+                       QStringLiteral("print_suppressions=0:suppressions=" QUENBY_TEST_DATA "/leaks.txt"));
     environment.insert(variables_);
     return environment;
 }
