@@ -63,7 +63,7 @@ QByteArray escaped(const QByteArray &value)
 /// The characters that a backslash stands before inside double quotes.
 constexpr QByteArrayView quotable = "\"`$\\";
 
-/// None if quotes are left open. The specification knows double quotes only; those who start entries take
+/// None if quotes are left open. The format knows double quotes only; those who start entries take
 /// the command line for a shell's, without its expansions.
 std::optional<QByteArray> firstArgument(const QByteArray &commandLine)
 {

@@ -9,7 +9,7 @@
 #include <optional>
 
 /// The main group of a desktop entry, after freedesktop's Desktop Entry Specification, read as generously as
-/// the programs that start entries read them. Values are bytes: the specification wants UTF-8, files do not
+/// the programs that start entries read them. Values are bytes: the format wants UTF-8, files do not
 /// always know.
 class DesktopEntry
 {
@@ -35,7 +35,7 @@ private:
     QHash<QByteArray, QByteArray> values_;
 };
 
-/// The names that the specification gives.
+/// The keys and their group, as entries name them.
 namespace DesktopEntryKeys {
 inline constexpr char group[] = "Desktop Entry";
 inline constexpr char type[] = "Type";

@@ -109,7 +109,7 @@ bool FileCatalog::exists(const FSRef &reference)
            information.st_dev == reference.device && information.st_ino == reference.number;
 }
 
-std::optional<FSSpec> FileCatalog::specification(const FSRef &reference)
+std::optional<FSSpec> FileCatalog::fileSpec(const FSRef &reference)
 {
     struct stat folder = {};
     if (!exists(reference) || FileLayer::real().stat(reference.folder(), &folder) == -1)

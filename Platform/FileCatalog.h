@@ -37,8 +37,8 @@ struct FSRef
     }
 };
 
-/// An old-style specification: a name in a folder that is known by its disk and its number there. The root
-/// has no name in a folder; its specification is the name of its volume in itself.
+/// An old-style way to say which file is meant: a name in a folder that is known by its disk and its number
+/// there. The root is in no folder: what says it is the name of its volume, in the root itself.
 struct FSSpec
 {
     dev_t volume = 0;
@@ -63,7 +63,7 @@ std::optional<FSRef> reference(const QByteArray &path);
 /// Whether the entry is where it was.
 bool exists(const FSRef &reference);
 
-std::optional<FSSpec> specification(const FSRef &reference);
+std::optional<FSSpec> fileSpec(const FSRef &reference);
 
 /// What a symbolic link leads to in the end, over any number of further links; none for a link into nothing
 /// or in a circle. An entry that is no link is its own answer.

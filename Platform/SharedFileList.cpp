@@ -39,7 +39,7 @@ const QString entrySuffix = QStringLiteral(".desktop");
 
 constexpr char applicationType[] = "Application";
 /// The newest that the validator of Debian 12 knows.
-constexpr char specificationVersion[] = "1.0";
+constexpr char entryVersion[] = "1.0";
 constexpr char urlKey[] = "X-Quenby-URL";
 constexpr char placeKey[] = "X-Quenby-Place";
 
@@ -201,7 +201,7 @@ FileResult SharedFileList::insertItemURL(const QUrl &url) const
 
     QByteArray entry = QByteArray("[") + DesktopEntryKeys::group + "]\n";
     DesktopEntry::appendString(entry, DesktopEntryKeys::type, applicationType);
-    DesktopEntry::appendString(entry, DesktopEntryKeys::version, specificationVersion);
+    DesktopEntry::appendString(entry, DesktopEntryKeys::version, entryVersion);
     DesktopEntry::appendString(entry, DesktopEntryKeys::name, displayName(QFile::decodeName(*path)));
     DesktopEntry::appendString(entry, DesktopEntryKeys::exec, DesktopEntry::quoted(reachable));
     DesktopEntry::appendString(entry, DesktopEntryKeys::tryExec, reachable);

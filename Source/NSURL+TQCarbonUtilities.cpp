@@ -82,12 +82,12 @@ bool getFSRef(const QUrl &url, FSRef &reference)
     return found.has_value();
 }
 
-bool getFSSpec(const QUrl &url, FSSpec &specification)
+bool getFSSpec(const QUrl &url, FSSpec &fileSpec)
 {
     const auto reference = referenceOf(url);
-    const auto found = reference ? FileCatalog::specification(*reference) : std::nullopt;
+    const auto found = reference ? FileCatalog::fileSpec(*reference) : std::nullopt;
     if (found)
-        specification = *found;
+        fileSpec = *found;
     return found.has_value();
 }
 

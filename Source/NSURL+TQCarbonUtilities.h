@@ -14,7 +14,7 @@
 /// URL that is of no file of this machine or names nothing; null is an empty URL or a null string.
 
 bool getFSRef(const QUrl &url, FSRef &reference);
-bool getFSSpec(const QUrl &url, FSSpec &specification);
+bool getFSSpec(const QUrl &url, FSSpec &fileSpec);
 /// The URL from which the reference was made (without "." and ".." on the way); null if the entry is there no
 /// longer.
 QUrl URLWithFSRef(const FSRef &reference);

@@ -117,7 +117,7 @@ TEST_F(FileReferenceTest, DoesNotMeanWhatTookThePlaceOfItsEntry)
     EXPECT_FALSE(FileCatalog::exists(*reference));
     EXPECT_FALSE(FileCatalog::finderInfo(*reference));
     EXPECT_FALSE(FileCatalog::setFinderInfo(*reference, FinderInfo()));
-    EXPECT_FALSE(FileCatalog::specification(*reference));
+    EXPECT_FALSE(FileCatalog::fileSpec(*reference));
     EXPECT_FALSE(FileCatalog::resolveAlias(*reference));
     EXPECT_EQ(attributeOf(file), numberedBytes());
 }
@@ -145,30 +145,30 @@ TEST_F(FileReferenceTest, PathsHaveAFolderAndAName)
     EXPECT_EQ(file.name(), "some file");
 }
 
-TEST_F(FileReferenceTest, SpecificationIsTheNameInTheFolder)
+TEST_F(FileReferenceTest, FileSpecIsTheNameInTheFolder)
 {
     const QString file = makeFile();
-    const auto specification = FileCatalog::specification(*referenceTo(file));
-    ASSERT_TRUE(specification);
-    EXPECT_EQ(specification->volume, statusOf(root()).st_dev);
-    EXPECT_EQ(specification->parentDirectory, statusOf(root()).st_ino);
-    EXPECT_EQ(specification->name, "file");
+    const auto fileSpec = FileCatalog::fileSpec(*referenceTo(file));
+    ASSERT_TRUE(fileSpec);
+    EXPECT_EQ(fileSpec->volume, statusOf(root()).st_dev);
+    EXPECT_EQ(fileSpec->parentDirectory, statusOf(root()).st_ino);
+    EXPECT_EQ(fileSpec->name, "file");
 }
 
-TEST_F(FileReferenceTest, SpecificationOfTheRootIsTheNameOfItsVolume)
+TEST_F(FileReferenceTest, FileSpecOfTheRootIsTheNameOfItsVolume)
 {
-    const auto specification = FileCatalog::specification(*referenceTo(QStringLiteral("/")));
-    ASSERT_TRUE(specification);
-    EXPECT_EQ(specification->parentDirectory, statusOf(QStringLiteral("/")).st_ino);
-    EXPECT_EQ(specification->name, FileCatalog::rootVolumeName.toUtf8());
+    const auto fileSpec = FileCatalog::fileSpec(*referenceTo(QStringLiteral("/")));
+    ASSERT_TRUE(fileSpec);
+    EXPECT_EQ(fileSpec->parentDirectory, statusOf(QStringLiteral("/")).st_ino);
+    EXPECT_EQ(fileSpec->name, FileCatalog::rootVolumeName.toUtf8());
 }
 
-TEST_F(FileReferenceTest, SpecificationOfADiskInAFolderIsThatOfTheFolder)
+TEST_F(FileReferenceTest, FileSpecOfADiskInAFolderIsThatOfTheFolder)
 {
-    const auto specification = FileCatalog::specification(*referenceTo(QStringLiteral("/proc")));
-    ASSERT_TRUE(specification);
-    EXPECT_EQ(specification->volume, statusOf(QStringLiteral("/")).st_dev);
-    EXPECT_EQ(specification->name, "proc");
+    const auto fileSpec = FileCatalog::fileSpec(*referenceTo(QStringLiteral("/proc")));
+    ASSERT_TRUE(fileSpec);
+    EXPECT_EQ(fileSpec->volume, statusOf(QStringLiteral("/")).st_dev);
+    EXPECT_EQ(fileSpec->name, "proc");
 }
 
 TEST_F(FileReferenceTest, AChainOfAliasesLeadsToItsEnd)

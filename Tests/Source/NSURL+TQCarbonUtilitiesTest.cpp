@@ -54,8 +54,8 @@ TEST_F(NSURLTest, EveryOperationFailsForAURLOfNothing)
         const std::string name = url.toString().toStdString();
         FSRef reference;
         EXPECT_FALSE(getFSRef(url, reference)) << name;
-        FSSpec specification;
-        EXPECT_FALSE(getFSSpec(url, specification)) << name;
+        FSSpec fileSpec;
+        EXPECT_FALSE(getFSSpec(url, fileSpec)) << name;
         EXPECT_TRUE(URLByDeletingLastPathComponent(url).isEmpty()) << name;
         EXPECT_TRUE(fileSystemPathHFSStyle(url).isNull()) << name;
         EXPECT_TRUE(resolveAliasFile(url).isEmpty()) << name;
@@ -89,15 +89,15 @@ TEST_F(NSURLTest, AReferenceToWhatIsGoneLeadsNowhere)
     EXPECT_TRUE(URLWithFSRef(FSRef()).isEmpty());
 }
 
-TEST_F(NSURLTest, ASpecificationIsTheNameInItsFolder)
+TEST_F(NSURLTest, AFileSpecIsTheNameInItsFolder)
 {
     FSRef folder;
     ASSERT_TRUE(getFSRef(QUrl::fromLocalFile(root()), folder));
-    FSSpec specification;
-    ASSERT_TRUE(getFSSpec(fileURL(), specification));
-    EXPECT_EQ(specification.volume, folder.device);
-    EXPECT_EQ(specification.parentDirectory, folder.number);
-    EXPECT_EQ(specification.name, "file");
+    FSSpec fileSpec;
+    ASSERT_TRUE(getFSSpec(fileURL(), fileSpec));
+    EXPECT_EQ(fileSpec.volume, folder.device);
+    EXPECT_EQ(fileSpec.parentDirectory, folder.number);
+    EXPECT_EQ(fileSpec.name, "file");
 }
 
 TEST_F(NSURLTest, TheParentIsTheFolderThatTheEntryIsIn)
