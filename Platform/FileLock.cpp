@@ -3,6 +3,7 @@
 
 #include "Platform/FileLock.h"
 
+#include <QCryptographicHash>
 #include <QDeadlineTimer>
 #include <QFile>
 
@@ -59,4 +60,10 @@ std::optional<FileLock> FileLock::acquire(FileLayer &layer, const QString &path,
         std::this_thread::sleep_for(pause);
         pause = std::min(2 * pause, longestPause);
     }
+}
+
+QString FileLock::fileNameFor(QLatin1StringView kind, const QString &path)
+{
+    const QByteArray hash = QCryptographicHash::hash(QFile::encodeName(path), QCryptographicHash::Sha1);
+    return QStringLiteral("quenby-%1-%2.lock").arg(kind, QLatin1StringView(hash.toHex()));
 }

@@ -17,6 +17,10 @@ public:
     static std::optional<FileLock> acquire(FileLayer &layer, const QString &path, int timeout,
                                            QString *error);
 
+    /// What the lock of \a path is called among the files of the runtime folder: the same for all who mean
+    /// that path, another for every other path and every other \a kind of thing.
+    static QString fileNameFor(QLatin1StringView kind, const QString &path);
+
     FileLock(FileLock &&) noexcept = default;
     FileLock(const FileLock &) = delete;
     FileLock &operator=(const FileLock &) = delete;

@@ -6,7 +6,6 @@
 #include "Platform/DesktopFolders.h"
 #include "Platform/PropertyList.h"
 
-#include <QCryptographicHash>
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
@@ -19,6 +18,7 @@
 
 namespace {
 
+constexpr QLatin1StringView lockKind("preferences");
 const QString backupSuffix = QStringLiteral(".backup");
 const QString damagedInfix = QStringLiteral(".damaged-");
 const QString utcStamp = QStringLiteral("yyyyMMdd'T'HHmmss'Z'");
@@ -102,8 +102,7 @@ std::optional<FileLock> PreferencesFile::lock(const QString &folder, int timeout
         return std::nullopt;
     }
     // One lock for each file, so that the same domain of two homes has two, and two names of a file have one.
-    const QByteArray hash = QCryptographicHash::hash(QFile::encodeName(target_), QCryptographicHash::Sha1);
-    const QString name = QStringLiteral("quenby-preferences-%1.lock").arg(QLatin1StringView(hash.toHex()));
+    const QString name = FileLock::fileNameFor(lockKind, target_);
     return FileLock::acquire(layer_, QDir(place).filePath(name), timeout, error);
 }
 

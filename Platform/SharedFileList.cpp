@@ -50,6 +50,9 @@ constexpr qsizetype maximumNameSize = 64;
 /// Files of one name and hash that are not ours are there on purpose; some day we give up.
 constexpr int maximumFileNames = 100;
 constexpr int entryMode = 0644;
+constexpr QLatin1StringView lockKind("autostart");
+/// In milliseconds; whoever holds the lock writes a file or two.
+constexpr int lockTimeout = 2000;
 
 bool exists(const QByteArray &path)
 {
@@ -176,6 +179,13 @@ FileResult SharedFileList::insertItemURL(const QUrl &url) const
     if (!program)
         return FileResult::failure(error);
 
+    const DurableFileWriter writer;
+    if (FileResult result = writer.makeFolder(folder_); !result)
+        return result;
+    const std::optional<FileLock> lock = acquireLock(&error);
+    if (!lock)
+        return FileResult::failure(error);
+
     const QUrl address = fileURLOfPath(*path);
     const QString name = entryName(*path);
     std::optional<QString> fileName;
@@ -192,9 +202,6 @@ FileResult SharedFileList::insertItemURL(const QUrl &url) const
     if (!fileName)
         return FileResult::failure(QStringLiteral("no name is left for an entry in %1").arg(folder_));
 
-    const DurableFileWriter writer;
-    if (FileResult result = writer.makeFolder(folder_); !result)
-        return result;
     QByteArray reachable;
     if (FileResult result = makeReachable(*program, name, &reachable); !result)
         return result;
@@ -233,11 +240,29 @@ std::optional<QUrl> SharedFileList::resolve(const Item &item) const
 
 FileResult SharedFileList::remove(const Item &item) const
 {
+    if (!QFileInfo::exists(folder_))
+        return {};
+    QString error;
+    const std::optional<FileLock> lock = acquireLock(&error);
+    if (!lock)
+        return FileResult::failure(error);
     if (FileResult result = DurableFileWriter().remove(in(item.fileName_)); !result)
         return result;
     if (const std::optional<QByteArray> path = pathOfFileURL(item.url_))
         removeLinks(entryName(*path));
     return {};
+}
+
+std::optional<FileLock> SharedFileList::acquireLock(QString *error) const
+{
+    const QString place = DesktopFolders::runtimeDirectory();
+    if (place.isEmpty()) {
+        *error = QStringLiteral("there is no safe folder for the lock of %1").arg(folder_);
+        return std::nullopt;
+    }
+    // However the folder is reached, its lock is one.
+    const QString name = FileLock::fileNameFor(lockKind, QFileInfo(folder_).canonicalFilePath());
+    return FileLock::acquire(FileLayer::real(), QDir(place).filePath(name), lockTimeout, error);
 }
 
 QList<SharedFileList::Item> SharedFileList::entries() const

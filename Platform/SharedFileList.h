@@ -4,6 +4,7 @@
 #pragma once
 
 #include "Platform/DurableFileWriter.h"
+#include "Platform/FileLock.h"
 
 #include <QByteArray>
 #include <QList>
@@ -13,8 +14,8 @@
 
 /// The list of what the user's session opens at login: the folder `autostart` of the configuration folder,
 /// one desktop entry a file, as every desktop reads it. Nothing is kept: what the list says is what is on
-/// disk now, and since each change is one of a single file, programs that change it at once do not disturb
-/// each other.
+/// disk now. Those who change the list through this class do so one after the other, by a lock in the runtime
+/// folder; other programs write files of their own.
 ///
 /// An entry that this class writes carries the address of its file under a key of its own, and the number of
 /// its place. The entries of other programs are part of the list too, before all that have a number, and are
@@ -70,6 +71,8 @@ private:
     }
 
     QString in(const QString &name) const { return folder_ + u'/' + name; }
+    /// Held from reading the list until it is changed.
+    std::optional<FileLock> acquireLock(QString *error) const;
     /// Everything that is an entry, switched off or not, in no order.
     QList<Item> entries() const;
     std::optional<Item> read(const QString &fileName) const;
