@@ -118,8 +118,11 @@ QString VirtualScreen::display() const
 
 bool VirtualScreen::activate(const QString &window) const
 {
-    ask(xdotool, {QStringLiteral("windowactivate"), window});
-    return waitUntil([&] { return hasKeyboard(window); });
+    // Another window that appears only now may take the keyboard away again.
+    return waitUntil([&] {
+        ask(xdotool, {QStringLiteral("windowactivate"), window});
+        return hasKeyboard(window);
+    });
 }
 
 void VirtualScreen::typeKey(const QString &key) const

@@ -394,8 +394,9 @@ TEST(TQProcessFrontTest, TheFrontProcessHasTheFocusAndAnotherTakesIt)
     const QString beta = QStringLiteral("beta");
     const ChildProcess one(QStringLiteral(QUENBY_WINDOWS), {alpha}, environment);
     const ChildProcess two(QStringLiteral(QUENBY_WINDOWS), {beta}, environment);
+    const QString windowOfOne = screen.windowNamed(alpha);
     ASSERT_TRUE(screen.activate(screen.windowNamed(beta)));
-    ASSERT_TRUE(screen.activate(screen.windowNamed(alpha)));
+    ASSERT_TRUE(screen.activate(windowOfOne));
     EXPECT_EQ(TQProcess::frontProcess(), processOf(one));
     EXPECT_TRUE(processOf(one).isFrontProcess());
     EXPECT_FALSE(processOf(two).isFrontProcess());
