@@ -200,11 +200,10 @@ private:
         if (!file.isOpen())
             return false;
         // To be labelled a file has to be open to its owner, who is closed out by its mode or by the umask.
-        const mode_t labelMode = step.label == 0 ? 0 : S_IWUSR;
         const bool isFilled =
             (step.content == Operation::noContent || contents_.writeTo(file.get(), step.content)) &&
-            layer_.fchmod(file.get(), step.mode | labelMode) == 0 && setLabel(step, file.get()) &&
-            ((step.mode & labelMode) == labelMode || layer_.fchmod(file.get(), step.mode) == 0);
+            (step.label == 0 ||
+             (layer_.fchmod(file.get(), step.mode | S_IWUSR) == 0 && setLabel(step, file.get())));
         int error = isFilled ? 0 : errno;
         // The removal needs to know which file it is even if the first way to ask fails.
         struct stat information = {};
@@ -216,6 +215,10 @@ private:
                 return false;
             }
         }
+        // Only few were made with another mode: those that the umask or the label has changed.
+        if (error == 0 && (information.st_mode & ALLPERMS) != step.mode &&
+            (layer_.fchmod(file.get(), step.mode) == -1 || layer_.fstat(file.get(), &information) == -1))
+            error = errno;
         note(step, number, Record::Entry::Kind::File, information);
         if (file.close() == -1 && error == 0)
             error = errno;
