@@ -3,21 +3,13 @@
 
 #include "Tests/EndToEnd/ContextMenuQuestion.h"
 #include "Tests/EndToEnd/EditorFixture.h"
+#include "Tests/Session/FileContent.h"
 
-#include <QFile>
 #include <QFileInfo>
-
-#include <csignal>
 
 namespace {
 
 const QString askedKey = QStringLiteral("QNBAlreadyAskedToInstallCMM");
-
-QByteArray contentOf(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
 
 /// The pane with a plug-in for the file managers inside, which a second after the start it offers to install.
 class ContextMenuOfferTest : public EditorFixture
@@ -30,13 +22,6 @@ protected:
     {
         session_.pane().addContextMenu();
         session_.setVariable(QStringLiteral("QUENBY_PLUG_IN_REPORT"), report_);
-    }
-
-    void leave()
-    {
-        host_->signal(SIGTERM);
-        ASSERT_TRUE(host_->waitForEnd());
-        EXPECT_TRUE(host_->hasReturned(0)) << host_->errors().constData();
     }
 
     QString installed_;

@@ -4,6 +4,7 @@
 #include "Tests/EndToEnd/EditorFixture.h"
 
 #include <algorithm>
+#include <csignal>
 
 using ::testing::ElementsAreArray;
 
@@ -11,8 +12,6 @@ namespace {
 
 /// A folder's menu is shorter.
 constexpr int longestMenu = 60;
-/// A loaded machine, and a build with sanitizers, take their time.
-constexpr std::chrono::seconds patience(30);
 
 } // namespace
 
@@ -32,6 +31,13 @@ void EditorFixture::openPane()
     ASSERT_FALSE(window_.isEmpty()) << host_->errors().constData();
     ASSERT_TRUE(waitUntil([&] { return screen_.hasKeyboard(window_); }));
     ASSERT_TRUE(pane_.isThere()) << host_->errors().constData();
+}
+
+void EditorFixture::leave()
+{
+    host_->signal(SIGTERM);
+    ASSERT_TRUE(host_->waitForEnd());
+    EXPECT_TRUE(host_->hasReturned(0)) << host_->errors().constData();
 }
 
 void EditorFixture::start()

@@ -7,6 +7,7 @@
 #include "Tests/EndToEnd/PaneOnScreen.h"
 #include "Tests/EndToEnd/QuenbySession.h"
 
+#include <chrono>
 #include <functional>
 #include <gmock/gmock.h>
 #include <string>
@@ -17,12 +18,17 @@
 class EditorFixture : public ::testing::Test
 {
 protected:
+    /// A loaded machine, and a build with sanitizers, take their time.
+    static constexpr std::chrono::seconds patience{30};
+
     explicit EditorFixture(QSize screenSize = VirtualScreen::usualSize);
 
     /// Opens the pane.
     void openPane();
     /// Opens the pane, and the other window beside it.
     void start();
+    /// Ends the host as the end of a session does; it must end well.
+    void leave();
     /// Does something that is one or more \a edits in the pane's history, and remembers what is stored then.
     void step(const std::string &what, int edits, const std::function<void()> &action);
     /// Something that changes nothing.

@@ -1,14 +1,12 @@
 // SPDX-FileCopyrightText: Quenby contributors
 // SPDX-License-Identifier: MIT
 
-#include "Tests/EndToEnd/EditorFixture.h"
+#include "Tests/EndToEnd/HelperFixture.h"
 #include "Tests/EndToEnd/HelperProcesses.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-
-#include <csignal>
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
@@ -23,11 +21,9 @@ const QString stoppedStatus = QStringLiteral("Status: Quenby is stopped");
 const QString startTitle = QStringLiteral("Start");
 const QString stopTitle = QStringLiteral("Stop");
 const QString launchKey = QStringLiteral("QNBLaunchHelperOnStart");
-/// A loaded machine, and a build with sanitizers, take their time.
-constexpr std::chrono::seconds patience(30);
 
 /// The pane with a helper inside, as the user starts and stops it.
-class HelperControlTest : public EditorFixture
+class HelperControlTest : public HelperFixture
 {
 protected:
     HelperControlTest()
@@ -35,24 +31,6 @@ protected:
     {
         session_.pane().addHelper();
         session_.setVariable(QStringLiteral("QUENBY_HELPER_REPORT"), report_);
-    }
-    ~HelperControlTest() override
-    {
-        host_.reset();
-        if (!hasBegun_)
-            return;
-        // Nobody else's, or the test would not have begun.
-        const QList<qint64> left = helpers();
-        for (const qint64 pid : left)
-            ::kill(pid_t(pid), SIGKILL);
-        EXPECT_TRUE(waitUntil([] { return helpers().isEmpty(); }));
-    }
-    void SetUp() override
-    {
-        ASSERT_THAT(helpers(), IsEmpty())
-            << "A helper runs in this session. These tests end it by the pane's "
-               "button: quit it first.";
-        hasBegun_ = true;
     }
 
     void openGeneralView()
@@ -71,12 +49,6 @@ protected:
         EXPECT_TRUE(
             waitUntil([&] { return pane_.label(status) && !pane_.button(buttonTitle).isEmpty(); }, patience))
             << qPrintable(status);
-    }
-    void leave()
-    {
-        host_->signal(SIGTERM);
-        ASSERT_TRUE(host_->waitForEnd());
-        EXPECT_TRUE(host_->hasReturned(0)) << host_->errors().constData();
     }
     /// One that the pane has not started.
     std::unique_ptr<ChildProcess> startHelper()
@@ -118,7 +90,6 @@ protected:
 
 private:
     QString report_;
-    bool hasBegun_ = false;
 };
 
 } // namespace

@@ -4,9 +4,10 @@
 // From the pane to the disk: nothing stands in for anything.
 
 #include "Tests/EndToEnd/ContextMenuQuestion.h"
-#include "Tests/EndToEnd/EditorFixture.h"
+#include "Tests/EndToEnd/HelperFixture.h"
 #include "Tests/EndToEnd/HelperProcesses.h"
 #include "Tests/Session/FakeTray.h"
+#include "Tests/Session/FileContent.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>
@@ -18,20 +19,10 @@
 #include <sys/stat.h>
 #include <sys/xattr.h>
 
-using ::testing::IsEmpty;
-
 namespace {
 
-/// A loaded machine, and a build with sanitizers, take their time.
-constexpr std::chrono::seconds patience(30);
 const QString wedding = QStringLiteral("Wedding");
 const QString hotKey = QStringLiteral("ctrl+alt+p");
-
-QByteArray contentOf(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
 
 /// The label's number; -1 if there is no label at all.
 int labelOf(const QString &path)
@@ -51,7 +42,7 @@ mode_t permissionsOf(const QString &path)
 }
 
 /// A user with the pane, the helper and the plug-in that were built, and one file manager.
-class WholeRoadTest : public EditorFixture
+class WholeRoadTest : public HelperFixture
 {
 protected:
     WholeRoadTest()
@@ -62,21 +53,6 @@ protected:
         session_.pane().addCompanions();
         QDir().mkpath(target_);
         QDir().mkpath(QFileInfo(actions_).path());
-    }
-    ~WholeRoadTest() override
-    {
-        host_.reset();
-        if (!hasBegun_)
-            return;
-        const QList<qint64> left = helpers();
-        for (const qint64 pid : left)
-            ::kill(pid_t(pid), SIGKILL);
-        EXPECT_TRUE(waitUntil([] { return helpers().isEmpty(); }));
-    }
-    void SetUp() override
-    {
-        ASSERT_THAT(helpers(), IsEmpty()) << "A helper runs in this session: quit it first.";
-        hasBegun_ = true;
     }
 
     void addPreset()
@@ -97,12 +73,6 @@ protected:
     {
         ASSERT_NO_FATAL_FAILURE(walkTo(QStringLiteral("General"), {QStringLiteral("alt+g")}));
         user_.presses({QStringLiteral("alt+s"), QStringLiteral("space"), hotKey, QStringLiteral("alt+p")});
-    }
-    void leave()
-    {
-        host_->signal(SIGTERM);
-        ASSERT_TRUE(host_->waitForEnd());
-        EXPECT_TRUE(host_->hasReturned(0)) << host_->errors().constData();
     }
     /// As the file managers' entries do; the running helper takes the order or refuses it.
     QDBusMessage orderFromTheHelper(const QString &preset, const QString &folder) const
@@ -139,7 +109,6 @@ protected:
     QString actions_;
 
 private:
-    bool hasBegun_ = false;
 };
 
 } // namespace

@@ -5,9 +5,9 @@
 
 #include "Tests/Platform/ArchiveBuilder.h"
 #include "Tests/Platform/TaggedContent.h"
+#include "Tests/Session/FileContent.h"
 
 #include <QDir>
-#include <QFile>
 #include <gmock/gmock.h>
 
 using namespace ArchiveBuilder;
@@ -16,12 +16,6 @@ using TaggedContent::canonical;
 using ::testing::HasSubstr;
 
 static const QString folder = QStringLiteral(QUENBY_TEST_DATA "/archives/");
-
-static QByteArray contentOf(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
 
 static std::vector<std::string> archivesIn(const QString &path)
 {

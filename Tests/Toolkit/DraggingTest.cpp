@@ -4,6 +4,7 @@
 // Drags with the mouse between programs that know nothing of each other, on a screen of their own.
 
 #include "Tests/Session/ChildProcess.h"
+#include "Tests/Session/FileContent.h"
 #include "Tests/Session/TemporaryHome.h"
 #include "Tests/Session/VirtualScreen.h"
 
@@ -100,12 +101,6 @@ protected:
         })) << source->errors().toStdString();
         EXPECT_TRUE(source->isRunning());
     }
-    static QByteArray contentOf(const QString &path)
-    {
-        QFile file(path);
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    }
-
     static constexpr QPoint middleOfTarget{700, 100};
     TemporaryHome home;
     VirtualScreen screen{home};

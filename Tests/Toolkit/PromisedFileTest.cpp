@@ -3,6 +3,8 @@
 
 #include "Toolkit/PromisedFile.h"
 
+#include "Tests/Session/FileContent.h"
+
 #include <QDir>
 #include <QFileInfo>
 #include <QTemporaryDir>
@@ -27,11 +29,6 @@ protected:
         EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write("content") > 0);
         file.setPermissions(QFile::ReadOwner | QFile::WriteOwner);
         return written;
-    }
-    static QByteArray contentOf(const QString &path)
-    {
-        QFile file(path);
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
     }
     PromisedFile promised(const QString &probableName)
     {
