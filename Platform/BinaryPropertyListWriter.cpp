@@ -4,6 +4,7 @@
 #include "Platform/BinaryPropertyListWriter.h"
 
 #include "Platform/BinaryPropertyListFormat.h"
+#include "Platform/DictionaryEntries.h"
 
 #include <QHashFunctions>
 #include <algorithm>
@@ -18,8 +19,6 @@ namespace {
 constexpr std::size_t maximumSize = std::size_t(PropertyList::Limits::inputSize);
 /// Marker, and a count of at most 8 bytes as an integer object.
 constexpr std::size_t longestPrefix = 1 + 1 + 8;
-/// Below this, looking for a repeated key pair by pair is faster than sorting.
-constexpr std::size_t fewKeys = 16;
 
 constexpr auto tooLarge = "the property list would be larger than 256 MiB";
 
@@ -287,22 +286,6 @@ BinaryPropertyListWriter::Ref BinaryPropertyListWriter::array(std::span<const Re
     return container(Kind::Array, {}, elements);
 }
 
-bool BinaryPropertyListWriter::hasRepeatedKey(std::span<const Ref> keys) const
-{
-    // Equal strings have the same reference.
-    if (keys.size() <= fewKeys) {
-        for (std::size_t i = 1; i < keys.size(); ++i) {
-            if (std::find(keys.begin(), keys.begin() + std::ptrdiff_t(i), keys[i]) !=
-                keys.begin() + std::ptrdiff_t(i))
-                return true;
-        }
-        return false;
-    }
-    std::vector<Ref> sorted(keys.begin(), keys.end());
-    std::sort(sorted.begin(), sorted.end());
-    return std::adjacent_find(sorted.begin(), sorted.end()) != sorted.end();
-}
-
 BinaryPropertyListWriter::Ref BinaryPropertyListWriter::dictionary(std::span<const Ref> keys,
                                                                    std::span<const Ref> values)
 {
@@ -312,21 +295,10 @@ BinaryPropertyListWriter::Ref BinaryPropertyListWriter::dictionary(std::span<con
         if (objects_[key].kind != Kind::String)
             return invalid(QStringLiteral("a dictionary key that is no string"));
     }
-    if (!hasRepeatedKey(keys))
+    if (!DictionaryEntries::hasRepeatedKey(keys))
         return container(Kind::Dictionary, keys, values);
-
-    QHash<Ref, std::size_t> lastOf;
-    for (std::size_t i = 0; i < keys.size(); ++i)
-        lastOf.insert(keys[i], i);
-    std::vector<Ref> differentKeys;
-    std::vector<Ref> lastValues;
-    for (std::size_t i = 0; i < keys.size(); ++i) {
-        if (lastOf.value(keys[i]) == i) {
-            differentKeys.push_back(keys[i]);
-            lastValues.push_back(values[i]);
-        }
-    }
-    return container(Kind::Dictionary, differentKeys, lastValues);
+    const DictionaryEntries entries = DictionaryEntries::withLastOfEachKey(keys, values);
+    return container(Kind::Dictionary, entries.keys, entries.values);
 }
 
 BinaryPropertyListWriter::Mark BinaryPropertyListWriter::mark() const

@@ -86,7 +86,6 @@ private:
     quint32 hashOf(const Object &object) const;
     Ref container(Kind kind, std::span<const Ref> keys, std::span<const Ref> values);
     Ref invalid(const QString &reason);
-    bool hasRepeatedKey(std::span<const Ref> keys) const;
 
     std::vector<Object, LargeBlockAllocator<Object>> objects_;
     /// Of all containers; a dictionary's keys stand before its values.

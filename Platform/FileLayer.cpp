@@ -158,17 +158,7 @@ std::optional<QList<QByteArray>> FileLayer::entries(const QByteArray &folder)
     const std::unique_ptr<DIR, DirectoryCloser> directory(::opendir(folder.constData()));
     if (!directory)
         return std::nullopt;
-    QList<QByteArray> names;
-    errno = 0;
-    while (const dirent *entry = ::readdir(directory.get())) {
-        const QByteArray name(entry->d_name);
-        if (name != "." && name != "..")
-            names.append(name);
-        errno = 0;
-    }
-    if (errno != 0)
-        return std::nullopt;
-    return names;
+    return namesIn(directory.get());
 }
 
 QString systemError(const QString &doing, int errorNumber)

@@ -74,15 +74,5 @@ std::optional<QList<QByteArray>> FolderLayer::entriesAt(int folder)
         close(own);
         return std::nullopt;
     }
-    QList<QByteArray> names;
-    errno = 0;
-    while (const dirent *entry = ::readdir(directory.get())) {
-        const QByteArray name(entry->d_name);
-        if (name != "." && name != "..")
-            names.append(name);
-        errno = 0;
-    }
-    if (errno != 0)
-        return std::nullopt;
-    return names;
+    return namesIn(directory.get());
 }

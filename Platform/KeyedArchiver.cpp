@@ -3,6 +3,7 @@
 
 #include "Platform/KeyedArchiver.h"
 
+#include "Platform/DictionaryEntries.h"
 #include "Platform/KeyedArchiveFormat.h"
 
 #include <algorithm>
@@ -10,9 +11,6 @@
 
 using namespace KeyedArchiveFormat;
 using PropertyList::WriteResult;
-
-/// Below this, looking for a repeated key pair by pair is faster than sorting.
-static constexpr std::size_t fewKeys = 16;
 
 KeyedArchiver::KeyedArchiver()
 {
@@ -159,21 +157,6 @@ KeyedArchiver::Ref KeyedArchiver::array(std::span<const Ref> elements, Mutabilit
     return add(object);
 }
 
-bool KeyedArchiver::hasRepeatedKey(std::span<const Ref> keys) const
-{
-    // Equal strings have the same UID.
-    if (keys.size() <= fewKeys) {
-        for (auto key = keys.begin(); key != keys.end(); ++key) {
-            if (std::find(keys.begin(), key, *key) != key)
-                return true;
-        }
-        return false;
-    }
-    std::vector<Ref> sorted(keys.begin(), keys.end());
-    std::sort(sorted.begin(), sorted.end());
-    return std::adjacent_find(sorted.begin(), sorted.end()) != sorted.end();
-}
-
 KeyedArchiver::Ref KeyedArchiver::dictionary(std::span<const Ref> keys, std::span<const Ref> values,
                                              Mutability mutability)
 {
@@ -183,19 +166,10 @@ KeyedArchiver::Ref KeyedArchiver::dictionary(std::span<const Ref> keys, std::spa
         if (!objects_[key].isString)
             return invalid(QStringLiteral("a dictionary key that is no string"));
     }
-    if (hasRepeatedKey(keys)) {
-        QHash<Ref, std::size_t> lastOf;
-        for (std::size_t i = 0; i < keys.size(); ++i)
-            lastOf.insert(keys[i], i);
-        std::vector<Ref> differentKeys;
-        std::vector<Ref> lastValues;
-        for (std::size_t i = 0; i < keys.size(); ++i) {
-            if (lastOf.value(keys[i]) == i) {
-                differentKeys.push_back(keys[i]);
-                lastValues.push_back(values[i]);
-            }
-        }
-        return dictionary(differentKeys, lastValues, mutability);
+    // Equal strings have the same UID.
+    if (DictionaryEntries::hasRepeatedKey(keys)) {
+        const DictionaryEntries entries = DictionaryEntries::withLastOfEachKey(keys, values);
+        return dictionary(entries.keys, entries.values, mutability);
     }
 
     const ClassIndex index = mutability == Mutability::Mutable ? MutableDictionaryClass : DictionaryClass;

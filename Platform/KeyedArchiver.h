@@ -86,7 +86,6 @@ private:
     Ref nullObject();
     PropertyRef uidArray(std::span<const Ref> refs);
     Object containerOf(std::span<const Ref> parts) const;
-    bool hasRepeatedKey(std::span<const Ref> keys) const;
     /// Makes finish() fail; the first reason counts.
     Ref invalid(const QString &reason);
 

@@ -3,8 +3,12 @@
 
 #pragma once
 
+#include <QByteArray>
+#include <QList>
+
 #include <cerrno>
 #include <dirent.h>
+#include <optional>
 
 /// Makes a system call, and makes it again if a signal interrupts it. Its result, and errno.
 template <typename Call>
@@ -21,3 +25,17 @@ struct DirectoryCloser
 {
     void operator()(DIR *directory) const { ::closedir(directory); }
 };
+
+/// All names in an open folder but "." and ".."; none with errno on failure.
+inline std::optional<QList<QByteArray>> namesIn(DIR *folder)
+{
+    QList<QByteArray> names;
+    errno = 0;
+    while (const dirent *entry = ::readdir(folder)) {
+        const QByteArray name(entry->d_name);
+        if (name != "." && name != "..")
+            names.append(name);
+        errno = 0;
+    }
+    return errno == 0 ? std::optional(names) : std::nullopt;
+}
