@@ -53,9 +53,11 @@ void QNBPrefPanePref::awakeFromNib()
     connect(_ui_websiteLink, &QLabel::linkActivated, this, &QNBPrefPanePref::openAppWebsite);
 
     const std::optional<Bundle> bundle = ourBundle();
-    if (bundle)
-        _images.insert(QNBDragHandleImage,
-                       QIcon(bundle->pathForResource(QNBDragHandleImage, dragHandleImageType)));
+    if (bundle) {
+        QIcon handle(bundle->pathForResource(QNBDragHandleImage, dragHandleImageType));
+        handle.setIsMask(true);
+        _images.insert(QNBDragHandleImage, handle);
+    }
 
     setUpColorButtons();
     setUpPermissions();

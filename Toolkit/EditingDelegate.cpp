@@ -4,9 +4,27 @@
 #include "Toolkit/EditingDelegate.h"
 
 #include "Toolkit/TextFieldCell.h"
+#include "Toolkit/TintedIconEngine.h"
 
 #include <QGuiApplication>
 #include <QInputMethod>
+#include <algorithm>
+
+namespace {
+
+/// \a row up to the edge of \a viewport: what is typed beyond that would not be seen.
+QRect withoutHiddenEnd(QRect row, const QWidget *viewport)
+{
+    if (!viewport || !row.intersects(viewport->rect()))
+        return row;
+    if (viewport->isRightToLeft())
+        row.setLeft(std::max(row.left(), viewport->rect().left()));
+    else
+        row.setRight(std::min(row.right(), viewport->rect().right()));
+    return row;
+}
+
+} // namespace
 
 EditingDelegate::EditingDelegate(QObject *parent)
     : QStyledItemDelegate(parent)
@@ -35,7 +53,8 @@ void EditingDelegate::selectText(const QStyleOptionViewItem &option, const QMode
     if (!cell_ || !editor_)
         return;
     const auto length = static_cast<int>(index.data(Qt::EditRole).toString().size());
-    cell_->selectWithFrame(option.rect, prepareCell(option, index), *editor_, 0, length);
+    cell_->selectWithFrame(withoutHiddenEnd(option.rect, editor_->parentWidget()), prepareCell(option, index),
+                           *editor_, 0, length);
 }
 
 void EditingDelegate::paint(QPainter *painter, const QStyleOptionViewItem &option,
@@ -67,10 +86,12 @@ QWidget *EditingDelegate::createEditor(QWidget *parent, const QStyleOptionViewIt
 void EditingDelegate::updateEditorGeometry(QWidget *editor, const QStyleOptionViewItem &option,
                                            const QModelIndex &index) const
 {
+    QStyleOptionViewItem seen(option);
+    seen.rect = withoutHiddenEnd(option.rect, editor->parentWidget());
     if (cell_)
-        cell_->editWithFrame(option.rect, prepareCell(option, index), *editor);
+        cell_->editWithFrame(seen.rect, prepareCell(option, index), *editor);
     else
-        QStyledItemDelegate::updateEditorGeometry(editor, option, index);
+        QStyledItemDelegate::updateEditorGeometry(editor, seen, index);
 }
 
 void EditingDelegate::destroyEditor(QWidget *editor, const QModelIndex &index) const
@@ -78,6 +99,20 @@ void EditingDelegate::destroyEditor(QWidget *editor, const QModelIndex &index) c
     if (editor_ == editor)
         editor_ = nullptr;
     QStyledItemDelegate::destroyEditor(editor, index);
+}
+
+void EditingDelegate::initStyleOption(QStyleOptionViewItem *option, const QModelIndex &index) const
+{
+    QStyledItemDelegate::initStyleOption(option, index);
+    if (!option->icon.isMask())
+        return;
+    const QPalette::ColorGroup group = !option->state.testFlag(QStyle::State_Enabled) ? QPalette::Disabled
+                                       : option->state.testFlag(QStyle::State_Active) ? QPalette::Active
+                                                                                      : QPalette::Inactive;
+    const bool isSelected = option->state.testFlag(QStyle::State_Selected);
+    const QColor color =
+        option->palette.color(group, isSelected ? QPalette::HighlightedText : QPalette::Text);
+    option->icon = QIcon(new TintedIconEngine(option->icon, color));
 }
 
 /// What the row looks like, as the model and through it the view's delegate decide; the cell is given its

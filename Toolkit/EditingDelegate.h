@@ -10,7 +10,8 @@
 class TextFieldCell;
 
 /// An item delegate that can end the edit in progress from outside, keeping what was typed, and gives rows
-/// some air. With a cell of the view's, that draws and measures the rows and places their editors.
+/// some air. With a cell of the view's, that draws and measures the rows and places their editors. An icon
+/// that is a mask is drawn in the colour of the row's text.
 class EditingDelegate : public QStyledItemDelegate
 {
 public:
@@ -35,6 +36,9 @@ public:
     void updateEditorGeometry(QWidget *editor, const QStyleOptionViewItem &option,
                               const QModelIndex &index) const override;
     void destroyEditor(QWidget *editor, const QModelIndex &index) const override;
+
+protected:
+    void initStyleOption(QStyleOptionViewItem *option, const QModelIndex &index) const override;
 
 private:
     QStyleOptionViewItem prepareCell(const QStyleOptionViewItem &option, const QModelIndex &index) const;

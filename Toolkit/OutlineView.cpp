@@ -6,10 +6,23 @@
 #include "Toolkit/EditingDelegate.h"
 #include "Toolkit/EmptyState.h"
 #include "Toolkit/OutlineViewModel.h"
+#include "Toolkit/SelectionStart.h"
 #include "Toolkit/TextFieldCell.h"
 
 #include <QHeaderView>
+#include <QScrollBar>
+#include <QSignalBlocker>
+#include <algorithm>
 #include <utility>
+
+namespace {
+
+/// Behind the text of the widest row.
+constexpr int airBehindText = 8;
+/// What is left of a row for its name while that is edited, at least; in characters of average width.
+constexpr int roomForTyping = 30;
+
+} // namespace
 
 OutlineView::OutlineView(QWidget *parent)
     : QTreeView(parent)
@@ -22,6 +35,15 @@ OutlineView::OutlineView(QWidget *parent)
     setUniformRowHeights(true);
     setSelectionMode(SingleSelection);
     setEditTriggers(DoubleClicked | EditKeyPressed);
+
+    header()->setStretchLastSection(false);
+    header()->setMinimumSectionSize(0);
+    connect(model_, &QAbstractItemModel::rowsRemoved, this, &OutlineView::measureRowsAnew);
+    connect(model_, &QAbstractItemModel::modelReset, this, [this] {
+        horizontalScrollBar()->setValue(0);
+        measureRowsAnew();
+    });
+    connect(this, &QTreeView::collapsed, this, &OutlineView::measureRowsAnew);
 }
 
 void OutlineView::setDataSource(OutlineViewDataSource *dataSource)
@@ -153,9 +175,7 @@ bool OutlineView::isItemExpanded(const OutlineItem &item) const
 
 int OutlineView::numberOfRows() const
 {
-    QModelIndex last;
-    for (int count = model_->rowCount(); count > 0; count = isExpanded(last) ? model_->rowCount(last) : 0)
-        last = model_->index(count - 1, 0, last);
+    const QModelIndex last = SelectionStart::lastRow(*this);
     return last.isValid() ? rowOfIndex(last) + 1 : 0;
 }
 
@@ -219,6 +239,56 @@ void OutlineView::paintEvent(QPaintEvent *event)
     QTreeView::paintEvent(event);
     dragging_.indicator().paint();
     EmptyState::paint(*this, placeholderText_);
+    if (widestRow_ > header()->sectionSize(0))
+        QMetaObject::invokeMethod(this, &OutlineView::fitColumn, Qt::QueuedConnection);
+}
+
+void OutlineView::drawRow(QPainter *painter, const QStyleOptionViewItem &option,
+                          const QModelIndex &index) const
+{
+    QTreeView::drawRow(painter, option, index);
+    widestRow_ = std::max(widestRow_, indentationOf(index) + sizeHintForIndex(index).width() + airBehindText);
+}
+
+void OutlineView::resizeEvent(QResizeEvent *event)
+{
+    fitColumn();
+    QTreeView::resizeEvent(event);
+}
+
+void OutlineView::keyPressEvent(QKeyEvent *event)
+{
+    const QModelIndex first = SelectionStart::rowForKey(*this, *event);
+    if (first.isValid())
+        setCurrentIndex(first);
+    else
+        QTreeView::keyPressEvent(event);
+}
+
+bool OutlineView::edit(const QModelIndex &index, EditTrigger trigger, QEvent *event)
+{
+    // The view has a current row though none is selected, but nobody sees which.
+    if (trigger == EditKeyPressed && !selectionModel()->isSelected(index))
+        return false;
+    if (!QTreeView::edit(index, trigger, event))
+        return false;
+    reveal(index,
+           std::max(sizeHintForIndex(index).width(), roomForTyping * fontMetrics().averageCharWidth()));
+    updateEditorGeometries();
+    return true;
+}
+
+void OutlineView::scrollTo(const QModelIndex &index, ScrollHint hint)
+{
+    {
+        // The column may be wider than the view, which is no reason to go back to its beginning.
+        const int before = horizontalScrollBar()->value();
+        const QSignalBlocker blocker(horizontalScrollBar());
+        QTreeView::scrollTo(index, hint);
+        horizontalScrollBar()->setValue(before);
+    }
+    if (index.isValid())
+        reveal(index, sizeHintForIndex(index).width());
 }
 
 void OutlineView::rowsInserted(const QModelIndex &parent, int start, int end)
@@ -305,4 +375,39 @@ void OutlineView::expandWithChildren(const QModelIndex &index)
                 pending.push_back(child);
         }
     }
+}
+
+/// To the width of the view, or of the widest row.
+void OutlineView::fitColumn()
+{
+    header()->resizeSection(0, std::max(viewport()->width(), widestRow_));
+}
+
+/// The widest row may be gone. What is looked at stays where it is.
+void OutlineView::measureRowsAnew()
+{
+    const int scrolled = horizontalScrollBar()->value();
+    widestRow_ = scrolled > 0 ? scrolled + viewport()->width() : 0;
+    fitColumn();
+}
+
+int OutlineView::indentationOf(const QModelIndex &index) const
+{
+    return header()->sectionSize(0) - visualRect(index).width();
+}
+
+/// Scrolls sideways as far as it takes to see \a width of a row, and what opens and closes it; its beginning
+/// if there is not room for all.
+void OutlineView::reveal(const QModelIndex &index, int width)
+{
+    const int start = indentationOf(index);
+    const int end = start + width + airBehindText;
+    if (end > header()->sectionSize(0)) {
+        widestRow_ = std::max(widestRow_, end);
+        fitColumn();
+        updateGeometries();
+    }
+    QScrollBar &bar = *horizontalScrollBar();
+    bar.setValue(
+        std::min(std::max(bar.value(), end - viewport()->width()), std::max(0, start - indentation())));
 }

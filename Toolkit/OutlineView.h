@@ -14,7 +14,8 @@ class EditingDelegate;
 class OutlineViewModel;
 class TextFieldCell;
 
-/// A tree of items that a data source serves, one column, single selection, drags from and to it.
+/// A tree of items that a data source serves, one column, single selection, drags from and to it. Rows that
+/// do not fit are scrolled to sideways.
 ///
 /// Items are asked for only where rows are expanded, all rows have one height, and nothing here walks a whole
 /// tree but what expands or reloads the whole of it: 100,000 rows are no burden.
@@ -75,6 +76,8 @@ public:
     void setPlaceholderText(const QString &text);
     QString placeholderText() const { return placeholderText_; }
 
+    void scrollTo(const QModelIndex &index, ScrollHint hint = EnsureVisible) override;
+
     /// Only drags that bring one of these types may be dropped.
     void registerForDraggedTypes(const QStringList &types) { dragging_.registerForDraggedTypes(types); }
     /// What may be done with a dragged item: in this process (everything at first), in others (nothing).
@@ -90,7 +93,12 @@ protected:
     void dragLeaveEvent(QDragLeaveEvent *event) override;
     void dropEvent(QDropEvent *event) override;
     void timerEvent(QTimerEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
+    void drawRow(QPainter *painter, const QStyleOptionViewItem &option,
+                 const QModelIndex &index) const override;
+    bool edit(const QModelIndex &index, EditTrigger trigger, QEvent *event) override;
     void rowsInserted(const QModelIndex &parent, int start, int end) override;
     void rowsAboutToBeRemoved(const QModelIndex &parent, int start, int end) override;
     void currentChanged(const QModelIndex &current, const QModelIndex &previous) override;
@@ -103,6 +111,10 @@ private:
     void notifySelection();
     void noteIfExpanded(const QModelIndex &index);
     void expandWithChildren(const QModelIndex &index);
+    void fitColumn();
+    void measureRowsAnew();
+    int indentationOf(const QModelIndex &index) const;
+    void reveal(const QModelIndex &index, int width);
 
     struct DropPlace
     {
@@ -129,6 +141,8 @@ private:
     QPersistentModelIndex opening_;
     QBasicTimer openingTimer_;
     QString placeholderText_;
+    /// Of the rows that were painted, with its indentation.
+    mutable int widestRow_ = 0;
 
     /// How many beginUpdates() are open.
     int updates_ = 0;

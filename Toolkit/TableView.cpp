@@ -6,6 +6,7 @@
 #include "Toolkit/ArrayController.h"
 #include "Toolkit/EditingDelegate.h"
 #include "Toolkit/EmptyState.h"
+#include "Toolkit/SelectionStart.h"
 #include "Toolkit/TableViewModel.h"
 
 #include <QHeaderView>
@@ -110,6 +111,15 @@ void TableView::setPlaceholderText(const QString &text)
     viewport()->update();
 }
 
+void TableView::keyPressEvent(QKeyEvent *event)
+{
+    const QModelIndex first = SelectionStart::rowForKey(*this, *event);
+    if (first.isValid() && controller_)
+        controller_->setSelectionIndex(first.row());
+    else
+        QTreeView::keyPressEvent(event);
+}
+
 void TableView::paintEvent(QPaintEvent *event)
 {
     QTreeView::paintEvent(event);
@@ -128,9 +138,12 @@ void TableView::selectionChanged(const QItemSelection &selected, const QItemSele
 
 bool TableView::edit(const QModelIndex &index, EditTrigger trigger, QEvent *event)
 {
-    // The edit key works on the row, whichever of its cells was clicked last.
-    const bool byKey = trigger == EditKeyPressed && index.isValid() && firstEditableColumn() >= 0;
-    return QTreeView::edit(byKey ? index.siblingAtColumn(firstEditableColumn()) : index, trigger, event);
+    if (trigger != EditKeyPressed || !index.isValid() || firstEditableColumn() < 0)
+        return QTreeView::edit(index, trigger, event);
+    // The edit key works on the row, whichever of its cells was clicked last. The view has a current row
+    // though none is selected, but nobody sees which.
+    return selectionModel()->isSelected(index) &&
+           QTreeView::edit(index.siblingAtColumn(firstEditableColumn()), trigger, event);
 }
 
 int TableView::firstEditableColumn() const

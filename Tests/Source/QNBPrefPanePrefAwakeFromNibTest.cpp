@@ -149,6 +149,8 @@ TEST_F(QNBPrefPanePrefAwakeFromNib, TheDragHandleIsFoundByName)
 {
     openPane();
     EXPECT_FALSE(pane->imageNamed(QStringLiteral("DragHandle")).isNull());
+    EXPECT_TRUE(pane->imageNamed(QStringLiteral("DragHandle")).isMask())
+        << "it is seen on every ground that texts are read on";
     EXPECT_TRUE(pane->imageNamed(QStringLiteral("draghandle")).isNull());
 }
 

@@ -144,6 +144,40 @@ TEST_F(OutlineViewTest, SelectionIsToldToTheDataSource)
     EXPECT_EQ(view.selectedRow(), OutlineView::noRow);
 }
 
+TEST_F(OutlineViewTest, WithNothingSelectedKeysSelectARow)
+{
+    view.expandItem(src);
+    const std::pair<Qt::Key, int> keys[] = {{Qt::Key_Down, 0}, {Qt::Key_Home, 0}, {Qt::Key_PageDown, 0},
+                                            {Qt::Key_Up, 4},   {Qt::Key_End, 4},  {Qt::Key_PageUp, 4}};
+    for (const auto &[key, row] : keys) {
+        view.selectRow(OutlineView::noRow);
+        // As it is when the view gets the keyboard.
+        view.selectionModel()->setCurrentIndex(view.model()->index(0, 0), QItemSelectionModel::NoUpdate);
+        ASSERT_EQ(view.selectedRow(), OutlineView::noRow);
+        tree.selectionChanges = 0;
+        QTest::keyClick(&view, key);
+        EXPECT_EQ(view.selectedRow(), row) << key;
+        EXPECT_EQ(tree.selectionChanges, 1) << key;
+    }
+    view.selectRow(OutlineView::noRow);
+    QTest::keyClick(&view, Qt::Key_Shift);
+    EXPECT_EQ(view.selectedRow(), OutlineView::noRow);
+    view.setDataSource(nullptr);
+    QTest::keyClick(&view, Qt::Key_Down);
+    EXPECT_EQ(view.selectedRow(), OutlineView::noRow) << "there is none";
+}
+
+TEST_F(OutlineViewTest, TheEditKeyNeedsASelectedRow)
+{
+    tree.isEditable = true;
+    view.selectionModel()->setCurrentIndex(view.model()->index(0, 0), QItemSelectionModel::NoUpdate);
+    QTest::keyClick(&view, Qt::Key_F2);
+    EXPECT_FALSE(view.isEditing());
+    view.selectRow(1);
+    QTest::keyClick(&view, Qt::Key_F2);
+    EXPECT_TRUE(view.isEditing());
+}
+
 TEST_F(OutlineViewTest, IsReadOnlyUnlessTheDataSourceAllowsEditing)
 {
     view.selectRow(0);

@@ -27,8 +27,11 @@ public:
             QPixmap pixmap(8, 8);
             pixmap.fill(Qt::red);
             cell.image = QIcon(pixmap);
+            cell.image.setIsMask(isMask);
         }
     }
+
+    bool isMask = false;
 
     bool tableViewValidateValue(TableView &, QVariant &value, const TableColumn &, int) override
     {
@@ -189,6 +192,55 @@ TEST_F(TableViewTest, ColumnsWithoutTextsAreCalledAfterTheirRow)
     view.setController(&controller);
     EXPECT_EQ(view.model()->index(1, 0).data(Qt::AccessibleTextRole).toString(), u"Take beta");
     EXPECT_FALSE(view.model()->index(1, 1).data(Qt::AccessibleTextRole).isValid());
+}
+
+TEST_F(TableViewTest, WithNothingSelectedKeysSelectARow)
+{
+    const std::pair<Qt::Key, int> keys[] = {
+        {Qt::Key_Down, 0}, {Qt::Key_Home, 0}, {Qt::Key_Up, 2}, {Qt::Key_End, 2}};
+    for (const auto &[key, row] : keys) {
+        controller.setSelectionIndex(ArrayController::noIndex);
+        // As it is when the view gets the keyboard.
+        view.selectionModel()->setCurrentIndex(view.model()->index(0, 0), QItemSelectionModel::NoUpdate);
+        QTest::keyClick(&view, key);
+        EXPECT_EQ(controller.selectionIndex(), row) << key;
+        EXPECT_TRUE(view.selectionModel()->isRowSelected(row)) << key;
+    }
+    controller.setContent({});
+    QTest::keyClick(&view, Qt::Key_Down);
+    EXPECT_EQ(controller.selectionIndex(), ArrayController::noIndex);
+}
+
+TEST_F(TableViewTest, TheEditKeyNeedsASelectedRow)
+{
+    controller.setSelectionIndex(ArrayController::noIndex);
+    view.selectionModel()->setCurrentIndex(view.model()->index(0, 0), QItemSelectionModel::NoUpdate);
+    QTest::keyClick(&view, Qt::Key_F2);
+    EXPECT_FALSE(view.isEditing());
+    QTest::keyClick(&view, Qt::Key_Down);
+    QTest::keyClick(&view, Qt::Key_F2);
+    EXPECT_TRUE(view.isEditing());
+}
+
+TEST_F(TableViewTest, AMaskIsDrawnInTheColourOfTheText)
+{
+    delegate.isMask = true;
+    // The frame of what has the keyboard would lie over the row.
+    view.clearFocus();
+    QPalette palette;
+    palette.setColor(QPalette::Text, Qt::blue);
+    palette.setColor(QPalette::HighlightedText, Qt::yellow);
+    palette.setColor(QPalette::Highlight, Qt::darkGreen);
+    view.setPalette(palette);
+    const auto middleOfHandle = [this](int row) {
+        const QImage image = view.viewport()->grab().toImage();
+        return image.pixelColor(view.visualRect(view.model()->index(row, 0)).center());
+    };
+    controller.setSelectionIndex(1);
+    EXPECT_EQ(middleOfHandle(0), QColor(Qt::blue));
+    EXPECT_EQ(middleOfHandle(1), QColor(Qt::yellow));
+    delegate.isMask = false;
+    EXPECT_EQ(middleOfHandle(0), QColor(Qt::red)) << "any other image keeps its colours";
 }
 
 TEST_F(TableViewTest, AnEmptyListSaysSo)
