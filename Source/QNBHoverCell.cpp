@@ -8,7 +8,6 @@
 
 #include <QHash>
 #include <QImage>
-#include <QLinearGradient>
 #include <QPainter>
 #include <cmath>
 #include <numbers>
@@ -68,15 +67,6 @@ void drawShadow(const QRect &square, QPainter &painter)
         }
     }
     painter.drawImage(QRectF(area), shadow);
-}
-
-/// An angle of 270 degrees points up here, where y grows downwards: the dark end is the lower one.
-QLinearGradient gradient(const QNBHoverCell::Gel &gel, const QRectF &square)
-{
-    QLinearGradient result(square.bottomLeft(), square.topLeft());
-    result.setColorAt(0, gel.first);
-    result.setColorAt(1, gel.second);
-    return result;
 }
 
 QHash<QString, QNBHoverCell::Gel> makeGels()
@@ -145,6 +135,15 @@ std::optional<QNBHoverCell::Gel> QNBHoverCell::colorForGel(const QString &colorN
     return gel == gels.constEnd() ? std::nullopt : std::optional(*gel);
 }
 
+// An angle of 270 degrees points up here, where y grows downwards: the dark end is the lower one.
+QLinearGradient QNBHoverCell::gradient(const Gel &gel, const QRectF &square)
+{
+    QLinearGradient result(square.bottomLeft(), square.topLeft());
+    result.setColorAt(0, gel.first);
+    result.setColorAt(1, gel.second);
+    return result;
+}
+
 void QNBHoverCell::drawInteriorWithFrame(const QRect &frame, QPainter &painter) const
 {
     painter.fillRect(frame, ground);
@@ -179,6 +178,7 @@ void QNBHoverCell::drawSwatch(const QRect &square, QPainter &painter) const
     const std::optional<Gel> gel = colorForGel(title());
     if (!gel)
         return;
+    // The gradient stays within its square, and so does its shadow: nothing of that is seen.
     painter.setPen(Qt::NoPen);
     painter.setBrush(gradient(*gel, QRectF(square)));
     painter.drawRoundedRect(square, cornerRadius, cornerRadius);

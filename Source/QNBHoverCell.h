@@ -4,6 +4,7 @@
 #pragma once
 
 #include <QColor>
+#include <QLinearGradient>
 #include <QRect>
 #include <optional>
 #include <utility>
@@ -62,6 +63,8 @@ public:
 
     /// None for a name that is no label colour; upper and lower case are the same.
     static std::optional<Gel> colorForGel(const QString &colorName);
+    /// Dark below and light above.
+    static QLinearGradient gradient(const Gel &gel, const QRectF &square);
 
     /// The button has none.
     void drawBezelWithFrame(const QRect &, QPainter &) const {}

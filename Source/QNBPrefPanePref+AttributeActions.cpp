@@ -28,13 +28,10 @@ QIcon swatchIcon(const QString &colorName)
         pixmap.fill(Qt::transparent);
         const QRectF square =
             QRectF(pixmap.rect()).adjusted(side / 8.0, side / 8.0, -side / 8.0, -side / 8.0);
-        QLinearGradient gradient(square.bottomLeft(), square.topLeft());
-        gradient.setColorAt(0, gel->second);
-        gradient.setColorAt(1, gel->first);
         QPainter painter(&pixmap);
         painter.setRenderHint(QPainter::Antialiasing);
         painter.setPen(Qt::NoPen);
-        painter.setBrush(gradient);
+        painter.setBrush(QNBHoverCell::gradient(*gel, square));
         painter.drawRoundedRect(square, side / 12.0, side / 12.0);
         icon.addPixmap(pixmap);
     }

@@ -24,10 +24,12 @@ void QNBPrefPanePref::makeContextualMenu()
     _colorRowAction =
         addView(_colorRow, {{_ui_clearColorButton, _ui_redButton, _ui_orangeButton, _ui_yellowButton,
                              _ui_greenButton, _ui_blueButton, _ui_purpleButton, _ui_grayButton}});
-    addView(_permissionsGrid, {{_ui_permOwnerR, _ui_permOwnerW, _ui_permOwnerX},
-                               {_ui_permGroupR, _ui_permGroupW, _ui_permGroupX},
-                               {_ui_permOthersR, _ui_permOthersW, _ui_permOthersX},
-                               {_ui_applyPermissionsRecursively}});
+    MenuViewAction *permissions =
+        addView(_permissionsGrid, {{_ui_permOwnerR, _ui_permOwnerW, _ui_permOwnerX},
+                                   {_ui_permGroupR, _ui_permGroupW, _ui_permGroupX},
+                                   {_ui_permOthersR, _ui_permOthersW, _ui_permOthersX},
+                                   {_ui_applyPermissionsRecursively}});
+    permissions->addTabStop(*_ui_applyPermissionsRecursively);
     // Styles draw boxes for the ground of a window: on that of a dark menu an unchecked one can't be seen.
     _permissionsGrid->setBackgroundRole(QPalette::Window);
     _permissionsGrid->setAutoFillBackground(true);

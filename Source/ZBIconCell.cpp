@@ -32,11 +32,10 @@ Position positionOfText(Position cell)
     return cell == QStyleOptionViewItem::Beginning ? QStyleOptionViewItem::Middle : cell;
 }
 
+/// Also selected rows have their icons as they are: in the colour of the selection nobody could tell labels.
 QIcon::Mode iconMode(QStyle::State state)
 {
-    if (!state.testFlag(QStyle::State_Enabled))
-        return QIcon::Disabled;
-    return state.testFlag(QStyle::State_Selected) ? QIcon::Selected : QIcon::Normal;
+    return state.testFlag(QStyle::State_Enabled) ? QIcon::Normal : QIcon::Disabled;
 }
 
 } // namespace

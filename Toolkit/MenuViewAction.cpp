@@ -83,6 +83,10 @@ bool MenuViewAction::handleKey(QWidget &control, QKeyEvent &event)
         if (!moveToRow(control, event.key() == Qt::Key_Up ? -1 : 1) && menu())
             QCoreApplication::sendEvent(menu(), &event);
         return true;
+    case Qt::Key_Tab:
+        return moveToTabStop(control, 1);
+    case Qt::Key_Backtab:
+        return moveToTabStop(control, -1);
     case Qt::Key_Return:
     case Qt::Key_Enter:
         if (auto *button = qobject_cast<QAbstractButton *>(&control); button && !event.isAutoRepeat())
@@ -118,4 +122,16 @@ bool MenuViewAction::moveToRow(QWidget &control, int rows)
         return true;
     }
     return false;
+}
+
+/// False if it is the next or the previous entry's turn.
+bool MenuViewAction::moveToTabStop(QWidget &control, int stops)
+{
+    // What is no stop of its own is the entrance's.
+    const QList<QWidget *> all = QList<QWidget *>{defaultWidget()->focusProxy()} + tabStops_;
+    const qsizetype target = std::max<qsizetype>(all.indexOf(&control), 0) + stops;
+    if (target < 0 || target >= all.size())
+        return false;
+    all[target]->setFocus(stops > 0 ? Qt::TabFocusReason : Qt::BacktabFocusReason);
+    return true;
 }

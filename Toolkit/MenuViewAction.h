@@ -14,8 +14,8 @@ QT_END_NAMESPACE
 ///
 /// A menu gives such a view the keyboard when the user comes to it by the arrow keys or Tab. From there the
 /// arrows go among the controls, which stand in rows, and beyond the first and the last row to the menu's
-/// other entries; Tab goes on to the next entry at once. Return presses a button as Space does. A click
-/// beside the controls does not choose the entry.
+/// other entries; Tab goes on to the next entry, by way of the controls that are stops of its own. Return
+/// presses a button as Space does. A click beside the controls does not choose the entry.
 class MenuViewAction final : public QWidgetAction
 {
 public:
@@ -26,6 +26,8 @@ public:
 
     /// The control that gets the keyboard first; the first of all if none was set.
     void setEntrance(QWidget &control);
+    /// Has Tab come by \a control, too, which is one of the rows, after the entrance and earlier stops.
+    void addTabStop(QWidget &control) { tabStops_.append(&control); }
     /// Gives it the keyboard, in the open menu.
     void enter();
 
@@ -38,6 +40,9 @@ private:
     bool handleKey(QWidget &control, QKeyEvent &event);
     bool moveInRow(QWidget &control, int columns);
     bool moveToRow(QWidget &control, int rows);
+    bool moveToTabStop(QWidget &control, int stops);
 
     Rows rows_;
+    /// Besides the entrance.
+    QList<QWidget *> tabStops_;
 };

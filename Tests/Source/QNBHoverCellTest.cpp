@@ -226,6 +226,20 @@ TEST_P(QNBHoverCellTest, TheGradientEndsDarkBelowAndLightAbove)
     }
 }
 
+TEST_P(QNBHoverCellTest, TheShadowIsTheSameUnderAGradient)
+{
+    const int ratio = GetParam();
+    const QImage without = draw(ratio);
+    button.setTitle(QStringLiteral("blue"));
+    const QImage with = draw(ratio);
+    const QRect swatch(square.topLeft() * ratio, square.size() * ratio);
+    for (int y = 0; y < QNBHoverCell::size.height() * ratio; ++y) {
+        for (int x = 0; x < QNBHoverCell::size.width() * ratio; ++x) {
+            ASSERT_EQ(with.pixel(x, y) != without.pixel(x, y), swatch.contains(x, y)) << x << ", " << y;
+        }
+    }
+}
+
 TEST_P(QNBHoverCellTest, TheGradientHasRoundedCornersOnTheWhiteSquare)
 {
     const int ratio = GetParam();

@@ -179,6 +179,19 @@ TEST_F(QNBPrefPanePrefAttributeActions, TheLabelMenuNamesColorsShortcutsAndTheCu
     EXPECT_FALSE(outlet<QAction>(QStringLiteral("_undoAction"))->isEnabled());
 }
 
+TEST_F(QNBPrefPanePrefAttributeActions, TheLabelMenuShowsTheColorsAsTheButtonsDo)
+{
+    open();
+    for (const QAction *entry : submenu(QStringLiteral("Label")).actions().mid(1)) {
+        const QImage swatch = entry->icon().pixmap(48).toImage();
+        const auto [dark, light] = *QNBHoverCell::colorForGel(entry->data().toString());
+        const int top = swatch.pixelColor(24, 8).lightness();
+        const int bottom = swatch.pixelColor(24, 39).lightness();
+        EXPECT_LE(std::abs(top - light.lightness()), 6) << qPrintable(entry->text());
+        EXPECT_LE(std::abs(bottom - dark.lightness()), 6) << qPrintable(entry->text());
+    }
+}
+
 TEST_F(QNBPrefPanePrefAttributeActions, ThePermissionsMenuSetsBitsAndAppliesThem)
 {
     open();
@@ -263,6 +276,10 @@ TEST_F(QNBPrefPanePrefAttributeActions, TabMovesOnAndEscapeCloses)
     outline().selectRow(0);
     press(Qt::Key_I, Qt::ControlModifier);
     press(Qt::Key_Tab);
+    EXPECT_EQ(focused(), u"_ui_permOwnerR");
+    press(Qt::Key_Tab);
+    EXPECT_EQ(focused(), u"_ui_applyPermissionsRecursively");
+    press(Qt::Key_Backtab);
     EXPECT_EQ(focused(), u"_ui_permOwnerR");
     press(Qt::Key_Backtab);
     EXPECT_EQ(focused(), u"_ui_clearColorButton");

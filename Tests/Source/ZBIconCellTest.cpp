@@ -176,6 +176,17 @@ TEST_F(ZBIconCellTest, TextsAreReadableOnDarkGrounds)
     EXPECT_GT(lightest, 150);
 }
 
+TEST_F(ZBIconCellTest, IconsOfSelectedRowsKeepTheirColours)
+{
+    cell.setImage(iconOf(Qt::red), iconSize);
+    option.state |= QStyle::State_Selected;
+    const QImage image = draw(cell);
+    for (int y = 8; y < 8 + 16; ++y) {
+        for (int x = 22; x < 22 + 16; ++x)
+            ASSERT_EQ(image.pixelColor(x, y), QColor(Qt::red)) << x << ", " << y;
+    }
+}
+
 TEST_F(ZBIconCellTest, IconsOfDisabledRowsAreDimmed)
 {
     cell.setImage(iconOf(Qt::red), iconSize);

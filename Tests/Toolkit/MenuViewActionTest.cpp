@@ -141,6 +141,25 @@ TEST_F(MenuViewActionTest, TabGoesOnToTheNextEntryAndBack)
     EXPECT_EQ(menu.activeAction(), before);
 }
 
+TEST_F(MenuViewActionTest, TabComesByTheStopsOnItsWay)
+{
+    action->addTabStop(button("c"));
+    open();
+    action->enter();
+    press(Qt::Key_Tab);
+    EXPECT_EQ(focused(), u"c");
+    press(Qt::Key_Backtab);
+    EXPECT_EQ(focused(), u"a1");
+    press(Qt::Key_Down);
+    press(Qt::Key_Right);
+    EXPECT_EQ(focused(), u"b2");
+    press(Qt::Key_Tab);
+    EXPECT_EQ(focused(), u"c");
+    press(Qt::Key_Tab);
+    EXPECT_EQ(menu.activeAction(), after);
+    EXPECT_EQ(focused(), u"");
+}
+
 TEST_F(MenuViewActionTest, TheEntranceIsWhereTheKeyboardComesIn)
 {
     action->setEntrance(button("b2"));
