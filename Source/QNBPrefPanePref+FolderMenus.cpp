@@ -198,12 +198,11 @@ void QNBPrefPanePref::scriptsItemClicked(const QAction &menuItem)
     if (!standsForNoFile(menuItem)) {
         const QFileInfo script(supportFolder(QNBFolderMenu::Kind::Scripts) + u'/' + path);
         if (!script.isExecutable()) {
-            _services.runAlertPanel(
-                _mainView, {.title = tr("Script File not Executable"),
-                            .message = tr("Script file '%1' is not set to be executable. Please make sure it "
-                                          "is set to be executable (chmod +x).")
-                                           .arg(script.fileName()),
-                            .defaultButton = tr("OK")});
+            answerTo({.title = tr("Script File not Executable"),
+                      .message = tr("Script file '%1' is not set to be executable. Please make sure it "
+                                    "is set to be executable (chmod +x).")
+                                     .arg(script.fileName()),
+                      .defaultButton = tr("OK")});
             return;
         }
     }

@@ -89,6 +89,8 @@ void QNBPrefPanePref::presetListDidChange()
 
 void QNBPrefPanePref::addPreset()
 {
+    // What is being typed may be the name that the new preset would get.
+    endEditing();
     QNBUniqueNameSearch search(tr("Untitled Preset"), {});
     for (const ArrayController::Object &object : _ui_presetListController->arrangedObjects())
         search.addTaken(object->valueForKey(QNBPresetKey::label).toString());

@@ -80,6 +80,8 @@ protected:
     {
         store({preset(QStringLiteral("First"), {QStringLiteral("folder/"), QStringLiteral("file")}),
                preset(QStringLiteral("Second"))});
+        // Without one there is nothing to start.
+        addHelper();
         openPane();
     }
 };
@@ -143,18 +145,36 @@ TEST_F(Accessibility, ALargeFontClipsNothing)
     }
 }
 
-TEST_F(Accessibility, TabReachesEveryControlAndComesBackAround)
+TEST_F(Accessibility, TabReachesEveryControlInOrderAndComesBackAround)
 {
-    QWidget *start = outlet<QWidget>(QStringLiteral("_ui_presetListView"));
-    start->setFocus();
-    QStringList reached;
-    do {
-        reached << view->focusWidget()->objectName();
-        ASSERT_LT(reached.size(), 50);
-        QTest::keyClick(view->focusWidget(), Qt::Key_Tab);
-    } while (view->focusWidget() != start);
-    for (const char *name : {"_ui_presetDescription", "_addPresetButton", "_removePresetButton",
-                             "_presetActionsButton", "_descriptionToggle", "_ui_presetHierarchyView",
-                             "_addFileButton", "_addFolderButton", "_itemActionsButton", "_scriptButton"})
-        EXPECT_TRUE(reached.contains(QString::fromLatin1(name))) << name;
+    const QList<QByteArrayList> orders = {
+        {"_tabs", "_ui_presetListView", "_ui_presetDescription", "_addPresetButton", "_removePresetButton",
+         "_presetActionsButton", "_descriptionToggle", "_ui_presetHierarchyView", "_addFileButton",
+         "_addFolderButton", "_itemActionsButton", "_scriptButton"},
+        {"_tabs", "_ui_startStopButton", "_ui_showMenubar", "_ui_shortcutRecorderControl"},
+        {"_tabs", "_ui_websiteLink", "_helpButton"},
+    };
+    // A control that is made of others has their name.
+    const auto nameOf = [](const QObject *widget) {
+        while (!widget->objectName().startsWith(u'_'))
+            widget = widget->parent();
+        return widget->objectName().toLatin1();
+    };
+    auto *tabs = outlet<QTabWidget>(QStringLiteral("_tabs"));
+    for (int tab = 0; tab < tabs->count(); ++tab) {
+        tabs->setCurrentIndex(tab);
+        tabs->setFocus();
+        const QWidget *start = view->focusWidget();
+        QByteArrayList reached;
+        int stops = 0;
+        do {
+            // A text and the link in it are two stops.
+            if (const QByteArray name = nameOf(view->focusWidget());
+                reached.isEmpty() || reached.back() != name)
+                reached << name;
+            ASSERT_LT(++stops, 50) << reached.join(' ').constData();
+            QTest::keyClick(view->focusWidget(), Qt::Key_Tab);
+        } while (view->focusWidget() != start);
+        EXPECT_EQ(reached, orders.at(tab)) << reached.join(' ').constData();
+    }
 }

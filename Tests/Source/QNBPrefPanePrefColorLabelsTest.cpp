@@ -211,6 +211,20 @@ TEST_F(QNBPrefPanePrefColorLabels, AClickInTheOpenMenuIsOneStepThatCanBeTakenBac
     EXPECT_EQ(rows.size(), 3);
 }
 
+TEST_F(QNBPrefPanePrefColorLabels, AClickOnNoLabelInTheOpenMenuTakesTheColorAway)
+{
+    openWithColors({QStringLiteral("Red")});
+    QTest::keyClick(&outline(), Qt::Key_Home);
+    openMenu();
+    EXPECT_EQ(lit(), QStringList{QStringLiteral("red")});
+    EXPECT_EQ(colorName(), u"“Red”");
+    QTest::mouseClick(&button(QStringLiteral("clearColor")), Qt::LeftButton);
+    EXPECT_FALSE(menu().isVisible());
+    EXPECT_EQ(item(0).colorName(), u"");
+    EXPECT_EQ(lit(), QStringList());
+    EXPECT_EQ(colorName(), u"");
+}
+
 TEST_F(QNBPrefPanePrefColorLabels, TheColorThatIsThereAlreadyIsNoStep)
 {
     openWithColors({QStringLiteral("green"), {}});

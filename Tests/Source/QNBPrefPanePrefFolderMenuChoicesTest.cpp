@@ -196,6 +196,73 @@ TEST_F(QNBPrefPanePrefFolderMenuChoices, KeysChooseAContentFileInTheOpenContextu
     EXPECT_FALSE(menu->isVisible());
 }
 
+TEST_F(QNBPrefPanePrefFolderMenuChoices, TheOpenContentMenuListsFilesOfAllFoldersAndNoHiddenOnes)
+{
+    for (const char *name : {".DS_Store", "_notes.txt", "_old/letter.txt", "Sub/name.ext"})
+        makeContent(QString::fromLatin1(name));
+    open();
+    const auto titlesWhenOpen = [this](int row) {
+        outline().selectRow(row);
+        contentMenu().popup(view->mapToGlobal(QPoint(5, 5)));
+        EXPECT_TRUE(contentMenu().isVisible());
+        QTest::keyClick(&contentMenu(), Qt::Key_Escape);
+        return titles(contentMenu());
+    };
+    EXPECT_THAT(titlesWhenOpen(0), ::testing::UnorderedElementsAre(QStringLiteral("_old/letter.txt"),
+                                                                   QStringLiteral("Sub/name.ext")));
+    EXPECT_EQ(checked(contentMenu()), QStringList{QStringLiteral("none")});
+    EXPECT_THAT(titlesWhenOpen(1), ElementsAre()) << "for a folder";
+    EXPECT_EQ(contentMenu().actions().size(), fixedItems);
+}
+
+TEST_F(QNBPrefPanePrefFolderMenuChoices, TheOpenScriptMenuListsBundlesOnceAndTakesTheChoiceBackWithoutAsking)
+{
+    makeScript(QStringLiteral("Tool.app/Contents/MacOS/Tool"));
+    makeScript(QStringLiteral("_old/run.sh"));
+    open();
+    const auto press = [this](const QList<Qt::Key> &keys) {
+        scriptMenu().popup(view->mapToGlobal(QPoint(5, 5)));
+        for (const Qt::Key key : keys)
+            QTest::keyClick(&scriptMenu(), key);
+        EXPECT_FALSE(scriptMenu().isVisible());
+    };
+    press({Qt::Key_Escape});
+    EXPECT_THAT(titles(scriptMenu()),
+                ::testing::UnorderedElementsAre(QStringLiteral("Tool.app"), QStringLiteral("_old"),
+                                                QStringLiteral("_old/run.sh")));
+    press({Qt::Key_Up, Qt::Key_Return});
+    EXPECT_EQ(script(), built(scriptMenu()).constLast()->data());
+    press({Qt::Key_Down, Qt::Key_Return});
+    EXPECT_EQ(script(), QVariant(QString()));
+    EXPECT_TRUE(alerts.isEmpty());
+}
+
+TEST_F(QNBPrefPanePrefFolderMenuChoices, APaneThatIsLeftDuringTheAlertIsLeftAlone)
+{
+    makeScript(QStringLiteral("run.sh"), false);
+    store({preset(QStringLiteral("First"))});
+    QNBPrefPanePref::Services world = services();
+    std::unique_ptr<QNBPrefPanePref> another;
+    auto witness = std::make_shared<int>();
+    const std::weak_ptr<int> watched = witness;
+    bool isWhole = false;
+    const auto leave = [&another, &isWhole, watched] {
+        another.reset();
+        isWhole = !watched.expired();
+    };
+    world.runAlertPanel = [&leave, kept = std::move(witness)](QWidget *, const AlertPanel &) {
+        leave();
+        return AlertPanel::Answer::Default;
+    };
+    another = std::make_unique<QNBPrefPanePref>(std::move(world));
+    const std::unique_ptr<QWidget> itsView(another->loadMainView());
+    QAction chosen;
+    chosen.setData(QStringLiteral("run.sh"));
+    another->scriptsItemClicked(chosen);
+    EXPECT_FALSE(another);
+    EXPECT_TRUE(isWhole) << "what asks lives until it is answered";
+}
+
 TEST_F(QNBPrefPanePrefFolderMenuChoices, AMenuOfThousandsScrollsAndItsLastEntryIsReached)
 {
     constexpr int count = 3000;

@@ -261,6 +261,25 @@ TEST_F(QNBPrefPanePrefHierarchyDragging, TheMouseCannotDropAFolderIntoItself)
     EXPECT_EQ(tree(), before);
 }
 
+TEST_F(QNBPrefPanePrefHierarchyDragging, TheMouseCannotDropOntoAFile)
+{
+    openTree({text("folder/"), text("a"), text("b")});
+    const QVariantMap before = tree();
+    for (const char *dragged : {"folder", "b"}) {
+        drag(dragged);
+        EXPECT_FALSE(dropAt(rowRect("a").center())) << dragged;
+    }
+    EXPECT_EQ(tree(), before);
+}
+
+TEST_F(QNBPrefPanePrefHierarchyDragging, TheMouseMakesTheSecondChildTheFirst)
+{
+    openTree({text("folder/"), text("folder/a"), text("folder/b"), text("c")});
+    drag("folder/b");
+    EXPECT_TRUE(dropAt(rowRect("folder/a").topLeft()));
+    EXPECT_EQ(names(text("folder")), QStringList({text("b"), text("a")}));
+}
+
 TEST_F(QNBPrefPanePrefHierarchyDragging, TheMouseCannotDropWhatIsNotThePanesOwn)
 {
     openTree({text("folder/"), text("a")});

@@ -153,6 +153,20 @@ TEST_F(QNBPrefPanePrefHierarchyEditing, RenamingInOtherCaseKeepsTheNameAsTyped)
     expectUndoAndRedo(before, 2);
 }
 
+TEST_F(QNBPrefPanePrefHierarchyEditing, WhatIsTypedInOtherCaseStaysAndClashesWithItsSiblingAlone)
+{
+    openTree({text("a.txt"), text("b.txt")});
+    select(text("a.txt"));
+    QTest::keyClick(&outline(), Qt::Key_Return);
+    typeName(text("A.TXT"));
+    EXPECT_EQ(names(), QStringList({text("A.TXT"), text("b.txt")}));
+    ASSERT_TRUE(QTest::qWaitFor([this] { return !outline().viewport()->findChild<QLineEdit *>(); }));
+    select(text("b.txt"));
+    QTest::keyClick(&outline(), Qt::Key_Return);
+    typeName(text("a.txt"));
+    EXPECT_EQ(names(), QStringList({text("A.TXT"), text("a-1.txt")}));
+}
+
 TEST_F(QNBPrefPanePrefHierarchyEditing, RenamingSplitsOffOnlyTheLastExtension)
 {
     openTree({text("archive.tar.gz"), text("other")});

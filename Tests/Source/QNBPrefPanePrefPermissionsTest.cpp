@@ -295,6 +295,35 @@ TEST_F(QNBPrefPanePrefPermissions, ClicksInTheOpenMenuAreStepsOfTheirOwnAndLeave
     EXPECT_FALSE(box(QStringLiteral("OwnerW")).isChecked());
 }
 
+TEST_F(QNBPrefPanePrefPermissions, ClicksClearAndSetOwnerWriteAndMakeOwnerReadOf9Thirteen)
+{
+    openWith(permissions(7, 6, 4));
+    openMenu();
+    QTest::mouseClick(&box(QStringLiteral("OwnerW")), Qt::LeftButton);
+    EXPECT_EQ(item(0).customPermissions(), permissions(5, 6, 4));
+    QTest::mouseClick(&box(QStringLiteral("OwnerW")), Qt::LeftButton);
+    EXPECT_EQ(item(0).customPermissions(), permissions(7, 6, 4));
+    menu().close();
+
+    item(0).setCustomPermissions(permissions(9, 0, 0));
+    outline().selectRow(OutlineView::noRow);
+    outline().selectRow(0);
+    openMenu();
+    QTest::mouseClick(&box(QStringLiteral("OwnerR")), Qt::LeftButton);
+    EXPECT_EQ(item(0).customPermissions(), permissions(13, 0, 0));
+}
+
+TEST_F(QNBPrefPanePrefPermissions, TheButtonInTheOpenMenuAppliesToAFileAlone)
+{
+    openTree();
+    outline().selectRow(2);
+    openMenu();
+    QTest::mouseClick(&box(QStringLiteral("OthersR")), Qt::LeftButton);
+    QTest::mouseClick(outlet<QPushButton>(QStringLiteral("_ui_applyPermissionsRecursively")), Qt::LeftButton);
+    for (int row = 0; row < outline().numberOfRows(); ++row)
+        EXPECT_EQ(item(row).customPermissions(), permissions(7, 6, row == 2 ? 0 : 4)) << row;
+}
+
 TEST_F(QNBPrefPanePrefPermissions, TheButtonInTheOpenMenuAppliesAndClosesIt)
 {
     openTree();

@@ -211,6 +211,41 @@ TEST_F(QNBPrefPanePrefPresetActions, AShortcutAddsAPresetFromAnywhereAmongThePre
     EXPECT_EQ(labels(), QStringList({a, b, c}));
 }
 
+TEST_F(QNBPrefPanePrefPresetActions, AddingAPresetTakesOverTheNameThatIsBeingTyped)
+{
+    const QString untitled = QStringLiteral("Untitled Preset");
+    press(Qt::Key_F2);
+    ASSERT_TRUE(labelEditor());
+    QTest::keyClicks(labelEditor(), untitled);
+    QTest::keyClick(labelEditor(), Qt::Key_P, Qt::ControlModifier | Qt::ShiftModifier);
+    EXPECT_EQ(labels(), QStringList({untitled, b, c, QStringLiteral("Untitled Preset-1")}));
+    EXPECT_EQ(list().selectedRow(), 3);
+    EXPECT_TRUE(list().isEditing());
+    list().endEditing();
+    EXPECT_EQ(stepToTakeBack(), u"&Undo New Preset");
+    pane->undo();
+    EXPECT_EQ(stepToTakeBack(), u"&Undo Rename Preset");
+    pane->undo();
+    EXPECT_EQ(labels(), QStringList({a, b, c}));
+}
+
+TEST_F(QNBPrefPanePrefPresetActions, WithNothingSelectedKeysSelectAPreset)
+{
+    controller().setSelectionIndex(ArrayController::noIndex);
+    outline().setFocus();
+    list().setFocus();
+    press(Qt::Key_F2);
+    EXPECT_FALSE(labelEditor()) << "there is none to rename";
+    press(Qt::Key_Home);
+    EXPECT_EQ(controller().selectionIndex(), 0);
+    EXPECT_EQ(outlineRows(), QStringList(QStringLiteral("of A")));
+    outline().setFocus();
+    press(Qt::Key_F2);
+    EXPECT_FALSE(outline().isEditing()) << "there is no item to rename";
+    press(Qt::Key_Down);
+    EXPECT_EQ(outline().selectedRow(), 0);
+}
+
 TEST_F(QNBPrefPanePrefPresetActions, ActionsAreEnabledWhereTheyMakeSense)
 {
     const auto enabled = [this] {
@@ -331,6 +366,35 @@ TEST_F(QNBPrefPanePrefPresetActions, ExportAsksBeforeItReplacesAFile)
     EXPECT_TRUE(alerts.constFirst().message.contains(u"A.qnbp"));
     pane->exportSelectedPreset();
     EXPECT_TRUE(QNBPresetFile::read(file, &error)) << qPrintable(error);
+}
+
+TEST_F(QNBPrefPanePrefPresetActions, ALabelOfUnsafeCharactersThatWasTypedExportsAsQNBPreset)
+{
+    press(Qt::Key_F2);
+    QTest::keyClicks(labelEditor(), QStringLiteral("/~:"));
+    QTest::keyClick(labelEditor(), Qt::Key_Return);
+    ASSERT_TRUE(QTest::qWaitFor([this] { return !list().isEditing(); }));
+    const QString folder = makeFolder(QStringLiteral("out"));
+    filePanelAnswers << QStringList(folder);
+    press(Qt::Key_E, Qt::ControlModifier);
+    EXPECT_EQ(QDir(folder).entryList(QDir::Files), QStringList(QStringLiteral("QNB Preset.qnbp")));
+}
+
+TEST_F(QNBPrefPanePrefPresetActions, ExportingTwiceLeavesOneFileTheLaterWrite)
+{
+    const QString folder = makeFolder(QStringLiteral("out"));
+    filePanelAnswers << QStringList(folder) << QStringList(folder);
+    alertAnswers << AlertPanel::Answer::Default;
+    press(Qt::Key_E, Qt::ControlModifier);
+    outline().setFocus();
+    outline().selectRow(0);
+    press(Qt::Key_1, Qt::ControlModifier);
+    press(Qt::Key_E, Qt::ControlModifier);
+    EXPECT_EQ(QDir(folder).entryList(QDir::Files), QStringList(QStringLiteral("A.qnbp")));
+    QString error;
+    const QNBPresetRecordPtr exported = QNBPresetFile::read(folder + QStringLiteral("/A.qnbp"), &error);
+    ASSERT_TRUE(exported) << qPrintable(error);
+    EXPECT_EQ(exported->fileHierarchy()->childAtIndex(0)->colorName(), u"red");
 }
 
 TEST_F(QNBPrefPanePrefPresetActions, AFailedExportIsTold)
