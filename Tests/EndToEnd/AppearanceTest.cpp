@@ -43,6 +43,7 @@ struct Appearance
     const char *name;
     int scale;
     bool isDark;
+    int pointSize = 10;
 };
 
 class AppearanceTest : public EditorFixture, public ::testing::WithParamInterface<Appearance>
@@ -52,12 +53,15 @@ protected:
         : EditorFixture(VirtualScreen::usualSize * GetParam().scale)
     {
         session_.setVariable(QStringLiteral("QT_SCALE_FACTOR"), QString::number(GetParam().scale));
-        if (GetParam().isDark) {
+        if (GetParam().isDark || GetParam().pointSize != Appearance().pointSize) {
             session_.setVariable(QStringLiteral("XDG_CURRENT_DESKTOP"), QStringLiteral("KDE"));
             session_.setVariable(QStringLiteral("KDE_SESSION_VERSION"), QStringLiteral("5"));
             QFile colors(session_.home().configFolder() + QStringLiteral("/kdeglobals"));
             EXPECT_TRUE(colors.open(QIODevice::WriteOnly));
-            colors.write(darkColors);
+            if (GetParam().isDark)
+                colors.write(darkColors);
+            colors.write(QByteArray("[General]\nfont=DejaVu Sans,") +
+                         QByteArray::number(GetParam().pointSize) + ",-1,5,50,0,0,0,0,0\n");
         }
     }
 
@@ -138,5 +142,6 @@ TEST_P(AppearanceTest, LabelsAreSeen)
 
 INSTANTIATE_TEST_SUITE_P(Desktops, AppearanceTest,
                          ::testing::Values(Appearance{"Light", 1, false}, Appearance{"Dark", 1, true},
-                                           Appearance{"Double", 2, false}),
+                                           Appearance{"Double", 2, false}, Appearance{"DarkDouble", 2, true},
+                                           Appearance{"LargeDouble", 2, false, 14}),
                          [](const auto &appearance) { return std::string(appearance.param.name); });
