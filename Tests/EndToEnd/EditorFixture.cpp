@@ -119,8 +119,8 @@ void EditorFixture::goToItem(const QString &name)
 {
     const qsizetype row = pane_.items().indexOf(name);
     ASSERT_GE(row, 0) << qPrintable(name) << " in\n" << qPrintable(pane_.tree().join(u'\n'));
-    // The mnemonic of the tree; the first row may have the keyboard without being selected.
-    user_.presses(QStringList{QStringLiteral("alt+f"), QStringLiteral("End"), QStringLiteral("Home")} +
+    // The mnemonic of the tree.
+    user_.presses(QStringList{QStringLiteral("alt+f"), QStringLiteral("Home")} +
                   QStringList(row, QStringLiteral("Down")));
     ASSERT_TRUE(waitUntil([&] { return pane_.selectedItems() == QStringList(name); }, patience))
         << qPrintable(name) << ", not " << qPrintable(pane_.selectedItems().join(u' '));
