@@ -3,6 +3,7 @@
 
 #include "Source/QNBPrefPanePref.h"
 
+#include "Toolkit/DarkGround.h"
 #include "Toolkit/MenuViewAction.h"
 
 #include <QApplication>
@@ -30,10 +31,12 @@ void QNBPrefPanePref::makeContextualMenu()
                                    {_ui_permOthersR, _ui_permOthersW, _ui_permOthersX},
                                    {_ui_applyPermissionsRecursively}});
     permissions->addTabStop(*_ui_applyPermissionsRecursively);
-    // Styles draw boxes for the ground of a window: on that of a dark menu an unchecked one can't be seen.
     _permissionsGrid->setBackgroundRole(QPalette::Window);
-    _permissionsGrid->setAutoFillBackground(true);
     connect(_ui_presetContextualMenu, &QMenu::aboutToShow, this, [this] {
+        // Styles draw boxes for the ground of a window: on that of a dark menu an unchecked one can't be
+        // seen.
+        _permissionsGrid->setAutoFillBackground(
+            isDarkGround(_ui_presetContextualMenu->palette().color(QPalette::Base)));
         makeRoomForColorNames();
         validateMenu(*_ui_presetContextualMenu);
     });

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "Source/QNBPrefPanePref.h"
+#include "Toolkit/DarkGround.h"
 
 #include <QLabel>
 #include <QUrl>
@@ -20,8 +21,7 @@ constexpr QRgb blueOnDark = 0xff6cb2ff;
 
 QColor linkBlue(const QPalette &palette)
 {
-    const bool isDark = palette.color(QPalette::Window).lightness() < 128;
-    return QColor::fromRgb(isDark ? blueOnDark : blueOnLight);
+    return QColor::fromRgb(isDarkGround(palette.color(QPalette::Window)) ? blueOnDark : blueOnLight);
 }
 
 } // namespace

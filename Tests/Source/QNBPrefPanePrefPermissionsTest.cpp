@@ -339,6 +339,17 @@ TEST_F(QNBPrefPanePrefPermissions, TheButtonInTheOpenMenuAppliesAndClosesIt)
 
 } // namespace
 
+TEST_F(QNBPrefPanePrefPermissions, TheBoxesStandOnTheGroundOfALightMenu)
+{
+    openWith(permissions(7, 6, 4));
+    openMenu();
+    const QImage image = menu().grab().toImage();
+    const auto groundOf = [&](const char *name) {
+        return image.pixelColor(outlet<QWidget>(QString::fromLatin1(name))->mapTo(&menu(), QPoint(3, 3)));
+    };
+    EXPECT_EQ(groundOf("_permissionsGrid"), groundOf("_colorRow"));
+}
+
 TEST_F(QNBPrefPanePrefPermissions, UncheckedBoxesCanBeSeenInADarkMenu)
 {
     openWith(permissions(7, 6, 4));
