@@ -163,6 +163,24 @@ TEST_F(OutlineViewScrolling, RemovingARowLeavesTheOthersWhereTheyAre)
     EXPECT_EQ(bar().value(), there);
 }
 
+TEST_F(OutlineViewScrolling, TheEditorOfAShortRowEndsWhereTheViewEnds)
+{
+    tree.isEditable = true;
+    tree.root->add(QString(100, u'W'));
+    for (const Qt::LayoutDirection direction : {Qt::LeftToRight, Qt::RightToLeft}) {
+        view.setLayoutDirection(direction);
+        view.reloadData();
+        paint();
+        ASSERT_TRUE(QTest::qWaitFor([this] { return bar().maximum() > 0; }));
+        view.selectRow(0);
+        view.editRow(0);
+        ASSERT_TRUE(editor());
+        EXPECT_TRUE(view.viewport()->rect().contains(editor()->geometry()));
+        QTest::keyClick(editor(), Qt::Key_Escape);
+        ASSERT_TRUE(QTest::qWaitFor([this] { return !editor(); }));
+    }
+}
+
 TEST_F(OutlineViewScrolling, TheEditorOfADeepRowHasRoomAndIsSeen)
 {
     tree.isEditable = true;
