@@ -5,9 +5,8 @@
 
 #include "ContextMenu/FileManagerWithFiles.h"
 
-/// Nemo: for each preset one action on a folder, and one on the background of a window. Its actions know no
-/// submenus, so each is named after the submenu as well as after its preset. They are read again when they
-/// change.
+/// Nemo: scripts, which it shows for items and for the background, and of which it sees at once when they
+/// change. Its actions are shown higher up in the menu, but know no submenus.
 class NemoMenu final : public FileManagerWithFiles
 {
 public:

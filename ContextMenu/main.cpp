@@ -46,7 +46,7 @@ changed; the others see it at once.
 Files:
   $XDG_DATA_HOME/kio/servicemenus/org.quenby.Quenby.desktop
   $XDG_DATA_HOME/nautilus/scripts/Quenby/
-  $XDG_DATA_HOME/nemo/actions/quenby-*.nemo_action
+  $XDG_DATA_HOME/nemo/scripts/Quenby/
   $XDG_CONFIG_HOME/Thunar/uca.xml
   $XDG_DATA_HOME/file-manager/actions/quenby*.desktop
   $XDG_CONFIG_HOME/caja/scripts/Quenby/

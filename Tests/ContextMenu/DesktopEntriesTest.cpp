@@ -5,7 +5,6 @@
 // what is started, by the letter of the Desktop Entry Specification and by a program that starts entries.
 
 #include "ContextMenu/DolphinMenu.h"
-#include "ContextMenu/NemoMenu.h"
 #include "ContextMenu/PCManFMQtMenu.h"
 #include "Tests/ContextMenu/ExecLine.h"
 #include "Tests/ContextMenu/MenuHome.h"
@@ -25,23 +24,20 @@ class DesktopEntriesTest : public MenuHome
 {
 protected:
     /// Expects that the group of \a entry starts the helper for the preset \a label.
-    void expectStarts(const QByteArray &entry, const QByteArray &group, const QByteArray &fieldCode,
-                      const QString &label) const
+    void expectStarts(const QByteArray &entry, const QByteArray &group, const QString &label) const
     {
         const std::optional<QByteArray> exec = ExecLine::value(entry, group, "Exec");
         ASSERT_TRUE(exec) << entry.constData();
         QByteArrayList expected = callFor(label, {folder});
         expected.prepend(helper());
-        EXPECT_EQ(ExecLine::arguments(*exec, folder, fieldCode), expected) << exec->constData();
+        EXPECT_EQ(ExecLine::arguments(*exec, folder), expected) << exec->constData();
     }
 
     /// Has the command line of \a group really started, for every folder that there may be.
-    void expectReallyStarts(const QByteArray &entry, const QByteArray &group, const QByteArray &fieldCode,
-                            const QString &label, const QByteArrayList &folders)
+    void expectReallyStarts(const QByteArray &entry, const QByteArray &group, const QString &label,
+                            const QByteArrayList &folders)
     {
-        QByteArray exec = ExecLine::value(entry, group, "Exec").value();
-        ASSERT_TRUE(exec.endsWith(' ' + fieldCode));
-        exec = exec.chopped(fieldCode.size()) + "%f";
+        const QByteArray exec = ExecLine::value(entry, group, "Exec").value();
         const QString path = in(QStringLiteral("start.desktop"));
         put(path, "[Desktop Entry]\nType=Application\nName=Start\nExec=" + exec + '\n');
         for (const QByteArray &name : folders) {
@@ -107,7 +103,7 @@ TEST_F(DesktopEntriesTest, DolphinsActionsStartTheHelper)
     const QStringList labels = hostileLabels();
     const QByteArray entry = DolphinMenu().files(menuOf(labels)).first().content;
     for (qsizetype index = 0; index < labels.size(); ++index)
-        expectStarts(entry, dolphinAction(index), "%f", labels.at(index));
+        expectStarts(entry, dolphinAction(index), labels.at(index));
 }
 
 TEST_F(DesktopEntriesTest, DolphinsActionsAreReallyStarted)
@@ -115,38 +111,9 @@ TEST_F(DesktopEntriesTest, DolphinsActionsAreReallyStarted)
     const QStringList labels = hostileLabels();
     const QByteArray entry = DolphinMenu().files(menuOf(labels)).first().content;
     for (qsizetype index = 0; index < labels.size(); ++index)
-        expectReallyStarts(entry, dolphinAction(index), "%f", labels.at(index), {"$(id) 'x' %f"});
-    expectReallyStarts(entry, dolphinAction(0), "%f", labels.first(), hostileFolders());
+        expectReallyStarts(entry, dolphinAction(index), labels.at(index), {"$(id) 'x' %f"});
+    expectReallyStarts(entry, dolphinAction(0), labels.first(), hostileFolders());
     EXPECT_FALSE(QFile::exists(QStringLiteral("owned")));
-}
-
-TEST_F(DesktopEntriesTest, NemoHasActionsOnFoldersAndOnTheBackground)
-{
-    const QList<File> files = NemoMenu().files(menuOf({QStringLiteral("100% _a_"), QStringLiteral("b")}));
-    ASSERT_EQ(files.size(), 4);
-    const QByteArray group = "Nemo Action";
-    const QByteArray onFolder = files.at(0).content;
-    EXPECT_EQ(files.at(0).path, data(QStringLiteral("nemo/actions/quenby-0001-folder.nemo_action")));
-    EXPECT_EQ(ExecLine::value(onFolder, group, "Selection"), "s");
-    EXPECT_EQ(ExecLine::value(onFolder, group, "Extensions"), "dir;");
-    EXPECT_EQ(ExecLine::value(onFolder, group, "Quote"), "double");
-    EXPECT_EQ(shown(onFolder, group), QStringLiteral("Quenby: 100%% __a__"));
-    const QByteArray onBackground = files.at(1).content;
-    EXPECT_EQ(files.at(1).path, data(QStringLiteral("nemo/actions/quenby-0001-background.nemo_action")));
-    EXPECT_EQ(ExecLine::value(onBackground, group, "Selection"), "none");
-    EXPECT_EQ(files.at(3).path, data(QStringLiteral("nemo/actions/quenby-0002-background.nemo_action")));
-}
-
-TEST_F(DesktopEntriesTest, NemosActionsStartTheHelper)
-{
-    const QStringList labels = hostileLabels();
-    const QList<File> files = NemoMenu().files(menuOf(labels));
-    ASSERT_EQ(files.size(), 2 * labels.size());
-    for (qsizetype index = 0; index < labels.size(); ++index) {
-        expectStarts(files.at(2 * index).content, "Nemo Action", "%F", labels.at(index));
-        expectStarts(files.at(2 * index + 1).content, "Nemo Action", "%P", labels.at(index));
-        expectReallyStarts(files.at(2 * index).content, "Nemo Action", "%F", labels.at(index), {"x y"});
-    }
 }
 
 TEST_F(DesktopEntriesTest, PCManFMQtHasAMenuOfActions)
@@ -173,8 +140,7 @@ TEST_F(DesktopEntriesTest, PCManFMQtsActionsStartTheHelper)
     const QList<File> files = PCManFMQtMenu().files(menuOf(labels));
     ASSERT_EQ(files.size(), labels.size() + 1);
     for (qsizetype index = 0; index < labels.size(); ++index) {
-        expectStarts(files.at(index).content, "X-Action-Profile folder", "%f", labels.at(index));
-        expectReallyStarts(files.at(index).content, "X-Action-Profile folder", "%f", labels.at(index),
-                           {"x y"});
+        expectStarts(files.at(index).content, "X-Action-Profile folder", labels.at(index));
+        expectReallyStarts(files.at(index).content, "X-Action-Profile folder", labels.at(index), {"x y"});
     }
 }

@@ -37,8 +37,7 @@ QByteArray ExecLine::string(const QByteArray &value)
     return result;
 }
 
-std::optional<QByteArrayList> ExecLine::arguments(const QByteArray &value, const QByteArray &path,
-                                                  const QByteArray &fieldCode)
+std::optional<QByteArrayList> ExecLine::arguments(const QByteArray &value, const QByteArray &path)
 {
     const QByteArray line = string(value);
     QByteArrayList arguments;
@@ -65,7 +64,7 @@ std::optional<QByteArrayList> ExecLine::arguments(const QByteArray &value, const
                     return std::nullopt;
                 argument += line[index];
             }
-            if (argument == fieldCode)
+            if (argument == "%f")
                 argument = path;
             else if (argument.contains('%'))
                 return std::nullopt;

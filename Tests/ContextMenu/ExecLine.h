@@ -18,7 +18,6 @@ std::optional<QByteArray> value(const QByteArray &entry, const QByteArray &group
 QByteArray string(const QByteArray &value);
 
 /// What the value of "Exec" starts for the one file \a path; none if it breaks a rule.
-std::optional<QByteArrayList> arguments(const QByteArray &value, const QByteArray &path,
-                                        const QByteArray &fieldCode);
+std::optional<QByteArrayList> arguments(const QByteArray &value, const QByteArray &path);
 
 } // namespace ExecLine

@@ -7,6 +7,7 @@
 #include "Platform/Bundle.h"
 #include "Tests/ContextMenu/ExecLine.h"
 #include "Tests/ContextMenu/MenuHome.h"
+#include "Tests/ContextMenu/ThunarFile.h"
 #include "Tests/Session/ChildProcess.h"
 
 #include <QDir>
@@ -35,7 +36,7 @@ protected:
             const QString name = QString::fromLatin1(file);
             EXPECT_TRUE(QFile::copy(QStringLiteral(QUENBY_CONTEXT_MENU) + name, plugin() + name));
         }
-        storePresets({QStringLiteral("it's a %f $HOME")});
+        storePresets({label_});
         haveAllFileManagers();
         put(calledHelper(), "#!/bin/sh\nprintf '%s\\0' \"$(id -u)\" \"$@\" >\"$HOME/called.new\"\n"
                             "mv \"$HOME/called.new\" \"$HOME/called\"\n");
@@ -70,10 +71,12 @@ protected:
         QByteArray errors;
     };
 
-    Result run(const QString &program, const QStringList &arguments, const QString &address = {}) const
+    Result run(const QString &program, const QStringList &arguments,
+               const QMap<QString, QString> &variables = {}) const
     {
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(QStringLiteral("NAUTILUS_SCRIPT_SELECTED_URIS"), address);
+        for (auto variable = variables.begin(); variable != variables.end(); ++variable)
+            environment.insert(variable.key(), variable.value());
         QProcess process;
         process.setProcessEnvironment(environment);
         process.setWorkingDirectory(home_.path());
@@ -105,11 +108,28 @@ protected:
         return call;
     }
 
-    QByteArrayList expectedCall(const QString &folder) const
+    /// Has \a program started as by \a who, and expects that the helper is called for \a folder by that.
+    void expectCallBy(const char *who, const QString &folder, const QString &program,
+                      const QStringList &arguments, const QMap<QString, QString> &variables = {}) const
     {
-        return QByteArrayList{QByteArray::number(user())} +
-               callFor(QStringLiteral("it's a %f $HOME"), {folder.toUtf8()});
+        SCOPED_TRACE(who);
+        const Result result = run(program, arguments, variables);
+        EXPECT_EQ(result.code, 0) << result.errors.constData();
+        EXPECT_EQ(takeCall(),
+                  QByteArrayList{QByteArray::number(user())} + callFor(label_, {folder.toUtf8()}));
     }
+    /// What the entry \a path starts, as of an application.
+    QString applicationFrom(const QString &path, const QByteArray &group) const
+    {
+        const std::optional<QByteArray> exec = ExecLine::value(contentOf(path), group, "Exec");
+        EXPECT_TRUE(exec) << qPrintable(path);
+        const QString application = in(QStringLiteral("start.desktop"));
+        put(application,
+            "[Desktop Entry]\nType=Application\nName=Start\nExec=" + exec.value_or(QByteArray()) + '\n');
+        return application;
+    }
+
+    const QString label_ = QStringLiteral("it's a %f $HOME");
 };
 
 } // namespace
@@ -154,21 +174,29 @@ TEST_F(ProgramTest, RegisteredEntriesWorkForAnOrdinaryUser)
     const QString folder = in(QStringLiteral("a folder"));
     makeFolder(folder);
 
-    const Result script = run(data(QStringLiteral("nautilus/scripts/Quenby/it's a %f $HOME")), {},
-                              QStringLiteral("file://") + home_.path() + QStringLiteral("/a%20folder"));
-    EXPECT_EQ(script.code, 0) << script.errors.constData();
-    EXPECT_EQ(takeCall(), expectedCall(folder));
+    const QString address = QStringLiteral("file://") + home_.path() + QStringLiteral("/a%20folder");
+    const QString script = QStringLiteral("scripts/Quenby/") + label_;
+    expectCallBy("nautilus", folder, data(QStringLiteral("nautilus/") + script), {},
+                 {{QStringLiteral("NAUTILUS_SCRIPT_SELECTED_URIS"), address}});
+    expectCallBy("nemo", folder, data(QStringLiteral("nemo/") + script), {},
+                 {{QStringLiteral("NEMO_SCRIPT_SELECTED_URIS"), address}});
+    expectCallBy("caja", folder, config(QStringLiteral("caja/") + script), {},
+                 {{QStringLiteral("CAJA_SCRIPT_SELECTED_URIS"), address}});
 
     const QString serviceMenu = data(QStringLiteral("kio/servicemenus/org.quenby.Quenby.desktop"));
     EXPECT_TRUE(QFileInfo(serviceMenu).isExecutable());
-    const std::optional<QByteArray> exec =
-        ExecLine::value(contentOf(serviceMenu), "Desktop Action preset1", "Exec");
-    ASSERT_TRUE(exec);
-    const QString entry = in(QStringLiteral("start.desktop"));
-    put(entry, "[Desktop Entry]\nType=Application\nName=Start\nExec=" + *exec + '\n');
-    const Result started = run(QStringLiteral(QUENBY_GIO), {QStringLiteral("launch"), entry, folder});
-    EXPECT_EQ(started.code, 0) << started.errors.constData();
-    EXPECT_EQ(takeCall(), expectedCall(folder));
+    const QString action = data(QStringLiteral("file-manager/actions/quenby-0001.desktop"));
+    const QString launch = QStringLiteral("launch");
+    expectCallBy("dolphin", folder, QStringLiteral(QUENBY_GIO),
+                 {launch, applicationFrom(serviceMenu, "Desktop Action preset1"), folder});
+    expectCallBy("pcmanfm-qt", folder, QStringLiteral(QUENBY_GIO),
+                 {launch, applicationFrom(action, "X-Action-Profile folder"), folder});
+
+    const QStringList commands =
+        ThunarFile::texts(contentOf(config(QStringLiteral("Thunar/uca.xml"))), QStringLiteral("command"));
+    ASSERT_EQ(commands.size(), 1);
+    expectCallBy("thunar", folder, QStringLiteral("/bin/sh"),
+                 {QStringLiteral("-c"), ThunarFile::commandLine(commands.constFirst(), folder)});
 }
 
 TEST_F(ProgramTest, UnregisteredTheHomeIsAsBefore)
@@ -188,7 +216,7 @@ TEST_F(ProgramTest, UnregisteredTheHomeIsAsBefore)
 TEST_F(ProgramTest, ARelativePathOfTheHelperIsMadeAbsolute)
 {
     ASSERT_EQ(run({QStringLiteral("register"), QStringLiteral("./helper \"in\" quotes")}).code, 0);
-    EXPECT_TRUE(contentOf(data(QStringLiteral("nautilus/scripts/Quenby/it's a %f $HOME")))
+    EXPECT_TRUE(contentOf(data(QStringLiteral("nautilus/scripts/Quenby/") + label_))
                     .contains("exec '" + calledHelper().toUtf8() + '\''));
 }
 

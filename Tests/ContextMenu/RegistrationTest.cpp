@@ -6,9 +6,11 @@
 #include "ContextMenu/FileManager.h"
 #include "Tests/ContextMenu/MenuHome.h"
 
+#include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QMap>
 
 #include <sys/stat.h>
 
@@ -25,6 +27,31 @@ protected:
     QStringList nautilusScripts() const
     {
         return QDir(data(QStringLiteral("nautilus/scripts/Quenby"))).entryList(QDir::Files);
+    }
+    /// An entry of somebody else's for each file manager that takes files, beside ours; when they were
+    /// written.
+    QMap<QString, QDateTime> putOthersEntries() const
+    {
+        for (const QString &path :
+             {data(QStringLiteral("kio/servicemenus/theirs.desktop")),
+              data(QStringLiteral("nautilus/scripts/theirs")), data(QStringLiteral("nemo/scripts/theirs")),
+              data(QStringLiteral("file-manager/actions/theirs.desktop")),
+              config(QStringLiteral("caja/scripts/theirs"))}) {
+            makeFolder(QFileInfo(path).path());
+            put(path, "theirs: " + path.toUtf8());
+        }
+        QMap<QString, QDateTime> theirs = timesOfHome();
+        theirs.removeIf([](const auto &file) { return !file.key().contains(u"/theirs"); });
+        EXPECT_EQ(theirs.size(), 5);
+        return theirs;
+    }
+    /// The times of now of \a files.
+    QMap<QString, QDateTime> timesOf(QMap<QString, QDateTime> files) const
+    {
+        const auto now = timesOfHome();
+        for (auto file = files.begin(); file != files.end(); ++file)
+            *file = now.value(file.key());
+        return files;
     }
     void storeAB() const { storePresets({QStringLiteral("a"), QStringLiteral("b")}); }
 };
@@ -67,8 +94,7 @@ TEST_F(RegistrationTest, TheHomeIsAsBeforeAfterwards)
     storePresets(hostileLabels());
     haveAllFileManagers();
     put(config(QStringLiteral("Thunar/uca.xml")), "<actions>\n<action><name>x</name></action>\n</actions>\n");
-    makeFolder(data(QStringLiteral("nemo/actions")));
-    put(data(QStringLiteral("nemo/actions/theirs.nemo_action")), "theirs");
+    const auto others = putOthersEntries();
     // The domain is the pane's to save.
     const auto contentBesidesDomain = [this] {
         auto content = contentOfHome();
@@ -77,11 +103,13 @@ TEST_F(RegistrationTest, TheHomeIsAsBeforeAfterwards)
     };
     const auto before = contentBesidesDomain();
     ASSERT_TRUE(Registration::registerWith(helper()));
-    EXPECT_GT(contentBesidesDomain().size(), before.size() + 5 * hostileLabels().size());
+    EXPECT_GT(contentBesidesDomain().size(), before.size() + 4 * hostileLabels().size());
+    EXPECT_EQ(timesOf(others), others);
     storeAB();
     ASSERT_TRUE(Registration::refresh(helper()));
     ASSERT_TRUE(Registration::unregister());
     EXPECT_EQ(contentBesidesDomain(), before);
+    EXPECT_EQ(timesOf(others), others);
 }
 
 TEST_F(RegistrationTest, TheSameIsNotWrittenAgain)

@@ -5,6 +5,7 @@
 
 #include "ContextMenu/CajaMenu.h"
 #include "ContextMenu/NautilusMenu.h"
+#include "ContextMenu/NemoMenu.h"
 #include "Tests/ContextMenu/MenuHome.h"
 #include "Tests/Session/ChildProcess.h"
 
@@ -63,6 +64,8 @@ TEST_F(ScriptsFolderTest, EachPresetIsAScriptOfItsName)
     EXPECT_TRUE(files.at(1).isExecutable);
     EXPECT_EQ(CajaMenu().files(menuOf({QStringLiteral("b")})).value(0).path,
               config(QStringLiteral("caja/scripts/Quenby/b")));
+    EXPECT_EQ(NemoMenu().files(menuOf({QStringLiteral("b")})).value(0).path,
+              data(QStringLiteral("nemo/scripts/Quenby/b")));
 }
 
 TEST_F(ScriptsFolderTest, EveryLabelGivesAFileNameThatIsShown)
@@ -149,12 +152,17 @@ TEST_F(ScriptsFolderTest, ASelectedFileMeansItsFolderOnce)
 TEST_F(ScriptsFolderTest, WithoutASelectionTheCurrentFolderIsMeant)
 {
     const QString folder = makeFolder(in(QStringLiteral("a % current\n")));
-    const QString script = in(QStringLiteral("script"));
-    put(script, CajaMenu().files(menuOf({QStringLiteral("a")})).value(0).content);
-    ASSERT_TRUE(QFile::setPermissions(script, QFile::ReadOwner | QFile::ExeOwner));
-    expectCalled(script, {}, QStringLiteral("a"), {folder.toUtf8()},
-                 {{QStringLiteral("CAJA_SCRIPT_SELECTED_URIS"), QString()},
-                  {QStringLiteral("CAJA_SCRIPT_CURRENT_URI"), address(folder)}});
+    const PresetMenu menu = menuOf({QStringLiteral("a")});
+    for (const auto &[file, prefix] : {std::pair(CajaMenu().files(menu).value(0), "CAJA"),
+                                       std::pair(NemoMenu().files(menu).value(0), "NEMO")}) {
+        const QString script = in(QString::fromLatin1(prefix));
+        put(script, file.content);
+        ASSERT_TRUE(QFile::setPermissions(script, QFile::ReadOwner | QFile::ExeOwner));
+        const QString variable = QString::fromLatin1(prefix) + QStringLiteral("_SCRIPT_%1_URI%2");
+        expectCalled(script, {}, QStringLiteral("a"), {folder.toUtf8()},
+                     {{variable.arg(QStringLiteral("SELECTED"), QStringLiteral("S")), QString()},
+                      {variable.arg(QStringLiteral("CURRENT"), QString()), address(folder)}});
+    }
 }
 
 TEST_F(ScriptsFolderTest, WhatIsNoPlaceOfThisMachineIsRefused)

@@ -3,14 +3,13 @@
 
 #include "ContextMenu/ThunarMenu.h"
 
-#include "ContextMenu/MenuText.h"
 #include "ContextMenu/ThunarActions.h"
 #include "Tests/ContextMenu/MenuHome.h"
+#include "Tests/ContextMenu/ThunarFile.h"
 #include "Tests/Session/ChildProcess.h"
 
 #include <QFile>
 #include <QFileInfo>
-#include <QXmlStreamReader>
 
 namespace {
 
@@ -37,18 +36,7 @@ protected:
         return result ? list.remove() : result;
     }
 
-    /// The text of each element \a element in the file.
-    QStringList texts(const QString &element) const
-    {
-        QStringList found;
-        QXmlStreamReader reader(contentOf(file()));
-        while (!reader.atEnd()) {
-            if (reader.readNext() == QXmlStreamReader::StartElement && reader.name() == element)
-                found.append(reader.readElementText());
-        }
-        EXPECT_FALSE(reader.hasError()) << qPrintable(reader.errorString());
-        return found;
-    }
+    QStringList texts(const QString &element) const { return ThunarFile::texts(contentOf(file()), element); }
 };
 
 } // namespace
@@ -91,19 +79,8 @@ TEST_F(ThunarMenuTest, TheCommandsAreReallyRun)
     ASSERT_EQ(commands.size(), labels.size());
     const QString folder = makeFolder(in(QStringLiteral("$(id) 'x' %f")));
     for (qsizetype index = 0; index < labels.size(); ++index) {
-        // As the file manager does it: the path, quoted, for its code, and the rest to a shell.
-        QString command;
-        const QString &text = commands.at(index);
-        for (qsizetype at = 0; at < text.size(); ++at) {
-            if (text.at(at) != u'%') {
-                command += text.at(at);
-                continue;
-            }
-            ASSERT_LT(++at, text.size());
-            ASSERT_TRUE(text.at(at) == u'%' || text.at(at) == u'f') << qPrintable(text);
-            command += text.at(at) == u'%' ? QStringLiteral("%")
-                                           : QString::fromUtf8(MenuText::shellQuoted(folder.toUtf8()));
-        }
+        const QString command = ThunarFile::commandLine(commands.at(index), folder);
+        ASSERT_FALSE(command.isNull()) << qPrintable(commands.at(index));
         expectCalled(QStringLiteral("/bin/sh"), {QStringLiteral("-c"), command}, labels.at(index),
                      {folder.toUtf8()});
     }
