@@ -9,7 +9,9 @@
 #include <cstdio>
 #include <dirent.h>
 #include <fcntl.h>
+#include <linux/fs.h>
 #include <memory>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 FolderLayer &FolderLayer::real()
@@ -75,4 +77,21 @@ std::optional<QList<QByteArray>> FolderLayer::entriesAt(int folder)
         return std::nullopt;
     }
     return namesIn(directory.get());
+}
+
+int FolderLayer::fstatfs(int descriptor, struct statfs *result)
+{
+    return untilNotInterrupted([&] { return ::fstatfs(descriptor, result); });
+}
+
+std::optional<int> FolderLayer::flagsOf(int folder)
+{
+    const int own = openat(folder, ".", O_RDONLY | O_DIRECTORY);
+    if (own == -1)
+        return std::nullopt;
+    int flags = 0;
+    const int error = ::ioctl(own, FS_IOC_GETFLAGS, &flags) == -1 ? errno : 0;
+    close(own);
+    errno = error;
+    return error == 0 ? std::optional(flags) : std::nullopt;
 }

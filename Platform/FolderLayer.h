@@ -7,6 +7,7 @@
 
 #include <array>
 #include <ctime>
+#include <sys/vfs.h>
 
 /// The system calls that work relative to an open folder, besides those of FileLayer and after the same
 /// rules. Whoever keeps to them cannot be led elsewhere by what somebody does to the path meanwhile.
@@ -31,4 +32,8 @@ public:
     virtual ssize_t copy_file_range(int from, int to, size_t size);
     /// The names in an open folder but "." and ".."; none, with errno, on failure.
     virtual std::optional<QList<QByteArray>> entriesAt(int folder);
+    virtual int fstatfs(int descriptor, struct statfs *result);
+    /// The flags FS_…_FL of an open folder, also of one that was opened with O_PATH only; none, with errno,
+    /// on failure.
+    virtual std::optional<int> flagsOf(int folder);
 };

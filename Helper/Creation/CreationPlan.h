@@ -39,7 +39,8 @@ struct Problem
     QString reason;
 };
 
-/// An item whose place is taken: by something on the disk, or by another item of the same name.
+/// An item whose place is taken: by something on the disk, or by another item of the same name, or of one
+/// that is the same to the disk.
 struct Conflict
 {
     /// As above.
@@ -92,8 +93,9 @@ private:
 /// folder \a target, which may be reached through links. Reads the disk and changes nothing.
 ///
 /// A folder that is there is merged into. Where anything else is, a link to a folder too, the item gets
-/// another name or is refused. Items whose names are equal but for case or composition are two, as long as
-/// the disk tells them apart; otherwise the execution fails.
+/// another name or is refused. Items whose names are equal but for case or composition are two where the
+/// disk tells them apart. Where it says that it does not, the place of the later one counts as taken; where
+/// it does not without saying so, the execution fails.
 ///
 /// Only the low three bits of a permission digit count. A colour that is no label's counts as none.
 Plan plan(const QNBHierarchyItem &root, const QString &target, const Options &options = {});

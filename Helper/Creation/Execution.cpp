@@ -12,6 +12,7 @@
 
 #include <QFile>
 #include <QLoggingCategory>
+#include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
 #include <optional>
@@ -103,11 +104,13 @@ private:
             return fail(doing("cannot go to the folder of “%1”", number), errno);
         switch (step.kind) {
         case Operation::Kind::MakeFolder:
-            return makeFolder(step, number) || fail(doing("cannot create the folder “%1”", number), errno);
+            return makeFolder(step, number) ||
+                   failToMake(step, doing("cannot create the folder “%1”", number), errno);
         case Operation::Kind::UseFolder:
             return useFolder(step, number) || fail(doing("cannot use the folder “%1”", number), errno);
         case Operation::Kind::MakeFile:
-            return makeFile(step, number) || fail(doing("cannot create the file “%1”", number), errno);
+            return makeFile(step, number) ||
+                   failToMake(step, doing("cannot create the file “%1”", number), errno);
         case Operation::Kind::FinishFolder:
             return finishFolder(step) || fail(doing("cannot set the permissions of “%1”", number), errno);
         }
@@ -312,6 +315,25 @@ private:
     QString doing(const char *what, qsizetype number) const
     {
         return QString::fromUtf8(what).arg(plan_.path(number));
+    }
+
+    /// What is in the way may have been made here: not every disk says beforehand which names it takes for
+    /// the same.
+    bool failToMake(const Operation &step, const QString &doing, int error)
+    {
+        struct stat there = {};
+        if (error != EEXIST ||
+            layer_.fstatat(chain_->descriptor(), step.name.constData(), &there, AT_SYMLINK_NOFOLLOW) == -1)
+            return fail(doing, error);
+        const auto &entries = record_.entries;
+        const auto own = std::find_if(entries.cbegin(), entries.cend(), [&](const Record::Entry &entry) {
+            return entry.identity == FileIdentity(there);
+        });
+        if (own == entries.cend())
+            return fail(doing, error);
+        error_ = QStringLiteral("%1: the disk takes its name for that of “%2”")
+                     .arg(doing, record_.path(own - entries.cbegin()));
+        return false;
     }
 
     bool fail(const QString &doing, int error)

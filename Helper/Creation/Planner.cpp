@@ -46,7 +46,8 @@ Plan Planner::plan(const QNBHierarchyItem &root, const QString &target)
 {
     plan_.target_ = target;
     if (openTarget(target)) {
-        levels_.push_back({&root, Operation::noOperation, true});
+        levels_.push_back(
+            {&root, Operation::noOperation, true, DiskNames::areCaseBlind(layer_, target_->get())});
         walk();
     }
     plan_.contents_ = contents_.contents();
@@ -103,7 +104,7 @@ void Planner::planItem(const QNBHierarchyItem &item)
     const auto place = placeOf(item, name);
     if (!place || (*place == Place::Taken && !resolveConflict(item, name)))
         return;
-    level.names.insert(name);
+    level.names.insert(level.key(name));
 
     Operation operation;
     operation.folder = level.operation;
@@ -133,14 +134,16 @@ void Planner::planItem(const QNBHierarchyItem &item)
     const auto number = static_cast<qint32>(plan_.operations_.size());
     plan_.operations_.push_back(operation);
     if (item.isDirectory())
-        levels_.push_back({&item, number, isThere});
+        levels_.push_back(
+            {&item, number, isThere,
+             isThere ? DiskNames::areCaseBlind(layer_, chain_->descriptor()) : level.isCaseBlind});
 }
 
 /// What is where an item wants to be; none if that is not to be found out.
 std::optional<Planner::Place> Planner::placeOf(const QNBHierarchyItem &item, const QByteArray &name)
 {
     const Level &level = levels_.back();
-    if (level.names.contains(name))
+    if (level.names.contains(level.key(name)))
         return Place::Taken;
     if (!level.isThere)
         return Place::Free;

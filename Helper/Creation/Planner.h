@@ -5,6 +5,7 @@
 
 #include "Helper/Creation/ContentFolder.h"
 #include "Helper/Creation/CreationPlan.h"
+#include "Helper/Creation/DiskNames.h"
 #include "Helper/Creation/FolderChain.h"
 #include "Helper/Creation/TakenNames.h"
 #include "Platform/FileDescriptor.h"
@@ -33,13 +34,17 @@ private:
         qint32 operation;
         /// Whether it is there already; then it is the end of the chain.
         bool isThere;
+        /// Whether names in it are the same that differ in case only.
+        bool isCaseBlind;
         /// Whether it was looked at if anything can be made in it.
         bool isChecked = false;
         std::size_t next = 0;
-        /// The names given in it.
+        /// The names given in it, or their keys if it is blind.
         QSet<QByteArray> names{};
         /// All names that are taken in it, known from the first conflict on.
         std::optional<TakenNames> takenNames{};
+
+        QByteArray key(const QByteArray &name) const { return isCaseBlind ? DiskNames::key(name) : name; }
     };
     enum class Place { Free, Folder, Taken };
 

@@ -102,6 +102,14 @@ public:
     {
         return fails() ? std::nullopt : FolderLayer::entriesAt(folder);
     }
+    int fstatfs(int descriptor, struct statfs *result) override
+    {
+        return fails() ? -1 : FolderLayer::fstatfs(descriptor, result);
+    }
+    std::optional<int> flagsOf(int folder) override
+    {
+        return fails() ? std::nullopt : FolderLayer::flagsOf(folder);
+    }
 
 private:
     bool fails()
