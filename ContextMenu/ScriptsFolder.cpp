@@ -68,6 +68,8 @@ QString ScriptsFolder::fileName(const QString &title, QStringList &taken)
 {
     QString name = title;
     name.replace(u'/', u'\u2215');
+    // What it begins is replaced in the path by those who start the script.
+    name.replace(u'%', u'\uFF05');
     // Such files are hidden, or taken for backups.
     if (name.startsWith(u'.'))
         name[0] = u'\u2024';

@@ -10,7 +10,7 @@
 namespace ScriptsFolder {
 
 /// What a preset's script is called among \a taken, to which it is added: its title as far as a file can have
-/// that name and be shown.
+/// that name, be shown and be started.
 QString fileName(const QString &title, QStringList &taken);
 
 /// The script that calls \a commandLine with the folders that are meant: those that are selected, those that

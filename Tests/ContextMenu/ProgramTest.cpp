@@ -130,6 +130,7 @@ protected:
     }
 
     const QString label_ = QStringLiteral("it's a %f $HOME");
+    const QString scriptName_ = QStringLiteral("it's a \uFF05f $HOME");
 };
 
 } // namespace
@@ -175,7 +176,7 @@ TEST_F(ProgramTest, RegisteredEntriesWorkForAnOrdinaryUser)
     makeFolder(folder);
 
     const QString address = QStringLiteral("file://") + home_.path() + QStringLiteral("/a%20folder");
-    const QString script = QStringLiteral("scripts/Quenby/") + label_;
+    const QString script = QStringLiteral("scripts/Quenby/") + scriptName_;
     expectCallBy("nautilus", folder, data(QStringLiteral("nautilus/") + script), {},
                  {{QStringLiteral("NAUTILUS_SCRIPT_SELECTED_URIS"), address}});
     expectCallBy("nemo", folder, data(QStringLiteral("nemo/") + script), {},
@@ -216,7 +217,7 @@ TEST_F(ProgramTest, UnregisteredTheHomeIsAsBefore)
 TEST_F(ProgramTest, ARelativePathOfTheHelperIsMadeAbsolute)
 {
     ASSERT_EQ(run({QStringLiteral("register"), QStringLiteral("./helper \"in\" quotes")}).code, 0);
-    EXPECT_TRUE(contentOf(data(QStringLiteral("nautilus/scripts/Quenby/") + label_))
+    EXPECT_TRUE(contentOf(data(QStringLiteral("nautilus/scripts/Quenby/") + scriptName_))
                     .contains("exec '" + calledHelper().toUtf8() + '\''));
 }
 

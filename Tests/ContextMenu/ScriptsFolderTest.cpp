@@ -80,6 +80,7 @@ TEST_F(ScriptsFolderTest, EveryLabelGivesAFileNameThatIsShown)
         const QString name = file.path.mid(folder.size());
         EXPECT_FALSE(name.isEmpty() || name.contains(u'/') || name.startsWith(u'.') || name.endsWith(u'~'))
             << qPrintable(name);
+        EXPECT_FALSE(name.contains(u'%')) << qPrintable(name);
         EXPECT_LE(name.toUtf8().size(), 255) << qPrintable(name);
         EXPECT_FALSE(names.contains(name)) << qPrintable(name);
         names.insert(name);
@@ -92,6 +93,7 @@ TEST_F(ScriptsFolderTest, NamesThatWouldBeOneAreNumbered)
     EXPECT_EQ(ScriptsFolder::fileName(QStringLiteral("a/b"), taken), QStringLiteral("a\u2215b"));
     EXPECT_EQ(ScriptsFolder::fileName(QStringLiteral("a\u2215b"), taken), QStringLiteral("a\u2215b 2"));
     EXPECT_EQ(ScriptsFolder::fileName(QStringLiteral("a/b"), taken), QStringLiteral("a\u2215b 3"));
+    EXPECT_EQ(ScriptsFolder::fileName(QStringLiteral("100% %f"), taken), QStringLiteral("100\uFF05 \uFF05f"));
     const QString longName = QStringLiteral("漢").repeated(100);
     EXPECT_EQ(ScriptsFolder::fileName(longName, taken), longName.left(80));
     EXPECT_EQ(ScriptsFolder::fileName(longName, taken), longName.left(80) + QStringLiteral(" 2"));
