@@ -168,9 +168,12 @@ private:
     bool setMode(Record::Entry &folder, mode_t mode)
     {
         const mode_t inherited = chain_->information().st_mode & (ALLPERMS & ~ACCESSPERMS);
-        if (layer_.fchmod(chain_->descriptor(), mode | inherited) == -1)
+        struct stat now = {};
+        if (layer_.fchmod(chain_->descriptor(), mode | inherited) == -1 ||
+            layer_.fstat(chain_->descriptor(), &now) == -1)
             return false;
-        folder.mode = static_cast<quint16>(mode | inherited);
+        // Some disks keep no modes, and say nothing of it.
+        folder.mode = static_cast<quint16>(now.st_mode & ALLPERMS);
         return true;
     }
 

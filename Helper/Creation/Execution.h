@@ -28,7 +28,7 @@ struct Outcome
 /// Does what the plan says, all of it or nothing.
 ///
 /// Each file and folder gets exactly the permissions of its operation, whatever the umask (a folder that
-/// inherits the set-group-ID bit keeps that). A label is left out where the disk keeps none.
+/// inherits the set-group-ID bit keeps that). Both these and a label are left out where the disk keeps none.
 ///
 /// On failure what this run made is removed again, and only that: what is no longer the file or folder that
 /// was made stays, and so does a folder that something else was put into. The folders that were there get

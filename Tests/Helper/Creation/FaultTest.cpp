@@ -136,6 +136,22 @@ TEST_F(FaultTest, ADiskWithoutLabelsIsNoFault)
     EXPECT_EQ(DiskTree::at(disk(), "taken-1").label, 0);
 }
 
+TEST_F(FaultTest, ADiskWithoutModesIsNoFaultAndWhatIsMadeOnItCanBeUndone)
+{
+    class Modeless : public FolderLayer
+    {
+    public:
+        int fchmod(int, mode_t) override { return 0; }
+        int chmodOpen(int, mode_t) override { return 0; }
+    } layer;
+    const auto before = DiskTree::paths(disk());
+    const Creation::Outcome outcome = Creation::execute(plan(tree()), {}, layer);
+    ASSERT_TRUE(outcome.succeeded) << qPrintable(outcome.error);
+    const Creation::UndoOutcome undone = Creation::undo(outcome.record, layer);
+    EXPECT_TRUE(undone.succeeded) << qPrintable(undone.error);
+    EXPECT_EQ(DiskTree::paths(disk()), before);
+}
+
 TEST_F(FaultTest, BytesAreCopiedWhereTheSystemCannotCopyThemItself)
 {
     class Plain : public FolderLayer
