@@ -1,11 +1,13 @@
 // SPDX-FileCopyrightText: Quenby contributors
 // SPDX-License-Identifier: MIT
 
+#include "Platform/Bundle.h"
 #include "Tests/Helper/HelperFixture.h"
 #include "Tests/Session/ChildProcess.h"
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonObject>
 #include <QProcess>
@@ -46,6 +48,18 @@ protected:
 };
 
 } // namespace
+
+TEST_F(CommandLineProgramTest, IsAnApplicationInThePane)
+{
+    const std::optional<Bundle> bundle =
+        Bundle::bundleWithPath(text(QUENBY_BUNDLE "/Contents/MacOS/QNBHelper.app"));
+    ASSERT_TRUE(bundle);
+    const QVariantMap information = bundle->infoDictionary();
+    EXPECT_EQ(information.value(text("CFBundleShortVersionString")).toString(), text(QUENBY_VERSION));
+    EXPECT_EQ(information.value(text("CFBundleIdentifier")).toString(), text("org.quenby.QNBHelper"));
+    EXPECT_EQ(information.value(text("CFBundlePackageType")).toString(), text("APPL"));
+    EXPECT_EQ(QFileInfo(bundle->executablePath()), QFileInfo(text(QUENBY_HELPER)));
+}
 
 TEST_F(CommandLineProgramTest, ListsTheLabels)
 {
@@ -259,6 +273,21 @@ TEST_F(CommandLineProgramTest, ASignalUndoesWhatIsBeingMade)
         }
     }
     EXPECT_TRUE(isInterrupted);
+}
+
+TEST_F(CommandLineProgramTest, TwoAtOnceInOneFolderEachCreateAllOrNothing)
+{
+    const QStringList arguments = {text("--create"), text("One"), text("--in"), target()};
+    ChildProcess first(program(), arguments, home_.environment());
+    ChildProcess second(program(), arguments, home_.environment());
+    for (ChildProcess *helper : {&first, &second}) {
+        ASSERT_TRUE(helper->waitForEnd(std::chrono::minutes(2)));
+        EXPECT_TRUE(helper->hasReturned(0) || helper->hasReturned(4)) << helper->errors().constData();
+    }
+    const int created = int(first.hasReturned(0)) + int(second.hasReturned(0));
+    EXPECT_GE(created, 1);
+    // The folder of the first is used by the second.
+    EXPECT_EQ(tree().size(), created == 2 ? 5 : 3);
 }
 
 TEST_F(CommandLineProgramTest, OutputThatCannotBeWrittenIsAFailure)

@@ -9,6 +9,7 @@
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonObject>
+#include <QRegularExpression>
 
 #include <array>
 #include <gmock/gmock.h>
@@ -55,14 +56,29 @@ protected:
         return result.value->toList();
     }
 
-    /// Sorted by path.
+    /// In their order, each folder before what is in it.
     static std::vector<Item> itemsOf(const QVariantMap &preset)
     {
         std::vector<Item> items;
         addChildren(preset.value(text("fileHierarchy")).toMap(), QString(), items);
+        return items;
+    }
+    static void sortByPath(std::vector<Item> &items)
+    {
         std::sort(items.begin(), items.end(),
                   [](const Item &left, const Item &right) { return left.path < right.path; });
-        return items;
+    }
+    /// The paths of what \a created says that was made, in that order.
+    static QStringList pathsMadeBy(const Ended &created)
+    {
+        static const QRegularExpression line(text("^create (?:folder|file) (.*) \\([0-7]{3}[,)]"));
+        QStringList paths;
+        const QJsonObject report = created.json().object().value(text("creations"))[0].toObject();
+        for (const QJsonValue &operation : report.value(text("operations")).toArray()) {
+            if (const QRegularExpressionMatch match = line.match(operation.toString()); match.hasMatch())
+                paths.append(match.captured(1));
+        }
+        return paths;
     }
 
     std::vector<Item> itemsOnDisk() const
@@ -84,8 +100,7 @@ protected:
                 item.bytes = contentsOf(target() + u'/' + item.path);
             items.push_back(item);
         }
-        std::sort(items.begin(), items.end(),
-                  [](const Item &left, const Item &right) { return left.path < right.path; });
+        sortByPath(items);
         return items;
     }
 
@@ -122,10 +137,15 @@ TEST_F(DefaultPresetsProgramTest, EachIsCreatedAsItIsDescribedAndUndone)
         const QVariantMap preset = entry.toMap();
         const QString label = preset.value(text("label")).toString();
         SCOPED_TRACE(qPrintable(label));
-        const Ended created = create(label, {text("--no-script")});
+        const Ended created = create(label, {text("--no-script"), text("--json")});
         ASSERT_EQ(created.code, 0) << created.errors.constData();
-        const std::vector<Item> expected = itemsOf(preset);
+        std::vector<Item> expected = itemsOf(preset);
         EXPECT_FALSE(expected.empty());
+        QStringList order;
+        for (const Item &item : expected)
+            order.append(item.path);
+        EXPECT_EQ(pathsMadeBy(created), order);
+        sortByPath(expected);
         EXPECT_THAT(itemsOnDisk(), ElementsAreArray(expected));
         const Ended undone = run({text("--undo")});
         EXPECT_EQ(undone.code, 0) << undone.errors.constData();
