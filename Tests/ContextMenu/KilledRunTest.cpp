@@ -5,14 +5,13 @@
 
 #include "ContextMenu/Registration.h"
 #include "Tests/ContextMenu/MenuHome.h"
+#include "Tests/Session/KilledProcess.h"
 
 #include <QFileInfo>
-#include <QProcess>
 #include <QXmlStreamReader>
 
 namespace {
 
-constexpr int timeout = 60000;
 const QByteArray others = "<actions>\n<action><name>theirs</name></action>\n</actions>\n";
 
 class KilledRunTest : public MenuHome
@@ -49,25 +48,6 @@ protected:
         return paths;
     }
 
-    /// False if the run has come to its end before the call \a name was made so often.
-    static bool isKilledAt(const QString &name, int number, const QStringList &arguments)
-    {
-        QProcess process;
-        // What looks for leaks cannot do so while somebody traces it.
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(QStringLiteral("ASAN_OPTIONS"), QStringLiteral("detect_leaks=0"));
-        process.setProcessEnvironment(environment);
-        process.start(QStringLiteral("strace"),
-                      QStringList{QStringLiteral("-qq"), QStringLiteral("-o"), QStringLiteral("/dev/null"),
-                                  QStringLiteral("-e"), QStringLiteral("trace=%1").arg(name),
-                                  QStringLiteral("-e"),
-                                  QStringLiteral("inject=%1:signal=KILL:when=%2").arg(name).arg(number),
-                                  QStringLiteral(QUENBY_CONTEXT_MENU "/Contents/MacOS/QNBContextMenu")} +
-                          arguments);
-        EXPECT_TRUE(process.waitForFinished(timeout)) << qPrintable(process.errorString());
-        return process.exitStatus() == QProcess::CrashExit;
-    }
-
     void expectOthersActionsWhole() const
     {
         const QByteArray file = contentOf(config(QStringLiteral("Thunar/uca.xml")));
@@ -88,7 +68,9 @@ protected:
         for (const char *name : {"rename", "mkdir", "unlink", "rmdir"}) {
             for (int number = 1;; ++number) {
                 prepare();
-                if (!isKilledAt(QString::fromLatin1(name), number, arguments))
+                if (!KilledProcess::isKilledAt(
+                        QString::fromLatin1(name), number,
+                        QStringLiteral(QUENBY_CONTEXT_MENU "/Contents/MacOS/QNBContextMenu"), arguments))
                     break;
                 ++kills;
                 expectOthersActionsWhole();
