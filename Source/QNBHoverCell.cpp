@@ -41,6 +41,7 @@ qreal blurredBar(qreal position, qreal from, qreal to)
 std::vector<qreal> shadowProfile(int pixels, qreal ratio, qreal origin, qreal from, qreal to)
 {
     std::vector<qreal> profile;
+    profile.reserve(static_cast<std::size_t>(pixels));
     for (int pixel = 0; pixel < pixels; ++pixel)
         profile.push_back(blurredBar(origin + (pixel + 0.5) / ratio, from, to));
     return profile;

@@ -100,12 +100,14 @@ QStringList QNBPrefPanePref::tableViewNamesOfPromisedFilesDroppedAtDestination(T
                                                                                const QList<int> &rows)
 {
     const QNBPresetRecordPtr preset = presetAtRow(rows.value(0, ArrayController::noIndex));
-    if (!preset || !dropDestination.isLocalFile()) {
-        _lastExport = FileResult::failure(QStringLiteral("no such preset, or no such folder"));
+    if (!preset) {
+        _lastExport = FileResult::failure(QStringLiteral("no such preset"));
         return {};
     }
-    QString fileName;
-    _lastExport = QNBPresetFile::write(*preset, dropDestination.toLocalFile(), &fileName);
+    QString fileName = QNBPresetFile::fileNameForLabel(preset->label());
+    _lastExport = dropDestination.isLocalFile()
+                      ? QNBPresetFile::write(*preset, dropDestination.toLocalFile(), &fileName)
+                      : FileResult::failure(QStringLiteral("its place is no folder of this machine"));
     if (!_lastExport)
         qCWarning(lcPane) << "the preset file" << fileName << "was not written:" << _lastExport.error;
     return {fileName};

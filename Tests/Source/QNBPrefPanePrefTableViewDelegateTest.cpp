@@ -205,9 +205,10 @@ TEST_F(QNBPrefPanePrefTableViewDelegate, NoFileIsWrittenForARowThatIsGoneOrAPlac
 {
     for (const int row : {-1, 3, std::numeric_limits<int>::max()})
         EXPECT_TRUE(drag(row, home.path()).isEmpty()) << row;
-    EXPECT_TRUE(pane->tableViewNamesOfPromisedFilesDroppedAtDestination(
-                        list(), QUrl(QStringLiteral("https://quenby.example/")), {0})
-                    .isEmpty());
+    EXPECT_EQ(pane->tableViewNamesOfPromisedFilesDroppedAtDestination(
+                  list(), QUrl(QStringLiteral("https://quenby.example/")), {0}),
+              QStringList(QStringLiteral("A.qnbp")))
+        << "a failed write keeps its name";
     EXPECT_TRUE(filesIn(home.path()).isEmpty());
     EXPECT_FALSE(QFile::exists(QStringLiteral("A.qnbp")));
     EXPECT_TRUE(pane->tableViewProbableNameOfPromisedFile(list(), 3).isEmpty());
