@@ -42,6 +42,14 @@ protected:
         result.presets = {record(preset(letters, {folder(QStringLiteral("Many"), files)}))};
         return result;
     }
+    /// Waits for the window of that \a title, and presses \a key in it.
+    void answer(const QString &title, const QString &key)
+    {
+        const QString window = screen_.windowNamed(title);
+        ASSERT_FALSE(window.isEmpty());
+        ASSERT_TRUE(screen_.activate(window));
+        screen_.typeKey(key);
+    }
     QString marker(const QString &name) const { return home_.filePath(name); }
 };
 
@@ -120,10 +128,7 @@ TEST_F(CreationProgramTest, AScriptThatWasNeverAllowedDoesNotRunByReturn)
     FakeDesktop desktop(bus_.address(), withActions);
     const auto helper = start();
     ASSERT_TRUE(order(scripted));
-    const QString window = screen_.windowNamed(question);
-    ASSERT_FALSE(window.isEmpty());
-    ASSERT_TRUE(screen_.activate(window));
-    screen_.typeKey(QStringLiteral("Return"));
+    ASSERT_NO_FATAL_FAILURE(answer(question, QStringLiteral("Return")));
     ASSERT_TRUE(waitUntil([&] { return desktop.shown().size() == 1; }));
     EXPECT_EQ(desktop.shown().constFirst().title,
               QStringLiteral("\"Scripted\" was created, its script did not run"));
@@ -137,10 +142,7 @@ TEST_F(CreationProgramTest, AScriptRunsOnceItWasAllowedAndIsNotAskedAboutAgain)
     FakeDesktop desktop(bus_.address(), withActions);
     const auto helper = start();
     ASSERT_TRUE(order(scripted));
-    const QString window = screen_.windowNamed(question);
-    ASSERT_FALSE(window.isEmpty());
-    ASSERT_TRUE(screen_.activate(window));
-    screen_.typeKey(QStringLiteral("alt+r"));
+    ASSERT_NO_FATAL_FAILURE(answer(question, QStringLiteral("alt+r")));
     ASSERT_TRUE(waitUntil([&] { return desktop.shown().size() == 1; }));
     EXPECT_THAT(tree(), ElementsAre(QStringLiteral("Made/"), QStringLiteral("ran for Scripted")));
     ASSERT_TRUE(order(scripted));
@@ -158,13 +160,8 @@ TEST_F(CreationProgramTest, WhatTakesLongIsShownAndCanBeCancelled)
     FakeDesktop desktop(bus_.address(), withActions);
     const auto helper = start();
     ASSERT_TRUE(order(scripted));
-    const QString asking = screen_.windowNamed(question);
-    ASSERT_TRUE(screen_.activate(asking));
-    screen_.typeKey(QStringLiteral("alt+r"));
-    const QString progress = screen_.windowNamed(QStringLiteral("Quenby"));
-    ASSERT_FALSE(progress.isEmpty());
-    ASSERT_TRUE(screen_.activate(progress));
-    screen_.typeKey(QStringLiteral("Escape"));
+    ASSERT_NO_FATAL_FAILURE(answer(question, QStringLiteral("alt+r")));
+    ASSERT_NO_FATAL_FAILURE(answer(QStringLiteral("Quenby"), QStringLiteral("Escape")));
     ASSERT_TRUE(waitUntil([&] { return desktop.shown().size() == 1; }));
     EXPECT_EQ(desktop.shown().constFirst().title,
               QStringLiteral("\"Scripted\" was created, its script failed"));
