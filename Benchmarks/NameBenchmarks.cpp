@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 // The unique name among so many siblings "Untitled", "Untitled-1" …, beside one pass over the names that
-// compares each with the name wanted, without regard to case.
+// compares each with the name wanted, without regard to case; and what an index of the names costs and gives.
 
 #include "Benchmarks/SamplePresets.h"
 #include "Source/QNBUniqueName.h"
@@ -41,8 +41,41 @@ void BM_UniqueName(benchmark::State &state)
     }
 }
 
+/// What the first rename in a large folder takes besides.
+void BM_IndexChildNames(benchmark::State &state)
+{
+    const QNBPresetRecordPtr preset = SamplePresets::flatPreset(state.range(0));
+    QNBHierarchyItem &level = *preset->fileHierarchy();
+    for (auto _ : state) {
+        level.indexChildNames();
+        if (!level.childNames()) {
+            state.SkipWithError("there is no index");
+            break;
+        }
+        state.PauseTiming();
+        level.dropChildNames();
+        state.ResumeTiming();
+    }
+}
+
+/// A name that is taken, in a folder with an index of the names.
+void BM_UniqueNameByIndex(benchmark::State &state)
+{
+    const QNBPresetRecordPtr preset = SamplePresets::flatPreset(state.range(0));
+    QNBHierarchyItem &level = *preset->fileHierarchy();
+    level.indexChildNames();
+    for (auto _ : state) {
+        if (uniqueNameForLevel(level, QStringLiteral("UNTITLED-7"), nullptr) != u"UNTITLED-7-1") {
+            state.SkipWithError("not the first free name");
+            break;
+        }
+    }
+}
+
 } // namespace
 
 #define QUENBY_SIZES Arg(1'000)->Arg(10'000)->Arg(100'000)->Unit(benchmark::kMicrosecond)
 BENCHMARK(BM_PassOverNames)->QUENBY_SIZES;
 BENCHMARK(BM_UniqueName)->QUENBY_SIZES;
+BENCHMARK(BM_IndexChildNames)->QUENBY_SIZES;
+BENCHMARK(BM_UniqueNameByIndex)->QUENBY_SIZES;

@@ -4,6 +4,7 @@
 #include "Source/QNBHierarchyItem.h"
 
 #include "Shared/Source/CocoaCryptoHashing.h"
+#include "Source/QNBChildNames.h"
 
 #include <QStringEncoder>
 #include <QVarLengthArray>
@@ -130,6 +131,8 @@ void QNBHierarchyItem::addChild(const QNBHierarchyItemPtr &item)
 {
     item->setParent(shared_from_this());
     children_.push_back(item);
+    if (childNames_)
+        childNames_->add(*item);
 }
 
 void QNBHierarchyItem::addChildAfterExistingChild(const QNBHierarchyItemPtr &newItem,
@@ -139,6 +142,8 @@ void QNBHierarchyItem::addChildAfterExistingChild(const QNBHierarchyItemPtr &new
     const std::size_t position = existing == notFound ? 0 : existing + 1;
     newItem->setParent(shared_from_this());
     children_.insert(children_.begin() + static_cast<std::ptrdiff_t>(position), newItem);
+    if (childNames_)
+        childNames_->add(*newItem);
 }
 
 void QNBHierarchyItem::removeChild(const QNBHierarchyItemPtr &item)
@@ -146,6 +151,8 @@ void QNBHierarchyItem::removeChild(const QNBHierarchyItemPtr &item)
     // The item given may be the one in the list, which goes before std::erase() has compared all.
     const QNBHierarchyItemPtr removed = item; // NOLINT(performance-unnecessary-copy-initialization)
     removed->setParent(shared_from_this());
+    if (childNames_)
+        childNames_->remove(*removed);
     std::erase(children_, removed);
 }
 
@@ -168,6 +175,46 @@ bool QNBHierarchyItem::hasChild(const QNBHierarchyItem &item) const
 void QNBHierarchyItem::setChild(const QNBHierarchyItemPtr &item)
 {
     setChildren({item});
+}
+
+void QNBHierarchyItem::setChildren(const Children &children)
+{
+    dropChildNames();
+    children_ = children;
+}
+
+void QNBHierarchyItem::indexChildNames()
+{
+    const auto isOwnChild = [this](const QNBHierarchyItemPtr &child) {
+        return child->parent().get() == this;
+    };
+    if (!childNames_ && children_.size() >= fewestIndexedNames &&
+        std::all_of(children_.begin(), children_.end(), isOwnChild))
+        childNames_ = std::make_unique<QNBChildNames>(children_);
+}
+
+void QNBHierarchyItem::dropChildNames()
+{
+    childNames_.reset();
+}
+
+void QNBHierarchyItem::setFilename(const QString &name)
+{
+    const QNBHierarchyItemPtr folder = parent();
+    QNBChildNames *names = folder ? folder->childNames_.get() : nullptr;
+    // It is not there if this item was removed, which leaves the link to its parent.
+    const bool isChild = names && names->remove(*this);
+    filename_ = name;
+    if (isChild)
+        names->add(*this);
+}
+
+void QNBHierarchyItem::setParent(const QNBHierarchyItemPtr &parent)
+{
+    // That may still have it as a child, but would not hear of its names.
+    if (const QNBHierarchyItemPtr former = this->parent(); former && former != parent)
+        former->dropChildNames();
+    parent_ = parent;
 }
 
 QVariantMap QNBHierarchyItem::customPermissions() const

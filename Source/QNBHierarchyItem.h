@@ -14,6 +14,7 @@
 #include <memory>
 #include <vector>
 
+class QNBChildNames;
 class QNBHierarchyItem;
 using QNBHierarchyItemPtr = std::shared_ptr<QNBHierarchyItem>;
 
@@ -93,7 +94,16 @@ public:
     void setChild(const QNBHierarchyItemPtr &item);
 
     const Children &children() const { return children_; }
-    void setChildren(const Children &children) { children_ = children; }
+    void setChildren(const Children &children);
+
+    /// With fewer children a look at each of their names is not worth avoiding.
+    static constexpr std::size_t fewestIndexedNames = 500;
+    /// Makes an index of the children's names, unless they are few or one of them has another parent. It
+    /// follows every edit, until it is dropped: by the caller, or by an edit that it cannot follow.
+    void indexChildNames();
+    void dropChildNames();
+    /// The index; null if there is none.
+    const QNBChildNames *childNames() const { return childNames_.get(); }
 
     /// The keys of customPermissions(): owner, group, others.
     inline static const std::array<QString, 3> permissionKeys{QStringLiteral("u"), QStringLiteral("g"),
@@ -109,7 +119,7 @@ public:
     const QString &contentFilename() const { return contentFilename_; }
     void setContentFilename(const QString &name) { contentFilename_ = name; }
     const QString &filename() const { return filename_; }
-    void setFilename(const QString &name) { filename_ = name; }
+    void setFilename(const QString &name);
 
     QNBHierarchyItemPtr parent() const { return parent_.lock(); }
     QString uid() const;
@@ -131,7 +141,7 @@ private:
     void setUid(const QString &uid);
     template <class Sink>
     typename Sink::Ref encodeTree(Sink &sink, bool includeUID) const;
-    void setParent(const QNBHierarchyItemPtr &parent) { parent_ = parent; }
+    void setParent(const QNBHierarchyItemPtr &parent);
 
     Children children_;
     std::weak_ptr<QNBHierarchyItem> parent_;
@@ -140,6 +150,8 @@ private:
     QString contentFilename_;
     /// A stored uid that is no digest's hexadecimal form; the digest counts if null.
     std::unique_ptr<const QString> givenUid_;
+    /// While there is one, this item is the parent of all its children.
+    std::unique_ptr<QNBChildNames> childNames_;
     std::array<std::uint8_t, 20> digest_{};
     /// Owner, group, others, as in permissionKeys.
     std::array<std::uint32_t, 3> permissions_;

@@ -69,6 +69,15 @@ bool QNBPrefPanePref::canInsertItem() const
     return _selectedItem && QNBHierarchyDepth::ofItem(*levelForNewItem()) < QNBHierarchyDepth::deepest;
 }
 
+void QNBPrefPanePref::keepChildNamesOf(const QNBHierarchyItemPtr &level)
+{
+    if (const QNBHierarchyItemPtr former = _levelWithChildNames.lock(); former && former != level)
+        former->dropChildNames();
+    if (level)
+        level->indexChildNames();
+    _levelWithChildNames = level;
+}
+
 void QNBPrefPanePref::renameSelectedItemInPresetHierarchy()
 {
     _ui_presetHierarchyView->editRow(_ui_presetHierarchyView->selectedRow());
@@ -82,6 +91,7 @@ void QNBPrefPanePref::outlineViewSetObjectValue(OutlineView &, const QVariant &v
     if (!level || !_selectedItem)
         return;
     const QString text = value.toString();
+    keepChildNamesOf(level);
     const QString name = uniqueNameForFilename(text.isEmpty() ? untitled : text, *level, item.get());
     if (name != item->filename())
         _history.push(new QNBSetItemTextCommand(*this, _selectedItem, item, QNBSetItemTextCommand::filename,

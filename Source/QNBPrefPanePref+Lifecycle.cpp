@@ -98,6 +98,7 @@ void QNBPrefPanePref::didUnselect()
     _isSelected = false;
     disconnect(qGuiApp, &QGuiApplication::focusWindowChanged, this, &QNBPrefPanePref::focusWindowChanged);
     endEditing();
+    keepChildNamesOf(nullptr);
     writePreferences();
 }
 

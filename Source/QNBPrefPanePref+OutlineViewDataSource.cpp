@@ -70,6 +70,7 @@ void QNBPrefPanePref::updateSelectionShadow()
     if (_selectedItem && !_selectedItem->fileHierarchy())
         _selectedItem->setFileHierarchy(QNBHierarchyItem::init());
     _rootPresetHierarchyItem = _selectedItem ? _selectedItem->fileHierarchy() : nullptr;
+    keepChildNamesOf(nullptr);
 
     _ui_presetHierarchyView->reloadData();
     fullyExpandHierarchy();

@@ -320,6 +320,8 @@ private:
     /// Where a new item comes: into the selected folder, else beside the selected item.
     QNBHierarchyItemPtr levelForNewItem() const;
     bool canInsertItem() const;
+    /// Keeps an index of the names in this folder, if they are many, and in no other; null for none at all.
+    void keepChildNamesOf(const QNBHierarchyItemPtr &level);
     bool canMoveSelectedItem(QNBItemStep step) const;
     void setUpHierarchyActions();
     void validateHierarchyActions();
@@ -451,6 +453,7 @@ private:
     /// In the order of permissionCheckboxes().
     QList<QAction *> _permissionActions;
     QNBHierarchyItemPtr _rootPresetHierarchyItem;
+    std::weak_ptr<QNBHierarchyItem> _levelWithChildNames;
     bool showMenubar = true;
     QNBKeyCombo shortcutCombo;
 

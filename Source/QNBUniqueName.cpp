@@ -4,39 +4,14 @@
 #include "Source/QNBUniqueName.h"
 
 #include "Platform/PathExtension.h"
-#include "Source/QNBHierarchyItem.h"
+#include "Source/QNBChildNames.h"
+#include "Source/QNBLowerCase.h"
 
-#include <QVarLengthArray>
 #include <optional>
 
 namespace {
 
 constexpr QChar separator = u'-';
-
-/// A name in lower case, without an allocation for most.
-class LowerCase
-{
-public:
-    explicit LowerCase(const QString &name)
-    {
-        char16_t all = 0;
-        ascii_.resize(name.size());
-        std::transform(name.begin(), name.end(), ascii_.begin(), [&all](QChar character) {
-            const char16_t c = character.unicode();
-            all |= c;
-            return c >= u'A' && c <= u'Z' ? static_cast<char16_t>(c + (u'a' - u'A')) : c;
-        });
-        constexpr char16_t firstBeyondAscii = 0x80;
-        if (all >= firstBeyondAscii)
-            other_ = name.toLower();
-    }
-
-    QStringView view() const { return other_.isNull() ? QStringView(ascii_) : QStringView(other_); }
-
-private:
-    QVarLengthArray<char16_t, 128> ascii_;
-    QString other_;
-};
 
 QString suffixOf(const QString &extension)
 {
@@ -59,6 +34,20 @@ std::optional<std::uint32_t> counterIn(QStringView text)
     return number;
 }
 
+/// The unique name, if it has no high number: then one look at each name is faster.
+std::optional<QString> uniqueNameAmong(const QNBChildNames &names, const QString &base,
+                                       const QString &extension, const QNBHierarchyItem *forItem)
+{
+    constexpr int mostNumbers = 50;
+    QString candidate = base + suffixOf(extension);
+    for (int number = 1; number <= mostNumbers; ++number) {
+        if (!names.isTaken(candidate, forItem))
+            return candidate;
+        candidate = QNBNumberedName(base, extension, number);
+    }
+    return std::nullopt;
+}
+
 } // namespace
 
 QNBUniqueNameSearch::QNBUniqueNameSearch(const QString &base, const QString &extension)
@@ -73,7 +62,7 @@ QNBUniqueNameSearch::QNBUniqueNameSearch(const QString &base, const QString &ext
 
 void QNBUniqueNameSearch::addTaken(const QString &name)
 {
-    const LowerCase lowerCase(name);
+    const QNBLowerCase lowerCase(name);
     const QStringView lower = lowerCase.view();
     if (lower.startsWith(prefix_) && lower.endsWith(tail_)) {
         const qsizetype digits = lower.size() - prefix_.size() - tail_.size();
@@ -105,6 +94,10 @@ QString QNBNumberedName(const QString &base, const QString &extension, qsizetype
 QString uniqueNameForLevel(const QNBHierarchyItem &level, const QString &baseName,
                            const QNBHierarchyItem *forItem, const QString &extension)
 {
+    if (const QNBChildNames *names = level.childNames()) {
+        if (const auto name = uniqueNameAmong(*names, baseName, extension, forItem))
+            return *name;
+    }
     QNBUniqueNameSearch search(baseName, extension);
     for (const QNBHierarchyItemPtr &child : level.children()) {
         if (!forItem || !child->isEqualTo(*forItem))

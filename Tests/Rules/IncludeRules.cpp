@@ -23,11 +23,13 @@ const QString paneContract = QStringLiteral("Toolkit/PreferencePane.h");
 /// The classes of Source that the programs without a pane share.
 const QStringList coreClasses = {QStringLiteral("HJSLoginItemController"),
                                  QStringLiteral("NSURL"),
+                                 QStringLiteral("QNBChildNames"),
                                  QStringLiteral("QNBDraggedItem"),
                                  QStringLiteral("QNBFolderMenu"),
                                  QStringLiteral("QNBHierarchyDepth"),
                                  QStringLiteral("QNBHierarchyItem"),
                                  QStringLiteral("QNBItemStep"),
+                                 QStringLiteral("QNBLowerCase"),
                                  QStringLiteral("QNBPermissions"),
                                  QStringLiteral("QNBPresetFile"),
                                  QStringLiteral("QNBPresetImport"),

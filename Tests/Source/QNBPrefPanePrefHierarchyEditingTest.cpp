@@ -335,6 +335,42 @@ TEST_F(QNBPrefPanePrefHierarchyEditing, SelectingAPresetExpandsAllOfIt)
     EXPECT_EQ(outline().selectedRow(), OutlineView::noRow);
 }
 
+TEST_F(QNBPrefPanePrefHierarchyEditing, NamesAreIndexedInTheLargeFolderThatIsEdited)
+{
+    QStringList paths{text("left/"), text("right/")};
+    for (std::size_t number = 0; number < QNBHierarchyItem::fewestIndexedNames; ++number) {
+        paths << QStringLiteral("left/%1.txt").arg(number);
+        paths << QStringLiteral("right/%1.txt").arg(number);
+    }
+    openTree(paths);
+    const QNBHierarchyItemPtr left = item(text("left"));
+    const QNBHierarchyItemPtr right = item(text("right"));
+    const QVariantMap before = tree();
+    EXPECT_FALSE(left->childNames()) << "nothing was renamed";
+    rename(text("left/3.txt"), text("5.TXT"));
+    EXPECT_EQ(left->childAtIndex(3)->filename(), u"5-1.TXT");
+    EXPECT_TRUE(left->childNames());
+    expectUndoAndRedo(before, 1);
+    rename(text("left/4.txt"), text("3.txt"));
+    EXPECT_EQ(left->childAtIndex(4)->filename(), u"3.txt");
+    EXPECT_TRUE(left->childNames()) << "undo and redo kept it";
+
+    rename(text("right/3.txt"), text("5.TXT"));
+    EXPECT_FALSE(left->childNames());
+    EXPECT_TRUE(right->childNames());
+    rename(text("left"), text("LEFT"));
+    EXPECT_FALSE(right->childNames()) << "a small folder is edited now";
+
+    rename(text("right/6.txt"), text("7.txt"));
+    EXPECT_TRUE(right->childNames());
+    pane->didUnselect();
+    EXPECT_FALSE(right->childNames());
+    rename(text("right/8.txt"), text("9.txt"));
+    EXPECT_TRUE(right->childNames());
+    controller().setSelectionIndex(-1);
+    EXPECT_FALSE(right->childNames());
+}
+
 TEST_F(QNBPrefPanePrefHierarchyEditing, APresetWithoutATreeGetsAnEmptyOne)
 {
     openTree({text("a")});
