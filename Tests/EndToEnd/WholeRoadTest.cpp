@@ -11,6 +11,7 @@
 
 #include <QDBusConnection>
 #include <QDBusMessage>
+#include <QDBusPendingCall>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -80,12 +81,15 @@ protected:
         const QString name = QStringLiteral("whole-road");
         QDBusMessage answer;
         {
+            // The helper may be asking the tray meanwhile, which is in this process.
             const QDBusConnection bus = QDBusConnection::connectToBus(session_.busAddress(), name);
             QDBusMessage order = QDBusMessage::createMethodCall(
                 QStringLiteral("org.quenby.QNBHelper"), QStringLiteral("/org/quenby/QNBHelper"),
                 QStringLiteral("org.quenby.QNBHelper"), QStringLiteral("Create"));
             order << preset << QStringList(folder);
-            answer = bus.call(order);
+            const QDBusPendingCall call = bus.asyncCall(order);
+            waitUntil([&] { return call.isFinished(); }, patience);
+            answer = call.reply();
         }
         QDBusConnection::disconnectFromBus(name);
         return answer;

@@ -5,6 +5,7 @@
 
 #include <QCoreApplication>
 #include <QDeadlineTimer>
+#include <QTimer>
 
 #include <csignal>
 #include <sys/prctl.h>
@@ -12,6 +13,7 @@
 namespace {
 
 constexpr int startTimeout = 10000;
+/// In milliseconds.
 constexpr int pollInterval = 10;
 
 } // namespace
@@ -19,10 +21,13 @@ constexpr int pollInterval = 10;
 bool waitUntil(const std::function<bool()> &condition, std::chrono::milliseconds timeout)
 {
     const QDeadlineTimer deadline(timeout);
+    // There is always an event to wait for.
+    QTimer poll;
+    poll.start(pollInterval);
     while (!condition()) {
         if (deadline.hasExpired())
             return false;
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents | QEventLoop::AllEvents, pollInterval);
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents | QEventLoop::AllEvents);
     }
     return true;
 }

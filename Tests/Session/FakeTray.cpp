@@ -10,6 +10,7 @@
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QDBusObjectPath>
+#include <QDBusPendingCall>
 #include <QDBusReply>
 #include <QDBusVariant>
 
@@ -118,8 +119,11 @@ QDBusMessage FakeTray::ask(const QString &path, const QString &interface, const 
     QDBusMessage message =
         QDBusMessage::createMethodCall(items_.value(items_.size() - 1), path, interface, member);
     message.setArguments(arguments);
-    // The program may be asking us meanwhile.
-    return QDBusConnection(connectionName).call(message, QDBus::BlockWithGui);
+    // The program may be asking us meanwhile. (A call that blocks with an event loop waits for ever if the
+    // answer comes before the loop has begun.)
+    const QDBusPendingCall answer = QDBusConnection(connectionName).asyncCall(message);
+    waitUntil([&] { return answer.isFinished(); });
+    return answer.reply();
 }
 
 FakeTray::Entry FakeTray::menu()

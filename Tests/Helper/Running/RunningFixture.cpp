@@ -11,6 +11,7 @@
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
+#include <QDBusPendingCall>
 
 #include <csignal>
 
@@ -90,11 +91,13 @@ bool RunningFixture::isOnBus() const
 {
     QDBusConnection bus = QDBusConnection::connectToBus(bus_.address(), connectionName);
     // The object comes after the name.
-    const QDBusMessage answer = bus.call(QDBusMessage::createMethodCall(
+    // It may be asking the tray meanwhile, which is in this process.
+    const QDBusPendingCall answer = bus.asyncCall(QDBusMessage::createMethodCall(
         HelperService::name, HelperService::path, QStringLiteral("org.freedesktop.DBus.Introspectable"),
         QStringLiteral("Introspect")));
+    waitUntil([&] { return answer.isFinished(); });
     QDBusConnection::disconnectFromBus(connectionName);
-    return answer.arguments().value(0).toString().contains(HelperService::createMethod);
+    return answer.reply().arguments().value(0).toString().contains(HelperService::createMethod);
 }
 
 bool RunningFixture::order(const QString &preset, QString *error)
