@@ -3,38 +3,33 @@
 
 #include "Helper/CommandLine.h"
 #include "Helper/Presets.h"
-#include "Helper/Running/RunningHelper.h"
+#include "Helper/Running/RunningCode.h"
 #include "Helper/StandardStreams.h"
-#include "Platform/SessionBus.h"
 
-#include <QApplication>
+#include <QCoreApplication>
+#include <QFileInfo>
+#include <QLibrary>
 
-#include <chrono>
+#include <cstdio>
 #include <sys/prctl.h>
-
-using namespace std::chrono_literals;
 
 namespace {
 
 /// The running helper is found, and ended, by its name: the command line is not it.
 constexpr char commandLineProcessName[] = "QNBHelper-cli";
-/// A bus that is there answers within a millisecond or two.
-constexpr auto busTimeout = 1000ms;
-
-void introduce()
-{
-    QCoreApplication::setApplicationName(helperName);
-    QCoreApplication::setApplicationVersion(QStringLiteral(QUENBY_VERSION));
-}
+/// What the dynamic loader returns, too, if a library of a program is missing.
+constexpr int codeIsMissing = 127;
 
 int runInBackground(int &argc, char **argv)
 {
-    // The library's own windows use it.
-    SessionBus::keepIfItAnswers(busTimeout);
-    QGuiApplication::setDesktopFileName(QStringLiteral(QUENBY_IDENTIFIER));
-    QApplication application(argc, argv);
-    introduce();
-    return runHelper(application);
+    const QString folder = QFileInfo(QFile::symLinkTarget(QStringLiteral("/proc/self/exe"))).path();
+    QLibrary code(folder + u'/' + QLatin1String(RunningCode::path));
+    // Its objects outlive main().
+    code.setLoadHints(QLibrary::PreventUnloadHint);
+    if (auto *const run = reinterpret_cast<RunningCode::Run *>(code.resolve(RunningCode::runName)))
+        return run(argc, argv);
+    std::fprintf(stderr, "QNBHelper: %s\n", qPrintable(code.errorString()));
+    return codeIsMissing;
 }
 
 } // namespace
@@ -42,11 +37,12 @@ int runInBackground(int &argc, char **argv)
 int main(int argc, char **argv)
 {
     StandardStreams::occupyClosed();
+    QCoreApplication::setApplicationName(helperName);
+    QCoreApplication::setApplicationVersion(QStringLiteral(QUENBY_VERSION));
     if (argc <= 1)
         return runInBackground(argc, argv);
     ::prctl(PR_SET_NAME, commandLineProcessName);
     const Interruption interruption;
     const QCoreApplication application(argc, argv);
-    introduce();
     return static_cast<int>(CommandLine(interruption).run(QCoreApplication::arguments()));
 }

@@ -20,6 +20,7 @@
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
+using ::testing::Not;
 
 namespace {
 
@@ -59,6 +60,33 @@ TEST_F(CommandLineProgramTest, IsAnApplicationInThePane)
     EXPECT_EQ(information.value(text("CFBundleIdentifier")).toString(), text("org.quenby.QNBHelper"));
     EXPECT_EQ(information.value(text("CFBundlePackageType")).toString(), text("APPL"));
     EXPECT_EQ(QFileInfo(bundle->executablePath()), QFileInfo(text(QUENBY_HELPER)));
+}
+
+TEST_F(CommandLineProgramTest, StartsWithoutTheLibrariesOfWindows)
+{
+    QProcess loader;
+    QProcessEnvironment environment = home_.environment();
+    environment.insert(text("LD_TRACE_LOADED_OBJECTS"), text("1"));
+    loader.setProcessEnvironment(environment);
+    loader.start(program(), {text("--version")});
+    ASSERT_TRUE(loader.waitForFinished()) << qPrintable(loader.errorString());
+    const std::string libraries = loader.readAllStandardOutput().toStdString();
+    EXPECT_THAT(libraries, HasSubstr("libQt6Core.so"));
+    EXPECT_THAT(libraries, Not(HasSubstr("libQt6Gui.so")));
+    EXPECT_THAT(libraries, Not(HasSubstr("libxcb.so")));
+}
+
+TEST_F(CommandLineProgramTest, WithoutItsCodeForTheBackgroundItSaysSoAndEnds)
+{
+    const QString alone = home_.filePath(text("alone"));
+    ASSERT_TRUE(QFile::copy(program(), alone));
+    QProcess process;
+    process.setProcessEnvironment(home_.environment());
+    process.start(alone, {});
+    ASSERT_TRUE(process.waitForFinished()) << qPrintable(process.errorString());
+    EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
+    EXPECT_EQ(process.exitCode(), 127);
+    EXPECT_THAT(process.readAllStandardError().toStdString(), HasSubstr("QNBRunningHelper.so"));
 }
 
 TEST_F(CommandLineProgramTest, ListsTheLabels)

@@ -34,6 +34,8 @@ HelperFixture::HelperFixture()
     const QString contents = paneContents(home_);
     EXPECT_TRUE(QDir().mkpath(QFileInfo(program()).path()));
     EXPECT_TRUE(QFile::copy(QStringLiteral(QUENBY_HELPER), program()));
+    EXPECT_TRUE(QFile::link(QStringLiteral(QUENBY_BUNDLE "/Contents/MacOS/QNBHelper.app/Contents/PlugIns"),
+                            contents + QStringLiteral("/MacOS/QNBHelper.app/Contents/PlugIns")));
     EXPECT_TRUE(QFile::copy(QStringLiteral(QUENBY_BUNDLE "/Contents/Info.plist"),
                             contents + QStringLiteral("/Info.plist")));
     EXPECT_TRUE(QFile::link(resources(), contents + QStringLiteral("/Resources")));

@@ -53,6 +53,7 @@ TEST_F(InstallationTest, EverythingIsWhereTheDesktopLooks)
           QUENBY_INSTALL_BUNDLE "/Contents/MacOS/QNBContextMenu.plugin/Contents/MacOS/QNBContextMenu",
           QUENBY_INSTALL_BUNDLE "/Contents/MacOS/QNBHelper.app/Contents/Info.plist",
           QUENBY_INSTALL_BUNDLE "/Contents/MacOS/QNBHelper.app/Contents/MacOS/QNBHelper",
+          QUENBY_INSTALL_BUNDLE "/Contents/MacOS/QNBHelper.app/Contents/PlugIns/QNBRunningHelper.so",
           QUENBY_INSTALL_BINDIR "/QNBHelper", QUENBY_INSTALL_MANDIR "/man1/QNBHelper.1",
           QUENBY_INSTALL_BUNDLE "/Contents/Resources/DefaultPresets.plist",
           QUENBY_INSTALL_BUNDLE "/Contents/Resources/DragHandle.svg",
