@@ -57,9 +57,11 @@ QString undoName(UndoReport::Status status)
     case UndoReport::Status::NothingToUndo:
         return QStringLiteral("nothingToUndo");
     case UndoReport::Status::Refused:
+        return QStringLiteral("refused");
+    case UndoReport::Status::Incomplete:
         break;
     }
-    return QStringLiteral("refused");
+    return QStringLiteral("incomplete");
 }
 
 QJsonObject script(const ScriptResult &result)

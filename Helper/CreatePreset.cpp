@@ -46,6 +46,12 @@ QString obstacles(const Creation::Plan &plan)
     return count > 1 ? tr("%1 (and %2 more)").arg(first).arg(count - 1) : first;
 }
 
+void forget(const History &history)
+{
+    if (const FileResult forgotten = history.forget(); !forgotten)
+        qCWarning(lcCreate) << "a creation that cannot be undone is remembered:" << forgotten.error;
+}
+
 void remember(const CreationReport &report)
 {
     const History history;
@@ -53,8 +59,26 @@ void remember(const CreationReport &report)
     const std::optional<FileLock> lock = history.lock(&error);
     const FileResult stored =
         lock ? history.store({report.id, report.label, report.record}) : FileResult::failure(error);
+    if (stored)
+        return;
+    qCWarning(lcCreate) << "the creation cannot be undone:" << stored.error;
+    // Nor is the one before taken for the last one.
+    if (lock)
+        forget(history);
+}
+
+/// The same of a creation that has changed since, unless it was undone or another one followed.
+void rememberChanges(const CreationReport &report)
+{
+    const History history;
+    QString error;
+    const std::optional<FileLock> lock = history.lock(&error);
+    const std::optional<History::Creation> last = lock ? history.read(&error) : std::nullopt;
+    FileResult stored = error.isEmpty() ? FileResult() : FileResult::failure(error);
+    if (last && last->id == report.id && !last->isBeingUndone)
+        stored = history.store({report.id, report.label, report.record});
     if (!stored)
-        qCWarning(lcCreate) << "the creation cannot be undone:" << stored.error;
+        qCWarning(lcCreate) << "what the script has changed cannot be undone:" << stored.error;
 }
 
 QString scriptsFolder()
@@ -87,7 +111,7 @@ void runScript(const CreationRequest &request, const QString &name, CreationRepo
     const ScriptChanges changes;
     report.script = script->run(target, report.label, request.scriptLimits);
     if (changes.takeInto(report.record))
-        remember(report);
+        rememberChanges(report);
     if (report.script.hasSucceeded())
         return;
     report.status = report.script.outcome == ScriptResult::Outcome::TimedOut ? Status::ScriptTimedOut
@@ -100,24 +124,41 @@ UndoReport refused(const QString &message)
     return {UndoReport::Status::Refused, message, {}, {}};
 }
 
-UndoReport undoRecord(const History::Creation &creation)
+UndoReport reportOf(const History::Creation &creation, const Creation::UndoOutcome &outcome)
 {
     UndoReport report;
     report.label = creation.label;
     report.folder = QFile::decodeName(creation.record.target);
-    const Creation::UndoOutcome outcome = Creation::undo(creation.record);
-    report.status = outcome.succeeded ? UndoReport::Status::Undone : UndoReport::Status::Refused;
-    report.message =
-        outcome.succeeded
-            ? tr("Undid \"%1\" in %2").arg(report.label, report.folder)
-            : tr("\"%1\" in %2 was not undone: %3").arg(report.label, report.folder, outcome.error);
+    if (outcome.succeeded) {
+        report.status = UndoReport::Status::Undone;
+        report.message = tr("Undid \"%1\" in %2").arg(report.label, report.folder);
+        return report;
+    }
+    report.status = outcome.rest ? UndoReport::Status::Incomplete : UndoReport::Status::Refused;
+    const QString message = outcome.rest ? tr("\"%1\" in %2 was not undone completely: %3")
+                                         : tr("\"%1\" in %2 was not undone: %3");
+    report.message = message.arg(report.label, report.folder, outcome.error);
     return report;
 }
 
-void forget(const History &history)
+/// Undoes the creation that the history keeps, so that it can be gone on with if it does not get to the end.
+UndoReport undoKept(const History &history, const History::Creation &creation)
 {
-    if (const FileResult forgotten = history.forget(); !forgotten)
-        qCWarning(lcCreate) << "the creation that was undone is remembered:" << forgotten.error;
+    if (const FileResult begun = history.beginUndo(); !begun)
+        return reportOf(creation, {false, begun.error});
+    const Creation::UndoOutcome outcome =
+        Creation::undo(creation.record, creation.isBeingUndone ? Creation::EarlierUndo::Unfinished
+                                                               : Creation::EarlierUndo::None);
+    FileResult kept;
+    if (outcome.succeeded)
+        forget(history);
+    else if (outcome.rest)
+        kept = history.store({creation.id, creation.label, *outcome.rest, true});
+    else if (!creation.isBeingUndone)
+        kept = history.endUndo();
+    if (!kept)
+        qCWarning(lcCreate) << "what was not undone is not remembered well:" << kept.error;
+    return reportOf(creation, outcome);
 }
 
 } // namespace
@@ -174,10 +215,7 @@ UndoReport undoLastCreation()
         nothing.message = tr("There is nothing to undo");
         return nothing;
     }
-    UndoReport report = undoRecord(*creation);
-    if (report.status == UndoReport::Status::Undone)
-        forget(history);
-    return report;
+    return undoKept(history, *creation);
 }
 
 UndoReport undoCreation(const CreationReport &report)
@@ -187,11 +225,8 @@ UndoReport undoCreation(const CreationReport &report)
     const std::optional<FileLock> lock = history.lock(&error);
     if (!lock)
         return refused(error);
-    UndoReport undone = undoRecord({report.id, report.label, report.record});
-    if (undone.status == UndoReport::Status::Undone) {
-        const std::optional<History::Creation> last = history.read(&error);
-        if (last && last->id == report.id)
-            forget(history);
-    }
-    return undone;
+    // It is kept as it is by now: changed by its script, or undone in part.
+    if (const std::optional<History::Creation> last = history.read(&error); last && last->id == report.id)
+        return undoKept(history, *last);
+    return reportOf({report.id, report.label, report.record}, Creation::undo(report.record));
 }

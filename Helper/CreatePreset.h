@@ -64,6 +64,8 @@ struct UndoReport
         NothingToUndo,
         /// Everything was left as it is.
         Refused,
+        /// Something could not be removed after the rest was. Undoing again goes on with it.
+        Incomplete,
     };
     Status status = Status::NothingToUndo;
     /// For people.

@@ -14,6 +14,7 @@
 namespace {
 
 const QString historyFile = QStringLiteral("LastCreation.plist");
+const QString undoingFile = QStringLiteral("LastCreation-undoing.plist");
 const QString lockSuffix = QStringLiteral(".lock");
 
 const QString idKey = QStringLiteral("id");
@@ -42,42 +43,62 @@ QString History::path() const
     return folder_ + u'/' + historyFile;
 }
 
+QString History::undoingPath() const
+{
+    return folder_ + u'/' + undoingFile;
+}
+
 FileResult History::store(const Creation &creation) const
 {
     const PropertyList::WriteResult bytes = PropertyList::write(QVariantMap{
         {idKey, creation.id}, {labelKey, creation.label}, {recordKey, creation.record.toVariant()}});
     if (!bytes)
         return FileResult::failure(bytes.error);
-    return DurableFileWriter().write(path(), *bytes.bytes);
+    return DurableFileWriter().write(creation.isBeingUndone ? undoingPath() : path(), *bytes.bytes);
+}
+
+FileResult History::beginUndo() const
+{
+    return QFileInfo::exists(path()) ? DurableFileWriter().rename(path(), undoingPath()) : FileResult();
+}
+
+FileResult History::endUndo() const
+{
+    return DurableFileWriter().rename(undoingPath(), path());
 }
 
 std::optional<History::Creation> History::read(QString *error) const
 {
     error->clear();
-    if (!QFileInfo::exists(path()))
+    const bool isBeingUndone = !QFileInfo::exists(path());
+    const QString file = isBeingUndone ? undoingPath() : path();
+    if (!QFileInfo::exists(file))
         return std::nullopt;
-    const std::optional<QByteArray> bytes = BoundedFile::read(path(), PropertyList::Limits::inputSize, error);
+    const std::optional<QByteArray> bytes = BoundedFile::read(file, PropertyList::Limits::inputSize, error);
     if (!bytes)
         return std::nullopt;
     const PropertyList::ReadResult result = PropertyList::read(*bytes);
     const QVariantMap stored = result ? result.value->toMap() : QVariantMap();
     const auto record = ::Creation::Record::fromVariant(stored.value(recordKey).toMap());
     if (!record) {
-        *error = path() + QStringLiteral(": ") +
+        *error = file + QStringLiteral(": ") +
                  (result.error.isEmpty() ? QStringLiteral("not a record of a creation") : result.error);
         return std::nullopt;
     }
-    return Creation{stored.value(idKey).toString(), stored.value(labelKey).toString(), *record};
+    return Creation{stored.value(idKey).toString(), stored.value(labelKey).toString(), *record,
+                    isBeingUndone};
 }
 
 bool History::hasCreation() const
 {
-    return QFileInfo::exists(path());
+    return QFileInfo::exists(path()) || QFileInfo::exists(undoingPath());
 }
 
 FileResult History::forget() const
 {
-    return DurableFileWriter().remove(path());
+    const DurableFileWriter writer;
+    const FileResult removed = writer.remove(undoingPath());
+    return removed ? writer.remove(path()) : removed;
 }
 
 std::optional<FileLock> History::lock(QString *error) const

@@ -22,6 +22,8 @@ public:
         /// Of the preset.
         QString label;
         ::Creation::Record record;
+        /// Since beginUndo().
+        bool isBeingUndone = false;
     };
 
     /// That of the user.
@@ -30,6 +32,11 @@ public:
 
     /// Replaces what was kept; durable when it returns. Under the lock, like forget().
     FileResult store(const Creation &creation) const;
+    /// Has the creation that is kept read as one that is being undone, even should this process be ended; of
+    /// one that is already nothing has to be done. Durable when it returns, and possible on a full disk.
+    FileResult beginUndo() const;
+    /// Takes that back.
+    FileResult endUndo() const;
     /// None without one, and then without an error, or if it cannot be read.
     std::optional<Creation> read(QString *error) const;
     FileResult forget() const;
@@ -41,6 +48,8 @@ public:
 
 private:
     QString path() const;
+    /// Where a creation is kept while it is being undone; out of date if one is kept in path(), too.
+    QString undoingPath() const;
 
     const QString folder_;
 };

@@ -310,6 +310,14 @@ FileResult DurableFileWriter::makeSymbolicLink(const QString &path, const QByteA
     return synchroniseFolder(layer_, folderOf(link));
 }
 
+FileResult DurableFileWriter::rename(const QString &from, const QString &to) const
+{
+    const QByteArray target = QFile::encodeName(to);
+    if (layer_.rename(QFile::encodeName(from), target) == -1)
+        return failed("rename to", target, errno);
+    return synchroniseFolder(layer_, folderOf(target));
+}
+
 FileResult DurableFileWriter::remove(const QString &path) const
 {
     const QByteArray file = QFile::encodeName(path);

@@ -54,6 +54,10 @@ public:
     /// Makes \a path a symbolic link with the text \a text, in place of the link or file that it may be.
     FileResult makeSymbolicLink(const QString &path, const QByteArray &text) const;
 
+    /// Renames \a from to \a to, in the same folder, in place of what may be there. Takes no room on the
+    /// disk.
+    FileResult rename(const QString &from, const QString &to) const;
+
     /// Removes the file \a path, of a symbolic link the link. Nothing to do is no failure.
     FileResult remove(const QString &path) const;
 

@@ -67,6 +67,28 @@ bool Record::isEmpty() const
     return std::none_of(entries.cbegin(), entries.cend(), [](const Entry &entry) { return entry.isMade(); });
 }
 
+Record Record::only(const std::vector<qsizetype> &numbers) const
+{
+    std::vector<bool> isWanted(entries.size());
+    for (const qsizetype number : numbers) {
+        for (auto entry = static_cast<qint32>(number);
+             entry != inTarget && !isWanted[static_cast<std::size_t>(entry)];
+             entry = entries[static_cast<std::size_t>(entry)].folder)
+            isWanted[static_cast<std::size_t>(entry)] = true;
+    }
+    Record chosen{target, targetIdentity, {}};
+    std::vector<qint32> places(entries.size(), inTarget);
+    for (std::size_t i = 0; i < entries.size(); ++i) {
+        if (!isWanted[i])
+            continue;
+        places[i] = static_cast<qint32>(chosen.entries.size());
+        Entry &entry = chosen.entries.emplace_back(entries[i]);
+        if (entry.folder != inTarget)
+            entry.folder = places[static_cast<std::size_t>(entry.folder)];
+    }
+    return chosen;
+}
+
 QString Record::path(qsizetype entry) const
 {
     QList<QString> components;

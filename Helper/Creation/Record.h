@@ -52,6 +52,8 @@ struct Record
 
     /// Whether nothing was made.
     bool isEmpty() const;
+    /// Some of the entries, by their numbers, and the folders that they are in.
+    Record only(const std::vector<qsizetype> &numbers) const;
     /// The path of an entry below the target, in one line for people.
     QString path(qsizetype entry) const;
 
@@ -66,13 +68,26 @@ struct UndoOutcome
     bool succeeded = false;
     /// For people: what stands in the way.
     QString error;
+    /// What could not be removed after others were; none if nothing was touched.
+    std::optional<Record> rest = {};
+};
+
+/// What became of earlier undos of the same record.
+enum class EarlierUndo {
+    None,
+    /// One may have been ended in the middle, whatever by.
+    Unfinished,
 };
 
 /// Removes what a run made, if that is all as the run left it: where it was, the same files and folders with
 /// the same modes, the files of the same size and time of modification, nothing else in the folders. Else
 /// nothing is removed. What is changed at the very moment of the removal is left alone and told.
-UndoOutcome undo(const Record &record);
+///
+/// After an unfinished undo the same holds for what that one has not come to. What it has removed are the
+/// entries from some place to the end, because it goes from the last to the first; one that is missing among
+/// the others was removed by somebody else.
+UndoOutcome undo(const Record &record, EarlierUndo earlier = EarlierUndo::None);
 /// The same with system calls of one's own.
-UndoOutcome undo(const Record &record, FolderLayer &layer);
+UndoOutcome undo(const Record &record, FolderLayer &layer, EarlierUndo earlier = EarlierUndo::None);
 
 } // namespace Creation

@@ -22,6 +22,11 @@ RecordWalk::RecordWalk(FolderLayer &layer, const Record &record, int target)
 {
 }
 
+mode_t RecordWalk::unlocked(mode_t mode)
+{
+    return mode | ownerRights;
+}
+
 int RecordWalk::enter(qint32 folder)
 {
     // Up from the wanted folder to one that is on the way already; their numbers increase downwards.
@@ -52,8 +57,9 @@ bool RecordWalk::enterChild(qint32 folder)
     way_.push_back(folder);
     const struct stat &information = chain_.information();
     int error = FileIdentity(information) == entry.identity ? 0 : ESTALE;
-    if (error == 0 && entry.isMade() && (information.st_mode & ownerRights) != ownerRights) {
-        if (layer_.chmodOpen(chain_.descriptor(), (information.st_mode & ALLPERMS) | ownerRights) == -1)
+    const mode_t mode = information.st_mode & ALLPERMS;
+    if (error == 0 && entry.isMade() && mode != unlocked(mode)) {
+        if (layer_.chmodOpen(chain_.descriptor(), unlocked(mode)) == -1)
             error = errno;
         else
             unlocked_.push_back(folder);

@@ -18,6 +18,9 @@ public:
     /// \a target, an open descriptor, stays the caller's. \a record outlives this.
     RecordWalk(FolderLayer &layer, const Record &record, int target);
 
+    /// The mode of a folder that its owner may do everything in, and that is else like \a mode.
+    static mode_t unlocked(mode_t mode);
+
     /// The descriptor (O_PATH) of a folder, Record::inTarget for the target; it holds until the next call. -1
     /// with errno, ESTALE if something else is there.
     int enter(qint32 folder);

@@ -7,6 +7,7 @@
 #include "Helper/Creation/RecordWalk.h"
 
 #include <QString>
+#include <vector>
 
 namespace Creation {
 
@@ -24,6 +25,8 @@ public:
 
     /// What could not be removed although it may be there, and why; for people. Empty if there is nothing.
     QString remains() const;
+    /// The same for trying again.
+    Record rest() const { return record_.only(kept_); }
 
 private:
     void removeEntry(RecordWalk &walk, qsizetype number);
@@ -32,7 +35,7 @@ private:
     FolderLayer &layer_;
     const Record &record_;
     QString firstKept_;
-    qsizetype kept_ = 0;
+    std::vector<qsizetype> kept_;
 };
 
 } // namespace Creation

@@ -18,9 +18,10 @@ namespace {
 class Comparison
 {
 public:
-    Comparison(FolderLayer &layer, const Record &record)
+    Comparison(FolderLayer &layer, const Record &record, EarlierUndo earlier)
         : layer_(layer)
         , record_(record)
+        , earlier_(earlier)
         , made_(record.entries.size())
         , hasMade_(record.entries.size())
     {
@@ -59,12 +60,19 @@ private:
                                    : systemError(QStringLiteral("cannot be looked at"), errno);
         if (FileIdentity(now) != entry.identity || S_ISDIR(now.st_mode) != entry.isFolder())
             return QStringLiteral("was replaced");
-        if (entry.isMade() && (now.st_mode & ALLPERMS) != entry.mode)
+        if (entry.isMade() && !isModeOf(entry, now.st_mode & ALLPERMS))
             return QStringLiteral("has other permissions");
         if (!entry.isFolder() && !(now.st_size == entry.size && now.st_mtim.tv_sec == entry.modified.tv_sec &&
                                    now.st_mtim.tv_nsec == entry.modified.tv_nsec))
             return QStringLiteral("was changed");
         return entry.isFolder() ? compareFolder(walk, number) : QString();
+    }
+
+    /// To remove what is in it an earlier undo may have unlocked a folder.
+    bool isModeOf(const Record::Entry &entry, mode_t mode) const
+    {
+        return mode == entry.mode || (earlier_ == EarlierUndo::Unfinished && entry.isFolder() &&
+                                      mode == RecordWalk::unlocked(entry.mode));
     }
 
     QString compareFolder(RecordWalk &walk, qsizetype number)
@@ -86,38 +94,72 @@ private:
 
     FolderLayer &layer_;
     const Record &record_;
+    const EarlierUndo earlier_;
     /// For each folder, how many entries of the record it holds, and if any was made.
     std::vector<qsizetype> made_;
     std::vector<bool> hasMade_;
     bool targetHasMade_ = false;
 };
 
-} // namespace
-
-UndoOutcome undo(const Record &record)
+/// Whether the last entry is one that an earlier undo may have removed, or that no undo removes.
+bool isDoneWith(FolderLayer &layer, RecordWalk &walk, const Record &record)
 {
-    return undo(record, FolderLayer::real());
+    const Record::Entry &last = record.entries.back();
+    if (!last.isMade())
+        return walk.enter(static_cast<qint32>(record.entries.size() - 1)) != -1;
+    const int folder = walk.enter(last.folder);
+    struct stat information = {};
+    return (folder == -1 ||
+            layer.fstatat(folder, last.name.constData(), &information, AT_SYMLINK_NOFOLLOW) == -1) &&
+           errno == ENOENT;
 }
 
-UndoOutcome undo(const Record &record, FolderLayer &layer)
+/// What an earlier undo has not come to.
+Record withoutRemoved(FolderLayer &layer, const Record &record, int target)
 {
-    const QString target = QFile::decodeName(record.target);
-    const FileDescriptor folder(layer, layer.open(record.target, O_PATH | O_DIRECTORY | O_NOFOLLOW));
-    struct stat information = {};
-    if (!folder.isOpen() || layer.fstat(folder.get(), &information) == -1)
-        return {false, systemError(QStringLiteral("the folder “%1” cannot be used").arg(target), errno)};
-    RecordWalk walk(layer, record, folder.get());
-    if (FileIdentity(information) != record.targetIdentity)
-        return {false, QStringLiteral("another folder is where “%1” was").arg(target)};
+    Record present = record;
+    RecordWalk walk(layer, record, target);
+    while (!present.entries.empty() && isDoneWith(layer, walk, present))
+        present.entries.pop_back();
+    walk.lockAgain();
+    return present;
+}
 
-    const QString difference = Comparison(layer, record).compare(walk);
+UndoOutcome undoIn(FolderLayer &layer, const Record &record, int target, EarlierUndo earlier)
+{
+    RecordWalk walk(layer, record, target);
+    const QString difference = Comparison(layer, record, earlier).compare(walk);
     if (!difference.isEmpty()) {
         walk.lockAgain();
         return {false, difference};
     }
     Removal removal(layer, record);
     removal.remove(walk);
-    return {removal.remains().isEmpty(), removal.remains()};
+    if (removal.remains().isEmpty())
+        return {true, {}};
+    walk.lockAgain();
+    return {false, removal.remains(), removal.rest()};
+}
+
+} // namespace
+
+UndoOutcome undo(const Record &record, EarlierUndo earlier)
+{
+    return undo(record, FolderLayer::real(), earlier);
+}
+
+UndoOutcome undo(const Record &record, FolderLayer &layer, EarlierUndo earlier)
+{
+    const QString target = QFile::decodeName(record.target);
+    const FileDescriptor folder(layer, layer.open(record.target, O_PATH | O_DIRECTORY | O_NOFOLLOW));
+    struct stat information = {};
+    if (!folder.isOpen() || layer.fstat(folder.get(), &information) == -1)
+        return {false, systemError(QStringLiteral("the folder “%1” cannot be used").arg(target), errno)};
+    if (FileIdentity(information) != record.targetIdentity)
+        return {false, QStringLiteral("another folder is where “%1” was").arg(target)};
+    if (earlier == EarlierUndo::None)
+        return undoIn(layer, record, folder.get(), earlier);
+    return undoIn(layer, withoutRemoved(layer, record, folder.get()), folder.get(), earlier);
 }
 
 } // namespace Creation

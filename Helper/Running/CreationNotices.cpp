@@ -94,6 +94,8 @@ void CreationNotices::show(const UndoReport &report)
 {
     if (report.status == UndoReport::Status::Undone)
         notifications_.show({translated("Undone"), report.message});
+    else if (report.status == UndoReport::Status::Incomplete)
+        showProblem(translated("Not all was undone"), report.message);
     else
         showProblem(translated("Nothing was undone"), report.message);
 }

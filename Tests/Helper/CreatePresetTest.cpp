@@ -3,12 +3,16 @@
 
 #include "Helper/CreatePreset.h"
 
+#include "Helper/History.h"
+#include "Tests/Helper/Creation/ForkedProcess.h"
+#include "Tests/Session/SmallDisk.h"
 #include "Tests/Session/TemporaryHome.h"
 
 #include <QDir>
 #include <QFile>
 
 #include <gmock/gmock.h>
+#include <sys/stat.h>
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
@@ -41,6 +45,23 @@ protected:
         else
             qputenv(stateVariable, stateBefore_);
     }
+
+    static void put(const QString &path, const QByteArray &bytes)
+    {
+        QFile file(path);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(bytes);
+    }
+    QString inTarget(const QString &name) const { return request_.folder + u'/' + name; }
+    /// Everything that an ordinary user has to own.
+    QByteArrayList foldersOfUser() const
+    {
+        QByteArrayList folders;
+        for (const QString &folder : {home_.path(), home_.stateFolder(), stateFolder(), request_.folder})
+            folders.append(QFile::encodeName(folder));
+        return folders;
+    }
+    QString stateFolder() const { return home_.stateFolder() + QStringLiteral("/Quenby"); }
 
     QStringList names() const { return QDir(request_.folder).entryList(QDir::Files, QDir::Name); }
 
@@ -127,4 +148,66 @@ TEST_F(CreatePresetTest, OneThatCannotBeRememberedIsCreatedAllTheSame)
     EXPECT_EQ(createPreset(request_).status, CreationReport::Status::Created);
     EXPECT_EQ(names().size(), 3);
     EXPECT_EQ(undoLastCreation().status, UndoReport::Status::Refused);
+}
+
+TEST_F(CreatePresetTest, AnUndoIsFinishedByItsReportAndByWhatIsRemembered)
+{
+    for (const bool isByReport : {true, false}) {
+        const CreationReport report = createPreset(request_);
+        // As an undo that was killed leaves it.
+        ASSERT_TRUE(History().beginUndo());
+        ASSERT_TRUE(QFile::remove(inTarget(QStringLiteral("three"))));
+        const UndoReport undone = isByReport ? undoCreation(report) : undoLastCreation();
+        EXPECT_EQ(undone.status, UndoReport::Status::Undone) << qPrintable(undone.message);
+        EXPECT_THAT(names(), IsEmpty());
+        EXPECT_FALSE(History().hasCreation());
+    }
+}
+
+TEST_F(CreatePresetTest, ARefusedUndoIsNoneThatWasBegun)
+{
+    createPreset(request_);
+    const QString added = inTarget(QStringLiteral("three"));
+    put(added, "changed");
+    EXPECT_EQ(undoLastCreation().status, UndoReport::Status::Refused);
+    ASSERT_TRUE(QFile::remove(added));
+    EXPECT_EQ(undoLastCreation().status, UndoReport::Status::Refused) << "it is not the undo that removed it";
+    EXPECT_EQ(names().size(), 2);
+}
+
+TEST_F(CreatePresetTest, OnAFullDiskItIsUndoneOrNotRememberedAndAnEarlierOneIsNotTakenForIt)
+{
+    ASSERT_TRUE(QDir().mkpath(stateFolder()));
+    ForkedProcess::run([this] {
+        SmallDisk disk(stateFolder());
+        createPreset(request_);
+        ASSERT_TRUE(disk.fill(0));
+        EXPECT_EQ(undoLastCreation().status, UndoReport::Status::Undone);
+        EXPECT_THAT(names(), IsEmpty());
+
+        ASSERT_TRUE(disk.clear());
+        createPreset(request_);
+        ASSERT_TRUE(disk.fill(0));
+        const CreationReport second = createPreset(request_);
+        EXPECT_EQ(second.status, CreationReport::Status::Created);
+        EXPECT_EQ(undoLastCreation().status, UndoReport::Status::NothingToUndo);
+        EXPECT_EQ(names().size(), 6);
+        EXPECT_EQ(undoCreation(second).status, UndoReport::Status::Undone);
+        EXPECT_EQ(names().size(), 3);
+    });
+}
+
+TEST_F(CreatePresetTest, NothingIsUndoneThatCannotBeMarkedOrForgotten)
+{
+    ASSERT_TRUE(QDir().mkpath(stateFolder()));
+    ForkedProcess::runAsOrdinaryUser(foldersOfUser(), [this] {
+        createPreset(request_);
+        ASSERT_EQ(::chmod(QFile::encodeName(stateFolder()).constData(), 0500), 0);
+        createPreset(request_);
+        const UndoReport refused = undoLastCreation();
+        EXPECT_EQ(refused.status, UndoReport::Status::Refused);
+        EXPECT_TRUE(refused.message.contains(stateFolder())) << qPrintable(refused.message);
+        EXPECT_EQ(names().size(), 6);
+        ASSERT_EQ(::chmod(QFile::encodeName(stateFolder()).constData(), 0700), 0);
+    });
 }

@@ -66,6 +66,46 @@ TEST_F(HistoryTest, Forgets)
     EXPECT_TRUE(history_.forget()) << "nothing to do is no failure";
 }
 
+TEST_F(HistoryTest, KnowsWhatIsBeingUndone)
+{
+    EXPECT_TRUE(history_.beginUndo()) << "nothing to do is no failure";
+    ASSERT_TRUE(history_.store(creation_));
+    EXPECT_FALSE(history_.read(&error_)->isBeingUndone);
+    ASSERT_TRUE(history_.beginUndo());
+    ASSERT_TRUE(history_.beginUndo());
+    EXPECT_TRUE(history_.hasCreation());
+    std::optional<History::Creation> read = history_.read(&error_);
+    ASSERT_TRUE(read) << qPrintable(error_);
+    EXPECT_TRUE(read->isBeingUndone);
+    EXPECT_EQ(read->id, creation_.id);
+
+    read->record.entries.clear();
+    ASSERT_TRUE(history_.store(*read));
+    read = history_.read(&error_);
+    EXPECT_TRUE(read->isBeingUndone);
+    EXPECT_TRUE(read->record.entries.empty());
+
+    ASSERT_TRUE(history_.endUndo());
+    EXPECT_FALSE(history_.read(&error_)->isBeingUndone);
+    ASSERT_TRUE(history_.beginUndo());
+    ASSERT_TRUE(history_.forget());
+    EXPECT_FALSE(history_.hasCreation());
+}
+
+TEST_F(HistoryTest, ANewCreationCountsAndNotTheOneThatWasBeingUndone)
+{
+    ASSERT_TRUE(history_.store(creation_));
+    ASSERT_TRUE(history_.beginUndo());
+    creation_.id = QStringLiteral("second");
+    ASSERT_TRUE(history_.store(creation_));
+    const std::optional<History::Creation> read = history_.read(&error_);
+    ASSERT_TRUE(read) << qPrintable(error_);
+    EXPECT_EQ(read->id, QStringLiteral("second"));
+    EXPECT_FALSE(read->isBeingUndone);
+    ASSERT_TRUE(history_.forget());
+    EXPECT_FALSE(history_.hasCreation());
+}
+
 TEST_F(HistoryTest, TellsWhatItCannotReadOrWrite)
 {
     ASSERT_TRUE(history_.store(creation_));

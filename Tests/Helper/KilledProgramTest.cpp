@@ -3,6 +3,8 @@
 
 // The program killed before each change that it makes to the disk: to the folder, and to what it remembers.
 
+#include "Helper/CommandLine.h"
+#include "Helper/History.h"
 #include "Tests/Helper/HelperFixture.h"
 #include "Tests/Session/KilledProcess.h"
 
@@ -32,6 +34,8 @@ protected:
     }
 
     QString mine() const { return target() + text("/there/mine"); }
+
+    bool isRemembered() const { return History(home_.stateFolder() + text("/Quenby")).hasCreation(); }
 
     void putMine() const
     {
@@ -75,6 +79,27 @@ protected:
         EXPECT_GT(kills, 3);
     }
 
+    /// Has undos killed and each one followed by another. \a expectAfterKill is called with what is there.
+    template <typename Check>
+    void killUndos(Check expectAfterKill)
+    {
+        int kills = 0;
+        for (const char *call : {"chmod", "fchmodat", "unlinkat", "rename", "unlink", "fsync"}) {
+            for (int number = 1;; ++number) {
+                SCOPED_TRACE(::testing::Message() << call << ' ' << number);
+                ASSERT_NO_FATAL_FAILURE(putMine());
+                ASSERT_EQ(create(text("A preset")).code, 0);
+                if (!KilledProcess::isKilledAt(text(call), number, program(), undo, home_.environment()))
+                    break;
+                ++kills;
+                expectAfterKill();
+                EXPECT_EQ(bytesOf(text("there/mine")), "mine");
+                EXPECT_EQ(QFileInfo(mine()).lastModified(), written_);
+            }
+        }
+        EXPECT_GT(kills, 6);
+    }
+
     /// Whole seconds: every disk keeps these.
     const QDateTime written_ = QDateTime::fromSecsSinceEpoch(1'600'000'000);
 };
@@ -91,4 +116,34 @@ TEST_F(KilledProgramTest, AKilledUndoTouchesNothingOfTheUsers)
     killRuns(undo, [this] { ASSERT_EQ(create(text("A preset")).code, 0); });
     ASSERT_NO_FATAL_FAILURE(putMine());
     EXPECT_THAT(tree(), ElementsAre(text("there/"), text("there/mine")));
+}
+
+TEST_F(KilledProgramTest, ASecondUndoFinishesAKilledOne)
+{
+    killUndos([this] {
+        const bool wasRemembered = isRemembered();
+        const Ended undone = run(undo);
+        EXPECT_EQ(undone.code, wasRemembered ? 0 : int(ExitCode::NotUndone)) << undone.errors.constData();
+        EXPECT_THAT(tree(), ElementsAre(text("there/"), text("there/mine")));
+        EXPECT_EQ(run(undo).code, int(ExitCode::NotUndone));
+    });
+}
+
+TEST_F(KilledProgramTest, WhatTheUserAddedAfterAKilledUndoIsLeftWithAllTheRest)
+{
+    killUndos([this] {
+        const QString added = target() + text("/folder/added");
+        if (QFileInfo::exists(target() + text("/folder"))) {
+            QFile file(added);
+            ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+            file.close();
+            const QStringList present = tree();
+            EXPECT_EQ(run(undo).code, int(ExitCode::NotUndone));
+            EXPECT_EQ(tree(), present);
+            ASSERT_TRUE(file.remove());
+        }
+        const bool wasRemembered = isRemembered();
+        EXPECT_EQ(run(undo).code, wasRemembered ? 0 : int(ExitCode::NotUndone));
+        EXPECT_THAT(tree(), ElementsAre(text("there/"), text("there/mine")));
+    });
 }

@@ -274,3 +274,20 @@ TEST_F(ScriptsProgramTest, WhatWasChangedAfterTheScriptCannotBeUndone)
     EXPECT_EQ(run({text("--undo")}).code, 6);
     EXPECT_EQ(bytesOf(text("made")), "by the script\nby the user\n");
 }
+
+TEST_F(ScriptsProgramTest, WhatFollowedACreationBeforeItsScriptEndedStaysTheLastOne)
+{
+    const QString inner = home_.filePath(text("inner"));
+    ASSERT_TRUE(QDir().mkpath(inner));
+    putScript(text("mine.sh"), QStringLiteral("#!/bin/sh\necho by the script > made\n"
+                                              "'%1' --create 'A preset' --in '%2' --no-script\n")
+                                   .arg(program(), inner)
+                                   .toUtf8());
+    storePreset(text("mine.sh"));
+    ASSERT_EQ(createPreset({text("--allow-script")}).code, 0);
+    ASSERT_THAT(tree(inner), ElementsAre(text("made")));
+    EXPECT_EQ(run({text("--undo")}).code, 0);
+    EXPECT_THAT(tree(inner), IsEmpty());
+    EXPECT_EQ(tree().size(), 1);
+    EXPECT_EQ(run({text("--undo")}).code, 6);
+}

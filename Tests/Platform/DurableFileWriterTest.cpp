@@ -320,3 +320,16 @@ TEST_F(DurableFileWriterTest, RemovingTakesTheLinkAndNotTheFile)
     EXPECT_TRUE(writer_.remove(path()));
     EXPECT_EQ(namesIn(root()), QStringList());
 }
+
+TEST_F(DurableFileWriterTest, RenamesInPlaceOfWhatIsThere)
+{
+    put(path(), oldBytes);
+    put(in(QStringLiteral("new")), newBytes);
+    EXPECT_TRUE(writer_.rename(in(QStringLiteral("new")), path()));
+    EXPECT_EQ(contentOf(path()), newBytes);
+    EXPECT_EQ(namesIn(root()), QStringList{QStringLiteral("file")});
+    const FileResult absent = writer_.rename(in(QStringLiteral("absent")), path());
+    EXPECT_FALSE(absent);
+    EXPECT_FALSE(absent.error.isEmpty());
+    EXPECT_EQ(contentOf(path()), newBytes);
+}

@@ -193,6 +193,7 @@ TEST_F(FaultTest, AnyCallThatFailsInAnUndoIsTold)
     const auto before = DiskTree::paths(disk());
     ASSERT_TRUE(Creation::undo(create(tree()), working).succeeded);
     int refused = 0;
+    int goneOn = 0;
     for (int call = 0; call < working.calls; ++call) {
         const Creation::Record record = create(tree());
         const auto complete = modes(disk());
@@ -206,9 +207,18 @@ TEST_F(FaultTest, AnyCallThatFailsInAnUndoIsTold)
             ++refused;
         else
             EXPECT_THAT(outcome.error.toStdString(), HasSubstr("left")) << call;
+        EXPECT_EQ(outcome.rest.has_value(), !outcome.succeeded && modes(disk()).size() < complete.size())
+            << call;
+        if (outcome.rest) {
+            ++goneOn;
+            const auto rest = Creation::undo(*outcome.rest, Creation::EarlierUndo::Unfinished);
+            EXPECT_TRUE(rest.succeeded) << qPrintable(rest.error) << call;
+            EXPECT_EQ(DiskTree::paths(disk()), before) << call;
+        }
         startAgain();
     }
     EXPECT_GT(refused, 10);
+    EXPECT_GT(goneOn, 5);
 }
 
 TEST_F(FaultTest, AContentFileThatVanishesFails)

@@ -70,6 +70,26 @@ TEST(RecordTest, IsEmptyIfNothingWasMade)
     EXPECT_TRUE(record.isEmpty());
 }
 
+TEST(RecordTest, SomeOfTheEntriesComeWithTheirFolders)
+{
+    Record record = sample();
+    Record::Entry beside = record.entries[2];
+    beside.name = "beside";
+    record.entries.insert(record.entries.begin(), beside);
+    record.entries[0].folder = Record::inTarget;
+    record.entries[2].folder = 1;
+    record.entries[3].folder = 2;
+    const Record chosen = record.only({3});
+    EXPECT_EQ(chosen.target, record.target);
+    EXPECT_EQ(chosen.targetIdentity, record.targetIdentity);
+    ASSERT_EQ(chosen.entries.size(), 3U);
+    EXPECT_EQ(chosen.path(2), record.path(3));
+    EXPECT_EQ(chosen.entries[2].identity, record.entries[3].identity);
+    EXPECT_TRUE(Record::fromVariant(chosen.toVariant()).has_value());
+    EXPECT_EQ(record.only({3, 2, 1, 0}).entries.size(), 4U);
+    EXPECT_TRUE(record.only({}).entries.empty());
+}
+
 TEST(RecordTest, WhatIsNoRecordIsNotRead)
 {
     EXPECT_FALSE(Record::fromVariant({}).has_value());

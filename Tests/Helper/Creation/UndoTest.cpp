@@ -2,8 +2,11 @@
 // SPDX-License-Identifier: MIT
 
 #include "CreationFixture.h"
+#include "Platform/FolderLayer.h"
 
 #include <QFile>
+#include <cerrno>
+#include <cstring>
 #include <functional>
 
 class UndoTest : public CreationFixture
@@ -114,5 +117,39 @@ TEST_F(UndoTest, LeavesNoTraceInLockedFoldersThatItRefusesToRemove)
     EXPECT_EQ(information.st_mode & 07777, 0u);
     ASSERT_TRUE(QFile::remove(inTarget(QStringLiteral("locked/foreign"))));
     EXPECT_TRUE(Creation::undo(record).succeeded);
+    EXPECT_EQ(DiskTree::paths(disk()), before);
+}
+
+TEST_F(UndoTest, WhatCannotBeRemovedKeepsItsFoldersAndTheirModes)
+{
+    class Immutable : public FolderLayer
+    {
+    public:
+        int unlinkat(int folder, const char *name, int flags) override
+        {
+            if (std::strcmp(name, "fixed") != 0)
+                return FolderLayer::unlinkat(folder, name, flags);
+            errno = EPERM;
+            return -1;
+        }
+    } layer;
+    const auto before = DiskTree::paths(disk());
+    const Creation::Record record =
+        create(Items::root({Items::file(QStringLiteral("file")),
+                            Items::folder(QStringLiteral("locked"),
+                                          {Items::folder(QStringLiteral("inner"),
+                                                         {Items::file(QStringLiteral("fixed")),
+                                                          Items::file(QStringLiteral("other"))},
+                                                         {QStringLiteral("000"), {}, {}})},
+                                          {QStringLiteral("100"), {}, {}})}));
+    const Creation::UndoOutcome outcome = Creation::undo(record, layer);
+    EXPECT_FALSE(outcome.succeeded);
+    EXPECT_THAT(outcome.error.toStdString(), ::testing::HasSubstr("“locked/inner/fixed” was left"));
+    const auto left = disk();
+    EXPECT_EQ(DiskTree::paths(left).size(), before.size() + 3);
+    EXPECT_EQ(DiskTree::at(left, "locked").permissions(), 0100U);
+    EXPECT_EQ(DiskTree::at(left, "locked/inner").permissions(), 0U);
+    ASSERT_TRUE(outcome.rest.has_value());
+    EXPECT_TRUE(Creation::undo(*outcome.rest).succeeded);
     EXPECT_EQ(DiskTree::paths(disk()), before);
 }
