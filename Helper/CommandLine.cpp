@@ -4,6 +4,7 @@
 #include "Helper/CommandLine.h"
 
 #include "Helper/CommandLineJson.h"
+#include "Helper/FolderPath.h"
 #include "Helper/HelperService.h"
 #include "Helper/Notifications.h"
 #include "Helper/Presets.h"
@@ -11,7 +12,6 @@
 #include "Source/QNBFolderMenu.h"
 
 #include <QCoreApplication>
-#include <QDir>
 #include <QJsonDocument>
 
 #include <algorithm>
@@ -123,7 +123,7 @@ ExitCode CommandLine::create(const CommandLineOptions &options)
 {
     QStringList folders;
     for (const QString &folder : options.folders)
-        folders.append(QDir::cleanPath(QDir::current().absoluteFilePath(folder)));
+        folders.append(FolderPath::shortened(folder));
     if (const std::optional<ExitCode> code = handOver(options, folders))
         return *code;
 

@@ -3,6 +3,7 @@
 
 #include "Helper/CreatePreset.h"
 
+#include "Helper/FolderPath.h"
 #include "Helper/History.h"
 #include "Helper/Presets.h"
 #include "Helper/ScriptApprovals.h"
@@ -107,7 +108,7 @@ void runScript(const CreationRequest &request, const QString &name, CreationRepo
         if (const FileResult allowed = approvals.allow(script->content()); !allowed)
             qCWarning(lcCreate) << "the script will have to be allowed again:" << allowed.error;
     }
-    const QString target = QDir(report.plan.target()).absolutePath();
+    const QString target = FolderPath::shortened(report.plan.target());
     const ScriptChanges changes;
     report.script = script->run(target, report.label, request.scriptLimits);
     if (changes.takeInto(report.record))

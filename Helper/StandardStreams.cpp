@@ -3,6 +3,7 @@
 
 #include "Helper/StandardStreams.h"
 
+#include <csignal>
 #include <fcntl.h>
 #include <initializer_list>
 #include <unistd.h>
@@ -14,4 +15,9 @@ void StandardStreams::occupyClosed()
         if (::fcntl(stream, F_GETFD) == -1)
             ::open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);
     }
+}
+
+void StandardStreams::outliveReaders()
+{
+    std::signal(SIGPIPE, SIG_IGN);
 }

@@ -10,4 +10,8 @@ namespace StandardStreams {
 /// must not be taken for one of them, and be written to.
 void occupyClosed();
 
+/// Whoever reads them may end first: then writing fails, and does not end this program in the middle of what
+/// it is making.
+void outliveReaders();
+
 } // namespace StandardStreams

@@ -37,6 +37,7 @@ int runInBackground(int &argc, char **argv)
 int main(int argc, char **argv)
 {
     StandardStreams::occupyClosed();
+    StandardStreams::outliveReaders();
     QCoreApplication::setApplicationName(helperName);
     QCoreApplication::setApplicationVersion(QStringLiteral(QUENBY_VERSION));
     if (argc <= 1)

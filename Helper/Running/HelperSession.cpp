@@ -3,6 +3,7 @@
 
 #include "Helper/Running/HelperSession.h"
 
+#include "Helper/FolderPath.h"
 #include "Helper/History.h"
 #include "Helper/Presets.h"
 #include "Helper/Running/OwnedWindow.h"
@@ -205,7 +206,7 @@ bool HelperSession::createByName(const QString &preset, const QStringList &folde
         }
     }
     for (const QString &folder : folders) {
-        folders_.add(QDir::cleanPath(folder));
+        folders_.add(FolderPath::shortened(folder));
         worker_->create({settings.presets.indexOf(record), record->label(), folder});
     }
     return true;

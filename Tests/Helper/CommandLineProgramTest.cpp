@@ -16,6 +16,7 @@
 #include <csignal>
 #include <gmock/gmock.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
@@ -339,6 +340,40 @@ TEST_F(CommandLineProgramTest, ClosedStandardStreamsAreNoOtherFiles)
     EXPECT_EQ(tree().size(), 3);
     EXPECT_EQ(bytesOf(text("empty")), "");
     EXPECT_EQ(run({text("--undo")}).code, 0) << "the record of the creation was written to";
+}
+
+TEST_F(CommandLineProgramTest, AReaderThatHasEndedEndsNoCreation)
+{
+    const QString other = home_.filePath(text("other"));
+    ASSERT_TRUE(QDir().mkpath(other));
+    QProcess process;
+    process.setProcessEnvironment(home_.environment());
+    process.setChildProcessModifier([] {
+        int ends[2];
+        if (::pipe(ends) != 0 || ::close(ends[0]) != 0 || ::dup2(ends[1], STDERR_FILENO) == -1)
+            ::_exit(126);
+        std::signal(SIGPIPE, SIG_DFL);
+    });
+    process.start(program(), {text("--create"), text("One"), text("--in"), target(), text("--in"), other});
+    ASSERT_TRUE(process.waitForFinished()) << qPrintable(process.errorString());
+    EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
+    EXPECT_EQ(process.exitCode(), 0);
+    EXPECT_EQ(tree().size(), 3);
+    EXPECT_EQ(tree(other).size(), 3);
+}
+
+TEST_F(CommandLineProgramTest, GoesUpFromWhereALinkLeads)
+{
+    ASSERT_TRUE(QDir().mkpath(target() + text("/deep")));
+    ASSERT_TRUE(QDir().mkpath(home_.filePath(text("here"))));
+    ASSERT_TRUE(QFile::link(target() + text("/deep"), home_.filePath(text("here/link"))));
+    const Ended created =
+        run({text("--create"), text("One"), text("--in"), text("here/link/.."), text("--json")});
+    EXPECT_EQ(created.code, 0) << created.errors.constData();
+    EXPECT_EQ(created.json().object().value(text("creations"))[0].toObject().value(text("folder")), target());
+    EXPECT_EQ(tree().size(), 4);
+    EXPECT_THAT(tree(home_.filePath(text("here"))), ElementsAre(text("link/")));
+    EXPECT_EQ(run({text("--create"), text("One"), text("--in"), text("absent/..")}).code, 3);
 }
 
 TEST_F(CommandLineProgramTest, WithoutStoredPresetsThePanesOnesCount)
