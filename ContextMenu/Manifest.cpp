@@ -73,15 +73,12 @@ void Manifest::read()
 {
     if (!isThere(path_))
         return;
-    QString error;
-    const std::optional<QByteArray> bytes = BoundedFile::read(path_, largestManifest, &error);
-    if (!bytes) {
-        qCWarning(lcManifest) << path_ << error;
-        return;
-    }
-    const PropertyList::ReadResult list = PropertyList::read(*bytes);
+    const std::optional<QByteArray> bytes = BoundedFile::read(path_, largestManifest, &readError_);
+    const PropertyList::ReadResult list = bytes ? PropertyList::read(*bytes) : PropertyList::ReadResult();
     if (!list || list.value->typeId() != QMetaType::QVariantMap) {
-        qCWarning(lcManifest) << path_ << "is no list of what was written" << list.error;
+        if (bytes)
+            readError_ = QStringLiteral("%1 is no list of what was written").arg(path_);
+        qCWarning(lcManifest) << readError_ << list.error;
         return;
     }
     const QVariantMap content = list.value->toMap();

@@ -34,6 +34,8 @@ public:
     explicit Manifest(QString path);
 
     const QString &path() const { return path_; }
+    /// Why it could not be read; empty if it could, or if there was none.
+    const QString &readError() const { return readError_; }
 
     bool isRegistered() const { return isRegistered_; }
     /// The names of the file managers that are registered.
@@ -58,6 +60,7 @@ private:
     void read();
 
     QString path_;
+    QString readError_;
     bool isRegistered_ = false;
     QMap<QString, Entries> entries_;
     /// In the order in which they were made.

@@ -92,7 +92,7 @@ FileResult Registration::unregister()
 {
     return withManifest([](Manifest &manifest) {
         if (!manifest.isRegistered())
-            return FileResult();
+            return manifest.readError().isEmpty() ? FileResult() : FileResult::failure(manifest.readError());
         FileResult result;
         for (const std::unique_ptr<FileManager> &manager : FileManager::all())
             keep(result, manager->remove(manifest));

@@ -271,3 +271,19 @@ TEST_F(RegistrationTest, AManifestThatCannotBeReadCountsAsNone)
     EXPECT_TRUE(Registration::registerWith(helper()));
     EXPECT_TRUE(QFile::exists(serviceMenu()));
 }
+
+TEST_F(RegistrationTest, WithAManifestThatCannotBeReadNothingPassesForUnregistered)
+{
+    storeAB();
+    makeFolder(data(QStringLiteral("dolphin")));
+    ASSERT_TRUE(Registration::registerWith(helper()));
+    put(manifest(), "no property list");
+    const FileResult unknown = Registration::unregister();
+    EXPECT_FALSE(unknown);
+    EXPECT_TRUE(unknown.error.contains(manifest())) << qPrintable(unknown.error);
+    EXPECT_TRUE(QFile::exists(serviceMenu()));
+    // What is as it was written is known again after this.
+    EXPECT_TRUE(Registration::registerWith(helper()));
+    EXPECT_TRUE(Registration::unregister());
+    EXPECT_FALSE(QFile::exists(serviceMenu()));
+}
