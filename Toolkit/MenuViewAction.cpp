@@ -12,31 +12,33 @@
 MenuViewAction::MenuViewAction(QWidget *view, Rows rows, QObject *parent)
     : QWidgetAction(parent)
     , rows_(std::move(rows))
+    , entrance_(rows_.constFirst().constFirst())
 {
     setDefaultWidget(view);
     // Without a policy the menu would keep the keyboard to itself.
     view->setFocusPolicy(Qt::TabFocus);
+    view->setFocusProxy(entrance_);
     view->installEventFilter(this);
     for (const QList<QWidget *> &row : std::as_const(rows_)) {
         for (QWidget *control : row)
             control->installEventFilter(this);
     }
-    setEntrance(*rows_.constFirst().constFirst());
-}
-
-void MenuViewAction::setEntrance(QWidget &control)
-{
-    defaultWidget()->setFocusProxy(&control);
 }
 
 void MenuViewAction::enter()
 {
     becomeCurrent();
-    defaultWidget()->setFocus(Qt::TabFocusReason);
+    entrance_->setFocus(Qt::TabFocusReason);
 }
 
 bool MenuViewAction::eventFilter(QObject *watched, QEvent *event)
 {
+    if (watched == menu()) {
+        // It moves the keyboard to the view without telling from where.
+        if (event->type() == QEvent::KeyPress)
+            defaultWidget()->setFocusProxy(&wayIn(static_cast<QKeyEvent &>(*event).key()));
+        return QWidgetAction::eventFilter(watched, event);
+    }
     const bool isView = watched == defaultWidget();
     switch (event->type()) {
     case QEvent::MouseButtonPress:
@@ -47,6 +49,10 @@ bool MenuViewAction::eventFilter(QObject *watched, QEvent *event)
         break;
     case QEvent::FocusIn:
         becomeCurrent();
+        break;
+    case QEvent::ParentChange:
+        if (isView && menu())
+            menu()->installEventFilter(this);
         break;
     case QEvent::KeyPress:
         if (!isView && handleKey(static_cast<QWidget &>(*watched), static_cast<QKeyEvent &>(*event)))
@@ -70,6 +76,24 @@ void MenuViewAction::becomeCurrent()
         menu()->setActiveAction(this);
 }
 
+QWidget &MenuViewAction::wayIn(int key) const
+{
+    if (key == Qt::Key_Backtab && !tabStops_.isEmpty())
+        return *tabStops_.constLast();
+    const QList<QWidget *> &lastRow = rows_.constLast();
+    if (key == Qt::Key_Up && !lastRow.contains(entrance_))
+        return *lastRow.constFirst();
+    return *entrance_;
+}
+
+/// The menu goes on to another entry. Sent by hand, so that those see the key that the keyboard comes to.
+bool MenuViewAction::passToMenu(QKeyEvent &event) const
+{
+    if (menu())
+        QCoreApplication::sendEvent(menu(), &event);
+    return true;
+}
+
 bool MenuViewAction::handleKey(QWidget &control, QKeyEvent &event)
 {
     const int forwards = control.isRightToLeft() ? -1 : 1;
@@ -80,13 +104,10 @@ bool MenuViewAction::handleKey(QWidget &control, QKeyEvent &event)
         return moveInRow(control, forwards);
     case Qt::Key_Up:
     case Qt::Key_Down:
-        if (!moveToRow(control, event.key() == Qt::Key_Up ? -1 : 1) && menu())
-            QCoreApplication::sendEvent(menu(), &event);
-        return true;
+        return moveToRow(control, event.key() == Qt::Key_Up ? -1 : 1) || passToMenu(event);
     case Qt::Key_Tab:
-        return moveToTabStop(control, 1);
     case Qt::Key_Backtab:
-        return moveToTabStop(control, -1);
+        return moveToTabStop(control, event.key() == Qt::Key_Backtab ? -1 : 1) || passToMenu(event);
     case Qt::Key_Return:
     case Qt::Key_Enter:
         if (auto *button = qobject_cast<QAbstractButton *>(&control); button && !event.isAutoRepeat())
@@ -128,7 +149,7 @@ bool MenuViewAction::moveToRow(QWidget &control, int rows)
 bool MenuViewAction::moveToTabStop(QWidget &control, int stops)
 {
     // What is no stop of its own is the entrance's.
-    const QList<QWidget *> all = QList<QWidget *>{defaultWidget()->focusProxy()} + tabStops_;
+    const QList<QWidget *> all = QList<QWidget *>{entrance_} + tabStops_;
     const qsizetype target = std::max<qsizetype>(all.indexOf(&control), 0) + stops;
     if (target < 0 || target >= all.size())
         return false;

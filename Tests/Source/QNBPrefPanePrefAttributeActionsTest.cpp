@@ -10,6 +10,7 @@
 #include <QMenu>
 #include <QPushButton>
 #include <QTest>
+#include <algorithm>
 #include <stdexcept>
 
 namespace {
@@ -290,6 +291,33 @@ TEST_F(QNBPrefPanePrefAttributeActions, TabMovesOnAndEscapeCloses)
     EXPECT_TRUE(outline().hasFocus());
     EXPECT_EQ(item(0).colorName(), u"");
     EXPECT_EQ(permissions(0), u"764");
+}
+
+TEST_F(QNBPrefPanePrefAttributeActions, TabAndBacktabComeByTheSameStopsOfTheMenu)
+{
+    open();
+    item(0).setColorName(QStringLiteral("red"));
+    outline().selectRow(0);
+    press(Qt::Key_F10, Qt::ShiftModifier);
+    ASSERT_TRUE(menu().isVisible());
+    const auto once = [&](Qt::Key key) {
+        QStringList stops;
+        do {
+            press(key);
+            const QWidget *control = menu().focusWidget();
+            stops << (control && control != &menu() ? focused() : menu().activeAction()->text());
+        } while (stops.size() < 50 && stops.count(stops.constLast()) == 1);
+        stops.removeLast();
+        return stops;
+    };
+    QStringList forwards = once(Qt::Key_Tab);
+    EXPECT_EQ(forwards.mid(forwards.size() - 3),
+              QStringList({QStringLiteral("_ui_redButton"), QStringLiteral("_ui_permOwnerR"),
+                           QStringLiteral("_ui_applyPermissionsRecursively")}));
+    // It has come around to the first one.
+    const QStringList backwards = once(Qt::Key_Backtab);
+    std::reverse(forwards.begin(), forwards.end());
+    EXPECT_EQ(backwards, forwards);
 }
 
 TEST_F(QNBPrefPanePrefAttributeActions, TheMenuKeyOpensTheMenuAndTheArrowsReachTheViews)

@@ -88,12 +88,12 @@ TEST_F(MenuViewActionTest, UpAndDownLeadInThroughTheRowsAndOut)
     }
     EXPECT_EQ(way, QStringList({QStringLiteral("before"), QStringLiteral("a1"), QStringLiteral("b1"),
                                 QStringLiteral("c"), QStringLiteral("after")}));
-    way.clear();
-    press(Qt::Key_Up);
-    way << focused();
-    press(Qt::Key_Up);
-    way << menu.activeAction()->text();
-    EXPECT_EQ(way, QStringList({QStringLiteral("a1"), QStringLiteral("before")}));
+    QStringList wayBack{way.takeLast()};
+    for (int i = 0; i < 4; ++i) {
+        press(Qt::Key_Up);
+        wayBack.prepend(focused().isEmpty() ? menu.activeAction()->text() : focused());
+    }
+    EXPECT_EQ(wayBack, way << QStringLiteral("after"));
     EXPECT_EQ(focused(), u"");
 }
 
@@ -158,6 +158,42 @@ TEST_F(MenuViewActionTest, TabComesByTheStopsOnItsWay)
     press(Qt::Key_Tab);
     EXPECT_EQ(menu.activeAction(), after);
     EXPECT_EQ(focused(), u"");
+}
+
+TEST_F(MenuViewActionTest, BacktabComesByTheSameStopsAsTabFromTheOtherEnd)
+{
+    action->addTabStop(button("b1"));
+    action->addTabStop(button("c"));
+    // The keyboard goes from one such entry straight to another.
+    auto *second = new QWidget;
+    auto *layout = new QHBoxLayout(second);
+    MenuViewAction::Rows rows{{}};
+    for (const char *name : {"x", "y"}) {
+        rows.last().append(new QPushButton);
+        rows.last().last()->setObjectName(QString::fromLatin1(name));
+        layout->addWidget(rows.last().last());
+    }
+    auto *secondAction = new MenuViewAction(second, rows, &menu);
+    secondAction->addTabStop(*rows.last().last());
+    menu.insertAction(after, secondAction);
+    open();
+    press(Qt::Key_Tab);
+    EXPECT_EQ(menu.activeAction(), before);
+    QStringList way;
+    for (int i = 0; i < 6; ++i) {
+        press(Qt::Key_Tab);
+        way << (focused().isEmpty() ? menu.activeAction()->text() : focused());
+    }
+    EXPECT_EQ(way, QStringList({QStringLiteral("a1"), QStringLiteral("b1"), QStringLiteral("c"),
+                                QStringLiteral("x"), QStringLiteral("y"), QStringLiteral("after")}));
+    QStringList wayBack{QStringLiteral("after")};
+    for (int i = 0; i < 5; ++i) {
+        press(Qt::Key_Backtab);
+        wayBack.prepend(focused());
+    }
+    EXPECT_EQ(wayBack, way);
+    press(Qt::Key_Backtab);
+    EXPECT_EQ(menu.activeAction(), before);
 }
 
 TEST_F(MenuViewActionTest, TheEntranceIsWhereTheKeyboardComesIn)
