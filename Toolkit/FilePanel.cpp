@@ -4,12 +4,29 @@
 #include "Toolkit/FilePanel.h"
 
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QPointer>
+
+namespace {
+
+/// \a path, or the nearest folder around it that is there.
+QString existingFolder(QString path)
+{
+    while (!QFileInfo(path).isDir()) {
+        const QString outer = QFileInfo(path).path();
+        if (outer == path)
+            break;
+        path = outer;
+    }
+    return path;
+}
+
+} // namespace
 
 QStringList FilePanel::run(QWidget *parent) const
 {
     // Held by a pointer because its window may go, and the dialog with it, while the user looks around.
-    const QPointer<QFileDialog> dialog = new QFileDialog(parent, title, folder);
+    const QPointer<QFileDialog> dialog = new QFileDialog(parent, title, existingFolder(folder));
     dialog->setWindowModality(parent ? Qt::WindowModal : Qt::ApplicationModal);
     dialog->setFileMode(kind == Kind::Files ? QFileDialog::ExistingFiles : QFileDialog::Directory);
     dialog->setOption(QFileDialog::ShowDirsOnly, kind == Kind::Folder);

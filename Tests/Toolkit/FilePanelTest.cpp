@@ -75,6 +75,19 @@ TEST_F(FilePanelTest, AsksInFrontOfItsWindowInTheFolderGiven)
     });
 }
 
+TEST_F(FilePanelTest, AFolderThatIsNotThereIsLookedForAround)
+{
+    for (const FilePanel::Kind kind : {FilePanel::Kind::Files, FilePanel::Kind::Folder}) {
+        FilePanel asked = panel(kind);
+        asked.folder = folder.filePath(QStringLiteral("gone/long ago"));
+        answer(asked, [this](QFileDialog &dialog) {
+            EXPECT_EQ(dialog.directory().path(), folder.path());
+            EXPECT_EQ(dialog.findChild<QLineEdit *>()->text(), u"");
+            dialog.reject();
+        });
+    }
+}
+
 TEST_F(FilePanelTest, SeveralFilesCanBeTaken)
 {
     const QStringList taken = answer(panel(FilePanel::Kind::Files), [this](QFileDialog &dialog) {
