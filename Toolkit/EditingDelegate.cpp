@@ -3,11 +3,15 @@
 
 #include "Toolkit/EditingDelegate.h"
 
+#include "Toolkit/PlainToolTip.h"
 #include "Toolkit/TextFieldCell.h"
 #include "Toolkit/TintedIconEngine.h"
 
+#include <QAbstractItemView>
 #include <QGuiApplication>
+#include <QHelpEvent>
 #include <QInputMethod>
+#include <QToolTip>
 #include <algorithm>
 
 namespace {
@@ -80,6 +84,8 @@ QWidget *EditingDelegate::createEditor(QWidget *parent, const QStyleOptionViewIt
     if (cell_ && !cell_->isEditable())
         return nullptr;
     editor_ = QStyledItemDelegate::createEditor(parent, option, index);
+    // The keyboard comes to the view by way of the editor, and leaves it so: all that is selected may change.
+    parent->update();
     return editor_;
 }
 
@@ -94,10 +100,33 @@ void EditingDelegate::updateEditorGeometry(QWidget *editor, const QStyleOptionVi
         QStyledItemDelegate::updateEditorGeometry(editor, seen, index);
 }
 
+bool EditingDelegate::helpEvent(QHelpEvent *event, QAbstractItemView *view,
+                                const QStyleOptionViewItem &option, const QModelIndex &index)
+{
+    const QString text = index.data(Qt::DisplayRole).toString();
+    if (event->type() != QEvent::ToolTip || text.isEmpty() || isSeenAsAWhole(*view, option, index))
+        return QStyledItemDelegate::helpEvent(event, view, option, index);
+    QToolTip::showText(event->globalPos(), plainToolTip(text), view->viewport(), option.rect);
+    return true;
+}
+
+bool EditingDelegate::isSeenAsAWhole(const QAbstractItemView &view, const QStyleOptionViewItem &option,
+                                     const QModelIndex &index) const
+{
+    QRect content(option.rect);
+    content.setWidth(sizeHint(option, index).width());
+    if (option.direction == Qt::RightToLeft)
+        content.moveRight(option.rect.right());
+    const QRect seen = option.rect & view.viewport()->rect();
+    return content.left() >= seen.left() && content.right() <= seen.right();
+}
+
 void EditingDelegate::destroyEditor(QWidget *editor, const QModelIndex &index) const
 {
     if (editor_ == editor)
         editor_ = nullptr;
+    if (QWidget *parent = editor->parentWidget())
+        parent->update();
     QStyledItemDelegate::destroyEditor(editor, index);
 }
 

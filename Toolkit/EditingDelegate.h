@@ -11,7 +11,8 @@ class TextFieldCell;
 
 /// An item delegate that can end the edit in progress from outside, keeping what was typed, and gives rows
 /// some air. With a cell of the view's, that draws and measures the rows and places their editors. An icon
-/// that is a mask is drawn in the colour of the row's text.
+/// that is a mask is drawn in the colour of the row's text. A text that is not to be seen as a whole is the
+/// row's tool tip.
 class EditingDelegate : public QStyledItemDelegate
 {
 public:
@@ -35,12 +36,16 @@ public:
                           const QModelIndex &index) const override;
     void updateEditorGeometry(QWidget *editor, const QStyleOptionViewItem &option,
                               const QModelIndex &index) const override;
+    bool helpEvent(QHelpEvent *event, QAbstractItemView *view, const QStyleOptionViewItem &option,
+                   const QModelIndex &index) override;
     void destroyEditor(QWidget *editor, const QModelIndex &index) const override;
 
 protected:
     void initStyleOption(QStyleOptionViewItem *option, const QModelIndex &index) const override;
 
 private:
+    bool isSeenAsAWhole(const QAbstractItemView &view, const QStyleOptionViewItem &option,
+                        const QModelIndex &index) const;
     QStyleOptionViewItem prepareCell(const QStyleOptionViewItem &option, const QModelIndex &index) const;
 
     std::unique_ptr<TextFieldCell> cell_;

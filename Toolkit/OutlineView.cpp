@@ -6,6 +6,7 @@
 #include "Toolkit/EditingDelegate.h"
 #include "Toolkit/EmptyState.h"
 #include "Toolkit/OutlineViewModel.h"
+#include "Toolkit/RestingSelection.h"
 #include "Toolkit/SelectionStart.h"
 #include "Toolkit/TextFieldCell.h"
 
@@ -243,6 +244,12 @@ void OutlineView::paintEvent(QPaintEvent *event)
         QMetaObject::invokeMethod(this, &OutlineView::fitColumn, Qt::QueuedConnection);
 }
 
+void OutlineView::initViewItemOption(QStyleOptionViewItem *option) const
+{
+    QTreeView::initViewItemOption(option);
+    RestingSelection::apply(*option, *this);
+}
+
 void OutlineView::drawRow(QPainter *painter, const QStyleOptionViewItem &option,
                           const QModelIndex &index) const
 {
@@ -318,6 +325,9 @@ void OutlineView::selectionChanged(const QItemSelection &selected, const QItemSe
     if (updates_ > 0)
         return;
     QTreeView::selectionChanged(selected, deselected);
+    // Where rows begin at the right, the base class forgets what lies before their cells.
+    if (isRightToLeft())
+        viewport()->update();
     if (!isSettlingSelection_)
         notifySelection();
 }

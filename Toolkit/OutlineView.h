@@ -96,6 +96,7 @@ protected:
     void keyPressEvent(QKeyEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
+    void initViewItemOption(QStyleOptionViewItem *option) const override;
     void drawRow(QPainter *painter, const QStyleOptionViewItem &option,
                  const QModelIndex &index) const override;
     bool edit(const QModelIndex &index, EditTrigger trigger, QEvent *event) override;

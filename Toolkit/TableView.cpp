@@ -6,6 +6,7 @@
 #include "Toolkit/ArrayController.h"
 #include "Toolkit/EditingDelegate.h"
 #include "Toolkit/EmptyState.h"
+#include "Toolkit/RestingSelection.h"
 #include "Toolkit/SelectionStart.h"
 #include "Toolkit/TableViewModel.h"
 
@@ -125,6 +126,12 @@ void TableView::paintEvent(QPaintEvent *event)
     QTreeView::paintEvent(event);
     dragging_.indicator().paint();
     EmptyState::paint(*this, placeholderText_);
+}
+
+void TableView::initViewItemOption(QStyleOptionViewItem *option) const
+{
+    QTreeView::initViewItemOption(option);
+    RestingSelection::apply(*option, *this);
 }
 
 void TableView::selectionChanged(const QItemSelection &selected, const QItemSelection &deselected)

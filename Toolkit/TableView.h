@@ -127,6 +127,7 @@ protected:
     void dropEvent(QDropEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
+    void initViewItemOption(QStyleOptionViewItem *option) const override;
     void selectionChanged(const QItemSelection &selected, const QItemSelection &deselected) override;
     bool edit(const QModelIndex &index, EditTrigger trigger, QEvent *event) override;
 

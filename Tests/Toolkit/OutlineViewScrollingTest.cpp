@@ -2,10 +2,14 @@
 // SPDX-License-Identifier: MIT
 
 #include "OutlineViewFixture.h"
+#include "PaintedRegion.h"
 
+#include <QApplication>
+#include <QHelpEvent>
 #include <QLineEdit>
 #include <QScrollBar>
 #include <QTest>
+#include <QToolTip>
 
 namespace {
 
@@ -62,6 +66,51 @@ TEST_F(OutlineViewScrolling, RowsThatFitAreNotScrolled)
     view.resize(250, 300);
     EXPECT_EQ(view.columnWidth(0), view.viewport()->width());
     EXPECT_EQ(bar().maximum(), 0);
+}
+
+TEST_F(OutlineViewScrolling, ATextThatReachesBeyondTheEdgeIsTheToolTip)
+{
+    const QString longName = QStringLiteral("far wider than the view ").repeated(10);
+    view.setToolTip(QStringLiteral("of the view"));
+    const auto toolTipOf = [this](const NodePtr &node) {
+        QToolTip::hideText();
+        const QRect place = placeOf(node) & view.viewport()->rect();
+        QHelpEvent event(QEvent::ToolTip, place.center(), view.viewport()->mapToGlobal(place.center()));
+        QApplication::sendEvent(view.viewport(), &event);
+        return QToolTip::text();
+    };
+    for (const Qt::LayoutDirection direction : {Qt::LeftToRight, Qt::RightToLeft}) {
+        view.setLayoutDirection(direction);
+        const NodePtr wide = tree.root->add(longName);
+        const NodePtr narrow = tree.root->add(QStringLiteral("n"));
+        view.reloadData();
+        paint();
+        ASSERT_GT(bar().maximum(), 0);
+        bar().setValue(0);
+        EXPECT_EQ(toolTipOf(wide), QStringLiteral("<span>%1</span>").arg(longName));
+        EXPECT_EQ(toolTipOf(narrow), u"of the view");
+        bar().setValue(bar().maximum());
+        EXPECT_EQ(toolTipOf(wide), QStringLiteral("<span>%1</span>").arg(longName));
+        EXPECT_EQ(toolTipOf(narrow), u"<span>n</span>") << "it is out of sight";
+    }
+    QToolTip::hideText();
+}
+
+TEST_F(OutlineViewScrolling, AWholeRowIsPaintedWhenItGetsSelected)
+{
+    for (const Qt::LayoutDirection direction : {Qt::LeftToRight, Qt::RightToLeft}) {
+        view.setLayoutDirection(direction);
+        addChain(5);
+        view.selectRow(0);
+        paint();
+        PaintedRegion painted(*view.viewport());
+        view.selectRow(view.rowForItem(chain.back()));
+        QRect row = placeOf(chain.back());
+        ASSERT_LT(row.width(), view.viewport()->width());
+        row.setLeft(0);
+        row.setRight(view.viewport()->width() - 1);
+        EXPECT_TRUE(QTest::qWaitFor([&] { return (QRegion(row) - painted.region).isEmpty(); })) << direction;
+    }
 }
 
 TEST_F(OutlineViewScrolling, ADeepRowIsReachedByKeyAndSeen)

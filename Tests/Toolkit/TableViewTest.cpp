@@ -4,13 +4,17 @@
 #include "Toolkit/TableView.h"
 
 #include "FakeRecord.h"
+#include "PaintedRegion.h"
 #include "Toolkit/ArrayController.h"
 
 #include <QAbstractItemModelTester>
 #include <QApplication>
+#include <QHelpEvent>
 #include <QLineEdit>
 #include <QSignalSpy>
 #include <QTest>
+#include <QToolTip>
+#include <QVBoxLayout>
 #include <gtest/gtest.h>
 
 namespace {
@@ -225,8 +229,11 @@ TEST_F(TableViewTest, TheEditKeyNeedsASelectedRow)
 TEST_F(TableViewTest, AMaskIsDrawnInTheColourOfTheText)
 {
     delegate.isMask = true;
-    // The frame of what has the keyboard would lie over the row.
-    view.clearFocus();
+    // The frame of what has the keyboard would lie over the row if that were the view itself.
+    QLineEdit inside(view.viewport());
+    inside.setGeometry(0, view.viewport()->height() - 10, 10, 10);
+    inside.show();
+    inside.setFocus();
     QPalette palette;
     palette.setColor(QPalette::Text, Qt::blue);
     palette.setColor(QPalette::HighlightedText, Qt::yellow);
@@ -241,6 +248,47 @@ TEST_F(TableViewTest, AMaskIsDrawnInTheColourOfTheText)
     EXPECT_EQ(middleOfHandle(1), QColor(Qt::yellow));
     delegate.isMask = false;
     EXPECT_EQ(middleOfHandle(0), QColor(Qt::red)) << "any other image keeps its colours";
+}
+
+TEST_F(TableViewTest, AllIsPaintedAnewWhenTheKeyboardComesAndGoesWithAnEditor)
+{
+    QWidget window;
+    auto *layout = new QVBoxLayout(&window);
+    auto *beside = new QLineEdit;
+    layout->addWidget(beside);
+    layout->addWidget(&view);
+    window.show();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+    beside->setFocus();
+    QCoreApplication::processEvents();
+    PaintedRegion painted(*view.viewport());
+    view.editColumn(labelKey, 0);
+    ASSERT_TRUE(view.isEditing());
+    const auto isAllPainted = [&] { return painted.region == QRegion(view.viewport()->rect()); };
+    EXPECT_TRUE(QTest::qWaitFor(isAllPainted));
+    painted.region = {};
+    beside->setFocus();
+    EXPECT_TRUE(QTest::qWaitFor(isAllPainted));
+    EXPECT_FALSE(view.isEditing());
+    view.setParent(nullptr);
+}
+
+TEST_F(TableViewTest, ATextThatDoesNotFitIsTheToolTip)
+{
+    const QString longText = QStringLiteral("<b>a text</b> that is far wider than the view, ").repeated(5);
+    view.setToolTip(QStringLiteral("of the view"));
+    controller.setValueForKey(longText, labelKey, 1);
+    const auto toolTipAt = [this](const QPoint &place) {
+        QToolTip::hideText();
+        QHelpEvent event(QEvent::ToolTip, place, view.viewport()->mapToGlobal(place));
+        QApplication::sendEvent(view.viewport(), &event);
+        return QToolTip::text();
+    };
+    EXPECT_EQ(toolTipAt(rowCenter(1)), QStringLiteral("<span>%1</span>").arg(longText.toHtmlEscaped()));
+    EXPECT_EQ(toolTipAt(rowCenter(0)), u"of the view");
+    view.resize(3000, 200);
+    EXPECT_EQ(toolTipAt(view.visualRect(view.model()->index(1, 1)).topLeft() + QPoint(5, 5)), u"of the view");
+    QToolTip::hideText();
 }
 
 TEST_F(TableViewTest, AnEmptyListSaysSo)
