@@ -6,10 +6,12 @@
 #include "Source/QNBPaneLog.h"
 #include "Source/QNBPresetListNames.h"
 #include "Toolkit/ArrayController.h"
+#include "Toolkit/HeightStrut.h"
 #include "Toolkit/KeyComboRecorder.h"
 #include "Toolkit/OutlineView.h"
 #include "Toolkit/TemplateImages.h"
 
+#include <QBoxLayout>
 #include <QCheckBox>
 #include <QLabel>
 #include <QLayout>
@@ -88,6 +90,9 @@ void QNBPrefPanePref::placeDetachedViews()
     font.setBold(true);
     _productName->setFont(font);
     connect(_helpButton, &QPushButton::clicked, this, &QNBPrefPanePref::openHelpWebsite);
+
+    // Beside the last row of the other column.
+    _descriptionToggleLayout->addItem(new HeightStrut(*_scriptButton));
 
     // The pane gets its height when it is first laid out.
     _leftColumnSplit->installEventFilter(this);

@@ -8,6 +8,7 @@
 #include "Source/QNBPaneLog.h"
 #include "Source/QNBPresetListCommands.h"
 #include "Toolkit/ArrayController.h"
+#include "Toolkit/PlainToolTip.h"
 
 #include <QAction>
 #include <QCursor>
@@ -43,6 +44,8 @@ const QString scrollable = QStringLiteral("QMenu { menu-scrollable: 1 }");
 
 /// Keeps the text that an item has while its folder is not empty.
 constexpr char usualTextProperty[] = "usualText";
+/// Keeps the tool tip that the button has while its text is not shortened.
+constexpr char usualToolTipProperty[] = "usualToolTip";
 
 /// \a path as it fits into \a characters on \a widget.
 QString shortened(const QString &path, const QWidget &widget, int characters)
@@ -111,6 +114,7 @@ void QNBPrefPanePref::setUpFolderMenus()
         });
         connect(menu, &QMenu::triggered, this, [this](QAction *item) { folderMenuItemTriggered(*item); });
     }
+    _scriptButton->setProperty(usualToolTipProperty, _scriptButton->toolTip());
     _scriptButton->setMenu(_ui_scriptSelectionMenu);
     for (QWidget *widget : {static_cast<QWidget *>(_scriptButton), static_cast<QWidget *>(_scriptLabel)}) {
         widget->setContextMenuPolicy(Qt::CustomContextMenu);
@@ -171,7 +175,7 @@ void QNBPrefPanePref::addEntries(QMenu &menu, QNBFolderMenu::Kind kind, const QS
             item->setFont(fontOfCurrent);
         }
         if (text != path)
-            item->setToolTip(QStringLiteral("<span>%1</span>").arg(path.toHtmlEscaped()));
+            item->setToolTip(plainToolTip(path));
         menu.addAction(item);
     }
     updateFixedItems(menu, current.isEmpty(), paths.isEmpty());
@@ -253,7 +257,9 @@ QString QNBPrefPanePref::selectedScript() const
 void QNBPrefPanePref::showScript()
 {
     const QString script = selectedScript();
-    _scriptButton->setText(script.isEmpty() ? tr("No Script")
-                                            : literal(shortened(script, *_scriptButton, longestButtonText)));
+    const QString text = shortened(script, *_scriptButton, longestButtonText);
+    _scriptButton->setText(text.isEmpty() ? tr("No Script") : literal(text));
     _scriptButton->setAccessibleDescription(script);
+    _scriptButton->setToolTip(text == script ? _scriptButton->property(usualToolTipProperty).toString()
+                                             : plainToolTip(script));
 }

@@ -8,6 +8,7 @@
 #include "Toolkit/OutlineView.h"
 
 #include <QAction>
+#include <QBoxLayout>
 #include <QCheckBox>
 #include <QLabel>
 #include <QMenu>
@@ -127,6 +128,7 @@ QStringList QNBPrefPanePref::connectOutlets(QWidget &view)
     CONNECT(_moveItemOutOfFolderAction);
     CONNECT(_helpButton);
     CONNECT(_descriptionToggle);
+    CONNECT(_descriptionToggleLayout);
     return connector.missing();
 }
 

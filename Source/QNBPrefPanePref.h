@@ -35,6 +35,7 @@
 
 QT_BEGIN_NAMESPACE
 class QAction;
+class QBoxLayout;
 class QCheckBox;
 class QLabel;
 class QMenu;
@@ -443,6 +444,7 @@ private:
     QAction *_moveItemOutOfFolderAction = nullptr;
     QPushButton *_helpButton = nullptr;
     QCheckBox *_descriptionToggle = nullptr;
+    QBoxLayout *_descriptionToggleLayout = nullptr;
 
     QNBPresetRecordPtr _selectedItem;
     QList<QNBPresetRecordPtr> _presets;

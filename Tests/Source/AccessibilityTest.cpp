@@ -5,11 +5,14 @@
 
 #include <QAbstractButton>
 #include <QAccessible>
+#include <QCheckBox>
 #include <QLabel>
 #include <QMenu>
+#include <QPlainTextEdit>
 #include <QTabWidget>
 #include <QTest>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -143,6 +146,39 @@ TEST_F(Accessibility, ALargeFontClipsNothing)
         }
         EXPECT_GT(judged, 2) << tab;
     }
+}
+
+TEST_F(Accessibility, TheRowsOfBothColumnsStandSideBySide)
+{
+    for (const int pointSize : {8, 10, 14, 20}) {
+        QFont font = view->font();
+        font.setPointSize(pointSize);
+        view->setFont(font);
+        QCoreApplication::sendPostedEvents();
+        for (const auto &[left, right] : {std::pair("_addPresetButton", "_addFileButton"),
+                                          std::pair("_presetActionsButton", "_itemActionsButton"),
+                                          std::pair("_descriptionToggle", "_scriptLabel"),
+                                          std::pair("_descriptionToggle", "_scriptButton")}) {
+            const auto middle = [this](const char *name) {
+                const auto *widget = outlet<QWidget>(QString::fromLatin1(name));
+                return widget->mapTo(view.get(), widget->rect().center()).y();
+            };
+            EXPECT_NEAR(middle(left), middle(right), 1) << left << pointSize;
+        }
+    }
+}
+
+TEST_F(Accessibility, AtItsSmallestTheDescriptionCanStillBeRead)
+{
+    view->resize(view->minimumSizeHint());
+    QCoreApplication::sendPostedEvents();
+    const auto *description = outlet<QPlainTextEdit>(QStringLiteral("_ui_presetDescription"));
+    EXPECT_GE(description->viewport()->height(), 2 * description->fontMetrics().height());
+    auto *toggle = outlet<QCheckBox>(QStringLiteral("_descriptionToggle"));
+    toggle->click();
+    QCoreApplication::sendPostedEvents();
+    EXPECT_FALSE(description->isVisible() && !description->visibleRegion().isEmpty());
+    EXPECT_FALSE(toggle->isChecked());
 }
 
 TEST_F(Accessibility, TabReachesEveryControlInOrderAndComesBackAround)

@@ -103,6 +103,8 @@ TEST_F(QNBPrefPanePrefFolderMenuChoices, TheScriptButtonFollowsThePresetAndTheHi
     open();
     const int usualWidth = scriptButton().minimumSizeHint().width();
     EXPECT_EQ(scriptButton().text(), QStringLiteral("No Script"));
+    const QString usualToolTip = scriptButton().toolTip();
+    EXPECT_FALSE(usualToolTip.isEmpty());
     choose(scriptMenu(), QStringLiteral("R&D/run.sh"));
     EXPECT_EQ(scriptButton().text(), QStringLiteral("R&&D/run.sh"));
     EXPECT_EQ(scriptButton().accessibleDescription(), QStringLiteral("R&D/run.sh"));
@@ -118,6 +120,9 @@ TEST_F(QNBPrefPanePrefFolderMenuChoices, TheScriptButtonFollowsThePresetAndTheHi
     choose(scriptMenu(), longName);
     EXPECT_LT(scriptButton().minimumSizeHint().width(), usualWidth * 6);
     EXPECT_EQ(scriptButton().accessibleDescription(), longName);
+    EXPECT_EQ(scriptButton().toolTip(), QStringLiteral("<span>%1</span>").arg(longName));
+    pane->undo();
+    EXPECT_EQ(scriptButton().toolTip(), usualToolTip);
 }
 
 TEST_F(QNBPrefPanePrefFolderMenuChoices, AScriptThatIsNoTextCountsAsNone)
