@@ -101,19 +101,20 @@ BinaryPropertyListWriter::BinaryPropertyListWriter()
 quint8 *BinaryPropertyListWriter::grow(std::size_t size)
 {
     const std::size_t start = bytes_.size();
+    makeRoom(bytes_, size);
     bytes_.resize(start + size);
     return bytes_.data() + start;
 }
 
-quint32 BinaryPropertyListWriter::hashOf(const Object &object) const
+BinaryPropertyListWriter::Ref BinaryPropertyListWriter::intern(std::size_t start)
 {
-    return quint32(qHashBits(bytes_.data() + object.first, object.count, seed_));
+    return intern(start, Kind::Scalar,
+                  quint32(qHashBits(bytes_.data() + start, bytes_.size() - start, seed_)));
 }
 
-BinaryPropertyListWriter::Ref BinaryPropertyListWriter::intern(std::size_t start, Kind kind)
+BinaryPropertyListWriter::Ref BinaryPropertyListWriter::intern(std::size_t start, Kind kind, quint32 hash)
 {
     const Object object{quint32(start), quint32(bytes_.size() - start), 1, 0, kind};
-    const quint32 hash = hashOf(object);
     const auto isSame = [&](Ref candidate) {
         const Object &other = objects_[candidate];
         return other.count == object.count &&
@@ -127,6 +128,7 @@ BinaryPropertyListWriter::Ref BinaryPropertyListWriter::intern(std::size_t start
         bytes_.resize(start);
         return invalid(QString::fromLatin1(tooLarge));
     }
+    makeRoom(objects_, 1);
     objects_.push_back(object);
     scalars_.add(hash, Ref(objects_.size() - 1));
     return Ref(objects_.size() - 1);
@@ -137,6 +139,7 @@ BinaryPropertyListWriter::Ref BinaryPropertyListWriter::invalid(const QString &r
     if (!invalid_) {
         invalid_ = Ref(objects_.size());
         invalidReason_ = reason;
+        makeRoom(objects_, 1);
         objects_.push_back({0, 0, 1, 0, Kind::Invalid});
     }
     return *invalid_;
@@ -146,14 +149,14 @@ BinaryPropertyListWriter::Ref BinaryPropertyListWriter::null()
 {
     const std::size_t start = bytes_.size();
     *grow(1) = nullMarker;
-    return intern(start, Kind::Scalar);
+    return intern(start);
 }
 
 BinaryPropertyListWriter::Ref BinaryPropertyListWriter::boolean(bool value)
 {
     const std::size_t start = bytes_.size();
     *grow(1) = value ? trueMarker : falseMarker;
-    return intern(start, Kind::Scalar);
+    return intern(start);
 }
 
 BinaryPropertyListWriter::Ref BinaryPropertyListWriter::integer(qint64 value)
@@ -163,7 +166,7 @@ BinaryPropertyListWriter::Ref BinaryPropertyListWriter::integer(qint64 value)
     quint8 *const to = grow(longestPrefix);
     const quint8 *const end = storeInteger(to, quint64(value));
     bytes_.resize(start + std::size_t(end - to));
-    return intern(start, Kind::Scalar);
+    return intern(start);
 }
 
 BinaryPropertyListWriter::Ref BinaryPropertyListWriter::unsignedInteger(quint64 value)
@@ -174,7 +177,7 @@ BinaryPropertyListWriter::Ref BinaryPropertyListWriter::unsignedInteger(quint64 
     quint8 *to = grow(1 + 16);
     *to++ = marker(Type::integer, 4);
     store(store(to, 0, 8), value, 8);
-    return intern(start, Kind::Scalar);
+    return intern(start);
 }
 
 BinaryPropertyListWriter::Ref BinaryPropertyListWriter::real(double value)
@@ -183,7 +186,7 @@ BinaryPropertyListWriter::Ref BinaryPropertyListWriter::real(double value)
     quint8 *const to = grow(1 + 8);
     *to = doubleMarker;
     store(to + 1, std::bit_cast<quint64>(value), 8);
-    return intern(start, Kind::Scalar);
+    return intern(start);
 }
 
 BinaryPropertyListWriter::Ref BinaryPropertyListWriter::date(const QDateTime &value)
@@ -198,7 +201,7 @@ BinaryPropertyListWriter::Ref BinaryPropertyListWriter::date(PropertyList::Date 
     quint8 *const to = grow(1 + 8);
     *to = dateMarker;
     store(to + 1, std::bit_cast<quint64>(value.seconds), 8);
-    return intern(start, Kind::Scalar);
+    return intern(start);
 }
 
 BinaryPropertyListWriter::Ref BinaryPropertyListWriter::data(QByteArrayView value)
@@ -210,16 +213,29 @@ BinaryPropertyListWriter::Ref BinaryPropertyListWriter::data(QByteArrayView valu
     quint8 *const to = storePrefix(grow(prefixSize(size) + size), Type::data, size);
     if (size > 0)
         std::memcpy(to, value.data(), size);
-    return intern(start, Kind::Scalar);
+    return intern(start);
+}
+
+BinaryPropertyListWriter::ComingString BinaryPropertyListWriter::coming(QStringView value) const
+{
+    const quint32 hash =
+        quint32(qHashBits(value.utf16(), std::size_t(value.size()) * sizeof(char16_t), seed_));
+    scalars_.prefetch(hash);
+    return {value, hash};
 }
 
 BinaryPropertyListWriter::Ref BinaryPropertyListWriter::string(QStringView value)
 {
-    const std::size_t size = std::size_t(value.size());
+    return string(coming(value));
+}
+
+BinaryPropertyListWriter::Ref BinaryPropertyListWriter::string(const ComingString &value)
+{
+    const std::size_t size = std::size_t(value.text.size());
     if (size > maximumSize)
         return invalid(QString::fromLatin1(tooLarge));
     const std::size_t start = bytes_.size();
-    const char16_t *const from = value.utf16();
+    const char16_t *const from = value.text.utf16();
     quint8 *to = storePrefix(grow(prefixSize(size) + size), Type::asciiString, size);
     char16_t all = 0;
     for (std::size_t i = 0; i < size; ++i) {
@@ -231,7 +247,7 @@ BinaryPropertyListWriter::Ref BinaryPropertyListWriter::string(QStringView value
         to = storePrefix(grow(prefixSize(size) + 2 * size), Type::utf16String, size);
         qToBigEndian<quint16>(from, qsizetype(size), to);
     }
-    return intern(start, Kind::String);
+    return intern(start, Kind::String, value.hash);
 }
 
 void BinaryPropertyListWriter::encodeUID(quint64 value)
@@ -246,7 +262,7 @@ BinaryPropertyListWriter::Ref BinaryPropertyListWriter::uid(quint64 value)
 {
     const std::size_t start = bytes_.size();
     encodeUID(value);
-    return intern(start, Kind::Scalar);
+    return intern(start);
 }
 
 BinaryPropertyListWriter::Ref BinaryPropertyListWriter::unsharedUID(quint64 value)
@@ -257,6 +273,7 @@ BinaryPropertyListWriter::Ref BinaryPropertyListWriter::unsharedUID(quint64 valu
         bytes_.resize(start);
         return invalid(QString::fromLatin1(tooLarge));
     }
+    makeRoom(objects_, 1);
     objects_.push_back({quint32(start), quint32(bytes_.size() - start), 1, 0, Kind::UnsharedScalar});
     return Ref(objects_.size() - 1);
 }
@@ -275,8 +292,10 @@ BinaryPropertyListWriter::Ref BinaryPropertyListWriter::container(Kind kind, std
     }
     object.values = quint32(std::min<quint64>(count, std::numeric_limits<quint32>::max()));
     object.depth = quint16(std::min<int>(object.depth + 1, std::numeric_limits<quint16>::max()));
+    makeRoom(references_, keys.size() + values.size());
     references_.insert(references_.end(), keys.begin(), keys.end());
     references_.insert(references_.end(), values.begin(), values.end());
+    makeRoom(objects_, 1);
     objects_.push_back(object);
     return Ref(objects_.size() - 1);
 }

@@ -35,6 +35,15 @@ public:
     Ref date(PropertyList::Date value);
     Ref data(QByteArrayView value);
     Ref string(QStringView value);
+    /// The same in two steps, for a caller that knows its strings some time before it adds them: the first
+    /// has what the second will look for brought near in memory, without waiting. The text must live as long.
+    struct ComingString
+    {
+        QStringView text;
+        quint32 hash = 0;
+    };
+    ComingString coming(QStringView value) const;
+    Ref string(const ComingString &value);
     Ref uid(quint64 value);
     /// For a UID that the caller adds once: it is not looked for among the scalars, nor found by uid().
     Ref unsharedUID(quint64 value);
@@ -82,16 +91,16 @@ private:
     Ref scalar(PropertyListType type, const QVariant &value);
     quint8 *grow(std::size_t size);
     void encodeUID(quint64 value);
-    Ref intern(std::size_t start, Kind kind);
-    quint32 hashOf(const Object &object) const;
+    Ref intern(std::size_t start);
+    Ref intern(std::size_t start, Kind kind, quint32 hash);
     Ref container(Kind kind, std::span<const Ref> keys, std::span<const Ref> values);
     Ref invalid(const QString &reason);
 
-    std::vector<Object, LargeBlockAllocator<Object>> objects_;
+    LargeArray<Object> objects_;
     /// Of all containers; a dictionary's keys stand before its values.
-    std::vector<Ref, LargeBlockAllocator<Ref>> references_;
+    LargeArray<Ref> references_;
     /// All scalars, encoded.
-    std::vector<quint8, LargeBlockAllocator<quint8>> bytes_;
+    LargeArray<quint8> bytes_;
     UniqueScalars scalars_;
     std::size_t seed_;
     /// The object that stands for every value that cannot be written.

@@ -20,6 +20,7 @@ KeyedArchiver::KeyedArchiver()
 KeyedArchiver::Ref KeyedArchiver::add(const Object &object)
 {
     const Ref ref = Ref(objects_.size());
+    makeRoom(objects_, 1);
     objects_.push_back(object);
     objects_.back().uid = writer_.unsharedUID(ref);
     return ref;
@@ -27,8 +28,11 @@ KeyedArchiver::Ref KeyedArchiver::add(const Object &object)
 
 KeyedArchiver::Ref KeyedArchiver::shared(PropertyRef property, bool isString)
 {
-    if (property >= uidOfProperty_.size())
-        uidOfProperty_.resize(std::size_t(property) + property / 2 + 1);
+    if (property >= uidOfProperty_.size()) {
+        const std::size_t size = std::size_t(property) + 1;
+        makeRoom(uidOfProperty_, size - uidOfProperty_.size());
+        uidOfProperty_.resize(size);
+    }
     Ref &ref = uidOfProperty_[property];
     if (ref == 0)
         ref = add({.property = property, .isString = isString});
@@ -62,7 +66,12 @@ KeyedArchiver::Ref KeyedArchiver::data(QByteArrayView value)
 
 KeyedArchiver::Ref KeyedArchiver::string(QStringView value)
 {
-    if (value != nullMarker)
+    return string(coming(value));
+}
+
+KeyedArchiver::Ref KeyedArchiver::string(const ComingString &value)
+{
+    if (value.text != nullMarker)
         return shared(writer_.string(value), true);
     if (nullMarkerString_ == 0) {
         const PropertyRef keys[] = {writer_.string(stringField), writer_.string(classKey)};
@@ -201,7 +210,7 @@ WriteResult KeyedArchiver::finish(Ref root)
     const BinaryPropertyListWriter::Mark mark = writer_.mark();
     const PropertyRef rootKeys[] = {writer_.string(rootKey)};
     const PropertyRef rootValues[] = {objects_[root].uid};
-    std::vector<PropertyRef> properties;
+    LargeArray<PropertyRef> properties;
     properties.reserve(objects_.size());
     for (const Object &object : objects_)
         properties.push_back(object.property);

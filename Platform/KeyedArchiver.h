@@ -33,6 +33,10 @@ public:
     Ref date(PropertyList::Date value);
     Ref data(QByteArrayView value);
     Ref string(QStringView value);
+    /// The same in two steps, as BinaryPropertyListWriter has them.
+    using ComingString = BinaryPropertyListWriter::ComingString;
+    ComingString coming(QStringView value) const { return writer_.coming(value); }
+    Ref string(const ComingString &value);
     Ref array(std::span<const Ref> elements, Mutability mutability = Mutability::Mutable);
     /// As many keys as values. Keys must be strings; where one repeats, the last entry counts and the others
     /// are not written.
@@ -90,9 +94,9 @@ private:
     Ref invalid(const QString &reason);
 
     BinaryPropertyListWriter writer_;
-    std::vector<Object> objects_;
+    LargeArray<Object> objects_;
     /// Of a property list that shared() made an object of, the UID; else 0.
-    std::vector<Ref> uidOfProperty_;
+    LargeArray<Ref> uidOfProperty_;
     /// The dates, by the property list of their seconds.
     QHash<PropertyRef, Ref> dates_;
     std::array<Ref, ClassCount> classes_{};

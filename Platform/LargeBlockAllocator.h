@@ -8,6 +8,7 @@
 #include <memory>
 #include <new>
 #include <sys/mman.h>
+#include <vector>
 
 /// Asks the system for large pages where \a block spans them. Advice: nothing depends on it.
 inline void adviseLargePages(void *block, std::size_t size)
@@ -51,3 +52,19 @@ public:
 private:
     static constexpr std::size_t largePage = std::size_t(2) * 1024 * 1024;
 };
+
+template <class T>
+using LargeArray = std::vector<T, LargeBlockAllocator<T>>;
+
+/// Room for \a more elements. A large array grows by large steps: pages that are reserved and not yet used
+/// cost nothing, while each move to a larger block touches all of both. A small one is left to grow by
+/// itself.
+template <class T>
+void makeRoom(LargeArray<T> &array, std::size_t more)
+{
+    constexpr std::size_t largeSize = std::size_t(1024) * 1024;
+    constexpr std::size_t step = 8;
+    const std::size_t needed = array.size() + more;
+    if (needed > array.capacity() && needed * sizeof(T) >= largeSize)
+        array.reserve(step * needed);
+}

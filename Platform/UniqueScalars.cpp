@@ -3,6 +3,8 @@
 
 #include "Platform/UniqueScalars.h"
 
+#include <utility>
+
 namespace {
 
 constexpr std::size_t firstTableSize = 64;
@@ -10,44 +12,43 @@ constexpr std::size_t firstTableSize = 64;
 } // namespace
 
 UniqueScalars::UniqueScalars()
-    : tags_(firstTableSize, freeTag)
-    , places_(firstTableSize)
+    : slots_(firstTableSize)
 {
 }
 
-void UniqueScalars::enter(std::size_t index)
+void UniqueScalars::enter(const Slot &slot)
 {
-    const quint32 hash = scalars_[index].hash;
-    const std::size_t mask = tags_.size() - 1;
-    std::size_t at = hash & mask;
-    while (tags_[at] != freeTag)
-        at = (at + 1) & mask;
-    tags_[at] = tagOf(hash);
-    places_[at] = quint32(index);
+    std::size_t at = home(slot.hash);
+    while (slots_[at].object != noObject)
+        at = next(at);
+    slots_[at] = slot;
+    ++count_;
 }
 
-void UniqueScalars::enterAll(std::size_t tableSize)
+/// Those below \a end, in a new table. A place in a table of twice the size is the old one or as far into the
+/// second half: the old table's order touches both halves in theirs.
+void UniqueScalars::enterAgain(std::size_t tableSize, quint32 end)
 {
-    tags_.assign(tableSize, freeTag);
-    places_.resize(tableSize);
-    for (std::size_t i = 0; i < scalars_.size(); ++i)
-        enter(i);
+    const LargeArray<Slot> slots = std::exchange(slots_, LargeArray<Slot>(tableSize));
+    count_ = 0;
+    for (const Slot &slot : slots) {
+        if (slot.object < end)
+            enter(slot);
+    }
 }
 
 void UniqueScalars::add(quint32 hash, quint32 object)
 {
-    scalars_.push_back({hash, object});
-    if (scalars_.size() * 2 > tags_.size())
-        enterAll(tags_.size() * 2);
-    else
-        enter(scalars_.size() - 1);
+    if ((count_ + 1) * 2 > slots_.size())
+        enterAgain(slots_.size() * 2, noObject);
+    enter({hash, object});
+    end_ = object + 1;
 }
 
 void UniqueScalars::forgetFrom(quint32 object)
 {
-    if (scalars_.empty() || scalars_.back().object < object)
+    if (end_ <= object)
         return;
-    while (!scalars_.empty() && scalars_.back().object >= object)
-        scalars_.pop_back();
-    enterAll(tags_.size());
+    enterAgain(slots_.size(), object);
+    end_ = object;
 }

@@ -6,14 +6,14 @@
 #include "Platform/LargeBlockAllocator.h"
 
 #include <QtGlobal>
+#include <limits>
 #include <optional>
-#include <vector>
 
 /// Finds values that a writer has stored already: a hash table of numbers (of objects), in the order in which
 /// they were added.
 ///
-/// What a search touches first is one byte for each place of the table: seven bits of the hash, so that a
-/// table of millions stays in the processor's cache, and a value that is new is seldom looked for in memory.
+/// Hash and object stand side by side in one array, so that a search takes one line of memory, and growing
+/// takes lines in their order.
 class UniqueScalars
 {
 public:
@@ -23,17 +23,15 @@ public:
     template <class IsEqual>
     std::optional<quint32> find(quint32 hash, IsEqual isEqual) const
     {
-        const quint8 tag = tagOf(hash);
-        const std::size_t mask = tags_.size() - 1;
-        for (std::size_t at = hash & mask; tags_[at] != freeTag; at = (at + 1) & mask) {
-            if (tags_[at] != tag)
-                continue;
-            const Scalar &scalar = scalars_[places_[at]];
-            if (scalar.hash == hash && isEqual(scalar.object))
-                return scalar.object;
+        for (std::size_t at = home(hash); slots_[at].object != noObject; at = next(at)) {
+            if (slots_[at].hash == hash && isEqual(slots_[at].object))
+                return slots_[at].object;
         }
         return std::nullopt;
     }
+
+    /// Has what find() and add() of this hash will look at brought near, without waiting for it.
+    void prefetch(quint32 hash) const { __builtin_prefetch(&slots_[home(hash)]); }
 
     /// \a object must be greater than all before it.
     void add(quint32 hash, quint32 object);
@@ -42,20 +40,22 @@ public:
     void forgetFrom(quint32 object);
 
 private:
-    static constexpr quint8 freeTag = 0;
-    static quint8 tagOf(quint32 hash) { return quint8(0x80 | (hash >> 25)); }
+    static constexpr quint32 noObject = std::numeric_limits<quint32>::max();
 
-    struct Scalar
+    struct Slot
     {
-        quint32 hash;
-        quint32 object;
+        quint32 hash = 0;
+        quint32 object = noObject;
     };
 
-    void enter(std::size_t index);
-    void enterAll(std::size_t tableSize);
+    std::size_t home(quint32 hash) const { return hash & (slots_.size() - 1); }
+    std::size_t next(std::size_t at) const { return (at + 1) & (slots_.size() - 1); }
+    void enter(const Slot &slot);
+    void enterAgain(std::size_t tableSize, quint32 end);
 
-    std::vector<Scalar, LargeBlockAllocator<Scalar>> scalars_;
-    /// The table: a power of two in size, at most half full; places_ holds indexes into scalars_.
-    std::vector<quint8, LargeBlockAllocator<quint8>> tags_;
-    std::vector<quint32, LargeBlockAllocator<quint32>> places_;
+    /// A power of two in size, at most half full.
+    LargeArray<Slot> slots_;
+    std::size_t count_ = 0;
+    /// Above all objects.
+    quint32 end_ = 0;
 };

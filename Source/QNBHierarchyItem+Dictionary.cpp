@@ -9,6 +9,7 @@
 #include "Source/QNBHierarchyItem.h"
 
 #include <QVarLengthArray>
+#include <algorithm>
 #include <optional>
 #include <span>
 
@@ -166,6 +167,8 @@ public:
 
     Ref boolean(bool value) const { return value; }
     Ref string(QStringView value) const { return value.toString(); }
+    using ComingString = QStringView;
+    ComingString coming(QStringView value) const { return value; }
     Ref array(std::span<const Ref> elements) const { return QVariantList(elements.begin(), elements.end()); }
     Ref dictionary(std::span<const Ref> keys, std::span<const Ref> values) const
     {
@@ -222,28 +225,89 @@ QString permissionDigits(const std::array<std::uint32_t, 3> &permissions)
 
 } // namespace
 
-/// Children before their parent, with a list of items still open instead of recursion.
+/// The items of a tree that are still to be written, children before their parent. A large tree lies
+/// scattered in memory, and waiting for it takes longer than the writing: each item is sent for while others
+/// are written, then its name, then the place where the sink will look for the name.
+template <class Sink>
+class QNBHierarchyItem::PendingItems
+{
+public:
+    PendingItems(Sink &sink, const QNBHierarchyItem &root)
+        : sink_(sink)
+        , items_{{&root}}
+    {
+    }
+
+    bool isEmpty() const { return items_.empty(); }
+
+    /// The next item whose children, if any, have been taken.
+    const QNBHierarchyItem &next()
+    {
+        while (!items_.back().isOpen) {
+            items_.back().isOpen = true;
+            const Children &children = items_.back().item->children_;
+            for (auto child = children.crbegin(); child != children.crend(); ++child)
+                items_.push_back({child->get()});
+            for (std::size_t i = 0; i < std::min(children.size(), distance); ++i)
+                fetch(*children[i]);
+        }
+        const std::size_t count = items_.size();
+        if (count > distance)
+            fetch(*items_[count - 1 - distance].item);
+        if (count > 2)
+            __builtin_prefetch(items_[count - 3].item->filename_.constData());
+        if (count > 1)
+            announce(items_[count - 2]);
+        announce(items_.back());
+        return *items_.back().item;
+    }
+
+    /// Of the next item.
+    const typename Sink::ComingString &filename() const { return *items_.back().filename; }
+
+    void take() { items_.pop_back(); }
+
+private:
+    /// How many items before its turn an item is sent for.
+    static constexpr std::size_t distance = 4;
+
+    struct Pending
+    {
+        const QNBHierarchyItem *item;
+        std::optional<typename Sink::ComingString> filename = {};
+        bool isOpen = false;
+    };
+
+    static void fetch(const QNBHierarchyItem &item)
+    {
+        constexpr std::size_t line = 64;
+        for (std::size_t at = 0; at < sizeof item; at += line)
+            __builtin_prefetch(reinterpret_cast<const char *>(&item) + at);
+    }
+
+    void announce(Pending &pending) const
+    {
+        if (!pending.filename)
+            pending.filename = sink_.coming(pending.item->filename_);
+    }
+
+    Sink &sink_;
+    /// The next one is the last.
+    std::vector<Pending> items_;
+};
+
 template <class Sink>
 typename Sink::Ref QNBHierarchyItem::encodeTree(Sink &sink, bool includeUID) const
 {
     using Ref = typename Sink::Ref;
-    struct Open
-    {
-        const QNBHierarchyItem *item;
-        std::size_t nextChild;
-    };
-    std::vector<Open> open{{this, 0}};
+    PendingItems<Sink> pending(sink, *this);
     // The finished items that still wait for their parent, in order.
     std::vector<Ref> finished;
     ItemEntries<Sink> entries(sink);
     for (;;) {
-        Open &top = open.back();
-        const QNBHierarchyItem &item = *top.item;
-        if (top.nextChild < item.children_.size()) {
-            open.push_back({item.children_[top.nextChild++].get(), 0});
-            continue;
-        }
-        entries.addText(Key::filename, item.filename_);
+        const QNBHierarchyItem &item = pending.next();
+        if (!item.filename_.isEmpty())
+            entries.add(Key::filename, sink.string(pending.filename()));
         if (item.isFolder_)
             entries.add(Key::isFolder, sink.boolean(true));
         entries.addText(Key::color, item.colorName_);
@@ -257,9 +321,9 @@ typename Sink::Ref QNBHierarchyItem::encodeTree(Sink &sink, bool includeUID) con
             entries.add(Key::children, sink.array(std::span<const Ref>(finished).subspan(first)));
             finished.resize(first);
         }
-        open.pop_back();
+        pending.take();
         Ref dictionary = entries.take();
-        if (open.empty())
+        if (pending.isEmpty())
             return dictionary;
         finished.push_back(std::move(dictionary));
     }

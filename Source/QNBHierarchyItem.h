@@ -140,6 +140,8 @@ private:
     /// Keeps a uid that was stored.
     void setUid(const QString &uid);
     template <class Sink>
+    class PendingItems;
+    template <class Sink>
     typename Sink::Ref encodeTree(Sink &sink, bool includeUID) const;
     void setParent(const QNBHierarchyItemPtr &parent);
 
