@@ -256,14 +256,16 @@ public:
             fetch(*items_[count - 1 - distance].item);
         if (count > 2)
             __builtin_prefetch(items_[count - 3].item->filename_.constData());
-        if (count > 1)
-            announce(items_[count - 2]);
-        announce(items_.back());
-        return *items_.back().item;
+        const QNBHierarchyItem *item = items_.back().item;
+        filename_ = item == following_ ? followingFilename_ : sink_.coming(item->filename_);
+        following_ = count > 1 ? items_[count - 2].item : nullptr;
+        if (following_)
+            followingFilename_ = sink_.coming(following_->filename_);
+        return *item;
     }
 
-    /// Of the next item.
-    const typename Sink::ComingString &filename() const { return *items_.back().filename; }
+    /// Of the item that next() returned last.
+    const typename Sink::ComingString &filename() const { return filename_; }
 
     void take() { items_.pop_back(); }
 
@@ -274,7 +276,6 @@ private:
     struct Pending
     {
         const QNBHierarchyItem *item;
-        std::optional<typename Sink::ComingString> filename = {};
         bool isOpen = false;
     };
 
@@ -285,15 +286,13 @@ private:
             __builtin_prefetch(reinterpret_cast<const char *>(&item) + at);
     }
 
-    void announce(Pending &pending) const
-    {
-        if (!pending.filename)
-            pending.filename = sink_.coming(pending.item->filename_);
-    }
-
     Sink &sink_;
     /// The next one is the last.
     std::vector<Pending> items_;
+    typename Sink::ComingString filename_;
+    /// What comes next, unless it turns out to have children.
+    const QNBHierarchyItem *following_ = nullptr;
+    typename Sink::ComingString followingFilename_;
 };
 
 template <class Sink>
