@@ -26,6 +26,13 @@ QString shownFolder(const QString &folder)
     return u'~' + folder.mid(home.size());
 }
 
+/// Before a menu goes: what was made of its actions for the tray is freed only when they are taken out.
+void takeOutActions(QMenu &menu)
+{
+    for (QAction *action : menu.actions())
+        menu.removeAction(action);
+}
+
 } // namespace
 
 PresetMenu::PresetMenu(MenuText::Reader reader, Handlers handlers)
@@ -42,6 +49,15 @@ PresetMenu::PresetMenu(MenuText::Reader reader, Handlers handlers)
     rebuildPresets();
 }
 
+PresetMenu::~PresetMenu()
+{
+    for (const QAction *entry : entries_) {
+        if (entry->menu())
+            takeOutActions(*entry->menu());
+    }
+    takeOutActions(menu_);
+}
+
 void PresetMenu::setContent(const QStringList &labels, const QStringList &folders)
 {
     if (labels == labels_ && folders == folders_)
@@ -56,10 +72,12 @@ void PresetMenu::rebuildPresets()
     for (QAction *entry : std::exchange(entries_, {})) {
         menu_.removeAction(entry);
         // The menu of a preset owns its entry. It may be the one that is being answered.
-        if (entry->menu())
-            entry->menu()->deleteLater();
-        else
+        if (QMenu *const menu = entry->menu()) {
+            takeOutActions(*menu);
+            menu->deleteLater();
+        } else {
             entry->deleteLater();
+        }
     }
     for (qsizetype i = 0; i < labels_.size(); ++i) {
         auto *folders = new QMenu(text(labels_[i]), &menu_);

@@ -29,6 +29,7 @@ public:
     };
 
     PresetMenu(MenuText::Reader reader, Handlers handlers);
+    ~PresetMenu();
     PresetMenu(const PresetMenu &) = delete;
     PresetMenu &operator=(const PresetMenu &) = delete;
 
