@@ -7,6 +7,7 @@
 #include "Helper/StandardStreams.h"
 
 #include <QCoreApplication>
+#include <QFile>
 #include <QFileInfo>
 #include <QLibrary>
 
