@@ -30,7 +30,7 @@ PaneTree::PaneTree(const QNBPresetRecordPtr &preset)
 {
     QNBSettings settings;
     settings.presets = {std::make_shared<QNBPresetRecord>(), preset};
-    const FileResult stored = QNBSettingsStore::write(*services().preferences, settings);
+    const Result<> stored = QNBSettingsStore::write(*services().preferences, settings);
     if (!stored)
         qFatal("the presets were not stored: %s", qPrintable(stored.error));
 

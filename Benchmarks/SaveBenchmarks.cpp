@@ -49,7 +49,7 @@ void BM_SavePreferences(benchmark::State &state)
     QNBSettings settings;
     settings.presets = SamplePresets::presets(state.range(0), itemsPerPreset);
     for (auto _ : state) {
-        if (const FileResult saved = QNBSettingsStore::write(preferences, settings); !saved)
+        if (const Result<> saved = QNBSettingsStore::write(preferences, settings); !saved)
             state.SkipWithError(qPrintable(saved.error));
     }
     Preferences again(QStringLiteral("org.quenby.Quenby"), options);
@@ -75,7 +75,7 @@ void BM_SynchronizePreferences(benchmark::State &state)
         state.PauseTiming();
         preferences.setAppValue(QNBPreferenceKey::presets, presets);
         state.ResumeTiming();
-        if (const FileResult saved = preferences.appSynchronize(); !saved)
+        if (const Result<> saved = preferences.appSynchronize(); !saved)
             state.SkipWithError(qPrintable(saved.error));
     }
     Preferences again(QStringLiteral("org.quenby.Quenby"), options);

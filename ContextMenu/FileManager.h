@@ -29,10 +29,10 @@ public:
 
     /// Makes its entries show \a menu. What is as it should be is not written again; what its user has
     /// changed stays as it is, with a line in the log. \a manifest is saved as needed.
-    virtual FileResult write(const PresetMenu &menu, Manifest &manifest) const = 0;
+    virtual Result<> write(const PresetMenu &menu, Manifest &manifest) const = 0;
 
     /// Removes what was written, and the file manager from \a manifest, which the caller saves.
-    virtual FileResult remove(Manifest &manifest) const = 0;
+    virtual Result<> remove(Manifest &manifest) const = 0;
 
 protected:
     /// Of its executable.

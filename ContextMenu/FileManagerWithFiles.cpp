@@ -45,7 +45,7 @@ void sayThatItIsLeftAlone(const QString &path)
 }
 
 /// Keeps the first of several failures.
-void keep(FileResult &kept, FileResult result)
+void keep(Result<> &kept, Result<> result)
 {
     if (result)
         return;
@@ -56,20 +56,20 @@ void keep(FileResult &kept, FileResult result)
 
 } // namespace
 
-FileResult FileManagerWithFiles::write(const PresetMenu &menu, Manifest &manifest) const
+Result<> FileManagerWithFiles::write(const PresetMenu &menu, Manifest &manifest) const
 {
     return synchronize(files(menu), manifest);
 }
 
-FileResult FileManagerWithFiles::remove(Manifest &manifest) const
+Result<> FileManagerWithFiles::remove(Manifest &manifest) const
 {
-    FileResult result = synchronize({}, manifest);
+    Result<> result = synchronize({}, manifest);
     if (result)
         manifest.removeEntries(name());
     return result;
 }
 
-FileResult FileManagerWithFiles::synchronize(const QList<File> &files, Manifest &manifest) const
+Result<> FileManagerWithFiles::synchronize(const QList<File> &files, Manifest &manifest) const
 {
     const Manifest::Entries before = manifest.entries(name());
     Manifest::Entries after;
@@ -96,13 +96,13 @@ FileResult FileManagerWithFiles::synchronize(const QList<File> &files, Manifest 
             changed.append(file);
     }
     manifest.setEntries(name(), meanwhile);
-    if (FileResult saved = manifest.save(); !saved)
+    if (Result<> saved = manifest.save(); !saved)
         return saved;
 
-    FileResult result;
+    Result<> result;
     const DurableFileWriter writer;
     for (const File &file : std::as_const(changed)) {
-        FileResult written = writer.makeFolder(QFileInfo(file.path).path());
+        Result<> written = writer.makeFolder(QFileInfo(file.path).path());
         if (written) {
             writer.removeStrayTemporaries(file.path);
             const int mode = file.isExecutable ? S_IRWXU : S_IRUSR | S_IWUSR;
@@ -124,7 +124,7 @@ FileResult FileManagerWithFiles::synchronize(const QList<File> &files, Manifest 
             sayThatItIsLeftAlone(old.key());
             continue;
         }
-        FileResult removed = writer.remove(old.key());
+        Result<> removed = writer.remove(old.key());
         if (!removed)
             after.files.insert(old.key(), old.value());
         keep(result, std::move(removed));

@@ -16,12 +16,12 @@ public:
         bool isExecutable = false;
     };
 
-    FileResult write(const PresetMenu &menu, Manifest &manifest) const final;
-    FileResult remove(Manifest &manifest) const final;
+    Result<> write(const PresetMenu &menu, Manifest &manifest) const final;
+    Result<> remove(Manifest &manifest) const final;
 
     /// What there should be for \a menu; nothing if that is empty.
     virtual QList<File> files(const PresetMenu &menu) const = 0;
 
 private:
-    FileResult synchronize(const QList<File> &files, Manifest &manifest) const;
+    Result<> synchronize(const QList<File> &files, Manifest &manifest) const;
 };

@@ -128,7 +128,7 @@ QString Manifest::hashOf(const QByteArray &bytes)
     return QString::fromLatin1(QCryptographicHash::hash(bytes, QCryptographicHash::Sha256).toHex());
 }
 
-FileResult Manifest::save()
+Result<> Manifest::save()
 {
     isRegistered_ = true;
     noteMissingFolders(QFileInfo(path_).path());
@@ -138,23 +138,23 @@ FileResult Manifest::save()
     const PropertyList::WriteResult list = PropertyList::write(
         QVariantMap{{fileManagersKey, fileManagers}, {foldersKey, variantList(folders_)}});
     if (!list)
-        return FileResult::failure(list.error);
+        return Result<>::failure(list.error);
     if (*list.bytes == saved_)
         return {};
     const DurableFileWriter writer;
-    if (FileResult made = writer.makeFolder(QFileInfo(path_).path()); !made)
+    if (Result<> made = writer.makeFolder(QFileInfo(path_).path()); !made)
         return made;
-    FileResult written = writer.write(path_, *list.bytes);
+    Result<> written = writer.write(path_, *list.bytes);
     if (written)
         saved_ = *list.bytes;
     return written;
 }
 
-FileResult Manifest::remove()
+Result<> Manifest::remove()
 {
     // As long as the list is there, they are known.
     removeEmptyFolders();
-    if (FileResult removed = DurableFileWriter().remove(path_); !removed)
+    if (Result<> removed = DurableFileWriter().remove(path_); !removed)
         return removed;
     isRegistered_ = false;
     saved_.clear();

@@ -52,9 +52,9 @@ public:
     static QString hashOf(const QByteArray &bytes);
 
     /// Nothing is written that is there already.
-    FileResult save();
+    Result<> save();
     /// The opposite of save(), and of having been registered.
-    FileResult remove();
+    Result<> remove();
 
 private:
     void read();

@@ -19,13 +19,13 @@ namespace {
 
 Q_LOGGING_CATEGORY(lcRegistration, "quenby.contextmenu")
 
-const QString manifestFile = QStringLiteral("/Quenby/ContextMenu.plist");
+const QString manifestFile = QStringLiteral("/ContextMenu.plist");
 const QString lockFile = QStringLiteral("/org.quenby.Quenby.context-menu.lock");
 /// Of one that writes a menu of thousands of presets.
 constexpr int lockTimeout = 8000;
 
 /// Keeps the first of several failures.
-void keep(FileResult &kept, FileResult result)
+void keep(Result<> &kept, Result<> result)
 {
     if (result)
         return;
@@ -34,23 +34,23 @@ void keep(FileResult &kept, FileResult result)
         kept = std::move(result);
 }
 
-FileResult withManifest(const std::function<FileResult(Manifest &)> &action)
+Result<> withManifest(const std::function<Result<>(Manifest &)> &action)
 {
-    const QString stateFolder = DesktopFolders::stateHome();
+    const QString stateFolder = DesktopFolders::stateFolder();
     const QString runtimeFolder = DesktopFolders::runtimeDirectory();
     if (stateFolder.isEmpty() || runtimeFolder.isEmpty())
-        return FileResult::failure(QStringLiteral("there is no home to write into"));
+        return Result<>::failure(QStringLiteral("there is no home to write into"));
     QString error;
     const std::optional<FileLock> lock =
         FileLock::acquire(FileLayer::real(), runtimeFolder + lockFile, lockTimeout, &error);
     if (!lock)
-        return FileResult::failure(error);
+        return Result<>::failure(error);
     Manifest manifest(stateFolder + manifestFile);
     return action(manifest);
 }
 
 /// Writes the file managers that \a manifest names.
-FileResult writeAll(Manifest &manifest, const QByteArray &helper)
+Result<> writeAll(Manifest &manifest, const QByteArray &helper)
 {
     if (helper.isEmpty()) {
         qCWarning(lcRegistration) << "the helper was not found; the menu is written when it starts";
@@ -58,7 +58,7 @@ FileResult writeAll(Manifest &manifest, const QByteArray &helper)
     }
     const PresetMenu menu = Registration::menuFor(helper);
     const QStringList registered = manifest.fileManagers();
-    FileResult result = manifest.save();
+    Result<> result = manifest.save();
     if (!result)
         return result;
     for (const std::unique_ptr<FileManager> &manager : FileManager::all()) {
@@ -70,7 +70,7 @@ FileResult writeAll(Manifest &manifest, const QByteArray &helper)
 
 } // namespace
 
-FileResult Registration::registerWith(const QByteArray &helper)
+Result<> Registration::registerWith(const QByteArray &helper)
 {
     return withManifest([&helper](Manifest &manifest) {
         for (const std::unique_ptr<FileManager> &manager : FileManager::all()) {
@@ -81,19 +81,19 @@ FileResult Registration::registerWith(const QByteArray &helper)
     });
 }
 
-FileResult Registration::refresh(const QByteArray &helper)
+Result<> Registration::refresh(const QByteArray &helper)
 {
     return withManifest([&helper](Manifest &manifest) {
-        return manifest.isRegistered() ? writeAll(manifest, helper) : FileResult();
+        return manifest.isRegistered() ? writeAll(manifest, helper) : Result<>();
     });
 }
 
-FileResult Registration::unregister()
+Result<> Registration::unregister()
 {
     return withManifest([](Manifest &manifest) {
         if (!manifest.isRegistered())
-            return manifest.readError().isEmpty() ? FileResult() : FileResult::failure(manifest.readError());
-        FileResult result;
+            return manifest.readError().isEmpty() ? Result<>() : Result<>::failure(manifest.readError());
+        Result<> result;
         for (const std::unique_ptr<FileManager> &manager : FileManager::all())
             keep(result, manager->remove(manifest));
         // What could not be removed stays known.

@@ -16,13 +16,13 @@ namespace Registration {
 
 /// Writes the entries of every file manager that is present. They call \a helper; while that is empty, which
 /// is no failure, the file managers are noted, to be written by the first refresh().
-FileResult registerWith(const QByteArray &helper);
+Result<> registerWith(const QByteArray &helper);
 
 /// Brings what is registered up to the presets of now. Does nothing if nothing is.
-FileResult refresh(const QByteArray &helper);
+Result<> refresh(const QByteArray &helper);
 
 /// Removes what was written.
-FileResult unregister();
+Result<> unregister();
 
 /// The presets of the user, or those that the pane of \a helper comes with if none were ever stored.
 PresetMenu menuFor(const QByteArray &helper);

@@ -141,7 +141,7 @@ QByteArrayList ThunarMenu::actions(const PresetMenu &menu, bool withSubmenu)
     return actions;
 }
 
-FileResult ThunarMenu::write(const PresetMenu &menu, Manifest &manifest) const
+Result<> ThunarMenu::write(const PresetMenu &menu, Manifest &manifest) const
 {
     const QString path = actionsFile();
     Manifest::Entries entries = manifest.entries(name());
@@ -150,7 +150,7 @@ FileResult ThunarMenu::write(const PresetMenu &menu, Manifest &manifest) const
     if (isThere(path)) {
         const std::optional<QByteArray> bytes = BoundedFile::read(path, largestFile, &error);
         if (!bytes)
-            return FileResult::failure(error);
+            return Result<>::failure(error);
         present = *bytes;
         if (!entries.sharedFiles.contains(path))
             entries.sharedFiles.insert(path, QString());
@@ -162,20 +162,20 @@ FileResult ThunarMenu::write(const PresetMenu &menu, Manifest &manifest) const
     const std::optional<QByteArray> wanted =
         ThunarActions::withActions(present, actions(menu, knowsSubmenus(present)), &error);
     if (!wanted)
-        return FileResult::failure(QStringLiteral("%1 is left alone, it is damaged: %2").arg(path, error));
+        return Result<>::failure(QStringLiteral("%1 is left alone, it is damaged: %2").arg(path, error));
     manifest.setEntries(name(), entries);
-    if (FileResult saved = manifest.save(); !saved)
+    if (Result<> saved = manifest.save(); !saved)
         return saved;
     if (*wanted == present)
         return {};
     const DurableFileWriter writer;
-    if (FileResult made = writer.makeFolder(QFileInfo(path).path()); !made)
+    if (Result<> made = writer.makeFolder(QFileInfo(path).path()); !made)
         return made;
     writer.removeStrayTemporaries(path);
     return writer.write(path, *wanted);
 }
 
-FileResult ThunarMenu::remove(Manifest &manifest) const
+Result<> ThunarMenu::remove(Manifest &manifest) const
 {
     const Manifest::Entries entries = manifest.entries(name());
     const DurableFileWriter writer;
@@ -188,9 +188,9 @@ FileResult ThunarMenu::remove(Manifest &manifest) const
         const std::optional<QByteArray> wanted =
             present ? ThunarActions::withActions(*present, {}, &error) : std::nullopt;
         if (!wanted)
-            return FileResult::failure(
+            return Result<>::failure(
                 QStringLiteral("%1 is left alone, it is damaged: %2").arg(file.key(), error));
-        FileResult result;
+        Result<> result;
         if (Manifest::hashOf(*wanted) == file.value())
             result = writer.remove(file.key());
         else if (*wanted != *present)

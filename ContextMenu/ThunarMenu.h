@@ -12,8 +12,8 @@ class ThunarMenu final : public FileManager
 {
 public:
     QString name() const override;
-    FileResult write(const PresetMenu &menu, Manifest &manifest) const override;
-    FileResult remove(Manifest &manifest) const override;
+    Result<> write(const PresetMenu &menu, Manifest &manifest) const override;
+    Result<> remove(Manifest &manifest) const override;
 
     /// The elements for \a menu. Before version 4.17 the program knows no submenus, and refuses a file that
     /// has any.

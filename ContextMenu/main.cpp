@@ -55,7 +55,7 @@ Files:
 Exit status: 0 if all was done, 1 if something could not be, 2 for wrong use.
 )";
 
-int run(const FileResult &result)
+int run(const Result<> &result)
 {
     if (result)
         return EXIT_SUCCESS;

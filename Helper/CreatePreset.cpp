@@ -49,7 +49,7 @@ QString obstacles(const Creation::Plan &plan)
 
 void forget(const History &history)
 {
-    if (const FileResult forgotten = history.forget(); !forgotten)
+    if (const Result<> forgotten = history.forget(); !forgotten)
         qCWarning(lcCreate) << "a creation that cannot be undone is remembered:" << forgotten.error;
 }
 
@@ -58,8 +58,8 @@ void remember(const CreationReport &report)
     const History history;
     QString error;
     const std::optional<FileLock> lock = history.lock(&error);
-    const FileResult stored =
-        lock ? history.store({report.id, report.label, report.record}) : FileResult::failure(error);
+    const Result<> stored =
+        lock ? history.store({report.id, report.label, report.record}) : Result<>::failure(error);
     if (stored)
         return;
     qCWarning(lcCreate) << "the creation cannot be undone:" << stored.error;
@@ -75,7 +75,7 @@ void rememberChanges(const CreationReport &report)
     QString error;
     const std::optional<FileLock> lock = history.lock(&error);
     const std::optional<History::Creation> last = lock ? history.read(&error) : std::nullopt;
-    FileResult stored = error.isEmpty() ? FileResult() : FileResult::failure(error);
+    Result<> stored = error.isEmpty() ? Result<>() : Result<>::failure(error);
     if (last && last->id == report.id && !last->isBeingUndone)
         stored = history.store({report.id, report.label, report.record});
     if (!stored)
@@ -105,7 +105,7 @@ void runScript(const CreationRequest &request, const QString &name, CreationRepo
             report.message = tr("The script %1 was not run, it has not been allowed").arg(script->path());
             return;
         }
-        if (const FileResult allowed = approvals.allow(script->content()); !allowed)
+        if (const Result<> allowed = approvals.allow(script->content()); !allowed)
             qCWarning(lcCreate) << "the script will have to be allowed again:" << allowed.error;
     }
     const QString target = FolderPath::shortened(report.plan.target());
@@ -145,12 +145,12 @@ UndoReport reportOf(const History::Creation &creation, const Creation::UndoOutco
 /// Undoes the creation that the history keeps, so that it can be gone on with if it does not get to the end.
 UndoReport undoKept(const History &history, const History::Creation &creation)
 {
-    if (const FileResult begun = history.beginUndo(); !begun)
+    if (const Result<> begun = history.beginUndo(); !begun)
         return reportOf(creation, {false, begun.error});
     const Creation::UndoOutcome outcome =
         Creation::undo(creation.record, creation.isBeingUndone ? Creation::EarlierUndo::Unfinished
                                                                : Creation::EarlierUndo::None);
-    FileResult kept;
+    Result<> kept;
     if (outcome.succeeded)
         forget(history);
     else if (outcome.rest)

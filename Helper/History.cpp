@@ -3,8 +3,8 @@
 
 #include "Helper/History.h"
 
-#include "Helper/Presets.h"
 #include "Platform/BoundedFile.h"
+#include "Platform/DesktopFolders.h"
 #include "Platform/PropertyList.h"
 
 #include <QFileInfo>
@@ -29,7 +29,7 @@ constexpr int lockTimeout = 30'000;
 } // namespace
 
 History::History()
-    : History(helperStateFolder())
+    : History(DesktopFolders::stateFolder())
 {
 }
 
@@ -48,21 +48,21 @@ QString History::undoingPath() const
     return folder_ + u'/' + undoingFile;
 }
 
-FileResult History::store(const Creation &creation) const
+Result<> History::store(const Creation &creation) const
 {
     const PropertyList::WriteResult bytes = PropertyList::write(QVariantMap{
         {idKey, creation.id}, {labelKey, creation.label}, {recordKey, creation.record.toVariant()}});
     if (!bytes)
-        return FileResult::failure(bytes.error);
+        return Result<>::failure(bytes.error);
     return DurableFileWriter().write(creation.isBeingUndone ? undoingPath() : path(), *bytes.bytes);
 }
 
-FileResult History::beginUndo() const
+Result<> History::beginUndo() const
 {
-    return QFileInfo::exists(path()) ? DurableFileWriter().rename(path(), undoingPath()) : FileResult();
+    return QFileInfo::exists(path()) ? DurableFileWriter().rename(path(), undoingPath()) : Result<>();
 }
 
-FileResult History::endUndo() const
+Result<> History::endUndo() const
 {
     return DurableFileWriter().rename(undoingPath(), path());
 }
@@ -94,18 +94,17 @@ bool History::hasCreation() const
     return QFileInfo::exists(path()) || QFileInfo::exists(undoingPath());
 }
 
-FileResult History::forget() const
+Result<> History::forget() const
 {
     const DurableFileWriter writer;
-    const FileResult removed = writer.remove(undoingPath());
+    const Result<> removed = writer.remove(undoingPath());
     return removed ? writer.remove(path()) : removed;
 }
 
 std::optional<FileLock> History::lock(QString *error) const
 {
     const DurableFileWriter writer;
-    if (const FileResult made =
-            folder_.isEmpty() ? FileResult::failure(noFolder) : writer.makeFolder(folder_);
+    if (const Result<> made = folder_.isEmpty() ? Result<>::failure(noFolder) : writer.makeFolder(folder_);
         !made) {
         *error = made.error;
         return std::nullopt;

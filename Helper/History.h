@@ -31,15 +31,15 @@ public:
     explicit History(QString folder);
 
     /// Replaces what was kept; durable when it returns. Under the lock, like forget().
-    FileResult store(const Creation &creation) const;
+    Result<> store(const Creation &creation) const;
     /// Has the creation that is kept read as one that is being undone, even should this process be ended; of
     /// one that is already nothing has to be done. Durable when it returns, and possible on a full disk.
-    FileResult beginUndo() const;
+    Result<> beginUndo() const;
     /// Takes that back.
-    FileResult endUndo() const;
+    Result<> endUndo() const;
     /// None without one, and then without an error, or if it cannot be read.
     std::optional<Creation> read(QString *error) const;
-    FileResult forget() const;
+    Result<> forget() const;
     /// Whether something is kept, readable or not.
     bool hasCreation() const;
 

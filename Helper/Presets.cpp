@@ -3,7 +3,6 @@
 
 #include "Helper/Presets.h"
 
-#include "Platform/DesktopFolders.h"
 #include "Platform/Preferences.h"
 #include "Shared/Source/QNBShared.h"
 
@@ -19,8 +18,6 @@ namespace {
 
 /// From the folder of the helper's executable up: out of its bundle, and out of the pane's folder for code.
 const QString fromExecutableToPane = QStringLiteral("../../../../..");
-
-const QString stateFolderName = QStringLiteral("Quenby");
 
 /// Before the number of a preset.
 const QChar numberSign = u'#';
@@ -97,14 +94,8 @@ qsizetype numberOfItems(const QNBPresetRecord &preset)
 
 void setUpApplicationSupport()
 {
-    if (const FileResult made =
+    if (const Result<> made =
             QNBSettingsStore::setUpApplicationSupport(paneBundle(), QNBApplicationSupportPath());
         !made)
         qCInfo(lcPresets) << "without content files and scripts:" << made.error;
-}
-
-QString helperStateFolder()
-{
-    const QString folder = DesktopFolders::stateHome();
-    return folder.isEmpty() ? QString() : QDir(folder).filePath(stateFolderName);
 }

@@ -32,6 +32,3 @@ qsizetype numberOfItems(const QNBPresetRecord &preset);
 /// The folders of content files and scripts, made as the pane makes them if the user has none yet. What is
 /// missing then is told when it is needed.
 void setUpApplicationSupport();
-
-/// Where the helper keeps what it has to remember: `$XDG_STATE_HOME/Quenby`.
-QString helperStateFolder();

@@ -6,6 +6,7 @@
 #include "Helper/Presets.h"
 #include "Helper/Script.h"
 #include "Platform/BoundedFile.h"
+#include "Platform/DesktopFolders.h"
 #include "Platform/FileLock.h"
 #include "Platform/PropertyList.h"
 #include "Source/QNBFolderMenu.h"
@@ -55,7 +56,7 @@ std::optional<QVariantMap> readApprovals(const QString &path)
 } // namespace
 
 ScriptApprovals::ScriptApprovals()
-    : ScriptApprovals(helperStateFolder(), paneBundle())
+    : ScriptApprovals(DesktopFolders::stateFolder(), paneBundle())
 {
 }
 
@@ -91,21 +92,21 @@ bool ScriptApprovals::isAllowed(const QByteArray &content) const
     return isShipped(content) || readApprovals(path()).value_or(QVariantMap()).contains(digestOf(content));
 }
 
-FileResult ScriptApprovals::allow(const QByteArray &content) const
+Result<> ScriptApprovals::allow(const QByteArray &content) const
 {
     const DurableFileWriter writer;
     if (folder_.isEmpty())
-        return FileResult::failure(QStringLiteral("there is no folder for the program's state"));
-    if (FileResult made = writer.makeFolder(folder_); !made)
+        return Result<>::failure(QStringLiteral("there is no folder for the program's state"));
+    if (Result<> made = writer.makeFolder(folder_); !made)
         return made;
     QString error;
     const std::optional<FileLock> lock =
         FileLock::acquire(FileLayer::real(), path() + lockSuffix, lockTimeout, &error);
     if (!lock)
-        return FileResult::failure(error);
+        return Result<>::failure(error);
     writer.removeStrayTemporaries(path());
     QVariantMap approvals = readApprovals(path()).value_or(QVariantMap());
     approvals.insert(digestOf(content), QDateTime::currentDateTimeUtc());
     const PropertyList::WriteResult bytes = PropertyList::write(approvals, PropertyList::Form::XML);
-    return bytes ? writer.write(path(), *bytes.bytes) : FileResult::failure(bytes.error);
+    return bytes ? writer.write(path(), *bytes.bytes) : Result<>::failure(bytes.error);
 }

@@ -25,7 +25,7 @@ public:
     bool isAllowed(const QByteArray &content) const;
 
     /// From now on. On failure it was not remembered, and the next run will ask again.
-    FileResult allow(const QByteArray &content) const;
+    Result<> allow(const QByteArray &content) const;
 
 private:
     QString path() const;

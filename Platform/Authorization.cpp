@@ -71,7 +71,7 @@ bool Authorization::copyRights(const QByteArray &tool, const QByteArrayList &arg
     }
     // A child, and no detached process: the agent asks for its parent, and not for one that is gone.
     process_ = std::make_unique<Subprocess>();
-    const FileResult started = process_->start(
+    const Result<> started = process_->start(
         QFile::encodeName(agent), QByteArrayList{withoutTerminal, tool} + arguments, {plainLocale});
     if (!started) {
         qCWarning(lcAuthorization) << "no administrator's rights:" << started.error;

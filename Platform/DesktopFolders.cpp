@@ -19,6 +19,7 @@ const QString configHomeVariable = QStringLiteral("XDG_CONFIG_HOME");
 const QString dataHomeVariable = QStringLiteral("XDG_DATA_HOME");
 const QString stateHomeVariable = QStringLiteral("XDG_STATE_HOME");
 const QString runtimeDirectoryVariable = QStringLiteral("XDG_RUNTIME_DIR");
+const QString productFolder = QStringLiteral("Quenby");
 const QString temporaryFolderVariable = QStringLiteral("TMPDIR");
 
 /// The path in its shortest form if it is absolute, else empty. (QDir would take ":name" for absolute too.)
@@ -79,6 +80,12 @@ QString DesktopFolders::dataHome(const QProcessEnvironment &environment)
 QString DesktopFolders::stateHome(const QProcessEnvironment &environment)
 {
     return belowHome(environment, stateHomeVariable, QLatin1StringView(".local/state"));
+}
+
+QString DesktopFolders::stateFolder(const QProcessEnvironment &environment)
+{
+    const QString folder = stateHome(environment);
+    return folder.isEmpty() ? QString() : QDir(folder).filePath(productFolder);
 }
 
 QString DesktopFolders::runtimeDirectory(const QProcessEnvironment &environment)

@@ -23,6 +23,9 @@ QString dataHome(const QProcessEnvironment &environment = QProcessEnvironment::s
 /// `XDG_STATE_HOME`, default `~/.local/state`; empty without a home.
 QString stateHome(const QProcessEnvironment &environment = QProcessEnvironment::systemEnvironment());
 
+/// `Quenby` in the folder above: where our programs keep what they have to remember; empty without a home.
+QString stateFolder(const QProcessEnvironment &environment = QProcessEnvironment::systemEnvironment());
+
 /// `XDG_RUNTIME_DIR`, else the folder that a login session would have, else a folder of the user's own among
 /// the temporary files, made here. Only a real folder that belongs to this user and is closed to others is
 /// taken: another user must not be able to plant files in it. Empty if there is none.

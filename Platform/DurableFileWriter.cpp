@@ -39,9 +39,9 @@ QByteArray joined(const QByteArray &folder, const QByteArray &name)
     return folder.endsWith('/') ? folder + name : folder + '/' + name;
 }
 
-FileResult failed(const char *doing, const QByteArray &path, int errorNumber)
+Result<> failed(const char *doing, const QByteArray &path, int errorNumber)
 {
-    return FileResult::failure(systemError(
+    return Result<>::failure(systemError(
         QStringLiteral("cannot %1 %2").arg(QLatin1StringView(doing), QFile::decodeName(path)), errorNumber));
 }
 
@@ -82,7 +82,7 @@ public:
     const QByteArray &path() const { return path_; }
     int descriptor() const { return file_.get(); }
 
-    FileResult append(const char *bytes, qsizetype size)
+    Result<> append(const char *bytes, qsizetype size)
     {
         while (size > 0) {
             const ssize_t written = layer_.write(descriptor(), bytes, static_cast<size_t>(size));
@@ -95,7 +95,7 @@ public:
     }
 
     /// Nothing of the file is left to be written later, when nobody could be told of a failure.
-    FileResult finish()
+    Result<> finish()
     {
         if (layer_.fsync(descriptor()) == -1)
             return failed("synchronise", path_, errno);
@@ -104,7 +104,7 @@ public:
         return {};
     }
 
-    FileResult moveTo(const QByteArray &target)
+    Result<> moveTo(const QByteArray &target)
     {
         if (layer_.rename(path_, target) == -1)
             return failed("rename the new file to", target, errno);
@@ -134,12 +134,12 @@ private:
 };
 
 /// What was renamed or made is found again after a power failure only when its folder has been written.
-FileResult synchroniseFolder(FileLayer &layer, const QByteArray &folder)
+Result<> synchroniseFolder(FileLayer &layer, const QByteArray &folder)
 {
     FileDescriptor descriptor(layer, layer.open(folder, O_RDONLY | O_DIRECTORY));
     if (!descriptor.isOpen()) {
         // A folder may be writable and not readable.
-        return errno == EACCES ? FileResult() : failed("open the folder", folder, errno);
+        return errno == EACCES ? Result<>() : failed("open the folder", folder, errno);
     }
     // Some file systems have nothing to synchronise here, and say so in either way.
     if (layer.fsync(descriptor.get()) == -1 && errno != EINVAL && errno != ENOTSUP)
@@ -147,14 +147,14 @@ FileResult synchroniseFolder(FileLayer &layer, const QByteArray &folder)
     return {};
 }
 
-FileResult makeFolder(FileLayer &layer, const QByteArray &folder)
+Result<> makeFolder(FileLayer &layer, const QByteArray &folder)
 {
     struct stat information = {};
     if (layer.stat(folder, &information) == 0)
         return {};
     const QByteArray above = folderOf(folder);
     if (errno == ENOENT && above != folder) {
-        if (FileResult result = makeFolder(layer, above); !result)
+        if (Result<> result = makeFolder(layer, above); !result)
             return result;
     }
     // Another process may have made it meanwhile, and not have come to synchronise it.
@@ -164,7 +164,7 @@ FileResult makeFolder(FileLayer &layer, const QByteArray &folder)
 }
 
 /// Fills \a copy with the bytes and the attributes of the file \a from.
-FileResult fillCopy(FileLayer &layer, const QByteArray &from, TemporaryFile &copy)
+Result<> fillCopy(FileLayer &layer, const QByteArray &from, TemporaryFile &copy)
 {
     FileDescriptor source(layer, layer.open(from, O_RDONLY | O_NONBLOCK));
     struct stat information = {};
@@ -177,16 +177,16 @@ FileResult fillCopy(FileLayer &layer, const QByteArray &from, TemporaryFile &cop
             return failed("read", from, errno);
         if (size == 0)
             break;
-        if (FileResult result = copy.append(chunk.constData(), size); !result)
+        if (Result<> result = copy.append(chunk.constData(), size); !result)
             return result;
     }
-    if (FileResult result = FileAttributes::keep(layer, from, information, copy.descriptor()); !result)
+    if (Result<> result = FileAttributes::keep(layer, from, information, copy.descriptor()); !result)
         return result;
     return copy.finish();
 }
 
 /// Makes \a backup hold what \a target holds, and never less than that or than it held before.
-FileResult keepBackup(FileLayer &layer, const QByteArray &target, const QByteArray &backup)
+Result<> keepBackup(FileLayer &layer, const QByteArray &target, const QByteArray &backup)
 {
     const QByteArray linked = randomTemporaryName(target);
     if (layer.link(target, linked) == 0) {
@@ -194,14 +194,14 @@ FileResult keepBackup(FileLayer &layer, const QByteArray &target, const QByteArr
         const int errorNumber = errno;
         // Nothing is renamed where both names are the same file already; then this one is left over.
         layer.unlink(linked);
-        return renamed == 0 ? FileResult() : failed("rename the old file to", backup, errorNumber);
+        return renamed == 0 ? Result<>() : failed("rename the old file to", backup, errorNumber);
     }
 
     // No hard links here, or none for this file.
     TemporaryFile copy(layer, target);
     if (!copy.exists())
         return failed("create", copy.path(), errno);
-    if (FileResult result = fillCopy(layer, target, copy); !result)
+    if (Result<> result = fillCopy(layer, target, copy); !result)
         return result;
     return copy.moveTo(backup);
 }
@@ -236,13 +236,12 @@ DurableFileWriter::DurableFileWriter(FileLayer *layer)
 {
 }
 
-FileResult DurableFileWriter::write(const QString &path, const QByteArray &bytes,
-                                    const Options &options) const
+Result<> DurableFileWriter::write(const QString &path, const QByteArray &bytes, const Options &options) const
 {
     QString error;
     const std::optional<QByteArray> found = resolved(layer_, QFile::encodeName(path), &error);
     if (!found)
-        return FileResult::failure(error);
+        return Result<>::failure(error);
     const QByteArray &target = *found;
 
     struct stat old = {};
@@ -250,34 +249,34 @@ FileResult DurableFileWriter::write(const QString &path, const QByteArray &bytes
     if (!replaces && errno != ENOENT)
         return failed("examine", target, errno);
     if (replaces && !S_ISREG(old.st_mode))
-        return FileResult::failure(QStringLiteral("%1 is no regular file").arg(QFile::decodeName(target)));
+        return Result<>::failure(QStringLiteral("%1 is no regular file").arg(QFile::decodeName(target)));
     if (replaces && layer_.access(target, W_OK) == -1)
         return failed("write", target, errno);
 
     TemporaryFile temporary(layer_, target);
     if (!temporary.exists())
         return failed("create", temporary.path(), errno);
-    if (FileResult result = temporary.append(bytes.constData(), bytes.size()); !result)
+    if (Result<> result = temporary.append(bytes.constData(), bytes.size()); !result)
         return result;
     if (replaces) {
-        if (FileResult result = FileAttributes::keep(layer_, target, old, temporary.descriptor()); !result)
+        if (Result<> result = FileAttributes::keep(layer_, target, old, temporary.descriptor()); !result)
             return result;
     } else if (layer_.fchmod(temporary.descriptor(), static_cast<mode_t>(options.newFileMode)) == -1) {
         return failed("set the mode of", temporary.path(), errno);
     }
-    if (FileResult result = temporary.finish(); !result)
+    if (Result<> result = temporary.finish(); !result)
         return result;
 
     if (replaces && !options.backupPath.isEmpty()) {
-        if (FileResult result = keepBackup(layer_, target, QFile::encodeName(options.backupPath)); !result)
+        if (Result<> result = keepBackup(layer_, target, QFile::encodeName(options.backupPath)); !result)
             return result;
     }
-    if (FileResult result = temporary.moveTo(target); !result)
+    if (Result<> result = temporary.moveTo(target); !result)
         return result;
     return synchroniseFolder(layer_, folderOf(target));
 }
 
-FileResult DurableFileWriter::copy(const QString &from, const QString &to) const
+Result<> DurableFileWriter::copy(const QString &from, const QString &to) const
 {
     const QByteArray target = QFile::encodeName(to);
     struct stat present = {};
@@ -287,14 +286,14 @@ FileResult DurableFileWriter::copy(const QString &from, const QString &to) const
     TemporaryFile temporary(layer_, target);
     if (!temporary.exists())
         return failed("create", temporary.path(), errno);
-    if (FileResult result = fillCopy(layer_, QFile::encodeName(from), temporary); !result)
+    if (Result<> result = fillCopy(layer_, QFile::encodeName(from), temporary); !result)
         return result;
-    if (FileResult result = temporary.moveTo(target); !result)
+    if (Result<> result = temporary.moveTo(target); !result)
         return result;
     return synchroniseFolder(layer_, folderOf(target));
 }
 
-FileResult DurableFileWriter::makeSymbolicLink(const QString &path, const QByteArray &text) const
+Result<> DurableFileWriter::makeSymbolicLink(const QString &path, const QByteArray &text) const
 {
     const QByteArray link = QFile::encodeName(path);
     if (layer_.readlink(link) == text)
@@ -310,7 +309,7 @@ FileResult DurableFileWriter::makeSymbolicLink(const QString &path, const QByteA
     return synchroniseFolder(layer_, folderOf(link));
 }
 
-FileResult DurableFileWriter::rename(const QString &from, const QString &to) const
+Result<> DurableFileWriter::rename(const QString &from, const QString &to) const
 {
     const QByteArray target = QFile::encodeName(to);
     if (layer_.rename(QFile::encodeName(from), target) == -1)
@@ -318,15 +317,15 @@ FileResult DurableFileWriter::rename(const QString &from, const QString &to) con
     return synchroniseFolder(layer_, folderOf(target));
 }
 
-FileResult DurableFileWriter::remove(const QString &path) const
+Result<> DurableFileWriter::remove(const QString &path) const
 {
     const QByteArray file = QFile::encodeName(path);
     if (layer_.unlink(file) == -1)
-        return errno == ENOENT ? FileResult() : failed("remove", file, errno);
+        return errno == ENOENT ? Result<>() : failed("remove", file, errno);
     return synchroniseFolder(layer_, folderOf(file));
 }
 
-FileResult DurableFileWriter::makeFolder(const QString &path) const
+Result<> DurableFileWriter::makeFolder(const QString &path) const
 {
     return ::makeFolder(layer_, QFile::encodeName(QDir::cleanPath(path)));
 }

@@ -3,18 +3,11 @@
 
 #pragma once
 
+#include "Platform/Result.h"
+
 #include <QByteArray>
 #include <QString>
 #include <optional>
-
-/// What became of an action that can fail: nothing more to say, or the reason in words for the log.
-struct [[nodiscard]] FileResult
-{
-    bool ok = true;
-    QString error;
-    explicit operator bool() const { return ok; }
-    static FileResult failure(const QString &reason) { return {false, reason}; }
-};
 
 class FileLayer;
 
@@ -42,28 +35,28 @@ public:
 
     /// On failure the path holds the old bytes, unless the reason is that the folder could not be
     /// synchronised after all else was done.
-    FileResult write(const QString &path, const QByteArray &bytes, const Options &options) const;
-    FileResult write(const QString &path, const QByteArray &bytes) const
+    Result<> write(const QString &path, const QByteArray &bytes, const Options &options) const;
+    Result<> write(const QString &path, const QByteArray &bytes) const
     {
         return write(path, bytes, Options());
     }
 
     /// Copies \a from to \a to, which must not exist: whole and durable, or not at all.
-    FileResult copy(const QString &from, const QString &to) const;
+    Result<> copy(const QString &from, const QString &to) const;
 
     /// Makes \a path a symbolic link with the text \a text, in place of the link or file that it may be.
-    FileResult makeSymbolicLink(const QString &path, const QByteArray &text) const;
+    Result<> makeSymbolicLink(const QString &path, const QByteArray &text) const;
 
     /// Renames \a from to \a to, in the same folder, in place of what may be there. Takes no room on the
     /// disk.
-    FileResult rename(const QString &from, const QString &to) const;
+    Result<> rename(const QString &from, const QString &to) const;
 
     /// Removes the file \a path, of a symbolic link the link. Nothing to do is no failure.
-    FileResult remove(const QString &path) const;
+    Result<> remove(const QString &path) const;
 
     /// Makes the folder, and what is missing of the folders above it, for their owner only; as durable as the
     /// files that will be written there. Nothing to do is no failure.
-    FileResult makeFolder(const QString &path) const;
+    Result<> makeFolder(const QString &path) const;
 
     /// The file that \a path stands for: symbolic links followed, the last one also where it leads to nothing
     /// yet. None if the folder does not exist or cannot be reached, with the reason in \a error.

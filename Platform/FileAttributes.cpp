@@ -11,9 +11,9 @@ namespace {
 
 constexpr char userNamespace[] = "user.";
 
-FileResult failed(const QString &what, const QByteArray &path, int errorNumber)
+Result<> failed(const QString &what, const QByteArray &path, int errorNumber)
 {
-    return FileResult::failure(
+    return Result<>::failure(
         systemError(QStringLiteral("cannot keep %1 of %2").arg(what, QFile::decodeName(path)), errorNumber));
 }
 
@@ -45,11 +45,11 @@ bool isRefusal(const QByteArray &name, int errorNumber)
            (errorNumber == EPERM || errorNumber == EACCES || errorNumber == ENOTSUP || errorNumber == EINVAL);
 }
 
-FileResult keepExtendedAttributes(FileLayer &layer, const QByteArray &from, int descriptor)
+Result<> keepExtendedAttributes(FileLayer &layer, const QByteArray &from, int descriptor)
 {
     const auto list = whole([&](char *bytes, size_t size) { return layer.listxattr(from, bytes, size); });
     if (!list)
-        return errno == ENOTSUP ? FileResult() : failed(QStringLiteral("the attributes"), from, errno);
+        return errno == ENOTSUP ? Result<>() : failed(QStringLiteral("the attributes"), from, errno);
     for (const QByteArray &name : list->split('\0')) {
         if (name.isEmpty())
             continue;
@@ -71,8 +71,8 @@ FileResult keepExtendedAttributes(FileLayer &layer, const QByteArray &from, int 
 
 } // namespace
 
-FileResult FileAttributes::keep(FileLayer &layer, const QByteArray &from, const struct stat &information,
-                                int descriptor)
+Result<> FileAttributes::keep(FileLayer &layer, const QByteArray &from, const struct stat &information,
+                              int descriptor)
 {
     struct stat present = {};
     if (layer.fstat(descriptor, &present) == -1)
@@ -94,7 +94,7 @@ FileResult FileAttributes::keep(FileLayer &layer, const QByteArray &from, const 
     }
 
     // The attributes first: the new mode may close the file to its owner, and it sets the access list's mask.
-    if (FileResult result = keepExtendedAttributes(layer, from, descriptor); !result)
+    if (Result<> result = keepExtendedAttributes(layer, from, descriptor); !result)
         return result;
     if (layer.fchmod(descriptor, mode) == -1)
         return failed(QStringLiteral("the mode"), from, errno);

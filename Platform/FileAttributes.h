@@ -12,6 +12,6 @@ namespace FileAttributes {
 /// Gives the open file \a descriptor the owner, the extended attributes and the mode of the file \a from,
 /// whose \a information is known. An owner or a group that this user may not give is left out, and then the
 /// file is open to no group or user that the old one was closed to.
-FileResult keep(FileLayer &layer, const QByteArray &from, const struct stat &information, int descriptor);
+Result<> keep(FileLayer &layer, const QByteArray &from, const struct stat &information, int descriptor);
 
 } // namespace FileAttributes

@@ -53,7 +53,7 @@ void reload(const FileManagers::IsRunning &isRunning)
             continue;
         }
         Subprocess quit;
-        if (const FileResult started = quit.start(QFile::encodeName(program), {quitOption}); !started)
+        if (const Result<> started = quit.start(QFile::encodeName(program), {quitOption}); !started)
             qCWarning(lcFileManagers) << started.error;
     }
 }
@@ -75,7 +75,7 @@ bool FileManagers::restart(const QString &plugin, const IsRunning &isRunning,
         return false;
     }
     const auto registration = std::make_shared<Subprocess>();
-    if (const FileResult started = registration->start(QFile::encodeName(executable), {registerCommand});
+    if (const Result<> started = registration->start(QFile::encodeName(executable), {registerCommand});
         !started) {
         qCWarning(lcFileManagers) << started.error;
         return false;

@@ -27,14 +27,14 @@ QByteArray bytes(const fs::path &path)
     return QByteArray::fromStdString(path.native());
 }
 
-FileResult failed(const char *doing, const QByteArray &path, int errorNumber)
+Result<> failed(const char *doing, const QByteArray &path, int errorNumber)
 {
-    return FileResult::failure(systemError(
+    return Result<>::failure(systemError(
         QStringLiteral("cannot %1 %2").arg(QLatin1StringView(doing), QFile::decodeName(path)), errorNumber));
 }
 
 /// Copies what \a from is to \a to, where nothing is. What has been copied when it fails stays.
-FileResult copyTree(const fs::path &from, const fs::path &to)
+Result<> copyTree(const fs::path &from, const fs::path &to)
 {
     std::error_code error;
     const fs::file_status status = fs::symlink_status(from, error);
@@ -53,7 +53,7 @@ FileResult copyTree(const fs::path &from, const fs::path &to)
         if (!error)
             entry = fs::directory_iterator(from, error);
         for (; !error && entry != fs::end(entry); entry.increment(error)) {
-            if (FileResult copied = copyTree(entry->path(), to / entry->path().filename()); !copied)
+            if (Result<> copied = copyTree(entry->path(), to / entry->path().filename()); !copied)
                 return copied;
         }
         if (!error)
@@ -65,7 +65,7 @@ FileResult copyTree(const fs::path &from, const fs::path &to)
         if (!error)
             error = std::make_error_code(std::errc::operation_not_supported);
     }
-    return error ? failed("copy", bytes(from), error.value()) : FileResult();
+    return error ? failed("copy", bytes(from), error.value()) : Result<>();
 }
 
 } // namespace
@@ -76,23 +76,23 @@ bool FileOperations::exists(const QByteArray &path)
     return ::lstat(path.constData(), &information) == 0;
 }
 
-FileResult FileOperations::createDirectory(const QByteArray &path, mode_t mode)
+Result<> FileOperations::createDirectory(const QByteArray &path, mode_t mode)
 {
     if (::mkdir(path.constData(), mode) == -1)
         return failed("make the folder", path, errno);
     return {};
 }
 
-FileResult FileOperations::removeItem(const QByteArray &path)
+Result<> FileOperations::removeItem(const QByteArray &path)
 {
     std::error_code error;
     const std::uintmax_t removed = fs::remove_all(native(path), error);
     if (error)
         return failed("remove", path, error.value());
-    return removed == 0 ? failed("remove", path, ENOENT) : FileResult();
+    return removed == 0 ? failed("remove", path, ENOENT) : Result<>();
 }
 
-FileResult FileOperations::copyItem(const QByteArray &from, const QByteArray &to)
+Result<> FileOperations::copyItem(const QByteArray &from, const QByteArray &to)
 {
     if (exists(to))
         return failed("create", to, EEXIST);
@@ -102,7 +102,7 @@ FileResult FileOperations::copyItem(const QByteArray &from, const QByteArray &to
     if (!::mkdtemp(folder.data()))
         return failed("create", to, errno);
     const fs::path copy = native(folder) / native(name);
-    FileResult result = copyTree(native(from), copy);
+    Result<> result = copyTree(native(from), copy);
     if (result && ::rename(copy.c_str(), to.constData()) == -1)
         result = failed("create", to, errno);
     std::error_code ignored;

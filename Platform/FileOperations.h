@@ -17,14 +17,14 @@ namespace FileOperations {
 bool exists(const QByteArray &path);
 
 /// Makes one folder; those above it have to be there. \a mode is subject to the user's mask.
-FileResult createDirectory(const QByteArray &path, mode_t mode = S_IRWXU | S_IRWXG | S_IRWXO);
+Result<> createDirectory(const QByteArray &path, mode_t mode = S_IRWXU | S_IRWXG | S_IRWXO);
 
 /// Removes a file, a link, or a folder with all that is in it.
-FileResult removeItem(const QByteArray &path);
+Result<> removeItem(const QByteArray &path);
 
 /// Copies a file, a link, or a folder with all that is in it, to where nothing may be yet: whole or not at
 /// all. The copy has the modes of the original, except that its owner may always change it: what is installed
 /// is often write-protected, and the copy is the user's own.
-FileResult copyItem(const QByteArray &from, const QByteArray &to);
+Result<> copyItem(const QByteArray &from, const QByteArray &to);
 
 } // namespace FileOperations

@@ -70,13 +70,13 @@ public:
             (void)synchronise();
     }
 
-    FileResult synchronise()
+    Result<> synchronise()
     {
         isRead = true;
-        FileResult result = path.isEmpty()
-                                ? FileResult::failure(QStringLiteral("there is no home for the preferences"))
-                            : pending.empty() ? readAgain()
-                                              : save();
+        Result<> result = path.isEmpty()
+                              ? Result<>::failure(QStringLiteral("there is no home for the preferences"))
+                          : pending.empty() ? readAgain()
+                                            : save();
         if (!result) {
             qCWarning(preferencesLog, "%s %ls: %ls", pending.empty() ? "reading" : "saving",
                       qUtf16Printable(path), qUtf16Printable(result.error));
@@ -87,7 +87,7 @@ public:
     /// Locates the file and locks it, so that the path still stands for the file that is locked.
     std::optional<FileLock> lockedFile(PreferencesFile &file, bool create, int timeout, QString *error) const
     {
-        if (FileResult result = file.locate(create); !result) {
+        if (Result<> result = file.locate(create); !result) {
             *error = result.error;
             return std::nullopt;
         }
@@ -96,7 +96,7 @@ public:
             if (!lock)
                 return std::nullopt;
             const QString locked = file.target();
-            if (FileResult result = file.locate(false); !result) {
+            if (Result<> result = file.locate(false); !result) {
                 *error = result.error;
                 return std::nullopt;
             }
@@ -107,7 +107,7 @@ public:
         return std::nullopt;
     }
 
-    FileResult readAgain()
+    Result<> readAgain()
     {
         PreferencesFile file(layer, path);
         if (!file.locate(false)) {
@@ -135,11 +135,11 @@ public:
             return take(file, content);
         (void)take(file, content);
         return lock ? repair(file, content.error)
-                    : FileResult::failure(QStringLiteral("%1; %2").arg(content.error, error));
+                    : Result<>::failure(QStringLiteral("%1; %2").arg(content.error, error));
     }
 
     /// Makes what was read the state that values are read from.
-    FileResult take(const PreferencesFile &file, const Content &content)
+    Result<> take(const PreferencesFile &file, const Content &content)
     {
         switch (content.state) {
         case Content::Missing:
@@ -155,13 +155,13 @@ public:
         case Content::Damaged:
         case Content::TooLarge:
             takeBackup(file);
-            return FileResult::failure(content.error);
+            return Result<>::failure(content.error);
         case Content::Unreadable:
             break;
         }
         forget();
         isUnseen = true;
-        return FileResult::failure(content.error);
+        return Result<>::failure(content.error);
     }
 
     void takeBackup(const PreferencesFile &file)
@@ -180,17 +180,17 @@ public:
     }
 
     /// Under the lock, after take().
-    FileResult keepDamaged(const PreferencesFile &file) const
+    Result<> keepDamaged(const PreferencesFile &file) const
     {
         if (backupState == Content::Unreadable)
-            return FileResult::failure(QStringLiteral("its backup cannot be read now, and may be good"));
-        if (FileResult result = file.keepDamagedAside(); !result)
+            return Result<>::failure(QStringLiteral("its backup cannot be read now, and may be good"));
+        if (Result<> result = file.keepDamagedAside(); !result)
             return result;
-        return backupState == Content::Missing ? FileResult() : file.keepBackupAside();
+        return backupState == Content::Missing ? Result<>() : file.keepBackupAside();
     }
 
     /// Keeps what the values are read from now, and could not be read from when they were asked for.
-    static FileResult keepUnseen(const PreferencesFile &file, Content::State state)
+    static Result<> keepUnseen(const PreferencesFile &file, Content::State state)
     {
         if (state == Content::Missing)
             return {};
@@ -201,49 +201,49 @@ public:
 
     /// Puts the last good backup in the place of a damaged file, which is kept aside: at no moment is there
     /// neither. Without a good backup the damaged file just goes.
-    FileResult repair(const PreferencesFile &file, const QString &reason)
+    Result<> repair(const PreferencesFile &file, const QString &reason)
     {
         qCWarning(preferencesLog, "%ls; it is kept aside", qUtf16Printable(reason));
-        if (FileResult result = keepDamaged(file); !result)
+        if (Result<> result = keepDamaged(file); !result)
             return result;
         if (backupBytes.isEmpty())
             return file.remove();
-        FileResult result = file.write(backupBytes, false);
+        Result<> result = file.write(backupBytes, false);
         if (result)
             bytes = backupBytes;
         return result;
     }
 
-    FileResult save()
+    Result<> save()
     {
         PreferencesFile file(layer, path);
         QString error;
         const std::optional<FileLock> lock = lockedFile(file, true, options.lockTimeout, &error);
         if (!lock)
-            return FileResult::failure(error);
+            return Result<>::failure(error);
         straysRemoved = true;
         file.removeStrayTemporaries();
 
         const Content content = file.read(bytes);
         if (content.state == Content::Unreadable)
-            return FileResult::failure(content.error);
+            return Result<>::failure(content.error);
         const bool wasUnseen = isUnseen;
-        const FileResult taken = take(file, content);
+        const Result<> taken = take(file, content);
         if (!taken) {
             qCWarning(preferencesLog, "%ls; it is kept aside", qUtf16Printable(taken.error));
-            if (FileResult result = keepDamaged(file); !result)
+            if (Result<> result = keepDamaged(file); !result)
                 return result;
         }
         if (wasUnseen) {
-            if (FileResult result = keepUnseen(file, content.state); !result)
+            if (Result<> result = keepUnseen(file, content.state); !result)
                 return result;
             isUnseen = false;
         }
 
         const PropertyList::WriteResult merged = merge();
         if (!merged)
-            return FileResult::failure(merged.error);
-        FileResult result = file.write(*merged.bytes, content.state == Content::Good);
+            return Result<>::failure(merged.error);
+        Result<> result = file.write(*merged.bytes, content.state == Content::Good);
         if (result)
             settle(*merged.bytes);
         return result;
@@ -431,7 +431,7 @@ void Preferences::setAppValue(const QString &key, EncodedPreference value)
         key, std::make_unique<Private::Encoded>(Private::Encoded{std::move(value), nullptr}));
 }
 
-FileResult Preferences::appSynchronize()
+Result<> Preferences::appSynchronize()
 {
     return d_->synchronise();
 }
@@ -441,13 +441,13 @@ bool Preferences::hasPendingValues() const
     return !d_->pending.empty();
 }
 
-FileResult Preferences::keepAsideCopy(const QString &reason)
+Result<> Preferences::keepAsideCopy(const QString &reason)
 {
     PreferencesFile file(d_->layer, d_->path);
     QString error;
-    FileResult result;
+    Result<> result;
     const std::optional<FileLock> lock = d_->lockedFile(file, false, d_->options.lockTimeout, &error);
-    result = lock ? file.keepCopyAside() : FileResult::failure(error);
+    result = lock ? file.keepCopyAside() : Result<>::failure(error);
     if (result)
         qCWarning(preferencesLog, "%ls is kept aside: %ls", qUtf16Printable(d_->path),
                   qUtf16Printable(reason));

@@ -60,13 +60,13 @@ public:
 
     /// Merges what is pending into what is on disk now, under a lock, and writes it durably; with nothing
     /// pending just reads what is on disk now.
-    FileResult appSynchronize();
+    Result<> appSynchronize();
 
     bool hasPendingValues() const;
 
     /// Copies the file as it stands to `<domain>.plist.damaged-<UTC time>` because a reader met values in it
     /// that the next save would lose. At most once for the same content.
-    FileResult keepAsideCopy(const QString &reason);
+    Result<> keepAsideCopy(const QString &reason);
 
     QString path() const;
 

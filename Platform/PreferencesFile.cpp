@@ -28,9 +28,9 @@ constexpr qint64 readChunk = qint64(4) * 1024 * 1024;
 /// Stays in the processor's cache.
 constexpr qsizetype comparedChunk = qsizetype(128) * 1024;
 
-FileResult failed(const QString &doing, int errorNumber)
+Result<> failed(const QString &doing, int errorNumber)
 {
-    return FileResult::failure(systemError(doing, errorNumber));
+    return Result<>::failure(systemError(doing, errorNumber));
 }
 
 /// At most \a limit bytes and one more; none with errno on failure.
@@ -79,16 +79,16 @@ PreferencesFile::PreferencesFile(FileLayer &layer, const QString &path)
 {
 }
 
-FileResult PreferencesFile::locate(bool create)
+Result<> PreferencesFile::locate(bool create)
 {
     if (create) {
-        if (FileResult result = writer_.makeFolder(QFileInfo(path_).path()); !result)
+        if (Result<> result = writer_.makeFolder(QFileInfo(path_).path()); !result)
             return result;
     }
     QString error;
     const std::optional<QString> target = writer_.resolve(path_, &error);
     if (!target)
-        return FileResult::failure(error);
+        return Result<>::failure(error);
     target_ = *target;
     backup_ = target_ + backupSuffix;
     return {};
@@ -168,22 +168,22 @@ PreferencesFile::Content PreferencesFile::readFile(const QString &path, const QB
     return content;
 }
 
-FileResult PreferencesFile::keepDamagedAside() const
+Result<> PreferencesFile::keepDamagedAside() const
 {
     return keepAside(target_, Aside::Link);
 }
 
-FileResult PreferencesFile::keepBackupAside() const
+Result<> PreferencesFile::keepBackupAside() const
 {
     return keepAside(backup_, Aside::Link);
 }
 
-FileResult PreferencesFile::keepCopyAside() const
+Result<> PreferencesFile::keepCopyAside() const
 {
     return keepAside(target_, Aside::Copy);
 }
 
-FileResult PreferencesFile::keepAside(const QString &path, Aside how) const
+Result<> PreferencesFile::keepAside(const QString &path, Aside how) const
 {
     const QString begin = path + damagedInfix;
     const QFileInfo beginning(begin);
@@ -210,7 +210,7 @@ FileResult PreferencesFile::keepAside(const QString &path, Aside how) const
         }
         aside = QStringLiteral("%1-%2").arg(first).arg(number);
     }
-    return FileResult::failure(QStringLiteral("there is no free name to keep %1 aside").arg(path));
+    return Result<>::failure(QStringLiteral("there is no free name to keep %1 aside").arg(path));
 }
 
 bool PreferencesFile::holdsTheSame(const QString &path, const QString &other) const
@@ -231,7 +231,7 @@ bool PreferencesFile::holdsTheSame(const QString &path, const QString &other) co
     return these && those && *these == *those;
 }
 
-FileResult PreferencesFile::write(const QByteArray &bytes, bool backUp) const
+Result<> PreferencesFile::write(const QByteArray &bytes, bool backUp) const
 {
     DurableFileWriter::Options options;
     if (backUp)
@@ -239,7 +239,7 @@ FileResult PreferencesFile::write(const QByteArray &bytes, bool backUp) const
     return writer_.write(target_, bytes, options);
 }
 
-FileResult PreferencesFile::remove() const
+Result<> PreferencesFile::remove() const
 {
     if (layer_.unlink(QFile::encodeName(target_)) == -1)
         return failed(QStringLiteral("cannot remove %1").arg(target_), errno);

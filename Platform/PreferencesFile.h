@@ -34,7 +34,7 @@ public:
 
     /// Finds the file that the path stands for; the others below need it. Makes the folder, for its owner
     /// only, if \a create.
-    FileResult locate(bool create);
+    Result<> locate(bool create);
 
     const QString &target() const { return target_; }
 
@@ -48,20 +48,20 @@ public:
 
     /// Keeps the file, which cannot be read, under another name: a second name for the same bytes where
     /// possible, else a copy. Once for the same bytes. The same for a backup.
-    FileResult keepDamagedAside() const;
-    FileResult keepBackupAside() const;
+    Result<> keepDamagedAside() const;
+    Result<> keepBackupAside() const;
     /// The same with a copy always, of a file that is good as it stands.
-    FileResult keepCopyAside() const;
+    Result<> keepCopyAside() const;
 
     /// Replaces the file; what it held becomes the backup if \a backUp.
-    FileResult write(const QByteArray &bytes, bool backUp) const;
-    FileResult remove() const;
+    Result<> write(const QByteArray &bytes, bool backUp) const;
+    Result<> remove() const;
     void removeStrayTemporaries() const { writer_.removeStrayTemporaries(target_); }
 
 private:
     enum class Aside { Link, Copy };
     Content readFile(const QString &path, const QByteArray &known) const;
-    FileResult keepAside(const QString &path, Aside how) const;
+    Result<> keepAside(const QString &path, Aside how) const;
     bool holdsTheSame(const QString &path, const QString &other) const;
 
     FileLayer &layer_;

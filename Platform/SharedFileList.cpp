@@ -169,22 +169,22 @@ std::optional<SharedFileList> SharedFileList::create(const QString &folder)
     return SharedFileList(folder);
 }
 
-FileResult SharedFileList::insertItemURL(const QUrl &url) const
+Result<> SharedFileList::insertItemURL(const QUrl &url) const
 {
     const std::optional<QByteArray> path = pathOfFileURL(url.adjusted(QUrl::StripTrailingSlash));
     if (!path)
-        return FileResult::failure(QStringLiteral("no address of a file"));
+        return Result<>::failure(QStringLiteral("no address of a file"));
     QString error;
     const std::optional<QByteArray> program = startedProgram(*path, &error);
     if (!program)
-        return FileResult::failure(error);
+        return Result<>::failure(error);
 
     const DurableFileWriter writer;
-    if (FileResult result = writer.makeFolder(folder_); !result)
+    if (Result<> result = writer.makeFolder(folder_); !result)
         return result;
     const std::optional<FileLock> lock = acquireLock(&error);
     if (!lock)
-        return FileResult::failure(error);
+        return Result<>::failure(error);
 
     const QUrl address = fileURLOfPath(*path);
     const QString name = entryName(*path);
@@ -200,10 +200,10 @@ FileResult SharedFileList::insertItemURL(const QUrl &url) const
     if (!fileName)
         fileName = unusedFileName(name);
     if (!fileName)
-        return FileResult::failure(QStringLiteral("no name is left for an entry in %1").arg(folder_));
+        return Result<>::failure(QStringLiteral("no name is left for an entry in %1").arg(folder_));
 
     QByteArray reachable;
-    if (FileResult result = makeReachable(*program, name, &reachable); !result)
+    if (Result<> result = makeReachable(*program, name, &reachable); !result)
         return result;
 
     QByteArray entry = QByteArray("[") + DesktopEntryKeys::group + "]\n";
@@ -238,15 +238,15 @@ std::optional<QUrl> SharedFileList::resolve(const Item &item) const
     return path ? std::optional(fileURLOfPath(*path)) : std::nullopt;
 }
 
-FileResult SharedFileList::remove(const Item &item) const
+Result<> SharedFileList::remove(const Item &item) const
 {
     if (!QFileInfo::exists(folder_))
         return {};
     QString error;
     const std::optional<FileLock> lock = acquireLock(&error);
     if (!lock)
-        return FileResult::failure(error);
-    if (FileResult result = DurableFileWriter().remove(in(item.fileName_)); !result)
+        return Result<>::failure(error);
+    if (Result<> result = DurableFileWriter().remove(in(item.fileName_)); !result)
         return result;
     if (const std::optional<QByteArray> path = pathOfFileURL(item.url_))
         removeLinks(entryName(*path));
@@ -312,8 +312,8 @@ std::optional<QString> SharedFileList::unusedFileName(const QString &name) const
     return std::nullopt;
 }
 
-FileResult SharedFileList::makeReachable(const QByteArray &program, const QString &name,
-                                         QByteArray *reachable) const
+Result<> SharedFileList::makeReachable(const QByteArray &program, const QString &name,
+                                       QByteArray *reachable) const
 {
     *reachable = program;
     if (isPlain(program))
@@ -323,11 +323,11 @@ FileResult SharedFileList::makeReachable(const QByteArray &program, const QStrin
     const QString link = folder + u'/' + (isPlain(executable) ? QFile::decodeName(executable) : name);
     *reachable = QFile::encodeName(link);
     if (!isPlain(*reachable))
-        return FileResult::failure(QStringLiteral("%1 cannot be named in an entry").arg(link));
+        return Result<>::failure(QStringLiteral("%1 cannot be named in an entry").arg(link));
     if (QFileInfo(folder).isSymLink())
-        return FileResult::failure(QStringLiteral("%1 is somebody else's").arg(folder));
+        return Result<>::failure(QStringLiteral("%1 is somebody else's").arg(folder));
     const DurableFileWriter writer;
-    if (FileResult result = writer.makeFolder(folder); !result)
+    if (Result<> result = writer.makeFolder(folder); !result)
         return result;
     return writer.makeSymbolicLink(link, program);
 }
@@ -344,7 +344,7 @@ void SharedFileList::removeLinks(const QString &name) const
         const QString path = folder + u'/' + link;
         if (!QFileInfo(path).isSymLink())
             continue;
-        if (const FileResult result = DurableFileWriter().remove(path); !result)
+        if (const Result<> result = DurableFileWriter().remove(path); !result)
             qCWarning(lcSharedFileList) << result.error;
     }
     if (!QDir().rmdir(folder))

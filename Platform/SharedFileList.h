@@ -52,7 +52,7 @@ public:
     /// again if it was switched off: there is never a second one.
     ///
     /// An application need not be fit to be started now; its entry starts nothing until it is.
-    FileResult insertItemURL(const QUrl &url) const;
+    Result<> insertItemURL(const QUrl &url) const;
 
     /// In the order of the list: by number of place, then by file name.
     QList<Item> copySnapshot() const;
@@ -62,7 +62,7 @@ public:
     std::optional<QUrl> resolve(const Item &item) const;
 
     /// Deletes the entry's file, of a symbolic link the link. Its absence is no failure.
-    FileResult remove(const Item &item) const;
+    Result<> remove(const Item &item) const;
 
 private:
     explicit SharedFileList(QString folder)
@@ -78,7 +78,7 @@ private:
     std::optional<Item> read(const QString &fileName) const;
     std::optional<QString> unusedFileName(const QString &name) const;
     /// A path by which whoever reads entries finds \a program; it leads through a link if need be.
-    FileResult makeReachable(const QByteArray &program, const QString &name, QByteArray *reachable) const;
+    Result<> makeReachable(const QByteArray &program, const QString &name, QByteArray *reachable) const;
     void removeLinks(const QString &name) const;
 
     QString folder_;

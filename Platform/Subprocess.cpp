@@ -86,9 +86,9 @@ QByteArrayList environmentWith(const QByteArrayList &assignments)
     return all;
 }
 
-FileResult failure(const QByteArray &program, int errorNumber)
+Result<> failure(const QByteArray &program, int errorNumber)
 {
-    return FileResult::failure(
+    return Result<>::failure(
         systemError(QStringLiteral("cannot start %1").arg(QFile::decodeName(program)), errorNumber));
 }
 
@@ -100,8 +100,8 @@ Subprocess::~Subprocess()
     setEndHandler({});
 }
 
-FileResult Subprocess::start(const QByteArray &program, const QByteArrayList &arguments,
-                             const QByteArrayList &environment)
+Result<> Subprocess::start(const QByteArray &program, const QByteArrayList &arguments,
+                           const QByteArrayList &environment)
 {
     // A socket, because writing to a pipe that nobody reads any more would end this process.
     int ends[2];

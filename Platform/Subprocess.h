@@ -27,8 +27,8 @@ public:
     Subprocess &operator=(const Subprocess &) = delete;
 
     /// Once. \a program is a path; \a environment holds assignments that go before those of this process.
-    FileResult start(const QByteArray &program, const QByteArrayList &arguments,
-                     const QByteArrayList &environment = {});
+    Result<> start(const QByteArray &program, const QByteArrayList &arguments,
+                   const QByteArrayList &environment = {});
 
     pid_t pid() const { return pid_; }
     bool isRunning() const;

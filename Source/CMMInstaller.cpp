@@ -56,10 +56,10 @@ std::optional<QString> versionOf(const QByteArray &bundle)
 }
 
 /// Makes a folder in the user's library, and the library itself, for its owner only, if there is none.
-FileResult createDirectoryInLibrary(const QByteArray &library, const QByteArray &path)
+Result<> createDirectoryInLibrary(const QByteArray &library, const QByteArray &path)
 {
     if (!FileOperations::exists(library)) {
-        if (FileResult created = FileOperations::createDirectory(library, S_IRWXU); !created)
+        if (Result<> created = FileOperations::createDirectory(library, S_IRWXU); !created)
             return created;
     }
     return FileOperations::createDirectory(path);
@@ -195,7 +195,7 @@ void CMMInstaller::installCMM()
     }
 
     if (!services_.fileExists(userPluginFolder())) {
-        if (const FileResult created = services_.createDirectory(userPluginFolder()); !created) {
+        if (const Result<> created = services_.createDirectory(userPluginFolder()); !created) {
             // The number stands there on purpose: it tells this failure from the other one.
             reportFailure(tr("Failed to install contextual menu2"),
                           tr("Installing the contextual menu failed with error: %1").arg(created.error));
@@ -203,10 +203,10 @@ void CMMInstaller::installCMM()
         }
     }
 
-    FileResult removed;
+    Result<> removed;
     if (services_.fileExists(installedPlugin()))
         removed = services_.removeItem(installedPlugin());
-    const FileResult copied = services_.copyItem(ownPlugin(), installedPlugin());
+    const Result<> copied = services_.copyItem(ownPlugin(), installedPlugin());
     if (removed && copied) {
         if (!services_.restartFileManager(installedPlugin()))
             qCWarning(lcInstaller) << "the file managers do not know yet of" << installedPlugin();

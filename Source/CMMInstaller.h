@@ -44,9 +44,9 @@ public:
         /// Makes one folder. The folder of a user's library is always there for the installer: a desktop that
         /// knows no such folder has it made along with the first one in it, and if that fails this has
         /// failed.
-        std::function<FileResult(const QByteArray &path)> createDirectory;
-        std::function<FileResult(const QByteArray &path)> removeItem;
-        std::function<FileResult(const QByteArray &from, const QByteArray &to)> copyItem;
+        std::function<Result<>(const QByteArray &path)> createDirectory;
+        std::function<Result<>(const QByteArray &path)> removeItem;
+        std::function<Result<>(const QByteArray &from, const QByteArray &to)> copyItem;
 
         /// "~"; nothing is offered if empty.
         QByteArray homeFolder;

@@ -39,7 +39,7 @@ void HJSLoginItemController::addLoginItemOpenAtLogin(const QString &path, bool o
 void HJSLoginItemController::enableLoginItemWithLoginItemsReferenceForPath(const SharedFileList &loginItems,
                                                                            const QUrl &url)
 {
-    if (const FileResult result = loginItems.insertItemURL(url); !result)
+    if (const Result<> result = loginItems.insertItemURL(url); !result)
         qCWarning(lcLoginItems) << "not added:" << url << result.error;
 }
 
@@ -56,7 +56,7 @@ void HJSLoginItemController::disableLoginItemWithLoginItemsReferenceForPath(cons
         const std::optional<QUrl> resolved = loginItems.resolve(item);
         if (!resolved || !pathOfFileURL(*resolved).value_or(QByteArray()).startsWith(*prefix))
             continue;
-        if (const FileResult result = loginItems.remove(item); !result)
+        if (const Result<> result = loginItems.remove(item); !result)
             qCWarning(lcLoginItems) << "not removed:" << item.fileName() << result.error;
     }
 }

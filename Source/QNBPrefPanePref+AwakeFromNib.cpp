@@ -66,7 +66,7 @@ void QNBPrefPanePref::awakeFromNib()
     setUpAttributeActions();
     _ui_presetHierarchyView->registerForDraggedTypes({QNBDraggedItem::pasteboardType});
 
-    if (const FileResult copied =
+    if (const Result<> copied =
             QNBSettingsStore::setUpApplicationSupport(bundle, _services.applicationSupportPath);
         !copied)
         qCWarning(lcPane) << "the application-support folder was not set up:" << copied.error;

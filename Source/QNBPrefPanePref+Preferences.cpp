@@ -30,7 +30,7 @@ void QNBPrefPanePref::writePreferences()
     for (const ArrayController::Object &object : _ui_presetListController->arrangedObjects())
         settings.presets.append(std::static_pointer_cast<QNBPresetRecord>(object));
 
-    const FileResult saved = QNBSettingsStore::write(*_services.preferences, settings);
+    const Result<> saved = QNBSettingsStore::write(*_services.preferences, settings);
     _lastSaveFailed = !saved;
     if (!saved)
         qCCritical(lcPane) << "the settings could not be saved, and will be with the next save:"

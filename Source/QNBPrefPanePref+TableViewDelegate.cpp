@@ -101,13 +101,13 @@ QStringList QNBPrefPanePref::tableViewNamesOfPromisedFilesDroppedAtDestination(T
 {
     const QNBPresetRecordPtr preset = presetAtRow(rows.value(0, ArrayController::noIndex));
     if (!preset) {
-        _lastExport = FileResult::failure(QStringLiteral("no such preset"));
+        _lastExport = Result<>::failure(QStringLiteral("no such preset"));
         return {};
     }
     QString fileName = QNBPresetFile::fileNameForLabel(preset->label());
     _lastExport = dropDestination.isLocalFile()
                       ? QNBPresetFile::write(*preset, dropDestination.toLocalFile(), &fileName)
-                      : FileResult::failure(QStringLiteral("its place is no folder of this machine"));
+                      : Result<>::failure(QStringLiteral("its place is no folder of this machine"));
     if (!_lastExport)
         qCWarning(lcPane) << "the preset file" << fileName << "was not written:" << _lastExport.error;
     return {fileName};

@@ -59,7 +59,7 @@ QNBPrefPanePref::~QNBPrefPanePref()
     }
     if (!_lastSaveFailed || !_services.preferences->hasPendingValues())
         return;
-    if (const FileResult saved = _services.preferences->appSynchronize(); !saved)
+    if (const Result<> saved = _services.preferences->appSynchronize(); !saved)
         qCCritical(lcPane) << "the settings could not be saved:" << _services.preferences->path()
                            << saved.error;
 }

@@ -363,7 +363,7 @@ private:
     int _descriptionTyping = 0;
     int _descriptionParagraphs = 0;
     /// What became of the last preset file; a drag has nobody to tell.
-    FileResult _lastExport;
+    Result<> _lastExport;
     /// Where the user took files from, or put them, last.
     QString _exchangeFolder;
     WorkspaceIcons _icons;

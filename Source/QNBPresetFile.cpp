@@ -48,16 +48,16 @@ QString fileNameForLabel(const QString &label)
     return fileNameFormat.arg(safe.isEmpty() ? nameOfUnnamed : safe, extension);
 }
 
-FileResult write(const QNBPresetRecord &record, const QString &folder, QString *fileName)
+Result<> write(const QNBPresetRecord &record, const QString &folder, QString *fileName)
 {
     *fileName = fileNameForLabel(record.label());
     // The system's calls would take the rest of the name for the end of it.
     if (fileName->contains(QChar(u'\0')))
-        return FileResult::failure(QStringLiteral("the label holds a NUL character"));
+        return Result<>::failure(QStringLiteral("the label holds a NUL character"));
     KeyedArchiver archiver;
     const PropertyList::WriteResult archive = archiver.finish(record.encode(archiver));
     if (!archive)
-        return FileResult::failure(archive.error);
+        return Result<>::failure(archive.error);
     DurableFileWriter::Options options;
     options.newFileMode = presetFileMode;
     return DurableFileWriter().write(QDir(folder).filePath(*fileName), *archive.bytes, options);

@@ -16,7 +16,7 @@ inline const QString extension = QStringLiteral("qnbp");
 QString fileNameForLabel(const QString &label);
 
 /// Writes the record to its file in \a folder, replacing one of that name; \a fileName receives the name.
-FileResult write(const QNBPresetRecord &record, const QString &folder, QString *fileName);
+Result<> write(const QNBPresetRecord &record, const QString &folder, QString *fileName);
 
 /// The preset of a file, labelled with the file's name without its extension; null if the file is unreadable,
 /// holds no entries or what could not be saved among the presets, with the reason in \a error.

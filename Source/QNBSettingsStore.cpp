@@ -62,7 +62,7 @@ void keepAside(Preferences &preferences, const QStringList &losses)
     if (losses.isEmpty())
         return;
     qCWarning(lcStore) << preferences.path() << losses;
-    if (const FileResult kept = preferences.keepAsideCopy(losses.join(QStringLiteral("; "))); !kept)
+    if (const Result<> kept = preferences.keepAsideCopy(losses.join(QStringLiteral("; "))); !kept)
         qCWarning(lcStore) << "no copy of the domain could be kept aside:" << kept.error;
 }
 
@@ -115,7 +115,7 @@ namespace QNBSettingsStore {
 
 void read(Preferences &preferences, const std::optional<Bundle> &bundle, QNBSettings &settings)
 {
-    if (const FileResult synchronized = preferences.appSynchronize(); !synchronized)
+    if (const Result<> synchronized = preferences.appSynchronize(); !synchronized)
         qCWarning(lcStore) << preferences.path() << synchronized.error;
 
     const QVariantMap stored = preferences.copyAppValue(QNBPreferenceKey::presetsStored).toMap();
@@ -143,7 +143,7 @@ void read(Preferences &preferences, const std::optional<Bundle> &bundle, QNBSett
     keepAside(preferences, losses);
 }
 
-FileResult write(Preferences &preferences, const QNBSettings &settings)
+Result<> write(Preferences &preferences, const QNBSettings &settings)
 {
     keepAside(preferences, takeLosses(settings.presets));
 
@@ -179,14 +179,14 @@ QVariant configValueForKey(const std::optional<Bundle> &bundle, const QString &k
     return info.value->toMap().value(key);
 }
 
-FileResult setUpApplicationSupport(const std::optional<Bundle> &bundle, const QString &supportPath)
+Result<> setUpApplicationSupport(const std::optional<Bundle> &bundle, const QString &supportPath)
 {
     const QByteArray target = QFile::encodeName(supportPath);
     if (FileOperations::exists(target))
         return {};
     if (!bundle)
-        return FileResult::failure(QStringLiteral("the pane's bundle was not found"));
-    if (FileResult made = DurableFileWriter().makeFolder(QFileInfo(supportPath).path()); !made)
+        return Result<>::failure(QStringLiteral("the pane's bundle was not found"));
+    if (Result<> made = DurableFileWriter().makeFolder(QFileInfo(supportPath).path()); !made)
         return made;
     const QString source = QDir(bundle->resourcePath()).filePath(defaultSupportFolder);
     return FileOperations::copyItem(QFile::encodeName(source), target);

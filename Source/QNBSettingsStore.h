@@ -51,7 +51,7 @@ namespace QNBSettingsStore {
 void read(Preferences &preferences, const std::optional<Bundle> &bundle, QNBSettings &settings);
 
 /// Writes every key and synchronises the domain; the presets in the given order.
-FileResult write(Preferences &preferences, const QNBSettings &settings);
+Result<> write(Preferences &preferences, const QNBSettings &settings);
 
 /// The value of \a key in the bundle's information property list. A parse failure is logged; invalid then, as
 /// without a bundle or key.
@@ -59,6 +59,6 @@ QVariant configValueForKey(const std::optional<Bundle> &bundle, const QString &k
 
 /// First-run set-up: if nothing exists at \a supportPath, the bundle's folder "QNB Default AppSupport" is
 /// copied there, whole or not at all. What exists is never touched.
-FileResult setUpApplicationSupport(const std::optional<Bundle> &bundle, const QString &supportPath);
+Result<> setUpApplicationSupport(const std::optional<Bundle> &bundle, const QString &supportPath);
 
 } // namespace QNBSettingsStore

@@ -69,8 +69,7 @@ bool PromisedFile::writeTo(const QString &path)
         qCWarning(logPromises) << "cannot read" << path_ << "because" << file.errorString();
         return false;
     }
-    const FileResult written =
-        DurableFileWriter().write(path, file.readAll(), {.newFileMode = modeOf(path_)});
+    const Result<> written = DurableFileWriter().write(path, file.readAll(), {.newFileMode = modeOf(path_)});
     if (!written) {
         qCWarning(logPromises) << "cannot write" << path << "because" << written.error;
         return false;

@@ -33,7 +33,7 @@ function(quenby_add_tests room)
   quenby_precompile(${target} tests)
   target_compile_definitions(${target} PRIVATE QUENBY_TEST_DATA="${CMAKE_CURRENT_SOURCE_DIR}/data")
   set(discovery TEST_PREFIX "${room}." DISCOVERY_MODE PRE_TEST NO_PRETTY_VALUES)
-  set(properties TIMEOUT 300 LABELS ${room})
+  set(properties LABELS ${room})
   if(arg_WITH_HELPERS)
     gtest_discover_tests(${target} ${discovery} TEST_FILTER "-${arg_WITH_HELPERS}" PROPERTIES ${properties})
     gtest_discover_tests(${target} ${discovery} TEST_FILTER "${arg_WITH_HELPERS}" TEST_LIST ${target}_WITH_HELPERS

@@ -34,7 +34,7 @@ void ContextMenuRefresh::refresh()
     process_ = std::make_unique<Subprocess>();
     process_->setEndHandler([this](int status) { ended(status); });
     const QByteArray ownPath = QFile::encodeName(QCoreApplication::applicationFilePath());
-    if (const FileResult started = process_->start(QFile::encodeName(program), {refreshCommand, ownPath});
+    if (const Result<> started = process_->start(QFile::encodeName(program), {refreshCommand, ownPath});
         !started)
         qCWarning(lcRefresh) << program << started.error;
 }

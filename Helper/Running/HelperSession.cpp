@@ -39,7 +39,7 @@ QString translated(const char *text)
 
 HelperSession::HelperSession(bool hasBus)
     : hasBus_(hasBus)
-    , folders_(helperStateFolder())
+    , folders_(DesktopFolders::stateFolder())
     , worker_(CreationWorker::Handlers{
           .begun = [this](const CreationOrder &order) { panel_.begin(order); },
           .ended =

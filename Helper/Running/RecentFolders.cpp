@@ -68,7 +68,7 @@ void RecentFolders::write() const
     const PropertyList::WriteResult list =
         PropertyList::write(QVariantList(folders_.begin(), folders_.end()), PropertyList::Form::Binary);
     const DurableFileWriter writer;
-    FileResult written = FileResult::failure(list.error);
+    Result<> written = Result<>::failure(list.error);
     if (list)
         written = writer.makeFolder(folder_);
     if (written)

@@ -247,7 +247,7 @@ TEST_F(RegistrationTest, OneFailureKeepsNoneOfTheOthers)
     put(config(QStringLiteral("Thunar/uca.xml")), damaged);
     // No folder can be made where a file is.
     put(data(QStringLiteral("kio")), "");
-    const FileResult result = Registration::registerWith(helper());
+    const Result<> result = Registration::registerWith(helper());
     EXPECT_FALSE(result);
     EXPECT_EQ(contentOf(config(QStringLiteral("Thunar/uca.xml"))), damaged);
     EXPECT_EQ(nautilusScripts().size(), 2);
@@ -278,7 +278,7 @@ TEST_F(RegistrationTest, WithAManifestThatCannotBeReadNothingPassesForUnregister
     makeFolder(data(QStringLiteral("dolphin")));
     ASSERT_TRUE(Registration::registerWith(helper()));
     put(manifest(), "no property list");
-    const FileResult unknown = Registration::unregister();
+    const Result<> unknown = Registration::unregister();
     EXPECT_FALSE(unknown);
     EXPECT_TRUE(unknown.error.contains(manifest())) << qPrintable(unknown.error);
     EXPECT_TRUE(QFile::exists(serviceMenu()));

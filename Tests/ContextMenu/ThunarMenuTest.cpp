@@ -24,15 +24,15 @@ protected:
 
     QString file() const { return config(QStringLiteral("Thunar/uca.xml")); }
 
-    FileResult write(const QStringList &labels)
+    Result<> write(const QStringList &labels)
     {
         Manifest list(manifest());
         return ThunarMenu().write(menuOf(labels), list);
     }
-    FileResult remove()
+    Result<> remove()
     {
         Manifest list(manifest());
-        FileResult result = ThunarMenu().remove(list);
+        Result<> result = ThunarMenu().remove(list);
         return result ? list.remove() : result;
     }
 
@@ -147,7 +147,7 @@ TEST_F(ThunarMenuTest, ADamagedFileIsNeverWritten)
 {
     const QByteArray damaged = others.chopped(3);
     put(file(), damaged);
-    const FileResult written = write({QStringLiteral("a")});
+    const Result<> written = write({QStringLiteral("a")});
     EXPECT_FALSE(written);
     EXPECT_TRUE(written.error.contains(file())) << qPrintable(written.error);
     EXPECT_EQ(contentOf(file()), damaged);

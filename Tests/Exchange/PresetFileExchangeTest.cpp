@@ -39,7 +39,7 @@ TEST_F(PresetFileExchange, OurPresetFilesAreReadByGNUstep)
 {
     for (const QNBPresetRecordPtr &preset : std::as_const(presets_)) {
         QString name;
-        const FileResult written = QNBPresetFile::write(*preset, peer_.folder(), &name);
+        const Result<> written = QNBPresetFile::write(*preset, peer_.folder(), &name);
         ASSERT_TRUE(written) << written.error.toStdString();
         const std::optional<QVariant> read = TaggedContent::fromJson(
             peer_.outputOf(QStringLiteral(QUENBY_ARCHIVE_TOOL), {QStringLiteral("read"), peer_.path(name)}));

@@ -119,7 +119,7 @@ void HelperFixture::storePresets(const QList<QVariantMap> &presets)
             QNBPresetRecord::fromStored(PropertyListDocument::fromVariant(stored)->root()));
     Preferences preferences(QStringLiteral(QUENBY_IDENTIFIER),
                             {home_.configFolder(), home_.runtimeFolder(), nullptr, longTime});
-    const FileResult written = QNBSettingsStore::write(preferences, settings);
+    const Result<> written = QNBSettingsStore::write(preferences, settings);
     ASSERT_TRUE(written) << qPrintable(written.error);
 }
 

@@ -39,6 +39,7 @@ TEST_F(DesktopFoldersTest, VariablesNameTheFolders)
     EXPECT_EQ(DesktopFolders::configHome(set), QStringLiteral("/c/d"));
     EXPECT_EQ(DesktopFolders::dataHome(set), QStringLiteral("/d"));
     EXPECT_EQ(DesktopFolders::stateHome(set), QStringLiteral("/s"));
+    EXPECT_EQ(DesktopFolders::stateFolder(set), QStringLiteral("/s/Quenby"));
 }
 
 TEST_F(DesktopFoldersTest, DefaultsStandBelowHome)
@@ -47,6 +48,7 @@ TEST_F(DesktopFoldersTest, DefaultsStandBelowHome)
     EXPECT_EQ(DesktopFolders::configHome(set), QStringLiteral("/h/.config"));
     EXPECT_EQ(DesktopFolders::dataHome(set), QStringLiteral("/h/.local/share"));
     EXPECT_EQ(DesktopFolders::stateHome(set), QStringLiteral("/h/.local/state"));
+    EXPECT_EQ(DesktopFolders::stateFolder(set), QStringLiteral("/h/.local/state/Quenby"));
 }
 
 TEST_F(DesktopFoldersTest, RelativeAndEmptyValuesCountForNothing)

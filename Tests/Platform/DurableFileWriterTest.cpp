@@ -232,7 +232,7 @@ TEST_F(DurableFileWriterTest, EveryCallFailingInTurnLeavesTheOldBytesOrTheNew)
                 layer.hasLinks = hasLinks;
                 layer.failingCall = call;
                 layer.errorNumber = errorNumber;
-                const FileResult result = DurableFileWriter(&layer).write(path(), newBytes, withBackup_);
+                const Result<> result = DurableFileWriter(&layer).write(path(), newBytes, withBackup_);
                 if (layer.calls <= call) {
                     EXPECT_TRUE(result);
                     break;
@@ -289,7 +289,7 @@ TEST_F(DurableFileWriterTest, ALinkIsReplacedWhateverFails)
         ASSERT_EQ(text(), "old \xff");
         FailingFileLayer layer;
         layer.failingCall = call;
-        const FileResult result = DurableFileWriter(&layer).makeSymbolicLink(link, "new");
+        const Result<> result = DurableFileWriter(&layer).makeSymbolicLink(link, "new");
         EXPECT_TRUE(text() == "new" || (!result.ok && text() == "old \xff")) << "call " << call;
         EXPECT_EQ(namesIn(root()), QStringList{QStringLiteral("link")}) << "call " << call;
         if (layer.calls <= call) {
@@ -328,7 +328,7 @@ TEST_F(DurableFileWriterTest, RenamesInPlaceOfWhatIsThere)
     EXPECT_TRUE(writer_.rename(in(QStringLiteral("new")), path()));
     EXPECT_EQ(contentOf(path()), newBytes);
     EXPECT_EQ(namesIn(root()), QStringList{QStringLiteral("file")});
-    const FileResult absent = writer_.rename(in(QStringLiteral("absent")), path());
+    const Result<> absent = writer_.rename(in(QStringLiteral("absent")), path());
     EXPECT_FALSE(absent);
     EXPECT_FALSE(absent.error.isEmpty());
     EXPECT_EQ(contentOf(path()), newBytes);

@@ -56,7 +56,7 @@ TEST_F(FileOperationsTest, MakesOneFolderAndNoneAbove)
 {
     EXPECT_TRUE(FileOperations::createDirectory(at("one"), S_IRWXU));
     EXPECT_EQ(modeOf("one"), 0700u);
-    const FileResult created = FileOperations::createDirectory(at("two/three"));
+    const Result<> created = FileOperations::createDirectory(at("two/three"));
     EXPECT_FALSE(created);
     EXPECT_EQ(created.error,
               QStringLiteral("cannot make the folder %1/two/three: No such file or directory").arg(root()));
@@ -120,7 +120,7 @@ TEST_F(FileOperationsTest, ACopyThatFailsLeavesNothing)
     makeFile("from/file", 0600);
     makeFolder("from/folder");
     ASSERT_EQ(::mkfifo(at("from/folder/fifo").constData(), 0600), 0);
-    const FileResult copied = FileOperations::copyItem(at("from"), at("to"));
+    const Result<> copied = FileOperations::copyItem(at("from"), at("to"));
     EXPECT_FALSE(copied);
     EXPECT_EQ(copied.error,
               QStringLiteral("cannot copy %1/from/folder/fifo: Operation not supported").arg(root()));

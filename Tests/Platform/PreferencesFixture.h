@@ -53,7 +53,7 @@ protected:
     {
         const auto other = preferences();
         other->setAppValue(key, value);
-        const FileResult result = other->appSynchronize();
+        const Result<> result = other->appSynchronize();
         ASSERT_TRUE(result) << qPrintable(result.error);
     }
 

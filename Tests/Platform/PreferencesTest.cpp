@@ -187,7 +187,7 @@ TEST_F(PreferencesTest, EveryCallFailingInTurnLosesNothing)
             const auto first = preferences(&layer);
             layer.failingCall = call;
             first->setAppValue(two, qlonglong(call));
-            const FileResult result = first->appSynchronize();
+            const Result<> result = first->appSynchronize();
             EXPECT_EQ(result.ok, !first->hasPendingValues());
             if (!result.ok) {
                 EXPECT_TRUE(first->appSynchronize()) << "call " << call;

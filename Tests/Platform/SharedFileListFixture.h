@@ -33,7 +33,7 @@ protected:
     }
 
     static QUrl urlOf(const QString &path) { return QUrl::fromLocalFile(path); }
-    FileResult insert(const QString &path) const { return list().insertItemURL(urlOf(path)); }
+    Result<> insert(const QString &path) const { return list().insertItemURL(urlOf(path)); }
 
     /// An entry of another program's making.
     void putEntry(const QString &name, const QByteArray &bytes) const

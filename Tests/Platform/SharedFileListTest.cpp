@@ -239,7 +239,7 @@ TEST_F(SharedFileListTest, AFailureIsReportedAndLeavesTheEntry)
     const QString entry = entryPath();
     ASSERT_TRUE(QFile::remove(entry));
     ASSERT_TRUE(QDir().mkpath(entry + QStringLiteral("/folder")));
-    const FileResult result = list().remove(items.value(0));
+    const Result<> result = list().remove(items.value(0));
     EXPECT_FALSE(result);
     EXPECT_TRUE(result.error.contains(entry)) << qPrintable(result.error);
     EXPECT_TRUE(QFile::exists(entry));

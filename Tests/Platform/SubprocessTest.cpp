@@ -19,8 +19,8 @@ class SubprocessTest : public FileFixture
 protected:
     ~SubprocessTest() override { EXPECT_TRUE(waitUntil(hasNoChild)); }
 
-    FileResult startShell(Subprocess &process, const QByteArray &commands,
-                          const QByteArrayList &environment = {})
+    Result<> startShell(Subprocess &process, const QByteArray &commands,
+                        const QByteArrayList &environment = {})
     {
         return process.start("/bin/sh", {"-c", commands, "sh", in(QStringLiteral("result")).toUtf8()},
                              environment);
@@ -99,7 +99,7 @@ TEST_F(SubprocessTest, MayBeHeldByItsOwnHandler)
 TEST_F(SubprocessTest, SaysWhyItCouldNotBeStarted)
 {
     Subprocess process;
-    const FileResult started = process.start("/no/such program", {});
+    const Result<> started = process.start("/no/such program", {});
     EXPECT_FALSE(started);
     EXPECT_EQ(started.error, QStringLiteral("cannot start /no/such program: No such file or directory"));
     EXPECT_FALSE(process.isRunning());
@@ -126,7 +126,7 @@ TEST_F(SubprocessTest, BeginsWithPlainSignalsInAGroupOfItsOwn)
     ASSERT_EQ(::pthread_sigmask(SIG_BLOCK, &blocked, &before), 0);
     const auto handled = ::signal(SIGPIPE, SIG_IGN);
     Subprocess process;
-    const FileResult started = startShell(process, "cat /proc/self/status > \"$1\"; cat");
+    const Result<> started = startShell(process, "cat /proc/self/status > \"$1\"; cat");
     ::signal(SIGPIPE, handled);
     ASSERT_EQ(::pthread_sigmask(SIG_SETMASK, &before, nullptr), 0);
     ASSERT_TRUE(started);

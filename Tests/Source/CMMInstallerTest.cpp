@@ -203,13 +203,13 @@ TEST_F(CMMInstallerTest, TheErrorToldIsTheCause)
 {
     makeInstalled("1.0");
     CMMInstaller::Services services = world.services();
-    services.removeItem = [](const QByteArray &) { return FileResult::failure(QStringLiteral("first")); };
+    services.removeItem = [](const QByteArray &) { return Result<>::failure(QStringLiteral("first")); };
     services.copyItem = [](const QByteArray &, const QByteArray &) {
-        return FileResult::failure(QStringLiteral("second"));
+        return Result<>::failure(QStringLiteral("second"));
     };
     CMMInstaller(services).installCMM();
     // A removal that failed counts even if the copy did not.
-    services.copyItem = [](const QByteArray &, const QByteArray &) { return FileResult(); };
+    services.copyItem = [](const QByteArray &, const QByteArray &) { return Result<>(); };
     CMMInstaller(services).installCMM();
     ASSERT_EQ(world.alerts.size(), 2);
     for (const AlertPanel &alert : world.alerts)

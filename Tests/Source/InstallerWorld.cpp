@@ -98,11 +98,11 @@ CMMInstaller::Services InstallerWorld::services()
     };
 }
 
-FileResult InstallerWorld::unless(Failure injected, const QString &event,
-                                  const std::function<FileResult()> &operation)
+Result<> InstallerWorld::unless(Failure injected, const QString &event,
+                                const std::function<Result<>()> &operation)
 {
     events.append(event);
-    return failure == injected ? FileResult::failure(reason) : operation();
+    return failure == injected ? Result<>::failure(reason) : operation();
 }
 
 void InstallerWorld::makeFolders(const QByteArray &path)

@@ -69,7 +69,7 @@ public:
 
 private:
     class FakeAuthorization;
-    FileResult unless(Failure injected, const QString &event, const std::function<FileResult()> &operation);
+    Result<> unless(Failure injected, const QString &event, const std::function<Result<>()> &operation);
 
     QTemporaryDir folder_;
 

@@ -70,7 +70,7 @@ void PaneFixture::store(const QList<QNBPresetRecordPtr> &presets)
     QNBSettings settings;
     settings.presets = presets;
     const QNBPrefPanePref::Services world = services();
-    const FileResult written = QNBSettingsStore::write(*world.preferences, settings);
+    const Result<> written = QNBSettingsStore::write(*world.preferences, settings);
     ASSERT_TRUE(written.ok) << qPrintable(written.error);
 }
 

@@ -40,7 +40,7 @@ QString PresetListFixture::presetFile(const QString &fileName)
     QDir().mkpath(path(QStringLiteral("files")));
     QString written;
     const QString inside = QStringLiteral("of ") + fileName;
-    const FileResult result =
+    const Result<> result =
         QNBPresetFile::write(*preset(QStringLiteral("Inside"), {inside}), home.path(), &written);
     EXPECT_TRUE(result) << qPrintable(result.error);
     const QString file = path(QStringLiteral("files/") + fileName);

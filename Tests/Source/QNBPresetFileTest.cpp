@@ -36,7 +36,7 @@ protected:
     QString write(const QNBPresetRecord &record)
     {
         QString name;
-        const FileResult written = QNBPresetFile::write(record, folder_.path(), &name);
+        const Result<> written = QNBPresetFile::write(record, folder_.path(), &name);
         EXPECT_TRUE(written) << qPrintable(written.error);
         return name;
     }
@@ -111,7 +111,7 @@ TEST_F(QNBPresetFileTest, AnExistingFileOfThatNameIsReplaced)
 TEST_F(QNBPresetFileTest, AFailedWriteSaysSoAndStillNamesTheFile)
 {
     QString name;
-    const FileResult written =
+    const Result<> written =
         QNBPresetFile::write(*preset(QStringLiteral("A")), folder_.filePath(QStringLiteral("absent")), &name);
     EXPECT_FALSE(written);
     EXPECT_FALSE(written.error.isEmpty());

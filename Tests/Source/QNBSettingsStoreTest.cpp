@@ -109,7 +109,7 @@ protected:
         QNBSettingsStore::read(preferences, bundle(), settings);
         return settings;
     }
-    FileResult writeSettings(const QNBSettings &settings) const
+    Result<> writeSettings(const QNBSettings &settings) const
     {
         Preferences preferences(domain, options());
         return QNBSettingsStore::write(preferences, settings);
@@ -385,7 +385,7 @@ TEST_F(QNBSettingsStoreTest, FirstRunCopiesTheDefaultApplicationSupportFolder)
     ASSERT_TRUE(QFile::setPermissions(script, QFile::ReadOwner | QFile::ExeOwner));
     writeFile(resource(QStringLiteral("QNB Default AppSupport/File Content/Brief.txt")), "brief");
     const QString support = folder_.filePath(QStringLiteral("data/deep/Quenby"));
-    const FileResult copied = QNBSettingsStore::setUpApplicationSupport(bundle(), support);
+    const Result<> copied = QNBSettingsStore::setUpApplicationSupport(bundle(), support);
     ASSERT_TRUE(copied) << qPrintable(copied.error);
     EXPECT_TRUE(QFileInfo(support + QStringLiteral("/Scripts/open.sh")).isExecutable());
     EXPECT_TRUE(QFile::permissions(support + QStringLiteral("/Scripts/open.sh")) & QFile::WriteOwner);

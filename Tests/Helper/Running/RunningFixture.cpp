@@ -46,7 +46,7 @@ void RunningFixture::store(const QNBSettings &settings, const TemporaryHome &hom
 {
     Preferences preferences(QStringLiteral(QUENBY_IDENTIFIER),
                             {home.configFolder(), home.runtimeFolder(), nullptr, longTime});
-    const FileResult written = QNBSettingsStore::write(preferences, settings);
+    const Result<> written = QNBSettingsStore::write(preferences, settings);
     ASSERT_TRUE(written) << qPrintable(written.error);
 }
 

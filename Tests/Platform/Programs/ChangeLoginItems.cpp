@@ -27,7 +27,7 @@ std::optional<SharedFileList::Item> find(const SharedFileList &list, const QUrl 
     return found == items.end() ? std::nullopt : std::optional(*found);
 }
 
-bool has(const FileResult &result)
+bool has(const Result<> &result)
 {
     if (!result)
         qCritical("%s", qPrintable(result.error));
