@@ -3,6 +3,7 @@
 
 #include "ContextMenu/HelperFinder.h"
 #include "ContextMenu/Registration.h"
+#include "Platform/HomeOwner.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -52,10 +53,11 @@ Files:
   $XDG_CONFIG_HOME/caja/scripts/Quenby/
   $XDG_STATE_HOME/Quenby/ContextMenu.plist   what was written
 
-Exit status: 0 if all was done, 1 if something could not be, 2 for wrong use.
+Exit status: 0 if all was done, 1 if something could not be, or if the home
+folder belongs to another user, 2 for wrong use.
 )";
 
-int run(const Result<> &result)
+int exitStatus(const Result<> &result)
 {
     if (result)
         return EXIT_SUCCESS;
@@ -70,6 +72,16 @@ QByteArray helper(const QStringList &arguments)
                                 : HelperFinder::find(QCoreApplication::applicationFilePath());
 }
 
+Result<> perform(const QStringList &arguments)
+{
+    if (Result<> home = HomeOwner::check(); !home)
+        return home;
+    if (arguments.constFirst() == u"register")
+        return Registration::registerWith(helper(arguments));
+    return arguments.constFirst() == u"refresh" ? Registration::refresh(helper(arguments))
+                                                : Registration::unregister();
+}
+
 } // namespace
 
 int main(int argc, char **argv)
@@ -82,12 +94,8 @@ int main(int argc, char **argv)
         std::fputs(usage, stderr);
         return wrongUse;
     }
-    if (command == u"register")
-        return run(Registration::registerWith(helper(arguments)));
-    if (command == u"refresh")
-        return run(Registration::refresh(helper(arguments)));
-    if (command == u"unregister")
-        return run(Registration::unregister());
+    if (mayNameHelper || command == u"unregister")
+        return exitStatus(perform(arguments));
     if (command == u"--help" || command == u"-h") {
         std::fputs(usage, stdout);
         return EXIT_SUCCESS;

@@ -8,6 +8,7 @@
 #include "Helper/HelperService.h"
 #include "Helper/Notifications.h"
 #include "Helper/Presets.h"
+#include "Platform/HomeOwner.h"
 #include "Platform/SessionBus.h"
 #include "Source/QNBFolderMenu.h"
 
@@ -81,21 +82,22 @@ ExitCode CommandLine::run(const QStringList &arguments)
 
 ExitCode CommandLine::perform(const CommandLineOptions &options)
 {
-    switch (options.command) {
-    case CommandLineOptions::Command::Help:
+    using Command = CommandLineOptions::Command;
+    if (options.command == Command::Help) {
         console_.print(CommandLineOptions::help());
         return ExitCode::Done;
-    case CommandLineOptions::Command::Version:
+    }
+    if (options.command == Command::Version) {
         console_.printLine(helperName + u' ' + QCoreApplication::applicationVersion());
         return ExitCode::Done;
-    case CommandLineOptions::Command::List:
-        return list(options);
-    case CommandLineOptions::Command::Undo:
-        return undo(options);
-    case CommandLineOptions::Command::Create:
-        break;
     }
-    return create(options);
+    if (const Result<> home = HomeOwner::check(); !home) {
+        tell(home.error);
+        return ExitCode::Usage;
+    }
+    if (options.command == Command::List)
+        return list(options);
+    return options.command == Command::Undo ? undo(options) : create(options);
 }
 
 ExitCode CommandLine::list(const CommandLineOptions &options)

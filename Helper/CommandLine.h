@@ -14,6 +14,7 @@
 /// What the program ends with. Of several folders the greatest counts.
 enum class ExitCode : int {
     Done = 0,
+    /// The arguments make no sense, or the home folder is another user's.
     Usage = 1,
     NoSuchPreset = 2,
     /// The plan cannot be executed; nothing was done.

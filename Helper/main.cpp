@@ -5,6 +5,7 @@
 #include "Helper/Presets.h"
 #include "Helper/Running/RunningCode.h"
 #include "Helper/StandardStreams.h"
+#include "Platform/HomeOwner.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -23,6 +24,10 @@ constexpr int codeIsMissing = 127;
 
 int runInBackground(int &argc, char **argv)
 {
+    if (const Result<> home = HomeOwner::check(); !home) {
+        std::fprintf(stderr, "QNBHelper: %s\n", qPrintable(home.error));
+        return static_cast<int>(ExitCode::Usage);
+    }
     const QString folder = QFileInfo(QFile::symLinkTarget(QStringLiteral("/proc/self/exe"))).path();
     QLibrary code(folder + u'/' + QLatin1String(RunningCode::path));
     // Its objects outlive main().

@@ -6,6 +6,7 @@
 #include "Host/InstanceGuard.h"
 #include "Host/PaneFinder.h"
 #include "Platform/ExitHandler.h"
+#include "Platform/HomeOwner.h"
 #include "Platform/SessionBus.h"
 #include "Platform/TerminationSignals.h"
 
@@ -86,6 +87,11 @@ int main(int argc, char **argv)
         const QCoreApplication application(argc, argv);
         parser.process(application);
         return EXIT_SUCCESS;
+    }
+
+    if (const Result<> home = HomeOwner::check(); !home) {
+        std::fputs(qPrintable(home.error + u'\n'), stderr);
+        return EXIT_FAILURE;
     }
 
     // The platform plug-in takes it away.

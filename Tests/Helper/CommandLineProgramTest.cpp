@@ -227,6 +227,26 @@ TEST_F(CommandLineProgramTest, ArgumentsThatMakeNoSense)
     EXPECT_THAT(ended.errors.toStdString(), HasSubstr("--help"));
 }
 
+TEST_F(CommandLineProgramTest, TheHomeOfAnotherUserIsRefusedByEveryCommandAndInTheBackground)
+{
+    QProcessEnvironment environment = home_.environment();
+    environment.insert(text("HOME"), home_.homeOfAnother());
+    for (const QStringList &arguments :
+         {QStringList{}, QStringList{text("--list")}, QStringList{text("--undo")},
+          QStringList{text("--create"), text("One"), text("--in"), target()},
+          QStringList{text("--create"), text("One"), text("--in"), target(), text("--dry-run")}}) {
+        ChildProcess helper(program(), arguments, environment);
+        ASSERT_TRUE(helper.waitForEnd());
+        EXPECT_TRUE(helper.hasReturned(1)) << qPrintable(arguments.join(u' '));
+        const QByteArray errors = helper.errors();
+        EXPECT_THAT(errors.toStdString(), HasSubstr("belongs to another user"));
+        EXPECT_EQ(errors.count('\n'), 1) << errors.constData();
+        EXPECT_EQ(helper.output(), "");
+    }
+    EXPECT_THAT(tree(), IsEmpty());
+    EXPECT_FALSE(QFile::exists(home_.stateFolder() + text("/Quenby")));
+}
+
 TEST_F(CommandLineProgramTest, HelpAndVersion)
 {
     const Ended help = run({text("--help")});

@@ -142,6 +142,18 @@ TEST_F(HostProgramTest, RefusesWhatItDoesNotKnow)
     EXPECT_EQ(record(), "");
 }
 
+TEST_F(HostProgramTest, TheHomeOfAnotherUserIsRefused)
+{
+    environment_.insert(QStringLiteral("HOME"), home_.homeOfAnother());
+    ChildProcess host(program(), {}, environment_);
+    ASSERT_TRUE(host.waitForEnd());
+    EXPECT_TRUE(host.hasReturned(1));
+    const QByteArray errors = host.errors();
+    EXPECT_TRUE(errors.contains("belongs to another user")) << errors.constData();
+    EXPECT_EQ(errors.count('\n'), 1) << errors.constData();
+    EXPECT_EQ(record(), "");
+}
+
 TEST_F(HostProgramTest, LeavesThePaneOnSIGTERM)
 {
     expectWholeLifeAfter(SIGTERM);

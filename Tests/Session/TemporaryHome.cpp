@@ -6,6 +6,8 @@
 #include <QDir>
 #include <QFile>
 
+#include <unistd.h>
+
 TemporaryHome::TemporaryHome()
 {
     const QStringList folders = {configFolder(), dataFolder(), systemDataFolder(), stateFolder(),
@@ -37,4 +39,14 @@ QProcessEnvironment TemporaryHome::environment(const QString &busAddress) const
     if (!busAddress.isEmpty())
         result.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), busAddress);
     return result;
+}
+
+QString TemporaryHome::homeOfAnother() const
+{
+    constexpr uid_t nobody = 65534;
+    const QString folder = filePath(QStringLiteral("other"));
+    const bool isGiven =
+        QDir().mkpath(folder) && ::chown(QFile::encodeName(folder).constData(), nobody, nobody) == 0;
+    // Only root can give a folder away; to everybody else root's own is another's.
+    return isGiven ? folder : QStringLiteral("/");
 }

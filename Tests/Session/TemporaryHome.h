@@ -24,6 +24,9 @@ public:
     /// For programs of that user: no screen (offscreen windows) and, without \a busAddress, no bus.
     QProcessEnvironment environment(const QString &busAddress = {}) const;
 
+    /// A home that belongs to another user than the one who runs the tests.
+    QString homeOfAnother() const;
+
 private:
     QTemporaryDir folder_;
 };
