@@ -40,18 +40,6 @@ QString besidePlugin(const QString &ownPath)
     return executableOf(folder.absoluteFilePath(helperBundle));
 }
 
-QString running(const QString &root)
-{
-    const QList<ProcessSerialNumber> processes = ProcessTable::processesNamed(helperName, root);
-    for (const ProcessSerialNumber &process : processes) {
-        const std::optional<ProcessInformation> information =
-            ProcessTable::getProcessInformation(process, root);
-        if (information && isHelper(information->path))
-            return information->path;
-    }
-    return {};
-}
-
 QString loginItem()
 {
     const std::optional<SharedFileList> list = SharedFileList::create();
@@ -95,11 +83,9 @@ QString inSearchPath()
 
 } // namespace
 
-QByteArray HelperFinder::find(const QString &ownPath, const QString &processRoot)
+QByteArray HelperFinder::find(const QString &ownPath)
 {
     QString path = besidePlugin(ownPath);
-    if (path.isEmpty())
-        path = running(processRoot);
     for (QString (*const look)() : {loginItem, inPane, inSearchPath}) {
         if (path.isEmpty())
             path = look();

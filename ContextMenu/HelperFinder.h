@@ -4,7 +4,6 @@
 #pragma once
 
 #include "Platform/Bundle.h"
-#include "Platform/ProcessTable.h"
 
 #include <QByteArray>
 #include <QString>
@@ -14,10 +13,10 @@
 namespace HelperFinder {
 
 /// The absolute path of the helper's executable, in the file system's own bytes; empty if there is none.
-/// Looked for is, in this order: the helper beside the plug-in whose executable is \a ownPath, the helper
-/// that runs, the one that is a login item, the ones in the panes of the user and of the system, the one in
-/// the search path.
-QByteArray find(const QString &ownPath, const QString &processRoot = ProcessTable::standardRoot);
+/// Looked for is, in this order: the helper beside the plug-in whose executable is \a ownPath, and the
+/// installed ones: the one that is a login item, the ones in the panes of the user and of the system, the one
+/// in the search path. A process proves nothing by its name, so none is asked.
+QByteArray find(const QString &ownPath);
 
 /// The pane that the executable \a helper lies in, links resolved.
 std::optional<Bundle> paneOf(const QByteArray &helper);

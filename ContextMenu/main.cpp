@@ -34,8 +34,8 @@ Commands:
   unregister  Removes exactly what was written.
 
 HELPER is the path of the executable QNBHelper. Without it the helper is looked
-for: beside this plug-in, among the running programs and the login items, in the
-folders of settings panes, in PATH. If it is not found, "register" notes what is
+for: beside this plug-in, among the login items, in the folders of settings
+panes, in PATH. If it is not found, "register" notes what is
 there, and the helper has the entries written when it starts.
 
 A file of ours that was changed is left alone, and named on the standard error

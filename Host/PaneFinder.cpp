@@ -43,15 +43,17 @@ QStringList PaneFinder::panesIn(const QStringList &folders)
     return paths;
 }
 
-QString PaneFinder::pathOfPane(const QString &name, const QStringList &folders)
+Result<QString> PaneFinder::pathOfPane(const QString &name, const QStringList &folders)
 {
-    if (!name.contains(u'/') && !QFileInfo(name).isDir()) {
-        const QStringList panes = panesIn(folders);
-        for (const QString &path : panes) {
-            const QString fileName = QFileInfo(path).fileName();
-            if (fileName == name || fileName == name + paneExtension)
-                return path;
-        }
+    if (name.contains(u'/'))
+        return QDir::cleanPath(QFileInfo(name).absoluteFilePath());
+    const QStringList panes = panesIn(folders);
+    for (const QString &path : panes) {
+        const QString fileName = QFileInfo(path).fileName();
+        if (fileName == name || fileName == name + paneExtension)
+            return path;
     }
-    return QDir::cleanPath(QFileInfo(name).absoluteFilePath());
+    return Result<QString>::failure(
+        QCoreApplication::translate("PaneFinder", "There is no settings pane called \"%1\" in\n%2")
+            .arg(name, folders.join(u'\n')));
 }

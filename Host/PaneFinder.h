@@ -3,6 +3,8 @@
 
 #pragma once
 
+#include "Platform/Result.h"
+
 #include <QStringList>
 
 /// Where preference panes are, and which one is meant.
@@ -16,8 +18,9 @@ QStringList searchFolders();
 /// one is a pane that works is not asked here.
 QStringList panesIn(const QStringList &folders);
 
-/// The path of the pane that \a name means: a path, or the name of a pane in \a folders, with or without the
-/// extension. The path need not exist.
-QString pathOfPane(const QString &name, const QStringList &folders);
+/// The path of the pane that \a name means. What has a slash in it is a path, which need not exist; all else
+/// is the name of a pane in \a folders, with or without the extension, and never something in the working
+/// folder: its code would run for being there. Fails, with a sentence for the user, if no pane is called so.
+Result<QString> pathOfPane(const QString &name, const QStringList &folders);
 
 } // namespace PaneFinder

@@ -60,10 +60,14 @@ bool isQuestion(int argc, char **argv)
     return std::any_of(argv + 1, argv + std::max(argc, 1), asks);
 }
 
-void showRequestedPane(HostWindow &window, const QString &requested)
+void showRequestedPane(HostWindow &window, const Result<QString> &requested)
 {
-    if (!requested.isEmpty()) {
-        window.showPane(requested);
+    if (!requested) {
+        window.showError(requested.error);
+        return;
+    }
+    if (!requested->isEmpty()) {
+        window.showPane(*requested);
         return;
     }
     const QStringList folders = PaneFinder::searchFolders();
@@ -106,15 +110,18 @@ int main(int argc, char **argv)
         std::fputs(qPrintable(tr("More than one pane is named.") + u'\n'), stderr);
         return EXIT_FAILURE;
     }
-    const QString requested =
-        arguments.isEmpty() ? QString()
+    const Result<QString> requested =
+        arguments.isEmpty() ? Result<QString>(QString())
                             : PaneFinder::pathOfPane(arguments.constFirst(), PaneFinder::searchFolders());
+    if (!requested)
+        std::fputs(qPrintable(requested.error + u'\n'), stderr);
 
     InstanceGuard guard(QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation),
                         QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation));
-    const InstanceGuard::Outcome outcome = guard.begin({requested, activationToken}, otherInstanceTimeout);
+    const InstanceGuard::Outcome outcome =
+        guard.begin({requested.value.value_or(QString()), activationToken}, otherInstanceTimeout);
     if (outcome == InstanceGuard::Outcome::Handed)
-        return EXIT_SUCCESS;
+        return requested ? EXIT_SUCCESS : EXIT_FAILURE;
 
     HostWindow window;
     const auto leave = [&] {

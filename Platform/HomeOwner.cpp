@@ -18,9 +18,9 @@ Result<> HomeOwner::check(const QProcessEnvironment &environment)
     if (home.isEmpty() || ::stat(QFile::encodeName(home).constData(), &information) != 0 ||
         information.st_uid == ::geteuid())
         return {};
-    return Result<>::failure(
-        QCoreApplication::translate("HomeOwner",
-                                    "The home folder %1 belongs to another user, who could not change the files "
-                                    "that would be written there: nothing was done.")
-            .arg(home));
+    return Result<>::failure(QCoreApplication::translate(
+                                 "HomeOwner",
+                                 "The home folder %1 belongs to another user, who could not change the files "
+                                 "that would be written there: nothing was done.")
+                                 .arg(home));
 }

@@ -173,8 +173,9 @@ TEST_F(ProgramTest, TheHomeOfAnotherUserIsRefused)
     const auto before = contentOfHome();
     for (const char *command : {"register", "refresh", "unregister"}) {
         // The folder of root, who does not run the program.
-        const Result result = run(plugin() + QStringLiteral("/Contents/MacOS/QNBContextMenu"),
-                                  {QString::fromLatin1(command)}, {{QStringLiteral("HOME"), QStringLiteral("/")}});
+        const Result result =
+            run(plugin() + QStringLiteral("/Contents/MacOS/QNBContextMenu"), {QString::fromLatin1(command)},
+                {{QStringLiteral("HOME"), QStringLiteral("/")}});
         EXPECT_EQ(result.code, 1) << command;
         EXPECT_TRUE(result.errors.contains("belongs to another user")) << result.errors.constData();
         EXPECT_EQ(result.errors.count('\n'), 1) << result.errors.constData();

@@ -371,6 +371,20 @@ TEST_F(HostProgramTest, WithSeveralPanesNoneIsOpenedUnasked)
     EXPECT_EQ(record(), wholeLife);
 }
 
+TEST_F(HostProgramTest, ANameIsNoPaneOfTheWorkingFolder)
+{
+    TestBundle::make(home_.filePath(QStringLiteral("work/Evil.prefPane")), TestBundle::recordingPane());
+    environment_.insert(QStringLiteral("QUENBY_REPORT_FIRST_PAINT"), QStringLiteral("1"));
+    ChildProcess host(QStringLiteral("/bin/sh"),
+                      {QStringLiteral("-c"), QStringLiteral("cd \"$1\" && exec \"$2\" Evil.prefPane"),
+                       QStringLiteral("sh"), home_.filePath(QStringLiteral("work")), program()},
+                      environment_);
+    ASSERT_TRUE(host.waitForEnd());
+    EXPECT_TRUE(host.errors().contains("There is no settings pane called \"Evil.prefPane\""))
+        << host.errors().constData();
+    EXPECT_EQ(record(), "");
+}
+
 TEST_F(HostProgramTest, WithoutAnyPaneThereIsAPageThatSaysSo)
 {
     ASSERT_TRUE(QDir(panePath()).removeRecursively());

@@ -91,22 +91,27 @@ TEST_F(PaneFinderTest, APaneIsMeantByItsNameOrPath)
 {
     const QString pane = make(QStringLiteral("a/Some.prefPane"));
     const QStringList folders = {folder_.filePath(QStringLiteral("a"))};
-    EXPECT_EQ(PaneFinder::pathOfPane(QStringLiteral("Some"), folders), pane);
-    EXPECT_EQ(PaneFinder::pathOfPane(QStringLiteral("Some.prefPane"), folders), pane);
-    EXPECT_EQ(PaneFinder::pathOfPane(pane + u'/', {}), pane);
-    EXPECT_EQ(PaneFinder::pathOfPane(QStringLiteral("/not/there.prefPane"), folders),
+    EXPECT_EQ(PaneFinder::pathOfPane(QStringLiteral("Some"), folders).value, pane);
+    EXPECT_EQ(PaneFinder::pathOfPane(QStringLiteral("Some.prefPane"), folders).value, pane);
+    EXPECT_EQ(PaneFinder::pathOfPane(pane + u'/', {}).value, pane);
+    EXPECT_EQ(PaneFinder::pathOfPane(QStringLiteral("/not/there.prefPane"), folders).value,
               QStringLiteral("/not/there.prefPane"));
 }
 
-TEST_F(PaneFinderTest, ARelativePathIsMeantFromTheWorkingFolder)
+TEST_F(PaneFinderTest, OnlyWhatHasASlashIsMeantFromTheWorkingFolder)
 {
-    const QString pane = make(QStringLiteral("a/Some.prefPane"));
-    make(QStringLiteral("b/Some.prefPane"));
+    const QString inWorkingFolder = make(QStringLiteral("a/Some.prefPane"));
+    const QString inSearchFolder = make(QStringLiteral("b/Some.prefPane"));
+    const QStringList folders = {folder_.filePath(QStringLiteral("b"))};
+    const QString name = QStringLiteral("Some.prefPane");
     const QString before = QDir::currentPath();
     ASSERT_TRUE(QDir::setCurrent(folder_.filePath(QStringLiteral("a"))));
-    EXPECT_EQ(
-        PaneFinder::pathOfPane(QStringLiteral("Some.prefPane"), {folder_.filePath(QStringLiteral("b"))}),
-        pane);
-    EXPECT_EQ(PaneFinder::pathOfPane(QStringLiteral("../a/Some.prefPane"), {}), pane);
+    EXPECT_EQ(PaneFinder::pathOfPane(name, folders).value, inSearchFolder);
+    EXPECT_EQ(PaneFinder::pathOfPane(QStringLiteral("./") + name, folders).value, inWorkingFolder);
+    EXPECT_EQ(PaneFinder::pathOfPane(QStringLiteral("../a/") + name, {}).value, inWorkingFolder);
+    const Result<QString> nowhere = PaneFinder::pathOfPane(name, {QStringLiteral("/nowhere")});
+    EXPECT_FALSE(nowhere);
+    EXPECT_TRUE(nowhere.error.contains(name) && nowhere.error.contains(u"/nowhere"))
+        << qPrintable(nowhere.error);
     QDir::setCurrent(before);
 }
