@@ -6,37 +6,24 @@
 #include "Host/ErrorPane.h"
 #include "Host/PaneChooser.h"
 #include "Host/PaneLoader.h"
+#include "Host/WindowPlaces.h"
 
 #include <QCloseEvent>
 #include <QCoreApplication>
-#include <QDir>
 #include <QFileInfo>
 #include <QIcon>
-#include <QSettings>
+#include <QLoggingCategory>
 #include <QShortcut>
 #include <QVBoxLayout>
 
 namespace {
 
+Q_LOGGING_CATEGORY(lcWindow, "quenby.host.window")
+
 /// What a page of the host begins with at least; as small as its content allows is for the user to choose.
 constexpr QSize usualSize(480, 320);
 
 constexpr char activationTokenVariable[] = "XDG_ACTIVATION_TOKEN";
-
-/// Where the window was is no preference: it goes to the folder for what may be lost.
-QString stateFilePath()
-{
-    QString folder = qEnvironmentVariable("XDG_STATE_HOME");
-    if (!QDir::isAbsolutePath(folder))
-        folder = QDir::homePath() + QStringLiteral("/.local/state");
-    return folder + QStringLiteral("/quenby/preferences.ini");
-}
-
-/// Slashes make groups in a settings file.
-QString placeKey(const QString &panePath)
-{
-    return QStringLiteral("place/") + QFileInfo(panePath).completeBaseName();
-}
 
 } // namespace
 
@@ -163,10 +150,7 @@ void HostWindow::closeEvent(QCloseEvent *event)
 
 void HostWindow::restorePlace()
 {
-    QByteArray place;
-    if (!panePath_.isEmpty())
-        place = QSettings(stateFilePath(), QSettings::IniFormat).value(placeKey(panePath_)).toByteArray();
-    if (!restoreGeometry(place))
+    if (panePath_.isEmpty() || !restoreGeometry(WindowPlaces::placeOf(panePath_)))
         resize(sizeHint().expandedTo(usualSize));
 }
 
@@ -174,6 +158,6 @@ void HostWindow::savePlace() const
 {
     if (panePath_.isEmpty())
         return;
-    QSettings state(stateFilePath(), QSettings::IniFormat);
-    state.setValue(placeKey(panePath_), saveGeometry());
+    if (const Result<> remembered = WindowPlaces::remember(panePath_, saveGeometry()); !remembered)
+        qCWarning(lcWindow) << "the place of the window is not kept:" << remembered.error;
 }

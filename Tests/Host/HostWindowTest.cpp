@@ -147,7 +147,7 @@ TEST_F(HostWindowTest, RemembersTheSizeForEachPane)
     EXPECT_EQ(window_->size(), QSize(611, 433));
     window_->showPane(otherPanePath());
     EXPECT_EQ(window_->size(), QSize(702, 501));
-    EXPECT_TRUE(QFile::exists(folder_.filePath(QStringLiteral("quenby/preferences.ini"))));
+    EXPECT_TRUE(QFile::exists(folder_.filePath(QStringLiteral("Quenby/preferences.ini"))));
 }
 
 TEST_F(HostWindowTest, IsNeverSmallerThanThePaneNeeds)
@@ -161,8 +161,8 @@ TEST_F(HostWindowTest, IsNeverSmallerThanThePaneNeeds)
 
 TEST_F(HostWindowTest, ADamagedStateFileIsNoObstacle)
 {
-    ASSERT_TRUE(QDir(folder_.path()).mkpath(QStringLiteral("quenby")));
-    QFile state(folder_.filePath(QStringLiteral("quenby/preferences.ini")));
+    ASSERT_TRUE(QDir(folder_.path()).mkpath(QStringLiteral("Quenby")));
+    QFile state(folder_.filePath(QStringLiteral("Quenby/preferences.ini")));
     ASSERT_TRUE(state.open(QIODevice::WriteOnly));
     state.write("[place]\nOne=@ByteArray(\\x1\\x2nonsense)\n\0\0[[[");
     state.close();
