@@ -6,7 +6,6 @@
 #include "Platform/SystemCalls.h"
 
 #include <cerrno>
-#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <dirent.h>
@@ -137,12 +136,7 @@ int FileLayer::mkdir(const QByteArray &path, mode_t mode)
 
 std::optional<QByteArray> FileLayer::readlink(const QByteArray &path)
 {
-    QByteArray text(PATH_MAX, Qt::Uninitialized);
-    const ssize_t size = ::readlink(path.constData(), text.data(), static_cast<size_t>(text.size()));
-    if (size == -1)
-        return std::nullopt;
-    text.truncate(size);
-    return text;
+    return linkText(AT_FDCWD, path.constData());
 }
 
 std::optional<QByteArray> FileLayer::realpath(const QByteArray &path)

@@ -7,8 +7,10 @@
 #include <QList>
 
 #include <cerrno>
+#include <climits>
 #include <dirent.h>
 #include <optional>
+#include <unistd.h>
 
 /// Makes a system call, and makes it again if a signal interrupts it. Its result, and errno.
 template <typename Call>
@@ -38,4 +40,15 @@ inline std::optional<QList<QByteArray>> namesIn(DIR *folder)
         errno = 0;
     }
     return errno == 0 ? std::optional(names) : std::nullopt;
+}
+
+/// The text of the link \a name in an open folder; none with errno on failure.
+inline std::optional<QByteArray> linkText(int folder, const char *name)
+{
+    QByteArray text(PATH_MAX, Qt::Uninitialized);
+    const ssize_t size = ::readlinkat(folder, name, text.data(), static_cast<size_t>(text.size()));
+    if (size == -1)
+        return std::nullopt;
+    text.truncate(size);
+    return text;
 }

@@ -3,10 +3,9 @@
 
 #include "Helper/Creation/ContentBytes.h"
 
-#include "Platform/FileDescriptor.h"
+#include "Helper/Creation/ContentFile.h"
 
 #include <cerrno>
-#include <fcntl.h>
 
 namespace Creation {
 
@@ -20,21 +19,19 @@ bool ContentBytes::writeTo(int file, qint32 content)
 {
     if (const auto kept = kept_.constFind(content); kept != kept_.cend())
         return write(file, *kept);
-    const Content &source = contents_[static_cast<std::size_t>(content)];
-    const FileDescriptor from(layer_, layer_.open(source.path, O_RDONLY | O_NOFOLLOW | O_NONBLOCK));
-    struct stat information = {};
-    if (!from.isOpen() || layer_.fstat(from.get(), &information) == -1)
-        return false;
-    if (FileIdentity(information) != source.identity || !S_ISREG(information.st_mode)) {
-        errno = ESTALE;
+    const Content &source = plan_.contents()[static_cast<std::size_t>(content)];
+    const ContentFile from(layer_, plan_.contentFolder(), source.name);
+    if (!from.isOpen() || FileIdentity(from.information()) != source.identity) {
+        errno = from.isOpen() ? ESTALE : from.error();
         return false;
     }
-    const bool isSmall = information.st_size <= mostOfOne && information.st_size <= mostOfAll - keptSize_;
+    const qsizetype size = from.information().st_size;
+    const bool isSmall = size <= mostOfOne && size <= mostOfAll - keptSize_;
     // Where the file systems cannot do it themselves, none of it is done.
     ssize_t copied = 0;
-    while (!isSmall && (copied = layer_.copy_file_range(from.get(), file, rangeSize)) > 0) {
+    while (!isSmall && (copied = layer_.copy_file_range(from.descriptor(), file, rangeSize)) > 0) {
     }
-    return copy(from.get(), file, content, isSmall);
+    return copy(from.descriptor(), file, content, isSmall);
 }
 
 /// Copies from where \a from stands to its end. It may have become longer since it was looked at.
@@ -64,8 +61,11 @@ bool ContentBytes::write(int file, const QByteArray &bytes)
     while (done < bytes.size()) {
         const ssize_t written =
             layer_.write(file, bytes.constData() + done, static_cast<size_t>(bytes.size() - done));
-        if (written == -1)
+        if (written <= 0) {
+            // None of it written, and no reason: the next call might say the same, for ever.
+            errno = written == 0 ? EIO : errno;
             return false;
+        }
         done += written;
     }
     return true;

@@ -3,11 +3,10 @@
 
 #pragma once
 
-#include "Helper/Creation/Operation.h"
+#include "Helper/Creation/CreationPlan.h"
 #include "Platform/FolderLayer.h"
 
 #include <QHash>
-#include <vector>
 
 namespace Creation {
 
@@ -15,10 +14,10 @@ namespace Creation {
 class ContentBytes
 {
 public:
-    /// \a contents outlives this.
-    ContentBytes(FolderLayer &layer, const std::vector<Content> &contents)
+    /// Those of \a plan, which outlives this.
+    ContentBytes(FolderLayer &layer, const Plan &plan)
         : layer_(layer)
-        , contents_(contents)
+        , plan_(plan)
     {
     }
 
@@ -35,7 +34,7 @@ private:
     bool write(int file, const QByteArray &bytes);
 
     FolderLayer &layer_;
-    const std::vector<Content> &contents_;
+    const Plan &plan_;
     QHash<qint32, QByteArray> kept_;
     qsizetype keptSize_ = 0;
 };

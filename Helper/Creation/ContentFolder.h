@@ -11,7 +11,7 @@
 
 namespace Creation {
 
-/// Finds the content files that items name. None of them is outside the folder, by whatever links.
+/// Finds the content files that items name.
 class ContentFolder
 {
 public:
@@ -27,15 +27,14 @@ public:
     /// Of a name that is not empty. Looks at each file once.
     Found find(const QString &name);
 
+    const QByteArray &folder() const { return folder_; }
     const std::vector<Content> &contents() const { return contents_; }
 
 private:
     Found look(const QString &name);
 
     FolderLayer &layer_;
-    const QString folder_;
-    /// Without links, with a slash at the end; null until it is needed.
-    QByteArray resolvedFolder_;
+    const QByteArray folder_;
     QHash<QString, Found> known_;
     std::vector<Content> contents_;
 };

@@ -65,6 +65,8 @@ public:
     /// In the order of execution: the items of a folder in their order, each folder directly before what is
     /// in it.
     const std::vector<Operation> &operations() const { return operations_; }
+    /// The folder of content files, and what is needed of it.
+    const QByteArray &contentFolder() const { return contentFolder_; }
     const std::vector<Content> &contents() const { return contents_; }
     const QList<Conflict> &conflicts() const { return conflicts_; }
     const QList<Problem> &problems() const { return problems_; }
@@ -84,6 +86,7 @@ private:
     QByteArray resolvedTarget_;
     FileIdentity targetIdentity_;
     std::vector<Operation> operations_;
+    QByteArray contentFolder_;
     std::vector<Content> contents_;
     QList<Conflict> conflicts_;
     QList<Problem> problems_;

@@ -34,7 +34,7 @@ public:
     Execution(FolderLayer &layer, const Plan &plan)
         : layer_(layer)
         , plan_(plan)
-        , contents_(layer, plan.contents())
+        , contents_(layer, plan)
         , entries_(plan.operations().size(), Record::inTarget)
     {
     }

@@ -49,8 +49,6 @@ struct Content
 {
     /// As the items name it, relative to the folder of content files.
     QString name;
-    /// Absolute, without links.
-    QByteArray path;
     FileIdentity identity;
 };
 

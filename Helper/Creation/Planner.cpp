@@ -50,6 +50,7 @@ Plan Planner::plan(const QNBHierarchyItem &root, const QString &target)
             {&root, Operation::noOperation, true, DiskNames::areCaseBlind(layer_, target_->get())});
         walk();
     }
+    plan_.contentFolder_ = contents_.folder();
     plan_.contents_ = contents_.contents();
     return std::move(plan_);
 }

@@ -142,6 +142,10 @@ public:
     {
         return refuses("faccessat") ? -1 : FolderLayer::faccessat(folder, name, mode);
     }
+    std::optional<QByteArray> readlinkat(int folder, const char *name) override
+    {
+        return refuses("readlinkat") ? std::nullopt : FolderLayer::readlinkat(folder, name);
+    }
     int utimensat(int folder, const char *name, const Times &times) override
     {
         return refuses("utimensat") ? -1 : FolderLayer::utimensat(folder, name, times);
