@@ -243,25 +243,6 @@ TEST_F(FaultTest, AContentFileThatBecomesALinkFails)
     EXPECT_EQ(disk(), before);
 }
 
-TEST_F(FaultTest, ATargetThatVanishesFails)
-{
-    const Creation::Plan planned = plan(tree());
-    const QString moved = outside() + QStringLiteral("/moved");
-    ASSERT_TRUE(QFile::rename(target(), moved));
-    const auto before = DiskTree::read(moved);
-    EXPECT_FALSE(Creation::execute(planned).succeeded);
-    makeLink(target(), moved);
-    EXPECT_FALSE(Creation::execute(planned).succeeded);
-    ASSERT_TRUE(QFile::remove(target()));
-    put(target(), "a file");
-    EXPECT_FALSE(Creation::execute(planned).succeeded);
-    ASSERT_TRUE(QFile::remove(target()));
-    makeFolder(target());
-    EXPECT_FALSE(Creation::execute(planned).succeeded);
-    EXPECT_THAT(DiskTree::paths(disk()), IsEmpty());
-    EXPECT_EQ(DiskTree::read(moved), before);
-}
-
 TEST_F(FaultTest, ATargetThatVanishesMeanwhileIsNotCreatedElsewhere)
 {
     const Creation::Plan planned = plan(tree());
