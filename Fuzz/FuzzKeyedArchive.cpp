@@ -44,7 +44,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     const PropertyList::WriteResult first = archived(document);
     if (!first)
         return 0;
-    // The first still holds the values of repeated keys; from the second on nothing changes.
     const PropertyList::WriteResult second = archived(readAgain(first));
     if (second && archived(readAgain(second)).bytes != second.bytes)
         std::abort();

@@ -4,6 +4,7 @@
 #include "Platform/BinaryPropertyListReader.h"
 
 #include "Platform/BinaryPropertyListFormat.h"
+#include "Platform/DictionaryEntries.h"
 #include "Platform/PropertyList.h"
 
 #include <algorithm>
@@ -223,6 +224,30 @@ bool BinaryPropertyListReader::checkScalar(Object object, const Content &content
     return refuse(QStringLiteral("an object of unknown type 0x%1").arg(marker, 2, 16, QLatin1Char('0')));
 }
 
+/// Has a key that reads like another one be the same string.
+void BinaryPropertyListReader::shareKey(Object key)
+{
+    const quint32 place = notes_[key];
+    if (place < isKey_.size() && isKey_[place])
+        return;
+    const auto known = keys_.constFind(string(key));
+    if (known != keys_.constEnd()) {
+        notes_[key] = *known;
+        return;
+    }
+    keys_.insert(string(key), place);
+    isKey_.resize(strings_.size());
+    isKey_[place] = true;
+}
+
+/// keysOfOne_ are the dictionary's.
+void BinaryPropertyListReader::checkKeys(Object dictionary)
+{
+    if (DictionaryEntries::hasRepeatedKey(keysOfOne_))
+        lastEntries_.insert(dictionary, DictionaryEntries::positionsOfLast(keysOfOne_));
+    keysOfOne_.clear();
+}
+
 // Follows every reference from the top object, each object once, and notes for each container how many levels
 // and values are below it.
 bool BinaryPropertyListReader::checkObjects()
@@ -280,8 +305,14 @@ bool BinaryPropertyListReader::checkObjects()
             } else if (progress[child] == underWay) {
                 return refuse(QStringLiteral("an object contains itself"));
             }
-            if (frame->next < frame->keys && !isString(marker(child)))
-                return refuse(QStringLiteral("a dictionary key that is no string"));
+            if (frame->next < frame->keys) {
+                if (!isString(marker(child)))
+                    return refuse(QStringLiteral("a dictionary key that is no string"));
+                shareKey(child);
+                keysOfOne_.push_back(notes_[child]);
+                if (frame->next + 1 == frame->keys)
+                    checkKeys(frame->object);
+            }
             frame->values += progress[child] == scalarDone ? 1 : notes_[child];
             frame->levels = std::max(frame->levels, progress[child]);
             if (frame->values > mostValues)
@@ -297,6 +328,8 @@ bool BinaryPropertyListReader::checkObjects()
         if (stack.size() + done.levels > std::size_t(Limits::depth))
             return refuse(QStringLiteral("more than %1 levels of nesting").arg(Limits::depth));
     }
+    keys_.clear();
+    isKey_.clear();
     return true;
 }
 
@@ -393,7 +426,22 @@ quint64 BinaryPropertyListReader::uid(Handle node) const
 
 qsizetype BinaryPropertyListReader::count(Handle node) const
 {
+    if (!lastEntries_.isEmpty()) {
+        const auto entries = lastEntries_.constFind(Object(node));
+        if (entries != lastEntries_.constEnd())
+            return qsizetype(entries->size());
+    }
     return qsizetype(content(Object(node)).count);
+}
+
+quint64 BinaryPropertyListReader::entry(Object dictionary, qsizetype index) const
+{
+    if (!lastEntries_.isEmpty()) {
+        const auto entries = lastEntries_.constFind(dictionary);
+        if (entries != lastEntries_.constEnd())
+            return (*entries)[std::size_t(index)];
+    }
+    return quint64(index);
 }
 
 PropertyListSource::Handle BinaryPropertyListReader::element(Handle array, qsizetype index) const
@@ -416,11 +464,11 @@ std::size_t BinaryPropertyListReader::uids(Handle array, qsizetype index, std::s
 
 PropertyListSource::Handle BinaryPropertyListReader::key(Handle dictionary, qsizetype index) const
 {
-    return reference(content(Object(dictionary)).start, quint64(index));
+    return reference(content(Object(dictionary)).start, entry(Object(dictionary), index));
 }
 
 PropertyListSource::Handle BinaryPropertyListReader::valueAt(Handle dictionary, qsizetype index) const
 {
     const Content content = this->content(Object(dictionary));
-    return reference(content.start, content.count + quint64(index));
+    return reference(content.start, content.count + entry(Object(dictionary), index));
 }

@@ -5,6 +5,7 @@
 
 #include "Platform/PropertyListDocument.h"
 
+#include <QHash>
 #include <vector>
 
 /// Reads binary property lists. Values stay in the bytes until they are asked for; only strings are kept
@@ -48,11 +49,15 @@ private:
     /// The content of the object if all of it lies within the objects.
     std::optional<Content> checkedContent(Object object) const;
     bool checkScalar(Object object, const Content &content);
+    void shareKey(Object key);
+    void checkKeys(Object dictionary);
     bool refuse(const QString &reason);
 
     quint8 marker(Object object) const { return data_[offsets_[object]]; }
     Content content(Object object) const;
     Object reference(quint64 start, quint64 index) const;
+    /// Where in the bytes the entry stands.
+    quint64 entry(Object dictionary, qsizetype index) const;
 
     QByteArray bytes_;
     const uchar *data_;
@@ -65,5 +70,12 @@ private:
     std::vector<quint32> notes_;
     /// Null until asked for.
     mutable std::vector<QString> strings_;
+    /// Of dictionaries that repeat a key: which entries count.
+    QHash<Object, std::vector<quint32>> lastEntries_;
+    // While the objects are checked: the strings that are keys, each text one of them; of those in strings_,
+    // which are; and the keys of the dictionary that is looked at, as places in strings_.
+    QHash<QString, quint32> keys_;
+    std::vector<bool> isKey_;
+    std::vector<quint32> keysOfOne_;
     QString error_;
 };

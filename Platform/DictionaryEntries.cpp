@@ -23,17 +23,22 @@ bool DictionaryEntries::hasRepeatedKey(std::span<const Ref> keys)
     return std::adjacent_find(sorted.begin(), sorted.end()) != sorted.end();
 }
 
+std::vector<quint32> DictionaryEntries::positionsOfLast(std::span<const Ref> keys)
+{
+    QHash<Ref, quint32> lastOf;
+    for (std::size_t i = 0; i < keys.size(); ++i)
+        lastOf.insert(keys[i], quint32(i));
+    std::vector<quint32> positions(lastOf.cbegin(), lastOf.cend());
+    std::sort(positions.begin(), positions.end());
+    return positions;
+}
+
 DictionaryEntries DictionaryEntries::withLastOfEachKey(std::span<const Ref> keys, std::span<const Ref> values)
 {
-    QHash<Ref, std::size_t> lastOf;
-    for (std::size_t i = 0; i < keys.size(); ++i)
-        lastOf.insert(keys[i], i);
     DictionaryEntries entries;
-    for (std::size_t i = 0; i < keys.size(); ++i) {
-        if (lastOf.value(keys[i]) == i) {
-            entries.keys.push_back(keys[i]);
-            entries.values.push_back(values[i]);
-        }
+    for (const quint32 position : positionsOfLast(keys)) {
+        entries.keys.push_back(keys[position]);
+        entries.values.push_back(values[position]);
     }
     return entries;
 }

@@ -3,6 +3,7 @@
 
 #include "Platform/KeyedArchiveReader.h"
 
+#include "Platform/DictionaryEntries.h"
 #include "Platform/KeyedArchiveFormat.h"
 
 #include <algorithm>
@@ -123,19 +124,54 @@ bool KeyedArchiveReader::enter(Slot slot)
 
 bool KeyedArchiveReader::leave(const Visit &visit)
 {
-    const Object &object = source_->objects_[visit.slot];
-    if (object.type == PropertyListType::Dictionary) {
-        for (quint32 i = 0; i < object.count; ++i) {
-            if (source_->objects_[source_->references_[object.first + i]].type != PropertyListType::String)
-                return fail(QStringLiteral("a dictionary key is no string"));
-        }
-    }
+    if (source_->objects_[visit.slot].type == PropertyListType::Dictionary && !checkKeys(visit.slot))
+        return false;
     Progress &progress = progress_[visit.slot];
     progress.values = visit.values;
     progress.height = quint16(visit.height + 1);
     progress.state = State::Done;
     if (progress.height > PropertyList::Limits::depth)
         return fail(QStringLiteral("nested deeper than the limit"));
+    return true;
+}
+
+quint32 KeyedArchiveReader::numberOfKey(Slot string)
+{
+    quint32 &number = progress_[string].key;
+    if (number == 0) {
+        number = keys_.value(source_->string(string), quint32(keys_.size() + 1));
+        keys_.insert(source_->string(string), number);
+    }
+    return number;
+}
+
+/// Gives a dictionary that repeats a key a list of the entries that count. Lists may be shared: the old one
+/// stays as it is.
+bool KeyedArchiveReader::checkKeys(Slot dictionary)
+{
+    Object &object = source_->objects_[dictionary];
+    std::vector<quint32> &references = source_->references_;
+    keysOfOne_.clear();
+    for (quint32 i = 0; i < object.count; ++i) {
+        const Slot key = references[object.first + i];
+        if (source_->objects_[key].type != PropertyListType::String)
+            return fail(QStringLiteral("a dictionary key is no string"));
+        keysOfOne_.push_back(numberOfKey(key));
+    }
+    if (!DictionaryEntries::hasRepeatedKey(keysOfOne_))
+        return true;
+    const std::vector<quint32> last = DictionaryEntries::positionsOfLast(keysOfOne_);
+    // Dictionaries that share their lists would have each of them copied.
+    copied_ += 2 * last.size();
+    if (copied_ > valuesLimit_)
+        return fail(QStringLiteral("more references than the limit"));
+    const quint32 first = quint32(references.size());
+    for (const quint32 position : last)
+        references.push_back(references[object.first + position]);
+    const quint32 firstValue = quint32(references.size());
+    for (const quint32 position : last)
+        references.push_back(references[object.firstValue + position]);
+    setContainer(dictionary, PropertyListType::Dictionary, first, firstValue, quint32(last.size()));
     return true;
 }
 

@@ -64,6 +64,8 @@ private:
     struct Progress
     {
         quint64 values = 1;
+        /// Of a string that is a key: the same number as of every key that reads like it; else 0.
+        quint32 key = 0;
         quint16 height = 0;
         State state = State::New;
     };
@@ -80,6 +82,8 @@ private:
     bool readGraph(Slot root);
     bool enter(Slot slot);
     bool leave(const Visit &visit);
+    bool checkKeys(Slot dictionary);
+    quint32 numberOfKey(Slot string);
 
     bool readObject(Slot slot);
     bool readDictionaryProperty(Slot slot, Handle property);
@@ -117,6 +121,12 @@ private:
     std::vector<Slot> slotOfUID_;
     std::vector<Progress> progress_;
     std::vector<Visit> visits_;
+    /// Each text that is a key, and its number.
+    QHash<QString, quint32> keys_;
+    /// The keys of the dictionary that is looked at, by their numbers.
+    std::vector<quint32> keysOfOne_;
+    /// How many references were copied from lists of them.
+    std::size_t copied_ = 0;
 
     /// Values that stand where a reference usually does, so that a shared one is read once.
     QHash<Handle, Slot> inlined_;

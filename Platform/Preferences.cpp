@@ -277,7 +277,6 @@ public:
 
     PropertyList::WriteResult merge(BinaryPropertyListWriter &writer, const Encoded *base) const
     {
-        // The last of several entries of one key counts, so the rest is not written at all.
         std::map<QString, PropertyListNode> kept;
         const PropertyListNode root = document ? document->root() : PropertyListNode();
         for (qsizetype i = 0, count = root.isDictionary() ? root.count() : 0; i < count; ++i) {

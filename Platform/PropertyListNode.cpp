@@ -55,7 +55,7 @@ PropertyListNode PropertyListNode::value(QStringView key) const
 {
     if (!isDictionary())
         return {};
-    for (qsizetype i = count(); i-- > 0;) {
+    for (qsizetype i = 0, entries = count(); i < entries; ++i) {
         if (keyAt(i) == key)
             return valueAt(i);
     }

@@ -25,7 +25,9 @@ enum class PropertyListType : quint8 {
 };
 
 /// Gives access to the nodes of one parsed document. A handle means something to its own source only. Sources
-/// are complete and checked before the first node is handed out: limits hold, no cycles, every handle valid.
+/// are complete and checked before the first node is handed out: limits hold, no cycles, every handle valid,
+/// and a dictionary has each key once. Where a document repeats a key, its last entry is the one that the
+/// source has.
 /// For PropertyListNode; see there for what each answers on a value of another type.
 class PropertyListSource
 {
@@ -82,8 +84,7 @@ public:
     qsizetype count() const { return source_->count(handle_); }
     /// Requires isArray() and 0 <= index < count().
     PropertyListNode at(qsizetype index) const { return {source_, source_->element(handle_, index)}; }
-    /// Require isDictionary() and 0 <= index < count(). Keys are strings; where a document repeats a key, the
-    /// last entry counts (as it does in the materialised map).
+    /// Require isDictionary() and 0 <= index < count(). Keys are strings, each there once.
     const QString &keyAt(qsizetype index) const { return source_->string(source_->key(handle_, index)); }
     PropertyListNode valueAt(qsizetype index) const { return {source_, source_->valueAt(handle_, index)}; }
 

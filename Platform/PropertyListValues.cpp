@@ -3,6 +3,7 @@
 
 #include "Platform/PropertyListValues.h"
 
+#include "Platform/DictionaryEntries.h"
 #include "Platform/PropertyListVariant.h"
 
 namespace {
@@ -56,8 +57,17 @@ PropertyListSource::Handle PropertyListValues::addArray(const Handle *elements, 
 PropertyListSource::Handle PropertyListValues::addDictionary(const Handle *entries, std::size_t count)
 {
     const quint32 first = quint32(references_.size());
-    references_.insert(references_.end(), entries, entries + 2 * count);
-    return add({first, quint32(count), PropertyListType::Dictionary});
+    keysOfOne_.clear();
+    for (std::size_t i = 0; i < count; ++i)
+        keysOfOne_.push_back(quint32(entries[2 * i]));
+    if (!DictionaryEntries::hasRepeatedKey(keysOfOne_)) {
+        references_.insert(references_.end(), entries, entries + 2 * count);
+        return add({first, quint32(count), PropertyListType::Dictionary});
+    }
+    const std::vector<quint32> last = DictionaryEntries::positionsOfLast(keysOfOne_);
+    for (const std::size_t position : last)
+        references_.insert(references_.end(), entries + 2 * position, entries + 2 * position + 2);
+    return add({first, quint32(last.size()), PropertyListType::Dictionary});
 }
 
 PropertyListSource::Handle PropertyListValues::addLeaf(const QVariant &value)

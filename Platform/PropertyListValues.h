@@ -20,7 +20,7 @@ public:
     /// The same handle for the same text.
     Handle addKey(const QString &text);
     Handle addArray(const Handle *elements, std::size_t count);
-    /// \a entries holds \a count pairs of a key and a value.
+    /// \a entries holds \a count pairs of a key, made by addKey(), and a value.
     Handle addDictionary(const Handle *entries, std::size_t count);
     /// A whole value; a part that is no property list becomes null.
     Handle addValue(const QVariant &value);
@@ -51,4 +51,6 @@ private:
     std::vector<QVariant> scalars_;
     std::vector<quint32> references_;
     QHash<QString, Handle> keys_;
+    /// The keys of the dictionary that is being added.
+    std::vector<quint32> keysOfOne_;
 };

@@ -41,7 +41,7 @@ std::optional<bool> booleanOf(const PropertyListNode &node)
 
 } // namespace
 
-/// Builds a tree from nodes with a list of dictionaries still to read instead of recursion.
+/// Builds a tree from nodes with a list of the folders under way instead of recursion.
 class QNBItemDictionaryReader
 {
 public:
@@ -54,24 +54,40 @@ public:
     {
         QNBHierarchyItemPtr root = QNBHierarchyItem::newItem();
         root->setParent(parent);
-        toRead_.push_back({dictionary, root.get()});
-        while (!toRead_.empty()) {
-            const Pending next = toRead_.back();
-            toRead_.pop_back();
-            readItem(*next.item, next.dictionary);
+        readItem(root, dictionary);
+        while (!folders_.empty()) {
+            Folder &folder = folders_.back();
+            if (folder.next == folder.children.count()) {
+                finish(*folder.item, folder.hasUid);
+                folders_.pop_back();
+                continue;
+            }
+            const PropertyListNode child = folder.children.at(folder.next++);
+            if (!note(Key::children, child.isDictionary()))
+                continue;
+            const QNBHierarchyItemPtr item = QNBHierarchyItem::newItem();
+            item->parent_ = folder.item;
+            folder.item->children_.push_back(item);
+            readItem(item, child);
         }
         return root;
     }
 
 private:
-    struct Pending
+    /// An item of whose children some are still to be read.
+    struct Folder
     {
-        PropertyListNode dictionary;
-        QNBHierarchyItem *item;
+        QNBHierarchyItemPtr item;
+        PropertyListNode children;
+        qsizetype next;
+        bool hasUid;
     };
 
-    void readItem(QNBHierarchyItem &item, const PropertyListNode &dictionary)
+    /// All but the children, which follow if there are any.
+    void readItem(const QNBHierarchyItemPtr &pointer, const PropertyListNode &dictionary)
     {
+        QNBHierarchyItem &item = *pointer;
+        PropertyListNode children;
         bool hasUid = false;
         const qsizetype count = dictionary.isDictionary() ? dictionary.count() : 0;
         for (qsizetype i = 0; i < count; ++i) {
@@ -82,7 +98,8 @@ private:
             } else if (key == Key::permissions) {
                 readPermissions(value, item);
             } else if (key == Key::children) {
-                readChildren(value, item);
+                if (note(key, value.isArray()))
+                    children = value;
             } else if (key == Key::isFolder) {
                 const std::optional<bool> isFolder = booleanOf(value);
                 note(key, isFolder.has_value());
@@ -99,6 +116,18 @@ private:
                 note(key, false);
             }
         }
+        const qsizetype childCount = children.isArray() ? children.count() : 0;
+        if (childCount == 0) {
+            finish(item, hasUid);
+            return;
+        }
+        item.children_.reserve(static_cast<std::size_t>(childCount));
+        folders_.push_back({pointer, children, 0, hasUid});
+    }
+
+    /// An identifier of its own depends on the number of children.
+    static void finish(QNBHierarchyItem &item, bool hasUid)
+    {
         if (!hasUid)
             item.generateUID();
     }
@@ -123,26 +152,6 @@ private:
         }
     }
 
-    void readChildren(const PropertyListNode &value, QNBHierarchyItem &item)
-    {
-        item.children_.clear();
-        if (!note(Key::children, value.isArray()))
-            return;
-        const qsizetype count = value.count();
-        if (count == 0)
-            return;
-        item.children_.reserve(static_cast<std::size_t>(count));
-        const QNBHierarchyItemPtr parent = item.shared_from_this();
-        for (qsizetype i = 0; i < count; ++i) {
-            const PropertyListNode child = value.at(i);
-            if (!note(Key::children, child.isDictionary()))
-                continue;
-            item.children_.push_back(QNBHierarchyItem::newItem());
-            item.children_.back()->parent_ = parent;
-            toRead_.push_back({child, item.children_.back().get()});
-        }
-    }
-
     /// Counts an entry that has no place in an item; passes \a isRight on.
     bool note(const QString &key, bool isRight)
     {
@@ -154,7 +163,8 @@ private:
     }
 
     QNBHierarchyItem::ReadReport *report_;
-    std::vector<Pending> toRead_;
+    /// From the root down; what is to be read is read into these and their children.
+    std::vector<Folder> folders_;
 };
 
 namespace {

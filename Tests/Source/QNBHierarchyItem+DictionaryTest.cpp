@@ -18,6 +18,14 @@ QVariantMap parsed(const char *xmlBody)
     return result.value.value_or(QVariant()).toMap();
 }
 
+PropertyListDocument::Ptr parsedNode(const QByteArray &xml)
+{
+    QString error;
+    PropertyListDocument::Ptr document = PropertyListDocument::parse(xml, &error);
+    EXPECT_TRUE(document) << qPrintable(error);
+    return document;
+}
+
 QVariantMap permissionsOf(const char *digits)
 {
     return QNBHierarchyItem::initWithDictionary(
@@ -38,6 +46,31 @@ QString writtenPermissions(const char *digits)
         .value(QStringLiteral("permissions"))
         .toString();
 }
+
+/// A document whose dictionaries are what a checked one never is: its root has the key "children" twice, each
+/// time with two items.
+class RepeatingSource final : public PropertyListSource
+{
+public:
+    PropertyListType type(Handle node) const override
+    {
+        return node == Name       ? PropertyListType::String
+               : node == Children ? PropertyListType::Array
+                                  : PropertyListType::Dictionary;
+    }
+    QVariant scalar(Handle) const override { return name_; }
+    const QString &string(Handle) const override { return name_; }
+    bool boolean(Handle) const override { return false; }
+    qsizetype count(Handle node) const override { return node == Item ? 0 : 2; }
+    Handle element(Handle, qsizetype) const override { return Item; }
+    Handle key(Handle, qsizetype) const override { return Name; }
+    Handle valueAt(Handle, qsizetype) const override { return Children; }
+
+    enum Node : Handle { Root, Name, Children, Item };
+
+private:
+    QString name_ = QStringLiteral("children");
+};
 
 /// A folder nested \a depth times, as a dictionary.
 QVariantMap nested(int depth)
@@ -236,6 +269,26 @@ TEST(QNBHierarchyItemDictionary, PropertyListAndArchiveHoldTheSameAsTheDictionar
     const PropertyList::WriteResult archive = archiver.finish(item->encode(archiver));
     ASSERT_TRUE(archive) << qPrintable(archive.error);
     EXPECT_EQ(KeyedUnarchiver::unarchiveObject(*archive.bytes).value, QVariant(sampleTree));
+}
+
+TEST(QNBHierarchyItemDictionary, OfRepeatedKeysTheLastCountsAndNothingIsReadIntoItemsThatAreGone)
+{
+    const QNBHierarchyItemPtr item =
+        QNBHierarchyItem::initWithDictionary(parsedNode("<dict><key>filename</key><string>first</string>"
+                                                        "<key>children</key><array><dict/><dict/></array>"
+                                                        "<key>children</key><array><dict/></array>"
+                                                        "<key>filename</key><string>last</string></dict>")
+                                                 ->root());
+    EXPECT_EQ(item->filename(), QStringLiteral("last"));
+    EXPECT_EQ(item->numberOfChildren(), 1u);
+}
+
+TEST(QNBHierarchyItemDictionary, TheReaderHoldsOnToTheItemsItStillHasToRead)
+{
+    const PropertyListDocument document(std::make_unique<RepeatingSource>(), RepeatingSource::Root);
+    const QNBHierarchyItemPtr item = QNBHierarchyItem::initWithDictionary(document.root());
+    ASSERT_EQ(item->numberOfChildren(), 2u);
+    EXPECT_EQ(item->childAtIndex(1)->parent(), item);
 }
 
 TEST(QNBHierarchyItemDictionary, DeepestTreeThatReadersAllowIsReadAndWritten)
