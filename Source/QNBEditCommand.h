@@ -6,6 +6,7 @@
 #include "Source/QNBPresetRecord.h"
 
 #include <QUndoCommand>
+#include <vector>
 
 /// Shows what edits of a preset's tree did. Told right after each change, be it made, taken back or made
 /// again.
@@ -23,6 +24,13 @@ public:
     virtual void childWasRemoved(const QNBHierarchyItemPtr &parent, std::size_t index) = 0;
     /// Names, labels or other attributes of these items are others now.
     virtual void itemsDidChange(const QNBHierarchyItem::Children &items) = 0;
+
+    /// Which folders stand open at \a item, which is in the tree, and below it; in a form of the observer's,
+    /// empty for none. Whoever takes the item out of the tree asks for it, and hands it back when the item,
+    /// or a copy of it, came in again.
+    using Expansion = std::vector<bool>;
+    virtual Expansion expansionOf(const QNBHierarchyItemPtr &item) const = 0;
+    virtual void setExpansionOf(const QNBHierarchyItemPtr &item, const Expansion &expansion) = 0;
     /// An edit was taken back or made again; \a item is what it was about, null if that is gone.
     virtual void itemWasEditedAgain(const QNBHierarchyItemPtr &item) = 0;
 };

@@ -130,7 +130,6 @@ void QNBPrefPanePref::moveSelectedItemInPresetHierarchy(QNBItemStep step)
         return;
     const QNBHierarchyItemPtr item = selectedHierarchyItem();
     const QNBDropPlace place = *QNBPlaceForStep(*item, step);
-    const std::vector<bool> expansion = expansionOf(item);
 
     QMimeData data;
     Pasteboard pasteboard(data);
@@ -139,9 +138,8 @@ void QNBPrefPanePref::moveSelectedItemInPresetHierarchy(QNBItemStep step)
         return;
     const DraggingInfo drag(data, DragOperation::Move);
     const OutlineItem target = outlineItem(place.parent);
-    if (outlineViewValidateDrop(view, drag, target, place.childIndex) != DragOperation::None &&
-        outlineViewAcceptDrop(view, drag, target, place.childIndex))
-        setExpansionOf(selectedHierarchyItem(), expansion);
+    if (outlineViewValidateDrop(view, drag, target, place.childIndex) != DragOperation::None)
+        outlineViewAcceptDrop(view, drag, target, place.childIndex);
 }
 
 bool QNBPrefPanePref::canMoveSelectedItem(QNBItemStep step) const
@@ -153,31 +151,4 @@ bool QNBPrefPanePref::canMoveSelectedItem(QNBItemStep step) const
     return step != QNBItemStep::IntoFolderAbove ||
            QNBHierarchyDepth::ofItem(*place->parent) + 1 + QNBHierarchyDepth::belowItem(*item) <=
                QNBHierarchyDepth::deepest;
-}
-
-std::vector<bool> QNBPrefPanePref::expansionOf(const QNBHierarchyItemPtr &item) const
-{
-    std::vector<bool> expansion;
-    QNBHierarchyItem::Children pending{item};
-    while (!pending.empty()) {
-        const QNBHierarchyItemPtr next = pending.back();
-        pending.pop_back();
-        expansion.push_back(_ui_presetHierarchyView->isItemExpanded(next));
-        pending.insert(pending.end(), next->children().rbegin(), next->children().rend());
-    }
-    return expansion;
-}
-
-void QNBPrefPanePref::setExpansionOf(const QNBHierarchyItemPtr &item, const std::vector<bool> &expansion)
-{
-    QNBHierarchyItem::Children pending{item};
-    _ui_presetHierarchyView->beginUpdates();
-    for (const bool isExpanded : expansion) {
-        const QNBHierarchyItemPtr next = pending.back();
-        pending.pop_back();
-        if (isExpanded)
-            _ui_presetHierarchyView->expandItem(next);
-        pending.insert(pending.end(), next->children().rbegin(), next->children().rend());
-    }
-    _ui_presetHierarchyView->endUpdates();
 }

@@ -81,6 +81,16 @@ void QNBPrefPanePref::itemsDidChange(const QNBHierarchyItem::Children &items)
     _ui_presetHierarchyView->reloadItems({items.begin(), items.end()});
 }
 
+QNBEditObserver::Expansion QNBPrefPanePref::expansionOf(const QNBHierarchyItemPtr &item) const
+{
+    return _ui_presetHierarchyView->expansionOf(item);
+}
+
+void QNBPrefPanePref::setExpansionOf(const QNBHierarchyItemPtr &item, const Expansion &expansion)
+{
+    _ui_presetHierarchyView->setExpansionOf(item, outlineItem(item->parent()), expansion);
+}
+
 void QNBPrefPanePref::itemWasEditedAgain(const QNBHierarchyItemPtr &item)
 {
     revealItem(item);

@@ -300,6 +300,8 @@ private:
     void childWasInserted(const QNBHierarchyItemPtr &parent, std::size_t index) override;
     void childWasRemoved(const QNBHierarchyItemPtr &parent, std::size_t index) override;
     void itemsDidChange(const QNBHierarchyItem::Children &items) override;
+    Expansion expansionOf(const QNBHierarchyItemPtr &item) const override;
+    void setExpansionOf(const QNBHierarchyItemPtr &item, const Expansion &expansion) override;
     void itemWasEditedAgain(const QNBHierarchyItemPtr &item) override;
     /// What the outline calls \a item: null for the root.
     OutlineItem outlineItem(const QNBHierarchyItemPtr &item) const;
@@ -328,9 +330,6 @@ private:
     void validateHierarchyActions();
     /// What is dragged; null for what is not of this process, or no item at all.
     const QNBDraggedItem *draggedItem(const Pasteboard &pasteboard);
-    /// Which of the item and the folders below it are expanded, in the order of the rows.
-    std::vector<bool> expansionOf(const QNBHierarchyItemPtr &item) const;
-    void setExpansionOf(const QNBHierarchyItemPtr &item, const std::vector<bool> &expansion);
     QNBHierarchyItemPtr selectedHierarchyItem() const;
     const QNBHierarchyItem *itemOrRoot(const OutlineItem &item) const;
 

@@ -42,6 +42,18 @@ QNBRemoveItemCommand::QNBRemoveItemCommand(QNBEditObserver &observer, QNBPresetR
 {
 }
 
+void QNBRemoveItemCommand::apply()
+{
+    expansion_ = observer().expansionOf(item_);
+    remove(item_, parent_);
+}
+
+void QNBRemoveItemCommand::revert()
+{
+    insert(item_, parent_, siblingBefore_);
+    observer().setExpansionOf(item_, expansion_);
+}
+
 QNBHierarchyItemPtr QNBRemoveItemCommand::itemAfterApplying() const
 {
     return nearest(siblingBefore_, parent_);
@@ -60,8 +72,10 @@ QNBMoveItemCommand::QNBMoveItemCommand(QNBEditObserver &observer, QNBPresetRecor
 
 void QNBMoveItemCommand::apply()
 {
+    const QNBEditObserver::Expansion expansion = observer().expansionOf(item_);
     observer().changesWillBegin();
     insert(copy_, to_.parent, to_.afterSibling);
+    observer().setExpansionOf(copy_, expansion);
     siblingBefore_ = siblingBefore(*item_, *parent_);
     remove(item_, parent_);
     observer().changesDidEnd();
@@ -69,8 +83,10 @@ void QNBMoveItemCommand::apply()
 
 void QNBMoveItemCommand::revert()
 {
+    const QNBEditObserver::Expansion expansion = observer().expansionOf(copy_);
     observer().changesWillBegin();
     insert(item_, parent_, siblingBefore_);
+    observer().setExpansionOf(item_, expansion);
     remove(copy_, to_.parent);
     observer().changesDidEnd();
 }

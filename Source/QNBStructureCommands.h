@@ -32,14 +32,16 @@ public:
                          QNBHierarchyItemPtr parent, const QString &text);
 
 private:
-    void apply() override { remove(item_, parent_); }
-    void revert() override { insert(item_, parent_, siblingBefore_); }
+    void apply() override;
+    void revert() override;
     QNBHierarchyItemPtr itemAfterApplying() const override;
     QNBHierarchyItemPtr itemAfterReverting() const override { return item_; }
 
     QNBHierarchyItemPtr item_;
     QNBHierarchyItemPtr parent_;
     QNBHierarchyItemPtr siblingBefore_;
+    /// As the item left.
+    QNBEditObserver::Expansion expansion_;
 };
 
 /// A copy of an item, with the same identifiers, comes into the tree, and then the item leaves it.

@@ -174,6 +174,56 @@ bool OutlineView::isItemExpanded(const OutlineItem &item) const
     return isExpanded(model_->indexOfItem(item));
 }
 
+// A row that can be expanded takes two bits, parents before children: whether it is expanded, and whether its
+// children follow. Below rows that nobody has asked for nothing is expanded.
+OutlineView::Expansion OutlineView::expansionOf(const OutlineItem &item) const
+{
+    Expansion expansion;
+    bool isAnyExpanded = false;
+    std::vector<QModelIndex> pending{model_->indexOfItem(item)};
+    while (!pending.empty()) {
+        const QModelIndex index = pending.back();
+        pending.pop_back();
+        if (!index.isValid() || !model_->hasChildren(index))
+            continue;
+        expansion.push_back(isExpanded(index));
+        expansion.push_back(model_->isLoaded(index));
+        isAnyExpanded |= isExpanded(index);
+        if (model_->isLoaded(index))
+            appendChildren(pending, index);
+    }
+    return isAnyExpanded ? expansion : Expansion();
+}
+
+void OutlineView::setExpansionOf(const OutlineItem &item, const OutlineItem &inParent,
+                                 const Expansion &expansion)
+{
+    if (expansion.empty())
+        return;
+    // A row below one that was never expanded is not known before it is asked for.
+    static_cast<void>(model_->rowCount(model_->indexOfItem(inParent)));
+    // One layout at the end, instead of one for every row.
+    scheduleDelayedItemsLayout();
+    std::vector<QModelIndex> pending{model_->indexOfItem(item)};
+    for (auto row = expansion.cbegin(); !pending.empty() && row != expansion.cend();) {
+        const QModelIndex index = pending.back();
+        pending.pop_back();
+        if (!index.isValid() || !model_->hasChildren(index))
+            continue;
+        if (*row++)
+            expand(index);
+        if (*row++)
+            appendChildren(pending, index);
+    }
+}
+
+/// So that the first of them comes next.
+void OutlineView::appendChildren(std::vector<QModelIndex> &pending, const QModelIndex &parent) const
+{
+    for (int row = model_->rowCount(parent) - 1; row >= 0; --row)
+        pending.push_back(model_->index(row, 0, parent));
+}
+
 int OutlineView::numberOfRows() const
 {
     const QModelIndex last = SelectionStart::lastRow(*this);

@@ -58,6 +58,13 @@ public:
     void collapseItem(const OutlineItem &item);
     bool isItemExpanded(const OutlineItem &item) const;
 
+    /// Which rows are expanded at an item and below it, for when the item comes back or a copy takes its
+    /// place. Means something as long as what is below the item stays the same; empty if none is expanded.
+    using Expansion = std::vector<bool>;
+    Expansion expansionOf(const OutlineItem &item) const;
+    /// Expands these rows at \a item and below it, which is a child of \a inParent and was just inserted.
+    void setExpansionOf(const OutlineItem &item, const OutlineItem &inParent, const Expansion &expansion);
+
     int numberOfRows() const;
     /// Rows are counted as they stand on screen; noRow for an item without one.
     int rowForItem(const OutlineItem &item) const;
@@ -112,6 +119,7 @@ private:
     void notifySelection();
     void noteIfExpanded(const QModelIndex &index);
     void expandWithChildren(const QModelIndex &index);
+    void appendChildren(std::vector<QModelIndex> &pending, const QModelIndex &parent) const;
     void fitColumn();
     void measureRowsAnew();
     int indentationOf(const QModelIndex &index) const;

@@ -26,6 +26,9 @@ public:
     QModelIndex indexOfItem(const OutlineItem &item) const;
     OutlineItem itemAtIndex(const QModelIndex &index) const;
 
+    /// Whether the data source was asked for the children at \a index.
+    bool isLoaded(const QModelIndex &index) const { return nodeAt(index).isLoaded; }
+
     /// Whether the data source's top level has no item in common with the rows shown.
     bool isOtherTree() const;
     /// Forgets all rows and asks anew.

@@ -192,9 +192,44 @@ TEST_F(QNBPrefPanePrefHierarchyDragging,
     ASSERT_TRUE(accept("target", 1));
     EXPECT_EQ(item(text("target/moved"))->toDictionaryWithUID(true), moved);
     EXPECT_TRUE(outline().isItemExpanded(item(text("target"))));
-    EXPECT_EQ(outlineRows(), QStringList({text("target"), text("old"), text("moved")}));
+    EXPECT_EQ(outlineRows(),
+              QStringList({text("target"), text("old"), text("moved"), text("in"), text("leaf")}));
     EXPECT_EQ(selectedName(), u"moved");
     expectUndoAndRedo(before, 1);
+}
+
+TEST_F(QNBPrefPanePrefHierarchyDragging, FoldersBelowStayOpenAndClosedThroughADragItsUndoAndItsRedo)
+{
+    openTree({text("target/"), text("moved/"), text("moved/open/"), text("moved/open/x"), text("moved/shut/"),
+              text("moved/shut/within/"), text("moved/shut/within/y")});
+    outline().collapseItem(item(text("moved/shut")));
+    drag("moved");
+    ASSERT_TRUE(accept("target", -1));
+    const QStringList moved{text("target"), text("moved"), text("open"), text("x"), text("shut")};
+    EXPECT_EQ(outlineRows(), moved);
+    EXPECT_TRUE(outline().isItemExpanded(item(text("target/moved/shut/within")))) << "inside a closed folder";
+
+    // What is opened and closed meanwhile stays so.
+    outline().collapseItem(item(text("target/moved/open")));
+    outline().expandItem(item(text("target/moved/shut")));
+    pane->undo();
+    EXPECT_EQ(outlineRows(), QStringList({text("target"), text("moved"), text("open"), text("shut"),
+                                          text("within"), text("y")}));
+    outline().expandItem(item(text("moved/open")));
+    outline().collapseItem(item(text("moved/shut")));
+    pane->redo();
+    EXPECT_EQ(outlineRows(), moved);
+}
+
+TEST_F(QNBPrefPanePrefHierarchyDragging, AClosedFolderStaysClosedWhereItIsDropped)
+{
+    openTree({text("target/"), text("moved/"), text("moved/x")});
+    outline().collapseItem(item(text("moved")));
+    drag("moved");
+    ASSERT_TRUE(accept("target", 0));
+    EXPECT_EQ(outlineRows(), QStringList({text("target"), text("moved")}));
+    pane->undo();
+    EXPECT_EQ(outlineRows(), QStringList({text("target"), text("moved")}));
 }
 
 TEST_F(QNBPrefPanePrefHierarchyDragging, TheFormerFolderOfTheLastChildShowsNoTriangle)

@@ -222,6 +222,26 @@ TEST_F(QNBPrefPanePrefHierarchyEditing, DeletingTakesTheItemAndAllBelowItWithout
     expectUndoAndRedo(before, 1);
 }
 
+TEST_F(QNBPrefPanePrefHierarchyEditing, FoldersAreAsOpenAsTheyWereWhenADeletionIsTakenBack)
+{
+    openTree({text("first"), text("gone/"), text("gone/open/"), text("gone/open/x"), text("gone/shut/"),
+              text("gone/shut/within/"), text("gone/shut/within/y"), text("last")});
+    outline().collapseItem(item(text("gone/shut")));
+    const QStringList before = outlineRows();
+    for (int round = 0; round < 2; ++round) {
+        select(text("gone"));
+        pane->deleteSelectedItemInPresetHierarchy();
+        EXPECT_EQ(outlineRows(), QStringList({text("first"), text("last")}));
+        pane->undo();
+        EXPECT_EQ(outlineRows(), before) << round;
+        EXPECT_TRUE(outline().isItemExpanded(item(text("gone/shut/within")))) << "inside a closed folder";
+    }
+    outline().collapseItem(item(text("gone")));
+    pane->redo();
+    pane->undo();
+    EXPECT_EQ(outlineRows(), QStringList({text("first"), text("gone"), text("last")}));
+}
+
 TEST_F(QNBPrefPanePrefHierarchyEditing, DeletingEndsTheEditInProgressFirst)
 {
     openTree({text("a"), text("b")});

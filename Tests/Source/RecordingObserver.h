@@ -28,6 +28,8 @@ public:
         for (const QNBHierarchyItemPtr &item : items)
             told_ << QStringLiteral("changed %1").arg(item->filename());
     }
+    Expansion expansionOf(const QNBHierarchyItemPtr &) const override { return {}; }
+    void setExpansionOf(const QNBHierarchyItemPtr &, const Expansion &) override {}
     void itemWasEditedAgain(const QNBHierarchyItemPtr &item) override
     {
         told_ << QStringLiteral("show %1").arg(item->filename());

@@ -172,6 +172,47 @@ TEST_F(OutlineViewUpdatesTest, UpdatesInOneKeepSelectionOnceAndExpansionByItem)
 }
 
 /// Counts how often all rows are laid out.
+TEST_F(OutlineViewUpdatesTest, ExpansionComesBackWithAnItemAndGoesToItsCopy)
+{
+    view.expandItem(nullptr, true);
+    view.collapseItem(docs);
+    EXPECT_TRUE(view.expansionOf(empty).empty());
+    const OutlineView::Expansion expansion = view.expansionOf(docs);
+    EXPECT_FALSE(expansion.empty()) << "the folder inside is expanded";
+
+    tree.root->children.erase(tree.root->children.begin());
+    view.removeItemAtIndex(0, nullptr);
+    tree.root->children.insert(tree.root->children.begin(), docs);
+    view.insertItemAtIndex(0, nullptr);
+    view.setExpansionOf(docs, nullptr, expansion);
+    EXPECT_EQ(rows(), u"docs empty src x y") << "as it was collapsed";
+    view.expandItem(docs);
+    EXPECT_EQ(rows(), u"docs a b deep empty src x y") << "as it was inside";
+
+    // The copy comes into a folder whose children nobody has asked for.
+    const NodePtr copy = empty->add(QStringLiteral("docs"));
+    copy->add(QStringLiteral("a"));
+    copy->add(QStringLiteral("b"))->add(QStringLiteral("deep"));
+    view.insertItemAtIndex(0, empty);
+    view.setExpansionOf(copy, empty, view.expansionOf(docs));
+    view.expandItem(empty);
+    EXPECT_EQ(rows(), u"docs a b deep empty docs a b deep src x y");
+}
+
+TEST_F(OutlineViewUpdatesTest, TheExpansionOfAnotherTreeDoesNoHarm)
+{
+    view.expandItem(nullptr, true);
+    const OutlineView::Expansion expansion = view.expansionOf(docs);
+    view.collapseItem(docs);
+    view.collapseItem(src);
+    view.setExpansionOf(src, nullptr, expansion);
+    view.setExpansionOf(docs, nullptr, view.expansionOf(src));
+    view.setExpansionOf(std::make_shared<FakeTree::Node>(), nullptr, expansion);
+    view.setExpansionOf(docs, nullptr, OutlineView::Expansion(1000, true));
+    EXPECT_EQ(rows(), u"docs a b deep empty src x y");
+    EXPECT_TRUE(view.expansionOf(std::make_shared<FakeTree::Node>()).empty());
+}
+
 class CountingOutlineView final : public OutlineView
 {
 public:
