@@ -11,8 +11,10 @@
 #include <QGuiApplication>
 #include <QHelpEvent>
 #include <QInputMethod>
+#include <QLineEdit>
 #include <QToolTip>
 #include <algorithm>
+#include <limits>
 
 namespace {
 
@@ -84,6 +86,9 @@ QWidget *EditingDelegate::createEditor(QWidget *parent, const QStyleOptionViewIt
     if (cell_ && !cell_->isEditable())
         return nullptr;
     editor_ = QStyledItemDelegate::createEditor(parent, option, index);
+    // Texts come from files, too. What is longer than an editor takes would be cut by opening it.
+    if (auto *line = qobject_cast<QLineEdit *>(editor_.data()))
+        line->setMaxLength(std::numeric_limits<int>::max());
     // The keyboard comes to the view by way of the editor, and leaves it so: all that is selected may change.
     parent->update();
     return editor_;

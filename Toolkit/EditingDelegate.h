@@ -12,7 +12,7 @@ class TextFieldCell;
 /// An item delegate that can end the edit in progress from outside, keeping what was typed, and gives rows
 /// some air. With a cell of the view's, that draws and measures the rows and places their editors. An icon
 /// that is a mask is drawn in the colour of the row's text. A text that is not to be seen as a whole is the
-/// row's tool tip.
+/// row's tool tip. Texts of any length can be edited.
 class EditingDelegate : public QStyledItemDelegate
 {
 public:

@@ -242,6 +242,21 @@ TEST_F(QNBPrefPanePrefHierarchyEditing, FoldersAreAsOpenAsTheyWereWhenADeletionI
     EXPECT_EQ(outlineRows(), QStringList({text("first"), text("gone"), text("last")}));
 }
 
+TEST_F(QNBPrefPanePrefHierarchyEditing, ANameOfAnyLengthOutlivesItsEditor)
+{
+    openTree({text("short")});
+    QString name = QString(100'000, u'x') + QStringLiteral("\n\u2028 end");
+    name[0] = QChar(0xD800);
+    item(text("short"))->setFilename(name);
+    outline().selectRow(0);
+    pane->renameSelectedItemInPresetHierarchy();
+    ASSERT_TRUE(editor());
+    EXPECT_TRUE(editor()->selectedText() == name) << "all of it is there to be edited";
+    outline().endEditing();
+    EXPECT_TRUE(item(name)) << "is still called so";
+    EXPECT_EQ(lastStep(), QString());
+}
+
 TEST_F(QNBPrefPanePrefHierarchyEditing, DeletingEndsTheEditInProgressFirst)
 {
     openTree({text("a"), text("b")});

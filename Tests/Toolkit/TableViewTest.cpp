@@ -178,6 +178,19 @@ TEST_F(TableViewTest, AnUnchangedTextKeepsTheValuesType)
     EXPECT_EQ(controller.arrangedObjects().at(0)->valueForKey(labelKey), QVariant(42));
 }
 
+TEST_F(TableViewTest, ATextOfAnyLengthOutlivesItsEditor)
+{
+    const QString longText(100'000, u'x');
+    controller.setValueForKey(longText, labelKey, 0);
+    view.editColumn(labelKey, 0);
+    ASSERT_TRUE(editor());
+    QTest::keyClick(editor(), Qt::Key_End);
+    QTest::keyClicks(editor(), QStringLiteral(" end"));
+    QTest::keyClick(editor(), Qt::Key_Return);
+    EXPECT_TRUE(QTest::qWaitFor([this] { return !view.isEditing(); }));
+    EXPECT_TRUE(label(0) == longText + QStringLiteral(" end")) << label(0).size() << " characters";
+}
+
 TEST_F(TableViewTest, HandleColumnIsNarrowShowsItsImageAndIsNotEditable)
 {
     const QModelIndex handle = view.model()->index(0, 0);
