@@ -8,6 +8,8 @@
 #include "Platform/XMLPropertyListFormat.h"
 
 #include <QXmlStreamReader>
+#include <charconv>
+#include <cmath>
 #include <limits>
 
 using namespace XMLPropertyListFormat;
@@ -54,7 +56,15 @@ std::optional<QVariant> parseReal(QStringView text)
         return QVariant(std::numeric_limits<double>::quiet_NaN());
     bool ok = false;
     const double value = number.toDouble(&ok);
-    return ok ? std::optional(QVariant(value)) : std::nullopt;
+    if (ok)
+        return QVariant(value);
+    // A number too large for a double is infinity, one too small for it is 0; the sign stays.
+    const QByteArray digits = word.toLatin1();
+    double unused = 0;
+    const auto [end, error] = std::from_chars(digits.begin(), digits.end(), unused);
+    if (word.startsWith(u'-') || error != std::errc::result_out_of_range || end != digits.end())
+        return std::nullopt;
+    return QVariant(std::copysign(value, negative ? -1.0 : 1.0));
 }
 
 std::optional<QVariant> parseDate(QStringView text)

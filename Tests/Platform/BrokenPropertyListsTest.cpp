@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "Fuzz/PropertyListChecks.h"
+#include "Tests/Platform/BinaryDocument.h"
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -166,6 +167,46 @@ TEST(BrokenPropertyLists, TheLimitOfNestingIsTheSameForReaders)
             PropertyList::destroy(*binary.value);
         if (xml)
             PropertyList::destroy(*xml.value);
+    }
+}
+
+TEST(BrokenPropertyLists, NestingIsCountedThroughASharedContainer)
+{
+    // The root, a chain of arrays, and at its end the shared chain, which the root has by itself too:
+    // whichever of the two is met first, the levels of both count.
+    constexpr int shared = 5000;
+    constexpr int depth = PropertyList::Limits::depth;
+    for (const bool sharedFirst : {true, false}) {
+        for (const int levels : {depth, depth + 1}) {
+            BinaryDocument document;
+            BinaryDocument::Ref inner = document.array({});
+            for (int level = 1; level < shared; ++level)
+                inner = document.array({inner});
+            BinaryDocument::Ref outer = inner;
+            for (int level = 1 + shared; level < levels; ++level)
+                outer = document.array({outer});
+            const BinaryDocument::Ref root = document.array(sharedFirst ? BinaryDocument::Refs{inner, outer}
+                                                                        : BinaryDocument::Refs{outer, inner});
+            QString error;
+            EXPECT_EQ(PropertyListDocument::parse(document.bytes(root), &error) != nullptr, levels == depth)
+                << sharedFirst << ' ' << levels;
+        }
+    }
+}
+
+TEST(BrokenPropertyLists, OffsetsTooNarrowForTheNumberOfObjectsAreRefused)
+{
+    // 256 objects can be told apart by an offset of one byte; one more cannot. All of them are the same byte
+    // of the file, so that every offset is in range.
+    for (const quint64 objects : {256, 257}) {
+        QByteArray bytes("bplist00");
+        bytes += QByteArray(300, '\x09');
+        const qsizetype table = bytes.size();
+        bytes += QByteArray(qsizetype(objects), '\x08') + QByteArray(6, '\0') + '\1' + '\2';
+        BinaryDocument::append(bytes, objects, 8);
+        BinaryDocument::append(bytes, 0, 8);
+        BinaryDocument::append(bytes, quint64(table), 8);
+        EXPECT_EQ(bool(PropertyList::read(bytes)), objects == 256) << objects;
     }
 }
 

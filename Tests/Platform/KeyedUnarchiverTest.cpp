@@ -303,6 +303,33 @@ TEST(KeyedUnarchiver, NestingIsReadUpToTheLimitAndNoFurther)
     EXPECT_THAT(reasonFor(nestedArrays(PropertyList::Limits::depth + 1)), HasSubstr("nest"));
 }
 
+TEST(KeyedUnarchiver, NestingIsCountedThroughASharedContainer)
+{
+    // The root has the shared chain by itself and at the end of another chain.
+    constexpr int shared = 5000;
+    constexpr int depth = PropertyList::Limits::depth;
+    for (const bool sharedFirst : {true, false}) {
+        for (const int levels : {depth, depth + 1}) {
+            QVariantList objects;
+            const int others = levels - 1 - shared;
+            const quint64 classNumber = quint64(2 + others + shared);
+            const auto add = [&](const QVariantList &elements) {
+                objects.append(QVariantMap{{QStringLiteral("NS.objects"), elements},
+                                           {QStringLiteral("$class"), uid(classNumber)}});
+            };
+            const QVariant sharedStart = uid(quint64(2 + others));
+            add(sharedFirst ? QVariantList{sharedStart, uid(2)} : QVariantList{uid(2), sharedStart});
+            for (int i = 0; i < others + shared; ++i)
+                add(i + 1 < others + shared ? QVariantList{uid(quint64(3 + i))} : QVariantList{});
+            objects.append(classNamed({QStringLiteral("NSArray")}));
+            QString error;
+            EXPECT_EQ(KeyedUnarchiver::unarchivedDocument(bytesOf(archive(objects)), &error) != nullptr,
+                      levels == depth)
+                << sharedFirst << ' ' << levels;
+        }
+    }
+}
+
 TEST(KeyedUnarchiver, NestingOfAMillionIsRefused)
 {
     reasonFor(nestedArrays(1'000'000));

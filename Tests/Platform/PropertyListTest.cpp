@@ -4,6 +4,7 @@
 #include "Platform/PropertyList.h"
 
 #include "Platform/PropertyListVariant.h"
+#include "Tests/Platform/BinaryDocument.h"
 
 #include <QPoint>
 #include <cmath>
@@ -118,6 +119,49 @@ TEST_P(PropertyListForms, WhatIsNoPropertyListIsRefusedAsAWhole)
     EXPECT_FALSE(
         PropertyList::write(QVariantList{QStringLiteral("good"), QVariant(QPoint(1, 2))}, GetParam()));
     EXPECT_FALSE(PropertyList::write(QVariant(QDateTime()), GetParam()));
+}
+
+TEST(PropertyList, ARealBeyondTheRangeOfADoubleIsInfinityAndOneBelowItIsZero)
+{
+    const auto real = [](const char *text) {
+        const PropertyList::ReadResult result =
+            PropertyList::read("<array><real>" + QByteArray(text) + "</real></array>");
+        EXPECT_TRUE(result) << text << ": " << qPrintable(result.error);
+        return result ? result.value->toList().constFirst() : QVariant();
+    };
+    // One in the last digit above the largest, as a writer that rounds spells that.
+    EXPECT_TRUE(PropertyList::equal(real("1.797693134862316e+308"), HUGE_VAL));
+    EXPECT_TRUE(PropertyList::equal(real(" -1e999 "), -HUGE_VAL));
+    EXPECT_TRUE(PropertyList::equal(real("+1e99999999999999999999"), HUGE_VAL));
+    EXPECT_TRUE(PropertyList::equal(real("1e-999"), 0.0));
+    EXPECT_TRUE(PropertyList::equal(real("-1e-999"), -0.0));
+    EXPECT_TRUE(PropertyList::equal(real("1.797693134862315e+308"), 1.797693134862315e+308));
+    for (const char *text : {"1e999x", "1e", "--1e999", "1e999 1", "+-1e-999"})
+        EXPECT_FALSE(PropertyList::read("<real>" + QByteArray(text) + "</real>")) << text;
+}
+
+TEST(PropertyList, AnIntegerOf16BytesHasItsSignInTheUpperHalf)
+{
+    const auto integer = [](quint64 high, quint64 low) {
+        BinaryDocument document;
+        QByteArray bytes;
+        BinaryDocument::append(bytes, high, 8);
+        BinaryDocument::append(bytes, low, 8);
+        return PropertyList::read(document.bytes(document.integer(bytes, 4)));
+    };
+    constexpr quint64 ones = std::numeric_limits<quint64>::max();
+    constexpr quint64 top = quint64(1) << 63;
+    for (const auto &[low, value] : {std::pair(quint64(0), 0LL), {5, 5LL}, {top - 1, qlonglong(highest)}})
+        EXPECT_TRUE(PropertyList::equal(*integer(0, low).value, value)) << low;
+    for (const quint64 low : {top, top + 5, ones})
+        EXPECT_TRUE(PropertyList::equal(*integer(0, low).value, qulonglong(low))) << low;
+    for (const auto &[low, value] : {std::pair(ones, -1LL), {ones - 4, -5LL}, {top, qlonglong(lowest)}})
+        EXPECT_TRUE(PropertyList::equal(*integer(ones, low).value, value)) << low;
+    // Negative, and out of the range of a qint64; and larger than any quint64.
+    EXPECT_FALSE(integer(ones, top - 1));
+    EXPECT_FALSE(integer(ones, 5));
+    EXPECT_FALSE(integer(ones - 1, ones));
+    EXPECT_FALSE(integer(1, 0));
 }
 
 TEST(PropertyList, TheBinaryFormKeepsWhatXMLCannotHold)
