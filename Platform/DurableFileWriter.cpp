@@ -22,6 +22,9 @@ namespace {
 constexpr int maximumLinks = 40;
 constexpr int maximumTemporaryNames = 100;
 constexpr qsizetype copyChunk = qsizetype(256) * 1024;
+constexpr mode_t ownerOnly = S_IRUSR | S_IWUSR;
+/// What a program asks for when it makes a document; the umask takes from it what it does.
+constexpr mode_t asUsual = ownerOnly | S_IRGRP | S_IWGRP | S_IROTH | S_IWOTH;
 
 QByteArray folderOf(const QByteArray &path)
 {
@@ -60,14 +63,15 @@ QByteArray randomTemporaryName(const QByteArray &target)
                   temporaryPrefix(target) + QByteArray::number(QRandomGenerator::global()->generate64(), 16));
 }
 
-/// A new file in the folder of \a target, readable by its owner only, removed again unless it was moved.
+/// A new file in the folder of \a target, removed again unless it was moved. The umask takes from \a mode
+/// what it does.
 class TemporaryFile
 {
 public:
-    TemporaryFile(FileLayer &layer, const QByteArray &target)
+    TemporaryFile(FileLayer &layer, const QByteArray &target, mode_t mode = ownerOnly)
         : layer_(layer)
         , path_(joined(folderOf(target), temporaryPrefix(target)))
-        , file_(layer, create())
+        , file_(layer, create(mode))
     {
     }
     TemporaryFile(const TemporaryFile &) = delete;
@@ -113,13 +117,13 @@ public:
     }
 
 private:
-    int create()
+    int create(mode_t mode)
     {
         const QByteArray prefix = path_;
         int descriptor = -1;
         for (int attempt = 0; attempt < maximumTemporaryNames; ++attempt) {
             path_ = prefix + QByteArray::number(QRandomGenerator::global()->generate64(), 16);
-            descriptor = layer_.open(path_, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0600);
+            descriptor = layer_.open(path_, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, mode);
             if (descriptor != -1 || errno != EEXIST)
                 break;
         }
@@ -206,6 +210,14 @@ Result<> keepBackup(FileLayer &layer, const QByteArray &target, const QByteArray
     return copy.moveTo(backup);
 }
 
+/// Whether \a path is a link that somebody else made, who would decide where things are written.
+bool isLinkOfAnother(FileLayer &layer, const QByteArray &path)
+{
+    struct stat information = {};
+    return layer.lstat(path, &information) == 0 && S_ISLNK(information.st_mode) &&
+           information.st_uid != ::geteuid() && information.st_uid != 0;
+}
+
 std::optional<QByteArray> resolved(FileLayer &layer, const QByteArray &path, QString *error)
 {
     QByteArray current = path;
@@ -221,6 +233,10 @@ std::optional<QByteArray> resolved(FileLayer &layer, const QByteArray &path, QSt
         }
         if (!text) {
             *error = failed("follow", current, errno).error;
+            return std::nullopt;
+        }
+        if (isLinkOfAnother(layer, current)) {
+            *error = QStringLiteral("the link %1 belongs to another user").arg(QFile::decodeName(current));
             return std::nullopt;
         }
         current = text->startsWith('/') ? *text : joined(folderOf(current), *text);
@@ -271,6 +287,37 @@ Result<> DurableFileWriter::write(const QString &path, const QByteArray &bytes, 
         if (Result<> result = keepBackup(layer_, target, QFile::encodeName(options.backupPath)); !result)
             return result;
     }
+    if (Result<> result = temporary.moveTo(target); !result)
+        return result;
+    return synchroniseFolder(layer_, folderOf(target));
+}
+
+Result<> DurableFileWriter::give(const QString &path, const QByteArray &bytes) const
+{
+    const QByteArray target = QFile::encodeName(path);
+    struct stat old = {};
+    const bool isThere = layer_.lstat(target, &old) == 0;
+    if (!isThere && errno != ENOENT)
+        return failed("examine", target, errno);
+    const bool isFile = isThere && S_ISREG(old.st_mode);
+    if (isThere && !isFile && !S_ISLNK(old.st_mode))
+        return Result<>::failure(QStringLiteral("%1 is no regular file").arg(path));
+    if (isFile && layer_.access(target, W_OK) == -1)
+        return failed("write", target, errno);
+
+    const bool isOwn = isFile && old.st_uid == ::geteuid();
+    TemporaryFile temporary(layer_, target, isOwn ? ownerOnly : asUsual);
+    if (!temporary.exists())
+        return failed("create", temporary.path(), errno);
+    if (Result<> result = temporary.append(bytes.constData(), bytes.size()); !result)
+        return result;
+    if (isOwn) {
+        if (Result<> result = FileAttributes::keepRights(layer_, target, old, temporary.descriptor());
+            !result)
+            return result;
+    }
+    if (Result<> result = temporary.finish(); !result)
+        return result;
     if (Result<> result = temporary.moveTo(target); !result)
         return result;
     return synchroniseFolder(layer_, folderOf(target));

@@ -16,14 +16,15 @@ class FileLayer;
 /// link stays a link), mode, owner and extended attributes of the old file kept, every write checked, fsync,
 /// rename, fsync of the folder. Used for the preference domain, preset files and login items.
 ///
-/// A file that its user may not write is not replaced, though the folder would allow it. Where the system
-/// does not let the owner be kept the file becomes the user's own, and opens itself to nobody by that.
+/// A symbolic link is followed only if it belongs to the user or to root; another user's fails the call. A
+/// file that its user may not write is not replaced, though the folder would allow it. Where the system does
+/// not let the owner be kept the file becomes the user's own, and opens itself to nobody by that.
 class DurableFileWriter
 {
 public:
     struct Options
     {
-        /// Mode of a file that did not exist.
+        /// Mode of a file that did not exist, whatever the umask.
         int newFileMode = 0600;
         /// Keep the bytes being replaced under this path (a hard link where possible, else a copy); none if
         /// empty. In the folder of the resolved target.
@@ -40,6 +41,12 @@ public:
     {
         return write(path, bytes, Options());
     }
+
+    /// Writes a file that is given away: it takes the name \a path, and is new if the name is free. The umask
+    /// decides who may read it, as with any document. Of a file of the user's own that it replaces it keeps
+    /// owner and mode. A symbolic link is replaced and never followed, whosever it is: in a folder that
+    /// several users share, it may lead anywhere. The rest is as with write().
+    Result<> give(const QString &path, const QByteArray &bytes) const;
 
     /// Copies \a from to \a to, which must not exist: whole and durable, or not at all.
     Result<> copy(const QString &from, const QString &to) const;
@@ -59,7 +66,8 @@ public:
     Result<> makeFolder(const QString &path) const;
 
     /// The file that \a path stands for: symbolic links followed, the last one also where it leads to nothing
-    /// yet. None if the folder does not exist or cannot be reached, with the reason in \a error.
+    /// yet. None if the folder does not exist or cannot be reached, or if the path is another user's link,
+    /// with the reason in \a error.
     std::optional<QString> resolve(const QString &path, QString *error) const;
 
     /// Removes temporary files that a killed writer left beside \a path. Call under the lock that guards it.

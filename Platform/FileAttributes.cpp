@@ -69,19 +69,18 @@ Result<> keepExtendedAttributes(FileLayer &layer, const QByteArray &from, int de
     return {};
 }
 
-} // namespace
-
-Result<> FileAttributes::keep(FileLayer &layer, const QByteArray &from, const struct stat &information,
-                              int descriptor)
+/// Gives the file owner and group, as far as this user may: the mode that it may have then.
+Result<mode_t> keepOwner(FileLayer &layer, const QByteArray &from, const struct stat &information,
+                         int descriptor)
 {
     struct stat present = {};
     if (layer.fstat(descriptor, &present) == -1)
-        return failed(QStringLiteral("the owner"), from, errno);
+        return Result<mode_t>::failure(failed(QStringLiteral("the owner"), from, errno).error);
     mode_t mode = information.st_mode & 07777;
     if (present.st_gid != information.st_gid &&
         layer.fchown(descriptor, static_cast<uid_t>(-1), information.st_gid) == -1) {
         if (errno != EPERM)
-            return failed(QStringLiteral("the group"), from, errno);
+            return Result<mode_t>::failure(failed(QStringLiteral("the group"), from, errno).error);
         // Members of the new group had the rights of others until now.
         mode = (mode & ~S_IRWXG) | (mode & S_IRWXG & ((mode & S_IRWXO) << 3));
         mode &= ~static_cast<mode_t>(S_ISUID | S_ISGID);
@@ -89,14 +88,34 @@ Result<> FileAttributes::keep(FileLayer &layer, const QByteArray &from, const st
     if (present.st_uid != information.st_uid &&
         layer.fchown(descriptor, information.st_uid, static_cast<gid_t>(-1)) == -1) {
         if (errno != EPERM)
-            return failed(QStringLiteral("the owner"), from, errno);
+            return Result<mode_t>::failure(failed(QStringLiteral("the owner"), from, errno).error);
         mode &= ~static_cast<mode_t>(S_ISUID | S_ISGID);
     }
+    return mode;
+}
 
+Result<> setMode(FileLayer &layer, const QByteArray &from, int descriptor, mode_t mode)
+{
+    return layer.fchmod(descriptor, mode) == 0 ? Result<>() : failed(QStringLiteral("the mode"), from, errno);
+}
+
+} // namespace
+
+Result<> FileAttributes::keep(FileLayer &layer, const QByteArray &from, const struct stat &information,
+                              int descriptor)
+{
+    const Result<mode_t> mode = keepOwner(layer, from, information, descriptor);
+    if (!mode)
+        return Result<>::failure(mode.error);
     // The attributes first: the new mode may close the file to its owner, and it sets the access list's mask.
     if (Result<> result = keepExtendedAttributes(layer, from, descriptor); !result)
         return result;
-    if (layer.fchmod(descriptor, mode) == -1)
-        return failed(QStringLiteral("the mode"), from, errno);
-    return {};
+    return setMode(layer, from, descriptor, *mode);
+}
+
+Result<> FileAttributes::keepRights(FileLayer &layer, const QByteArray &from, const struct stat &information,
+                                    int descriptor)
+{
+    const Result<mode_t> mode = keepOwner(layer, from, information, descriptor);
+    return mode ? setMode(layer, from, descriptor, *mode) : Result<>::failure(mode.error);
 }

@@ -14,4 +14,8 @@ namespace FileAttributes {
 /// file is open to no group or user that the old one was closed to.
 Result<> keep(FileLayer &layer, const QByteArray &from, const struct stat &information, int descriptor);
 
+/// The same without the extended attributes: \a from is only a name for what may go wrong, and never looked
+/// at.
+Result<> keepRights(FileLayer &layer, const QByteArray &from, const struct stat &information, int descriptor);
+
 } // namespace FileAttributes

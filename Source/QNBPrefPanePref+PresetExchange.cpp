@@ -108,7 +108,8 @@ void QNBPrefPanePref::exportSelectedPreset()
                                      .arg(_exchangeFolder, fileName),
                              .defaultButton = tr("Replace"),
                              .alternateButton = tr("Cancel")};
-    const bool isThere = QFileInfo::exists(QDir(_exchangeFolder).filePath(fileName));
+    const QFileInfo present(QDir(_exchangeFolder).filePath(fileName));
+    const bool isThere = present.exists() || present.isSymLink();
     if (isThere && answerTo(replace) != AlertPanel::Answer::Default)
         return;
 

@@ -16,8 +16,6 @@ namespace {
 
 const QString fileNameFormat = QStringLiteral("%1.%2");
 const QString nameOfUnnamed = QStringLiteral("QNB Preset");
-/// Like any document that a program saves: the user's umask takes from it what it does.
-constexpr int presetFileMode = 0666;
 
 /// Without the extension; a name that is nothing but an extension stays whole.
 QString labelForPath(const QString &path)
@@ -58,9 +56,7 @@ Result<> write(const QNBPresetRecord &record, const QString &folder, QString *fi
     const PropertyList::WriteResult archive = archiver.finish(record.encode(archiver));
     if (!archive)
         return Result<>::failure(archive.error);
-    DurableFileWriter::Options options;
-    options.newFileMode = presetFileMode;
-    return DurableFileWriter().write(QDir(folder).filePath(*fileName), *archive.bytes, options);
+    return DurableFileWriter().give(QDir(folder).filePath(*fileName), *archive.bytes);
 }
 
 QNBPresetRecordPtr read(const QString &path, QString *error)

@@ -15,7 +15,8 @@ inline const QString extension = QStringLiteral("qnbp");
 /// "QNB Preset" if nothing is left, with the extension.
 QString fileNameForLabel(const QString &label);
 
-/// Writes the record to its file in \a folder, replacing one of that name; \a fileName receives the name.
+/// Writes the record to its file in \a folder, replacing one of that name, and a link of that name too;
+/// \a fileName receives the name. Who may read a new one the umask decides.
 Result<> write(const QNBPresetRecord &record, const QString &folder, QString *fileName);
 
 /// The preset of a file, labelled with the file's name without its extension; null if the file is unreadable,

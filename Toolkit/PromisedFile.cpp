@@ -9,28 +9,15 @@
 #include <QFile>
 #include <QLoggingCategory>
 
-#include <sys/stat.h>
 #include <utility>
 
 Q_LOGGING_CATEGORY(logPromises, "quenby.toolkit.promises")
 
 namespace {
 
-constexpr int permissionBits = 0777;
-
 bool isPlainName(const QString &name)
 {
     return !name.isEmpty() && name != u"." && name != u".." && !name.contains(u'/');
-}
-
-int modeOf(const QString &path)
-{
-    struct stat status
-    {
-    };
-    return ::lstat(QFile::encodeName(path).constData(), &status) == 0
-               ? int(status.st_mode & permissionBits)
-               : DurableFileWriter::Options().newFileMode;
 }
 
 } // namespace
@@ -69,7 +56,7 @@ bool PromisedFile::writeTo(const QString &path)
         qCWarning(logPromises) << "cannot read" << path_ << "because" << file.errorString();
         return false;
     }
-    const Result<> written = DurableFileWriter().write(path, file.readAll(), {.newFileMode = modeOf(path_)});
+    const Result<> written = DurableFileWriter().give(path, file.readAll());
     if (!written) {
         qCWarning(logPromises) << "cannot write" << path << "because" << written.error;
         return false;

@@ -31,7 +31,8 @@ public:
 
     /// Where the file is, after the drop, or will be. Invalid if it could not be written.
     QUrl url();
-    /// Writes the file to \a path, which another program chose, and replaces what is there.
+    /// Writes the file to \a path, which another program chose, and replaces what is there; a link is never
+    /// followed.
     bool writeTo(const QString &path);
 
 private:

@@ -4,7 +4,12 @@
 #include "Platform/DurableFileWriter.h"
 #include "FailingFileLayer.h"
 #include "FileFixture.h"
+#include "Tests/Session/Umask.h"
 
+#include <QHash>
+
+#include <array>
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
 #include <unistd.h>
@@ -33,6 +38,71 @@ protected:
     const DurableFileWriter::Options withBackup_ = {0600, backup()};
 };
 
+/// A disk on which every link belongs to somebody else.
+class LinksOfAnother : public FileLayer
+{
+public:
+    uid_t owner = ::geteuid() + 1;
+
+    int lstat(const QByteArray &path, struct stat *result) override
+    {
+        const int status = FileLayer::lstat(path, result);
+        if (status == 0 && S_ISLNK(result->st_mode))
+            result->st_uid = owner;
+        return status;
+    }
+};
+
+/// Notes what is made durable, and the calls that need it.
+class RecordingLayer : public FileLayer
+{
+public:
+    QList<QByteArray> steps;
+    /// What the synchronisation of a folder fails with; 0 for not at all.
+    int folderError = 0;
+
+    int mkdir(const QByteArray &path, mode_t mode) override
+    {
+        steps.append("make " + path);
+        return FileLayer::mkdir(path, mode);
+    }
+    int rename(const QByteArray &from, const QByteArray &to) override
+    {
+        steps.append("rename to " + to);
+        return FileLayer::rename(from, to);
+    }
+    ssize_t write(int descriptor, const void *buffer, size_t size) override
+    {
+        const ssize_t written = FileLayer::write(descriptor, buffer, size);
+        steps.append("fill " + paths_.value(descriptor));
+        return written;
+    }
+    int open(const QByteArray &path, int flags, mode_t mode) override
+    {
+        const int descriptor = FileLayer::open(path, flags, mode);
+        const bool isNew = (flags & O_EXCL) != 0;
+        isFolder_[descriptor] = (flags & O_DIRECTORY) != 0;
+        paths_[descriptor] = isNew ? QByteArray("the new file") : path;
+        return descriptor;
+    }
+    int fsync(int descriptor) override
+    {
+        steps.append("write " + paths_.value(descriptor));
+        if (folderError == 0 || !isFolder_.value(descriptor))
+            return FileLayer::fsync(descriptor);
+        errno = folderError;
+        return -1;
+    }
+
+private:
+    QHash<int, QByteArray> paths_;
+    QHash<int, bool> isFolder_;
+};
+
+enum class Act { Write, Give, Copy, Rename, Remove };
+
+constexpr std::array usualMasks = {022U, 027U, 077U};
+
 } // namespace
 
 TEST_F(DurableFileWriterTest, NewFileIsItsOwnersAlone)
@@ -44,6 +114,108 @@ TEST_F(DurableFileWriterTest, NewFileIsItsOwnersAlone)
     EXPECT_EQ(informationOf(in(QStringLiteral("shared"))).st_mode & 07777, 0644U);
     EXPECT_EQ(contentOf(in(QStringLiteral("shared"))), QByteArray());
     EXPECT_EQ(namesIn(root()).size(), 2);
+}
+
+TEST_F(DurableFileWriterTest, ANewFileHasItsModeWhateverTheUmask)
+{
+    for (const unsigned mask : {0U, 022U, 077U, 0777U}) {
+        const Umask umask(mask);
+        ASSERT_TRUE(writer_.write(path(), newBytes));
+        EXPECT_EQ(informationOf(path()).st_mode & 07777, 0600U) << std::oct << mask;
+        ASSERT_TRUE(writer_.remove(path()));
+    }
+}
+
+TEST_F(DurableFileWriterTest, TheUmaskDecidesTheModeOfWhatIsGivenAway)
+{
+    for (const unsigned mask : usualMasks) {
+        const Umask umask(mask);
+        ASSERT_TRUE(writer_.give(path(), newBytes));
+        EXPECT_EQ(contentOf(path()), newBytes);
+        EXPECT_EQ(informationOf(path()).st_mode & 07777, 0666U & ~mask) << std::oct << mask;
+        ASSERT_TRUE(writer_.remove(path()));
+    }
+    EXPECT_EQ(namesIn(root()), QStringList());
+}
+
+TEST_F(DurableFileWriterTest, WhatIsGivenAwayKeepsTheModeOfTheUsersFileAndOfNoOther)
+{
+    class FilesOfAnother : public FileLayer
+    {
+        int lstat(const QByteArray &path, struct stat *result) override
+        {
+            const int status = FileLayer::lstat(path, result);
+            result->st_uid += 1;
+            return status;
+        }
+    } others;
+    put(path(), oldBytes);
+    ASSERT_EQ(::chmod(encodedPath().constData(), 0604), 0);
+    const Umask umask(022);
+    ASSERT_TRUE(writer_.give(path(), newBytes));
+    EXPECT_EQ(contentOf(path()), newBytes);
+    EXPECT_EQ(informationOf(path()).st_mode & 07777, 0604U);
+    ASSERT_TRUE(DurableFileWriter(&others).give(path(), "again"));
+    EXPECT_EQ(contentOf(path()), "again");
+    EXPECT_EQ(informationOf(path()).st_mode & 07777, 0644U);
+    EXPECT_EQ(namesIn(root()).size(), 1);
+}
+
+TEST_F(DurableFileWriterTest, WhatIsGivenAwayReplacesALinkAndFollowsNone)
+{
+    const QString target = in(QStringLiteral("target"));
+    put(target, oldBytes);
+    for (const char *text : {"target", "missing", "missing/below"}) {
+        ASSERT_EQ(::symlink(text, encodedPath().constData()), 0);
+        ASSERT_TRUE(writer_.give(path(), newBytes)) << text;
+        EXPECT_FALSE(QFileInfo(path()).isSymLink());
+        EXPECT_EQ(contentOf(path()), newBytes);
+        EXPECT_EQ(contentOf(target), oldBytes);
+        ASSERT_TRUE(writer_.remove(path()));
+        EXPECT_EQ(namesIn(root()), QStringList{QStringLiteral("target")});
+    }
+    ASSERT_EQ(::mkfifo(encodedPath().constData(), 0600), 0);
+    EXPECT_FALSE(writer_.give(path(), newBytes));
+    EXPECT_FALSE(writer_.give(root(), newBytes));
+}
+
+TEST_F(DurableFileWriterTest, GivingAwayWithEveryCallFailingInTurnLeavesTheOldBytesOrTheNew)
+{
+    int failures = 0;
+    for (int call = 0;; ++call) {
+        put(path(), oldBytes);
+        FailingFileLayer layer;
+        layer.failingCall = call;
+        const Result<> result = DurableFileWriter(&layer).give(path(), newBytes);
+        const QByteArray content = contentOf(path());
+        EXPECT_TRUE(content == newBytes || (!result && content == oldBytes)) << "call " << call;
+        EXPECT_EQ(result.ok, result.error.isEmpty());
+        EXPECT_EQ(namesIn(root()).size(), 1) << "call " << call;
+        if (layer.calls <= call) {
+            EXPECT_TRUE(result);
+            break;
+        }
+        failures += result ? 0 : 1;
+    }
+    EXPECT_GT(failures, 8);
+}
+
+TEST_F(DurableFileWriterTest, ALinkIsFollowedOnlyIfTheUserOrRootOwnsIt)
+{
+    LinksOfAnother layer;
+    const QString target = in(QStringLiteral("target"));
+    put(target, oldBytes);
+    ASSERT_EQ(::symlink("target", encodedPath().constData()), 0);
+    const Result<> refused = DurableFileWriter(&layer).write(path(), newBytes);
+    EXPECT_FALSE(refused);
+    EXPECT_TRUE(refused.error.contains(path())) << qPrintable(refused.error);
+    EXPECT_EQ(contentOf(target), oldBytes);
+    for (const uid_t owner : {uid_t(0), ::geteuid()}) {
+        layer.owner = owner;
+        const QByteArray bytes = QByteArray::number(owner);
+        EXPECT_TRUE(DurableFileWriter(&layer).write(path(), bytes));
+        EXPECT_EQ(contentOf(target), bytes);
+    }
 }
 
 TEST_F(DurableFileWriterTest, ModeOwnerAndExtendedAttributesAreKept)
@@ -111,29 +283,7 @@ TEST_F(DurableFileWriterTest, AnotherGroupThatCannotBeGivenGainsNothing)
 
 TEST_F(DurableFileWriterTest, AFolderMadeIsWrittenToTheOneAboveIt)
 {
-    class Recording : public FileLayer
-    {
-    public:
-        QList<QByteArray> steps;
-        int mkdir(const QByteArray &path, mode_t mode) override
-        {
-            steps.append("make " + path);
-            return FileLayer::mkdir(path, mode);
-        }
-        int open(const QByteArray &path, int flags, mode_t mode) override
-        {
-            opened_ = path;
-            return FileLayer::open(path, flags, mode);
-        }
-        int fsync(int descriptor) override
-        {
-            steps.append("write " + opened_);
-            return FileLayer::fsync(descriptor);
-        }
-
-    private:
-        QByteArray opened_;
-    } layer;
+    RecordingLayer layer;
     const QByteArray above = QFile::encodeName(root());
     ASSERT_TRUE(DurableFileWriter(&layer).makeFolder(in(QStringLiteral("a/b//c/"))));
     EXPECT_EQ(layer.steps, (QList<QByteArray>{"make " + above + "/a", "write " + above,
@@ -147,6 +297,63 @@ TEST_F(DurableFileWriterTest, AFolderMadeIsWrittenToTheOneAboveIt)
     put(path(), oldBytes);
     EXPECT_FALSE(writer_.makeFolder(path() + QStringLiteral("/below")));
     EXPECT_EQ(contentOf(path()), oldBytes);
+}
+
+TEST_F(DurableFileWriterTest, BytesAreOnTheDiskBeforeTheNameAndTheNameBeforeSuccess)
+{
+    const QByteArray folder = QFile::encodeName(root());
+    for (const auto act : {Act::Write, Act::Give, Act::Copy, Act::Rename, Act::Remove}) {
+        put(in(QStringLiteral("other")), newBytes);
+        RecordingLayer layer;
+        const DurableFileWriter writer(&layer);
+        const bool isWritten = act == Act::Write || act == Act::Give || act == Act::Copy;
+        if (act == Act::Write) {
+            ASSERT_TRUE(writer.write(path(), "bytes"));
+        } else if (act == Act::Give) {
+            ASSERT_TRUE(writer.give(path(), "bytes"));
+        } else if (act == Act::Copy) {
+            ASSERT_TRUE(writer.copy(in(QStringLiteral("other")), path()));
+        } else if (act == Act::Rename) {
+            ASSERT_TRUE(writer.rename(in(QStringLiteral("other")), path()));
+        } else {
+            ASSERT_TRUE(writer.remove(path()));
+        }
+        QList<QByteArray> expected;
+        if (isWritten)
+            expected = {"fill the new file", "write the new file"};
+        if (act != Act::Remove)
+            expected += "rename to " + encodedPath();
+        expected += "write " + folder;
+        EXPECT_EQ(layer.steps, expected) << int(act);
+        if (isWritten)
+            QFile::remove(path());
+    }
+}
+
+TEST_F(DurableFileWriterTest, AFolderThatCannotBeSynchronisedFailsTheWriteUnlessItHasNothingToSynchronise)
+{
+    // EINVAL and ENOTSUP are how file systems without such a thing answer.
+    for (const auto &[error, isForgiven] : {std::pair{EINVAL, true}, std::pair{ENOTSUP, true},
+                                            std::pair{EIO, false}, std::pair{EACCES, false}}) {
+        RecordingLayer layer;
+        layer.folderError = error;
+        EXPECT_EQ(DurableFileWriter(&layer).write(path(), newBytes).ok, isForgiven) << error;
+    }
+    class WithoutReading : public FileLayer
+    {
+    public:
+        int error = EACCES;
+        int open(const QByteArray &path, int flags, mode_t mode) override
+        {
+            if ((flags & O_DIRECTORY) == 0)
+                return FileLayer::open(path, flags, mode);
+            errno = error;
+            return -1;
+        }
+    } layer;
+    EXPECT_TRUE(DurableFileWriter(&layer).write(path(), oldBytes)) << "a folder may be writable only";
+    layer.error = EIO;
+    EXPECT_FALSE(DurableFileWriter(&layer).write(path(), oldBytes));
 }
 
 TEST_F(DurableFileWriterTest, NamesAsLongAsTheFileSystemAllows)

@@ -5,11 +5,14 @@
 #include "Source/QNBHierarchyDepth.h"
 
 #include "Platform/KeyedUnarchiver.h"
+#include "Tests/Session/Umask.h"
 
 #include <QFile>
 #include <QFileInfo>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
+
+#include <sys/stat.h>
 
 namespace {
 
@@ -106,6 +109,31 @@ TEST_F(QNBPresetFileTest, AnExistingFileOfThatNameIsReplaced)
     write(*record);
     record->setValueForKey(QStringLiteral("new"), QStringLiteral("extra"));
     EXPECT_EQ(read(write(*record))->valueForKey(QStringLiteral("extra")), QVariant(QStringLiteral("new")));
+}
+
+TEST_F(QNBPresetFileTest, TheUmaskDecidesWhoMayReadAnExportedPreset)
+{
+    for (const unsigned mask : {022U, 027U, 077U}) {
+        const Umask umask(mask);
+        const QString path = folder_.filePath(write(*preset(QStringLiteral("A"))));
+        struct stat information = {};
+        ASSERT_EQ(::stat(QFile::encodeName(path).constData(), &information), 0);
+        EXPECT_EQ(information.st_mode & 07777, 0666U & ~mask) << std::oct << mask;
+        ASSERT_TRUE(QFile::remove(path));
+    }
+}
+
+TEST_F(QNBPresetFileTest, ALinkPlantedInASharedFolderIsReplacedAndNotFollowed)
+{
+    QFile victim(folder_.filePath(QStringLiteral(".bashrc")));
+    ASSERT_TRUE(victim.open(QIODevice::WriteOnly) && victim.write("mine") == 4);
+    victim.close();
+    ASSERT_TRUE(QFile::link(victim.fileName(), folder_.filePath(QStringLiteral("Invoice.qnbp"))));
+    const QString name = write(*preset(QStringLiteral("Invoice")));
+    EXPECT_FALSE(QFileInfo(folder_.filePath(name)).isSymLink());
+    EXPECT_TRUE(read(name)) << qPrintable(error_);
+    ASSERT_TRUE(victim.open(QIODevice::ReadOnly));
+    EXPECT_EQ(victim.readAll(), "mine");
 }
 
 TEST_F(QNBPresetFileTest, AFailedWriteSaysSoAndStillNamesTheFile)

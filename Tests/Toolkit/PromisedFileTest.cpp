@@ -4,6 +4,7 @@
 #include "Toolkit/PromisedFile.h"
 
 #include "Tests/Session/FileContent.h"
+#include "Tests/Session/Umask.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -86,11 +87,35 @@ TEST_F(PromisedFileTest, IsSavedUnderThePathThatAnotherProgramChose)
     PromisedFile file = promised(written);
     EXPECT_TRUE(file.writeTo(path));
     EXPECT_EQ(contentOf(path), "content");
-    EXPECT_EQ(QFileInfo(path).permissions() & 0x0fff, QFile::ReadUser | QFile::WriteUser);
     EXPECT_TRUE(QDir(privateFolder).isEmpty());
     // And is there from then on.
     EXPECT_EQ(file.url(), QUrl::fromLocalFile(path));
     EXPECT_EQ(writes, 1);
+}
+
+TEST_F(PromisedFileTest, WhatIsSavedHasTheModeThatTheUmaskLeaves)
+{
+    const QString path = destination.filePath(QStringLiteral("chosen.txt"));
+    for (const unsigned mask : {022U, 027U, 077U}) {
+        const Umask umask(mask);
+        ASSERT_TRUE(promised(written).writeTo(path));
+        struct stat status
+        {
+        };
+        ASSERT_EQ(::stat(QFile::encodeName(path).constData(), &status), 0);
+        EXPECT_EQ(status.st_mode & 07777, 0666U & ~mask) << std::oct << mask;
+        ASSERT_TRUE(QFile::remove(path));
+    }
+}
+
+TEST_F(PromisedFileTest, ALinkAtTheChosenPathIsReplacedAndNotFollowed)
+{
+    const QString path = destination.filePath(QStringLiteral("chosen.txt"));
+    const QString victim = destination.filePath(QStringLiteral("victim"));
+    ASSERT_TRUE(QFile::link(victim, path));
+    EXPECT_TRUE(promised(written).writeTo(path));
+    EXPECT_FALSE(QFileInfo(path).isSymLink());
+    EXPECT_FALSE(QFile::exists(victim));
 }
 
 TEST_F(PromisedFileTest, ReplacesAFileThatTheOtherProgramChose)

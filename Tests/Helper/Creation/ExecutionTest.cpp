@@ -4,6 +4,7 @@
 #include "CreationFixture.h"
 
 #include "Shared/Source/QNBShared.h"
+#include "Tests/Session/Umask.h"
 
 #include <QFile>
 #include <array>
@@ -12,22 +13,6 @@ using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
 namespace {
-
-/// The umask of the process, for a while.
-class Umask
-{
-public:
-    explicit Umask(mode_t mask)
-        : before_(::umask(mask))
-    {
-    }
-    ~Umask() { ::umask(before_); }
-    Umask(const Umask &) = delete;
-    Umask &operator=(const Umask &) = delete;
-
-private:
-    const mode_t before_;
-};
 
 const QString named = QStringLiteral("name");
 
