@@ -34,14 +34,55 @@ constexpr int packetTimeout = 200;
 
 constexpr int backlog = 16;
 
-bool fill(sockaddr_un &address, const QByteArray &path)
+/// The address of a socket. It has room for some hundred bytes of the path; a socket with a longer one is
+/// reached through its open folder.
+class SocketAddress
 {
-    if (size_t(path.size()) >= sizeof address.sun_path)
-        return false;
-    address.sun_family = AF_UNIX;
-    std::memcpy(address.sun_path, path.constData(), size_t(path.size()));
-    return true;
-}
+public:
+    explicit SocketAddress(const QByteArray &path)
+    {
+        address_.sun_family = AF_UNIX;
+        isSet_ = set(path);
+        if (isSet_)
+            return;
+        const qsizetype slash = path.lastIndexOf('/');
+        folder_ = ::open(path.left(slash).constData(), O_PATH | O_DIRECTORY | O_CLOEXEC);
+        isSet_ = folder_ >= 0 && set("/proc/self/fd/" + QByteArray::number(folder_) + path.mid(slash));
+    }
+    ~SocketAddress()
+    {
+        if (folder_ >= 0)
+            ::close(folder_);
+    }
+    SocketAddress(const SocketAddress &) = delete;
+    SocketAddress &operator=(const SocketAddress &) = delete;
+
+    /// The result and the errno of the call of that name.
+    int bind(int socket) const { return isSet_ ? ::bind(socket, address(), sizeof address_) : refuse(); }
+    int connect(int socket) const
+    {
+        return isSet_ ? ::connect(socket, address(), sizeof address_) : refuse();
+    }
+
+private:
+    bool set(const QByteArray &path)
+    {
+        if (size_t(path.size()) >= sizeof address_.sun_path)
+            return false;
+        std::memcpy(address_.sun_path, path.constData(), size_t(path.size()));
+        return true;
+    }
+    static int refuse()
+    {
+        errno = ENAMETOOLONG;
+        return -1;
+    }
+    const sockaddr *address() const { return reinterpret_cast<const sockaddr *>(&address_); }
+
+    sockaddr_un address_ = {};
+    int folder_ = -1;
+    bool isSet_ = false;
+};
 
 bool isReadable(int descriptor, int timeout)
 {
@@ -102,24 +143,16 @@ bool InstanceGuard::lock()
 
 bool InstanceGuard::listen()
 {
-    sockaddr_un address = {};
-    if (!fill(address, socketPath_)) {
-        errno = ENAMETOOLONG;
-        return false;
-    }
+    const SocketAddress address(socketPath_);
     // With the lock in our hands a socket that is there is left over.
     ::unlink(socketPath_.constData());
     socket_ = ::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
-    return socket_ >= 0 &&
-           ::bind(socket_, reinterpret_cast<const sockaddr *>(&address), sizeof address) == 0 &&
-           ::listen(socket_, backlog) == 0;
+    return socket_ >= 0 && address.bind(socket_) == 0 && ::listen(socket_, backlog) == 0;
 }
 
 bool InstanceGuard::hand(const Request &request, int timeout) const
 {
-    sockaddr_un address = {};
-    if (!fill(address, socketPath_))
-        return false;
+    const SocketAddress address(socketPath_);
     QByteArray packet;
     QDataStream stream(&packet, QIODevice::WriteOnly);
     stream << request.panePath << request.activationToken;
@@ -127,7 +160,7 @@ bool InstanceGuard::hand(const Request &request, int timeout) const
     const int connection = ::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
     char answer = 0;
     const bool isTaken =
-        ::connect(connection, reinterpret_cast<const sockaddr *>(&address), sizeof address) == 0 &&
+        address.connect(connection) == 0 &&
         ::send(connection, packet.constData(), size_t(packet.size()), MSG_NOSIGNAL) == packet.size() &&
         isReadable(connection, std::max(timeout, 0)) && ::recv(connection, &answer, 1, 0) == 1 &&
         answer == taken;

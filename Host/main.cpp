@@ -5,6 +5,7 @@
 #include "Host/HostWindow.h"
 #include "Host/InstanceGuard.h"
 #include "Host/PaneFinder.h"
+#include "Platform/DesktopFolders.h"
 #include "Platform/ExitHandler.h"
 #include "Platform/HomeOwner.h"
 #include "Platform/SessionBus.h"
@@ -117,7 +118,7 @@ int main(int argc, char **argv)
         std::fputs(qPrintable(requested.error + u'\n'), stderr);
 
     InstanceGuard guard(QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation),
-                        QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation));
+                        DesktopFolders::runtimeDirectory());
     const InstanceGuard::Outcome outcome =
         guard.begin({requested.value.value_or(QString()), activationToken}, otherInstanceTimeout);
     if (outcome == InstanceGuard::Outcome::Handed)

@@ -3,10 +3,15 @@
 
 #include "Platform/DesktopFolders.h"
 
+#include "Platform/DurableFileWriter.h"
+#include "Platform/FileDescriptor.h"
+
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 
 #include <cerrno>
+#include <fcntl.h>
 #include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -20,7 +25,7 @@ const QString dataHomeVariable = QStringLiteral("XDG_DATA_HOME");
 const QString stateHomeVariable = QStringLiteral("XDG_STATE_HOME");
 const QString runtimeDirectoryVariable = QStringLiteral("XDG_RUNTIME_DIR");
 const QString productFolder = QStringLiteral("Quenby");
-const QString temporaryFolderVariable = QStringLiteral("TMPDIR");
+const QString runtimeFolder = QStringLiteral("Runtime");
 
 /// The path in its shortest form if it is absolute, else empty. (QDir would take ":name" for absolute too.)
 QString absoluteOnly(const QString &path)
@@ -57,6 +62,17 @@ bool isPrivateFolder(const QString &path)
     struct stat information = {};
     return ::lstat(QFile::encodeName(path).constData(), &information) == 0 && S_ISDIR(information.st_mode) &&
            information.st_uid == ::geteuid() && (information.st_mode & (S_IRWXG | S_IRWXO)) == 0;
+}
+
+/// Closes to others a folder, no link to one, of the user's own.
+bool makePrivate(const QString &path)
+{
+    FileLayer &layer = FileLayer::real();
+    const FileDescriptor folder(layer,
+                                layer.open(QFile::encodeName(path), O_RDONLY | O_DIRECTORY | O_NOFOLLOW));
+    struct stat information = {};
+    return folder.isOpen() && layer.fstat(folder.get(), &information) == 0 &&
+           information.st_uid == ::geteuid() && layer.fchmod(folder.get(), S_IRWXU) == 0;
 }
 
 } // namespace
@@ -96,11 +112,26 @@ QString DesktopFolders::runtimeDirectory(const QProcessEnvironment &environment)
         if (!folder.isEmpty() && isPrivateFolder(folder))
             return folder;
     }
+    return ownRuntimeFolder(environment);
+}
 
-    QString temporary = folderVariable(environment, temporaryFolderVariable);
-    if (temporary.isEmpty())
-        temporary = QStringLiteral("/tmp");
-    const QString folder = QDir(temporary).filePath(QStringLiteral("quenby-runtime-%1").arg(user));
-    ::mkdir(QFile::encodeName(folder).constData(), S_IRWXU);
-    return isPrivateFolder(folder) ? folder : QString();
+bool DesktopFolders::isOthers(const QString &path)
+{
+    struct stat information = {};
+    QString present = path;
+    while (::stat(QFile::encodeName(present).constData(), &information) == -1) {
+        if (errno != ENOENT || present == u"/")
+            return false;
+        present = QFileInfo(present).path();
+    }
+    return information.st_uid != ::geteuid() && information.st_uid != 0;
+}
+
+QString DesktopFolders::ownRuntimeFolder(const QProcessEnvironment &environment)
+{
+    const QString state = stateFolder(environment);
+    const QString folder = state.isEmpty() ? QString() : QDir(state).filePath(runtimeFolder);
+    if (folder.isEmpty() || isOthers(folder) || !DurableFileWriter().makeFolder(folder))
+        return {};
+    return isPrivateFolder(folder) || makePrivate(folder) ? folder : QString();
 }

@@ -129,12 +129,19 @@ TEST_F(InstanceGuardTest, WithoutAUsableRuntimeFolderEveryoneIsFirst)
     }
 }
 
-TEST_F(InstanceGuardTest, APathTooLongForASocketStillLocks)
+TEST_F(InstanceGuardTest, AFolderWithAPathTooLongForASocketServesAsWell)
 {
-    const QString deep = folder_.filePath(QString(120, u'd'));
+    const QString deep = folder_.filePath(QString(200, u'd') + u'/' + QString(200, u'e'));
     ASSERT_TRUE(QDir().mkpath(deep));
     InstanceGuard one(configuration, deep);
     InstanceGuard other(configuration, deep);
-    EXPECT_EQ(one.begin({}, 0ms), Outcome::First);
-    EXPECT_EQ(other.begin({}, 50ms), Outcome::NoAnswer);
+    ASSERT_EQ(one.begin({}, 0ms), Outcome::First);
+    QList<Request> requests;
+    one.handleWith([&](const Request &request) { requests.append(request); });
+    auto outcome = std::async(std::launch::async, [&] {
+        return other.begin({QStringLiteral("/pane"), {}}, 10s);
+    });
+    EXPECT_EQ(result(outcome), Outcome::Handed);
+    ASSERT_EQ(requests.size(), 1);
+    EXPECT_EQ(requests.constFirst().panePath, QStringLiteral("/pane"));
 }

@@ -86,8 +86,8 @@ TEST_F(DesktopFoldersTest, RuntimeDirectoryOpenToOthersALinkOrMissingIsNotTaken)
     ASSERT_TRUE(QFile::link(closed, in(QStringLiteral("link"))));
     for (const QString &folder :
          {open, in(QStringLiteral("link")), in(QStringLiteral("missing")), QStringLiteral("relative")}) {
-        const QString found =
-            DesktopFolders::runtimeDirectory(environment({{"XDG_RUNTIME_DIR", folder}, {"TMPDIR", closed}}));
+        const QString found = DesktopFolders::runtimeDirectory(
+            environment({{"XDG_RUNTIME_DIR", folder}, {"XDG_STATE_HOME", closed}}));
         EXPECT_NE(found, folder);
         struct stat information = {};
         ASSERT_EQ(::lstat(QFile::encodeName(found).constData(), &information), 0) << qPrintable(found);
@@ -97,13 +97,56 @@ TEST_F(DesktopFoldersTest, RuntimeDirectoryOpenToOthersALinkOrMissingIsNotTaken)
     }
 }
 
-TEST_F(DesktopFoldersTest, AFolderPlantedAmongTheTemporaryFilesIsNotTaken)
+TEST_F(DesktopFoldersTest, AnotherUsersFolderAmongTheTemporaryFilesStopsNobody)
 {
     const QString planted = in(QStringLiteral("quenby-runtime-%1").arg(::geteuid()));
+    ASSERT_EQ(::mkdir(QFile::encodeName(planted).constData(), 0777), 0);
+    ASSERT_EQ(::chmod(QFile::encodeName(planted).constData(), 0777), 0);
+    const QString state = in(QStringLiteral("home/state"));
+    const auto set = environment({{"TMPDIR", root()}, {"XDG_STATE_HOME", state}});
+    const QString found = DesktopFolders::ownRuntimeFolder(set);
+    EXPECT_EQ(found, state + QStringLiteral("/Quenby/Runtime"));
+    struct stat information = {};
+    ASSERT_EQ(::lstat(QFile::encodeName(found).constData(), &information), 0);
+    EXPECT_EQ(information.st_mode & 07777, 0700U);
+    EXPECT_EQ(information.st_uid, ::geteuid());
+    EXPECT_EQ(DesktopFolders::ownRuntimeFolder(set), found) << "the one that is there";
+    EXPECT_TRUE(DesktopFolders::runtimeDirectory(set) == found ||
+                DesktopFolders::runtimeDirectory(set).startsWith(QStringLiteral("/run/user/")));
+}
+
+TEST_F(DesktopFoldersTest, AnOwnRuntimeFolderIsClosedToOthersAndNeverALinkOrAFile)
+{
+    const QString state = in(QStringLiteral("Quenby"));
+    const QString folder = state + QStringLiteral("/Runtime");
     const QString elsewhere = in(QStringLiteral("elsewhere"));
-    ASSERT_EQ(::mkdir(QFile::encodeName(elsewhere).constData(), 0700), 0);
-    ASSERT_TRUE(QFile::link(elsewhere, planted));
-    const QString found = DesktopFolders::runtimeDirectory(environment({{"TMPDIR", root()}}));
-    EXPECT_NE(found, planted);
-    EXPECT_NE(found, elsewhere);
+    const auto set = environment({{"XDG_STATE_HOME", root()}});
+    for (const QString &path : {state, elsewhere})
+        ASSERT_EQ(::mkdir(QFile::encodeName(path).constData(), 0700), 0);
+    ASSERT_TRUE(QFile::link(elsewhere, folder));
+    EXPECT_EQ(DesktopFolders::ownRuntimeFolder(set), QString());
+    ASSERT_TRUE(QFile::remove(folder));
+    ASSERT_EQ(::mkdir(QFile::encodeName(folder).constData(), 0700), 0);
+    ASSERT_EQ(::chmod(QFile::encodeName(folder).constData(), 0770), 0);
+    EXPECT_EQ(DesktopFolders::ownRuntimeFolder(set), folder);
+    struct stat information = {};
+    ASSERT_EQ(::lstat(QFile::encodeName(folder).constData(), &information), 0);
+    EXPECT_EQ(information.st_mode & 07777, 0700U);
+    ASSERT_TRUE(QDir().rmdir(folder));
+    put(folder, {});
+    EXPECT_EQ(DesktopFolders::ownRuntimeFolder(set), QString());
+}
+
+TEST_F(DesktopFoldersTest, NothingIsMadeInAnotherUsersHome)
+{
+    EXPECT_FALSE(DesktopFolders::isOthers(root()));
+    EXPECT_FALSE(DesktopFolders::isOthers(in(QStringLiteral("a/b"))));
+    EXPECT_FALSE(DesktopFolders::isOthers(QStringLiteral("/none/such")));
+    // Only the administrator can give a folder away.
+    if (::geteuid() != 0)
+        return;
+    ASSERT_EQ(::chown(QFile::encodeName(root()).constData(), 12345, 12345), 0);
+    EXPECT_TRUE(DesktopFolders::isOthers(in(QStringLiteral("a/b"))));
+    EXPECT_EQ(DesktopFolders::ownRuntimeFolder(environment({{"XDG_STATE_HOME", root()}})), QString());
+    EXPECT_EQ(namesIn(root()), QStringList());
 }
