@@ -5,8 +5,22 @@
 
 #include <QList>
 #include <QStringList>
-#include <gtest/gtest.h>
+#include <cstdio>
+#include <gmock/gmock.h>
 #include <utility>
+
+namespace {
+
+/// Writes where the application-support folder is, for a process that starts with these; null for unset.
+[[noreturn]] void exitWithApplicationSupportPath(const char *dataHome, const char *home)
+{
+    dataHome ? qputenv("XDG_DATA_HOME", dataHome) : qunsetenv("XDG_DATA_HOME");
+    qputenv("HOME", home);
+    std::fprintf(stderr, "at %s.", qPrintable(QNBApplicationSupportPath()));
+    std::_Exit(0);
+}
+
+} // namespace
 
 TEST(QNBShared, DeletingFileSystemEntitiesRemovesSlashTildeAndColon)
 {
@@ -34,8 +48,11 @@ TEST(QNBShared, RemovingCharactersWorksOnUtf16Units)
 
 TEST(QNBShared, ApplicationSupportPathIsTheProductsFolderBelowTheUsersData)
 {
-    EXPECT_TRUE(QNBApplicationSupportPath().endsWith(QStringLiteral("/Quenby")));
-    EXPECT_TRUE(QNBApplicationSupportPath().startsWith(u'/'));
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(exitWithApplicationSupportPath("/data/of user", "/nowhere"), ::testing::ExitedWithCode(0),
+                ::testing::EndsWith("at /data/of user/Quenby."));
+    EXPECT_EXIT(exitWithApplicationSupportPath(nullptr, "/nowhere"), ::testing::ExitedWithCode(0),
+                ::testing::EndsWith("at /nowhere/.local/share/Quenby."));
 }
 
 TEST(QNBShared, ApplicationSupportPathIsKeptForTheLifeOfTheProcess)

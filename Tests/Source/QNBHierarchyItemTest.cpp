@@ -6,7 +6,9 @@
 #include "Shared/Source/CocoaCryptoHashing.h"
 
 #include <QRegularExpression>
+#include <cstdlib>
 #include <gtest/gtest.h>
+#include <sys/time.h>
 
 namespace {
 
@@ -27,7 +29,87 @@ QNBHierarchyItemPtr named(const QString &name, bool folder = false)
         QNBHierarchyItem::itemDictionaryWithFilename(name, folder, nullptr));
 }
 
+qint64 microsecondsNow()
+{
+    timeval now{};
+    gettimeofday(&now, nullptr);
+    return qint64(now.tv_sec) * 1'000'000 + now.tv_usec;
+}
+
+/// Whether the digest of \a before, a time in \a begin to \a end, "_", \a number and \a behind is \a uid.
+bool isDigestOfSeed(const QString &uid, const QString &before, qint64 begin, qint64 end, long number,
+                    const QString &behind)
+{
+    for (qint64 time = begin; time <= end; ++time) {
+        const QString seed = QStringLiteral("%1%2%3_%4%5")
+                                 .arg(before, QString::number(time / 1'000'000),
+                                      QString::number(time % 1'000'000), QString::number(number), behind);
+        if (CocoaCryptoHashing::sha1HexHash(seed) == uid)
+            return true;
+    }
+    return false;
+}
+
+/// Ends the process with 0 if the first item of its life, and no later one, set going the random numbers from
+/// the time in seconds.
+[[noreturn]] void exitAfterFirstItems()
+{
+    const qint64 begin = microsecondsNow() / 1'000'000;
+    QNBHierarchyItem::init();
+    const qint64 end = microsecondsNow() / 1'000'000;
+    const long second = random();
+    QNBHierarchyItem::init();
+    const long fourth = random();
+    for (qint64 seconds = begin; seconds <= end; ++seconds) {
+        srandom(static_cast<unsigned>(seconds));
+        random();
+        const bool isSecond = random() == second;
+        random();
+        if (isSecond && random() == fourth)
+            std::_Exit(0);
+    }
+    std::_Exit(1);
+}
+
 } // namespace
+
+TEST(QNBHierarchyItem, TheUidIsTheDigestOfNameKindTimeRandomNumberAndNumberOfChildren)
+{
+    // The first item of a process sets the random numbers going, once.
+    QNBHierarchyItem::init();
+    // Of an item without a name: "0_", seconds and microseconds without anything between, "_", the random
+    // number, "+0".
+    srandom(7);
+    const long number = random();
+    srandom(7);
+    qint64 begin = microsecondsNow();
+    const QString plain = QNBHierarchyItem::init()->uid();
+    EXPECT_TRUE(
+        isDigestOfSeed(plain, QStringLiteral("0_"), begin, microsecondsNow(), number, QStringLiteral("+0")));
+
+    // Read from a dictionary, the folder has its name and its children by then.
+    const QVariantMap jobs =
+        QNBHierarchyItem::itemDictionaryWithFilename(QStringLiteral("Jöbs"), true, nullptr);
+    QVariantMap withChildren = jobs;
+    withChildren.insert(QStringLiteral("children"), QVariantList{QVariantMap(), QVariantMap()});
+    srandom(8);
+    begin = microsecondsNow();
+    const QString folder = QNBHierarchyItem::initWithDictionary(withChildren)->uid();
+    const qint64 end = microsecondsNow();
+    // How many are drawn for the children before is not said.
+    srandom(8);
+    bool isFound = false;
+    for (int draw = 0; draw < 6 && !isFound; ++draw)
+        isFound =
+            isDigestOfSeed(folder, QStringLiteral("Jöbs1_"), begin, end, random(), QStringLiteral("+2"));
+    EXPECT_TRUE(isFound);
+}
+
+TEST(QNBHierarchyItem, TheRandomNumbersAreSetGoingOnceAtTheFirstItemFromTheTimeInSeconds)
+{
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(exitAfterFirstItems(), ::testing::ExitedWithCode(0), "");
+}
 
 TEST(QNBHierarchyItem, EmptyDictionaryGivesAFileWithDefaultsAndAFreshUid)
 {
@@ -94,6 +176,16 @@ TEST(QNBHierarchyItem, InitWithChildrenSharesThemAndLeavesTheirParentLinks)
     EXPECT_EQ(oldParent->numberOfChildren(), 1u);
 }
 
+TEST(QNBHierarchyItem, InitWithParentKnowsItsParentWhichDoesNotKnowIt)
+{
+    const QNBHierarchyItemPtr parent = named(QStringLiteral("p"), true);
+    const QNBHierarchyItemPtr item = QNBHierarchyItem::initWithParent(parent);
+    EXPECT_EQ(item->parent(), parent);
+    EXPECT_EQ(parent->numberOfChildren(), 0U);
+    EXPECT_EQ(item->numberOfChildren(), 0U);
+    EXPECT_FALSE(item->isDirectory());
+}
+
 TEST(QNBHierarchyItem, ChildAtIndexOutOfRangeIsNull)
 {
     const QNBHierarchyItemPtr item = named(QStringLiteral("f"), true);
@@ -132,6 +224,20 @@ TEST(QNBHierarchyItem, AddChildAfterAnItemThatIsNoChildInsertsAtTheFront)
     EXPECT_EQ(folder->children(), (QNBHierarchyItem::Children{d, c, a, b}));
     EXPECT_EQ(c->parent(), folder);
     EXPECT_EQ(d->parent(), folder);
+}
+
+TEST(QNBHierarchyItem, RemoveChildIsByIdentity)
+{
+    const QNBHierarchyItemPtr folder = named(QStringLiteral("f"), true);
+    const QNBHierarchyItemPtr child = named(QStringLiteral("c"));
+    const QNBHierarchyItemPtr twin = QNBHierarchyItem::initWithDictionary(child->toDictionaryWithUID(true));
+    ASSERT_TRUE(twin->isEqualTo(*child));
+    folder->addChild(child);
+    folder->removeChild(twin);
+    EXPECT_EQ(folder->children(), QNBHierarchyItem::Children{child}) << "that one is no child";
+    folder->addChild(twin);
+    folder->removeChild(twin);
+    EXPECT_EQ(folder->children(), QNBHierarchyItem::Children{child});
 }
 
 TEST(QNBHierarchyItem, RemovedChildKeepsItsParentLink)

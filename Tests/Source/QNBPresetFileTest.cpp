@@ -103,6 +103,18 @@ TEST_F(QNBPresetFileTest, EveryKeyAndTheTreeSurviveWithoutUids)
               QVariant(original->fileHierarchy()->toDictionary()));
 }
 
+TEST_F(QNBPresetFileTest, TheArchiveHoldsTheLabelAsItStood)
+{
+    for (const QVariant &label : {QVariant(QStringLiteral("Client: 2026/Q1 ~draft")), QVariant(12LL)}) {
+        const QNBPresetRecordPtr record = preset({});
+        record->setValueForKey(label, QNBPresetKey::label);
+        QFile file(folder_.filePath(write(*record)));
+        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+        const QVariant archived = KeyedUnarchiver::unarchiveObject(file.readAll()).value.value_or(QVariant());
+        EXPECT_EQ(archived.toMap().value(QNBPresetKey::label), label) << qPrintable(file.fileName());
+    }
+}
+
 TEST_F(QNBPresetFileTest, AnExistingFileOfThatNameIsReplaced)
 {
     const QNBPresetRecordPtr record = preset(QStringLiteral("A"));

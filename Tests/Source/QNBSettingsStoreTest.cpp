@@ -173,6 +173,22 @@ TEST_F(QNBSettingsStoreTest, OnlyTheHotKeyCodePresentLoadsNoHotKey)
     EXPECT_EQ(readSettings().shortcutCombo, (QNBKeyCombo{1 << 20, 36}));
 }
 
+TEST_F(QNBSettingsStoreTest, WithoutOneOfItsKeysOrAsNoNumbersTheHotKeyStaysAsItWas)
+{
+    const QNBKeyCombo before{1u << 18, 49};
+    for (const QVariantMap &stored : {QVariantMap(), QVariantMap{{QNBPreferenceKey::hotKeyCode, 36}},
+                                      QVariantMap{{QNBPreferenceKey::hotKeyFlags, 1 << 20}},
+                                      QVariantMap{{QNBPreferenceKey::hotKeyCode, 36},
+                                                  {QNBPreferenceKey::hotKeyFlags, QStringLiteral("none")}}}) {
+        writePropertyList(domainPath(), stored);
+        Preferences preferences(domain, options());
+        QNBSettings settings;
+        settings.shortcutCombo = before;
+        QNBSettingsStore::read(preferences, bundle(), settings);
+        EXPECT_EQ(settings.shortcutCombo, before) << qPrintable(stored.keys().join(u' '));
+    }
+}
+
 TEST_F(QNBSettingsStoreTest, ShowMenubarIsItsBooleanValue)
 {
     const auto showMenubar = [this](const QVariant &value) {
@@ -376,6 +392,21 @@ TEST_F(QNBSettingsStoreTest, ConfigValueIsTheBundlesOrNone)
     const std::optional<Bundle> damaged = bundle();
     writeFile(folder_.filePath(QStringLiteral("Quenby.prefPane/Contents/Info.plist")), "bplist00");
     EXPECT_FALSE(QNBSettingsStore::configValueForKey(damaged, key).isValid());
+}
+
+TEST_F(QNBSettingsStoreTest, AParseFailureOfTheInformationIsLoggedAsTheParserPutsIt)
+{
+    static QStringList logged;
+    logged.clear();
+    const QByteArray damaged("bplist00");
+    const std::optional<Bundle> ours = bundle();
+    writeFile(folder_.filePath(QStringLiteral("Quenby.prefPane/Contents/Info.plist")), damaged);
+    const QtMessageHandler before = qInstallMessageHandler(
+        [](QtMsgType, const QMessageLogContext &, const QString &text) { logged << text; });
+    QNBSettingsStore::configValueForKey(ours, QStringLiteral("CFBundleShortVersionString"));
+    qInstallMessageHandler(before);
+    ASSERT_EQ(logged, QStringList(PropertyList::read(damaged).error));
+    EXPECT_FALSE(logged.constFirst().isEmpty());
 }
 
 TEST_F(QNBSettingsStoreTest, FirstRunCopiesTheDefaultApplicationSupportFolder)
