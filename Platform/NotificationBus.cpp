@@ -91,9 +91,12 @@ bool NotificationBus::connectToBus()
     if (answer == SessionBus::Answer::Silence)
         silentUntil_.setRemainingTime(silencePause);
     if (answer != SessionBus::Answer::Yes) {
-        qCInfo(lcNotifications) << "no bus at" << address_;
+        // Once, however often it is looked for.
+        if (!std::exchange(isAbsenceTold_, true))
+            qCInfo(lcNotifications) << "no bus at" << address_;
         return false;
     }
+    isAbsenceTold_ = false;
     connection_.emplace(QDBusConnection::connectToBus(address_, connectionName_));
     bool everythingSubscribed = connection_->isConnected();
     for (const QString &name : std::as_const(names_))

@@ -73,6 +73,7 @@ private:
     std::optional<QDBusConnection> connection_;
     QSet<QString> names_;
     bool lostSome_ = false;
+    bool isAbsenceTold_ = false;
     /// A bus that was silent is not asked again before.
     QDeadlineTimer silentUntil_;
     /// Runs only while there is somebody to listen for and no bus to listen to.

@@ -113,7 +113,7 @@ public:
     qsizetype nextOrder() { return ++orders_; }
     void cancelAll()
     {
-        cancelledOrders_ = orders_;
+        cancelledOrders_ = orders_.load();
         cancel();
     }
 
@@ -127,8 +127,8 @@ private:
     std::atomic<bool> isCancelled_ = false;
     std::atomic<bool> answer_ = false;
     QSemaphore answers_;
-    /// Of the caller's thread.
-    qsizetype orders_ = 0;
+    /// How many were given.
+    std::atomic<qsizetype> orders_ = 0;
     std::atomic<qsizetype> cancelledOrders_ = 0;
 };
 
@@ -143,9 +143,20 @@ CreationWorker::~CreationWorker()
     cancelAll();
 }
 
-void CreationWorker::create(const CreationOrder &order)
+bool CreationWorker::create(const QList<CreationOrder> &orders)
 {
-    ++unfinished_;
+    qsizetype waiting = unfinished_;
+    do {
+        if (waiting + orders.size() > mostWaiting)
+            return false;
+    } while (!unfinished_.compare_exchange_weak(waiting, waiting + orders.size()));
+    for (const CreationOrder &order : orders)
+        createLater(order);
+    return true;
+}
+
+void CreationWorker::createLater(const CreationOrder &order)
+{
     thread_->run([this, order, number = thread_->nextOrder()] {
         thread_->begin(number);
         toOwnThread([this, order] { handlers_.begun(order); });

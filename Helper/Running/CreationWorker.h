@@ -5,9 +5,11 @@
 
 #include "Helper/CreatePreset.h"
 
+#include <QList>
 #include <QObject>
 #include <QString>
 
+#include <atomic>
 #include <functional>
 #include <memory>
 
@@ -46,7 +48,11 @@ public:
     /// Cancels everything, and waits until it has been undone.
     ~CreationWorker() override;
 
-    void create(const CreationOrder &order);
+    /// So many things may wait to be done, whoever ordered them: the bus takes orders from any program.
+    static constexpr qsizetype mostWaiting = 1000;
+
+    /// Of any thread. False, and none of \a orders is taken, if more than mostWaiting would wait.
+    bool create(const QList<CreationOrder> &orders);
     void undoLast();
     void undo(const std::shared_ptr<CreationReport> &report);
 
@@ -62,11 +68,12 @@ public:
 private:
     class Thread;
 
+    void createLater(const CreationOrder &order);
     void undoBy(std::function<UndoReport()> action);
     void toOwnThread(std::function<void()> action);
     void finished();
 
     const Handlers handlers_;
     std::unique_ptr<Thread> thread_;
-    qsizetype unfinished_ = 0;
+    std::atomic<qsizetype> unfinished_ = 0;
 };

@@ -102,8 +102,8 @@ QString GlobalAccelHotKey::name() const
 
 void GlobalAccelHotKey::grab(QKeyCombination keys)
 {
-    // Of whatever object: the service gives the component one of its own.
-    QDBusConnection::sessionBus().connect(QString(), QString(), componentInterface, pressedSignal, this,
+    // Of whatever object of the service, which gives the component one of its own; of no other program.
+    QDBusConnection::sessionBus().connect(service, QString(), componentInterface, pressedSignal, this,
                                           SLOT(pressed(QString, QString, qlonglong)));
     call(QStringLiteral("doRegister"), {actionId()}, [this, keys](const QDBusMessage &) {
         isRegistered_ = true;

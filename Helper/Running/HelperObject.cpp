@@ -5,7 +5,6 @@
 
 #include "Helper/HelperService.h"
 
-#include <QDBusConnection>
 #include <QLoggingCategory>
 
 #include <utility>
@@ -16,22 +15,31 @@ Q_LOGGING_CATEGORY(lcObject, "quenby.helper.bus")
 
 } // namespace
 
-HelperObject::HelperObject(CreateHandler create)
-    : create_(std::move(create))
+HelperObject::HelperObject(QDBusConnection bus, Handlers handlers)
+    : bus_(std::move(bus))
+    , handlers_(std::move(handlers))
 {
-    if (!QDBusConnection::sessionBus().registerObject(HelperService::path, this,
-                                                      QDBusConnection::ExportAllSlots))
+    thread_.setObjectName(QStringLiteral("orders"));
+    moveToThread(&thread_);
+    thread_.start();
+    if (!bus_.registerObject(HelperService::path, this, QDBusConnection::ExportAllSlots))
         qCWarning(lcObject) << "not to be reached on the session bus";
 }
 
 HelperObject::~HelperObject()
 {
-    QDBusConnection::sessionBus().unregisterObject(HelperService::path);
+    bus_.unregisterObject(HelperService::path);
+    thread_.quit();
+    thread_.wait();
 }
 
 void HelperObject::Create(const QString &preset, const QStringList &folders)
 {
-    QString error;
-    if (!create_(preset, folders, &error))
-        sendErrorReply(QDBusError::InvalidArgs, error);
+    const Result<QList<CreationOrder>> orders = handlers_.understand(preset, folders);
+    if (!orders)
+        sendErrorReply(QDBusError::InvalidArgs, orders.error);
+    else if (!handlers_.give(*orders))
+        sendErrorReply(QDBusError::LimitsExceeded,
+                       tr("Nothing of it was begun: more than %1 folders would be waiting")
+                           .arg(CreationWorker::mostWaiting));
 }

@@ -3,31 +3,46 @@
 
 #pragma once
 
+#include "Helper/Running/CreationWorker.h"
+#include "Platform/Result.h"
+
+#include <QDBusConnection>
 #include <QDBusContext>
 #include <QObject>
 #include <QString>
 #include <QStringList>
+#include <QThread>
 
 #include <functional>
 
-/// The running helper as other programs find it on the session bus, see HelperService.
+/// The running helper as other programs find it on the session bus, see HelperService. What they ask for is
+/// understood, and answered, on a thread of its own: whatever they send, menus and windows go on living.
 class HelperObject : public QObject, protected QDBusContext
 {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.quenby.QNBHelper")
 
 public:
-    /// Gives the order to create a preset in some folders; false, with the reason for people in \a error, if
-    /// it makes no sense.
-    using CreateHandler =
-        std::function<bool(const QString &preset, const QStringList &folders, QString *error)>;
+    /// Both are called on the object's thread.
+    struct Handlers
+    {
+        /// What is to be done to create a preset in some folders; fails, with the reason for people, if that
+        /// makes no sense.
+        std::function<Result<QList<CreationOrder>>(const QString &preset, const QStringList &folders)>
+            understand;
+        /// False if too much is to be done already.
+        std::function<bool(const QList<CreationOrder> &orders)> give;
+    };
 
-    explicit HelperObject(CreateHandler create);
+    HelperObject(QDBusConnection bus, Handlers handlers);
+    /// Waits for what is being understood.
     ~HelperObject() override;
 
 public Q_SLOTS:
     void Create(const QString &preset, const QStringList &folders);
 
 private:
-    const CreateHandler create_;
+    QDBusConnection bus_;
+    const Handlers handlers_;
+    QThread thread_;
 };

@@ -13,10 +13,12 @@
 
 #include <QCoreApplication>
 #include <QCursor>
+#include <QDBusConnection>
 #include <QDir>
 #include <QFileDialog>
 #include <QLoggingCategory>
 
+#include <algorithm>
 #include <chrono>
 
 using namespace std::chrono_literals;
@@ -27,6 +29,8 @@ Q_LOGGING_CATEGORY(lcSession, "quenby.helper.session")
 
 /// The pane saves several times in a row when its windows come and go.
 constexpr auto reloadDelay = 100ms;
+/// Changes that never cease are waited for no longer than this.
+constexpr auto longestReloadDelay = 1000ms;
 /// For the bus to know, before the settings are read, that we listen for their changes.
 constexpr auto listenTimeout = 500ms;
 
@@ -74,15 +78,16 @@ HelperSession::~HelperSession() = default;
 
 void HelperSession::start()
 {
-    notificationCenter_.addObserver(QNBPresetConfigurationChangedNotification,
-                                    [this] { reloadTimer_.start(); });
+    notificationCenter_.addObserver(QNBPresetConfigurationChangedNotification, [this] { settingsChanged(); });
     if (hasBus_ && !notificationCenter_.flush(listenTimeout))
         qCWarning(lcSession) << "changes of the presets may not be heard of";
     reload();
     if (hasBus_)
-        object_.emplace([this](const QString &preset, const QStringList &folders, QString *error) {
-            return createByName(preset, folders, error);
-        });
+        object_.emplace(QDBusConnection::sessionBus(),
+                        HelperObject::Handlers{
+                            .understand = ordersFor,
+                            .give = [this](const QList<CreationOrder> &orders) { return createAll(orders); },
+                        });
     trayWatch_.emplace(hasBus_, [this](TrayWatch::Tray tray) {
         tray_ = tray;
         updateTray();
@@ -94,6 +99,7 @@ void HelperSession::quit()
     if (isQuitting_)
         return;
     isQuitting_ = true;
+    object_.reset();
     worker_->cancelAll();
     if (!worker_->isBusy())
         QCoreApplication::exit();
@@ -102,7 +108,15 @@ void HelperSession::quit()
 void HelperSession::leave()
 {
     isQuitting_ = true;
+    object_.reset();
     worker_.reset();
+}
+
+void HelperSession::settingsChanged()
+{
+    if (!reloadTimer_.isActive())
+        latestReload_.setRemainingTime(longestReloadDelay);
+    reloadTimer_.start(std::min(reloadDelay, std::chrono::milliseconds(latestReload_.remainingTime())));
 }
 
 void HelperSession::reload()
@@ -169,8 +183,9 @@ void HelperSession::create(qsizetype preset, const QString &folder)
 {
     if (isQuitting_ || preset >= labels_.size())
         return;
-    folders_.add(folder);
-    worker_->create({preset, labels_[preset], folder});
+    if (!createAll({{preset, labels_[preset], folder}}))
+        notices_.showProblem(translated("\"%1\" was not created").arg(labels_[preset]),
+                             translated("Too many folders are waiting for their presets."));
 }
 
 void HelperSession::chooseFolder(qsizetype preset)
@@ -193,23 +208,38 @@ void HelperSession::chooseFolder(qsizetype preset)
     OwnedWindow::show(dialog, this);
 }
 
-bool HelperSession::createByName(const QString &preset, const QStringList &folders, QString *error)
+Result<QList<CreationOrder>> HelperSession::ordersFor(const QString &preset, const QStringList &folders)
 {
+    using Orders = Result<QList<CreationOrder>>;
     const QNBSettings settings = readSettings();
-    const QNBPresetRecordPtr record = presetNamed(settings.presets, preset, error);
+    QString error;
+    const QNBPresetRecordPtr record = presetNamed(settings.presets, preset, &error);
     if (!record)
+        return Orders::failure(error);
+    QList<CreationOrder> orders;
+    for (const QString &folder : folders) {
+        if (!QDir::isAbsolutePath(folder))
+            return Orders::failure(translated("%1 is not an absolute path").arg(folder));
+        orders.append({settings.presets.indexOf(record), record->label(), folder});
+    }
+    return orders;
+}
+
+bool HelperSession::createAll(const QList<CreationOrder> &orders)
+{
+    if (!worker_->create(orders))
         return false;
-    for (const QString &folder : folders) {
-        if (!QDir::isAbsolutePath(folder)) {
-            *error = translated("%1 is not an absolute path").arg(folder);
-            return false;
-        }
-    }
-    for (const QString &folder : folders) {
-        folders_.add(FolderPath::shortened(folder));
-        worker_->create({settings.presets.indexOf(record), record->label(), folder});
-    }
+    QMetaObject::invokeMethod(
+        this, [this, orders] { remember(orders); }, Qt::QueuedConnection);
     return true;
+}
+
+void HelperSession::remember(const QList<CreationOrder> &orders)
+{
+    QStringList folders;
+    for (const CreationOrder &order : orders.last(std::min(orders.size(), RecentFolders::mostKept)))
+        folders.append(FolderPath::shortened(order.folder));
+    folders_.add(folders);
 }
 
 void HelperSession::askAboutScript(const CreationOrder &order, const Script &script)

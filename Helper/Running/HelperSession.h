@@ -15,6 +15,7 @@
 #include "Helper/Running/TrayWatch.h"
 #include "Platform/DistributedNotificationCenter.h"
 
+#include <QDeadlineTimer>
 #include <QObject>
 #include <QPointer>
 #include <QStringList>
@@ -46,7 +47,11 @@ private:
 
     void create(qsizetype preset, const QString &folder);
     void chooseFolder(qsizetype preset);
-    bool createByName(const QString &preset, const QStringList &folders, QString *error);
+    /// On the thread of the bus's orders.
+    static Result<QList<CreationOrder>> ordersFor(const QString &preset, const QStringList &folders);
+    bool createAll(const QList<CreationOrder> &orders);
+    void remember(const QList<CreationOrder> &orders);
+    void settingsChanged();
     void askAboutScript(const CreationOrder &order, const Script &script);
     void openPane();
 
@@ -59,8 +64,9 @@ private:
     std::optional<CreationWorker> worker_;
     CreationPanel panel_;
     CreationNotices notices_;
-    /// Of a burst of changes the last one is read.
+    /// Of a burst of changes the last one is read; of one without an end, one now and then.
     QTimer reloadTimer_;
+    QDeadlineTimer latestReload_;
     DistributedNotificationCenter notificationCenter_;
     std::optional<HelperObject> object_;
     HotKeys hotKeys_;

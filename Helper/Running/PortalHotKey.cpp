@@ -86,7 +86,7 @@ QString PortalHotKey::name() const
 void PortalHotKey::grab(QKeyCombination keys)
 {
     keys_ = keys;
-    bus_.connect(QString(), objectPath, shortcutsInterface, QStringLiteral("Activated"), this,
+    bus_.connect(service, objectPath, shortcutsInterface, QStringLiteral("Activated"), this,
                  SLOT(activated(QDBusMessage)));
     QVariantMap options = requestOptions(SLOT(sessionAnswered(uint, QVariantMap)));
     options.insert(QStringLiteral("session_handle_token"), newToken());
@@ -99,7 +99,7 @@ QVariantMap PortalHotKey::requestOptions(const char *slot)
     // The answer may come before the reply that names the request: its path is known beforehand.
     const QString sender = bus_.baseService().mid(1).replace(u'.', u'_');
     const QString path = objectPath + QStringLiteral("/request/") + sender + u'/' + token;
-    bus_.connect(QString(), path, requestInterface, QStringLiteral("Response"), this, slot);
+    bus_.connect(service, path, requestInterface, QStringLiteral("Response"), this, slot);
     return {{QStringLiteral("handle_token"), token}};
 }
 

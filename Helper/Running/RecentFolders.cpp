@@ -12,6 +12,8 @@
 #include <QFileInfo>
 #include <QLoggingCategory>
 
+#include <algorithm>
+
 namespace {
 
 Q_LOGGING_CATEGORY(lcFolders, "quenby.helper.folders")
@@ -43,14 +45,16 @@ RecentFolders::RecentFolders(const QString &stateFolder)
     }
 }
 
-void RecentFolders::add(const QString &folder)
+void RecentFolders::add(const QStringList &folders)
 {
-    if (!folders_.isEmpty() && folders_.constFirst() == folder)
-        return;
-    folders_.removeAll(folder);
-    folders_.prepend(folder);
+    const QStringList before = folders_;
+    for (const QString &folder : folders.last(std::min(folders.size(), mostKept))) {
+        folders_.removeAll(folder);
+        folders_.prepend(folder);
+    }
     folders_ = folders_.mid(0, mostKept);
-    write();
+    if (folders_ != before)
+        write();
 }
 
 QStringList RecentFolders::existing() const

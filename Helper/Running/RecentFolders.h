@@ -16,8 +16,8 @@ public:
     /// \a stateFolder need not exist.
     explicit RecentFolders(const QString &stateFolder);
 
-    /// \a folder is the last one now.
-    void add(const QString &folder);
+    /// The last of \a folders is the last one now. They are written once, at most mostKept of them.
+    void add(const QStringList &folders);
     /// Those that are there now; at most mostShown.
     QStringList existing() const;
 

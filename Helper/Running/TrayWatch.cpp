@@ -37,7 +37,7 @@ TrayWatch::TrayWatch(bool hasBus, std::function<void(Tray tray)> appeared)
     QDBusConnection bus = QDBusConnection::sessionBus();
     watcher_ = new QDBusServiceWatcher(watcherService, bus, QDBusServiceWatcher::WatchForRegistration, this);
     connect(watcher_, &QDBusServiceWatcher::serviceRegistered, this, &TrayWatch::askWatcher);
-    bus.connect(QString(), watcherPath, watcherService, hostSignal, this, SLOT(askWatcher()));
+    bus.connect(watcherService, watcherPath, watcherService, hostSignal, this, SLOT(askWatcher()));
     askWatcher();
 }
 

@@ -11,11 +11,18 @@
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
+#include <QFile>
+#include <QTemporaryDir>
 #include <QThread>
 
+#include <atomic>
 #include <csignal>
+#include <cstring>
 #include <gtest/gtest.h>
 #include <optional>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
 
 using namespace std::chrono_literals;
 
@@ -33,7 +40,66 @@ qint64 duration(Action action)
     return timer.elapsed();
 }
 
+/// Where a bus should be: whoever connects is disconnected at once.
+class EndingSocket
+{
+public:
+    EndingSocket()
+        : descriptor_(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0))
+    {
+        sockaddr_un address = {};
+        address.sun_family = AF_UNIX;
+        const QByteArray path = QFile::encodeName(folder_.filePath(name_));
+        std::memcpy(address.sun_path, path.constData(), size_t(path.size()));
+        EXPECT_EQ(::bind(descriptor_, reinterpret_cast<const sockaddr *>(&address), sizeof address), 0);
+        EXPECT_EQ(::listen(descriptor_, 1), 0);
+    }
+    ~EndingSocket() { ::close(descriptor_); }
+    EndingSocket(const EndingSocket &) = delete;
+    EndingSocket &operator=(const EndingSocket &) = delete;
+
+    QString busAddress() const { return QStringLiteral("unix:path=") + folder_.filePath(name_); }
+    /// How many have connected by now.
+    int connections()
+    {
+        for (int client = ::accept(descriptor_, nullptr, nullptr); client >= 0;
+             client = ::accept(descriptor_, nullptr, nullptr)) {
+            ++connections_;
+            ::close(client);
+        }
+        return connections_;
+    }
+
+private:
+    const QString name_ = QStringLiteral("bus");
+    const QTemporaryDir folder_;
+    const int descriptor_;
+    int connections_ = 0;
+};
+
+std::atomic<int> linesOfAbsence;
+
+void countLinesOfAbsence(QtMsgType, const QMessageLogContext &, const QString &text)
+{
+    if (text.contains(u"no bus at"))
+        ++linesOfAbsence;
+}
+
 } // namespace
+
+TEST(DistributedNotificationCenterTest, AMissingBusIsToldOnceHoweverOftenItIsLookedFor)
+{
+    EndingSocket socket;
+    linesOfAbsence = 0;
+    const QtMessageHandler before = qInstallMessageHandler(countLinesOfAbsence);
+    {
+        DistributedNotificationCenter centre(socket.busAddress());
+        centre.addObserver(changed, [] {});
+        EXPECT_TRUE(waitUntil([&] { return socket.connections() >= 3; }, 30s));
+    }
+    qInstallMessageHandler(before);
+    EXPECT_EQ(linesOfAbsence, 1);
+}
 
 TEST(DistributedNotificationCenterTest, ANotificationIsASignalWithoutArguments)
 {

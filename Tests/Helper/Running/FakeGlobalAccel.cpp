@@ -35,25 +35,26 @@ const QDBusArgument &operator>>(const QDBusArgument &argument, FakeGlobalAccelKe
 
 namespace {
 
-const QString connectionName = QStringLiteral("fake-global-accel");
 const QString objectPath = QStringLiteral("/kglobalaccel");
 const QString componentPath = QStringLiteral("/component/org_quenby_QNBHelper");
 
 } // namespace
+
+const QString FakeGlobalAccel::ownConnection = QStringLiteral("fake-global-accel");
 
 FakeGlobalAccel::FakeGlobalAccel(const QString &busAddress, Manner manner)
     : manner_(manner)
 {
     qDBusRegisterMetaType<FakeGlobalAccelKeys>();
     qDBusRegisterMetaType<QList<FakeGlobalAccelKeys>>();
-    QDBusConnection connection = QDBusConnection::connectToBus(busAddress, connectionName);
+    QDBusConnection connection = QDBusConnection::connectToBus(busAddress, ownConnection);
     EXPECT_TRUE(connection.registerVirtualObject(objectPath, this));
     EXPECT_TRUE(connection.registerService(QStringLiteral("org.kde.kglobalaccel")));
 }
 
 FakeGlobalAccel::~FakeGlobalAccel()
 {
-    QDBusConnection::disconnectFromBus(connectionName);
+    QDBusConnection::disconnectFromBus(ownConnection);
 }
 
 bool FakeGlobalAccel::handleMessage(const QDBusMessage &message, const QDBusConnection &connection)
@@ -89,7 +90,7 @@ bool FakeGlobalAccel::handleMessage(const QDBusMessage &message, const QDBusConn
     return true;
 }
 
-void FakeGlobalAccel::press()
+void FakeGlobalAccel::press(const QString &connectionName)
 {
     QDBusMessage signal =
         QDBusMessage::createSignal(componentPath, QStringLiteral("org.kde.kglobalaccel.Component"),

@@ -20,7 +20,11 @@ public:
     int key() const { return key_; }
     QStringList action() const { return action_; }
     /// The user presses it.
-    void press();
+    void press() { press(ownConnection); }
+    /// The same said by whoever has the connection of that name.
+    void press(const QString &connectionName);
+
+    static const QString ownConnection;
 
 private:
     bool handleMessage(const QDBusMessage &message, const QDBusConnection &connection) override;

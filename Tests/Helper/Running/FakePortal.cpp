@@ -94,10 +94,15 @@ void FakePortal::answer(const QDBusMessage &message, const QVariantMap &options,
     EXPECT_TRUE(connection.send(message.createReply(QVariant::fromValue(QDBusObjectPath(request)))));
 }
 
-void FakePortal::activate(const QString &shortcut)
+QDBusMessage FakePortal::activation(const QString &shortcut) const
 {
     QDBusMessage signal = QDBusMessage::createSignal(
         objectPath, QStringLiteral("org.freedesktop.portal.GlobalShortcuts"), QStringLiteral("Activated"));
     signal << QVariant::fromValue(QDBusObjectPath(session_)) << shortcut << qulonglong(1) << QVariantMap();
-    EXPECT_TRUE(QDBusConnection(connectionName).send(signal));
+    return signal;
+}
+
+void FakePortal::activate(const QString &shortcut)
+{
+    EXPECT_TRUE(QDBusConnection(connectionName).send(activation(shortcut)));
 }

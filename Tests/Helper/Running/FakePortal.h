@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include <QDBusMessage>
 #include <QDBusVirtualObject>
 #include <QString>
 #include <QVariantMap>
@@ -30,6 +31,8 @@ public:
     bool hasSession() const { return !session_.isEmpty(); }
     /// The user presses the keys of a shortcut.
     void activate(const QString &shortcut);
+    /// What the portal says then.
+    QDBusMessage activation(const QString &shortcut) const;
 
 private:
     bool handleMessage(const QDBusMessage &message, const QDBusConnection &connection) override;

@@ -6,6 +6,9 @@
 #include "Tests/Helper/Running/FakeGlobalAccel.h"
 #include "Tests/Helper/Running/RunningFixture.h"
 
+#include <QDBusConnection>
+#include <QDBusConnectionInterface>
+
 #include <gmock/gmock.h>
 
 using ::testing::ElementsAre;
@@ -156,6 +159,29 @@ TEST_F(HotKeyProgramTest, TheDesktopsOwnServiceComesFirst)
     ASSERT_TRUE(waitUntil([&] { return service.key() == (Qt::CTRL | Qt::Key_F12).toCombined(); }));
     storeAndPost(with({}));
     ASSERT_TRUE(waitUntil([&] { return service.key() == 0; }));
+    expectEndOf(*helper);
+}
+
+TEST_F(HotKeyProgramTest, OnlyTheDesktopsServiceIsBelieved)
+{
+    store(with(controlAltP));
+    FakeGlobalAccel service(bus_.address());
+    const auto helper = start();
+    ASSERT_TRUE(waitUntilHeard(*helper));
+    const QString stranger = QStringLiteral("stranger");
+    ASSERT_TRUE(QDBusConnection::connectToBus(bus_.address(), stranger)
+                    .interface()
+                    ->isServiceRegistered(QStringLiteral("org.kde.kglobalaccel")));
+    service.press(stranger);
+    // The helper has heard all that was said before it asks for another key.
+    ASSERT_TRUE(
+        QDBusConnection(stranger).interface()->isServiceRegistered(QStringLiteral("org.kde.kglobalaccel")));
+    storeAndPost(with(controlF12));
+    ASSERT_TRUE(waitUntilHeard(*helper, 2));
+    EXPECT_FALSE(hasMenu(*helper));
+    service.press();
+    EXPECT_TRUE(waitForMenu(*helper));
+    QDBusConnection::disconnectFromBus(stranger);
     expectEndOf(*helper);
 }
 

@@ -1,9 +1,14 @@
 // SPDX-FileCopyrightText: Quenby contributors
 // SPDX-License-Identifier: MIT
 
+#include "Helper/HelperService.h"
+#include "Platform/DistributedNotificationCenter.h"
 #include "Tests/Helper/Running/RunningFixture.h"
 #include "Tests/Session/SilentSocket.h"
 
+#include <QElapsedTimer>
+
+#include <algorithm>
 #include <gmock/gmock.h>
 
 using ::testing::HasSubstr;
@@ -87,5 +92,45 @@ TEST_F(LifeProgramTest, ABusThatDiesIsSurvived)
     EXPECT_TRUE(
         waitUntil([&] { return helper->errors().contains("the bus has gone"); }, std::chrono::minutes(1)));
     EXPECT_TRUE(helper->isRunning());
+    expectEndOf(*helper);
+}
+
+TEST_F(LifeProgramTest, ChangesThatNeverCeaseAreReadAllTheSame)
+{
+    store(settings());
+    const auto helper = start();
+    ASSERT_TRUE(waitUntilItHasRead(*helper));
+    QNBSettings more = settings();
+    more.presets.append(record(preset(letters, {})));
+    store(more);
+    DistributedNotificationCenter centre(bus_.address());
+    QElapsedTimer pause;
+    pause.start();
+    qint64 longestPause = 0;
+    EXPECT_TRUE(waitUntil([&] {
+        // Well below the time that the helper waits for more of them.
+        longestPause = std::max(longestPause, pause.restart());
+        centre.postNotificationName(QNBPresetConfigurationChangedNotification);
+        return helper->errors().contains("presets in the menu: 3");
+    })) << "the longest pause was "
+        << longestPause << " ms";
+    expectEndOf(*helper);
+}
+
+TEST_F(LifeProgramTest, AnOrderForTooManyFoldersIsRefusedWithTheReasonAndOthersAreTaken)
+{
+    store(settings());
+    const auto helper = start();
+    ASSERT_TRUE(waitUntilItHasRead(*helper));
+    QStringList folders;
+    for (int i = 0; i < 3000; ++i)
+        folders.append(home_.filePath(QStringLiteral("folder %1").arg(i)));
+    QString reason;
+    EXPECT_EQ(HelperService::create(letters, folders, bus_.address(), &reason),
+              HelperService::Answer::Failed);
+    EXPECT_THAT(reason.toStdString(), HasSubstr("more than 1000 folders"));
+    EXPECT_EQ(HelperService::create(letters, {target()}, bus_.address(), &reason),
+              HelperService::Answer::Taken);
+    EXPECT_TRUE(waitUntil([&] { return tree().size() == 2; }));
     expectEndOf(*helper);
 }

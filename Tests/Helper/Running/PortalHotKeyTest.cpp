@@ -8,12 +8,17 @@
 #include "Tests/Session/ChildProcess.h"
 #include "Tests/Session/PrivateBus.h"
 
+#include <QCoreApplication>
+#include <QDBusConnection>
+#include <QDBusConnectionInterface>
+
 #include <gtest/gtest.h>
 #include <optional>
 
 namespace {
 
 const QString connectionName = QStringLiteral("portal-hot-key");
+const QString portalService = QStringLiteral("org.freedesktop.portal.Desktop");
 constexpr QKeyCombination controlAltP = Qt::CTRL | Qt::ALT | Qt::Key_P;
 
 class PortalHotKeyTest : public ::testing::Test
@@ -58,6 +63,23 @@ TEST_F(PortalHotKeyTest, AsksForItsCombinationAndHearsOfIt)
     ASSERT_TRUE(waitUntil([this] { return pressed_ > 0; }));
     EXPECT_EQ(pressed_, 1);
     EXPECT_EQ(refused_, 0);
+}
+
+TEST_F(PortalHotKeyTest, OnlyThePortalIsBelieved)
+{
+    FakePortal portal(bus_.address());
+    grab();
+    const QString stranger = QStringLiteral("stranger");
+    ASSERT_TRUE(
+        QDBusConnection::connectToBus(bus_.address(), stranger).send(portal.activation(portal.shortcut())));
+    // What the bus was told before it answers is passed on before that.
+    for (const QString &connection : {stranger, connectionName})
+        ASSERT_TRUE(QDBusConnection(connection).interface()->isServiceRegistered(portalService));
+    QDBusConnection::disconnectFromBus(stranger);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(pressed_, 0);
+    portal.activate(portal.shortcut());
+    EXPECT_TRUE(waitUntil([this] { return pressed_ == 1; }));
 }
 
 TEST_F(PortalHotKeyTest, ClosesItsSession)

@@ -35,10 +35,10 @@ TEST_F(RecentFoldersTest, TheLastOneIsFirstAndKept)
     const QString other = made(QStringLiteral("öther\nwith a break"));
     RecentFolders folders(state());
     EXPECT_THAT(folders.existing(), IsEmpty());
-    folders.add(one);
-    folders.add(other);
+    folders.add({one});
+    folders.add({other});
     EXPECT_THAT(folders.existing(), ElementsAre(other, one));
-    folders.add(one);
+    folders.add({one});
     EXPECT_THAT(folders.existing(), ElementsAre(one, other));
     EXPECT_THAT(RecentFolders(state()).existing(), ElementsAre(one, other));
 }
@@ -48,19 +48,32 @@ TEST_F(RecentFoldersTest, OneThatIsGoneIsNotShownUntilItIsBack)
     const QString one = made(QStringLiteral("one"));
     const QString other = made(QStringLiteral("other"));
     RecentFolders folders(state());
-    folders.add(one);
-    folders.add(other);
+    folders.add({one});
+    folders.add({other});
     ASSERT_TRUE(QDir().rmdir(other));
     EXPECT_THAT(folders.existing(), ElementsAre(one));
     made(QStringLiteral("other"));
     EXPECT_THAT(folders.existing(), ElementsAre(other, one));
 }
 
+TEST_F(RecentFoldersTest, OfManyAtOnceTheLastAreKept)
+{
+    const QString last = made(QStringLiteral("last"));
+    const QString lastButOne = made(QStringLiteral("last but one"));
+    QStringList many;
+    for (int i = 0; i < 3000; ++i)
+        many.append(folder_.filePath(QString::number(i)));
+    RecentFolders folders(state());
+    folders.add(many + QStringList{lastButOne, last});
+    EXPECT_THAT(folders.existing(), ElementsAre(last, lastButOne));
+    EXPECT_THAT(RecentFolders(state()).existing(), ElementsAre(last, lastButOne));
+}
+
 TEST_F(RecentFoldersTest, OnlySoManyAreKeptAndShown)
 {
     RecentFolders folders(state());
     for (int i = 0; i <= RecentFolders::mostKept; ++i)
-        folders.add(made(QString::number(i)));
+        folders.add({made(QString::number(i))});
     EXPECT_EQ(folders.existing().size(), RecentFolders::mostShown);
     for (int i = 1; i <= RecentFolders::mostKept; ++i)
         ASSERT_TRUE(QDir().rmdir(folder_.filePath(QString::number(i))));
@@ -78,6 +91,6 @@ TEST_F(RecentFoldersTest, AFileThatIsNoListIsReplaced)
     RecentFolders folders(state());
     EXPECT_THAT(folders.existing(), IsEmpty());
     const QString one = made(QStringLiteral("one"));
-    folders.add(one);
+    folders.add({one});
     EXPECT_THAT(RecentFolders(state()).existing(), ElementsAre(one));
 }

@@ -60,7 +60,7 @@ void RunningFixture::storeAndPost(const QNBSettings &settings)
 
 void RunningFixture::useTarget()
 {
-    RecentFolders(home_.stateFolder() + QStringLiteral("/Quenby")).add(target());
+    RecentFolders(home_.stateFolder() + QStringLiteral("/Quenby")).add({target()});
 }
 
 QProcessEnvironment RunningFixture::environment() const

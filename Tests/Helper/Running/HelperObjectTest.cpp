@@ -1,0 +1,126 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Helper/Running/HelperObject.h"
+
+#include "Helper/HelperService.h"
+#include "Tests/Session/ChildProcess.h"
+#include "Tests/Session/PrivateBus.h"
+
+#include <QCoreApplication>
+#include <QDBusMessage>
+#include <QDBusPendingCall>
+#include <QDBusPendingReply>
+#include <QSemaphore>
+
+#include <atomic>
+#include <gtest/gtest.h>
+#include <optional>
+
+namespace {
+
+const QString servingName = QStringLiteral("serving");
+const QString askingName = QStringLiteral("asking");
+const QString preset = QStringLiteral("Letters");
+
+using Orders = Result<QList<CreationOrder>>;
+
+class HelperObjectTest : public ::testing::Test
+{
+protected:
+    HelperObjectTest()
+        : serving_(QDBusConnection::connectToBus(bus_.address(), servingName))
+        , asking_(QDBusConnection::connectToBus(bus_.address(), askingName))
+    {
+    }
+    ~HelperObjectTest() override
+    {
+        QDBusConnection::disconnectFromBus(servingName);
+        QDBusConnection::disconnectFromBus(askingName);
+    }
+
+    QDBusPendingCall ask(const QStringList &folders)
+    {
+        QDBusMessage message =
+            QDBusMessage::createMethodCall(serving_.baseService(), HelperService::path,
+                                           HelperService::interfaceName, HelperService::createMethod);
+        message << preset << folders;
+        return asking_.asyncCall(message);
+    }
+    /// The error; none for the answer of one that is content.
+    QDBusError answerTo(const QStringList &folders)
+    {
+        QDBusPendingCall call = ask(folders);
+        EXPECT_TRUE(waitUntil([&] { return call.isFinished(); }));
+        return call.error();
+    }
+    static Orders ordersFor(const QStringList &folders)
+    {
+        QList<CreationOrder> orders;
+        for (const QString &folder : folders)
+            orders.append({0, preset, folder});
+        return orders;
+    }
+
+    const PrivateBus bus_;
+    QDBusConnection serving_;
+    QDBusConnection asking_;
+};
+
+} // namespace
+
+TEST_F(HelperObjectTest, AnOrderIsUnderstoodAndGiven)
+{
+    QStringList given;
+    const HelperObject object(
+        serving_,
+        {.understand = [](const QString &, const QStringList &folders) { return ordersFor(folders); },
+         .give =
+             [&](const QList<CreationOrder> &orders) {
+                 for (const CreationOrder &order : orders)
+                     given.append(order.label + u' ' + order.folder);
+                 return true;
+             }});
+    EXPECT_FALSE(answerTo({QStringLiteral("/a"), QStringLiteral("/b")}).isValid());
+    EXPECT_EQ(given, QStringList({QStringLiteral("Letters /a"), QStringLiteral("Letters /b")}));
+}
+
+TEST_F(HelperObjectTest, WhatMakesNoSenseIsRefusedWithTheReason)
+{
+    const HelperObject object(
+        serving_, {.understand = [](const QString &, const QStringList &) { return Orders::failure(preset); },
+                   .give = [](const QList<CreationOrder> &) { return true; }});
+    const QDBusError error = answerTo({});
+    EXPECT_EQ(error.type(), QDBusError::InvalidArgs);
+    EXPECT_EQ(error.message(), preset);
+}
+
+TEST_F(HelperObjectTest, WhatIsTooMuchIsRefusedAsThat)
+{
+    const HelperObject object(
+        serving_,
+        {.understand = [](const QString &, const QStringList &folders) { return ordersFor(folders); },
+         .give = [](const QList<CreationOrder> &) { return false; }});
+    EXPECT_EQ(answerTo({QStringLiteral("/a")}).type(), QDBusError::LimitsExceeded);
+}
+
+TEST_F(HelperObjectTest, WhileAnOrderIsBeingUnderstoodTheMainThreadGoesOn)
+{
+    std::atomic<bool> isBusy = false;
+    QSemaphore mayGoOn;
+    const HelperObject object(serving_, {.understand =
+                                             [&](const QString &, const QStringList &folders) {
+                                                 isBusy = true;
+                                                 constexpr int longTime = 10'000;
+                                                 mayGoOn.tryAcquire(1, longTime);
+                                                 isBusy = false;
+                                                 return ordersFor(folders);
+                                             },
+                                         .give = [](const QList<CreationOrder> &) { return true; }});
+    const QDBusPendingCall call = ask({QStringLiteral("/a")});
+    EXPECT_TRUE(waitUntil([&] { return isBusy.load(); }));
+    EXPECT_FALSE(call.isFinished());
+    mayGoOn.release();
+    EXPECT_TRUE(waitUntil([&] { return call.isFinished(); }));
+    EXPECT_FALSE(call.isError());
+}
