@@ -2,8 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "ContextMenu/PresetMenu.h"
-
-#include "Source/QNBFolderMenu.h"
+#include "Platform/LineText.h"
 
 #include <QHash>
 #include <QLoggingCategory>
@@ -26,7 +25,7 @@ constexpr qsizetype longestTitle = 80;
 
 QString titleOf(const QString &label)
 {
-    QString line = QNBFolderMenu::shownPath(label).trimmed();
+    QString line = lineText(label).trimmed();
     if (line.isEmpty())
         return QStringLiteral("(no name)");
     if (line.size() <= longestTitle)

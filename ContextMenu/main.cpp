@@ -4,6 +4,7 @@
 #include "ContextMenu/HelperFinder.h"
 #include "ContextMenu/Registration.h"
 #include "Platform/HomeOwner.h"
+#include "Platform/LineText.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -61,7 +62,7 @@ int exitStatus(const Result<> &result)
 {
     if (result)
         return EXIT_SUCCESS;
-    std::fputs(qPrintable(QStringLiteral("QNBContextMenu: %1\n").arg(result.error)), stderr);
+    std::fputs(qPrintable(QStringLiteral("QNBContextMenu: %1\n").arg(lineText(result.error))), stderr);
     return EXIT_FAILURE;
 }
 

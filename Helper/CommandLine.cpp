@@ -9,8 +9,8 @@
 #include "Helper/Notifications.h"
 #include "Helper/Presets.h"
 #include "Platform/HomeOwner.h"
+#include "Platform/LineText.h"
 #include "Platform/SessionBus.h"
-#include "Source/QNBFolderMenu.h"
 
 #include <QCoreApplication>
 #include <QJsonDocument>
@@ -217,10 +217,10 @@ bool CommandLine::allowScript(const CommandLineOptions &options, const Script &s
     const QString content =
         script.isText() ? script.shownContent()
                         : tr("A program that people cannot read, %1 bytes long").arg(script.content().size());
-    return console_.ask(tr("The preset wants to run the script %1, which says:")
-                                .arg(QNBFolderMenu::shownPath(script.path())) +
-                            QStringLiteral("\n\n") + content + QStringLiteral("\n\n"),
-                        tr("Allow it, now and from now on?"));
+    return console_.ask(
+        tr("The preset wants to run the script %1, which says:").arg(lineText(script.path())) +
+            QStringLiteral("\n\n") + content + QStringLiteral("\n\n"),
+        tr("Allow it, now and from now on?"));
 }
 
 void CommandLine::tellPlan(const Creation::Plan &plan)
@@ -295,6 +295,6 @@ void CommandLine::notify(const CommandLineOptions &options, ExitCode code)
 
 void CommandLine::tell(const QString &message)
 {
-    told_.append(message);
+    told_.append(lineText(message));
     console_.tell(message);
 }

@@ -2,8 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "Helper/Console.h"
-
-#include "Source/QNBFolderMenu.h"
+#include "Platform/LineText.h"
 
 #include <QCoreApplication>
 
@@ -36,14 +35,14 @@ void Console::print(const QByteArray &bytes)
 
 void Console::printLine(const QString &line)
 {
-    print(QNBFolderMenu::shownPath(line) + u'\n');
+    print(lineText(line) + u'\n');
 }
 
 void Console::tell(const QString &message)
 {
     // In the order in which it happened, should both go to one place.
     std::fflush(stdout);
-    write(stderr, QNBFolderMenu::shownPath(message).toUtf8() + '\n');
+    write(stderr, lineText(message).toUtf8() + '\n');
 }
 
 bool Console::canAsk() const

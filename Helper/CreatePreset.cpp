@@ -8,6 +8,7 @@
 #include "Helper/Presets.h"
 #include "Helper/ScriptApprovals.h"
 #include "Helper/ScriptChanges.h"
+#include "Platform/LineText.h"
 #include "Shared/Source/QNBShared.h"
 #include "Source/QNBFolderMenu.h"
 
@@ -130,15 +131,16 @@ UndoReport reportOf(const History::Creation &creation, const Creation::UndoOutco
     UndoReport report;
     report.label = creation.label;
     report.folder = QFile::decodeName(creation.record.target);
+    const QString shownFolder = lineText(creation.record.target);
     if (outcome.succeeded) {
         report.status = UndoReport::Status::Undone;
-        report.message = tr("Undid \"%1\" in %2").arg(report.label, report.folder);
+        report.message = tr("Undid \"%1\" in %2").arg(report.label, shownFolder);
         return report;
     }
     report.status = outcome.rest ? UndoReport::Status::Incomplete : UndoReport::Status::Refused;
     const QString message = outcome.rest ? tr("\"%1\" in %2 was not undone completely: %3")
                                          : tr("\"%1\" in %2 was not undone: %3");
-    report.message = message.arg(report.label, report.folder, outcome.error);
+    report.message = message.arg(report.label, shownFolder, outcome.error);
     return report;
 }
 

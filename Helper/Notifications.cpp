@@ -3,6 +3,8 @@
 
 #include "Helper/Notifications.h"
 
+#include "Platform/LineText.h"
+
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
@@ -131,11 +133,11 @@ void Notifications::send(const Notice &notice)
         for (const Action &action : notice.actions)
             actions << action.key << action.title;
     }
-    const QString text =
-        capabilities_->contains(markupCapability) ? notice.text.toHtmlEscaped() : notice.text;
+    const QString lines = linesText(notice.text);
+    const QString text = capabilities_->contains(markupCapability) ? lines.toHtmlEscaped() : lines;
     constexpr uint replacesNone = 0;
     QDBusMessage message = call(QStringLiteral("Notify"));
-    message << shownProgram << replacesNone << shownIcon << notice.title << text << actions
+    message << shownProgram << replacesNone << shownIcon << lineText(notice.title) << text << actions
             << QVariantMap{{desktopEntryHint, desktopEntry}} << desktopsOwnTimeout;
 
     ++unanswered_;

@@ -36,7 +36,7 @@ public:
     struct Notice
     {
         QString title;
-        /// Plain text.
+        /// Plain text of one or more lines; names in it have gone through lineText().
         QString text;
         QList<Action> actions = {};
         /// Called on the event loop when the user chooses an action, as long as the notice is shown.

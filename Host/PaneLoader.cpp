@@ -5,9 +5,9 @@
 
 #include "Host/ErrorPane.h"
 #include "Platform/Bundle.h"
+#include "Platform/LineText.h"
 
 #include <QCoreApplication>
-#include <QDir>
 #include <QFileInfo>
 #include <QJsonObject>
 #include <QLoggingCategory>
@@ -37,7 +37,7 @@ std::unique_ptr<PreferencePane> failure(const QString &reason)
 
 std::unique_ptr<PreferencePane> PaneLoader::load(const QString &bundlePath)
 {
-    const QString shownPath = QDir::toNativeSeparators(bundlePath);
+    const QString shownPath = lineText(bundlePath);
     if (!QFileInfo(bundlePath).isDir())
         return failure(tr("There is no pane at %1.").arg(shownPath));
     const std::optional<Bundle> bundle = Bundle::bundleWithPath(bundlePath);
@@ -49,9 +49,10 @@ std::unique_ptr<PreferencePane> PaneLoader::load(const QString &bundlePath)
     const QString executable = bundle->executablePath();
     if (executable.isEmpty()) {
         const QString name = information.value(executableKey).toString();
-        return failure(name.isEmpty()
-                           ? tr("Contents/Info.plist of %1 names no executable.").arg(shownPath)
-                           : tr("The executable of %1 is missing: Contents/MacOS/%2.").arg(shownPath, name));
+        return failure(
+            name.isEmpty()
+                ? tr("Contents/Info.plist of %1 names no executable.").arg(shownPath)
+                : tr("The executable of %1 is missing: Contents/MacOS/%2.").arg(shownPath, lineText(name)));
     }
 
     QPluginLoader loader(executable);
@@ -60,10 +61,11 @@ std::unique_ptr<PreferencePane> PaneLoader::load(const QString &bundlePath)
     const QString interface = loader.metaData().value(interfaceKey).toString();
     if (!interface.isEmpty() && interface != QStringLiteral(QUENBY_PREFERENCE_PANE_IID))
         return failure(tr("%1 is made for another program: its code offers %2, where %3 is needed.")
-                           .arg(shownPath, interface, QStringLiteral(QUENBY_PREFERENCE_PANE_IID)));
+                           .arg(shownPath, lineText(interface), QStringLiteral(QUENBY_PREFERENCE_PANE_IID)));
     auto *const factory = qobject_cast<PreferencePaneFactory *>(loader.instance());
     if (!factory)
-        return failure(tr("The code of %1 cannot be loaded: %2").arg(shownPath, loader.errorString()));
+        return failure(
+            tr("The code of %1 cannot be loaded: %2").arg(shownPath, lineText(loader.errorString())));
     std::unique_ptr<PreferencePane> pane(factory->createPane());
     if (!pane)
         return failure(tr("The code of %1 makes no pane.").arg(shownPath));
@@ -75,7 +77,7 @@ QString PaneLoader::titleOf(const QString &bundlePath)
     QString title;
     if (const std::optional<Bundle> bundle = Bundle::bundleWithPath(bundlePath))
         title = bundle->infoDictionary().value(nameKey).toString();
-    return title.isEmpty() ? QFileInfo(bundlePath).completeBaseName() : title;
+    return lineText(title.isEmpty() ? QFileInfo(bundlePath).completeBaseName() : title);
 }
 
 QString PaneLoader::iconPathOf(const QString &bundlePath)

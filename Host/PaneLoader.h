@@ -16,7 +16,8 @@ namespace PaneLoader {
 /// mapped for as long as the process runs, for a pane may have left timers and objects behind.
 std::unique_ptr<PreferencePane> load(const QString &bundlePath);
 
-/// What a window that shows the bundle is called: "CFBundleName", or the bundle's name on disk.
+/// What a window that shows the bundle is called: "CFBundleName", or the bundle's name on disk, as
+/// lineText().
 QString titleOf(const QString &bundlePath);
 
 /// The picture that "CFBundleIconFile" names; empty without one. An icon theme may have one of the same name.

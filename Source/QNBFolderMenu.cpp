@@ -184,20 +184,3 @@ QStringList QNBFolderMenu::entries(const QString &folder, Kind kind, const Limit
 {
     return Walk(folder, kind, limits).run();
 }
-
-QString QNBFolderMenu::shownPath(const QString &path)
-{
-    constexpr char16_t controlPictures = 0x2400;
-    constexpr char16_t deletePicture = 0x2421;
-    constexpr char16_t newlinePicture = 0x2424;
-    QString text = path;
-    for (QChar &character : text) {
-        if (character < u' ')
-            character = QChar(char16_t(controlPictures + character.unicode()));
-        else if (character == u'\x7f')
-            character = QChar(deletePicture);
-        else if (character == QChar::LineSeparator || character == QChar::ParagraphSeparator)
-            character = QChar(newlinePicture);
-    }
-    return text;
-}

@@ -40,7 +40,4 @@ struct Limits
 /// links may lead in circles. A walk that meets a limit ends there, with a line in the log.
 QStringList entries(const QString &folder, Kind kind, const Limits &limits = {});
 
-/// \a path in one line that shows every character: control characters are shown by their pictures.
-QString shownPath(const QString &path);
-
 } // namespace QNBFolderMenu

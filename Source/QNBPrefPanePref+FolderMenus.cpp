@@ -3,6 +3,7 @@
 
 #include "Source/QNBPrefPanePref.h"
 
+#include "Platform/LineText.h"
 #include "Source/QNBAttributeCommands.h"
 #include "Source/QNBInterfaceProperties.h"
 #include "Source/QNBPaneLog.h"
@@ -50,7 +51,7 @@ constexpr char usualToolTipProperty[] = "usualToolTip";
 /// \a path as it fits into \a characters on \a widget.
 QString shortened(const QString &path, const QWidget &widget, int characters)
 {
-    QString text = QNBFolderMenu::shownPath(path);
+    QString text = lineText(path);
     // Text this short is never too wide; most is, and measuring takes its time.
     if (text.size() > characters) {
         const QFontMetrics metrics = widget.fontMetrics();
@@ -205,7 +206,7 @@ void QNBPrefPanePref::scriptsItemClicked(const QAction &menuItem)
             answerTo({.title = tr("Script File not Executable"),
                       .message = tr("Script file '%1' is not set to be executable. Please make sure it "
                                     "is set to be executable (chmod +x).")
-                                     .arg(script.fileName()),
+                                     .arg(lineText(script.fileName())),
                       .defaultButton = tr("OK")});
             return;
         }
@@ -259,7 +260,7 @@ void QNBPrefPanePref::showScript()
     const QString script = selectedScript();
     const QString text = shortened(script, *_scriptButton, longestButtonText);
     _scriptButton->setText(text.isEmpty() ? tr("No Script") : literal(text));
-    _scriptButton->setAccessibleDescription(script);
+    _scriptButton->setAccessibleDescription(lineText(script));
     _scriptButton->setToolTip(text == script ? _scriptButton->property(usualToolTipProperty).toString()
                                              : plainToolTip(script));
 }

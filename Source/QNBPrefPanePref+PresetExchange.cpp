@@ -3,6 +3,7 @@
 
 #include "Source/QNBPrefPanePref.h"
 
+#include "Platform/LineText.h"
 #include "Source/QNBPresetFile.h"
 #include "Source/QNBPresetImport.h"
 #include "Source/QNBPresetListCommands.h"
@@ -93,10 +94,11 @@ void QNBPrefPanePref::exportSelectedPreset()
     const QNBPresetRecordPtr preset = _selectedItem;
     if (!preset)
         return;
-    const QStringList chosen = filesFor({.kind = FilePanel::Kind::Folder,
-                                         .title = tr("Export “%1” to a Folder").arg(preset->label()),
-                                         .acceptButton = tr("Export"),
-                                         .folder = _exchangeFolder});
+    const QStringList chosen =
+        filesFor({.kind = FilePanel::Kind::Folder,
+                  .title = tr("Export “%1” to a Folder").arg(lineText(preset->label())),
+                  .acceptButton = tr("Export"),
+                  .folder = _exchangeFolder});
     if (chosen.isEmpty())
         return;
     _exchangeFolder = chosen.constFirst();
@@ -105,7 +107,7 @@ void QNBPrefPanePref::exportSelectedPreset()
     const AlertPanel replace{.title = tr("Replace File"),
                              .message =
                                  tr("The folder '%1' has a file '%2' already. Do you want to replace it?")
-                                     .arg(_exchangeFolder, fileName),
+                                     .arg(lineText(_exchangeFolder), lineText(fileName)),
                              .defaultButton = tr("Replace"),
                              .alternateButton = tr("Cancel")};
     const QFileInfo present(QDir(_exchangeFolder).filePath(fileName));
@@ -120,6 +122,6 @@ void QNBPrefPanePref::exportSelectedPreset()
         return;
     answerTo({.title = tr("Preset Not Exported"),
               .message = tr("The preset '%1' could not be written to the folder '%2'.")
-                             .arg(preset->label(), _exchangeFolder),
+                             .arg(lineText(preset->label()), lineText(_exchangeFolder)),
               .defaultButton = tr("OK")});
 }

@@ -3,6 +3,7 @@
 
 #include "Source/QNBPrefPanePref.h"
 
+#include "Platform/LineText.h"
 #include "Source/QNBPresetListCommands.h"
 #include "Source/QNBPresetListNames.h"
 #include "Source/QNBUniqueName.h"
@@ -116,7 +117,8 @@ void QNBPrefPanePref::removeSelectedPresetAfterConfirmation()
         return;
     const AlertPanel alert{
         .title = tr("Remove Preset"),
-        .message = tr("Are you sure you wish to permanently delete the preset '%1'?").arg(preset->label()),
+        .message =
+            tr("Are you sure you wish to permanently delete the preset '%1'?").arg(lineText(preset->label())),
         .defaultButton = tr("Remove Preset"),
         .alternateButton = tr("Cancel"),
         .otherButton = QString()};

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "Toolkit/AlertPanel.h"
+#include "Platform/LineText.h"
 
 #include <QLabel>
 #include <QMessageBox>
@@ -14,11 +15,11 @@ AlertPanel::Answer AlertPanel::run(QWidget *parent) const
     const QPointer<QMessageBox> box = new QMessageBox(parent);
     box->setWindowModality(parent ? Qt::WindowModal : Qt::ApplicationModal);
     box->setIcon(QMessageBox::Warning);
-    box->setWindowTitle(title);
-    box->setAccessibleName(title);
-    box->setAccessibleDescription(message);
-    box->setText(title);
-    box->setInformativeText(message);
+    box->setWindowTitle(lineText(title));
+    box->setAccessibleName(lineText(title));
+    box->setAccessibleDescription(linesText(message));
+    box->setText(lineText(title));
+    box->setInformativeText(linesText(message));
     for (QLabel *label : box->findChildren<QLabel *>()) {
         // A name that looks like markup is shown as it is.
         label->setTextFormat(Qt::PlainText);

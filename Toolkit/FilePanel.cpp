@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "Toolkit/FilePanel.h"
+#include "Platform/LineText.h"
 
 #include <QFileDialog>
 #include <QFileInfo>
@@ -26,7 +27,7 @@ QString existingFolder(QString path)
 QStringList FilePanel::run(QWidget *parent) const
 {
     // Held by a pointer because its window may go, and the dialog with it, while the user looks around.
-    const QPointer<QFileDialog> dialog = new QFileDialog(parent, title, existingFolder(folder));
+    const QPointer<QFileDialog> dialog = new QFileDialog(parent, lineText(title), existingFolder(folder));
     dialog->setWindowModality(parent ? Qt::WindowModal : Qt::ApplicationModal);
     dialog->setFileMode(kind == Kind::Files ? QFileDialog::ExistingFiles : QFileDialog::Directory);
     dialog->setOption(QFileDialog::ShowDirsOnly, kind == Kind::Folder);

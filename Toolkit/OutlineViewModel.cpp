@@ -3,6 +3,7 @@
 
 #include "Toolkit/OutlineViewModel.h"
 
+#include "Platform/LineText.h"
 #include "Toolkit/OutlineView.h"
 
 #include <iterator>
@@ -170,6 +171,7 @@ QVariant OutlineViewModel::data(const QModelIndex &index, int role) const
         return {};
     switch (role) {
     case Qt::DisplayRole:
+        return lineText(index.data(Qt::EditRole).toString());
     case Qt::EditRole:
         return dataSource_->outlineViewObjectValueForTableColumn(view_, index.column(), nodeAt(index).item);
     case Qt::DecorationRole: {

@@ -3,11 +3,13 @@
 
 #pragma once
 
+#include "Platform/LineText.h"
+
 #include <QString>
 
-/// \a text as a tool tip that shows it as it is, also where it looks like markup, on several lines if it is
-/// long.
+/// \a text as a tool tip that shows every character of it, also where it looks like markup, on several lines
+/// if it is long.
 inline QString plainToolTip(const QString &text)
 {
-    return QStringLiteral("<span>%1</span>").arg(text.toHtmlEscaped());
+    return QStringLiteral("<span>%1</span>").arg(linesText(text).toHtmlEscaped());
 }

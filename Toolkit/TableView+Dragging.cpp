@@ -101,7 +101,7 @@ std::shared_ptr<PromisedFile> TableView::promiseOf(int row, const Pasteboard &pa
     QString name = delegate_->tableViewProbableNameOfPromisedFile(*this, row);
     if (name.isEmpty()) {
         const QModelIndex cell = model()->index(row, std::max(0, firstEditableColumn()));
-        name = cell.data().toString() + u'.' + extensions.constFirst().toString();
+        name = cell.data(Qt::EditRole).toString() + u'.' + extensions.constFirst().toString();
     }
     // By the time of the drop the view may be gone, and the record stand elsewhere.
     return std::make_shared<PromisedFile>(

@@ -3,6 +3,7 @@
 
 #include "Toolkit/TableViewModel.h"
 
+#include "Platform/LineText.h"
 #include "Toolkit/ArrayController.h"
 #include "Toolkit/TableView.h"
 
@@ -65,8 +66,11 @@ QVariant TableViewModel::data(const QModelIndex &index, int role) const
     }
     if (role == Qt::AccessibleTextRole && !column.accessibleName.isEmpty())
         return column.accessibleName.arg(firstText(index.row()));
-    if ((role == Qt::DisplayRole || role == Qt::EditRole) && !column.key.isEmpty())
-        return controller_->arrangedObjects().at(index.row())->valueForKey(column.key).toString();
+    if ((role == Qt::DisplayRole || role == Qt::EditRole) && !column.key.isEmpty()) {
+        const QString text =
+            controller_->arrangedObjects().at(index.row())->valueForKey(column.key).toString();
+        return role == Qt::DisplayRole ? lineText(text) : text;
+    }
     return {};
 }
 

@@ -5,6 +5,7 @@
 
 #include "Helper/Creation/ItemName.h"
 #include "Helper/Creation/Planner.h"
+#include "Platform/LineText.h"
 #include "Shared/Source/QNBShared.h"
 #include "Source/QNBFolderMenu.h"
 
@@ -47,7 +48,7 @@ QString Plan::path(qsizetype operation) const
     while (operation != Operation::noOperation && size <= ItemName::mostShown) {
         const Operation &step = operations_[static_cast<std::size_t>(operation)];
         if (step.kind != Operation::Kind::FinishFolder) {
-            components.append(QFile::decodeName(step.name));
+            components.append(lineText(step.name));
             size += components.constLast().size() + 1;
         }
         operation = step.folder;
@@ -72,8 +73,7 @@ QStringList Plan::lines() const
             lines.append(QStringLiteral("create file %1 (%2)").arg(path(i), attributes(step)));
             if (step.content != Operation::noContent)
                 lines.last() += QStringLiteral(" with the content of %1")
-                                    .arg(QNBFolderMenu::shownPath(
-                                        contents_[static_cast<std::size_t>(step.content)].name));
+                                    .arg(lineText(contents_[static_cast<std::size_t>(step.content)].name));
             break;
         case Operation::Kind::FinishFolder:
             lines.append(QStringLiteral("set permissions of folder %1 (%2)").arg(path(i), shownMode(step)));

@@ -2,8 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "Helper/Creation/ItemName.h"
-
-#include "Source/QNBFolderMenu.h"
+#include "Platform/LineText.h"
 
 namespace Creation {
 
@@ -34,12 +33,12 @@ QString ItemName::shownPath(const QList<QString> &components, bool isCut)
             path += u'/';
         path += *component;
     }
-    return QNBFolderMenu::shownPath(path);
+    return lineText(path);
 }
 
 QString ItemName::shownName(const QString &name)
 {
-    return QNBFolderMenu::shownPath(name.size() > mostShown ? name.left(mostShown) + u'…' : name);
+    return lineText(name.size() > mostShown ? name.left(mostShown) + u'…' : name);
 }
 
 } // namespace Creation

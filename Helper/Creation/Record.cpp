@@ -4,6 +4,7 @@
 #include "Helper/Creation/Record.h"
 
 #include "Helper/Creation/ItemName.h"
+#include "Platform/LineText.h"
 
 #include <QDataStream>
 #include <QFile>
@@ -95,7 +96,7 @@ QString Record::path(qsizetype entry) const
     qsizetype size = 0;
     while (entry != inTarget && size <= ItemName::mostShown) {
         const Entry &step = entries[static_cast<std::size_t>(entry)];
-        components.append(QFile::decodeName(step.name));
+        components.append(lineText(step.name));
         size += components.constLast().size() + 1;
         entry = step.folder;
     }

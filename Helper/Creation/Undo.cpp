@@ -4,6 +4,7 @@
 #include "Helper/Creation/Record.h"
 #include "Helper/Creation/Removal.h"
 #include "Platform/FileDescriptor.h"
+#include "Platform/LineText.h"
 
 #include <QFile>
 #include <cerrno>
@@ -150,7 +151,7 @@ UndoOutcome undo(const Record &record, EarlierUndo earlier)
 
 UndoOutcome undo(const Record &record, FolderLayer &layer, EarlierUndo earlier)
 {
-    const QString target = QFile::decodeName(record.target);
+    const QString target = lineText(record.target);
     const FileDescriptor folder(layer, layer.open(record.target, O_PATH | O_DIRECTORY | O_NOFOLLOW));
     struct stat information = {};
     if (!folder.isOpen() || layer.fstat(folder.get(), &information) == -1)

@@ -4,6 +4,7 @@
 #include "Helper/Running/CreationNotices.h"
 
 #include "Helper/Running/OwnedWindow.h"
+#include "Platform/LineText.h"
 #include "Platform/Workspace.h"
 
 #include <QCoreApplication>
@@ -58,6 +59,8 @@ QString text(const CreationOrder &order, const CreationReport &report)
     }
     if (report.status != Status::Created && !report.message.isEmpty())
         lines.append(report.message);
+    for (QString &line : lines)
+        line = lineText(line);
     return lines.join(u'\n');
 }
 
@@ -93,11 +96,11 @@ void CreationNotices::show(const CreationOrder &order, const std::shared_ptr<Cre
 void CreationNotices::show(const UndoReport &report)
 {
     if (report.status == UndoReport::Status::Undone)
-        notifications_.show({translated("Undone"), report.message});
+        notifications_.show({translated("Undone"), lineText(report.message)});
     else if (report.status == UndoReport::Status::Incomplete)
-        showProblem(translated("Not all was undone"), report.message);
+        showProblem(translated("Not all was undone"), lineText(report.message));
     else
-        showProblem(translated("Nothing was undone"), report.message);
+        showProblem(translated("Nothing was undone"), lineText(report.message));
 }
 
 void CreationNotices::showProblem(const QString &title, const QString &text)
@@ -123,8 +126,8 @@ void CreationNotices::act(const QString &action, const std::weak_ptr<CreationRep
 
 void CreationNotices::showWindow(const QString &title, const QString &text)
 {
-    auto *box = new QMessageBox(QMessageBox::Warning, translated("Quenby"), title, QMessageBox::Ok);
+    auto *box = new QMessageBox(QMessageBox::Warning, translated("Quenby"), lineText(title), QMessageBox::Ok);
     box->setTextFormat(Qt::PlainText);
-    box->setInformativeText(text);
+    box->setInformativeText(linesText(text));
     OwnedWindow::show(box, this);
 }

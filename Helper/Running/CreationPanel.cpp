@@ -3,8 +3,9 @@
 
 #include "Helper/Running/CreationPanel.h"
 
+#include "Platform/LineText.h"
+
 #include <QCoreApplication>
-#include <QDir>
 
 #include <algorithm>
 #include <chrono>
@@ -55,8 +56,8 @@ void CreationPanel::end()
 void CreationPanel::show()
 {
     dialog_ = std::make_unique<QProgressDialog>(
-        tr("Creating \"%1\" in %2").arg(order_.label, QDir::toNativeSeparators(order_.folder)), tr("Cancel"),
-        0, wholeProgress);
+        tr("Creating \"%1\" in %2").arg(lineText(order_.label), lineText(order_.folder)), tr("Cancel"), 0,
+        wholeProgress);
     dialog_->setWindowTitle(tr("Quenby"));
     dialog_->setAutoReset(false);
     dialog_->setAutoClose(false);

@@ -10,6 +10,7 @@
 #include "Helper/Running/PaneLauncher.h"
 #include "Helper/Running/ScriptPanel.h"
 #include "Platform/DesktopFolders.h"
+#include "Platform/LineText.h"
 
 #include <QCoreApplication>
 #include <QCursor>
@@ -194,7 +195,7 @@ void HelperSession::chooseFolder(qsizetype preset)
         return;
     const QString label = labels_[preset];
     auto *dialog = new QFileDialog;
-    dialog->setWindowTitle(translated("Create \"%1\" In").arg(label));
+    dialog->setWindowTitle(translated("Create \"%1\" In").arg(lineText(label)));
     dialog->setFileMode(QFileDialog::Directory);
     dialog->setOption(QFileDialog::ShowDirsOnly);
     const QStringList last = folders_.existing();

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "Helper/Running/MenuText.h"
+#include "Platform/LineText.h"
 
 namespace {
 
@@ -29,7 +30,7 @@ QString shortened(const QString &text)
 
 QString MenuText::forName(const QString &name, Reader reader)
 {
-    QString text = shortened(name.simplified());
+    QString text = shortened(lineText(name));
     if (reader == Reader::Library)
         return text.replace(mark, escapedMark);
     // A mark in front, of the first letter, is the one that the library turns: the others stay.

@@ -20,7 +20,8 @@ enum class Reader {
     Tray,
 };
 
-/// The text that is read as \a name, in one line, and shortened in its middle if it is long.
+/// The text that is read as \a name, as a line that shows every character, shortened in its middle if it is
+/// long.
 QString forName(const QString &name, Reader reader);
 
 } // namespace MenuText

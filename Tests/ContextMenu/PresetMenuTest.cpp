@@ -40,6 +40,7 @@ TEST_F(PresetMenuTest, EveryLabelIsPassedOnAsItIs)
 TEST_F(PresetMenuTest, ATitleIsOneLineAndNeitherEmptyNorEndless)
 {
     EXPECT_EQ(titleOf(QStringLiteral("two\nlines")), QStringLiteral("two\u240Alines"));
+    EXPECT_EQ(titleOf(QStringLiteral("a\u202E\u009Bb")), QStringLiteral("a<U+202E><U+009B>b"));
     EXPECT_EQ(titleOf(QString()), QStringLiteral("(no name)"));
     EXPECT_EQ(titleOf(QStringLiteral("  ")), QStringLiteral("(no name)"));
     EXPECT_EQ(titleOf(QString(80, u'x')), QString(80, u'x'));

@@ -98,6 +98,16 @@ TEST_F(CommandLineProgramTest, ListsTheLabels)
     EXPECT_EQ(list.errors, "");
 }
 
+TEST_F(CommandLineProgramTest, ATerminalIsShownEveryCharacter)
+{
+    storePresets({preset(text("\u202Egpj\u009B2J"), {file(text("../\u2066evil\u200B"))})});
+    EXPECT_EQ(run({text("--list")}).output, text("<U+202E>gpj<U+009B>2J\n").toUtf8());
+    const QString errors = QString::fromUtf8(create(text("#1")).errors);
+    EXPECT_THAT(errors.toStdString(), HasSubstr("../<U+2066>evil<U+200B>"));
+    EXPECT_EQ(QString::fromUtf8(create(text("\u202Enone")).errors),
+              text("There is no preset \"<U+202E>none\"\n"));
+}
+
 TEST_F(CommandLineProgramTest, ListsAsJson)
 {
     const Ended list = run({text("--list"), text("--json")});

@@ -60,6 +60,17 @@ TEST_F(NotificationsTest, TextIsNoMarkup)
     EXPECT_EQ(desktop.shown()[0].text, QStringLiteral("a &lt; b &amp; &quot;c&quot;"));
 }
 
+TEST_F(NotificationsTest, EveryCharacterIsShown)
+{
+    const FakeDesktop desktop(bus_.address(), {QStringLiteral("body")});
+    Notifications notifications(bus_.address());
+    notifications.show({QStringLiteral("\u202Etitle\n"), QStringLiteral("one\ntwo\u009B\u200B")});
+    EXPECT_TRUE(notifications.flush(longTime));
+    ASSERT_EQ(desktop.shown().size(), 1);
+    EXPECT_EQ(desktop.shown()[0].title, QStringLiteral("<U+202E>title␊"));
+    EXPECT_EQ(desktop.shown()[0].text, QStringLiteral("one\ntwo<U+009B><U+200B>"));
+}
+
 TEST_F(NotificationsTest, ADesktopWithoutActionsGetsNone)
 {
     const FakeDesktop desktop(bus_.address(), {QStringLiteral("body")});

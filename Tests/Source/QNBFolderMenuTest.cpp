@@ -299,14 +299,3 @@ TEST_F(QNBFolderMenuTest, AWalkThatMeetsALimitEndsWithALogLine)
     EXPECT_THAT(entries(Kind::FileContent, {.duration = 0ms}), IsEmpty());
     EXPECT_TRUE(warning.contains(QStringLiteral("the limit of time"))) << qPrintable(warning);
 }
-
-TEST_F(QNBFolderMenuTest, APathIsShownInOneLineWithEveryCharacter)
-{
-    const auto shown = [](const char16_t *path) {
-        return QNBFolderMenu::shownPath(QString::fromUtf16(path));
-    };
-    EXPECT_EQ(shown(u"Letters/R&D Invoice.rtf"), QStringLiteral("Letters/R&D Invoice.rtf"));
-    EXPECT_EQ(shown(u"line\nbreak\tand tab"), QStringLiteral("line␊break␉and tab"));
-    EXPECT_EQ(shown(u"a\x7f\x2028\x2029z"), QStringLiteral("a␡␤␤z"));
-    EXPECT_EQ(shown(u""), QString());
-}

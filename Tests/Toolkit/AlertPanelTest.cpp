@@ -127,6 +127,19 @@ TEST_F(AlertPanelTest, ShowsItsTextsAsTheyAreToBeSelectedAndRead)
     });
 }
 
+TEST_F(AlertPanelTest, ShowsEveryCharacter)
+{
+    AlertPanel hidden = question;
+    hidden.title = QStringLiteral("a\nb");
+    hidden.message = QStringLiteral("one\n\u202Etwo\u009B");
+    answer(hidden, [](QMessageBox &box) {
+        EXPECT_EQ(box.windowTitle(), u"a␊b");
+        EXPECT_EQ(box.text(), u"a␊b");
+        EXPECT_EQ(box.informativeText(), u"one\n<U+202E>two<U+009B>");
+        box.reject();
+    });
+}
+
 TEST_F(AlertPanelTest, HasNoAnswerWhenItsWindowGoes)
 {
     EXPECT_EQ(answer(question, [this](QMessageBox &) { window.reset(); }), AlertPanel::Answer::None);

@@ -27,6 +27,16 @@ TEST_F(OutlineViewTest, RowsAreCountedAsOnScreen)
     EXPECT_EQ(view.itemAtRow(-1), nullptr);
 }
 
+TEST_F(OutlineViewTest, ShowsEveryCharacterAndEditsTheTextItself)
+{
+    const QString text = QStringLiteral("a\u202E\u009B\nb");
+    tree.root->add(text);
+    view.reloadData();
+    const QModelIndex index = view.model()->index(3, 0);
+    EXPECT_EQ(index.data(Qt::DisplayRole).toString(), u"a<U+202E><U+009B>␊b");
+    EXPECT_EQ(index.data(Qt::EditRole).toString(), text);
+}
+
 TEST_F(OutlineViewTest, RowsAreFoundOutsideTheVisiblePart)
 {
     const NodePtr many = tree.root->add(QStringLiteral("many"));

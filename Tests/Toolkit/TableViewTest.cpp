@@ -89,6 +89,17 @@ TEST_F(TableViewTest, ShowsTheRecordsAndTheControllersSelection)
     EXPECT_FALSE(view.selectionModel()->hasSelection());
 }
 
+TEST_F(TableViewTest, ShowsEveryCharacterAndEditsTheTextItself)
+{
+    const QString text = QStringLiteral("a\u202E\u009B\nb");
+    controller.setValueForKey(text, labelKey, 1);
+    const QModelIndex index = view.model()->index(1, 1);
+    EXPECT_EQ(index.data(Qt::DisplayRole).toString(), u"a<U+202E><U+009B>␊b");
+    EXPECT_EQ(index.data(Qt::EditRole).toString(), text);
+    EXPECT_FALSE(view.model()->setData(index, text));
+    EXPECT_EQ(label(1), text);
+}
+
 TEST_F(TableViewTest, ClicksAndKeysSelectThroughTheController)
 {
     QSignalSpy selection(&controller, &ArrayController::selectionChanged);

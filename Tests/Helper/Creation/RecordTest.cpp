@@ -62,6 +62,13 @@ TEST(RecordTest, SurvivesStoring)
     EXPECT_EQ(stored->path(2), QStringLiteral("there/new/a␊b"));
 }
 
+TEST(RecordTest, ShowsTheBytesOfANameThatIsNoText)
+{
+    Record record = sample();
+    record.entries[2].name = "caf\xe9";
+    EXPECT_EQ(record.path(2), QStringLiteral("there/new/caf<0xE9>"));
+}
+
 TEST(RecordTest, IsEmptyIfNothingWasMade)
 {
     Record record = sample();

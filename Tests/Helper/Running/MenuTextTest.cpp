@@ -24,9 +24,10 @@ TEST(MenuTextTest, OnlyTheMarkInFrontIsTurnedOnTheWayToATray)
     EXPECT_EQ(MenuText::forName(QStringLiteral("A & B"), Reader::Tray), QStringLiteral("&A & B"));
 }
 
-TEST(MenuTextTest, ANameIsOneLine)
+TEST(MenuTextTest, ANameIsOneLineThatShowsEveryCharacter)
 {
-    EXPECT_EQ(MenuText::forName(QStringLiteral("a\nb\tc"), Reader::Library), QStringLiteral("a b c"));
+    EXPECT_EQ(MenuText::forName(QStringLiteral("a\nb\tc \u202Ed\u009B"), Reader::Library),
+              QStringLiteral("a␊b␉c <U+202E>d<U+009B>"));
 }
 
 TEST(MenuTextTest, ALongNameIsShortenedInItsMiddleAndNoCharacterIsCut)
