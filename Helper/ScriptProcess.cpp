@@ -3,8 +3,8 @@
 
 #include "Helper/ScriptProcess.h"
 
+#include "Helper/ScriptSupervisor.h"
 #include "Platform/FileDescriptor.h"
-#include "Platform/ProcessStart.h"
 
 #include <QCoreApplication>
 #include <QDeadlineTimer>
@@ -15,9 +15,10 @@
 #include <csignal>
 #include <cstring>
 #include <fcntl.h>
+#include <optional>
 #include <poll.h>
-#include <sys/syscall.h>
 #include <sys/wait.h>
+#include <tuple>
 #include <unistd.h>
 
 namespace {
@@ -27,12 +28,12 @@ QString tr(const char *text)
     return QCoreApplication::translate("ScriptProcess", text);
 }
 
-/// Waits for one process, and reads what it writes.
+/// Waits for one script, and reads what it writes.
 class Watch
 {
 public:
-    Watch(pid_t pid, FileDescriptor &output, const ScriptLimits &limits)
-        : pid_(pid)
+    Watch(ScriptSupervisor &supervisor, FileDescriptor &output, const ScriptLimits &limits)
+        : supervisor_(supervisor)
         , output_(output)
         , limits_(limits)
     {
@@ -41,37 +42,31 @@ public:
     ScriptResult untilItEnds()
     {
         using Outcome = ScriptResult::Outcome;
-        // A number that a process with a different end may get is of no use: this one is not reaped before.
-        FileDescriptor process(FileLayer::real(), static_cast<int>(::syscall(SYS_pidfd_open, pid_, 0)));
-        if (!process.isOpen()) {
-            result_.error = systemError(tr("it cannot be waited for"), errno);
-            return kill(Outcome::CouldNotStart);
-        }
         const QDeadlineTimer deadline(limits_.duration);
         for (;;) {
-            std::array<pollfd, 3> files{{{process.get(), POLLIN, 0},
+            std::array<pollfd, 3> files{{{supervisor_.descriptor(), POLLIN, 0},
                                          {output_.isOpen() ? output_.get() : -1, POLLIN, 0},
                                          {limits_.interruption, POLLIN, 0}}};
-            const auto [ended, wrote, interrupted] = std::tie(files[0], files[1], files[2]);
+            const auto [told, wrote, interrupted] = std::tie(files[0], files[1], files[2]);
             const int count =
                 ::poll(files.data(), files.size(), int(std::max<qint64>(deadline.remainingTime(), 0)));
             if (count == -1 && errno != EINTR) {
                 result_.error = systemError(tr("it cannot be waited for"), errno);
-                return kill(Outcome::CouldNotStart);
+                return endAll(Outcome::CouldNotStart);
             }
             if (count <= 0) {
                 if (deadline.hasExpired())
-                    return kill(Outcome::TimedOut);
+                    return endAll(Outcome::TimedOut);
                 continue;
             }
             if (wrote.revents != 0)
                 readOnce();
-            if (ended.revents != 0)
-                return reap();
+            if (told.revents != 0)
+                return readNews();
             if (interrupted.revents != 0)
-                return kill(Outcome::Interrupted);
+                return endAll(Outcome::Interrupted);
             if (deadline.hasExpired())
-                return kill(Outcome::TimedOut);
+                return endAll(Outcome::TimedOut);
         }
     }
 
@@ -99,32 +94,30 @@ private:
         }
     }
 
-    int status() const
+    ScriptResult readNews()
     {
-        int status = 0;
-        while (::waitpid(pid_, &status, 0) == -1 && errno == EINTR) {
-        }
-        return status;
-    }
-
-    ScriptResult reap()
-    {
-        const int ended = status();
+        using Outcome = ScriptResult::Outcome;
+        const ScriptSupervisor::Report report = supervisor_.read();
         readRest();
-        if (WIFEXITED(ended)) {
-            result_.outcome = ScriptResult::Outcome::Exited;
-            result_.code = WEXITSTATUS(ended);
+        if (report.news == ScriptSupervisor::News::CouldNotStart) {
+            result_.error = qt_error_string(report.value);
+            result_.outcome = Outcome::CouldNotStart;
+        } else if (report.news != ScriptSupervisor::News::Ended) {
+            result_.error = tr("it cannot be waited for");
+            result_.outcome = Outcome::CouldNotStart;
+        } else if (WIFEXITED(report.value)) {
+            result_.outcome = Outcome::Exited;
+            result_.code = WEXITSTATUS(report.value);
         } else {
-            result_.outcome = ScriptResult::Outcome::Signalled;
-            result_.code = WTERMSIG(ended);
+            result_.outcome = Outcome::Signalled;
+            result_.code = WTERMSIG(report.value);
         }
         return result_;
     }
 
-    ScriptResult kill(ScriptResult::Outcome outcome)
+    ScriptResult endAll(ScriptResult::Outcome outcome)
     {
-        ::kill(-pid_, SIGKILL);
-        status();
+        supervisor_.endAll();
         readRest();
         result_.outcome = outcome;
         return result_;
@@ -133,17 +126,17 @@ private:
     /// A pipe holds less.
     static constexpr int mostReadsAtTheEnd = 32;
 
-    const pid_t pid_;
+    ScriptSupervisor &supervisor_;
     FileDescriptor &output_;
     const ScriptLimits &limits_;
     ScriptResult result_;
 };
 
-ScriptResult couldNotStart(int errorNumber)
+ScriptResult couldNotStart(const QString &reason)
 {
     ScriptResult result;
     result.outcome = ScriptResult::Outcome::CouldNotStart;
-    result.error = qt_error_string(errorNumber);
+    result.error = reason;
     return result;
 }
 
@@ -154,25 +147,19 @@ ScriptResult ScriptProcess::run(const QByteArray &program, const QByteArrayList 
 {
     int ends[2];
     if (::pipe2(ends, O_CLOEXEC) == -1)
-        return couldNotStart(errno);
+        return couldNotStart(qt_error_string(errno));
     FileDescriptor output(FileLayer::real(), ends[0]);
     FileDescriptor input(FileLayer::real(), ends[1]);
     // Only this end: the script may not know what to do about a full pipe.
     if (::fcntl(output.get(), F_SETFL, O_NONBLOCK) == -1)
-        return couldNotStart(errno);
-
-    QByteArrayList words = QByteArrayList{program} + arguments;
-    ProcessStart beginning;
-    ::posix_spawn_file_actions_addopen(&beginning.actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-    ::posix_spawn_file_actions_adddup2(&beginning.actions, input.get(), STDOUT_FILENO);
-    ::posix_spawn_file_actions_adddup2(&beginning.actions, input.get(), STDERR_FILENO);
-    ::posix_spawn_file_actions_addchdir_np(&beginning.actions, folder.constData());
-    pid_t pid = 0;
-    if (const int error = ::posix_spawn(&pid, program.constData(), &beginning.actions, &beginning.attributes,
-                                        ProcessStart::pointersTo(words).data(), environ))
+        return couldNotStart(qt_error_string(errno));
+    QString error;
+    std::optional<ScriptSupervisor> supervisor =
+        ScriptSupervisor::start(program, arguments, folder, input.get(), &error);
+    if (!supervisor)
         return couldNotStart(error);
     input.close();
-    return Watch(pid, output, limits).untilItEnds();
+    return Watch(*supervisor, output, limits).untilItEnds();
 }
 
 QString ScriptResult::failure() const
@@ -186,8 +173,7 @@ QString ScriptResult::failure() const
         return code == 0 ? QString() : tr("The script ended with status %1").arg(code);
     case Outcome::Signalled:
         return tr("The script was ended by signal %1 (%2)")
-            .arg(code)
-            .arg(QString::fromLocal8Bit(::strsignal(code)));
+            .arg(QString::number(code), QString::fromLocal8Bit(::strsignal(code)));
     case Outcome::TimedOut:
         return tr("The script took too long and was ended");
     case Outcome::Interrupted:

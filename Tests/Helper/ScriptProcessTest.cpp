@@ -8,11 +8,15 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QTemporaryDir>
 
 #include <cerrno>
 #include <csignal>
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/prctl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 using namespace std::chrono_literals;
@@ -33,6 +37,18 @@ protected:
     {
         return ScriptProcess::run("/bin/sh", {"-c", commands, "sh", path("note")}, folder(), limits_);
     }
+    /// Ended when these commands, and what they leave running, have made a note.
+    ScriptResult interruptedShell(const QByteArray &commands)
+    {
+        QFile::remove(QFile::decodeName(path("pipe")));
+        EXPECT_EQ(::mkfifo(path("pipe").constData(), 0600), 0);
+        const int pipe = ::open(path("pipe").constData(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
+        limits_.interruption = pipe;
+        ScriptResult result = shell(commands + "\nwhile [ ! -s \"$1\" ]; do sleep 0.01; done; echo >" +
+                                    path("pipe") + "; sleep 600");
+        ::close(pipe);
+        return result;
+    }
     QByteArray folder() const { return QFile::encodeName(folder_.path()); }
     QByteArray path(const QByteArray &name) const { return folder() + '/' + name; }
     QByteArray note() const
@@ -51,6 +67,18 @@ private:
 bool hasEnded(const QByteArray &pid)
 {
     return ::kill(pid_t(pid.trimmed().toLongLong()), 0) == -1 && errno == ESRCH;
+}
+
+/// How many processes have \a folder as their working directory.
+int processesIn(const QByteArray &folder)
+{
+    int count = 0;
+    for (const QString &process : QDir(QStringLiteral("/proc")).entryList(QDir::Dirs | QDir::NoDotAndDotDot))
+        count += QFileInfo(QStringLiteral("/proc/%1/cwd").arg(process)).canonicalFilePath() ==
+                         QFile::decodeName(folder)
+                     ? 1
+                     : 0;
+    return count;
 }
 
 } // namespace
@@ -123,6 +151,57 @@ TEST_F(ScriptProcessTest, IsEndedAtTheTimeLimitWithEverythingItStarted)
     EXPECT_TRUE(waitUntil([this] { return hasEnded(note()); }));
 }
 
+TEST_F(ScriptProcessTest, NothingThatItStartedOutlivesItsEnd)
+{
+    for (const char *start : {
+             // In a session of its own, and a child of that.
+             "setsid sh -c 'sleep 600 & echo $! >\"$1\"; wait' sh \"$1\" &",
+             // A daemon: its parents have ended, and it is nobody's group.
+             "(setsid sh -c '(setsid sh -c \"trap \\\"\\\" TERM HUP; exec sleep 600\" & echo $! >\"$1\")' sh "
+             "\"$1\" &)",
+             // Stopped, so that it can do nothing itself.
+             "setsid sh -c 'echo $$ >\"$1\"; kill -STOP $$' sh \"$1\" &",
+         }) {
+        QFile::remove(QFile::decodeName(path("note")));
+        ChildProcess other(QStringLiteral("sleep"), {QStringLiteral("600")});
+        const ScriptResult result = interruptedShell(start);
+        EXPECT_EQ(result.outcome, Outcome::Interrupted) << start;
+        ASSERT_FALSE(note().isEmpty()) << start;
+        EXPECT_TRUE(hasEnded(note())) << start;
+        EXPECT_TRUE(other.isRunning());
+    }
+}
+
+TEST_F(ScriptProcessTest, OneThatStartsProcessesAllTheTimeIsEnded)
+{
+    const ScriptResult result = interruptedShell("spread() { while :; do setsid sh -c 'echo $$ >\"$1\"; exec "
+                                                 "sleep 600' sh \"$1\" & sleep 0.01; done; }\n"
+                                                 "spread \"$1\" & spread \"$1\" &");
+    EXPECT_EQ(result.outcome, Outcome::Interrupted);
+    EXPECT_TRUE(hasEnded(note()));
+    // What was started last can have noted nothing: it would be in that folder.
+    EXPECT_EQ(processesIn(folder()), 0);
+}
+
+TEST_F(ScriptProcessTest, OrphansOfOtherChildrenDoNotComeToThisProcess)
+{
+    EXPECT_TRUE(shell("exit 0").hasSucceeded());
+    int isSubreaper = -1;
+    ASSERT_EQ(::prctl(PR_GET_CHILD_SUBREAPER, &isSubreaper, 0, 0, 0), 0);
+    EXPECT_EQ(isSubreaper, 0);
+}
+
+TEST_F(ScriptProcessTest, WhoWaitsForItHasNothingOpenOfThisProgramNorItsName)
+{
+    const int kept = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
+    ASSERT_NE(kept, -1);
+    EXPECT_EQ(shell("n=0; while [ $n -lt 500 ] && [ \"$(ls /proc/$PPID/fd | wc -l)\" != 2 ]; do sleep 0.01; "
+                    "n=$((n + 1)); done; ls /proc/$PPID/fd | wc -l; cat /proc/$PPID/comm")
+                  .output,
+              "2\nQNBScript\n");
+    ::close(kept);
+}
+
 TEST_F(ScriptProcessTest, DoesNotWaitForWhatItLeftRunning)
 {
     const ScriptResult result = shell("sleep 600 & echo $! > \"$1\"; echo done");
@@ -170,4 +249,11 @@ TEST_F(ScriptProcessTest, TellsThatItCannotBeStarted)
 {
     EXPECT_EQ(ScriptProcess::run(path("absent"), {}, folder(), limits_).outcome, Outcome::CouldNotStart);
     EXPECT_EQ(ScriptProcess::run("/bin/true", {}, path("absent"), limits_).outcome, Outcome::CouldNotStart);
+}
+
+TEST_F(ScriptProcessTest, TellsThatNobodyKnowsOfIt)
+{
+    const ScriptResult result = shell("kill -KILL $PPID");
+    EXPECT_EQ(result.outcome, Outcome::CouldNotStart);
+    EXPECT_FALSE(result.failure().isEmpty());
 }

@@ -217,10 +217,11 @@ TEST_F(ScriptsProgramTest, NothingOutsideTheFolderRuns)
 
 TEST_F(ScriptsProgramTest, TheCommandLineIsNotCalledLikeTheRunningHelper)
 {
-    putScript(text("mine.sh"), "#!/bin/sh\ncat /proc/$PPID/comm\n");
+    putScript(text("mine.sh"),
+              "#!/bin/sh\ncat /proc/$PPID/comm \"/proc/$(cut -d' ' -f4 /proc/$PPID/stat)/comm\"\n");
     storePreset(text("mine.sh"));
     EXPECT_EQ(scriptOf(createPreset({text("--allow-script")})).value(text("output")),
-              text("QNBHelper-cli\n"));
+              text("QNBScript\nQNBHelper-cli\n"));
 }
 
 TEST_F(ScriptsProgramTest, ASignalEndsTheScriptAndTheProgram)
