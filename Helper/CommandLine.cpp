@@ -214,12 +214,14 @@ bool CommandLine::allowScript(const CommandLineOptions &options, const Script &s
 {
     if (options.allowScript)
         return true;
-    const QString content =
-        script.isText() ? script.shownContent()
-                        : tr("A program that people cannot read, %1 bytes long").arg(script.content().size());
+    // With a mark before each line: none is taken for this program's own words.
+    const QStringList lines = script.shownContent().split(u'\n');
+    QString content;
+    for (const QString &line : lines)
+        content += QStringLiteral("| ") + line + u'\n';
     return console_.ask(
         tr("The preset wants to run the script %1, which says:").arg(lineText(script.path())) +
-            QStringLiteral("\n\n") + content + QStringLiteral("\n\n"),
+            QStringLiteral("\n\n") + content + u'\n',
         tr("Allow it, now and from now on?"));
 }
 

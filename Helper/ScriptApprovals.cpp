@@ -4,7 +4,7 @@
 #include "Helper/ScriptApprovals.h"
 
 #include "Helper/Presets.h"
-#include "Helper/Script.h"
+#include "Helper/ScriptFile.h"
 #include "Platform/BoundedFile.h"
 #include "Platform/DesktopFolders.h"
 #include "Platform/FileLock.h"
@@ -81,7 +81,7 @@ bool ScriptApprovals::isShipped(const QByteArray &content) const
         const QString script = walk.next();
         QString error;
         if (QFileInfo(script).size() == content.size() &&
-            BoundedFile::read(script, Script::largestContent, &error) == content)
+            BoundedFile::read(script, ScriptFile::largest, &error) == content)
             return true;
     }
     return false;

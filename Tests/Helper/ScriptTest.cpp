@@ -3,17 +3,49 @@
 
 #include "Helper/Script.h"
 
+#include "Helper/ScriptFile.h"
 #include "Tests/Platform/FileFixture.h"
+#include "Tests/Session/Series.h"
 
+#include <csignal>
+#include <cstdio>
+#include <fcntl.h>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 using Outcome = ScriptResult::Outcome;
 
 namespace {
 
 const QByteArray program = "#!/bin/sh\nprintf '%s\\n' \"$0\" \"$@\"\npwd -P\n";
+const QByteArray allowed = "#!/bin/sh\necho allowed\n";
+const QByteArray evil = "#!/bin/sh\necho evil...\n";
+
+/// Exchanges two files, all the time, until it goes.
+class Exchange
+{
+public:
+    Exchange(const QString &one, const QString &other)
+        : pid_(::fork())
+    {
+        const QByteArray names[] = {QFile::encodeName(one), QFile::encodeName(other)};
+        while (pid_ == 0)
+            ::renameat2(AT_FDCWD, names[0].constData(), AT_FDCWD, names[1].constData(), RENAME_EXCHANGE);
+    }
+    ~Exchange()
+    {
+        ::kill(pid_, SIGKILL);
+        ::waitpid(pid_, nullptr, 0);
+    }
+    Exchange(const Exchange &) = delete;
+    Exchange &operator=(const Exchange &) = delete;
+
+private:
+    const pid_t pid_;
+};
 
 class ScriptTest : public FileFixture
 {
@@ -22,7 +54,18 @@ protected:
     {
         QDir(root()).mkpath(QStringLiteral("Scripts/Sub"));
         QDir(root()).mkpath(QStringLiteral("target"));
+        QDir(root()).mkpath(QStringLiteral("run"));
+        QFile::setPermissions(runtime(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        qputenv("XDG_RUNTIME_DIR", QFile::encodeName(runtime()));
     }
+    /// Nothing that was copied is left.
+    ~ScriptTest() override
+    {
+        EXPECT_EQ(namesIn(runtime()), QStringList());
+        qunsetenv("XDG_RUNTIME_DIR");
+    }
+
+    QString runtime() const { return in(QStringLiteral("run")); }
 
     QString scripts() const { return in(QStringLiteral("Scripts")); }
     QString target() const { return QFileInfo(in(QStringLiteral("target"))).canonicalFilePath(); }
@@ -67,17 +110,62 @@ TEST_F(ScriptTest, RunsWithTheTargetAndTheLabelInTheTarget)
     const ScriptResult result = script->run(target(), QStringLiteral("Label $(touch x); \u00e4"));
     EXPECT_TRUE(result.hasSucceeded()) << qPrintable(result.failure());
     const QByteArray folder = target().toUtf8();
-    EXPECT_EQ(result.output, QFileInfo(scripts()).canonicalFilePath().toUtf8() + "/Sub/a script.sh\n" +
-                                 folder + "\nLabel $(touch x); \xc3\xa4\n" + folder + '\n');
+    EXPECT_TRUE(
+        result.output.endsWith("/a script.sh\n" + folder + "\nLabel $(touch x); \xc3\xa4\n" + folder + '\n'))
+        << result.output.constData();
 }
 
-TEST_F(ScriptTest, FindsItsNeighbours)
+TEST_F(ScriptTest, RunsAloneInAFolderThatIsClosedToOthers)
 {
-    putProgram(scripts() + QStringLiteral("/first"), "#!/bin/sh\nexec \"$(dirname \"$0\")/second\"\n");
-    putProgram(scripts() + QStringLiteral("/second"), "#!/bin/sh\necho here\n");
+    putProgram(scripts() + QStringLiteral("/first"),
+               "#!/bin/sh\nhere=$(dirname \"$0\")\nls -A \"$here\"; stat -c %a \"$here\" \"$0\"\n");
+    putProgram(scripts() + QStringLiteral("/second"));
     const std::optional<Script> script = find(QStringLiteral("first"));
     ASSERT_TRUE(script) << qPrintable(error_);
-    EXPECT_EQ(script->run(target(), QStringLiteral("Label")).output, "here\n");
+    EXPECT_EQ(script->run(target(), QStringLiteral("Label")).output, "first\n700\n500\n");
+}
+
+TEST_F(ScriptTest, RunsNothingThatWasNotAllowedWhileFilesAreExchanged)
+{
+    const QString path = scripts() + QStringLiteral("/script");
+    putProgram(path, allowed);
+    putProgram(in(QStringLiteral("evil")), evil);
+    const int runs = seriesOf(50, 2000);
+    int allowedRuns = 0;
+    {
+        const Exchange exchange(path, in(QStringLiteral("evil")));
+        while (allowedRuns < runs) {
+            const std::optional<Script> script = find(QStringLiteral("script"));
+            if (!script || script->content() != allowed)
+                continue;
+            ASSERT_EQ(script->run(target(), QString()).output, "allowed\n") << "in run " << allowedRuns;
+            ++allowedRuns;
+        }
+    }
+}
+
+TEST_F(ScriptTest, OfABundleNothingRunsThatWasNotAllowedWhileFilesAreExchanged)
+{
+    const QString bundle = putBundle("tool");
+    putProgram(bundle + QStringLiteral("/Contents/MacOS/tool"),
+               "#!/bin/sh\n. \"$(dirname \"$0\")/../Resources/words\"\n");
+    const QString words = bundle + QStringLiteral("/Contents/Resources/words");
+    put(words, allowed);
+    put(in(QStringLiteral("evil")), evil);
+    const std::optional<Script> script = find(QStringLiteral("Tool.app"));
+    ASSERT_TRUE(script) << qPrintable(error_);
+    const int runs = seriesOf(50, 2000);
+    int allowedRuns = 0;
+    {
+        const Exchange exchange(words, in(QStringLiteral("evil")));
+        while (allowedRuns < runs) {
+            const ScriptResult result = script->run(target(), QString());
+            if (result.outcome == Outcome::CouldNotStart)
+                continue;
+            ASSERT_EQ(result.output, "allowed\n") << "in run " << allowedRuns;
+            ++allowedRuns;
+        }
+    }
 }
 
 TEST_F(ScriptTest, LinksInsideTheFolderAreFollowed)
@@ -115,46 +203,40 @@ TEST_F(ScriptTest, AHugeProgramIsNoScript)
 {
     const QString path = scripts() + QStringLiteral("/huge");
     putProgram(path);
-    ASSERT_TRUE(QFile::resize(path, Script::largestContent + 1));
+    ASSERT_TRUE(QFile::resize(path, ScriptFile::largest + 1));
     EXPECT_FALSE(reason(QStringLiteral("huge")).isEmpty());
-    ASSERT_TRUE(QFile::resize(path, Script::largestContent));
+    ASSERT_TRUE(QFile::resize(path, ScriptFile::largest));
     EXPECT_TRUE(find(QStringLiteral("huge"))) << qPrintable(error_);
 }
 
-TEST_F(ScriptTest, OneThatWasWrittenToDoesNotRun)
+TEST_F(ScriptTest, RunsAsItWasReadWhateverBecomesOfTheFile)
 {
     const QString path = scripts() + QStringLiteral("/script");
-    putProgram(path, "#!/bin/sh\necho good\n");
+    putProgram(path, allowed);
     const std::optional<Script> script = find(QStringLiteral("script"));
     ASSERT_TRUE(script);
-    put(path, "#!/bin/sh\necho evil\n");
-    const ScriptResult result = script->run(target(), QString());
-    EXPECT_EQ(result.outcome, Outcome::CouldNotStart);
-    EXPECT_EQ(result.output, "");
-}
-
-TEST_F(ScriptTest, OneThatWasReplacedDoesNotRunThoughItLooksTheSame)
-{
-    const QString path = scripts() + QStringLiteral("/script");
-    putProgram(path);
-    const std::optional<Script> script = find(QStringLiteral("script"));
-    ASSERT_TRUE(script);
-    std::filesystem::rename(path.toStdString(), in(QStringLiteral("moved")).toStdString());
-    putProgram(path);
-    const auto time = std::filesystem::last_write_time(in(QStringLiteral("moved")).toStdString());
-    std::filesystem::last_write_time(path.toStdString(), time);
-    EXPECT_EQ(script->run(target(), QString()).outcome, Outcome::CouldNotStart);
-}
-
-TEST_F(ScriptTest, OneThatHasBecomeALinkDoesNotRun)
-{
-    const QString path = scripts() + QStringLiteral("/script");
-    putProgram(path);
-    const std::optional<Script> script = find(QStringLiteral("script"));
-    ASSERT_TRUE(script);
+    put(path, evil);
+    EXPECT_EQ(script->run(target(), QString()).output, "allowed\n");
     std::filesystem::rename(path.toStdString(), in(QStringLiteral("moved")).toStdString());
     ASSERT_TRUE(QFile::link(in(QStringLiteral("moved")), path));
-    EXPECT_EQ(script->run(target(), QString()).outcome, Outcome::CouldNotStart);
+    EXPECT_EQ(script->run(target(), QString()).output, "allowed\n");
+    ASSERT_TRUE(QFile::remove(path));
+    EXPECT_EQ(script->run(target(), QString()).output, "allowed\n");
+}
+
+TEST_F(ScriptTest, DoesNotRunWhereItCannotBeCopied)
+{
+    putProgram(scripts() + QStringLiteral("/script"));
+    const std::optional<Script> script = find(QStringLiteral("script"));
+    ASSERT_TRUE(script);
+    qputenv("XDG_RUNTIME_DIR", "/proc/nothing");
+    qputenv("XDG_STATE_HOME", "/proc/nothing");
+    qputenv("TMPDIR", "/proc/nothing");
+    const ScriptResult result = script->run(target(), QString());
+    for (const char *variable : {"XDG_STATE_HOME", "TMPDIR"})
+        qunsetenv(variable);
+    EXPECT_EQ(result.outcome, Outcome::CouldNotStart);
+    EXPECT_FALSE(result.failure().isEmpty());
 }
 
 TEST_F(ScriptTest, ABundleRunsItsExecutable)
@@ -193,6 +275,24 @@ TEST_F(ScriptTest, NoNameInABundleLooksLikeTwo)
     EXPECT_TRUE(content.contains("Contents/100%25%0Aand more\n")) << content.constData();
 }
 
+TEST_F(ScriptTest, LinksInABundleLeadToWhatIsInIt)
+{
+    const QString bundle = putBundle("tool");
+    const QString program = bundle + QStringLiteral("/Contents/MacOS/tool");
+    putProgram(program, "#!/bin/sh\ncat \"$(dirname \"$0\")/words\"\n");
+    const QString link = bundle + QStringLiteral("/Contents/MacOS/words");
+    for (const QString &out : {in(QStringLiteral("target")), QStringLiteral("../../../Sub"), program,
+                               QStringLiteral("nowhere"), QStringLiteral("words")}) {
+        ASSERT_TRUE(QFile::link(out, link));
+        EXPECT_FALSE(reason(QStringLiteral("Tool.app")).isEmpty()) << qPrintable(out);
+        ASSERT_TRUE(QFile::remove(link));
+    }
+    ASSERT_TRUE(QFile::link(QStringLiteral("../Resources/words"), link));
+    const std::optional<Script> script = find(QStringLiteral("Tool.app"));
+    ASSERT_TRUE(script) << qPrintable(error_);
+    EXPECT_EQ(script->run(target(), QString()).output, "of the tool");
+}
+
 TEST_F(ScriptTest, ABundleRunsNothingFromOutside)
 {
     const QString bundle = putBundle("tool");
@@ -208,14 +308,20 @@ TEST_F(ScriptTest, IsShownWithEveryCharacterThatHides)
     const std::optional<Script> script = find(QStringLiteral("script"));
     ASSERT_TRUE(script);
     EXPECT_TRUE(script->isText());
-    EXPECT_EQ(script->shownContent(),
-              QStringLiteral("#!/bin/sh\n\techo \u00e4<U+000D><U+001B>[2J <U+202E><U+2028><U+0007>\n"));
+    EXPECT_EQ(script->shownContent(), QStringLiteral("#!/bin/sh\n\techo \u00e4␍␛[2J <U+202E><U+2028>␇\n"));
+}
+
+TEST_F(ScriptTest, BytesThatAreNoTextAreShown)
+{
+    putProgram(scripts() + QStringLiteral("/latin"), "#!/bin/sh\n# f\xfcr\n");
+    const std::optional<Script> script = find(QStringLiteral("latin"));
+    ASSERT_TRUE(script);
+    EXPECT_TRUE(script->isText());
+    EXPECT_EQ(script->shownContent(), QStringLiteral("#!/bin/sh\n# f<0xFC>r\n"));
 }
 
 TEST_F(ScriptTest, AProgramIsNoText)
 {
     putProgram(scripts() + QStringLiteral("/zero"), QByteArray("#!/bin/sh\n\0exit\n", 16));
-    putProgram(scripts() + QStringLiteral("/latin"), "#!/bin/sh\n# \xe4\n");
     EXPECT_FALSE(find(QStringLiteral("zero"))->isText());
-    EXPECT_FALSE(find(QStringLiteral("latin"))->isText());
 }

@@ -95,6 +95,24 @@ TEST_F(DefaultAppSupportTest, ScriptsAreExecutableShellScripts)
     }
 }
 
+TEST_F(DefaultAppSupportTest, EachScriptIsWholeByItself)
+{
+    const auto filling = [](const QString &script) {
+        const QByteArray text = contents(scriptsFolder + u'/' + script);
+        const qsizetype start = text.indexOf("\nfill_in() {\n");
+        return text.mid(start, text.indexOf("\n}\n", start) - start);
+    };
+    // What is allowed is what one file says, and it is copied alone: what two do stands in both.
+    EXPECT_GT(filling(fillInTemplates).size(), 100);
+    EXPECT_EQ(filling(startGitRepository), filling(fillInTemplates));
+    EXPECT_EQ(filling(writeContentsList), filling(fillInTemplates));
+    for (const QString &script : filesBelow(scriptsFolder)) {
+        const QByteArray text = contents(scriptsFolder + u'/' + script);
+        EXPECT_FALSE(text.contains("dirname")) << qPrintable(script);
+        EXPECT_FALSE(text.contains("${0%")) << qPrintable(script);
+    }
+}
+
 TEST_F(DefaultAppSupportTest, ScriptsRefuseAFolderThatIsNotThere)
 {
     for (const QString &script : filesBelow(scriptsFolder)) {
