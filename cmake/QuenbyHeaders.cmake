@@ -23,7 +23,7 @@ if(QUENBY_PRECOMPILE)
   _quenby_headers(windows LIBRARIES Qt6::Widgets HEADERS <QtWidgets> ${standard_headers})
   if(QUENBY_BUILD_TESTS)
     # Not Qt6::Test: it defines where each of the programs is built. Not optimised, as the tests.
-    _quenby_headers(tests LIBRARIES Qt6::Core GTest::gmock OPTIONS -O0
+    _quenby_headers(tests LIBRARIES Qt6::Core GTest::gmock OPTIONS ${QUENBY_TEST_OPTIONS}
                     HEADERS <gmock/gmock.h> <gtest/gtest.h> <QtCore> ${standard_headers})
   endif()
 endif()

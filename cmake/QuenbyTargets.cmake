@@ -16,6 +16,9 @@ if(QUENBY_SANITIZE)
   add_link_options(-fsanitize=${QUENBY_SANITIZE})
 endif()
 
+# Optimising the tests themselves took longer than running them.
+set(QUENBY_TEST_OPTIONS -O0)
+
 # quenby_add_tests(ROOM [WINDOWS] SOURCES... LIBRARIES... [WITH_HELPERS PATTERN]): the program
 # quenby-tests-<room>, each case a ctest test. WINDOWS gives it a QApplication instead of a QCoreApplication. The
 # tests that PATTERN names start processes that are called like the helper, or end those: never two at a time.
@@ -28,8 +31,7 @@ function(quenby_add_tests room)
   endif()
   add_executable(${target} ${arg_SOURCES} "${main}")
   target_link_libraries(${target} PRIVATE quenby-options ${arg_LIBRARIES} Qt6::Test GTest::gtest GTest::gmock)
-  # Optimising the tests themselves took longer than running them.
-  target_compile_options(${target} PRIVATE -O0)
+  target_compile_options(${target} PRIVATE ${QUENBY_TEST_OPTIONS})
   quenby_precompile(${target} tests)
   target_compile_definitions(${target} PRIVATE QUENBY_TEST_DATA="${CMAKE_CURRENT_SOURCE_DIR}/data")
   set(discovery TEST_PREFIX "${room}." DISCOVERY_MODE PRE_TEST NO_PRETTY_VALUES)
