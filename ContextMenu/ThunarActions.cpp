@@ -77,7 +77,8 @@ std::optional<Structure> structureOf(const QString &text, QString *error)
     while (!reader.atEnd())
         reader.readNext();
     if (reader.hasError()) {
-        *error = QStringLiteral("line %1: %2").arg(reader.lineNumber()).arg(reader.errorString());
+        *error =
+            QStringLiteral("line %1: %2").arg(QString::number(reader.lineNumber()), reader.errorString());
         return std::nullopt;
     }
     if (!QStringView(text).mid(structure.end).startsWith(u"</")) {

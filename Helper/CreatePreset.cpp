@@ -45,7 +45,7 @@ QString obstacles(const Creation::Plan &plan)
         first = withPath(plan.conflicts().first().path, tr("there is something of that name already"));
         count = plan.conflicts().size();
     }
-    return count > 1 ? tr("%1 (and %2 more)").arg(first).arg(count - 1) : first;
+    return count > 1 ? tr("%1 (and %2 more)").arg(first, QString::number(count - 1)) : first;
 }
 
 void forget(const History &history)

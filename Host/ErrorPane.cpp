@@ -3,6 +3,8 @@
 
 #include "Host/ErrorPane.h"
 
+#include "Toolkit/PlainText.h"
+
 #include <QCoreApplication>
 #include <QLabel>
 #include <QStyle>
@@ -18,15 +20,14 @@ QWidget *ErrorPane::loadMainView()
     view_ = new QWidget;
     view_->setObjectName(QStringLiteral("errorPage"));
 
-    auto *const symbol = new QLabel;
+    QLabel *const symbol = PlainText::label({});
     const int size = view_->style()->pixelMetric(QStyle::PM_MessageBoxIconSize);
     symbol->setPixmap(view_->style()->standardIcon(QStyle::SP_MessageBoxWarning).pixmap(size));
     symbol->setAlignment(Qt::AlignCenter);
 
-    auto *const heading =
-        new QLabel(QCoreApplication::translate("ErrorPane", "This settings pane cannot be shown"));
+    QLabel *const heading =
+        PlainText::label(QCoreApplication::translate("ErrorPane", "This settings pane cannot be shown"));
     heading->setObjectName(QStringLiteral("errorHeading"));
-    heading->setTextFormat(Qt::PlainText);
     heading->setAlignment(Qt::AlignCenter);
     heading->setWordWrap(true);
     QFont font = heading->font();
@@ -34,9 +35,8 @@ QWidget *ErrorPane::loadMainView()
     font.setPointSizeF(font.pointSizeF() * 1.2);
     heading->setFont(font);
 
-    auto *const text = new QLabel(reason_);
+    QLabel *const text = PlainText::label(reason_);
     text->setObjectName(QStringLiteral("errorReason"));
-    text->setTextFormat(Qt::PlainText);
     text->setAlignment(Qt::AlignCenter);
     text->setWordWrap(true);
     text->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);

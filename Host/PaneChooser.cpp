@@ -4,6 +4,7 @@
 #include "Host/PaneChooser.h"
 
 #include "Host/PaneLoader.h"
+#include "Toolkit/PlainText.h"
 
 #include <QLabel>
 #include <QListWidget>
@@ -25,12 +26,12 @@ PaneChooser::PaneChooser(const QStringList &panePaths, QWidget *parent)
     for (const QString &path : panePaths) {
         auto *const item = new QListWidgetItem(PaneLoader::titleOf(path), list);
         item->setData(pathRole, path);
-        item->setToolTip(path);
+        item->setToolTip(PlainText::toolTip(path));
     }
     list->setCurrentRow(0);
     connect(list, &QListWidget::itemActivated, this, &PaneChooser::activate);
 
-    auto *const label = new QLabel(tr("&Choose a settings pane:"));
+    QLabel *const label = PlainText::label(tr("&Choose a settings pane:"));
     label->setBuddy(list);
     auto *const layout = new QVBoxLayout(this);
     layout->addWidget(label);

@@ -141,7 +141,8 @@ bool KeyedArchiveReader::readDictionary(Slot slot, Handle property, const Fields
         if (!readReferences(*keys, &first, &count) || !readReferences(*objects, &firstValue, &values))
             return false;
         if (count != values)
-            return fail(QStringLiteral("a dictionary of %1 keys and %2 values").arg(count).arg(values));
+            return fail(QStringLiteral("a dictionary of %1 keys and %2 values")
+                            .arg(QString::number(count), QString::number(values)));
     } else if (fields.numberedKeys > 0 && fields.numberedKeys == fields.numberedObjects) {
         count = quint32(fields.numberedKeys);
         if (!readNumbered(property, NumberedKey, numberedKeyPrefix, fields.numberedKeys, &first) ||

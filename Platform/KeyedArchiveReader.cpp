@@ -241,7 +241,8 @@ std::optional<KeyedArchiveReader::Slot> KeyedArchiveReader::slotForUID(quint64 u
     if (uid == 0)
         return 0;
     if (uid >= slotOfUID_.size()) {
-        fail(QStringLiteral("a reference to object %1 of %2").arg(uid).arg(slotOfUID_.size()));
+        fail(QStringLiteral("a reference to object %1 of %2")
+                 .arg(QString::number(uid), QString::number(slotOfUID_.size())));
         return std::nullopt;
     }
     Slot &slot = slotOfUID_[uid];

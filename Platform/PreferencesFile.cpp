@@ -151,7 +151,7 @@ PreferencesFile::Content PreferencesFile::readFile(const QString &path, const QB
     }
     if (!bytes || bytes->size() > limit) {
         content.state = Content::TooLarge;
-        content.error = QStringLiteral("%1 has more than %2 bytes").arg(path).arg(limit);
+        content.error = QStringLiteral("%1 has more than %2 bytes").arg(path, QString::number(limit));
         return content;
     }
 
@@ -208,7 +208,7 @@ Result<> PreferencesFile::keepAside(const QString &path, Aside how) const
             if (how == Aside::Copy || errno != EEXIST)
                 return writer_.copy(path, aside);
         }
-        aside = QStringLiteral("%1-%2").arg(first).arg(number);
+        aside = QStringLiteral("%1-%2").arg(first, QString::number(number));
     }
     return Result<>::failure(QStringLiteral("there is no free name to keep %1 aside").arg(path));
 }

@@ -280,8 +280,9 @@ bool ProcessTable::sendSignal(const ProcessSerialNumber &process, int signal, co
     }
     if (sendSignalToPidfd(pidfd.get(), signal) == -1) {
         const int error = errno;
-        qCWarning(lcProcesses) << qPrintable(
-            systemError(QStringLiteral("send signal %1 to process %2").arg(signal).arg(pid), error));
+        qCWarning(lcProcesses) << qPrintable(systemError(
+            QStringLiteral("send signal %1 to process %2").arg(QString::number(signal), QString::number(pid)),
+            error));
         return false;
     }
     return true;

@@ -150,7 +150,8 @@ private:
 
 bool Builder::refuse(const QString &reason)
 {
-    error_ = QStringLiteral("XML property list, line %1: %2").arg(reader_.lineNumber()).arg(reason);
+    error_ =
+        QStringLiteral("XML property list, line %1: %2").arg(QString::number(reader_.lineNumber()), reason);
     return false;
 }
 

@@ -3,6 +3,8 @@
 
 #include "Source/QNBHoverButton.h"
 
+#include "Toolkit/PlainText.h"
+
 #include <QCoreApplication>
 #include <QFocusEvent>
 #include <QKeyEvent>
@@ -58,7 +60,7 @@ void QNBHoverButton::setTitle(const QString &title)
     title_ = title;
     const QString name = spokenName(title);
     setAccessibleName(name);
-    setToolTip(name);
+    setToolTip(PlainText::toolTip(name));
     setNeedsDisplay();
 }
 

@@ -9,7 +9,7 @@
 #include "Source/QNBPaneLog.h"
 #include "Source/QNBPresetListCommands.h"
 #include "Toolkit/ArrayController.h"
-#include "Toolkit/PlainToolTip.h"
+#include "Toolkit/PlainText.h"
 
 #include <QAction>
 #include <QCursor>
@@ -176,7 +176,7 @@ void QNBPrefPanePref::addEntries(QMenu &menu, QNBFolderMenu::Kind kind, const QS
             item->setFont(fontOfCurrent);
         }
         if (text != path)
-            item->setToolTip(plainToolTip(path));
+            item->setToolTip(PlainText::toolTip(path));
         menu.addAction(item);
     }
     updateFixedItems(menu, current.isEmpty(), paths.isEmpty());
@@ -262,5 +262,5 @@ void QNBPrefPanePref::showScript()
     _scriptButton->setText(text.isEmpty() ? tr("No Script") : literal(text));
     _scriptButton->setAccessibleDescription(lineText(script));
     _scriptButton->setToolTip(text == script ? _scriptButton->property(usualToolTipProperty).toString()
-                                             : plainToolTip(script));
+                                             : PlainText::toolTip(script));
 }

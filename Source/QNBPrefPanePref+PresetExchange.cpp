@@ -8,6 +8,7 @@
 #include "Source/QNBPresetImport.h"
 #include "Source/QNBPresetListCommands.h"
 #include "Toolkit/ArrayController.h"
+#include "Toolkit/PlainText.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -40,7 +41,8 @@ void QNBPrefPanePref::importPresets(const QStringList &paths, int row)
         delete import;
         return;
     }
-    auto *progress = new QProgressDialog(tr("Importing presets…"), tr("Cancel"), 0, 0, _mainView);
+    QProgressDialog *const progress =
+        PlainText::progressDialog(tr("Importing presets…"), tr("Cancel"), 0, _mainView);
     // The bar is told on its own: told by the dialog it would handle other events in the midst of ours.
     auto *bar = new QProgressBar(progress);
     progress->setBar(bar);

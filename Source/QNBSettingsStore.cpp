@@ -49,9 +49,7 @@ QStringList takeLosses(const QList<QNBPresetRecordPtr> &presets)
         if (report.losses > 0)
             losses << QStringLiteral(
                           "preset \"%1\" has %2 entries that its items have no place for, first under \"%3\"")
-                          .arg(preset->label())
-                          .arg(report.losses)
-                          .arg(report.first);
+                          .arg(preset->label(), QString::number(report.losses), report.first);
     }
     return losses;
 }

@@ -2,7 +2,8 @@
 // SPDX-License-Identifier: MIT
 
 #include "Toolkit/AlertPanel.h"
-#include "Platform/LineText.h"
+
+#include "Toolkit/PlainText.h"
 
 #include <QLabel>
 #include <QMessageBox>
@@ -12,17 +13,11 @@
 AlertPanel::Answer AlertPanel::run(QWidget *parent) const
 {
     // Held by a pointer because its window may go, and the box with it, while the user thinks.
-    const QPointer<QMessageBox> box = new QMessageBox(parent);
+    const QPointer<QMessageBox> box = PlainText::messageBox(title, title, message, parent);
     box->setWindowModality(parent ? Qt::WindowModal : Qt::ApplicationModal);
-    box->setIcon(QMessageBox::Warning);
-    box->setWindowTitle(lineText(title));
-    box->setAccessibleName(lineText(title));
-    box->setAccessibleDescription(linesText(message));
-    box->setText(lineText(title));
-    box->setInformativeText(linesText(message));
+    box->setAccessibleName(box->text());
+    box->setAccessibleDescription(box->informativeText());
     for (QLabel *label : box->findChildren<QLabel *>()) {
-        // A name that looks like markup is shown as it is.
-        label->setTextFormat(Qt::PlainText);
         if (!label->text().isEmpty())
             label->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     }

@@ -3,7 +3,7 @@
 
 #include "Toolkit/EditingDelegate.h"
 
-#include "Toolkit/PlainToolTip.h"
+#include "Toolkit/PlainText.h"
 #include "Toolkit/TextFieldCell.h"
 #include "Toolkit/TintedIconEngine.h"
 
@@ -111,7 +111,7 @@ bool EditingDelegate::helpEvent(QHelpEvent *event, QAbstractItemView *view,
     const QString text = index.data(Qt::DisplayRole).toString();
     if (event->type() != QEvent::ToolTip || text.isEmpty() || isSeenAsAWhole(*view, option, index))
         return QStyledItemDelegate::helpEvent(event, view, option, index);
-    QToolTip::showText(event->globalPos(), plainToolTip(text), view->viewport(), option.rect);
+    QToolTip::showText(event->globalPos(), PlainText::toolTip(text), view->viewport(), option.rect);
     return true;
 }
 

@@ -47,13 +47,9 @@ QIconEngine *TintedIconEngine::clone() const
 QPixmap TintedIconEngine::tinted(const QSize &size, qreal scale, QIcon::Mode mode, QIcon::State state) const
 {
     const QString key = QStringLiteral("TintedIconEngine-%1-%2-%3x%4-%5-%6-%7")
-                            .arg(source_.cacheKey())
-                            .arg(tint_.rgba())
-                            .arg(size.width())
-                            .arg(size.height())
-                            .arg(scale)
-                            .arg(mode)
-                            .arg(state);
+                            .arg(QString::number(source_.cacheKey()), QString::number(tint_.rgba()),
+                                 QString::number(size.width()), QString::number(size.height()),
+                                 QString::number(scale), QString::number(mode), QString::number(state));
     QPixmap result;
     if (QPixmapCache::find(key, &result))
         return result;

@@ -18,8 +18,7 @@ QString ItemName::problem(const QString &name, const QByteArray &bytes)
         return QStringLiteral("the name contains a null character");
     if (bytes.size() > mostBytes)
         return QStringLiteral("the name is %1 bytes long, and no more than %2 are possible")
-            .arg(bytes.size())
-            .arg(mostBytes);
+            .arg(QString::number(bytes.size()), QString::number(mostBytes));
     if (!name.isValidUtf16())
         return QStringLiteral("the name contains half a character");
     return {};

@@ -47,8 +47,9 @@ void Removal::keep(qsizetype number, const QString &reason)
 
 QString Removal::remains() const
 {
-    return kept_.size() > 1 ? QStringLiteral("%1, and %2 more").arg(firstKept_).arg(kept_.size() - 1)
-                            : firstKept_;
+    return kept_.size() > 1
+               ? QStringLiteral("%1, and %2 more").arg(firstKept_, QString::number(kept_.size() - 1))
+               : firstKept_;
 }
 
 } // namespace Creation

@@ -6,6 +6,7 @@
 #include "Helper/Running/OwnedWindow.h"
 #include "Platform/LineText.h"
 #include "Platform/Workspace.h"
+#include "Toolkit/PlainText.h"
 
 #include <QCoreApplication>
 #include <QLoggingCategory>
@@ -126,8 +127,7 @@ void CreationNotices::act(const QString &action, const std::weak_ptr<CreationRep
 
 void CreationNotices::showWindow(const QString &title, const QString &text)
 {
-    auto *box = new QMessageBox(QMessageBox::Warning, translated("Quenby"), lineText(title), QMessageBox::Ok);
-    box->setTextFormat(Qt::PlainText);
-    box->setInformativeText(linesText(text));
+    QMessageBox *const box = PlainText::messageBox(translated("Quenby"), title, text);
+    box->setStandardButtons(QMessageBox::Ok);
     OwnedWindow::show(box, this);
 }

@@ -4,6 +4,7 @@
 #include "Helper/Running/CreationPanel.h"
 
 #include "Platform/LineText.h"
+#include "Toolkit/PlainText.h"
 
 #include <QCoreApplication>
 
@@ -55,9 +56,9 @@ void CreationPanel::end()
 
 void CreationPanel::show()
 {
-    dialog_ = std::make_unique<QProgressDialog>(
-        tr("Creating \"%1\" in %2").arg(lineText(order_.label), lineText(order_.folder)), tr("Cancel"), 0,
-        wholeProgress);
+    dialog_.reset(PlainText::progressDialog(
+        tr("Creating \"%1\" in %2").arg(lineText(order_.label), lineText(order_.folder)), tr("Cancel"),
+        wholeProgress));
     dialog_->setWindowTitle(tr("Quenby"));
     dialog_->setAutoReset(false);
     dialog_->setAutoClose(false);

@@ -3,10 +3,13 @@
 
 #include "Helper/Running/ScriptPanel.h"
 
+#include "Platform/LineText.h"
+#include "Toolkit/PlainText.h"
+
 #include <QCoreApplication>
 #include <QDialogButtonBox>
 #include <QFontDatabase>
-#include <QLabel>
+#include <QLocale>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QVBoxLayout>
@@ -22,10 +25,8 @@ QString translated(const char *text)
     return QCoreApplication::translate("ScriptPanel", text);
 }
 
-QLabel *plainLabel(const QString &text)
+QLabel *wrapped(QLabel *label)
 {
-    auto *label = new QLabel(text);
-    label->setTextFormat(Qt::PlainText);
     label->setWordWrap(true);
     return label;
 }
@@ -37,17 +38,21 @@ ScriptPanel::ScriptPanel(const CreationOrder &order, const Script &script,
 {
     setWindowTitle(translated("Run the Script?"));
     auto *layout = new QVBoxLayout(this);
-    layout->addWidget(plainLabel(translated("The preset \"%1\" wants to run the script %2 in %3. It says:")
-                                     .arg(order.label, script.path(), order.folder)));
+    layout->addWidget(wrapped(
+        PlainText::label(translated("The preset \"%1\" wants to run the script %2 in %3. It says:")
+                             .arg(lineText(order.label), lineText(script.path()), lineText(order.folder)))));
+    // Wrapped: what blanks push to the right is not out of sight.
     auto *content = new QPlainTextEdit(script.shownContent());
     content->setReadOnly(true);
-    content->setLineWrapMode(QPlainTextEdit::NoWrap);
     content->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
     content->setAccessibleName(translated("Content of the script"));
     layout->addWidget(content);
+    // So that what line ends push down is not, either.
     layout->addWidget(
-        plainLabel(translated("Once you allow it, it runs now and from now on without being asked about "
-                              "until it changes. Allow only what you understand or trust.")));
+        PlainText::label(translated("Lines: %1").arg(QLocale().toString(content->document()->blockCount()))));
+    layout->addWidget(wrapped(PlainText::label(
+        translated("Once you allow it, it runs now and from now on without being asked about "
+                   "until it changes. Allow only what you understand or trust."))));
     auto *buttons = new QDialogButtonBox(QDialogButtonBox::Yes | QDialogButtonBox::No);
     buttons->button(QDialogButtonBox::Yes)->setText(translated("&Run the Script"));
     buttons->button(QDialogButtonBox::Yes)->setAutoDefault(false);

@@ -21,14 +21,6 @@ bool isOurs(const QString &path)
     return (text.match(path).hasMatch() || script.match(path).hasMatch()) && !data.match(path).hasMatch();
 }
 
-SourceFile read(const QString &path)
-{
-    QFile file(top + u'/' + path);
-    if (!file.open(QIODevice::ReadOnly))
-        qFatal("cannot read %s", qPrintable(file.fileName()));
-    return {path, QString::fromUtf8(file.readAll())};
-}
-
 } // namespace
 
 QList<Include> includesOf(const SourceFile &file)
@@ -72,6 +64,14 @@ QList<SourceFile> SourceTree::files()
     paths.sort();
     QList<SourceFile> files;
     for (const QString &path : std::as_const(paths))
-        files.append(read(path));
+        files.append(file(path));
     return files;
+}
+
+SourceFile SourceTree::file(const QString &path)
+{
+    QFile source(top + u'/' + path);
+    if (!source.open(QIODevice::ReadOnly))
+        qFatal("cannot read %s", qPrintable(source.fileName()));
+    return {path, QString::fromUtf8(source.readAll())};
 }

@@ -42,4 +42,7 @@ const QStringList &folders();
 /// user's are left out.
 QList<SourceFile> files();
 
+/// The file at \a path, whatever it is.
+SourceFile file(const QString &path);
+
 } // namespace SourceTree

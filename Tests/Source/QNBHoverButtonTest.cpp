@@ -3,6 +3,8 @@
 
 #include "Source/QNBHoverButton.h"
 
+#include "Toolkit/PlainText.h"
+
 #include <QAccessible>
 #include <QApplication>
 #include <QEnterEvent>
@@ -198,10 +200,10 @@ TEST_F(QNBHoverButtonTest, TabReachesIt)
 TEST_F(QNBHoverButtonTest, IsCalledByItsColour)
 {
     EXPECT_EQ(button.accessibleName(), u"Red");
-    EXPECT_EQ(button.toolTip(), u"Red");
+    EXPECT_EQ(button.toolTip(), PlainText::toolTip(QStringLiteral("Red")));
     button.setTitle({});
     EXPECT_EQ(button.accessibleName(), u"No label");
-    EXPECT_EQ(button.toolTip(), u"No label");
+    EXPECT_EQ(button.toolTip(), PlainText::toolTip(QStringLiteral("No label")));
 }
 
 TEST_F(QNBHoverButtonTest, AssistiveTechnologySeesWhetherItIsOn)
