@@ -49,12 +49,15 @@ void BM_SavePreferences(benchmark::State &state)
     QNBSettings settings;
     settings.presets = SamplePresets::presets(state.range(0), itemsPerPreset);
     for (auto _ : state) {
+        // What would not change would not be written.
+        settings.shortcutCombo.code ^= 0x100;
         if (const Result<> saved = QNBSettingsStore::write(preferences, settings); !saved)
             state.SkipWithError(qPrintable(saved.error));
     }
     Preferences again(QStringLiteral("org.quenby.Quenby"), options);
     QNBSettings reread;
-    QNBSettingsStore::read(again, {}, reread);
+    if (!QNBSettingsStore::read(again, {}, reread))
+        state.SkipWithError("the domain cannot be read");
     if (SamplePresets::countItems(reread.presets) != state.range(0))
         state.SkipWithError("items are missing");
 }
@@ -71,9 +74,11 @@ void BM_SynchronizePreferences(benchmark::State &state)
     for (const QNBPresetRecordPtr &preset : SamplePresets::presets(state.range(0), itemsPerPreset))
         records.push_back(preset->encode(presets.writer));
     presets.top = presets.writer.array(records);
+    qlonglong number = 0;
     for (auto _ : state) {
         state.PauseTiming();
         preferences.setAppValue(QNBPreferenceKey::presets, presets);
+        preferences.setAppValue(QNBPreferenceKey::hotKeyCode, number ^= 0x100);
         state.ResumeTiming();
         if (const Result<> saved = preferences.appSynchronize(); !saved)
             state.SkipWithError(qPrintable(saved.error));

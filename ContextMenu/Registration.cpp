@@ -106,6 +106,7 @@ PresetMenu Registration::menuFor(const QByteArray &helper)
 {
     Preferences preferences(QNBProductIdentifier());
     QNBSettings settings;
-    QNBSettingsStore::read(preferences, HelperFinder::paneOf(helper), settings);
+    // The reason is in the log.
+    (void)QNBSettingsStore::read(preferences, HelperFinder::paneOf(helper), settings);
     return PresetMenu::of(settings.presets, helper);
 }

@@ -47,7 +47,8 @@ QNBSettings readSettings()
 {
     QNBSettings settings;
     Preferences preferences(QNBProductIdentifier());
-    QNBSettingsStore::read(preferences, paneBundle(), settings);
+    // The reason is in the log.
+    (void)QNBSettingsStore::read(preferences, paneBundle(), settings);
     return settings;
 }
 

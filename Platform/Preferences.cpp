@@ -7,54 +7,31 @@
 #include "Platform/FileLayer.h"
 #include "Platform/PreferencesFile.h"
 
+#include <QCryptographicHash>
 #include <QDir>
+#include <QFile>
+#include <QFileInfo>
 #include <QLoggingCategory>
+#include <QSet>
 
-#include <map>
-#include <variant>
-#include <vector>
+#include <algorithm>
+#include <utility>
 
 Q_LOGGING_CATEGORY(preferencesLog, "quenby.preferences")
 
 namespace {
 
 using Content = PreferencesFile::Content;
-using Ref = BinaryPropertyListWriter::Ref;
 
 const QString domainSuffix = QStringLiteral(".plist");
 /// A file that changes its place while its lock is waited for is looked for again, a few times.
 constexpr int locatingAttempts = 3;
-
-PropertyListDocument::Ptr documentOf(const EncodedPreference &encoded)
-{
-    const PropertyList::WriteResult written = encoded.writer.finish(encoded.top);
-    QString error = written.error;
-    PropertyListDocument::Ptr document;
-    if (written)
-        document = PropertyListDocument::parse(*written.bytes, &error);
-    if (!document)
-        qCWarning(preferencesLog, "a value that was set is no property list: %ls", qUtf16Printable(error));
-    return document;
-}
 
 } // namespace
 
 class Preferences::Private
 {
 public:
-    /// A value set: as it is, or encoded and then, when somebody asked for it, read back.
-    struct Encoded
-    {
-        EncodedPreference preference;
-        PropertyListDocument::Ptr document;
-    };
-    using Value = std::variant<QVariant, std::unique_ptr<Encoded>>;
-    /// Stands in saved for a value that only the saved bytes hold.
-    struct InBytes
-    {
-    };
-    using Saved = std::variant<QVariant, InBytes>;
-
     Private(const QString &domain, const Options &given)
         : options(given)
         , layer(given.layer ? *given.layer : FileLayer::real())
@@ -67,20 +44,21 @@ public:
     void readOnce()
     {
         if (!isRead)
-            (void)synchronise();
+            (void)read();
     }
 
-    Result<> synchronise()
+    Result<> read() { return logged("reading", &Private::readAgain); }
+    Result<> synchronise() { return values.hasPending() ? logged("saving", &Private::save) : read(); }
+
+    Result<> logged(const char *doing, Result<> (Private::*act)())
     {
         isRead = true;
         Result<> result = path.isEmpty()
                               ? Result<>::failure(QStringLiteral("there is no home for the preferences"))
-                          : pending.empty() ? readAgain()
-                                            : save();
-        if (!result) {
-            qCWarning(preferencesLog, "%s %ls: %ls", pending.empty() ? "reading" : "saving",
-                      qUtf16Printable(path), qUtf16Printable(result.error));
-        }
+                              : (this->*act)();
+        if (!result)
+            qCWarning(preferencesLog, "%s %ls: %ls", doing, qUtf16Printable(path),
+                      qUtf16Printable(result.error));
         return result;
     }
 
@@ -110,8 +88,9 @@ public:
     Result<> readAgain()
     {
         PreferencesFile file(layer, path);
-        if (!file.locate(false)) {
-            // Nothing there, or a link that leads nowhere; a save will say which.
+        if (const Result<> located = file.locate(false); !located) {
+            if (!file.isMissing())
+                return stayUnread(located.error);
             forget();
             return {};
         }
@@ -122,7 +101,7 @@ public:
             if (const std::optional<FileLock> lock = file.lock(options.lockFolder, 0, &busy))
                 file.removeStrayTemporaries();
         }
-        Content content = file.read(bytes);
+        Content content = file.read(values.bytes());
         if (content.state != Content::Damaged)
             return take(file, content);
 
@@ -130,7 +109,7 @@ public:
         QString error;
         const std::optional<FileLock> lock = lockedFile(file, false, options.lockTimeout, &error);
         if (lock)
-            content = file.read(bytes);
+            content = file.read(values.bytes());
         if (content.state != Content::Damaged)
             return take(file, content);
         (void)take(file, content);
@@ -146,11 +125,8 @@ public:
             forget();
             return {};
         case Content::Good:
-            if (content.document) {
-                document = content.document;
-                saved.clear();
-            }
-            bytes = content.bytes;
+            values.setFile(content.bytes, content.document);
+            setSeen();
             return {};
         case Content::Damaged:
         case Content::TooLarge:
@@ -159,9 +135,34 @@ public:
         case Content::Unreadable:
             break;
         }
-        forget();
-        isUnseen = true;
-        return Result<>::failure(content.error);
+        return stayUnread(content.error);
+    }
+
+    /// There is nothing, and whoever asks for values learns so.
+    void forget()
+    {
+        values.forgetFile();
+        backupBytes.clear();
+        backupState = Content::Missing;
+        unread.clear();
+        isBlind = true;
+    }
+
+    void setSeen()
+    {
+        unread.clear();
+        // What is pending may have been set before.
+        isBlind = isBlind && values.hasPending();
+    }
+
+    /// What was known before is as good as it was: a save looks at the file again.
+    Result<> stayUnread(const QString &reason)
+    {
+        if (values.bytes().isEmpty()) {
+            unread = reason;
+            isBlind = true;
+        }
+        return Result<>::failure(reason);
     }
 
     void takeBackup(const PreferencesFile &file)
@@ -169,12 +170,14 @@ public:
         forget();
         const Content backup = file.readBackup();
         if (backup.state == Content::Good) {
-            document = backup.document;
+            values.setFile({}, backup.document);
             backupBytes = backup.bytes;
+            setSeen();
             qCWarning(preferencesLog, "the last good backup of %ls is read", qUtf16Printable(path));
         } else {
             backupState = backup.state;
-            isUnseen = isUnseen || backup.state == Content::Unreadable;
+            if (backup.state == Content::Unreadable)
+                unread = backup.error;
             qCWarning(preferencesLog, "there is no good backup: %ls", qUtf16Printable(backup.error));
         }
     }
@@ -189,16 +192,6 @@ public:
         return backupState == Content::Missing ? Result<>() : file.keepBackupAside();
     }
 
-    /// Keeps what the values are read from now, and could not be read from when they were asked for.
-    static Result<> keepUnseen(const PreferencesFile &file, Content::State state)
-    {
-        if (state == Content::Missing)
-            return {};
-        qCWarning(preferencesLog, "%ls could not be read before; a copy is kept aside",
-                  qUtf16Printable(file.target()));
-        return state == Content::Good ? file.keepCopyAside() : file.keepBackupAside();
-    }
-
     /// Puts the last good backup in the place of a damaged file, which is kept aside: at no moment is there
     /// neither. Without a good backup the damaged file just goes.
     Result<> repair(const PreferencesFile &file, const QString &reason)
@@ -210,12 +203,14 @@ public:
             return file.remove();
         Result<> result = file.write(backupBytes, false);
         if (result)
-            bytes = backupBytes;
+            values.setFile(backupBytes, nullptr);
         return result;
     }
 
     Result<> save()
     {
+        if (!unread.isEmpty())
+            return Result<>::failure(QStringLiteral("what is there could not be read: %1").arg(unread));
         PreferencesFile file(layer, path);
         QString error;
         const std::optional<FileLock> lock = lockedFile(file, true, options.lockTimeout, &error);
@@ -224,176 +219,76 @@ public:
         straysRemoved = true;
         file.removeStrayTemporaries();
 
-        const Content content = file.read(bytes);
+        const Content content = file.read(values.bytes());
         if (content.state == Content::Unreadable)
             return Result<>::failure(content.error);
-        const bool wasUnseen = isUnseen;
+        const bool wasBlind = isBlind;
         const Result<> taken = take(file, content);
+        isBlind = wasBlind;
         if (!taken) {
             qCWarning(preferencesLog, "%ls; it is kept aside", qUtf16Printable(taken.error));
-            if (Result<> result = keepDamaged(file); !result)
-                return result;
+            const Result<> kept = keepDamaged(file);
+            // The file was read before: the next save looks again.
+            unread.clear();
+            if (!kept)
+                return kept;
         }
-        if (wasUnseen) {
-            if (Result<> result = keepUnseen(file, content.state); !result)
+        if (isBlind && content.state == Content::Good && values.replacesOthers()) {
+            qCWarning(preferencesLog, "%ls was not known when its values were set; a copy is kept aside",
+                      qUtf16Printable(file.target()));
+            if (Result<> result = file.keepCopyAside(); !result)
                 return result;
-            isUnseen = false;
         }
 
-        const PropertyList::WriteResult merged = merge();
+        const PropertyList::WriteResult merged = values.merged();
         if (!merged)
             return Result<>::failure(merged.error);
-        Result<> result = file.write(*merged.bytes, content.state == Content::Good);
-        if (result)
-            settle(*merged.bytes);
-        return result;
+        if (!isUnsure && values.saysTheSame(*merged.bytes)) {
+            values.settle(content.bytes);
+        } else {
+            isUnsure = true;
+            if (Result<> result = file.write(*merged.bytes, content.state == Content::Good); !result)
+                return result;
+            isUnsure = false;
+            keepEarlierState(content);
+            values.settle(*merged.bytes);
+        }
+        isBlind = false;
+        return {};
     }
 
-    /// The document of what is known of the disk with what is pending in it. The largest value that is
-    /// encoded already is where the others are added, and is left as it was.
-    PropertyList::WriteResult merge()
+    /// After a save, which is done whatever becomes of this.
+    void keepEarlierState(const Content &replaced) const
     {
-        for (const auto &[key, value] : saved) {
-            if (std::holds_alternative<InBytes>(value) && !pending.contains(key)) {
-                readSavedBytes();
-                break;
-            }
-        }
-
-        Encoded *base = nullptr;
-        for (const auto &[key, value] : pending) {
-            const auto *encoded = std::get_if<std::unique_ptr<Encoded>>(&value);
-            if (encoded &&
-                (!base || (*encoded)->preference.writer.mark().bytes > base->preference.writer.mark().bytes))
-                base = encoded->get();
-        }
-        BinaryPropertyListWriter own;
-        BinaryPropertyListWriter &writer = base ? base->preference.writer : own;
-        const BinaryPropertyListWriter::Mark mark = writer.mark();
-        PropertyList::WriteResult result = merge(writer, base);
-        writer.rewind(mark);
-        return result;
-    }
-
-    PropertyList::WriteResult merge(BinaryPropertyListWriter &writer, const Encoded *base) const
-    {
-        std::map<QString, PropertyListNode> kept;
-        const PropertyListNode root = document ? document->root() : PropertyListNode();
-        for (qsizetype i = 0, count = root.isDictionary() ? root.count() : 0; i < count; ++i) {
-            const QString &key = root.keyAt(i);
-            if (!pending.contains(key) && !saved.contains(key))
-                kept[key] = root.valueAt(i);
-        }
-
-        std::vector<Ref> keys;
-        std::vector<Ref> values;
-        const auto add = [&](const QString &key, Ref value) {
-            keys.push_back(writer.string(key));
-            values.push_back(value);
-        };
-        for (const auto &[key, node] : kept)
-            add(key, writer.value(node));
-        for (const auto &[key, value] : saved) {
-            const auto *variant = std::get_if<QVariant>(&value);
-            if (variant && variant->isValid() && !pending.contains(key))
-                add(key, writer.value(*variant));
-        }
-        for (const auto &[key, value] : pending) {
-            if (const auto *variant = std::get_if<QVariant>(&value)) {
-                if (variant->isValid())
-                    add(key, writer.value(*variant));
-                continue;
-            }
-            const auto &encoded = std::get<std::unique_ptr<Encoded>>(value);
-            if (encoded.get() == base) {
-                add(key, base->preference.top);
-                continue;
-            }
-            const PropertyListDocument::Ptr other = documentOf(encoded->preference);
-            if (!other)
-                return {std::nullopt, QStringLiteral("the value of %1 is no property list").arg(key)};
-            add(key, writer.value(other->root()));
-        }
-        return writer.finish(writer.dictionary(keys, values));
-    }
-
-    /// What was pending is on disk.
-    void settle(const QByteArray &written)
-    {
-        for (const auto &[key, value] : pending) {
-            if (const auto *variant = std::get_if<QVariant>(&value))
-                saved.insert_or_assign(key, *variant);
-            else
-                saved.insert_or_assign(key, InBytes());
-        }
-        pending.clear();
-        bytes = written;
-    }
-
-    /// Makes the state the bytes that were saved; they were written here, so they can be read.
-    void readSavedBytes()
-    {
-        QString error;
-        document = PropertyListDocument::parse(bytes, &error);
-        if (!document)
-            qCCritical(preferencesLog, "what was saved cannot be read: %ls", qUtf16Printable(error));
-        saved.clear();
-    }
-
-    void forget()
-    {
-        document.reset();
-        saved.clear();
-        bytes.clear();
-        backupBytes.clear();
-        backupState = Content::Missing;
-    }
-
-    PropertyListNode node(const QString &key, PropertyListDocument::Ptr *keepAlive)
-    {
-        readOnce();
-        if (const auto found = pending.find(key); found != pending.end()) {
-            if (const auto *variant = std::get_if<QVariant>(&found->second)) {
-                *keepAlive = variant->isValid() ? PropertyListDocument::fromVariant(*variant) : nullptr;
-            } else {
-                const auto &encoded = std::get<std::unique_ptr<Encoded>>(found->second);
-                if (!encoded->document)
-                    encoded->document = documentOf(encoded->preference);
-                *keepAlive = encoded->document;
-            }
-            return *keepAlive ? (*keepAlive)->root() : PropertyListNode();
-        }
-        if (const auto found = saved.find(key); found != saved.end()) {
-            if (const auto *variant = std::get_if<QVariant>(&found->second)) {
-                *keepAlive = variant->isValid() ? PropertyListDocument::fromVariant(*variant) : nullptr;
-                return *keepAlive ? (*keepAlive)->root() : PropertyListNode();
-            }
-            readSavedBytes();
-        }
-        *keepAlive = document;
-        return document ? document->root().value(key) : PropertyListNode();
+        if (options.statesFolder.isEmpty() || replaced.state != Content::Good)
+            return;
+        if (const Result<> kept =
+                EarlierStates(options.statesFolder, &layer).keep(replaced.bytes, replaced.modified);
+            !kept)
+            qCWarning(preferencesLog, "no earlier state of %ls is kept: %ls", qUtf16Printable(path),
+                      qUtf16Printable(kept.error));
     }
 
     const Options options;
     FileLayer &layer;
     QString path;
-    std::map<QString, Value> pending;
+    PreferenceValues values;
 
-    // What is known of the disk: the bytes, the document as it was last parsed, and what was saved since.
     bool isRead = false;
     bool straysRemoved = false;
-    /// Could not be read when it was asked for: who sets values now may not know those that are there.
-    bool isUnseen = false;
-    QByteArray bytes;
-    PropertyListDocument::Ptr document;
-    std::map<QString, Saved> saved;
+    /// Why the file, which is there, was never read; empty if it was, or if there is none.
+    QString unread;
+    /// Who set the values that are pending may not know those that are in the file.
+    bool isBlind = false;
+    /// The last write failed: what the file shows may not be on the disk.
+    bool isUnsure = false;
     // Of the backup, where that is read for the file.
     QByteArray backupBytes;
     Content::State backupState = Content::Missing;
 };
 
 Preferences::Preferences(const QString &domain)
-    : Preferences(domain, Options())
+    : Preferences(domain, Options{.statesFolder = EarlierStates::folder()})
 {
 }
 
@@ -406,28 +301,24 @@ Preferences::~Preferences() = default;
 
 QVariant Preferences::copyAppValue(const QString &key) const
 {
-    if (const auto found = d_->pending.find(key); found != d_->pending.end()) {
-        if (const auto *variant = std::get_if<QVariant>(&found->second))
-            return *variant;
-    }
-    PropertyListDocument::Ptr keepAlive;
-    return d_->node(key, &keepAlive).toVariant();
+    d_->readOnce();
+    return d_->values.value(key);
 }
 
 PropertyListNode Preferences::copyAppNode(const QString &key, PropertyListDocument::Ptr *keepAlive) const
 {
-    return d_->node(key, keepAlive);
+    d_->readOnce();
+    return d_->values.node(key, keepAlive);
 }
 
 void Preferences::setAppValue(const QString &key, const QVariant &value)
 {
-    d_->pending.insert_or_assign(key, value);
+    d_->values.set(key, value);
 }
 
 void Preferences::setAppValue(const QString &key, EncodedPreference value)
 {
-    d_->pending.insert_or_assign(
-        key, std::make_unique<Private::Encoded>(Private::Encoded{std::move(value), nullptr}));
+    d_->values.set(key, std::move(value));
 }
 
 Result<> Preferences::appSynchronize()
@@ -435,9 +326,19 @@ Result<> Preferences::appSynchronize()
     return d_->synchronise();
 }
 
+Result<> Preferences::read()
+{
+    return d_->read();
+}
+
+bool Preferences::isUnread() const
+{
+    return !d_->unread.isEmpty();
+}
+
 bool Preferences::hasPendingValues() const
 {
-    return !d_->pending.empty();
+    return d_->values.hasPending();
 }
 
 Result<> Preferences::keepAsideCopy(const QString &reason)
@@ -454,6 +355,33 @@ Result<> Preferences::keepAsideCopy(const QString &reason)
         qCWarning(preferencesLog, "%ls cannot be kept aside: %ls", qUtf16Printable(d_->path),
                   qUtf16Printable(result.error));
     return result;
+}
+
+QList<EarlierStates::State> Preferences::earlierStates() const
+{
+    PreferencesFile file(d_->layer, d_->path);
+    QList<EarlierStates::State> states;
+    if (!d_->options.statesFolder.isEmpty())
+        states = EarlierStates(d_->options.statesFolder, &d_->layer).all();
+    if (file.locate(false)) {
+        for (const QString &path : file.goodStates()) {
+            const QFileInfo information(path);
+            states.append({information.lastModified().toUTC(), path, information.size()});
+        }
+    }
+    std::stable_sort(states.begin(), states.end(),
+                     [](const auto &one, const auto &other) { return one.saved > other.saved; });
+    QSet<QByteArray> contents;
+    states.removeIf([&contents](const EarlierStates::State &state) {
+        QCryptographicHash hash(QCryptographicHash::Sha256);
+        QFile opened(state.path);
+        if (!opened.open(QIODevice::ReadOnly) || !hash.addData(&opened))
+            return true;
+        const qsizetype before = contents.size();
+        contents.insert(hash.result());
+        return contents.size() == before;
+    });
+    return states;
 }
 
 QString Preferences::path() const

@@ -3,29 +3,29 @@
 
 #pragma once
 
-#include "Platform/BinaryPropertyListWriter.h"
-#include "Platform/DurableFileWriter.h"
-#include "Platform/PropertyListDocument.h"
+#include "Platform/EarlierStates.h"
+#include "Platform/PreferenceValues.h"
 
-#include <QVariant>
 #include <memory>
-
-/// A value already encoded for the domain: a snapshot that is written as it is.
-struct EncodedPreference
-{
-    BinaryPropertyListWriter writer;
-    BinaryPropertyListWriter::Ref top = 0;
-};
 
 /// The application values of one preference domain: `$XDG_CONFIG_HOME/<domain>.plist` (default `~/.config`),
 /// written in the binary form, read in either.
 ///
 /// Values set are pending, and seen by copyAppValue(), until appSynchronize() has merged them into what is on
-/// disk by then. A file that cannot be parsed is kept aside as `<domain>.plist.damaged-<UTC time>` before
-/// anything is written in its place, and the last good backup `<domain>.plist.backup` is read instead. A file
-/// that could not be read when its values were asked for is kept aside likewise before the first save:
-/// whoever sets values then does not know those that they replace. After a failed save the values stay
-/// pending and the old bytes stay on disk.
+/// disk by then. Bytes that would say the same are not written, so that the last good backup
+/// `<domain>.plist.backup` is the last different state; besides it EarlierStates are kept, if there is a
+/// place for them. After a failed save the values stay pending and the old bytes stay on disk.
+///
+/// What is there is never lost to somebody who does not know it:
+/// - A file that cannot be parsed is kept aside as `<domain>.plist.damaged-<UTC time>` before anything is
+///   written in its place, and the backup is read instead.
+/// - Only where nothing is, neither file nor folder, is there no domain yet. Anything else that keeps the
+/// file
+///   from being read (rights, a disk that fails, a home that is not there now, a link that leads nowhere,
+///   another user's link) makes the domain unread: appSynchronize() refuses to save until read() has
+///   succeeded.
+/// - Whoever set values while there was no file, or while it was unread, did not know those that are there by
+///   then. If they replace others the file is kept aside as `<domain>.plist.before-<UTC time>` first.
 class Preferences
 {
 public:
@@ -39,8 +39,11 @@ public:
         FileLayer *layer = nullptr;
         /// How long a save may wait for another process's save, in milliseconds.
         int lockTimeout = 1000;
+        /// The folder for EarlierStates; none are kept if empty.
+        QString statesFolder = {};
     };
 
+    /// The user's own, with its earlier states in the state folder.
     explicit Preferences(const QString &domain);
     Preferences(const QString &domain, const Options &options);
     ~Preferences();
@@ -59,14 +62,26 @@ public:
     void setAppValue(const QString &key, EncodedPreference value);
 
     /// Merges what is pending into what is on disk now, under a lock, and writes it durably; with nothing
-    /// pending just reads what is on disk now.
+    /// pending the same as read(). Fails while the domain is unread.
     Result<> appSynchronize();
+
+    /// Reads what is on disk now; what is pending stays so. No domain yet is a success.
+    Result<> read();
+
+    /// Whether the file is there, as far as is known, and was never read: its values are not those that
+    /// copyAppValue() gives.
+    bool isUnread() const;
 
     bool hasPendingValues() const;
 
-    /// Copies the file as it stands to `<domain>.plist.damaged-<UTC time>` because a reader met values in it
-    /// that the next save would lose. At most once for the same content.
+    /// Copies the file as it stands to `<domain>.plist.before-<UTC time>` because the next save would lose
+    /// something of it: values that the reader has no place for, or that it replaces by others on purpose. At
+    /// most once for the same content; without a file there is nothing to do.
     Result<> keepAsideCopy(const QString &reason);
+
+    /// All that is kept of other states of the file, however it came to be kept, each content once; the
+    /// youngest first. Damaged ones are not among them.
+    QList<EarlierStates::State> earlierStates() const;
 
     QString path() const;
 

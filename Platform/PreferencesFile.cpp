@@ -21,6 +21,7 @@ namespace {
 constexpr QLatin1StringView lockKind("preferences");
 const QString backupSuffix = QStringLiteral(".backup");
 const QString damagedInfix = QStringLiteral(".damaged-");
+const QString beforeInfix = QStringLiteral(".before-");
 const QString utcStamp = QStringLiteral("yyyyMMdd'T'HHmmss'Z'");
 /// More than one process could use up within the second that a time stamp lasts.
 constexpr int maximumAsideNames = 1000;
@@ -94,6 +95,30 @@ Result<> PreferencesFile::locate(bool create)
     return {};
 }
 
+bool PreferencesFile::isMissing() const
+{
+    struct stat information = {};
+    for (QString path = path_;; path = QFileInfo(path).path()) {
+        if (layer_.lstat(QFile::encodeName(path), &information) == 0)
+            return S_ISDIR(information.st_mode) && path != path_;
+        if (errno != ENOENT || path == QFileInfo(path).path())
+            return false;
+    }
+}
+
+QStringList PreferencesFile::goodStates() const
+{
+    const QFileInfo backup(backup_);
+    const QString begin = QFileInfo(target_).fileName() + beforeInfix;
+    QStringList states;
+    for (const QFileInfo &entry :
+         QDir(backup.path()).entryInfoList(QDir::Files | QDir::Hidden | QDir::NoSymLinks)) {
+        if (entry.fileName() == backup.fileName() || entry.fileName().startsWith(begin))
+            states << entry.filePath();
+    }
+    return states;
+}
+
 std::optional<FileLock> PreferencesFile::lock(const QString &folder, int timeout, QString *error) const
 {
     const QString place = folder.isEmpty() ? DesktopFolders::runtimeDirectory() : folder;
@@ -127,6 +152,7 @@ PreferencesFile::Content PreferencesFile::readFile(const QString &path, const QB
         content.error = systemError(QStringLiteral("cannot open %1").arg(path), errno);
         return content;
     }
+    content.modified = QDateTime::fromSecsSinceEpoch(information.st_mtim.tv_sec, Qt::UTC);
     if (!S_ISREG(information.st_mode)) {
         content.state = Content::Unreadable;
         content.error = QStringLiteral("%1 is no regular file").arg(path);
@@ -170,22 +196,25 @@ PreferencesFile::Content PreferencesFile::readFile(const QString &path, const QB
 
 Result<> PreferencesFile::keepDamagedAside() const
 {
-    return keepAside(target_, Aside::Link);
+    return keepAside(target_, damagedInfix, Aside::Link);
 }
 
 Result<> PreferencesFile::keepBackupAside() const
 {
-    return keepAside(backup_, Aside::Link);
+    return keepAside(backup_, damagedInfix, Aside::Link);
 }
 
 Result<> PreferencesFile::keepCopyAside() const
 {
-    return keepAside(target_, Aside::Copy);
+    struct stat information = {};
+    if (layer_.lstat(QFile::encodeName(target_), &information) == -1 && errno == ENOENT)
+        return {};
+    return keepAside(target_, beforeInfix, Aside::Copy);
 }
 
-Result<> PreferencesFile::keepAside(const QString &path, Aside how) const
+Result<> PreferencesFile::keepAside(const QString &path, const QString &infix, Aside how) const
 {
-    const QString begin = path + damagedInfix;
+    const QString begin = path + infix;
     const QFileInfo beginning(begin);
     for (const QByteArray &entry :
          layer_.entries(QFile::encodeName(beginning.path())).value_or(QList<QByteArray>())) {

@@ -7,6 +7,9 @@
 #include "Platform/FileLock.h"
 #include "Platform/PropertyListDocument.h"
 
+#include <QDateTime>
+#include <QStringList>
+
 /// The file of one preference domain, with its backup, what was kept aside of it and its lock.
 class PreferencesFile
 {
@@ -25,6 +28,8 @@ public:
         };
         State state = Missing;
         QByteArray bytes;
+        /// When the file was written.
+        QDateTime modified;
         /// Of a Good one; null if the bytes are those that were known.
         PropertyListDocument::Ptr document;
         QString error;
@@ -36,7 +41,14 @@ public:
     /// only, if \a create.
     Result<> locate(bool create);
 
+    /// Whether locate() failed, if it did, because nothing is there yet: of what the path names only folders
+    /// exist, and no link.
+    bool isMissing() const;
+
     const QString &target() const { return target_; }
+    /// The files that hold other states of this one: the backup, and the copies that were kept of a good
+    /// file.
+    QStringList goodStates() const;
 
     /// None on failure, with the reason in \a error. \a folder is where locks are, found from the environment
     /// if empty.
@@ -50,7 +62,8 @@ public:
     /// possible, else a copy. Once for the same bytes. The same for a backup.
     Result<> keepDamagedAside() const;
     Result<> keepBackupAside() const;
-    /// The same with a copy always, of a file that is good as it stands.
+    /// The same with a copy always, of a file that is good as it stands, and under a name that says so.
+    /// Nothing to do without a file.
     Result<> keepCopyAside() const;
 
     /// Replaces the file; what it held becomes the backup if \a backUp.
@@ -61,7 +74,7 @@ public:
 private:
     enum class Aside { Link, Copy };
     Content readFile(const QString &path, const QByteArray &known) const;
-    Result<> keepAside(const QString &path, Aside how) const;
+    Result<> keepAside(const QString &path, const QString &infix, Aside how) const;
     bool holdsTheSame(const QString &path, const QString &other) const;
 
     FileLayer &layer_;

@@ -71,8 +71,7 @@ void QNBPrefPanePref::awakeFromNib()
         !copied)
         qCWarning(lcPane) << "the application-support folder was not set up:" << copied.error;
 
-    _ui_showMenubar->setChecked(showMenubar);
-    _ui_shortcutRecorderControl->setKeyCombo({.flags = shortcutCombo.flags, .code = shortcutCombo.code});
+    showSettings();
 
     _ui_versionLabel->setText(versionFormat.arg(configValueForKey(versionKey).toString()));
     setUpHelperControl();

@@ -12,23 +12,74 @@
 void QNBPrefPanePref::readPreferences()
 {
     QNBSettings settings;
-    QNBSettingsStore::read(*_services.preferences, ourBundle(), settings);
+    const Result<> read = QNBSettingsStore::read(*_services.preferences, ourBundle(), settings);
+    _standsIn = _services.preferences->isUnread();
+    if (!read)
+        qCCritical(lcPane) << "the settings could not be read:" << _services.preferences->path()
+                           << read.error;
+    takeSettings(settings);
+}
+
+void QNBPrefPanePref::takeSettings(const QNBSettings &settings)
+{
     _presets = settings.presets;
     showMenubar = settings.showMenubar;
     shortcutCombo = settings.shortcutCombo;
+}
+
+/// What is shown instead of settings that could not be read must not replace them: they are shown if they can
+/// be read by now. Presets that the user has edited meanwhile replace them, with a copy kept; so does an
+/// option that the user has chosen.
+Result<> QNBPrefPanePref::catchUpWithStored()
+{
+    QNBSettings stored;
+    if (Result<> read = QNBSettingsStore::read(*_services.preferences, ourBundle(), stored); !read)
+        return read;
+    if (_history.isClean()) {
+        _history.clear();
+        _ui_presetListController->setContent({stored.presets.begin(), stored.presets.end()});
+    } else if (Result<> kept = _services.preferences->keepAsideCopy(
+                   QStringLiteral("it could not be read before, and the presets were edited meanwhile"));
+               !kept) {
+        return kept;
+    }
+    const KeyCombo combo = _ui_shortcutRecorderControl->keyCombo();
+    if (_ui_showMenubar->isChecked() != showMenubar)
+        stored.showMenubar = !showMenubar;
+    if (const QNBKeyCombo chosen{.flags = combo.flags, .code = combo.code}; chosen != shortcutCombo)
+        stored.shortcutCombo = chosen;
+    stored.presets = shownPresets();
+    takeSettings(stored);
+    showSettings();
+    buildTreesWhenIdle();
+    _standsIn = false;
+    return {};
+}
+
+void QNBPrefPanePref::showSettings()
+{
+    _ui_showMenubar->setChecked(showMenubar);
+    _ui_shortcutRecorderControl->setKeyCombo({.flags = shortcutCombo.flags, .code = shortcutCombo.code});
 }
 
 void QNBPrefPanePref::writePreferences()
 {
     if (!_mainView)
         return;
+    if (_standsIn) {
+        const Result<> caughtUp = catchUpWithStored();
+        _lastSaveFailed = !caughtUp;
+        if (!caughtUp) {
+            qCCritical(lcPane) << "nothing is saved over settings that could not be read:"
+                               << _services.preferences->path() << caughtUp.error;
+            return;
+        }
+    }
     const KeyCombo combo = _ui_shortcutRecorderControl->keyCombo();
     QNBSettings settings;
     settings.showMenubar = _ui_showMenubar->checkState() == Qt::Checked;
     settings.shortcutCombo = {.flags = combo.flags, .code = combo.code};
-    settings.presets.reserve(_ui_presetListController->arrangedObjects().size());
-    for (const ArrayController::Object &object : _ui_presetListController->arrangedObjects())
-        settings.presets.append(std::static_pointer_cast<QNBPresetRecord>(object));
+    settings.presets = shownPresets();
 
     const Result<> saved = QNBSettingsStore::write(*_services.preferences, settings);
     _lastSaveFailed = !saved;

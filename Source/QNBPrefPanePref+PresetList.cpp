@@ -104,6 +104,15 @@ void QNBPrefPanePref::addPreset()
     renameSelectedPreset();
 }
 
+QList<QNBPresetRecordPtr> QNBPrefPanePref::shownPresets() const
+{
+    QList<QNBPresetRecordPtr> presets;
+    presets.reserve(_ui_presetListController->arrangedObjects().size());
+    for (const ArrayController::Object &object : _ui_presetListController->arrangedObjects())
+        presets.append(std::static_pointer_cast<QNBPresetRecord>(object));
+    return presets;
+}
+
 void QNBPrefPanePref::renameSelectedPreset()
 {
     _ui_presetListView->editColumn(QNBPresetKey::label, _ui_presetListController->selectionIndex());

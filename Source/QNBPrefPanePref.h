@@ -254,6 +254,8 @@ private:
     void makePresetList();
     void setUpPresetActions();
     void presetListDidChange();
+    /// In the order in which the user sees them.
+    QList<QNBPresetRecordPtr> shownPresets() const;
     /// Null if there is no such row.
     QNBPresetRecordPtr presetAtRow(int row) const;
     bool reorderPresets(const QByteArray &archivedIndex, int row);
@@ -278,6 +280,9 @@ private:
 
     // Settings
     void readPreferences();
+    void takeSettings(const QNBSettings &settings);
+    void showSettings();
+    Result<> catchUpWithStored();
     void writePreferences();
     void notifyPresetsChanged();
 
@@ -358,6 +363,8 @@ private:
     const QWindow *_keyWindow = nullptr;
     bool _isSelected = false;
     bool _lastSaveFailed = false;
+    /// What is shown stands in for settings that could not be read.
+    bool _standsIn = false;
     bool _descriptionPaneIsPlaced = false;
     int _descriptionTyping = 0;
     int _descriptionParagraphs = 0;

@@ -111,10 +111,10 @@ void readHotKey(const Preferences &preferences, QNBKeyCombo &combo)
 
 namespace QNBSettingsStore {
 
-void read(Preferences &preferences, const std::optional<Bundle> &bundle, QNBSettings &settings)
+Result<> read(Preferences &preferences, const std::optional<Bundle> &bundle, QNBSettings &settings)
 {
-    if (const Result<> synchronized = preferences.appSynchronize(); !synchronized)
-        qCWarning(lcStore) << preferences.path() << synchronized.error;
+    // Synchronising would save what is pending, which has to wait for a read.
+    Result<> result = preferences.isUnread() ? preferences.read() : preferences.appSynchronize();
 
     const QVariantMap stored = preferences.copyAppValue(QNBPreferenceKey::presetsStored).toMap();
     const bool loaded =
@@ -125,20 +125,39 @@ void read(Preferences &preferences, const std::optional<Bundle> &bundle, QNBSett
         settings.showMenubar = PropertyList::boolValue(showMenubar).value_or(false);
     } else {
         settings.showMenubar = true;
-        preferences.setAppValue(QNBPreferenceKey::showMenubar, true);
+        // Of a domain that is unread nobody knows that the key is absent.
+        if (!preferences.isUnread())
+            preferences.setAppValue(QNBPreferenceKey::showMenubar, true);
     }
 
     readHotKey(preferences, settings.shortcutCombo);
 
     if (!loaded) {
         settings.presets = defaultPresets(bundle);
-        return;
+        return result;
     }
     PropertyListDocument::Ptr keepAlive;
     QStringList losses;
     const PropertyListNode presets = preferences.copyAppNode(QNBPreferenceKey::presets, &keepAlive);
     settings.presets = presetsFrom(presets, keepAlive, losses);
     keepAside(preferences, losses);
+    return result;
+}
+
+Result<QList<QNBPresetRecordPtr>> presetsOf(const QByteArray &domain)
+{
+    QString error;
+    const PropertyListDocument::Ptr document = PropertyListDocument::parse(domain, &error);
+    if (!document)
+        return Result<QList<QNBPresetRecordPtr>>::failure(error);
+    const PropertyListNode presets = document->root().value(QNBPreferenceKey::presets);
+    if (!presets.isArray())
+        return Result<QList<QNBPresetRecordPtr>>::failure(QStringLiteral("it holds no presets"));
+    QStringList losses;
+    QList<QNBPresetRecordPtr> result = presetsFrom(presets, document, losses);
+    if (!losses.isEmpty())
+        qCWarning(lcStore) << "an earlier state:" << losses;
+    return result;
 }
 
 Result<> write(Preferences &preferences, const QNBSettings &settings)

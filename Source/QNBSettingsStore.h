@@ -47,11 +47,16 @@ namespace QNBSettingsStore {
 
 /// Reads the domain into \a settings. Presets come from "QNBPresets" once they have been stored, else from
 /// the resource "DefaultPresets" of \a bundle. The hot key stays as it is unless the domain holds both its
-/// keys.
-void read(Preferences &preferences, const std::optional<Bundle> &bundle, QNBSettings &settings);
+/// keys. If the domain is unread (see Preferences) after a failure, the settings only stand in for those that
+/// are there: nothing can be saved before another read() has succeeded, and then they should be taken.
+Result<> read(Preferences &preferences, const std::optional<Bundle> &bundle, QNBSettings &settings);
 
 /// Writes every key and synchronises the domain; the presets in the given order.
 Result<> write(Preferences &preferences, const QNBSettings &settings);
+
+/// The presets that the bytes of a domain hold, as it was at another time; none that could be read is a
+/// failure.
+Result<QList<QNBPresetRecordPtr>> presetsOf(const QByteArray &domain);
 
 /// The value of \a key in the bundle's information property list. A parse failure is logged; invalid then, as
 /// without a bundle or key.

@@ -5,6 +5,7 @@
 
 #include "FailingFileLayer.h"
 #include "PreferencesFixture.h"
+#include "UnreadableFile.h"
 
 #include <unistd.h>
 
@@ -12,27 +13,6 @@ namespace {
 
 class PreferencesDamageTest : public PreferencesFixture
 {
-};
-
-/// Cannot open one file to read it, unless errorNumber is 0.
-class UnreadableFile : public FileLayer
-{
-public:
-    UnreadableFile(const QString &folder, const QString &name)
-        : path_(QFile::encodeName(QFileInfo(folder).canonicalFilePath() + u'/' + name))
-    {
-    }
-    int errorNumber = EIO;
-    int open(const QByteArray &opened, int flags, mode_t mode) override
-    {
-        if (errorNumber == 0 || opened != path_)
-            return FileLayer::open(opened, flags, mode);
-        errno = errorNumber;
-        return -1;
-    }
-
-private:
-    const QByteArray path_;
 };
 
 } // namespace
@@ -135,23 +115,6 @@ TEST_F(PreferencesDamageTest, AFileThatCannotBeReadNowIsNeitherMovedNorReplaced)
     }
 }
 
-TEST_F(PreferencesDamageTest, WhatCouldNotBeReadBeforeIsKeptAsideBeforeItsValuesAreReplaced)
-{
-    UnreadableFile layer(folder(), QStringLiteral("org.example.Test.plist"));
-    save(one, 1LL);
-    const QByteArray before = contentOf(file());
-    const auto first = preferences(&layer);
-    EXPECT_FALSE(first->copyAppValue(one).isValid());
-    layer.errorNumber = 0;
-    for (const qlonglong value : {2, 3, 4}) {
-        first->setAppValue(one, value);
-        ASSERT_TRUE(first->appSynchronize());
-    }
-    EXPECT_EQ(onDisk(), (QVariantMap{{one, 4LL}}));
-    ASSERT_EQ(asides().size(), 1);
-    EXPECT_EQ(contentOf(QDir(folder()).filePath(asides().first())), before);
-}
-
 TEST_F(PreferencesDamageTest, ADamagedFileWaitsForABackupThatCannotBeReadNow)
 {
     save(one, 1LL);
@@ -169,15 +132,12 @@ TEST_F(PreferencesDamageTest, ADamagedFileWaitsForABackupThatCannotBeReadNow)
     EXPECT_EQ(namesIn(folder()).size(), 2);
 
     layer.errorNumber = 0;
+    EXPECT_FALSE(first->appSynchronize());
+    ASSERT_TRUE(first->read());
+    EXPECT_EQ(first->copyAppValue(one), QVariant(1LL));
     ASSERT_TRUE(first->appSynchronize());
     EXPECT_EQ(onDisk(), (QVariantMap{{one, 1LL}, {two, 2LL}}));
     EXPECT_EQ(asides().size(), 1);
-    // Nobody has seen the backup until now, and the next save would replace it.
-    first->setAppValue(one, 3LL);
-    ASSERT_TRUE(first->appSynchronize());
-    const QStringList backups = asides(QStringLiteral("org.example.Test.plist.backup"));
-    ASSERT_EQ(backups.size(), 1);
-    EXPECT_EQ(contentOf(QDir(folder()).filePath(backups.first())), good);
 }
 
 TEST_F(PreferencesDamageTest, ASparseFileOverTheLimitIsRefusedAndKeptAsideBeforeASave)
@@ -204,11 +164,11 @@ TEST_F(PreferencesDamageTest, ACopyIsKeptAsideOnceForTheSameContent)
     ASSERT_TRUE(first->keepAsideCopy(QStringLiteral("test")));
     ASSERT_TRUE(first->keepAsideCopy(QStringLiteral("test")));
     ASSERT_TRUE(preferences()->keepAsideCopy(QStringLiteral("test")));
-    ASSERT_EQ(asides().size(), 1);
+    EXPECT_TRUE(asides().isEmpty()) << "nothing is damaged";
     // A copy: what another program writes into the file does not reach it.
     QFile opened(file());
     ASSERT_TRUE(opened.open(QIODevice::ReadWrite));
     opened.write("XXXX");
     opened.close();
-    EXPECT_EQ(contentOf(QDir(folder()).filePath(asides().first())), before);
+    EXPECT_EQ(copies(), QList<QByteArray>{before});
 }

@@ -26,6 +26,14 @@ protected:
     {
         return QDir(folder()).entryList({of + QStringLiteral(".damaged-*")}, QDir::Files | QDir::System);
     }
+    /// What the copies hold that are kept of a file that is good.
+    QList<QByteArray> copies() const
+    {
+        QList<QByteArray> result;
+        for (const QString &name : QDir(folder()).entryList({QStringLiteral("*.before-*")}, QDir::Files))
+            result.append(contentOf(QDir(folder()).filePath(name)));
+        return result;
+    }
 
     Preferences::Options options(FileLayer *layer = nullptr) const
     {

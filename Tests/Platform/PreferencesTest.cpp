@@ -234,6 +234,7 @@ TEST_F(PreferencesTest, LinksThatLeadNowhereFailTheSaveAndKeepTheValues)
         EXPECT_FALSE(first->appSynchronize());
         EXPECT_EQ(first->copyAppValue(one), QVariant(1LL));
         ASSERT_TRUE(QFile::remove(file()));
+        ASSERT_TRUE(first->read());
         ASSERT_TRUE(first->appSynchronize());
         EXPECT_EQ(onDisk(), (QVariantMap{{one, 1LL}}));
         ASSERT_TRUE(QFile::remove(file()));

@@ -79,7 +79,7 @@ QNBSettings PaneFixture::stored() const
     QNBSettings settings;
     Preferences preferences(QNBProductIdentifier(), {.folder = path(QStringLiteral("config")),
                                                      .lockFolder = path(QStringLiteral("config"))});
-    QNBSettingsStore::read(preferences, std::nullopt, settings);
+    EXPECT_TRUE(QNBSettingsStore::read(preferences, std::nullopt, settings));
     return settings;
 }
 
@@ -87,7 +87,8 @@ QNBPrefPanePref::Services PaneFixture::services()
 {
     QDir().mkpath(path(QStringLiteral("config")));
     const Preferences::Options options{.folder = path(QStringLiteral("config")),
-                                       .lockFolder = path(QStringLiteral("config"))};
+                                       .lockFolder = path(QStringLiteral("config")),
+                                       .statesFolder = path(QStringLiteral("states"))};
     return {
         .preferences = std::make_unique<Preferences>(QNBProductIdentifier(), options),
         .postNotificationName = [this](const QString &name) { notifications << name; },

@@ -46,7 +46,7 @@ bool canBeStored(const QNBHierarchyItemPtr &root)
         return false;
     QNBSettings found;
     Preferences readAgain(QNBProductIdentifier(), options);
-    QNBSettingsStore::read(readAgain, std::nullopt, found);
+    EXPECT_TRUE(QNBSettingsStore::read(readAgain, std::nullopt, found));
     return found.presets.size() == 1 &&
            QNBHierarchyDepth::belowItem(*found.presets.constFirst()->fileHierarchy()) ==
                QNBHierarchyDepth::belowItem(*root);

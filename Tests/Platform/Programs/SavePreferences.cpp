@@ -38,8 +38,11 @@ int saveOnce(Preferences &preferences, const QString &key, int size, bool again)
     (void)::access(end, F_OK);
     if (first == preferences.hasPendingValues())
         return 2;
-    if (!first && again && !preferences.appSynchronize())
-        return 2;
+    if (!first && again) {
+        const bool isRead = !preferences.isUnread() || preferences.read();
+        if (!isRead || !preferences.appSynchronize())
+            return 2;
+    }
     return first ? 0 : 1;
 }
 
