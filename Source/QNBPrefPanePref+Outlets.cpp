@@ -114,6 +114,7 @@ QStringList QNBPrefPanePref::connectOutlets(QWidget &view)
     CONNECT(_movePresetDownAction);
     CONNECT(_importPresetsAction);
     CONNECT(_exportPresetAction);
+    CONNECT(_restoreEarlierStateAction);
     CONNECT(_scriptLabel);
     CONNECT(_permissionsAction);
     CONNECT(_undoAction);

@@ -12,6 +12,7 @@
 #include <QAction>
 #include <QMenu>
 #include <QMimeData>
+#include <QPointer>
 #include <QPushButton>
 #include <QStandardPaths>
 
@@ -60,6 +61,7 @@ void QNBPrefPanePref::setUpPresetActions()
     connectAction(*_presetsTab, _addPresetAction, &QNBPrefPanePref::addPreset);
     connectAction(*_presetsTab, _importPresetsAction, &QNBPrefPanePref::importPresetsFromFiles);
     connectAction(*_presetsTab, _exportPresetAction, &QNBPrefPanePref::exportSelectedPreset);
+    connectAction(*_presetsTab, _restoreEarlierStateAction, &QNBPrefPanePref::restoreEarlierState);
     connectAction(*_ui_presetListView, _renamePresetAction, &QNBPrefPanePref::renameSelectedPreset);
     connectAction(*_ui_presetListView, _removePresetAction,
                   &QNBPrefPanePref::removeSelectedPresetAfterConfirmation);
@@ -111,6 +113,21 @@ QList<QNBPresetRecordPtr> QNBPrefPanePref::shownPresets() const
     for (const ArrayController::Object &object : _ui_presetListController->arrangedObjects())
         presets.append(std::static_pointer_cast<QNBPresetRecord>(object));
     return presets;
+}
+
+void QNBPrefPanePref::restoreEarlierState()
+{
+    endEditing();
+    const QPointer<QObject> self(this);
+    const QNBEarlierStatesDialog::Runner choose = _services.chooseEarlierState;
+    const std::optional<QNBEarlierState> chosen =
+        choose(_mainView, QNBEarlierStates::all(*_services.preferences), shownPresets());
+    // The pane may have been left for good before the choice.
+    if (!self || !chosen)
+        return;
+    _history.push(new QNBReplacePresetsCommand(*_ui_presetListController, chosen->presets,
+                                               tr("Restore an Earlier State")));
+    _ui_presetListView->setFocus();
 }
 
 void QNBPrefPanePref::renameSelectedPreset()

@@ -7,6 +7,7 @@
 #include "Platform/Preferences.h"
 #include "Source/CMMInstaller.h"
 #include "Source/QNBDraggedItem.h"
+#include "Source/QNBEarlierStatesDialog.h"
 #include "Source/QNBEditCommand.h"
 #include "Source/QNBFolderMenu.h"
 #include "Source/QNBHoverButton.h"
@@ -99,6 +100,7 @@ public:
                                              const std::optional<Bundle> &paneBundle,
                                              const AlertAnswers &runAlertPanel)>
             installerServices;
+        QNBEarlierStatesDialog::Runner chooseEarlierState = QNBEarlierStatesDialog::runner();
         /// What the window may stand still for without telling why.
         std::chrono::milliseconds unexplainedWait = std::chrono::seconds(1);
 
@@ -158,6 +160,8 @@ public:
     /// Ask for the files and for the folder.
     void importPresetsFromFiles();
     void exportSelectedPreset();
+    /// Asks for the state; the whole list gives way to it.
+    void restoreEarlierState();
 
     // What is done to the item at the outline's selected row. Each is one step of the history.
     void addFileToPresetHierarchy();
@@ -436,6 +440,7 @@ private:
     QAction *_movePresetDownAction = nullptr;
     QAction *_importPresetsAction = nullptr;
     QAction *_exportPresetAction = nullptr;
+    QAction *_restoreEarlierStateAction = nullptr;
     QLabel *_scriptLabel = nullptr;
     QAction *_permissionsAction = nullptr;
     QAction *_undoAction = nullptr;

@@ -68,6 +68,27 @@ void QNBMovePresetCommand::move(int from, int to) const
     controller_.insertObject(preset, to);
 }
 
+QNBReplacePresetsCommand::QNBReplacePresetsCommand(ArrayController &controller,
+                                                   QList<QNBPresetRecordPtr> presets, const QString &text)
+    : QUndoCommand(text)
+    , controller_(controller)
+    , others_(std::move(presets))
+    , selection_(others_.isEmpty() ? ArrayController::noIndex : 0)
+{
+}
+
+void QNBReplacePresetsCommand::exchange()
+{
+    const ArrayController::Changes changes(controller_);
+    QList<QNBPresetRecordPtr> present;
+    for (const ArrayController::Object &object : controller_.arrangedObjects())
+        present.append(std::static_pointer_cast<QNBPresetRecord>(object));
+    const int selected = std::exchange(selection_, controller_.selectionIndex());
+    controller_.setContent({others_.begin(), others_.end()});
+    controller_.setSelectionIndex(selected);
+    others_ = present;
+}
+
 QNBSetPresetValueCommand::QNBSetPresetValueCommand(ArrayController &controller, QNBPresetRecordPtr preset,
                                                    QString key, QVariant value, const QString &text,
                                                    int typing)

@@ -60,6 +60,24 @@ private:
     int to_;
 };
 
+/// All presets give way to others, of which the first is selected.
+class QNBReplacePresetsCommand final : public QUndoCommand
+{
+public:
+    QNBReplacePresetsCommand(ArrayController &controller, QList<QNBPresetRecordPtr> presets,
+                             const QString &text);
+    void redo() override { exchange(); }
+    void undo() override { exchange(); }
+
+private:
+    void exchange();
+
+    ArrayController &controller_;
+    /// Those that are not in the list now, and which of them is selected when they come.
+    QList<QNBPresetRecordPtr> others_;
+    int selection_;
+};
+
 /// One attribute of a preset: its label, script or description.
 class QNBSetPresetValueCommand final : public QUndoCommand
 {

@@ -164,6 +164,11 @@ QNBPrefPanePref::Services PaneFixture::services()
                 world.restartFileManager = [](const QByteArray &) { return true; };
                 return world;
             },
+        .chooseEarlierState = [this](QWidget *, const QList<QNBEarlierState> &states,
+                                     const QList<QNBPresetRecordPtr> &) -> std::optional<QNBEarlierState> {
+            offeredStates = states;
+            return chosenState ? std::optional(states.value(*chosenState)) : std::nullopt;
+        },
         .unexplainedWait = unexplainedWait,
     };
 }

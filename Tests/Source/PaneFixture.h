@@ -70,6 +70,9 @@ protected:
     QList<AlertPanel::Answer> alertAnswers;
     QList<FilePanel> filePanels;
     QList<QStringList> filePanelAnswers;
+    /// The earlier states that the pane offered last, and which of them is chosen; none for cancelling.
+    QList<QNBEarlierState> offeredStates;
+    std::optional<int> chosenState;
     /// However slow the machine is, what is asked for is there when the call returns.
     std::chrono::milliseconds unexplainedWait = std::chrono::minutes(5);
     /// The processes that are called like the helper. One is added when its bundle is opened, and goes when

@@ -1,13 +1,14 @@
 // SPDX-FileCopyrightText: Quenby contributors
 // SPDX-License-Identifier: MIT
 
-// Settings that cannot be read at the start.
+// Settings that cannot be read at the start, and those of earlier times.
 
 #include "PaneFixture.h"
 #include "Platform/PropertyList.h"
 #include "Shared/Source/QNBShared.h"
 #include "Toolkit/ArrayController.h"
 
+#include <QAction>
 #include <QCheckBox>
 #include <QDir>
 #include <QFile>
@@ -117,4 +118,38 @@ TEST_F(QNBPrefPanePrefStoredStatesTest, WhatCannotBeReadUntilTheEndStaysAsItIs)
     mount();
     EXPECT_EQ(storedLabels(), QStringList{mine});
     EXPECT_EQ(QDir(mounted()).entryList(QDir::Files), QStringList{QStringLiteral("domain.plist")});
+}
+
+TEST_F(QNBPrefPanePrefStoredStatesTest, RestoringAnEarlierStateIsOneStepOfUndo)
+{
+    store({preset(mine, {QStringLiteral("a.txt")}), preset(defaults)});
+    openPane();
+    pane->addPreset();
+    loseKeyboardAndRegainIt();
+    const QStringList now = shown();
+    ASSERT_EQ(now.size(), 3);
+    controller().setSelectionIndex(1);
+
+    chosenState = 0;
+    pane->restoreEarlierState();
+    ASSERT_EQ(offeredStates.size(), 1) << "the backup and the earlier state are the same";
+    EXPECT_EQ(shown(), (QStringList{mine, defaults}));
+    EXPECT_EQ(outlineRows(), QStringList{QStringLiteral("a.txt")});
+    pane->undo();
+    EXPECT_EQ(shown(), now);
+    EXPECT_EQ(controller().selectionIndex(), 1);
+    pane->redo();
+    EXPECT_EQ(shown(), (QStringList{mine, defaults}));
+    loseKeyboardAndRegainIt();
+    EXPECT_EQ(storedLabels(), (QStringList{mine, defaults}));
+}
+
+TEST_F(QNBPrefPanePrefStoredStatesTest, CancellingChangesNothing)
+{
+    store({preset(mine)});
+    openPane();
+    pane->restoreEarlierState();
+    EXPECT_TRUE(offeredStates.isEmpty());
+    EXPECT_EQ(shown(), QStringList{mine});
+    EXPECT_FALSE(outlet<QAction>(QStringLiteral("_undoAction"))->isEnabled());
 }
