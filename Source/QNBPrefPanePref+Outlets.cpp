@@ -105,6 +105,7 @@ QStringList QNBPrefPanePref::connectOutlets(QWidget &view)
     CONNECT(_itemActionsButton);
     CONNECT(_scriptButton);
     CONNECT(_presetActionsMenu);
+    CONNECT(_defaultPresetsMenu);
     CONNECT(_itemActionsMenu);
     CONNECT(_fileContentMenu);
     CONNECT(_addPresetAction);

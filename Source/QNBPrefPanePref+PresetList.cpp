@@ -68,6 +68,8 @@ void QNBPrefPanePref::setUpPresetActions()
     connectAction(*_ui_presetListView, _movePresetUpAction, &QNBPrefPanePref::moveSelectedPresetUp);
     connectAction(*_ui_presetListView, _movePresetDownAction, &QNBPrefPanePref::moveSelectedPresetDown);
 
+    connect(_defaultPresetsMenu, &QMenu::aboutToShow, this, &QNBPrefPanePref::showDefaultPresets);
+
     for (const auto change : {&ArrayController::objectInserted, &ArrayController::objectRemoved})
         connect(_ui_presetListController, change, this, &QNBPrefPanePref::presetListDidChange);
     connect(_ui_presetListController, &ArrayController::selectionChanged, this,
@@ -94,12 +96,8 @@ void QNBPrefPanePref::addPreset()
 {
     // What is being typed may be the name that the new preset would get.
     endEditing();
-    QNBUniqueNameSearch search(tr("Untitled Preset"), {});
-    for (const ArrayController::Object &object : _ui_presetListController->arrangedObjects())
-        search.addTaken(object->valueForKey(QNBPresetKey::label).toString());
-
     const auto record = std::make_shared<QNBPresetRecord>();
-    record->setValueForKey(search.uniqueName(), QNBPresetKey::label);
+    record->setValueForKey(uniqueLabel(tr("Untitled Preset")), QNBPresetKey::label);
     _history.push(new QNBInsertPresetsCommand(
         *_ui_presetListController, {record},
         static_cast<int>(_ui_presetListController->arrangedObjects().size()), tr("New Preset")));
@@ -128,6 +126,14 @@ void QNBPrefPanePref::restoreEarlierState()
     _history.push(new QNBReplacePresetsCommand(*_ui_presetListController, chosen->presets,
                                                tr("Restore an Earlier State")));
     _ui_presetListView->setFocus();
+}
+
+QString QNBPrefPanePref::uniqueLabel(const QString &label) const
+{
+    QNBUniqueNameSearch search(label, {});
+    for (const ArrayController::Object &object : _ui_presetListController->arrangedObjects())
+        search.addTaken(object->valueForKey(QNBPresetKey::label).toString());
+    return search.uniqueName();
 }
 
 void QNBPrefPanePref::renameSelectedPreset()

@@ -260,6 +260,12 @@ private:
     void presetListDidChange();
     /// In the order in which the user sees them.
     QList<QNBPresetRecordPtr> shownPresets() const;
+    /// \a label, or that with the first number that no preset of the list has.
+    QString uniqueLabel(const QString &label) const;
+    /// Fills the menu of the presets that come with the pane.
+    void showDefaultPresets();
+    /// And the files that it names, as far as they are missing.
+    void addDefaultPreset(const QNBPresetRecordPtr &preset);
     /// Null if there is no such row.
     QNBPresetRecordPtr presetAtRow(int row) const;
     bool reorderPresets(const QByteArray &archivedIndex, int row);
@@ -431,6 +437,7 @@ private:
     QPushButton *_itemActionsButton = nullptr;
     QPushButton *_scriptButton = nullptr;
     QMenu *_presetActionsMenu = nullptr;
+    QMenu *_defaultPresetsMenu = nullptr;
     QMenu *_itemActionsMenu = nullptr;
     QMenu *_fileContentMenu = nullptr;
     QAction *_addPresetAction = nullptr;

@@ -64,33 +64,6 @@ void keepAside(Preferences &preferences, const QStringList &losses)
         qCWarning(lcStore) << "no copy of the domain could be kept aside:" << kept.error;
 }
 
-QList<QNBPresetRecordPtr> defaultPresets(const std::optional<Bundle> &bundle)
-{
-    const QString path =
-        bundle ? bundle->pathForResource(defaultPresetsResource, propertyListType) : QString();
-    if (path.isEmpty()) {
-        qCWarning(lcStore) << "the bundle has no default presets";
-        return {};
-    }
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
-        qCWarning(lcStore) << "default presets cannot be read:" << path << file.errorString();
-        return {};
-    }
-    QString error;
-    const PropertyListDocument::Ptr document = PropertyListDocument::parse(file.readAll(), &error);
-    if (!document) {
-        qCWarning(lcStore) << "default presets cannot be read:" << path << error;
-        return {};
-    }
-    QStringList losses;
-    QList<QNBPresetRecordPtr> presets = presetsFrom(document->root(), document, losses);
-    losses << takeLosses(presets);
-    if (!losses.isEmpty())
-        qCWarning(lcStore) << "default presets:" << losses;
-    return presets;
-}
-
 void readHotKey(const Preferences &preferences, QNBKeyCombo &combo)
 {
     const QVariant code = preferences.copyAppValue(QNBPreferenceKey::hotKeyCode);
@@ -180,6 +153,33 @@ Result<> write(Preferences &preferences, const QNBSettings &settings)
     return preferences.appSynchronize();
 }
 
+QList<QNBPresetRecordPtr> defaultPresets(const std::optional<Bundle> &bundle)
+{
+    const QString path =
+        bundle ? bundle->pathForResource(defaultPresetsResource, propertyListType) : QString();
+    if (path.isEmpty()) {
+        qCWarning(lcStore) << "the bundle has no default presets";
+        return {};
+    }
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        qCWarning(lcStore) << "default presets cannot be read:" << path << file.errorString();
+        return {};
+    }
+    QString error;
+    const PropertyListDocument::Ptr document = PropertyListDocument::parse(file.readAll(), &error);
+    if (!document) {
+        qCWarning(lcStore) << "default presets cannot be read:" << path << error;
+        return {};
+    }
+    QStringList losses;
+    QList<QNBPresetRecordPtr> presets = presetsFrom(document->root(), document, losses);
+    losses << takeLosses(presets);
+    if (!losses.isEmpty())
+        qCWarning(lcStore) << "default presets:" << losses;
+    return presets;
+}
+
 QVariant configValueForKey(const std::optional<Bundle> &bundle, const QString &key)
 {
     const QString path =
@@ -196,6 +196,11 @@ QVariant configValueForKey(const std::optional<Bundle> &bundle, const QString &k
     return info.value->toMap().value(key);
 }
 
+QString defaultApplicationSupport(const Bundle &bundle)
+{
+    return QDir(bundle.resourcePath()).filePath(defaultSupportFolder);
+}
+
 Result<> setUpApplicationSupport(const std::optional<Bundle> &bundle, const QString &supportPath)
 {
     const QByteArray target = QFile::encodeName(supportPath);
@@ -205,8 +210,7 @@ Result<> setUpApplicationSupport(const std::optional<Bundle> &bundle, const QStr
         return Result<>::failure(QStringLiteral("the pane's bundle was not found"));
     if (Result<> made = DurableFileWriter().makeFolder(QFileInfo(supportPath).path()); !made)
         return made;
-    const QString source = QDir(bundle->resourcePath()).filePath(defaultSupportFolder);
-    return FileOperations::copyItem(QFile::encodeName(source), target);
+    return FileOperations::copyItem(QFile::encodeName(defaultApplicationSupport(*bundle)), target);
 }
 
 } // namespace QNBSettingsStore

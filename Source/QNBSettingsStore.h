@@ -62,6 +62,12 @@ Result<QList<QNBPresetRecordPtr>> presetsOf(const QByteArray &domain);
 /// without a bundle or key.
 QVariant configValueForKey(const std::optional<Bundle> &bundle, const QString &key);
 
+/// The presets of the resource "DefaultPresets" of \a bundle, read anew; none if it has none.
+QList<QNBPresetRecordPtr> defaultPresets(const std::optional<Bundle> &bundle);
+
+/// The bundle's folder "QNB Default AppSupport".
+QString defaultApplicationSupport(const Bundle &bundle);
+
 /// First-run set-up: if nothing exists at \a supportPath, the bundle's folder "QNB Default AppSupport" is
 /// copied there, whole or not at all. What exists is never touched.
 Result<> setUpApplicationSupport(const std::optional<Bundle> &bundle, const QString &supportPath);

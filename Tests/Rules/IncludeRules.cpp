@@ -31,7 +31,7 @@ const QStringList coreClasses = {
     QStringLiteral("QNBLowerCase"),           QStringLiteral("QNBPermissions"),
     QStringLiteral("QNBPresetFile"),          QStringLiteral("QNBPresetImport"),
     QStringLiteral("QNBPresetRecord"),        QStringLiteral("QNBSettingsStore"),
-    QStringLiteral("QNBUniqueName")};
+    QStringLiteral("QNBSupportFiles"),        QStringLiteral("QNBUniqueName")};
 
 const QMap<QString, QStringList> allowedRooms = {
     {platform, {platform}},
