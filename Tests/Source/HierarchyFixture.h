@@ -31,6 +31,8 @@ protected:
         QObject context_;
     };
 
+    void TearDown() override { expectNothingSavedSinceStoring(); }
+
     /// A tree of these paths; those that end in "/" are folders. Folders come before what is in them.
     static QNBHierarchyItemPtr treeOf(const QStringList &paths);
     /// Opens a pane with one preset that has this tree.

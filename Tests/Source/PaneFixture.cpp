@@ -72,6 +72,27 @@ void PaneFixture::store(const QList<QNBPresetRecordPtr> &presets)
     const QNBPrefPanePref::Services world = services();
     const Result<> written = QNBSettingsStore::write(*world.preferences, settings);
     ASSERT_TRUE(written.ok) << qPrintable(written.error);
+    storedDomain = domainOnDisk();
+}
+
+QByteArray PaneFixture::domainOnDisk() const
+{
+    QFile file(path(QStringLiteral("config/%1.plist").arg(QNBProductIdentifier())));
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+void PaneFixture::leavePane()
+{
+    expectNothingSavedSinceStoring();
+    pane->didUnselect();
+    notifications.clear();
+    storedDomain = domainOnDisk();
+}
+
+void PaneFixture::expectNothingSavedSinceStoring() const
+{
+    EXPECT_EQ(notifications, QStringList());
+    EXPECT_TRUE(domainOnDisk() == storedDomain);
 }
 
 QNBSettings PaneFixture::stored() const

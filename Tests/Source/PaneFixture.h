@@ -28,6 +28,10 @@ protected:
     static QNBPresetRecordPtr preset(const QString &label, const QStringList &names = {});
     /// Makes these the stored presets.
     void store(const QList<QNBPresetRecordPtr> &presets);
+    /// Edits neither save nor tell anybody: that waits until the pane is left or loses the keyboard.
+    void expectNothingSavedSinceStoring() const;
+    /// Leaves the pane, which saves.
+    void leavePane();
     /// What a reader of the domain finds now.
     QNBSettings stored() const;
 
@@ -51,6 +55,7 @@ protected:
     /// The outline's texts, row by row.
     QStringList outlineRows() const;
 
+    QByteArray domainOnDisk() const;
     QString path(const QString &name) const { return home.filePath(name); }
     void writeFile(const QString &name, const QByteArray &bytes) const;
 
@@ -59,6 +64,8 @@ protected:
     TQProcess startHelper();
 
     QTemporaryDir home;
+    /// The domain as store() left it.
+    QByteArray storedDomain;
     QStringList notifications;
     QList<QUrl> openedURLs;
     QStringList openedFiles;

@@ -13,6 +13,7 @@ class PresetListFixture : public PaneFixture
 {
 protected:
     void SetUp() override;
+    void TearDown() override { expectNothingSavedSinceStoring(); }
 
     QStringList labels() const;
     QNBPresetRecordPtr record(int row) const;

@@ -125,6 +125,18 @@ TEST_F(QNBHoverButtonTest, TheRealPointerIsFollowed)
     EXPECT_TRUE(other.isHovered());
 }
 
+TEST_F(QNBHoverButtonTest, AMoveOfThePointerInsideIsHoveringAgainAfterSwitchingOff)
+{
+    const QPoint centre = button.mapTo(&window, button.rect().center());
+    QTest::mouseMove(window.windowHandle(), centre);
+    button.setState(Qt::Unchecked);
+    ASSERT_FALSE(button.isHovered());
+    listen();
+    takeSteps();
+    QTest::mouseMove(window.windowHandle(), centre + QPoint(1, 0));
+    EXPECT_EQ(takeSteps(), entering) << "no mouse button is needed for it";
+}
+
 TEST_F(QNBHoverButtonTest, ADragIsHoveringOnlyOverTheButton)
 {
     listen();

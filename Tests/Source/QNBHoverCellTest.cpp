@@ -209,6 +209,35 @@ TEST_P(QNBHoverCellTest, TheShadowFallsBelowTheSquare)
         EXPECT_GE(darkness(middle, y), darkness(middle, y + 1)) << "it fades";
 }
 
+TEST_P(QNBHoverCellTest, TheShadowHasTheProfileOfItsScale)
+{
+    // Of a square of 10 that is moved down by 1 and blurred by a Gaussian of 1.25 / 2, three quarters black:
+    // how much darker than the ground, pixel by pixel away from the middle of each side.
+    struct Profile
+    {
+        std::vector<int> below;
+        std::vector<int> above;
+        std::vector<int> beside;
+    };
+    const std::vector<Profile> profiles = {
+        {{150, 41, 2}, {2, 0}, {41, 2}},
+        {{168, 124, 65, 22, 4, 0}, {4, 0, 0, 0}, {65, 22, 4, 0}},
+        {{173, 150, 115, 75, 41, 17, 6, 2, 0}, {6, 2, 0, 0, 0, 0}, {75, 41, 17, 6, 2, 0}}};
+    const int ratio = GetParam();
+    const Profile &expected = profiles.at(static_cast<std::size_t>(ratio - 1));
+    const QImage image = draw(ratio);
+    const auto expectProfile = [&image](const std::vector<int> &profile, QPoint point, const QPoint &step) {
+        for (const int darkness : profile) {
+            EXPECT_NEAR(253 - image.pixelColor(point).red(), darkness, 1) << point.x() << ", " << point.y();
+            point += step;
+        }
+    };
+    expectProfile(expected.below, QPoint(9, 13) * ratio, QPoint(0, 1));
+    expectProfile(expected.above, QPoint(9 * ratio, 3 * ratio - 1), QPoint(0, -1));
+    expectProfile(expected.beside, QPoint(4 * ratio - 1, 8 * ratio), QPoint(-1, 0));
+    expectProfile(expected.beside, QPoint(14, 8) * ratio, QPoint(1, 0));
+}
+
 TEST_P(QNBHoverCellTest, TheGradientEndsDarkBelowAndLightAbove)
 {
     const int ratio = GetParam();

@@ -98,7 +98,7 @@ TEST_F(QNBOutlineViewTest, PlainDeleteOrBackspaceInTheOutlineDoesNothing)
     outline.selectRow(1);
     for (const Qt::Key key : {Qt::Key_Delete, Qt::Key_Backspace}) {
         for (const Qt::KeyboardModifiers modifiers :
-             {Qt::NoModifier, Qt::ShiftModifier, Qt::AltModifier, Qt::KeypadModifier}) {
+             {Qt::NoModifier, Qt::ShiftModifier, Qt::AltModifier, Qt::MetaModifier, Qt::KeypadModifier}) {
             QKeyEvent event(QEvent::KeyPress, key, modifiers);
             QCoreApplication::sendEvent(&outline, &event);
             EXPECT_TRUE(event.isAccepted()) << "the key is not passed on";
@@ -158,6 +158,19 @@ TEST_F(QNBOutlineViewTest, ReturnOnASelectedRowStartsEditingItsName)
         EXPECT_EQ(editor()->text(), u"docs");
         EXPECT_EQ(editor()->selectedText(), u"docs");
         EXPECT_TRUE(editor()->hasFocus());
+        press(Qt::Key_Escape);
+        EXPECT_TRUE(QTest::qWaitFor([this] { return !editor(); }));
+    }
+}
+
+TEST_F(QNBOutlineViewTest, ReturnStartsEditingWhateverTheModifiers)
+{
+    for (const Qt::KeyboardModifier modifier :
+         {Qt::ShiftModifier, Qt::ControlModifier, Qt::AltModifier, Qt::MetaModifier}) {
+        outline.selectRow(3);
+        press(Qt::Key_Return, modifier);
+        ASSERT_TRUE(outline.isEditing()) << modifier;
+        EXPECT_EQ(editor()->selectedText(), u"docs");
         press(Qt::Key_Escape);
         EXPECT_TRUE(QTest::qWaitFor([this] { return !editor(); }));
     }

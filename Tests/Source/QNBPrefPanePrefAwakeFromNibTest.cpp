@@ -93,6 +93,52 @@ TEST_F(QNBPrefPanePrefAwakeFromNib, AnOutletOfAnotherKindIsMissing)
     EXPECT_TRUE(pane->connectOutlets(*view).isEmpty());
 }
 
+TEST_F(QNBPrefPanePrefAwakeFromNib, TheSupportFolderIsThereBeforeTheHelperStarts)
+{
+    const QString helper = addHelper();
+    bool wasThere = false;
+    QNBPrefPanePref::Services world = services();
+    const auto open = world.openFile;
+    world.openFile = [&, open](const QString &file) {
+        if (file == helper)
+            wasThere = QFileInfo::exists(path(QStringLiteral("support/Quenby/Scripts/Say.sh")));
+        return open(file);
+    };
+    openPane(std::move(world));
+    ASSERT_TRUE(openedFiles.contains(helper));
+    EXPECT_TRUE(wasThere);
+}
+
+TEST_F(QNBPrefPanePrefAwakeFromNib, OurBundleIsTheFirstOfThoseWithTheProductsIdentifier)
+{
+    constexpr char ours[] =
+        "<plist><dict><key>CFBundleIdentifier</key><string>org.quenby.Quenby</string></dict></plist>";
+    constexpr char others[] =
+        "<plist><dict><key>CFBundleIdentifier</key><string>org.example.Other</string></dict></plist>";
+    QList<Bundle> all;
+    for (const auto &[name, information] :
+         {std::pair{"other.prefPane", others}, std::pair{"first.prefPane", ours},
+          std::pair{"second.prefPane", ours}}) {
+        const QString bundle = QString::fromLatin1(name);
+        writeFile(bundle + QStringLiteral("/Contents/Info.plist"), information);
+        const auto made = Bundle::bundleWithPath(path(bundle));
+        ASSERT_TRUE(made);
+        all << *made;
+    }
+    const std::optional<Bundle> found = QNBPrefPanePref::ourBundle(all);
+    ASSERT_TRUE(found);
+    EXPECT_EQ(found->resourcePath(), all.at(1).resourcePath());
+    EXPECT_FALSE(QNBPrefPanePref::ourBundle({all.at(0)}));
+}
+
+TEST_F(QNBPrefPanePrefAwakeFromNib, WithoutAVersionTheLabelShowsTheLetterAlone)
+{
+    writeFile(QStringLiteral("Quenby.prefPane/Contents/Info.plist"),
+              "<plist><dict><key>CFBundleIdentifier</key><string>org.quenby.Quenby</string></dict></plist>");
+    openPane();
+    EXPECT_EQ(outlet<QLabel>(QStringLiteral("_ui_versionLabel"))->text(), u"v");
+}
+
 TEST_F(QNBPrefPanePrefAwakeFromNib, DetachedViewsAreInTheirContainers)
 {
     openPane();

@@ -4,6 +4,7 @@
 #include "PaneFixture.h"
 
 #include "Toolkit/PlainText.h"
+#include "Toolkit/TemplateImages.h"
 
 #include <QAction>
 #include <QEnterEvent>
@@ -211,6 +212,42 @@ TEST_F(QNBPrefPanePrefColorLabels, AClickInTheOpenMenuIsOneStepThatCanBeTakenBac
     EXPECT_EQ(item(0).colorName(), u"purple");
     EXPECT_EQ(lit(), QStringList{QStringLiteral("purple")});
     EXPECT_EQ(rows.size(), 3);
+}
+
+TEST_F(QNBPrefPanePrefColorLabels, EachButtonInTheOpenMenuGivesItsColor)
+{
+    openWithColors({{}});
+    outline().selectRow(0);
+    for (const QString &name : buttonNames.first(7)) {
+        openMenu();
+        QTest::mouseClick(&button(name), Qt::LeftButton);
+        EXPECT_EQ(item(0).colorName(), name);
+        menu().close();
+    }
+}
+
+TEST_F(QNBPrefPanePrefColorLabels, TheNoLabelButtonShowsABlackCross)
+{
+    openPane();
+    const QImage image = button(QStringLiteral("clearColor")).icon().pixmap(48).toImage();
+    ASSERT_EQ(image.size(), QSize(48, 48));
+    EXPECT_EQ(image, TemplateImages::stopProgress(Qt::black).pixmap(48).toImage());
+    for (const QPoint &onTheCross :
+         {QPoint(24, 24), QPoint(10, 10), QPoint(37, 10), QPoint(10, 37), QPoint(37, 37)})
+        EXPECT_EQ(image.pixelColor(onTheCross), QColor(Qt::black))
+            << onTheCross.x() << ", " << onTheCross.y();
+    for (const QPoint &beside : {QPoint(24, 8), QPoint(24, 40), QPoint(8, 24), QPoint(40, 24)})
+        EXPECT_EQ(image.pixelColor(beside).alpha(), 0) << beside.x() << ", " << beside.y();
+}
+
+TEST_F(QNBPrefPanePrefColorLabels, EachWordOfTheNameIsCapitalised)
+{
+    openWithColors({{}});
+    QNBHoverButton other;
+    other.setTitle(QStringLiteral("deep SKY blue"));
+    other.cell().setIsHovered(true);
+    pane->colorLabelButtonHovered(other.cell());
+    EXPECT_EQ(colorName(), u"“Deep Sky Blue”");
 }
 
 TEST_F(QNBPrefPanePrefColorLabels, AClickOnNoLabelInTheOpenMenuTakesTheColorAway)

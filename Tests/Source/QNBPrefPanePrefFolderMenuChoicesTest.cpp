@@ -3,6 +3,7 @@
 
 #include "FolderMenusFixture.h"
 
+#include <QCursor>
 #include <QScreen>
 #include <QTest>
 
@@ -179,6 +180,22 @@ TEST_F(QNBPrefPanePrefFolderMenuChoices, TheScriptMenuPopsUpForTheSender)
     EXPECT_EQ(checked(scriptMenu()), QStringList{QStringLiteral("run.sh")});
     QTest::keyClick(&scriptMenu(), Qt::Key_Escape);
     EXPECT_FALSE(scriptMenu().isVisible());
+}
+
+TEST_F(QNBPrefPanePrefFolderMenuChoices, TheScriptMenuOpensAtThePointerOverTheSenderElseBelowIt)
+{
+    makeScript(QStringLiteral("run.sh"));
+    open();
+    view->move(0, 0);
+    const QPoint inside = scriptButton().mapToGlobal(scriptButton().rect().center());
+    QCursor::setPos(inside);
+    pane->popUpScriptSelectionMenu(scriptButton());
+    EXPECT_EQ(scriptMenu().pos(), inside);
+    scriptMenu().close();
+    QCursor::setPos(scriptButton().mapToGlobal(QPoint(-5, -5)));
+    pane->popUpScriptSelectionMenu(scriptButton());
+    EXPECT_EQ(scriptMenu().pos(), scriptButton().mapToGlobal(scriptButton().rect().bottomLeft()));
+    scriptMenu().close();
 }
 
 TEST_F(QNBPrefPanePrefFolderMenuChoices, KeysChooseAContentFileInTheOpenContextualMenu)

@@ -11,6 +11,8 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QTest>
+#include <QTimer>
+#include <algorithm>
 #include <gmock/gmock.h>
 
 using ::testing::ElementsAre;
@@ -383,6 +385,10 @@ TEST_F(QNBPrefPanePrefHelperControl, ThePlugInOfTheFileManagersIsOfferedAfterASe
     QElapsedTimer timer;
     timer.start();
     openPane();
+    const QList<QTimer *> timers = pane->findChildren<QTimer *>();
+    EXPECT_TRUE(std::any_of(timers.begin(), timers.end(), [](const QTimer *one) {
+        return one->isSingleShot() && one->interval() == 1000;
+    })) << "and no later, however slow this machine is";
     ASSERT_TRUE(QTest::qWaitFor([this] { return !alerts.isEmpty(); }));
     EXPECT_GE(timer.elapsed(), 1000);
     EXPECT_EQ(alerts.constFirst().title, u"Install Finder Contextual Menu?");

@@ -8,6 +8,7 @@
 #include "Toolkit/ArrayController.h"
 
 #include <QAction>
+#include <QDir>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTest>
@@ -337,6 +338,34 @@ TEST_F(QNBPrefPanePrefHierarchyEditing, AFileWithoutAnExtensionShowsTheGenericDo
     }
 }
 
+TEST_F(QNBPrefPanePrefHierarchyEditing, AFileHasTheIconOfItsExtension)
+{
+    const QString icons = path(text("icons/two"));
+    for (const char *name : {"text-plain", "image-png"}) {
+        QPixmap pixmap(16, 16);
+        pixmap.fill(*name == 't' ? Qt::green : Qt::blue);
+        QDir().mkpath(icons + text("/16/mimetypes"));
+        ASSERT_TRUE(pixmap.save(icons + text("/16/mimetypes/") + text(name) + text(".png")));
+    }
+    writeFile(text("icons/two/index.theme"), "[Icon Theme]\nName=two\nDirectories=16/mimetypes\n"
+                                             "[16/mimetypes]\nSize=16\nType=Fixed\n");
+    const QStringList searchPaths = QIcon::themeSearchPaths();
+    const QString theme = QIcon::themeName();
+    QIcon::setThemeSearchPaths({path(text("icons"))});
+    QIcon::setThemeName(text("two"));
+    openTree({text("note.txt"), text("picture.PNG")});
+    const auto color = [this](const char *name) {
+        ViewCell cell;
+        pane->outlineViewWillDisplayCell(outline(), cell, 0, item(text(name)));
+        return cell.image.pixmap(16).toImage().pixelColor(8, 8);
+    };
+    EXPECT_EQ(color("note.txt"), QColor(Qt::green));
+    EXPECT_EQ(color("picture.PNG"), QColor(Qt::blue));
+    closePane();
+    QIcon::setThemeSearchPaths(searchPaths);
+    QIcon::setThemeName(theme);
+}
+
 TEST_F(QNBPrefPanePrefHierarchyEditing, AColourLabelTintsTheIconHalfWithTheFirstColourOfItsGel)
 {
     openTree({text("plain"), text("labelled")});
@@ -398,7 +427,7 @@ TEST_F(QNBPrefPanePrefHierarchyEditing, NamesAreIndexedInTheLargeFolderThatIsEdi
 
     rename(text("right/6.txt"), text("7.txt"));
     EXPECT_TRUE(right->childNames());
-    pane->didUnselect();
+    leavePane();
     EXPECT_FALSE(right->childNames());
     rename(text("right/8.txt"), text("9.txt"));
     EXPECT_TRUE(right->childNames());
@@ -459,6 +488,6 @@ TEST_F(QNBPrefPanePrefHierarchyEditing, NothingIsAddedWhereItCouldNotBeStored)
     EXPECT_FALSE(outlet<QPushButton>(text("_addFolderButton"))->isEnabled());
     pane->addFileToPresetHierarchy();
     EXPECT_TRUE(tree() == before);
-    pane->didUnselect();
+    leavePane();
     EXPECT_EQ(stored().presets.constFirst()->toStored(), shownPreset()->toStored());
 }

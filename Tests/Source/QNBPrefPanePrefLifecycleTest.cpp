@@ -3,6 +3,7 @@
 
 #include "PaneFixture.h"
 
+#include "Source/ZBIconCell.h"
 #include "Toolkit/ArrayController.h"
 #include "Toolkit/KeyComboRecorder.h"
 
@@ -41,6 +42,14 @@ TEST_F(QNBPrefPanePrefLifecycle, FirstRunShowsTheBundlesPresetsAndTheFirstSaveKe
     EXPECT_TRUE(storedLabels().isEmpty()) << "nothing is stored before the pane is left";
     pane->didUnselect();
     EXPECT_EQ(storedLabels(), QStringList({QStringLiteral("From the bundle")}));
+}
+
+TEST_F(QNBPrefPanePrefLifecycle, TheRowsOfTheOutlineAreDrawnByAnEditableIconCell)
+{
+    openPane();
+    const auto *cell = dynamic_cast<const ZBIconCell *>(outline().dataCell());
+    ASSERT_TRUE(cell);
+    EXPECT_TRUE(cell->isEditable());
 }
 
 TEST_F(QNBPrefPanePrefLifecycle, PreferencesAreReadWhenTheViewIsLoadedAndNotBefore)

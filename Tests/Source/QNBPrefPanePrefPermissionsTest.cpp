@@ -295,6 +295,20 @@ TEST_F(QNBPrefPanePrefPermissions, ClicksInTheOpenMenuAreStepsOfTheirOwnAndLeave
     EXPECT_FALSE(box(QStringLiteral("OwnerW")).isChecked());
 }
 
+TEST_F(QNBPrefPanePrefPermissions, AClickOnEachBoxInTheOpenMenuSetsItsBit)
+{
+    const QStringList keys{QStringLiteral("u"), QStringLiteral("g"), QStringLiteral("o")};
+    openWith(permissions(0, 0, 0));
+    openMenu();
+    for (qsizetype i = 0; i < boxNames.size(); ++i) {
+        QTest::mouseClick(&box(boxNames[i]), Qt::LeftButton);
+        QVariantMap expected = permissions(0, 0, 0);
+        for (qsizetype before = 0; before <= i; ++before)
+            expected[keys[before / 3]] = expected[keys[before / 3]].toLongLong() | 4 >> before % 3;
+        EXPECT_EQ(item(0).customPermissions(), expected) << qPrintable(boxNames[i]);
+    }
+}
+
 TEST_F(QNBPrefPanePrefPermissions, ClicksClearAndSetOwnerWriteAndMakeOwnerReadOf9Thirteen)
 {
     openWith(permissions(7, 6, 4));

@@ -133,6 +133,21 @@ TEST_F(QNBPrefPanePrefPresetActions, RemovalTakesOverWhatIsBeingTyped)
     EXPECT_EQ(labels(), QStringList({QStringLiteral("Typed"), b, c}));
 }
 
+TEST_F(QNBPrefPanePrefPresetActions, WhatWasAskedAboutIsRemovedOrNothing)
+{
+    QNBPrefPanePref::Services world = services();
+    ArrayController *presets = nullptr;
+    world.runAlertPanel = [&presets](QWidget *, const AlertPanel &) {
+        presets->setSelectionIndex(1);
+        return AlertPanel::Answer::Default;
+    };
+    closePane();
+    openPane(std::move(world));
+    presets = &controller();
+    pane->removeSelectedPresetAfterConfirmation();
+    EXPECT_EQ(labels(), QStringList({a, b, c})) << "another preset was selected by the time of the answer";
+}
+
 TEST_F(QNBPrefPanePrefPresetActions, APaneThatIsGoneBeforeTheAnswerIsLeftAlone)
 {
     QNBPrefPanePref::Services world = services();

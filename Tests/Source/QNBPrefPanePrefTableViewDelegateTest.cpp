@@ -214,6 +214,15 @@ TEST_F(QNBPrefPanePrefTableViewDelegate, NoFileIsWrittenForARowThatIsGoneOrAPlac
     EXPECT_TRUE(pane->tableViewProbableNameOfPromisedFile(list(), 3).isEmpty());
 }
 
+TEST_F(QNBPrefPanePrefTableViewDelegate, OfSeveralRowsTheFirstIsExported)
+{
+    QDir().mkpath(path(QStringLiteral("out")));
+    EXPECT_EQ(pane->tableViewNamesOfPromisedFilesDroppedAtDestination(
+                  list(), QUrl::fromLocalFile(path(QStringLiteral("out"))), {1, 2}),
+              QStringList(QStringLiteral("B.qnbp")));
+    EXPECT_EQ(filesIn(path(QStringLiteral("out"))), QStringList(QStringLiteral("B.qnbp")));
+}
+
 TEST_F(QNBPrefPanePrefTableViewDelegate, TheColumnDragHandleShowsTheImageAndNoOtherDoes)
 {
     const TableColumn handle{.identifier = QStringLiteral("drag_handle")};
