@@ -17,6 +17,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <memory>
 
 using namespace std::chrono_literals;
 
@@ -95,9 +96,11 @@ ExitCode CommandLine::perform(const CommandLineOptions &options)
         tell(home.error);
         return ExitCode::Usage;
     }
-    if (options.command == Command::List)
-        return list(options);
-    return options.command == Command::Undo ? undo(options) : create(options);
+    if (options.command == Command::Undo)
+        return undo(options);
+    for (const QString &line : newsOfInterruptedCreations())
+        tell(line);
+    return options.command == Command::List ? list(options) : create(options);
 }
 
 ExitCode CommandLine::list(const CommandLineOptions &options)
@@ -134,8 +137,11 @@ ExitCode CommandLine::create(const CommandLineOptions &options)
     QString error;
     if (const QNBPresetRecordPtr preset = presetNamed(settings.presets, options.preset, &error)) {
         QList<CreationRequest> requests;
-        for (const QString &folder : std::as_const(folders))
+        const auto step = std::make_shared<UndoStep>(folders.size());
+        for (const QString &folder : std::as_const(folders)) {
             requests.append(request(options, preset, folder));
+            requests.last().step = step;
+        }
         code = options.isDryRun ? dryRun(options, requests) : createIn(options, requests);
     } else {
         tell(error);
@@ -205,6 +211,8 @@ ExitCode CommandLine::createIn(const CommandLineOptions &options, const QList<Cr
         else
             console_.print(report.script.output);
     }
+    if (const QString problem = requests.constFirst().step->endAll(); !problem.isEmpty())
+        tell(tr("What was created cannot be undone later: %1").arg(problem));
     if (options.isJson)
         printCreations(options, requests, folders);
     return interruption_.isRequested() ? worse(code, ExitCode::Interrupted) : code;
@@ -251,6 +259,8 @@ void CommandLine::tellReport(const CreationReport &report)
         tell(tr("Nothing was created in %1: %2").arg(folder, report.message));
     if (report.isCreated() && report.status != Status::Created)
         tell(report.message);
+    if (!report.warning.isEmpty())
+        tell(report.warning);
     if (report.status == Status::ScriptNotAllowed)
         tell(tr("Look at it, and then allow it by --allow-script."));
     if (report.script.omittedOutput > 0)

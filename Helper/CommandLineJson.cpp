@@ -111,6 +111,7 @@ QJsonObject CommandLineJson::report(const CreationReport &report)
     QJsonObject object = plan(report.plan);
     object.insert(QStringLiteral("status"), statusName(report.status));
     object.insert(QStringLiteral("message"), report.message);
+    object.insert(QStringLiteral("warning"), report.warning);
     object.insert(QStringLiteral("script"), script(report.script));
     return object;
 }
@@ -119,7 +120,8 @@ QJsonObject CommandLineJson::undo(const UndoReport &report)
 {
     return {{QStringLiteral("status"), undoName(report.status)},
             {QStringLiteral("preset"), report.label},
-            {QStringLiteral("folder"), report.folder},
+            {QStringLiteral("folder"), report.folders.value(0)},
+            {QStringLiteral("folders"), QJsonArray::fromStringList(report.folders)},
             {QStringLiteral("message"), report.message}};
 }
 

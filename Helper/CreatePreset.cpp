@@ -3,8 +3,10 @@
 
 #include "Helper/CreatePreset.h"
 
+#include "Helper/Creation/InterruptedUndo.h"
 #include "Helper/FolderPath.h"
 #include "Helper/History.h"
+#include "Helper/Journals.h"
 #include "Helper/Presets.h"
 #include "Helper/ScriptApprovals.h"
 #include "Helper/ScriptChanges.h"
@@ -14,8 +16,12 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QFile>
+#include <QFileInfo>
 #include <QLoggingCategory>
-#include <QUuid>
+
+#include <algorithm>
+#include <vector>
 
 namespace {
 
@@ -54,35 +60,6 @@ void forget(const History &history)
         qCWarning(lcCreate) << "a creation that cannot be undone is remembered:" << forgotten.error;
 }
 
-void remember(const CreationReport &report)
-{
-    const History history;
-    QString error;
-    const std::optional<FileLock> lock = history.lock(&error);
-    const Result<> stored =
-        lock ? history.store({report.id, report.label, report.record}) : Result<>::failure(error);
-    if (stored)
-        return;
-    qCWarning(lcCreate) << "the creation cannot be undone:" << stored.error;
-    // Nor is the one before taken for the last one.
-    if (lock)
-        forget(history);
-}
-
-/// The same of a creation that has changed since, unless it was undone or another one followed.
-void rememberChanges(const CreationReport &report)
-{
-    const History history;
-    QString error;
-    const std::optional<FileLock> lock = history.lock(&error);
-    const std::optional<History::Creation> last = lock ? history.read(&error) : std::nullopt;
-    Result<> stored = error.isEmpty() ? Result<>() : Result<>::failure(error);
-    if (last && last->id == report.id && !last->isBeingUndone)
-        stored = history.store({report.id, report.label, report.record});
-    if (!stored)
-        qCWarning(lcCreate) << "what the script has changed cannot be undone:" << stored.error;
-}
-
 QString scriptsFolder()
 {
     return QDir(QNBApplicationSupportPath()).filePath(QNBFolderMenu::scriptsFolder);
@@ -112,8 +89,10 @@ void runScript(const CreationRequest &request, const QString &name, CreationRepo
     const QString target = FolderPath::shortened(report.plan.target());
     const ScriptChanges changes;
     report.script = script->run(target, report.label, request.scriptLimits);
-    if (changes.takeInto(report.record))
-        rememberChanges(report);
+    if (changes.takeInto(report.record)) {
+        if (const QString problem = report.step->change(report.place, report.record); !problem.isEmpty())
+            qCWarning(lcCreate) << "what the script has changed cannot be undone:" << problem;
+    }
     if (report.script.hasSucceeded())
         return;
     report.status = report.script.outcome == ScriptResult::Outcome::TimedOut ? Status::ScriptTimedOut
@@ -126,42 +105,129 @@ UndoReport refused(const QString &message)
     return {UndoReport::Status::Refused, message, {}, {}};
 }
 
-UndoReport reportOf(const History::Creation &creation, const Creation::UndoOutcome &outcome)
+QString shownFolders(const QStringList &folders)
+{
+    return lineText(folders.join(QStringLiteral(", ")));
+}
+
+UndoReport reportOf(const QString &label, const Creation::Records &records,
+                    const Creation::UndoOutcome &outcome)
 {
     UndoReport report;
-    report.label = creation.label;
-    report.folder = QFile::decodeName(creation.record.target);
-    const QString shownFolder = lineText(creation.record.target);
+    report.label = label;
+    QStringList shown;
+    for (const Creation::Record &record : records) {
+        report.folders.append(QFile::decodeName(record.target));
+        shown.append(lineText(record.target));
+    }
+    const QString folders = shownFolders(shown);
     if (outcome.succeeded) {
         report.status = UndoReport::Status::Undone;
-        report.message = tr("Undid \"%1\" in %2").arg(report.label, shownFolder);
+        report.message = tr("Undid \"%1\" in %2").arg(report.label, folders);
         return report;
     }
     report.status = outcome.rest ? UndoReport::Status::Incomplete : UndoReport::Status::Refused;
     const QString message = outcome.rest ? tr("\"%1\" in %2 was not undone completely: %3")
                                          : tr("\"%1\" in %2 was not undone: %3");
-    report.message = message.arg(report.label, shownFolder, outcome.error);
+    report.message = message.arg(report.label, folders, outcome.error);
     return report;
 }
 
 /// Undoes the creation that the history keeps, so that it can be gone on with if it does not get to the end.
 UndoReport undoKept(const History &history, const History::Creation &creation)
 {
+    const auto report = [&creation](const Creation::UndoOutcome &outcome) {
+        return reportOf(creation.label, creation.records, outcome);
+    };
     if (const Result<> begun = history.beginUndo(); !begun)
-        return reportOf(creation, {false, begun.error});
+        return report({false, begun.error});
     const Creation::UndoOutcome outcome =
-        Creation::undo(creation.record, creation.isBeingUndone ? Creation::EarlierUndo::Unfinished
-                                                               : Creation::EarlierUndo::None);
+        Creation::undo(creation.records, creation.isBeingUndone ? Creation::EarlierUndo::Unfinished
+                                                                : Creation::EarlierUndo::None);
     Result<> kept;
     if (outcome.succeeded)
         forget(history);
     else if (outcome.rest)
-        kept = history.store({creation.id, creation.label, *outcome.rest, true});
+        kept = history.store({creation.id, creation.label, *outcome.rest, true, creation.begun});
     else if (!creation.isBeingUndone)
         kept = history.endUndo();
     if (!kept)
         qCWarning(lcCreate) << "what was not undone is not remembered well:" << kept.error;
-    return reportOf(creation, outcome);
+    return report(outcome);
+}
+
+using Interrupted = std::vector<Journals::Interrupted>;
+
+/// Those journals that still stand for something. One of a creation that was stored, and killed right after
+/// that, does not.
+Interrupted interruptedCreations(const std::optional<History::Creation> &last)
+{
+    const Journals journals;
+    Interrupted interrupted = journals.interrupted();
+    std::erase_if(interrupted, [&](const Journals::Interrupted &journal) {
+        const bool isStored = last && last->id == journal.content.id;
+        if (const Result<> removed = isStored ? journals.remove(journal.path) : Result<>(); !removed)
+            qCWarning(lcCreate) << "a journal of no use is left:" << removed.error;
+        return isStored;
+    });
+    return interrupted;
+}
+
+/// Undoes all folders of an interrupted creation, from the last to the first.
+UndoReport undoInterrupted(const Interrupted &interrupted, const QString &id)
+{
+    UndoReport report;
+    QStringList left;
+    bool canBeTriedAgain = false;
+    for (const Journals::Interrupted &journal : interrupted) {
+        if (journal.content.id != id)
+            continue;
+        report.label = journal.content.label;
+        report.folders.prepend(journal.content.plan.target());
+        const Creation::InterruptedUndoOutcome outcome = Creation::undo(journal.content);
+        if (!outcome.left.isEmpty())
+            left.prepend(outcome.left);
+        canBeTriedAgain = canBeTriedAgain || outcome.canBeTriedAgain;
+        if (outcome.canBeTriedAgain)
+            continue;
+        if (const Result<> removed = Journals().remove(journal.path); !removed)
+            left.append(removed.error);
+    }
+    report.status = left.isEmpty() ? UndoReport::Status::Undone : UndoReport::Status::Incomplete;
+    const QString folders = shownFolders(report.folders);
+    report.message =
+        left.isEmpty()
+            ? tr("Undid \"%1\" in %2, whose creation had been interrupted").arg(report.label, folders)
+            : tr("\"%1\" in %2, whose creation had been interrupted, was not undone completely: %3")
+                  .arg(report.label, folders, left.join(QStringLiteral("; ")));
+    return report;
+}
+
+/// Plans and executes.
+CreationReport createStructure(const CreationRequest &request, const Creation::Progress &progress,
+                               const std::shared_ptr<UndoStep> &step)
+{
+    CreationReport report;
+    report.label = request.preset->label();
+    report.step = step;
+    report.plan = planCreation(request);
+    if (!report.plan.canBeExecuted()) {
+        report.message = obstacles(report.plan);
+        return report;
+    }
+    const Creation::Outcome outcome =
+        Creation::execute(report.plan, progress, step->beginFolder(report.label, report.plan));
+    if (!outcome.succeeded) {
+        step->discard();
+        report.status = outcome.cancelled ? Status::Cancelled : Status::Failed;
+        report.message = outcome.error;
+        return report;
+    }
+    report.status = Status::Created;
+    report.message = tr("Created \"%1\" in %2").arg(report.label, report.plan.target());
+    report.record = outcome.record;
+    report.place = step->add(outcome.record);
+    return report;
 }
 
 } // namespace
@@ -178,27 +244,13 @@ Creation::Plan planCreation(const CreationRequest &request)
 
 CreationReport createPreset(const CreationRequest &request, const Creation::Progress &progress)
 {
-    CreationReport report;
-    report.label = request.preset->label();
-    report.plan = planCreation(request);
-    if (!report.plan.canBeExecuted()) {
-        report.message = obstacles(report.plan);
-        return report;
-    }
-    const Creation::Outcome outcome = Creation::execute(report.plan, progress);
-    if (!outcome.succeeded) {
-        report.status = outcome.cancelled ? Status::Cancelled : Status::Failed;
-        report.message = outcome.error;
-        return report;
-    }
-    report.status = Status::Created;
-    report.message = tr("Created \"%1\" in %2").arg(report.label, report.plan.target());
-    report.id = QUuid::createUuid().toString(QUuid::WithoutBraces);
-    report.record = outcome.record;
-    remember(report);
+    const std::shared_ptr<UndoStep> step = request.step ? request.step : std::make_shared<UndoStep>();
+    CreationReport report = createStructure(request, progress, step);
+    if (const QString problem = step->endFolder(); !problem.isEmpty())
+        report.warning = tr("This creation cannot be undone later: %1").arg(problem);
 
     const QString script = request.preset->values().value(QNBPresetKey::scriptFile).toString();
-    if (request.runScript && !script.isEmpty())
+    if (report.isCreated() && request.runScript && !script.isEmpty())
         runScript(request, script, report);
     return report;
 }
@@ -211,6 +263,15 @@ UndoReport undoLastCreation()
     if (!lock)
         return refused(error);
     const std::optional<History::Creation> creation = history.read(&error);
+    Interrupted interrupted = interruptedCreations(creation);
+    // On a disk that is not there now, say: what else there is must not wait for that.
+    const auto isAway = [](const Journals::Interrupted &journal) {
+        return !QFileInfo(QFile::decodeName(journal.content.plan.resolvedTarget())).isDir();
+    };
+    if (creation || !std::all_of(interrupted.cbegin(), interrupted.cend(), isAway))
+        std::erase_if(interrupted, isAway);
+    if (!interrupted.empty() && (!creation || interrupted.front().content.begun > creation->begun))
+        return undoInterrupted(interrupted, interrupted.front().content.id);
     if (!creation) {
         if (!error.isEmpty())
             return refused(error);
@@ -229,7 +290,35 @@ UndoReport undoCreation(const CreationReport &report)
     if (!lock)
         return refused(error);
     // It is kept as it is by now: changed by its script, or undone in part.
-    if (const std::optional<History::Creation> last = history.read(&error); last && last->id == report.id)
+    const std::optional<History::Creation> last = history.read(&error);
+    const QString &id = report.step->id();
+    if (last && last->id == id)
         return undoKept(history, *last);
-    return reportOf({report.id, report.label, report.record}, Creation::undo(report.record));
+    const Interrupted interrupted = interruptedCreations(last);
+    if (std::any_of(interrupted.cbegin(), interrupted.cend(),
+                    [&id](const Journals::Interrupted &journal) { return journal.content.id == id; }))
+        return undoInterrupted(interrupted, id);
+    return reportOf(report.label, report.step->records(), Creation::undo(report.step->records()));
+}
+
+bool canUndo()
+{
+    return History().hasCreation() || Journals().hasInterrupted();
+}
+
+QStringList newsOfInterruptedCreations()
+{
+    QStringList lines;
+    const Journals journals;
+    if (!journals.hasInterrupted())
+        return lines;
+    QString error;
+    for (const Journals::Interrupted &journal : interruptedCreations(History().read(&error))) {
+        if (journal.content.isTold)
+            continue;
+        lines.prepend(tr("The creation of \"%1\" in %2 was interrupted. Undoing it removes what it has made.")
+                          .arg(lineText(journal.content.label), lineText(journal.content.plan.target())));
+        journals.setTold(journal.path);
+    }
+    return lines;
 }

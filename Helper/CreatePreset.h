@@ -7,10 +7,13 @@
 #include "Helper/Creation/Execution.h"
 #include "Helper/Creation/Record.h"
 #include "Helper/Script.h"
+#include "Helper/UndoStep.h"
 #include "Source/QNBPresetRecord.h"
 
 #include <QString>
+#include <QStringList>
 #include <functional>
+#include <memory>
 
 /// Whether a script that was never allowed may run, now and from now on. Whoever answers shows it to the
 /// user.
@@ -22,6 +25,8 @@ struct CreationRequest
     /// An absolute path.
     QString folder;
     Creation::OnConflict onConflict = Creation::OnConflict::UniqueName;
+    /// What the creation is a part of, if it is one of several that are undone together.
+    std::shared_ptr<UndoStep> step = {};
     bool runScript = true;
     /// Called on the thread that creates, after the structure was made. Without it such a script does not
     /// run.
@@ -47,8 +52,11 @@ struct CreationReport
     Creation::Plan plan;
     /// What happened, for people.
     QString message;
-    /// Of this creation among all; for undoCreation().
-    QString id;
+    /// Why it cannot be undone, for people; empty if it can, or if more folders follow.
+    QString warning;
+    /// What undoCreation() undoes, and the place of this creation in it.
+    std::shared_ptr<UndoStep> step;
+    std::size_t place = 0;
     QString label;
     Creation::Record record;
     ScriptResult script;
@@ -72,7 +80,7 @@ struct UndoReport
     QString message;
     /// Of the preset.
     QString label;
-    QString folder;
+    QStringList folders;
 };
 
 /// What createPreset() would do; changes nothing but for making the folder of content files if there is none.
@@ -82,6 +90,13 @@ Creation::Plan planCreation(const CreationRequest &request);
 /// called on any thread, as long as nobody else uses the preset.
 CreationReport createPreset(const CreationRequest &request, const Creation::Progress &progress = {});
 
-/// Undoes the last creation of whatever process, or this one.
+/// Undoes the last creation of whatever process, or this one, in all its folders. One that was killed in the
+/// middle counts too.
 UndoReport undoLastCreation();
 UndoReport undoCreation(const CreationReport &report);
+/// Whether there is something to undo.
+bool canUndo();
+
+/// What the user has not been told yet of creations that were killed in the middle: a line for each, in none
+/// of them afterwards.
+QStringList newsOfInterruptedCreations();

@@ -7,6 +7,7 @@
 #include "Platform/DesktopFolders.h"
 #include "Platform/PropertyList.h"
 
+#include <QDateTime>
 #include <QFileInfo>
 
 #include <utility>
@@ -19,12 +20,32 @@ const QString lockSuffix = QStringLiteral(".lock");
 
 const QString idKey = QStringLiteral("id");
 const QString labelKey = QStringLiteral("label");
+const QString recordsKey = QStringLiteral("records");
+/// Of the one folder, as the first version wrote it.
 const QString recordKey = QStringLiteral("record");
+const QString begunKey = QStringLiteral("begun");
 
 const QString noFolder = QStringLiteral("there is no folder for the program's state");
 
 /// In milliseconds. Undoing a large creation takes as long as making it.
 constexpr int lockTimeout = 30'000;
+constexpr qint64 nanosecondsInMillisecond = 1'000'000;
+
+/// None if one of them is no record, or there is none.
+std::optional<Creation::Records> recordsIn(const QVariantMap &stored)
+{
+    QVariantList list = stored.value(recordsKey).toList();
+    if (list.isEmpty())
+        list.append(stored.value(recordKey));
+    Creation::Records records;
+    for (const QVariant &element : std::as_const(list)) {
+        std::optional<Creation::Record> record = Creation::Record::fromVariant(element.toMap());
+        if (!record)
+            return std::nullopt;
+        records.push_back(std::move(*record));
+    }
+    return records;
+}
 
 } // namespace
 
@@ -50,8 +71,11 @@ QString History::undoingPath() const
 
 Result<> History::store(const Creation &creation) const
 {
+    QVariantList records;
+    for (const ::Creation::Record &record : creation.records)
+        records.append(record.toVariant());
     const PropertyList::WriteResult bytes = PropertyList::write(QVariantMap{
-        {idKey, creation.id}, {labelKey, creation.label}, {recordKey, creation.record.toVariant()}});
+        {idKey, creation.id}, {labelKey, creation.label}, {begunKey, creation.begun}, {recordsKey, records}});
     if (!bytes)
         return Result<>::failure(bytes.error);
     return DurableFileWriter().write(creation.isBeingUndone ? undoingPath() : path(), *bytes.bytes);
@@ -79,14 +103,16 @@ std::optional<History::Creation> History::read(QString *error) const
         return std::nullopt;
     const PropertyList::ReadResult result = PropertyList::read(*bytes);
     const QVariantMap stored = result ? result.value->toMap() : QVariantMap();
-    const auto record = ::Creation::Record::fromVariant(stored.value(recordKey).toMap());
-    if (!record) {
+    const std::optional<::Creation::Records> records = recordsIn(stored);
+    if (!records) {
         *error = file + QStringLiteral(": ") +
                  (result.error.isEmpty() ? QStringLiteral("not a record of a creation") : result.error);
         return std::nullopt;
     }
-    return Creation{stored.value(idKey).toString(), stored.value(labelKey).toString(), *record,
-                    isBeingUndone};
+    // The first version did not say when; it wrote the file right after.
+    const qint64 written = QFileInfo(file).lastModified().toMSecsSinceEpoch() * nanosecondsInMillisecond;
+    return Creation{stored.value(idKey).toString(), stored.value(labelKey).toString(), *records,
+                    isBeingUndone, stored.value(begunKey, written).toLongLong()};
 }
 
 bool History::hasCreation() const

@@ -21,9 +21,12 @@ public:
         QString id;
         /// Of the preset.
         QString label;
-        ::Creation::Record record;
+        /// For each folder.
+        ::Creation::Records records;
         /// Since beginUndo().
         bool isBeingUndone = false;
+        /// When it began, in nanoseconds since 1970.
+        qint64 begun = 0;
     };
 
     /// That of the user.

@@ -81,6 +81,7 @@ public:
 
 private:
     friend class Planner;
+    friend class JournalFormat;
 
     QString target_;
     QByteArray resolvedTarget_;

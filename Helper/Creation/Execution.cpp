@@ -31,9 +31,10 @@ constexpr mode_t ownerRights = 0700;
 class Execution
 {
 public:
-    Execution(FolderLayer &layer, const Plan &plan)
+    Execution(FolderLayer &layer, const Plan &plan, Journal *journal)
         : layer_(layer)
         , plan_(plan)
+        , journal_(journal)
         , contents_(layer, plan)
         , entries_(plan.operations().size(), Record::inTarget)
     {
@@ -143,8 +144,12 @@ private:
         way_.push_back(static_cast<qint32>(number));
         Record::Entry &entry = note(step, number, Record::Entry::Kind::Folder, chain_->information());
         const bool isOpenToOwner = (entry.mode & ownerRights) == ownerRights;
-        return (isOpenToOwner || setMode(entry, ownerRights)) && setLabel(step, chain_->descriptor()) &&
-               (isFinishedLater(number) || setMode(entry, step.mode));
+        const bool isReady = (isOpenToOwner || setMode(entry, ownerRights)) &&
+                             setLabel(step, chain_->descriptor()) &&
+                             (isFinishedLater(number) || setMode(entry, step.mode));
+        if (journal_)
+            journal_->note(number, entry);
+        return isReady;
     }
 
     /// Goes into a new folder that the umask has closed to its owner.
@@ -179,8 +184,13 @@ private:
 
     bool finishFolder(const Operation &step)
     {
-        const auto entry = entries_[static_cast<std::size_t>(step.folder)];
-        return chain_->openParent() && setMode(record_.entries[static_cast<std::size_t>(entry)], step.mode);
+        const auto number = entries_[static_cast<std::size_t>(step.folder)];
+        Record::Entry &entry = record_.entries[static_cast<std::size_t>(number)];
+        if (!chain_->openParent() || !setMode(entry, step.mode))
+            return false;
+        if (journal_)
+            journal_->note(step.folder, entry);
+        return true;
     }
 
     bool useFolder(const Operation &step, qsizetype number)
@@ -263,6 +273,8 @@ private:
         entry.size = information.st_size;
         entry.modified = information.st_mtim;
         entries_[static_cast<std::size_t>(number)] = static_cast<qint32>(record_.entries.size());
+        if (journal_)
+            journal_->note(number, entry);
         return record_.entries.emplace_back(std::move(entry));
     }
 
@@ -352,6 +364,7 @@ private:
 
     FolderLayer &layer_;
     const Plan &plan_;
+    Journal *const journal_;
     ContentBytes contents_;
     std::optional<FileDescriptor> target_;
     std::optional<FolderChain> chain_;
@@ -369,14 +382,14 @@ private:
 
 } // namespace
 
-Outcome execute(const Plan &plan, const Progress &progress)
+Outcome execute(const Plan &plan, const Progress &progress, Journal *journal)
 {
-    return execute(plan, progress, FolderLayer::real());
+    return execute(plan, progress, FolderLayer::real(), journal);
 }
 
-Outcome execute(const Plan &plan, const Progress &progress, FolderLayer &layer)
+Outcome execute(const Plan &plan, const Progress &progress, FolderLayer &layer, Journal *journal)
 {
-    return Execution(layer, plan).run(progress);
+    return Execution(layer, plan, journal).run(progress);
 }
 
 } // namespace Creation

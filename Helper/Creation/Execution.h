@@ -4,6 +4,7 @@
 #pragma once
 
 #include "Helper/Creation/CreationPlan.h"
+#include "Helper/Creation/Journal.h"
 #include "Helper/Creation/Record.h"
 
 #include <functional>
@@ -33,8 +34,10 @@ struct Outcome
 /// On failure what this run made is removed again, and only that: what is no longer the file or folder that
 /// was made stays, and so does a folder that something else was put into. The folders that were there get
 /// their times of access and modification back (that of the last change of status cannot be given back).
-Outcome execute(const Plan &plan, const Progress &progress = {});
+///
+/// What is made is noted in \a journal, that of the plan, if there is one; it stays the caller's.
+Outcome execute(const Plan &plan, const Progress &progress = {}, Journal *journal = nullptr);
 /// The same with system calls of one's own.
-Outcome execute(const Plan &plan, const Progress &progress, FolderLayer &layer);
+Outcome execute(const Plan &plan, const Progress &progress, FolderLayer &layer, Journal *journal = nullptr);
 
 } // namespace Creation

@@ -63,13 +63,16 @@ struct Record
     static std::optional<Record> fromVariant(const QVariantMap &stored);
 };
 
+/// What one creation made, in several folders, in the order in which it went to them.
+using Records = std::vector<Record>;
+
 struct UndoOutcome
 {
     bool succeeded = false;
     /// For people: what stands in the way.
     QString error;
     /// What could not be removed after others were; none if nothing was touched.
-    std::optional<Record> rest = {};
+    std::optional<Records> rest = {};
 };
 
 /// What became of earlier undos of the same record.
@@ -89,5 +92,8 @@ enum class EarlierUndo {
 UndoOutcome undo(const Record &record, EarlierUndo earlier = EarlierUndo::None);
 /// The same with system calls of one's own.
 UndoOutcome undo(const Record &record, FolderLayer &layer, EarlierUndo earlier = EarlierUndo::None);
+/// The same of several, which are undone all or none, from the last to the first.
+UndoOutcome undo(const Records &records, EarlierUndo earlier = EarlierUndo::None);
+UndoOutcome undo(const Records &records, FolderLayer &layer, EarlierUndo earlier = EarlierUndo::None);
 
 } // namespace Creation

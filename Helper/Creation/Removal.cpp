@@ -40,16 +40,8 @@ void Removal::removeEntry(RecordWalk &walk, qsizetype number)
 
 void Removal::keep(qsizetype number, const QString &reason)
 {
-    if (kept_.empty())
-        firstKept_ = QStringLiteral("“%1” was left (%2)").arg(record_.path(number), reason);
+    remains_.add(record_.path(number), reason);
     kept_.push_back(number);
-}
-
-QString Removal::remains() const
-{
-    return kept_.size() > 1
-               ? QStringLiteral("%1, and %2 more").arg(firstKept_, QString::number(kept_.size() - 1))
-               : firstKept_;
 }
 
 } // namespace Creation

@@ -5,6 +5,7 @@
 
 #include "Helper/Creation/Record.h"
 #include "Helper/Creation/RecordWalk.h"
+#include "Helper/Creation/Remains.h"
 
 #include <QString>
 #include <vector>
@@ -24,7 +25,7 @@ public:
     void remove(RecordWalk &walk);
 
     /// What could not be removed although it may be there, and why; for people. Empty if there is nothing.
-    QString remains() const;
+    QString remains() const { return remains_.text(); }
     /// The same for trying again.
     Record rest() const { return record_.only(kept_); }
 
@@ -34,7 +35,7 @@ private:
 
     FolderLayer &layer_;
     const Record &record_;
-    QString firstKept_;
+    Remains remains_;
     std::vector<qsizetype> kept_;
 };
 

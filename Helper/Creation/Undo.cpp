@@ -7,9 +7,12 @@
 #include "Platform/LineText.h"
 
 #include <QFile>
+#include <QStringList>
 #include <cerrno>
+#include <deque>
 #include <fcntl.h>
 #include <unistd.h>
+#include <utility>
 
 namespace Creation {
 
@@ -126,21 +129,62 @@ Record withoutRemoved(FolderLayer &layer, const Record &record, int target)
     return present;
 }
 
-UndoOutcome undoIn(FolderLayer &layer, const Record &record, int target, EarlierUndo earlier)
+/// The undo of what was made in one folder, in two steps: others are looked at in between.
+class FolderUndo
 {
-    RecordWalk walk(layer, record, target);
-    const QString difference = Comparison(layer, record, earlier).compare(walk);
-    if (!difference.isEmpty()) {
-        walk.lockAgain();
-        return {false, difference};
+public:
+    FolderUndo(FolderLayer &layer, Record record)
+        : layer_(layer)
+        , record_(std::move(record))
+        , target_(layer, layer.open(record_.target, O_PATH | O_DIRECTORY | O_NOFOLLOW))
+    {
+        struct stat information = {};
+        const QString shown = lineText(record_.target);
+        if (!target_.isOpen() || layer.fstat(target_.get(), &information) == -1)
+            obstacle_ = systemError(QStringLiteral("the folder “%1” cannot be used").arg(shown), errno);
+        else if (FileIdentity(information) != record_.targetIdentity)
+            obstacle_ = QStringLiteral("another folder is where “%1” was").arg(shown);
     }
-    Removal removal(layer, record);
-    removal.remove(walk);
-    if (removal.remains().isEmpty())
-        return {true, {}};
-    walk.lockAgain();
-    return {false, removal.remains(), removal.rest()};
-}
+
+    void leaveOutWhatIsRemoved() { record_ = withoutRemoved(layer_, record_, target_.get()); }
+    const Record &record() const { return record_; }
+
+    /// What stands in the way; empty if nothing does.
+    QString compare(EarlierUndo earlier)
+    {
+        if (!obstacle_.isEmpty())
+            return obstacle_;
+        walk_.emplace(layer_, record_, target_.get());
+        const QString difference = Comparison(layer_, record_, earlier).compare(*walk_);
+        // With a few descriptors for each of the folders.
+        walk_->enter(Record::inTarget);
+        return difference;
+    }
+    /// What was left, none if that is nothing; and why, in \a remains.
+    std::optional<Record> remove(QString *remains)
+    {
+        Removal removal(layer_, record_);
+        removal.remove(*walk_);
+        *remains = removal.remains();
+        if (remains->isEmpty())
+            return {};
+        walk_->lockAgain();
+        return removal.rest();
+    }
+    void lockAgain()
+    {
+        if (walk_)
+            walk_->lockAgain();
+    }
+    bool isReachable() const { return obstacle_.isEmpty(); }
+
+private:
+    FolderLayer &layer_;
+    Record record_;
+    FileDescriptor target_;
+    QString obstacle_;
+    std::optional<RecordWalk> walk_;
+};
 
 } // namespace
 
@@ -151,16 +195,45 @@ UndoOutcome undo(const Record &record, EarlierUndo earlier)
 
 UndoOutcome undo(const Record &record, FolderLayer &layer, EarlierUndo earlier)
 {
-    const QString target = lineText(record.target);
-    const FileDescriptor folder(layer, layer.open(record.target, O_PATH | O_DIRECTORY | O_NOFOLLOW));
-    struct stat information = {};
-    if (!folder.isOpen() || layer.fstat(folder.get(), &information) == -1)
-        return {false, systemError(QStringLiteral("the folder “%1” cannot be used").arg(target), errno)};
-    if (FileIdentity(information) != record.targetIdentity)
-        return {false, QStringLiteral("another folder is where “%1” was").arg(target)};
-    if (earlier == EarlierUndo::None)
-        return undoIn(layer, record, folder.get(), earlier);
-    return undoIn(layer, withoutRemoved(layer, record, folder.get()), folder.get(), earlier);
+    return undo(Records{record}, layer, earlier);
+}
+
+UndoOutcome undo(const Records &records, EarlierUndo earlier)
+{
+    return undo(records, FolderLayer::real(), earlier);
+}
+
+UndoOutcome undo(const Records &records, FolderLayer &layer, EarlierUndo earlier)
+{
+    // The last one first.
+    std::deque<FolderUndo> folders;
+    bool mayBeRemoved = earlier == EarlierUndo::Unfinished;
+    for (auto record = records.crbegin(); record != records.crend(); ++record) {
+        FolderUndo &folder = folders.emplace_back(layer, *record);
+        // The earlier undo came to a folder after it was done with the one before.
+        if (mayBeRemoved && folder.isReachable())
+            folder.leaveOutWhatIsRemoved();
+        mayBeRemoved = mayBeRemoved && folder.isReachable() && folder.record().entries.empty();
+    }
+    for (FolderUndo &folder : folders) {
+        const QString obstacle = folder.compare(earlier);
+        if (obstacle.isEmpty())
+            continue;
+        for (FolderUndo &compared : folders)
+            compared.lockAgain();
+        return {false, obstacle};
+    }
+    Records rest;
+    QStringList remains;
+    for (FolderUndo &folder : folders) {
+        QString left;
+        if (std::optional<Record> kept = folder.remove(&left)) {
+            rest.insert(rest.begin(), std::move(*kept));
+            remains.append(left);
+        }
+    }
+    return rest.empty() ? UndoOutcome{true, {}}
+                        : UndoOutcome{false, remains.join(QStringLiteral("; ")), rest};
 }
 
 } // namespace Creation

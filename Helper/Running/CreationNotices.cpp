@@ -60,6 +60,8 @@ QString text(const CreationOrder &order, const CreationReport &report)
     }
     if (report.status != Status::Created && !report.message.isEmpty())
         lines.append(report.message);
+    if (!report.warning.isEmpty())
+        lines.append(report.warning);
     for (QString &line : lines)
         line = lineText(line);
     return lines.join(u'\n');
@@ -89,7 +91,7 @@ void CreationNotices::show(const CreationOrder &order, const std::shared_ptr<Cre
     notice.handler = [this, kept = std::weak_ptr(report), folder = order.folder](const QString &action) {
         act(action, kept, folder);
     };
-    if (report->status != Status::Created)
+    if (report->status != Status::Created || !report->warning.isEmpty())
         notice.notShown = [this, notice] { showWindow(notice.title, notice.text); };
     notifications_.show(notice);
 }

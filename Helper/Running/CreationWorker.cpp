@@ -168,6 +168,7 @@ void CreationWorker::createLater(const CreationOrder &order)
             CreationRequest request;
             request.preset = preset;
             request.folder = order.folder;
+            request.step = order.step;
             request.scriptLimits.interruption = thread_->interruption();
             request.allowScript = [this, order](const Script &script) {
                 toOwnThread([this, order, script] { handlers_.askAboutScript(order, script); });
@@ -178,6 +179,8 @@ void CreationWorker::createLater(const CreationOrder &order)
         } else {
             report->message = translated("There is no such preset any more");
         }
+        if (!report->step && order.step)
+            report->warning = order.step->endFolder();
         toOwnThread([this, order, report] {
             handlers_.ended(order, report);
             finished();

@@ -20,6 +20,8 @@ struct CreationOrder
     QString label;
     /// An absolute path.
     QString folder;
+    /// What the creation is a part of, if it is one of several that are undone together.
+    std::shared_ptr<UndoStep> step = {};
 };
 
 /// Creates and undoes on a thread of its own, one thing after the other. The presets are read there, when the

@@ -4,7 +4,6 @@
 #include "Helper/Running/HelperSession.h"
 
 #include "Helper/FolderPath.h"
-#include "Helper/History.h"
 #include "Helper/Presets.h"
 #include "Helper/Running/OwnedWindow.h"
 #include "Helper/Running/PaneLauncher.h"
@@ -93,6 +92,8 @@ void HelperSession::start()
         tray_ = tray;
         updateTray();
     });
+    if (const QStringList news = newsOfInterruptedCreations(); !news.isEmpty())
+        notices_.showProblem(translated("A creation was interrupted"), news.join(u'\n'));
 }
 
 void HelperSession::quit()
@@ -165,7 +166,7 @@ void HelperSession::popUpMenu()
 void HelperSession::fill(PresetMenu &menu) const
 {
     menu.setContent(labels_, folders_.existing());
-    menu.setCanUndo(History().hasCreation());
+    menu.setCanUndo(canUndo());
 }
 
 PresetMenu::Handlers HelperSession::menuHandlers()
@@ -218,10 +219,11 @@ Result<QList<CreationOrder>> HelperSession::ordersFor(const QString &preset, con
     if (!record)
         return Orders::failure(error);
     QList<CreationOrder> orders;
+    const auto step = std::make_shared<UndoStep>(folders.size());
     for (const QString &folder : folders) {
         if (!QDir::isAbsolutePath(folder))
             return Orders::failure(translated("%1 is not an absolute path").arg(folder));
-        orders.append({settings.presets.indexOf(record), record->label(), folder});
+        orders.append({settings.presets.indexOf(record), record->label(), folder, step});
     }
     return orders;
 }

@@ -122,7 +122,7 @@ TEST_F(CreatePresetTest, AnEarlierCreationIsUndoneByItsReportAndTheLastOneRememb
 {
     const CreationReport first = createPreset(request_);
     const CreationReport second = createPreset(request_);
-    EXPECT_NE(first.id, second.id);
+    EXPECT_NE(first.step->id(), second.step->id());
     EXPECT_EQ(names().size(), 6);
     EXPECT_EQ(undoCreation(first).status, UndoReport::Status::Undone);
     EXPECT_THAT(names(),
@@ -141,11 +141,13 @@ TEST_F(CreatePresetTest, TheLastOneIsForgottenOnceItsReportUndidIt)
     EXPECT_EQ(undoCreation(report).status, UndoReport::Status::Refused);
 }
 
-TEST_F(CreatePresetTest, OneThatCannotBeRememberedIsCreatedAllTheSame)
+TEST_F(CreatePresetTest, OneThatCannotBeRememberedIsCreatedAllTheSameAndThatIsTold)
 {
     QFile inTheWay(home_.stateFolder() + QStringLiteral("/Quenby"));
     ASSERT_TRUE(inTheWay.open(QIODevice::WriteOnly));
-    EXPECT_EQ(createPreset(request_).status, CreationReport::Status::Created);
+    const CreationReport report = createPreset(request_);
+    EXPECT_EQ(report.status, CreationReport::Status::Created);
+    EXPECT_TRUE(report.warning.contains(inTheWay.fileName())) << qPrintable(report.warning);
     EXPECT_EQ(names().size(), 3);
     EXPECT_EQ(undoLastCreation().status, UndoReport::Status::Refused);
 }
@@ -180,7 +182,7 @@ TEST_F(CreatePresetTest, OnAFullDiskItIsUndoneOrNotRememberedAndAnEarlierOneIsNo
     ASSERT_TRUE(QDir().mkpath(stateFolder()));
     ForkedProcess::run([this] {
         SmallDisk disk(stateFolder());
-        createPreset(request_);
+        EXPECT_EQ(createPreset(request_).warning, QString());
         ASSERT_TRUE(disk.fill(0));
         EXPECT_EQ(undoLastCreation().status, UndoReport::Status::Undone);
         EXPECT_THAT(names(), IsEmpty());
@@ -190,6 +192,7 @@ TEST_F(CreatePresetTest, OnAFullDiskItIsUndoneOrNotRememberedAndAnEarlierOneIsNo
         ASSERT_TRUE(disk.fill(0));
         const CreationReport second = createPreset(request_);
         EXPECT_EQ(second.status, CreationReport::Status::Created);
+        EXPECT_FALSE(second.warning.isEmpty());
         EXPECT_EQ(undoLastCreation().status, UndoReport::Status::NothingToUndo);
         EXPECT_EQ(names().size(), 6);
         EXPECT_EQ(undoCreation(second).status, UndoReport::Status::Undone);
@@ -209,5 +212,99 @@ TEST_F(CreatePresetTest, NothingIsUndoneThatCannotBeMarkedOrForgotten)
         EXPECT_TRUE(refused.message.contains(stateFolder())) << qPrintable(refused.message);
         EXPECT_EQ(names().size(), 6);
         ASSERT_EQ(::chmod(QFile::encodeName(stateFolder()).constData(), 0700), 0);
+    });
+}
+
+TEST_F(CreatePresetTest, OneInSeveralFoldersIsOneStepToUndo)
+{
+    const CreationReport earlier = createPreset(request_);
+    CreationRequest second = request_;
+    second.folder = home_.filePath(QStringLiteral("second"));
+    ASSERT_TRUE(QDir().mkpath(second.folder));
+    const auto inSecond = [&] { return QDir(second.folder).entryList(QDir::Files); };
+    request_.step = second.step = std::make_shared<UndoStep>(2);
+    createPreset(request_);
+    QString error;
+    EXPECT_EQ(History().read(&error)->id, earlier.step->id()) << "it is not complete yet";
+    const CreationReport report = createPreset(second);
+    EXPECT_EQ(report.warning, QString());
+    EXPECT_EQ(names().size(), 6);
+    EXPECT_EQ(inSecond().size(), 3);
+
+    put(inTarget(QStringLiteral("one-1")), "changed");
+    EXPECT_EQ(undoLastCreation().status, UndoReport::Status::Refused);
+    EXPECT_EQ(inSecond().size(), 3) << "all or none";
+    const UndoReport refused = undoCreation(report);
+    EXPECT_EQ(refused.folders.size(), 2);
+    ASSERT_TRUE(QFile::remove(inTarget(QStringLiteral("one-1"))));
+    EXPECT_EQ(undoCreation(earlier).status, UndoReport::Status::Undone);
+    EXPECT_EQ(names().size(), 2);
+    EXPECT_EQ(inSecond().size(), 3);
+}
+
+TEST_F(CreatePresetTest, OneInSeveralFoldersIsUndoneInAll)
+{
+    for (const bool isByReport : {true, false}) {
+        CreationRequest second = request_;
+        second.folder = home_.filePath(QStringLiteral("second"));
+        ASSERT_TRUE(QDir().mkpath(second.folder));
+        request_.step = second.step = std::make_shared<UndoStep>(2);
+        const CreationReport first = createPreset(request_);
+        createPreset(second);
+        const UndoReport undone = isByReport ? undoCreation(first) : undoLastCreation();
+        EXPECT_EQ(undone.status, UndoReport::Status::Undone) << qPrintable(undone.message);
+        EXPECT_THAT(undone.folders, ElementsAre(request_.folder, second.folder));
+        EXPECT_THAT(names(), IsEmpty());
+        EXPECT_THAT(QDir(second.folder).entryList(QDir::Files), IsEmpty());
+        EXPECT_FALSE(canUndo());
+    }
+}
+
+TEST_F(CreatePresetTest, OneThatFailsInTheLastOfItsFoldersIsRememberedInTheOthers)
+{
+    CreationRequest second = request_;
+    second.folder = home_.filePath(QStringLiteral("absent"));
+    request_.step = second.step = std::make_shared<UndoStep>(2);
+    createPreset(request_);
+    EXPECT_EQ(createPreset(second).status, CreationReport::Status::Problems);
+    EXPECT_EQ(undoLastCreation().status, UndoReport::Status::Undone);
+    EXPECT_THAT(names(), IsEmpty());
+}
+
+TEST_F(CreatePresetTest, OneThatIsGoingOnIsNotTakenForAKilledOne)
+{
+    createPreset(request_);
+    const CreationReport second = createPreset(request_, [this](qsizetype done, qsizetype) {
+        if (done == 1) {
+            EXPECT_THAT(newsOfInterruptedCreations(), IsEmpty());
+            EXPECT_EQ(undoLastCreation().status, UndoReport::Status::Undone);
+            EXPECT_THAT(names(), ElementsAre(QStringLiteral("one-1")));
+            EXPECT_FALSE(canUndo());
+        }
+        return true;
+    });
+    EXPECT_TRUE(second.isCreated());
+    EXPECT_EQ(undoLastCreation().status, UndoReport::Status::Undone);
+    EXPECT_THAT(names(), IsEmpty());
+}
+
+TEST_F(CreatePresetTest, WhereTheDiskFillsUpMeanwhileTheJournalIsKept)
+{
+    ASSERT_TRUE(QDir().mkpath(stateFolder()));
+    ForkedProcess::run([this] {
+        SmallDisk disk(stateFolder());
+        createPreset(request_);
+        const CreationReport second = createPreset(request_, [&](qsizetype done, qsizetype) {
+            if (done == 1) {
+                EXPECT_TRUE(disk.fill(0));
+            }
+            return true;
+        });
+        EXPECT_EQ(second.warning, QString());
+        EXPECT_THAT(newsOfInterruptedCreations(), IsEmpty()) << "it was not";
+        EXPECT_EQ(undoLastCreation().status, UndoReport::Status::Undone);
+        EXPECT_EQ(names().size(), 3);
+        EXPECT_EQ(undoLastCreation().status, UndoReport::Status::Undone) << "the earlier one is kept";
+        EXPECT_THAT(names(), IsEmpty());
     });
 }

@@ -16,7 +16,10 @@ protected:
         EXPECT_TRUE(lock_) << qPrintable(error_);
         creation_.id = QStringLiteral("first");
         creation_.label = QStringLiteral("A preset \u00e4");
-        creation_.record.target = "/some/where";
+        creation_.begun = 1234;
+        creation_.records.resize(2);
+        creation_.records[0].target = "/some/where";
+        creation_.records[1].target = "/else/where";
         Creation::Record::Entry entry;
         entry.kind = Creation::Record::Entry::Kind::File;
         entry.mode = 0640;
@@ -24,7 +27,7 @@ protected:
         entry.identity = {5, 7};
         entry.size = 12;
         entry.modified = {100, 999};
-        creation_.record.entries.push_back(entry);
+        creation_.records[0].entries.push_back(entry);
     }
 
     QString file() const { return in(QStringLiteral("state/Quenby/LastCreation.plist")); }
@@ -50,11 +53,15 @@ TEST_F(HistoryTest, RemembersTheLastOne)
     ASSERT_TRUE(read) << qPrintable(error_);
     EXPECT_EQ(read->id, QStringLiteral("second"));
     EXPECT_EQ(read->label, creation_.label);
-    EXPECT_EQ(read->record.target, creation_.record.target);
-    ASSERT_EQ(read->record.entries.size(), 1U);
-    EXPECT_EQ(read->record.entries[0].name, "made");
-    EXPECT_EQ(read->record.entries[0].identity, (Creation::FileIdentity{5, 7}));
-    EXPECT_EQ(read->record.entries[0].modified.tv_nsec, 999);
+    EXPECT_EQ(read->begun, 1234);
+    ASSERT_EQ(read->records.size(), 2U);
+    EXPECT_EQ(read->records[1].target, "/else/where");
+    const Creation::Record &record = read->records[0];
+    EXPECT_EQ(record.target, "/some/where");
+    ASSERT_EQ(record.entries.size(), 1U);
+    EXPECT_EQ(record.entries[0].name, "made");
+    EXPECT_EQ(record.entries[0].identity, (Creation::FileIdentity{5, 7}));
+    EXPECT_EQ(record.entries[0].modified.tv_nsec, 999);
 }
 
 TEST_F(HistoryTest, Forgets)
@@ -79,11 +86,11 @@ TEST_F(HistoryTest, KnowsWhatIsBeingUndone)
     EXPECT_TRUE(read->isBeingUndone);
     EXPECT_EQ(read->id, creation_.id);
 
-    read->record.entries.clear();
+    read->records[0].entries.clear();
     ASSERT_TRUE(history_.store(*read));
     read = history_.read(&error_);
     EXPECT_TRUE(read->isBeingUndone);
-    EXPECT_TRUE(read->record.entries.empty());
+    EXPECT_TRUE(read->records[0].entries.empty());
 
     ASSERT_TRUE(history_.endUndo());
     EXPECT_FALSE(history_.read(&error_)->isBeingUndone);
@@ -126,4 +133,22 @@ TEST_F(HistoryTest, IsClosedToOthers)
 {
     ASSERT_TRUE(history_.store(creation_));
     EXPECT_EQ(QFile::permissions(file()) & (QFile::ReadGroup | QFile::ReadOther), QFile::Permissions());
+}
+
+TEST_F(HistoryTest, ReadsWhatTheFirstVersionWrote)
+{
+    QFile written(QStringLiteral(QUENBY_TEST_DATA "/LastCreation-first-version.plist"));
+    ASSERT_TRUE(written.open(QIODevice::ReadOnly));
+    put(file(), written.readAll());
+    const std::optional<History::Creation> read = history_.read(&error_);
+    ASSERT_TRUE(read) << qPrintable(error_);
+    EXPECT_EQ(read->label, QStringLiteral("Letters"));
+    EXPECT_GT(read->begun, 0);
+    ASSERT_EQ(read->records.size(), 1U);
+    EXPECT_EQ(read->records[0].target, "/home/user/target");
+    ASSERT_EQ(read->records[0].entries.size(), 2U);
+    EXPECT_TRUE(read->records[0].entries[0].isFolder());
+    EXPECT_EQ(read->records[0].path(1), QStringLiteral("Folder/File"));
+    EXPECT_EQ(read->records[0].entries[1].mode, 0640);
+    EXPECT_EQ(read->records[0].entries[1].size, 12);
 }

@@ -7,12 +7,17 @@
 #include "Helper/History.h"
 #include "Tests/Helper/HelperFixture.h"
 #include "Tests/Session/KilledProcess.h"
+#include "Tests/Session/Series.h"
 
 #include <QDateTime>
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
+#include <QProcess>
+#include <QRandomGenerator>
 
+#include <algorithm>
 #include <gmock/gmock.h>
 
 using ::testing::Contains;
@@ -100,6 +105,51 @@ protected:
         EXPECT_GT(kills, 6);
     }
 
+    /// Makes an earlier creation in another folder, which is that.
+    QString createEarlier()
+    {
+        const QString earlier = home_.filePath(text("earlier"));
+        EXPECT_TRUE(QDir().mkpath(earlier));
+        EXPECT_EQ(run({text("--create"), text("Small"), text("--in"), earlier}).code, 0);
+        return earlier;
+    }
+
+    /// Of the creation that is stored as the last one.
+    QString lastCreation() const
+    {
+        QString error;
+        const auto last = History(home_.stateFolder() + text("/Quenby")).read(&error);
+        EXPECT_EQ(error, QString());
+        return last ? last->id : QString();
+    }
+
+    /// Expects that the first undo takes back what a killed creation in \a folders made, and nothing else,
+    /// and that the earlier creation, \a last, can be undone then. Only one that came to its end has taken
+    /// the place of that.
+    void expectUndoneInOrder(const QStringList &folders, const QString &earlier, const QString &last)
+    {
+        const auto isRestored = [&folders] {
+            return std::all_of(folders.begin(), folders.end(),
+                               [](const QString &folder) { return tree(folder).isEmpty(); });
+        };
+        const bool hasBegun = !isRestored();
+        const bool isComplete = lastCreation() != last;
+        const Ended undone = run(undo);
+        EXPECT_EQ(undone.code, 0) << undone.errors.constData();
+        EXPECT_TRUE(isRestored()) << undone.errors.constData();
+        const auto isEarlierThere = [&earlier] { return !tree(earlier).isEmpty(); };
+        if (hasBegun) {
+            EXPECT_TRUE(isEarlierThere()) << undone.errors.constData();
+        }
+        // The first one may have been of a creation that was about to begin.
+        if (!isComplete && isEarlierThere()) {
+            EXPECT_EQ(run(undo).code, 0);
+            EXPECT_FALSE(isEarlierThere());
+        }
+        EXPECT_EQ(run(undo).code, int(ExitCode::NotUndone));
+        ASSERT_TRUE(QDir(earlier).removeRecursively());
+    }
+
     /// Whole seconds: every disk keeps these.
     const QDateTime written_ = QDateTime::fromSecsSinceEpoch(1'600'000'000);
 };
@@ -146,4 +196,78 @@ TEST_F(KilledProgramTest, WhatTheUserAddedAfterAKilledUndoIsLeftWithAllTheRest)
         EXPECT_EQ(run(undo).code, wasRemembered ? 0 : int(ExitCode::NotUndone));
         EXPECT_THAT(tree(), ElementsAre(text("there/"), text("there/mine")));
     });
+}
+
+TEST_F(KilledProgramTest, ACreationKilledAtAnyTimeIsUndoneAndTheEarlierOneIsKept)
+{
+    putContent(text("content"), QByteArray(20'000, 'c'));
+    QVariantList folders;
+    for (int i = 0; i < 20; ++i) {
+        QVariantList files;
+        for (int j = 0; j < 20; ++j)
+            files.append(file(text("file %1").arg(j), {{text("contentFilename"), text("content")}}));
+        folders.append(folder(text("folder %1").arg(i), files));
+    }
+    storePresets({preset(text("Many"), folders), preset(text("Small"), {file(text("small"))})});
+    QElapsedTimer timer;
+    timer.start();
+    ASSERT_EQ(create(text("Many")).code, 0);
+    const auto duration = int(timer.elapsed());
+    ASSERT_EQ(run(undo).code, 0);
+    int inTheMiddle = 0;
+    for (int i = 0; i < seriesOf(10, 300); ++i) {
+        SCOPED_TRACE(i);
+        const QString earlier = createEarlier();
+        const QString last = lastCreation();
+        QProcess process;
+        process.setProcessEnvironment(home_.environment());
+        process.start(program(), {text("--create"), text("Many"), text("--in"), target()});
+        ASSERT_TRUE(process.waitForStarted());
+        process.waitForFinished(QRandomGenerator::global()->bounded(duration) + 1);
+        process.kill();
+        process.waitForFinished();
+        const auto made = tree().size();
+        inTheMiddle += made > 0 && made < 420 ? 1 : 0;
+        expectUndoneInOrder({target()}, earlier, last);
+    }
+    RecordProperty("inTheMiddle", inTheMiddle);
+}
+
+TEST_F(KilledProgramTest, ACreationInTwoFoldersThatIsKilledIsUndoneInBoth)
+{
+    storePresets({preset(text("Two"), {folder(text("a"), {file(text("b"))}), folder(text("c"), {})}),
+                  preset(text("Small"), {file(text("small"))})});
+    const QString second = home_.filePath(text("second"));
+    ASSERT_TRUE(QDir().mkpath(second));
+    int kills = 0;
+    for (const char *call : {"mkdirat", "rename", "unlink"}) {
+        for (int number = 1;; ++number) {
+            SCOPED_TRACE(::testing::Message() << call << ' ' << number);
+            const QString earlier = createEarlier();
+            const QString last = lastCreation();
+            const bool wasKilled = KilledProcess::isKilledAt(
+                text(call), number, program(),
+                {text("--create"), text("Two"), text("--in"), target(), text("--in"), second},
+                home_.environment());
+            expectUndoneInOrder({target(), second}, earlier, last);
+            if (!wasKilled)
+                break;
+            ++kills;
+        }
+    }
+    EXPECT_GT(kills, 6);
+}
+
+TEST_F(KilledProgramTest, TheNextStartTellsOnceOfAKilledCreation)
+{
+    ASSERT_NO_FATAL_FAILURE(putMine());
+    ASSERT_TRUE(KilledProcess::isKilledAt(text("mkdirat"), 1, program(),
+                                          {text("--create"), text("A preset"), text("--in"), target()},
+                                          home_.environment()));
+    const Ended first = run({text("--list")});
+    EXPECT_TRUE(first.errors.contains("interrupted")) << first.errors.constData();
+    EXPECT_TRUE(first.errors.contains(target().toUtf8())) << first.errors.constData();
+    EXPECT_EQ(run({text("--list")}).errors, QByteArray());
+    EXPECT_EQ(run(undo).code, 0);
+    EXPECT_THAT(tree(), ElementsAre(text("there/"), text("there/mine")));
 }

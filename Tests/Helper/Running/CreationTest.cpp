@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: Quenby contributors
 // SPDX-License-Identifier: MIT
 
+#include "Helper/HelperService.h"
 #include "Tests/Helper/FakeDesktop.h"
 #include "Tests/Helper/Running/RunningFixture.h"
 #include "Tests/Session/StandInPrograms.h"
@@ -8,6 +9,7 @@
 #include <QDir>
 #include <QFile>
 
+#include <csignal>
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 
@@ -188,6 +190,45 @@ TEST_F(CreationProgramTest, WhatIsBeingCreatedWhenItEndsIsUndone)
                           std::chrono::minutes(2)));
     expectEndOf(*helper);
     EXPECT_THAT(tree(), IsEmpty());
+}
+
+TEST_F(CreationProgramTest, AnOrderForTwoFoldersIsUndoneInBoth)
+{
+    store(settings());
+    FakeDesktop desktop(bus_.address(), withActions);
+    const auto helper = start();
+    const QString second = home_.filePath(QStringLiteral("second"));
+    ASSERT_TRUE(QDir().mkpath(second));
+    QString error;
+    ASSERT_EQ(HelperService::create(letters, {target(), second}, bus_.address(), &error),
+              HelperService::Answer::Taken)
+        << qPrintable(error);
+    ASSERT_TRUE(waitUntil([&] { return desktop.shown().size() == 2; }));
+    EXPECT_EQ(tree(second).size(), 2);
+    desktop.choose(desktop.shown().constFirst().id, QStringLiteral("undo"));
+    ASSERT_TRUE(waitUntil([&] { return desktop.shown().size() == 3; }));
+    EXPECT_THAT(tree(), IsEmpty());
+    EXPECT_THAT(tree(second), IsEmpty());
+    expectEndOf(*helper);
+}
+
+TEST_F(CreationProgramTest, TheNextStartTellsOfACreationThatWasKilled)
+{
+    store(withManyFiles(100'000));
+    FakeDesktop desktop(bus_.address(), withActions);
+    const auto killed = start();
+    ASSERT_TRUE(order(letters));
+    ASSERT_TRUE(waitUntil([&] { return QFile::exists(target() + QStringLiteral("/Many/file 0")); },
+                          std::chrono::minutes(2)));
+    killed->signal(SIGKILL);
+    ASSERT_TRUE(killed->waitForEnd());
+    const auto helper = start();
+    ASSERT_TRUE(waitUntil([&] { return desktop.shown().size() == 1; }));
+    EXPECT_EQ(desktop.shown().constFirst().title, QStringLiteral("A creation was interrupted"));
+    EXPECT_TRUE(desktop.shown().constFirst().text.contains(target()));
+    EXPECT_EQ(run({QStringLiteral("--undo")}).code, 0);
+    EXPECT_THAT(tree(), IsEmpty());
+    expectEndOf(*helper);
 }
 
 TEST_F(CreationProgramTest, WhatIsBeingCreatedWhenTheScreenDiesIsUndone)

@@ -1,0 +1,46 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "Helper/Creation/Journal.h"
+#include "Helper/Creation/JournalFormat.h"
+#include "Platform/FileLock.h"
+
+#include <QString>
+#include <memory>
+#include <vector>
+
+/// The journals of all creations that are going on, and of those that were killed, in the folder of the
+/// program's state: one file for each folder that is created in.
+class Journals
+{
+public:
+    /// Those of the user.
+    Journals();
+    explicit Journals(QString folder);
+
+    /// Writes the journal of a creation that is about to begin; durable when it returns. The creation counts
+    /// as going on as long as somebody has the journal.
+    Result<std::shared_ptr<Creation::Journal>> begin(const Creation::JournalContent &content) const;
+    /// Removes one. Nothing to do is no failure.
+    Result<> remove(const QString &path) const;
+
+    struct Interrupted
+    {
+        QString path;
+        Creation::JournalContent content;
+    };
+    /// Those whose creation is over and that were not removed, the one that began last first.
+    std::vector<Interrupted> interrupted() const;
+    /// Whether there is one of those.
+    bool hasInterrupted() const;
+    /// Notes that the user was told of it, or need not be.
+    void setTold(const QString &path) const;
+
+private:
+    std::optional<FileLock> lock(QString *error) const;
+    QStringList abandoned() const;
+
+    const QString folder_;
+};

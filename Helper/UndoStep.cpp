@@ -1,0 +1,134 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Helper/UndoStep.h"
+
+#include "Helper/Journals.h"
+
+#include <QLoggingCategory>
+#include <QUuid>
+
+#include <ctime>
+
+namespace {
+
+Q_LOGGING_CATEGORY(lcUndoStep, "quenby.helper.undostep")
+
+/// By the clock of file systems, which stands still for a moment at a time.
+qint64 fileSystemTime()
+{
+    timespec now = {};
+    ::clock_gettime(CLOCK_REALTIME_COARSE, &now);
+    return qint64(now.tv_sec) * 1'000'000'000 + now.tv_nsec;
+}
+
+} // namespace
+
+UndoStep::UndoStep(qsizetype folders)
+    : id_(QUuid::createUuid().toString(QUuid::WithoutBraces))
+    , creation_{id_, {}, {}, false, fileSystemTime()}
+    , folders_(folders)
+{
+}
+
+UndoStep::~UndoStep()
+{
+    if (const QString problem = endAll(); !problem.isEmpty())
+        qCWarning(lcUndoStep) << "the creation cannot be undone:" << problem;
+}
+
+Creation::Journal *UndoStep::beginFolder(const QString &label, const Creation::Plan &plan)
+{
+    creation_.label = label;
+    auto journal = Journals().begin({id_, label, fileSystemTime(), false, plan});
+    if (!journal) {
+        qCWarning(lcUndoStep) << "a creation that is killed cannot be undone:" << journal.error;
+        isJournaled_ = false;
+        journals_.push_back(nullptr);
+        return nullptr;
+    }
+    journals_.push_back(*journal);
+    return journals_.back().get();
+}
+
+std::size_t UndoStep::add(const Creation::Record &record)
+{
+    creation_.records.push_back(record);
+    return creation_.records.size() - 1;
+}
+
+void UndoStep::discard()
+{
+    if (const std::shared_ptr<Creation::Journal> journal = journals_.back()) {
+        if (const Result<> removed = Journals().remove(journal->path()); !removed)
+            qCWarning(lcUndoStep) << "the journal of a creation that was undone is left:" << removed.error;
+    }
+    journals_.pop_back();
+}
+
+QString UndoStep::endFolder()
+{
+    return --folders_ > 0 ? QString() : endAll();
+}
+
+QString UndoStep::endAll()
+{
+    folders_ = 0;
+    if (isStored_ || creation_.records.empty())
+        return {};
+    isStored_ = true;
+    const QString problem = store();
+    if (problem.isEmpty()) {
+        removeJournals();
+        return {};
+    }
+    if (!isJournaled_)
+        return problem;
+    // They say the same, and are read like those of a creation that was killed.
+    qCWarning(lcUndoStep) << "the journals are kept instead:" << problem;
+    for (const std::shared_ptr<Creation::Journal> &journal : journals_)
+        Journals().setTold(journal->path());
+    journals_.clear();
+    return {};
+}
+
+QString UndoStep::store()
+{
+    const History history;
+    QString error;
+    const std::optional<FileLock> lock = history.lock(&error);
+    if (!lock)
+        return error;
+    const Result<> stored = history.store(creation_);
+    if (stored || isJournaled_)
+        return stored.error;
+    // Nor is the one before taken for the last one.
+    if (const Result<> forgotten = history.forget(); !forgotten)
+        qCWarning(lcUndoStep) << "a creation that cannot be undone is remembered:" << forgotten.error;
+    return stored.error;
+}
+
+void UndoStep::removeJournals()
+{
+    for (const std::shared_ptr<Creation::Journal> &journal : journals_) {
+        const Result<> removed = journal ? Journals().remove(journal->path()) : Result<>();
+        if (!removed)
+            qCWarning(lcUndoStep) << "the journal of a creation that is complete is left:" << removed.error;
+    }
+    journals_.clear();
+}
+
+QString UndoStep::change(std::size_t place, const Creation::Record &record)
+{
+    creation_.records[place] = record;
+    if (!isStored_)
+        return {};
+    const History history;
+    QString error;
+    const std::optional<FileLock> lock = history.lock(&error);
+    const std::optional<History::Creation> last = lock ? history.read(&error) : std::nullopt;
+    // It was undone, or another one followed.
+    if (!error.isEmpty() || !last || last->id != id_ || last->isBeingUndone)
+        return error;
+    return history.store(creation_).error;
+}
