@@ -21,9 +21,9 @@ QProcessEnvironment TemporaryHome::environment(const QString &busAddress) const
 {
     QProcessEnvironment result;
     const QProcessEnvironment own = QProcessEnvironment::systemEnvironment();
-    const QStringList inherited = {QStringLiteral("PATH"), QStringLiteral("LD_LIBRARY_PATH"),
+    const QStringList inherited = {QStringLiteral("PATH"),         QStringLiteral("LD_LIBRARY_PATH"),
                                    QStringLiteral("ASAN_OPTIONS"), QStringLiteral("UBSAN_OPTIONS"),
-                                   QStringLiteral("LSAN_OPTIONS")};
+                                   QStringLiteral("LSAN_OPTIONS"), QStringLiteral("TSAN_OPTIONS")};
     for (const QString &name : inherited) {
         if (own.contains(name))
             result.insert(name, own.value(name));
