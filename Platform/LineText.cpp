@@ -108,15 +108,19 @@ private:
     bool isSelected_ = false;
 };
 
-QString shown(char32_t character)
+QString numberOf(char32_t character)
+{
+    return QStringLiteral("<U+%1>").arg(QString::number(character, 16).toUpper().rightJustified(4, u'0'));
+}
+
+/// As short as it can be shown.
+QString pictureOf(char32_t character)
 {
     constexpr char16_t controlPictures = 0x2400;
     constexpr char16_t deletePicture = 0x2421;
     if (character < U' ')
         return QChar(char16_t(controlPictures + character));
-    if (character == U'\x7f')
-        return QChar(deletePicture);
-    return QStringLiteral("<U+%1>").arg(QString::number(character, 16).toUpper().rightJustified(4, u'0'));
+    return character == U'\x7f' ? QString(QChar(deletePicture)) : numberOf(character);
 }
 
 /// A mark of the byte order is a character like others here: one that is not seen.
@@ -176,7 +180,7 @@ QString withHiddenShown(const QString &text, QStringView kept)
         if (isKept || !isHidden(character) || isSpelling)
             result += QStringView(QChar::fromUcs4(character));
         else
-            result += shown(character);
+            result += kept.isEmpty() ? pictureOf(character) : numberOf(character);
     }
     return result;
 }

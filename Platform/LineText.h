@@ -21,6 +21,7 @@ QString lineText(const QString &text);
 /// its value ("<0xFF>").
 QString lineText(const QByteArray &name);
 
-/// The same of a text of several lines: their ends and tabs stay, and all else is as in a line.
+/// The same of a text of several lines, which is read with care: their ends and tabs stay, and every control
+/// character is shown by its number, for which no font lacks a picture.
 QString linesText(const QString &text);
 QString linesText(const QByteArray &text);

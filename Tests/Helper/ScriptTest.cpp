@@ -308,7 +308,7 @@ TEST_F(ScriptTest, IsShownWithEveryCharacterThatHides)
     const std::optional<Script> script = find(QStringLiteral("script"));
     ASSERT_TRUE(script);
     EXPECT_TRUE(script->isText());
-    EXPECT_EQ(script->shownContent(), QStringLiteral("#!/bin/sh\n\techo \u00e4␍␛[2J <U+202E><U+2028>␇\n"));
+    EXPECT_EQ(script->shownContent(), QStringLiteral("#!/bin/sh\n\techo \u00e4<U+000D><U+001B>[2J <U+202E><U+2028><U+0007>\n"));
 }
 
 TEST_F(ScriptTest, BytesThatAreNoTextAreShown)

@@ -153,7 +153,7 @@ TEST_F(ScriptsProgramTest, OneIsShownAndAskedAboutOnATerminal)
     EXPECT_EQ(code, 5) << refused.constData();
     EXPECT_THAT(refused.toStdString(), HasSubstr("mine.sh"));
     EXPECT_THAT(refused.toStdString(), HasSubstr("| printf '%s\\n' \"$@\" > note"));
-    EXPECT_THAT(refused.toStdString(), HasSubstr("| # ␛[8mhidden"));
+    EXPECT_THAT(refused.toStdString(), HasSubstr("| # <U+001B>[8mhidden"));
     EXPECT_THAT(tree(), ElementsAre(text("made")));
 
     EXPECT_THAT(createOnTerminal("\n", &code).toStdString(), HasSubstr("[y/N]"));
