@@ -102,6 +102,20 @@ TEST_F(CreatePresetTest, OneThatIsCancelledLeavesNothing)
     EXPECT_EQ(undoLastCreation().status, UndoReport::Status::NothingToUndo);
 }
 
+TEST_F(CreatePresetTest, ANameThatLooksLikeAPlaceGarblesNoMessage)
+{
+    const QNBHierarchyItemPtr root = QNBHierarchyItem::init();
+    for (const QString &name : {QStringLiteral("../%1 %2"), QStringLiteral("..")}) {
+        const QNBHierarchyItemPtr item = QNBHierarchyItem::init();
+        item->setFilename(name);
+        root->addChild(item);
+    }
+    request_.preset->setFileHierarchy(root);
+    const QString message = createPreset(request_).message;
+    EXPECT_TRUE(message.contains(QStringLiteral("../%1 %2"))) << qPrintable(message);
+    EXPECT_TRUE(message.endsWith(QStringLiteral("(and 1 more)"))) << qPrintable(message);
+}
+
 TEST_F(CreatePresetTest, ARecordWithoutATreeCreatesNothing)
 {
     request_.preset->setFileHierarchy(nullptr);

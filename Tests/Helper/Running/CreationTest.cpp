@@ -155,10 +155,9 @@ TEST_F(CreationProgramTest, AScriptRunsOnceItWasAllowedAndIsNotAskedAboutAgain)
 
 TEST_F(CreationProgramTest, WhatTakesLongIsShownAndCanBeCancelled)
 {
-    store(withScript("#!/bin/sh\nwhile :; do read line < \"$0.fifo\"; done\n"));
-    const QByteArray fifo =
-        QFile::encodeName(home_.dataFolder() + QStringLiteral("/Quenby/Scripts/") + scriptName) + ".fifo";
+    const QByteArray fifo = QFile::encodeName(marker(QStringLiteral("fifo")));
     ASSERT_EQ(::mkfifo(fifo.constData(), 0600), 0);
+    store(withScript("#!/bin/sh\nwhile :; do read line < '" + fifo + "'; done\n"));
     FakeDesktop desktop(bus_.address(), withActions);
     const auto helper = start();
     ASSERT_TRUE(order(scripted));
