@@ -24,13 +24,15 @@ constexpr Progress scalarDone = 1;
 constexpr Progress underWay = std::numeric_limits<Progress>::max();
 static_assert(Limits::depth < underWay - 1);
 static_assert(Limits::inputSize < std::numeric_limits<quint32>::max());
-static_assert(Limits::valuesPerByte * Limits::inputSize + Limits::valuesBesides <
-              std::numeric_limits<quint32>::max());
+constexpr quint64 saturatedCost = std::numeric_limits<quint32>::max();
+/// A container takes at least a byte, and another two where it is referred to and in the offset table.
+static_assert(Limits::mostCost((Limits::containerCost + 1) * Limits::inputSize / 3 + Limits::inputSize,
+                               Limits::inputSize) < saturatedCost);
 
 struct Frame
 {
     quint64 start = 0;
-    quint64 values = 1;
+    quint64 cost = Limits::containerCost;
     quint32 object = 0;
     quint32 next = 0;
     /// Of a dictionary, the references before this one are keys; 0 for an array.
@@ -209,6 +211,8 @@ bool BinaryPropertyListReader::checkScalar(Object object, const Content &content
             return true;
         break;
     case Type::data:
+        notes_[object] = quint32(payloads_.size());
+        payloads_.emplace_back();
         return true;
     case Type::asciiString:
         if (!isASCII(data_ + content.start, content.count))
@@ -249,10 +253,10 @@ void BinaryPropertyListReader::checkKeys(Object dictionary)
 }
 
 // Follows every reference from the top object, each object once, and notes for each container how many levels
-// and values are below it.
+// are below it and what it costs.
 bool BinaryPropertyListReader::checkObjects()
 {
-    const quint64 mostValues = quint64(Limits::valuesPerByte * bytes_.size() + Limits::valuesBesides);
+    quint64 ownCost = 0;
     // Objects that overlap could have more content together than the file has bytes, and cost time and
     // memory out of proportion.
     quint64 bytesLeft = quint64(bytes_.size());
@@ -280,7 +284,8 @@ bool BinaryPropertyListReader::checkObjects()
             return refuse(QStringLiteral("more than %1 levels of nesting").arg(Limits::depth));
         progress[object] = underWay;
         const quint32 entries = quint32(content->count);
-        stack.push_back({content->start, 1, object, 0, isDictionary ? entries : 0,
+        ownCost += Limits::containerCost + (isDictionary ? 2 : 1) * content->count;
+        stack.push_back({content->start, Limits::containerCost, object, 0, isDictionary ? entries : 0,
                          isDictionary ? 2 * entries : entries, scalarDone});
         return true;
     };
@@ -308,26 +313,28 @@ bool BinaryPropertyListReader::checkObjects()
             if (frame->next < frame->keys) {
                 if (!isString(marker(child)))
                     return refuse(QStringLiteral("a dictionary key that is no string"));
+                if (content(child).count > quint64(Limits::keySize))
+                    return refuse(
+                        QStringLiteral("a dictionary key of more than %1 characters").arg(Limits::keySize));
                 shareKey(child);
                 keysOfOne_.push_back(notes_[child]);
                 if (frame->next + 1 == frame->keys)
                     checkKeys(frame->object);
             }
-            frame->values += progress[child] == scalarDone ? 1 : notes_[child];
+            frame->cost += progress[child] == scalarDone ? 1 : notes_[child];
             frame->levels = std::max(frame->levels, progress[child]);
-            if (frame->values > mostValues)
-                return refuse(
-                    QStringLiteral("shared references stand for more than %1 values").arg(mostValues));
         }
         if (descended)
             continue;
         const Frame done = stack.back();
         stack.pop_back();
-        notes_[done.object] = quint32(done.values);
+        notes_[done.object] = quint32(std::min(done.cost, saturatedCost));
         progress[done.object] = Progress(done.levels + 1);
         if (stack.size() + done.levels > std::size_t(Limits::depth))
             return refuse(QStringLiteral("more than %1 levels of nesting").arg(Limits::depth));
     }
+    if (isContainer(marker(top_)) && notes_[top_] > Limits::mostCost(ownCost, bytes_.size()))
+        return refuse(QStringLiteral("shared parts stand for too many values"));
     keys_.clear();
     isKey_.clear();
     return true;
@@ -386,8 +393,12 @@ QVariant BinaryPropertyListReader::scalar(Handle node) const
     case Type::date:
         return PropertyList::dateValue(std::bit_cast<double>(qFromBigEndian<quint64>(start)));
     case Type::data: {
-        const Content content = this->content(object);
-        return QByteArray(bytes_.constData() + content.start, qsizetype(content.count));
+        QByteArray &payload = payloads_[notes_[object]];
+        if (payload.isNull()) {
+            const Content content = this->content(object);
+            payload = QByteArray(bytes_.constData() + content.start, qsizetype(content.count));
+        }
+        return payload;
     }
     case Type::uid:
         return QVariant::fromValue(PropertyList::UID{load(start, (marker & 0xf) + 1)});

@@ -65,11 +65,12 @@ private:
     int referenceSize_ = 0;
     Object top_ = 0;
     std::vector<quint32> offsets_;
-    /// Of a string its place in strings_; while the objects are checked, of a container the values made when
-    /// every reference below is followed.
+    /// Of a string or data its place in strings_ or payloads_; while the objects are checked, of a container
+    /// its cost (see PropertyList::Limits).
     std::vector<quint32> notes_;
     /// Null until asked for.
     mutable std::vector<QString> strings_;
+    mutable std::vector<QByteArray> payloads_;
     /// Of dictionaries that repeat a key: which entries count.
     QHash<Object, std::vector<quint32>> lastEntries_;
     // While the objects are checked: the strings that are keys, each text one of them; of those in strings_,

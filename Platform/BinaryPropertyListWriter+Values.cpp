@@ -18,6 +18,8 @@ struct VariantFrame
     QVariantMap::const_iterator nextEntry;
     std::size_t firstKey = 0;
     std::size_t firstValue = 0;
+    /// What it is; kept to be known if it is met again.
+    const QVariant *value = nullptr;
 };
 
 struct NodeFrame
@@ -87,13 +89,21 @@ BinaryPropertyListWriter::Ref BinaryPropertyListWriter::value(const QVariant &va
         if (!type) {
             parts.values.push_back(invalid(QStringLiteral("a value of type %1 is no property list")
                                                .arg(QString::fromLatin1(next->metaType().name()))));
+        } else if (const std::optional<Ref> known = known_.find(KnownParts::identity(*next))) {
+            parts.values.push_back(*known);
         } else if (*type == PropertyListType::Array) {
             const QVariantList *array = PropertyList::arrayIn(*next);
-            stack.push_back({array, nullptr, array->cbegin(), {}, parts.keys.size(), parts.values.size()});
+            stack.push_back(
+                {array, nullptr, array->cbegin(), {}, parts.keys.size(), parts.values.size(), next});
         } else if (*type == PropertyListType::Dictionary) {
             const QVariantMap *dictionary = PropertyList::dictionaryIn(*next);
-            stack.push_back(
-                {nullptr, dictionary, {}, dictionary->cbegin(), parts.keys.size(), parts.values.size()});
+            stack.push_back({nullptr,
+                             dictionary,
+                             {},
+                             dictionary->cbegin(),
+                             parts.keys.size(),
+                             parts.values.size(),
+                             next});
         } else {
             parts.values.push_back(scalar(*type, *next));
         }
@@ -108,6 +118,7 @@ BinaryPropertyListWriter::Ref BinaryPropertyListWriter::value(const QVariant &va
                 ++frame.nextEntry;
             } else {
                 const Ref done = parts.close(*this, frame.array, frame.firstKey, frame.firstValue);
+                known_.add(KnownParts::identity(*frame.value), *frame.value, done);
                 parts.values.push_back(done);
                 stack.pop_back();
             }
@@ -119,14 +130,20 @@ BinaryPropertyListWriter::Ref BinaryPropertyListWriter::value(const QVariant &va
 
 BinaryPropertyListWriter::Ref BinaryPropertyListWriter::value(const PropertyListNode &node)
 {
+    WrittenNodes written;
+    return value(node, written);
+}
+
+BinaryPropertyListWriter::Ref BinaryPropertyListWriter::value(const PropertyListNode &node,
+                                                              WrittenNodes &written)
+{
     std::vector<NodeFrame> stack;
     Parts parts;
-    QHash<PropertyListSource::Handle, Ref> containers;
     PropertyListNode next = node;
     for (;;) {
         const PropertyListType type = next.type();
         if (type == PropertyListType::Array || type == PropertyListType::Dictionary) {
-            if (const auto known = containers.constFind(next.handle()); known != containers.constEnd())
+            if (const auto known = written.constFind(next.handle()); known != written.constEnd())
                 parts.values.push_back(*known);
             else
                 stack.push_back({next, 0, next.count(), type == PropertyListType::Array, parts.keys.size(),
@@ -141,7 +158,7 @@ BinaryPropertyListWriter::Ref BinaryPropertyListWriter::value(const PropertyList
             const NodeFrame frame = stack.back();
             stack.pop_back();
             const Ref done = parts.close(*this, frame.isArray, frame.firstKey, frame.firstValue);
-            containers.insert(frame.node.handle(), done);
+            written.insert(frame.node.handle(), done);
             parts.values.push_back(done);
         }
         if (stack.empty())

@@ -216,6 +216,27 @@ BinaryPropertyListWriter::Ref BinaryPropertyListWriter::data(QByteArrayView valu
     return intern(start);
 }
 
+BinaryPropertyListWriter::Ref BinaryPropertyListWriter::data(const QByteArray &value)
+{
+    const void *const identity = KnownParts::identity(value);
+    if (const std::optional<Ref> known = known_.find(identity))
+        return *known;
+    const Ref added = data(QByteArrayView(value));
+    known_.add(identity, value, added);
+    return added;
+}
+
+BinaryPropertyListWriter::ComingString BinaryPropertyListWriter::coming(const QString &value) const
+{
+    const void *const identity = KnownParts::identity(value);
+    if (known_.find(identity))
+        return {value, 0, &value};
+    ComingString result = coming(QStringView(value));
+    if (identity)
+        result.owner = &value;
+    return result;
+}
+
 BinaryPropertyListWriter::ComingString BinaryPropertyListWriter::coming(QStringView value) const
 {
     const quint32 hash =
@@ -229,8 +250,21 @@ BinaryPropertyListWriter::Ref BinaryPropertyListWriter::string(QStringView value
     return string(coming(value));
 }
 
+BinaryPropertyListWriter::Ref BinaryPropertyListWriter::string(const QString &value)
+{
+    return string(coming(value));
+}
+
 BinaryPropertyListWriter::Ref BinaryPropertyListWriter::string(const ComingString &value)
 {
+    if (value.owner) {
+        const void *const identity = KnownParts::identity(*value.owner);
+        if (const std::optional<Ref> known = known_.find(identity))
+            return *known;
+        const Ref added = string({value.text, value.hash});
+        known_.add(identity, *value.owner, added);
+        return added;
+    }
     const std::size_t size = std::size_t(value.text.size());
     if (size > maximumSize)
         return invalid(QString::fromLatin1(tooLarge));
@@ -285,12 +319,12 @@ BinaryPropertyListWriter::Ref BinaryPropertyListWriter::container(Kind kind, std
     if (references_.size() + keys.size() + values.size() > maximumSize || objects_.size() > maximumSize)
         return invalid(QString::fromLatin1(tooLarge));
     Object object{quint32(references_.size()), quint32(values.size()), 0, 0, kind};
-    quint64 count = 1 + keys.size();
+    quint64 cost = PropertyList::Limits::containerCost + keys.size();
     for (const Ref value : values) {
-        count += objects_[value].values;
+        cost += objects_[value].cost;
         object.depth = std::max(object.depth, objects_[value].depth);
     }
-    object.values = quint32(std::min<quint64>(count, std::numeric_limits<quint32>::max()));
+    object.cost = quint32(std::min<quint64>(cost, std::numeric_limits<quint32>::max()));
     object.depth = quint16(std::min<int>(object.depth + 1, std::numeric_limits<quint16>::max()));
     makeRoom(references_, keys.size() + values.size());
     references_.insert(references_.end(), keys.begin(), keys.end());
@@ -313,11 +347,24 @@ BinaryPropertyListWriter::Ref BinaryPropertyListWriter::dictionary(std::span<con
     for (const Ref key : keys) {
         if (objects_[key].kind != Kind::String)
             return invalid(QStringLiteral("a dictionary key that is no string"));
+        if (objects_[key].count > PropertyList::Limits::keySize &&
+            length(key) > std::size_t(PropertyList::Limits::keySize))
+            return invalid(QStringLiteral("a dictionary key of more than %1 characters")
+                               .arg(PropertyList::Limits::keySize));
     }
     if (!DictionaryEntries::hasRepeatedKey(keys))
         return container(Kind::Dictionary, keys, values);
     const DictionaryEntries entries = DictionaryEntries::withLastOfEachKey(keys, values);
     return container(Kind::Dictionary, entries.keys, entries.values);
+}
+
+std::size_t BinaryPropertyListWriter::length(Ref string) const
+{
+    const Object &object = objects_[string];
+    const quint8 *const encoded = bytes_.data() + object.first;
+    if ((encoded[0] & 0xf) != countFollows)
+        return encoded[0] & 0xf;
+    return std::size_t(load(encoded + 2, 1 << (encoded[1] & 0xf)));
 }
 
 BinaryPropertyListWriter::Mark BinaryPropertyListWriter::mark() const
@@ -328,6 +375,7 @@ BinaryPropertyListWriter::Mark BinaryPropertyListWriter::mark() const
 void BinaryPropertyListWriter::rewind(const Mark &mark)
 {
     scalars_.forgetFrom(Ref(mark.objects));
+    known_.forgetFrom(Ref(mark.objects));
     objects_.resize(mark.objects);
     references_.resize(mark.references);
     bytes_.resize(mark.bytes);
@@ -346,16 +394,18 @@ WriteResult BinaryPropertyListWriter::finish(Ref top) const
     // Some readers want the number of objects itself to fit a reference, and the table's place an offset.
     const int referenceSize = leastSize(objects_.size());
     std::size_t offsetTable = header.size() + bytes_.size() + references_.size() * std::size_t(referenceSize);
+    quint64 ownCost = references_.size();
     for (const Object &object : objects_) {
-        if (object.kind == Kind::Array || object.kind == Kind::Dictionary)
+        if (object.kind == Kind::Array || object.kind == Kind::Dictionary) {
             offsetTable += prefixSize(object.count);
+            ownCost += PropertyList::Limits::containerCost;
+        }
     }
     const int offsetSize = leastSize(offsetTable);
     const std::size_t size = offsetTable + objects_.size() * std::size_t(offsetSize) + trailerSize;
     if (size > maximumSize)
         return {std::nullopt, QString::fromLatin1(tooLarge)};
-    using namespace PropertyList::Limits;
-    if (objects_[top].values > quint64(valuesPerByte) * size + quint64(valuesBesides))
+    if (objects_[top].cost > PropertyList::Limits::mostCost(ownCost, qint64(size)))
         return {std::nullopt, QStringLiteral("shared parts stand for too many values")};
 
     QByteArray result(qsizetype(size), Qt::Uninitialized);

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "Platform/KnownParts.h"
 #include "Platform/LargeBlockAllocator.h"
 #include "Platform/PropertyList.h"
 #include "Platform/PropertyListNode.h"
@@ -34,15 +35,20 @@ public:
     Ref date(const QDateTime &value);
     Ref date(PropertyList::Date value);
     Ref data(QByteArrayView value);
+    Ref data(const QByteArray &value);
     Ref string(QStringView value);
+    Ref string(const QString &value);
     /// The same in two steps, for a caller that knows its strings some time before it adds them: the first
     /// has what the second will look for brought near in memory, without waiting. The text must live as long.
     struct ComingString
     {
         QStringView text;
         quint32 hash = 0;
+        /// Of a long one, which is known by its place in memory.
+        const QString *owner = nullptr;
     };
     ComingString coming(QStringView value) const;
+    ComingString coming(const QString &value) const;
     Ref string(const ComingString &value);
     Ref uid(quint64 value);
     /// For a UID that the caller adds once: it is not looked for among the scalars, nor found by uid().
@@ -52,10 +58,17 @@ public:
     /// are not written.
     Ref dictionary(std::span<const Ref> keys, std::span<const Ref> values);
 
-    /// A whole value. A type that is no property list makes finish() fail.
+    /// A whole value. A type that is no property list makes finish() fail. Containers that the value shares
+    /// are written once.
     Ref value(const QVariant &value);
-    /// A whole value of a parsed document, without materialising it; shared containers stay shared.
+    /// The containers of one document that have been written.
+    using WrittenNodes = QHash<PropertyListSource::Handle, Ref>;
+    /// A whole value of a parsed document, without materialising it; shared containers stay shared, also with
+    /// other values of the document that were written with the same \a written.
+    Ref value(const PropertyListNode &node, WrittenNodes &written);
     Ref value(const PropertyListNode &node);
+    /// The characters of a string.
+    std::size_t length(Ref string) const;
 
     /// The state to come back to with rewind().
     struct Mark
@@ -81,8 +94,8 @@ private:
         quint32 first = 0;
         /// Of a scalar: its bytes; of a container: its elements or entries.
         quint32 count = 0;
-        /// Values made when every reference below is followed, itself included; saturated.
-        quint32 values = 1;
+        /// As PropertyList::Limits counts it; saturated.
+        quint32 cost = 1;
         /// Levels of containers, itself included; saturated.
         quint16 depth = 0;
         Kind kind = Kind::Scalar;
@@ -102,6 +115,7 @@ private:
     /// All scalars, encoded.
     LargeArray<quint8> bytes_;
     UniqueScalars scalars_;
+    KnownParts known_;
     std::size_t seed_;
     /// The object that stands for every value that cannot be written.
     std::optional<Ref> invalid_;

@@ -3,9 +3,8 @@
 
 #pragma once
 
-#include "Platform/PropertyList.h"
-
 #include <QStringView>
+#include <QtGlobal>
 
 /// Names and rules that the reader and the writer of keyed archives share.
 ///
@@ -67,12 +66,8 @@ inline constexpr QStringView dateClass = u"NSDate";
 inline constexpr QStringView nullClass = u"NSNull";
 inline constexpr QStringView numberClass = u"NSNumber";
 
-/// Values that an archive of this many bytes may stand for when every reference is followed. A container
-/// counts one, and so does each key and each value in it.
-constexpr quint64 valuesLimit(qsizetype bytes)
-{
-    return quint64(PropertyList::Limits::valuesPerByte) * quint64(bytes) +
-           quint64(PropertyList::Limits::valuesBesides);
-}
+/// The names that the description of a class may have, its own and those above it: looked through for each
+/// class, they may be shared by very many. Real ones have a handful.
+inline constexpr qsizetype mostClassNames = 64;
 
 } // namespace KeyedArchiveFormat

@@ -215,6 +215,11 @@ bool KeyedArchiveReader::readString(Slot slot, const Fields &fields)
     }
     if (type != PropertyListType::Data)
         return fail(QStringLiteral("the content of a string is no string"));
+    if (const auto known = decoded_.constFind(*content); known != decoded_.constEnd()) {
+        setScalar(slot, PropertyListType::String, Storage::Text, 0);
+        source_->objects_[slot].first = *known;
+        return true;
+    }
     QStringDecoder decoder(QStringDecoder::Utf8,
                            QStringConverter::Flag::Stateless | QStringConverter::Flag::ConvertInitialBom);
     QString text = decoder.decode(properties_.scalar(*content).toByteArray());
@@ -223,6 +228,7 @@ bool KeyedArchiveReader::readString(Slot slot, const Fields &fields)
     source_->texts_.push_back(std::move(text));
     setScalar(slot, PropertyListType::String, Storage::Text, 0);
     source_->objects_[slot].first = quint32(source_->texts_.size() - 1);
+    decoded_.insert(*content, source_->objects_[slot].first);
     return true;
 }
 
@@ -291,6 +297,10 @@ std::optional<KeyedArchiveReader::Kind> KeyedArchiveReader::kindOf(Handle descri
         const std::optional<Handle> names = followed(list.handle());
         if (!names || properties_.type(*names) != PropertyListType::Array) {
             fail(QStringLiteral("the superclasses of a class are no array"));
+            return std::nullopt;
+        }
+        if (properties_.count(*names) > mostClassNames) {
+            fail(QStringLiteral("a class with more than %1 names").arg(mostClassNames));
             return std::nullopt;
         }
         for (qsizetype i = 0; i < properties_.count(*names); ++i) {

@@ -5,6 +5,7 @@
 
 #include "Platform/DictionaryEntries.h"
 #include "Platform/KeyedArchiveFormat.h"
+#include "Platform/PropertyList.h"
 
 #include <algorithm>
 
@@ -13,7 +14,7 @@ using namespace KeyedArchiveFormat;
 KeyedArchiveReader::KeyedArchiveReader(PropertyListDocument::Ptr archive, qsizetype size)
     : source_(std::make_unique<KeyedArchiveSource>(std::move(archive)))
     , properties_(source_->properties_)
-    , valuesLimit_(valuesLimit(size))
+    , size_(size)
 {
 }
 
@@ -84,10 +85,8 @@ bool KeyedArchiveReader::readGraph(Slot root)
                 blocked = part;
                 break;
             }
-            visit.values += progress.values;
+            visit.cost += progress.cost;
             visit.height = std::max(visit.height, progress.height);
-            if (visit.values > valuesLimit_)
-                return fail(QStringLiteral("shared references stand for more values than the limit"));
         }
         if (blocked) {
             if (!enter(blocked))
@@ -99,6 +98,9 @@ bool KeyedArchiveReader::readGraph(Slot root)
                 return false;
         }
     }
+    const quint64 ownCost = containersCost_ + source_->references_.size();
+    if (progress_[root].cost > PropertyList::Limits::mostCost(ownCost, size_))
+        return fail(QStringLiteral("shared parts stand for too many values"));
     return true;
 }
 
@@ -118,7 +120,8 @@ bool KeyedArchiveReader::enter(Slot slot)
     if (visits_.size() >= std::size_t(PropertyList::Limits::depth))
         return fail(QStringLiteral("nested deeper than the limit"));
     progress_[slot].state = State::Open;
-    visits_.push_back({slot, 0, 1, 0});
+    visits_.push_back({slot, 0, PropertyList::Limits::containerCost, 0});
+    containersCost_ += PropertyList::Limits::containerCost;
     return true;
 }
 
@@ -127,7 +130,7 @@ bool KeyedArchiveReader::leave(const Visit &visit)
     if (source_->objects_[visit.slot].type == PropertyListType::Dictionary && !checkKeys(visit.slot))
         return false;
     Progress &progress = progress_[visit.slot];
-    progress.values = visit.values;
+    progress.cost = quint32(std::min<quint64>(visit.cost, std::numeric_limits<quint32>::max()));
     progress.height = quint16(visit.height + 1);
     progress.state = State::Done;
     if (progress.height > PropertyList::Limits::depth)
@@ -156,6 +159,9 @@ bool KeyedArchiveReader::checkKeys(Slot dictionary)
         const Slot key = references[object.first + i];
         if (source_->objects_[key].type != PropertyListType::String)
             return fail(QStringLiteral("a dictionary key is no string"));
+        if (source_->string(key).size() > PropertyList::Limits::keySize)
+            return fail(QStringLiteral("a dictionary key of more than %1 characters")
+                            .arg(PropertyList::Limits::keySize));
         keysOfOne_.push_back(numberOfKey(key));
     }
     if (!DictionaryEntries::hasRepeatedKey(keysOfOne_))
@@ -163,7 +169,7 @@ bool KeyedArchiveReader::checkKeys(Slot dictionary)
     const std::vector<quint32> last = DictionaryEntries::positionsOfLast(keysOfOne_);
     // Dictionaries that share their lists would have each of them copied.
     copied_ += 2 * last.size();
-    if (copied_ > valuesLimit_)
+    if (copied_ > PropertyList::Limits::smallCost + 2 * quint64(size_))
         return fail(QStringLiteral("more references than the limit"));
     const quint32 first = quint32(references.size());
     for (const quint32 position : last)

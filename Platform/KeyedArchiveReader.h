@@ -15,7 +15,7 @@
 class KeyedArchiveReader
 {
 public:
-    /// \a size is the archive's in bytes: it bounds how many values the archive may stand for.
+    /// \a size is the archive's in bytes: it bounds what the archive may cost (see PropertyList::Limits).
     KeyedArchiveReader(PropertyListDocument::Ptr archive, qsizetype size);
 
     /// The document of the root object; null on failure, with the reason in \a error. Call once.
@@ -63,7 +63,7 @@ private:
     enum class State : quint8 { New, Open, Done };
     struct Progress
     {
-        quint64 values = 1;
+        quint32 cost = 1;
         /// Of a string that is a key: the same number as of every key that reads like it; else 0.
         quint32 key = 0;
         quint16 height = 0;
@@ -74,7 +74,7 @@ private:
     {
         Slot slot;
         quint32 next;
-        quint64 values;
+        quint64 cost;
         quint16 height;
     };
 
@@ -114,7 +114,7 @@ private:
 
     std::unique_ptr<KeyedArchiveSource> source_;
     const PropertyListSource &properties_;
-    quint64 valuesLimit_;
+    qsizetype size_;
     QString error_;
 
     Handle archivedObjects_ = 0;
@@ -126,7 +126,11 @@ private:
     /// The keys of the dictionary that is looked at, by their numbers.
     std::vector<quint32> keysOfOne_;
     /// How many references were copied from lists of them.
-    std::size_t copied_ = 0;
+    quint64 copied_ = 0;
+    /// Of the containers that were read.
+    quint64 containersCost_ = 0;
+    /// The texts that were decoded from bytes, as places in the source's texts_.
+    QHash<Handle, quint32> decoded_;
 
     /// Values that stand where a reference usually does, so that a shared one is read once.
     QHash<Handle, Slot> inlined_;

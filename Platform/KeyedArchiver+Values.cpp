@@ -19,6 +19,9 @@ struct ValueFrame
     qsizetype next = 0;
     QVariantMap::const_iterator nextEntry = {};
     std::size_t firstPart = 0;
+    /// Where it is known if it is met again.
+    const void *identity = nullptr;
+    QVariant value() const { return isDictionary ? QVariant(entries) : QVariant(elements); }
 };
 
 struct NodeFrame
@@ -56,13 +59,18 @@ KeyedArchiver::Ref KeyedArchiver::value(const QVariant &value)
     std::vector<Ref> parts;
     const QVariant *current = &value;
     while (true) {
-        if (current->typeId() == QMetaType::QVariantList || current->typeId() == QMetaType::QVariantMap) {
+        const void *const identity = KnownParts::identity(*current);
+        if (const std::optional<Ref> known = known_.find(identity)) {
+            parts.push_back(*known);
+        } else if (current->typeId() == QMetaType::QVariantList ||
+                   current->typeId() == QMetaType::QVariantMap) {
             if (frames.size() >= std::size_t(PropertyList::Limits::depth))
                 return invalid(
                     QStringLiteral("more than %1 levels of nesting").arg(PropertyList::Limits::depth));
             ValueFrame frame;
             frame.isDictionary = current->typeId() == QMetaType::QVariantMap;
             frame.firstPart = parts.size();
+            frame.identity = identity;
             if (frame.isDictionary)
                 frame.entries = current->toMap();
             else
@@ -83,8 +91,10 @@ KeyedArchiver::Ref KeyedArchiver::value(const QVariant &value)
                 current = &frame.elements.at(frame.next++);
                 break;
             }
-            parts.push_back(frame.isDictionary ? takeDictionary(*this, parts, frame.firstPart)
-                                               : takeArray(*this, parts, frame.firstPart));
+            const Ref done = frame.isDictionary ? takeDictionary(*this, parts, frame.firstPart)
+                                                : takeArray(*this, parts, frame.firstPart);
+            known_.add(frame.identity, frame.value(), done);
+            parts.push_back(done);
             frames.pop_back();
         }
         if (frames.empty())

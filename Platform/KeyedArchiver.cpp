@@ -64,7 +64,17 @@ KeyedArchiver::Ref KeyedArchiver::data(QByteArrayView value)
     return shared(writer_.data(value));
 }
 
+KeyedArchiver::Ref KeyedArchiver::data(const QByteArray &value)
+{
+    return shared(writer_.data(value));
+}
+
 KeyedArchiver::Ref KeyedArchiver::string(QStringView value)
+{
+    return string(coming(value));
+}
+
+KeyedArchiver::Ref KeyedArchiver::string(const QString &value)
 {
     return string(coming(value));
 }
@@ -142,16 +152,17 @@ KeyedArchiver::PropertyRef KeyedArchiver::uidArray(std::span<const Ref> refs)
     return writer_.array(scratch_);
 }
 
-KeyedArchiver::Object KeyedArchiver::containerOf(std::span<const Ref> parts) const
+KeyedArchiver::Object KeyedArchiver::containerOf(std::span<const Ref> parts, std::size_t keys)
 {
-    quint64 values = 1;
+    ownCost_ += PropertyList::Limits::containerCost + keys + parts.size();
+    quint64 cost = PropertyList::Limits::containerCost + keys;
     quint16 depth = 0;
     for (const Ref part : parts) {
-        values += objects_[part].values;
+        cost += objects_[part].cost;
         depth = std::max(depth, objects_[part].depth);
     }
     Object object;
-    object.values = quint32(std::min<quint64>(values, std::numeric_limits<quint32>::max()));
+    object.cost = quint32(std::min<quint64>(cost, std::numeric_limits<quint32>::max()));
     object.depth = quint16(std::min<int>(depth + 1, std::numeric_limits<quint16>::max()));
     return object;
 }
@@ -161,7 +172,7 @@ KeyedArchiver::Ref KeyedArchiver::array(std::span<const Ref> elements, Mutabilit
     const ClassIndex index = mutability == Mutability::Mutable ? MutableArrayClass : ArrayClass;
     const PropertyRef keys[] = {writer_.string(objectsField), writer_.string(classKey)};
     const PropertyRef values[] = {uidArray(elements), uidOfClass(index)};
-    Object object = containerOf(elements);
+    Object object = containerOf(elements, 0);
     object.property = writer_.dictionary(keys, values);
     return add(object);
 }
@@ -174,6 +185,10 @@ KeyedArchiver::Ref KeyedArchiver::dictionary(std::span<const Ref> keys, std::spa
     for (const Ref key : keys) {
         if (!objects_[key].isString)
             return invalid(QStringLiteral("a dictionary key that is no string"));
+        if (key != nullMarkerString_ &&
+            writer_.length(objects_[key].property) > std::size_t(PropertyList::Limits::keySize))
+            return invalid(QStringLiteral("a dictionary key of more than %1 characters")
+                               .arg(PropertyList::Limits::keySize));
     }
     // Equal strings have the same UID.
     if (DictionaryEntries::hasRepeatedKey(keys)) {
@@ -185,9 +200,7 @@ KeyedArchiver::Ref KeyedArchiver::dictionary(std::span<const Ref> keys, std::spa
     const PropertyRef fields[] = {writer_.string(keysField), writer_.string(objectsField),
                                   writer_.string(classKey)};
     const PropertyRef contents[] = {uidArray(keys), uidArray(values), uidOfClass(index)};
-    Object object = containerOf(values);
-    object.values =
-        quint32(std::min<quint64>(quint64(object.values) + keys.size(), std::numeric_limits<quint32>::max()));
+    Object object = containerOf(values, keys.size());
     object.property = writer_.dictionary(fields, contents);
     return add(object);
 }
@@ -220,7 +233,7 @@ WriteResult KeyedArchiver::finish(Ref root)
                                   writer_.dictionary(rootKeys, rootValues), writer_.array(properties)};
     WriteResult result = writer_.finish(writer_.dictionary(keys, values));
     writer_.rewind(mark);
-    if (result && objects_[root].values > valuesLimit(result.bytes->size()))
+    if (result && objects_[root].cost > PropertyList::Limits::mostCost(ownCost_, result.bytes->size()))
         return {std::nullopt, QStringLiteral("shared parts stand for too many values")};
     return result;
 }

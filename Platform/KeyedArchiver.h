@@ -32,17 +32,21 @@ public:
     Ref date(const QDateTime &value);
     Ref date(PropertyList::Date value);
     Ref data(QByteArrayView value);
+    Ref data(const QByteArray &value);
     Ref string(QStringView value);
+    Ref string(const QString &value);
     /// The same in two steps, as BinaryPropertyListWriter has them.
     using ComingString = BinaryPropertyListWriter::ComingString;
     ComingString coming(QStringView value) const { return writer_.coming(value); }
+    ComingString coming(const QString &value) const { return writer_.coming(value); }
     Ref string(const ComingString &value);
     Ref array(std::span<const Ref> elements, Mutability mutability = Mutability::Mutable);
     /// As many keys as values. Keys must be strings; where one repeats, the last entry counts and the others
     /// are not written.
     Ref dictionary(std::span<const Ref> keys, std::span<const Ref> values,
                    Mutability mutability = Mutability::Mutable);
-    /// A whole value. A type that an archive cannot hold makes finish() fail.
+    /// A whole value. A type that an archive cannot hold makes finish() fail. Containers that the value
+    /// shares are archived once.
     Ref value(const QVariant &value);
     /// A whole value of a parsed document, without materialising it; shared containers stay shared.
     Ref value(const PropertyListNode &node);
@@ -63,8 +67,8 @@ private:
         PropertyRef property = 0;
         /// The reference to it, as a property list.
         PropertyRef uid = 0;
-        /// Values made when every reference below is followed, itself included; saturated.
-        quint32 values = 1;
+        /// As PropertyList::Limits counts it, of what is archived; saturated.
+        quint32 cost = 1;
         /// Levels of containers, itself included; saturated.
         quint16 depth = 0;
         bool isString = false;
@@ -89,7 +93,8 @@ private:
     PropertyRef uidOfClass(ClassIndex index);
     Ref nullObject();
     PropertyRef uidArray(std::span<const Ref> refs);
-    Object containerOf(std::span<const Ref> parts) const;
+    /// Of an array with these elements or a dictionary with these values and so many keys.
+    Object containerOf(std::span<const Ref> parts, std::size_t keys);
     /// Makes finish() fail; the first reason counts.
     Ref invalid(const QString &reason);
 
@@ -103,5 +108,7 @@ private:
     Ref nullMarkerString_ = 0;
     Ref nullObject_ = 0;
     std::vector<PropertyRef> scratch_;
+    KnownParts known_;
+    quint64 ownCost_ = 0;
     QString error_;
 };

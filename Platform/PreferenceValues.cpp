@@ -159,8 +159,9 @@ PropertyList::WriteResult PreferenceValues::merged(BinaryPropertyListWriter &wri
         keys.push_back(writer.string(key));
         values.push_back(value);
     };
+    BinaryPropertyListWriter::WrittenNodes written;
     for (const auto &[key, node] : kept)
-        add(key, writer.value(node));
+        add(key, writer.value(node, written));
     for (const auto &[key, value] : saved_) {
         const auto *variant = std::get_if<QVariant>(&value);
         if (variant && variant->isValid() && !pending_.contains(key))

@@ -7,6 +7,7 @@
 #include <QDateTime>
 #include <QString>
 #include <QVariant>
+#include <algorithm>
 #include <bit>
 #include <optional>
 
@@ -46,10 +47,26 @@ namespace Limits {
 inline constexpr int depth = 8192;
 /// Far above any real domain, and still a size that fits memory several times over.
 inline constexpr qint64 inputSize = qint64(256) * 1024 * 1024;
-/// Shared references let a few bytes stand for endless values. Counted are values made when every reference
-/// is followed: at most valuesPerByte for each byte of input, plus valuesBesides.
-inline constexpr qint64 valuesPerByte = 8;
-inline constexpr qint64 valuesBesides = 1'000'000;
+/// A name of a dictionary entry. Names are compared whenever a dictionary is made, and a shared one may be in
+/// very many of them.
+inline constexpr qsizetype keySize = 4096;
+/// Shared references let a few bytes stand for endless values. So the cost of a document is counted with
+/// every reference followed: 1 for a scalar or a key, containerCost and its parts for a container, as what is
+/// made of one (an item of a tree) takes the memory of many scalars.
+inline constexpr quint64 containerCost = 16;
+/// What a document may cost however few its bytes are: 10,000 containers.
+inline constexpr quint64 smallCost = 10'000 * containerCost;
+/// The most that a document of so many bytes may cost. \a ownCost is what it costs when each of its
+/// containers is counted once and a reference to one is 1: without sharing no document is over the limit, and
+/// sharing adds at most a container for 32 bytes.
+constexpr quint64 mostCost(quint64 ownCost, qint64 bytes)
+{
+    return std::max(smallCost, ownCost + quint64(bytes) / 2);
+}
+/// Of the XML form, which repeats what is shared: how many bytes of repetition it may have, for each of its
+/// other bytes and besides.
+inline constexpr qint64 repetitionPerByte = 4;
+inline constexpr qint64 repetitionBesides = qint64(8) * 1024 * 1024;
 } // namespace Limits
 
 /// What became of reading: a value, or the reason why there is none (English, for the log).

@@ -5,7 +5,6 @@
 
 #include "Platform/PropertyList.h"
 
-#include <QHash>
 #include <algorithm>
 #include <utility>
 #include <vector>
@@ -64,16 +63,21 @@ PropertyListNode PropertyListNode::value(QStringView key) const
 
 QVariant PropertyListNode::toVariant() const
 {
+    MadeValues made;
+    return toVariant(made);
+}
+
+// What is referred to twice is one value: references can stand for far more values than memory holds.
+QVariant PropertyListNode::toVariant(MadeValues &made) const
+{
     if (!source_)
         return {};
     std::vector<Frame> stack;
-    // What is referred to twice is one value: references can stand for far more values than memory holds.
-    QHash<PropertyListSource::Handle, QVariant> containers;
     PropertyListNode node = *this;
     for (;;) {
         const bool isContainer = node.isArray() || node.isDictionary();
-        const auto known = isContainer ? containers.constFind(node.handle_) : containers.constEnd();
-        if (isContainer && known == containers.constEnd()) {
+        const auto known = isContainer ? made.constFind(node.handle_) : made.constEnd();
+        if (isContainer && known == made.constEnd()) {
             stack.push_back({node, 0, node.count(), {}, {}});
             if (node.isArray())
                 stack.back().array.reserve(node.count());
@@ -87,7 +91,7 @@ QVariant PropertyListNode::toVariant() const
             const Frame done = std::move(stack.back());
             stack.pop_back();
             QVariant value = done.node.isArray() ? QVariant(done.array) : QVariant(done.dictionary);
-            containers.insert(done.node.handle_, value);
+            made.insert(done.node.handle_, value);
             if (stack.empty())
                 return value;
             stack.back().add(value);

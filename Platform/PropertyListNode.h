@@ -5,6 +5,7 @@
 
 #include <QByteArray>
 #include <QDateTime>
+#include <QHash>
 #include <QString>
 #include <QVariant>
 #include <memory>
@@ -93,6 +94,10 @@ public:
 
     /// The whole value below this node, as PropertyList.h lists the types.
     QVariant toVariant() const;
+    /// The containers of one document of which values have been made.
+    using MadeValues = QHash<PropertyListSource::Handle, QVariant>;
+    /// The same; what the document shares, the values share that are made with the same \a made.
+    QVariant toVariant(MadeValues &made) const;
 
     const PropertyListSource *source() const { return source_; }
     PropertyListSource::Handle handle() const { return handle_; }

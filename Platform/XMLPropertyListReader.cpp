@@ -274,6 +274,8 @@ bool Builder::readKey()
     if (stack_.empty() || !stack_.back().isDictionary || takesValue())
         return refuse(QStringLiteral("a key where none belongs"));
     const std::optional<QString> text = elementText();
+    if (text && text->size() > Limits::keySize)
+        return refuse(QStringLiteral("a dictionary key of more than %1 characters").arg(Limits::keySize));
     return text && add(values_->addKey(*text));
 }
 

@@ -3,9 +3,11 @@
 
 #include "Platform/XMLPropertyListWriter.h"
 
+#include "Platform/KnownParts.h"
 #include "Platform/PropertyListVariant.h"
 #include "Platform/XMLPropertyListFormat.h"
 
+#include <QSet>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -76,7 +78,22 @@ private:
     /// False if the form has no place for it.
     bool scalar(PropertyListType type, const QVariant &value);
     bool dateElement(const QVariant &value);
+    /// Before and after a scalar or a container with so many around it.
+    void begin(const QVariant &value, std::size_t level);
+    void end(std::size_t level);
+    bool repeatsTooMuch() const;
 
+    /// A part that is met again, and is not within such a part.
+    struct Repetition
+    {
+        std::size_t level = 0;
+        qsizetype start = 0;
+    };
+    std::optional<Repetition> repetition_;
+    /// The bytes of all that have ended.
+    qsizetype repeated_ = 0;
+    /// The shared or large parts that were met.
+    QSet<const void *> met_;
     QByteArray bytes_ = prologue.toByteArray();
 };
 
@@ -158,6 +175,35 @@ bool Output::scalar(PropertyListType type, const QVariant &value)
     }
 }
 
+void Output::begin(const QVariant &value, std::size_t level)
+{
+    if (repetition_)
+        return;
+    const int type = value.typeId();
+    const void *const identity = type == QMetaType::QString      ? KnownParts::identity(value.toString())
+                                 : type == QMetaType::QByteArray ? KnownParts::identity(value.toByteArray())
+                                                                 : KnownParts::identity(value);
+    if (identity && met_.contains(identity))
+        repetition_ = {level, bytes_.size()};
+    else if (identity)
+        met_.insert(identity);
+}
+
+void Output::end(std::size_t level)
+{
+    if (!repetition_ || repetition_->level != level)
+        return;
+    repeated_ += bytes_.size() - repetition_->start;
+    repetition_.reset();
+}
+
+bool Output::repeatsTooMuch() const
+{
+    using namespace PropertyList::Limits;
+    const qint64 repeated = repeated_ + (repetition_ ? bytes_.size() - repetition_->start : 0);
+    return repeated > repetitionPerByte * (bytes_.size() - repeated) + repetitionBesides;
+}
+
 /// The reason why not, if the form cannot hold the value.
 std::optional<QString> Output::add(const QVariant &value)
 {
@@ -172,6 +218,7 @@ std::optional<QString> Output::add(const QVariant &value)
             const std::optional<PropertyListType> type = PropertyList::typeOf(*next);
             if (!type)
                 return unrepresentable(*next);
+            begin(*next, stack.size());
             indent(stack.size());
             const QVariantList *const list = PropertyList::arrayIn(*next);
             const QVariantMap *const map = PropertyList::dictionaryIn(*next);
@@ -186,7 +233,11 @@ std::optional<QString> Output::add(const QVariant &value)
                     stack.push_back({nullptr, map, {}, map->cbegin()});
             } else if (!scalar(*type, *next)) {
                 return unrepresentable(*next);
+            } else {
+                end(stack.size());
             }
+            if (repeatsTooMuch())
+                return QStringLiteral("shared parts would be repeated too often");
             next = nullptr;
             continue;
         }
@@ -195,6 +246,9 @@ std::optional<QString> Output::add(const QVariant &value)
             next = &*frame.nextElement++;
         } else if (frame.dictionary && frame.nextEntry != frame.dictionary->cend()) {
             indent(stack.size());
+            if (frame.nextEntry.key().size() > PropertyList::Limits::keySize)
+                return QStringLiteral("a dictionary key of more than %1 characters")
+                    .arg(PropertyList::Limits::keySize);
             if (!text(key, frame.nextEntry.key()))
                 return unrepresentable(frame.nextEntry.key());
             next = &frame.nextEntry.value();
@@ -204,6 +258,7 @@ std::optional<QString> Output::add(const QVariant &value)
             stack.pop_back();
             indent(stack.size());
             tag("</", isArray ? array : dictionary, ">\n");
+            end(stack.size());
         }
         if (bytes_.size() > PropertyList::Limits::inputSize)
             return QStringLiteral("larger than %1 bytes").arg(PropertyList::Limits::inputSize);

@@ -126,10 +126,10 @@ private:
     }
 
     /// An identifier of its own depends on the number of children.
-    static void finish(QNBHierarchyItem &item, bool hasUid)
+    void finish(QNBHierarchyItem &item, bool hasUid)
     {
         if (!hasUid)
-            item.generateUID();
+            item.generateUID(&longNames_);
     }
 
     void readString(const QString &key, const PropertyListNode &value, QString &target)
@@ -165,6 +165,7 @@ private:
     QNBHierarchyItem::ReadReport *report_;
     /// From the root down; what is to be read is read into these and their children.
     std::vector<Folder> folders_;
+    QNBHierarchyItem::LongNames longNames_;
 };
 
 namespace {

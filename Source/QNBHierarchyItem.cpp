@@ -20,6 +20,8 @@ constexpr std::array<std::uint32_t, 3> defaultPermissions{7, 6, 4};
 
 /// Room for the parts of a seed that are not the name: four numbers and their separators.
 constexpr qsizetype seedNumbersSize = 96;
+/// Names from here on are digested once for all items that share one. No file system has such names.
+constexpr qsizetype longNameSize = 1024;
 /// The most that one UTF-16 unit can take.
 constexpr qsizetype utf8BytesPerUnit = 3;
 
@@ -96,12 +98,13 @@ QNBHierarchyItemPtr QNBHierarchyItem::initWithParentAndChildren(const QNBHierarc
 }
 
 /// The SHA-1 of the name, the kind, the time, a random number and the number of children.
-void QNBHierarchyItem::generateUID()
+void QNBHierarchyItem::generateUID(LongNames *longNames)
 {
     timeval now{};
     gettimeofday(&now, nullptr);
-    QVarLengthArray<char, 256> seed(filename_.size() * utf8BytesPerUnit + seedNumbersSize);
-    char *end = writeUtf8(seed.data(), filename_);
+    const bool isLong = longNames && filename_.size() >= longNameSize;
+    QVarLengthArray<char, 256> seed((isLong ? 0 : filename_.size() * utf8BytesPerUnit) + seedNumbersSize);
+    char *end = isLong ? seed.data() : writeUtf8(seed.data(), filename_);
     *end++ = isFolder_ ? '1' : '0';
     *end++ = '_';
     end = writeNumber(end, now.tv_sec);
@@ -110,8 +113,19 @@ void QNBHierarchyItem::generateUID()
     end = writeNumber(end, static_cast<std::uint32_t>(random()));
     *end++ = '+';
     end = writeNumber(end, static_cast<std::uint32_t>(children_.size()));
-    digest_ = CocoaCryptoHashing::sha1Digest(QByteArrayView(seed.constData(), end - seed.constData()));
+    const QByteArrayView bytes(seed.constData(), end - seed.constData());
     givenUid_.reset();
+    if (!isLong) {
+        digest_ = CocoaCryptoHashing::sha1Digest(bytes);
+        return;
+    }
+    auto known = longNames->constFind(filename_.constData());
+    if (known == longNames->constEnd()) {
+        const QByteArray name = filename_.toUtf8();
+        known =
+            longNames->insert(filename_.constData(), {filename_, CocoaCryptoHashing::SHA1Beginning(name)});
+    }
+    digest_ = known->digest.digestWith(bytes);
 }
 
 QNBHierarchyItemPtr QNBHierarchyItem::childAtIndex(std::int32_t index) const
@@ -246,7 +260,9 @@ QString QNBHierarchyItem::uid() const
 
 void QNBHierarchyItem::setUid(const QString &uid)
 {
-    const QByteArray digest = QByteArray::fromHex(uid.toLatin1());
+    // The size first: a text of any length may stand there, shared by many items.
+    const bool mayBeDigest = uid.size() == 2 * qsizetype(digest_.size());
+    const QByteArray digest = mayBeDigest ? QByteArray::fromHex(uid.toLatin1()) : QByteArray();
     if (digest.size() == qsizetype(digest_.size()) && QString::fromLatin1(digest.toHex()) == uid) {
         std::copy(digest.begin(), digest.end(), digest_.begin());
         givenUid_.reset();

@@ -6,7 +6,9 @@
 #include "Platform/BinaryPropertyListWriter.h"
 #include "Platform/KeyedArchiver.h"
 #include "Platform/PropertyListNode.h"
+#include "Shared/Source/CocoaCryptoHashing.h"
 
+#include <QHash>
 #include <QString>
 #include <QVariantMap>
 #include <array>
@@ -135,8 +137,18 @@ public:
 private:
     friend class QNBItemDictionaryReader;
 
+    /// The names that are so long that digesting them for each of the items that share one would take long,
+    /// by their place in memory; each is held on to.
+    struct LongName
+    {
+        QString name;
+        CocoaCryptoHashing::SHA1Beginning digest;
+    };
+    using LongNames = QHash<const QChar *, LongName>;
+
     static QNBHierarchyItemPtr newItem();
-    void generateUID();
+    /// With \a longNames, a long name that items share is digested once.
+    void generateUID(LongNames *longNames = nullptr);
     /// Keeps a uid that was stored.
     void setUid(const QString &uid);
     template <class Sink>

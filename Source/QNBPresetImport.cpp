@@ -42,6 +42,11 @@ QList<QNBPresetRecordPtr> QNBPresetImport::presets() const
     return thread_->isFinished() && !isCancelled_ ? presets_ : QList<QNBPresetRecordPtr>();
 }
 
+QList<QNBPresetImport::LeftOut> QNBPresetImport::leftOut() const
+{
+    return thread_->isFinished() && !isCancelled_ ? leftOut_ : QList<LeftOut>();
+}
+
 void QNBPresetImport::read()
 {
     int numberOfFilesRead = 0;
@@ -49,10 +54,12 @@ void QNBPresetImport::read()
         if (QThread::currentThread()->isInterruptionRequested())
             return;
         QString error;
-        if (const QNBPresetRecordPtr preset = QNBPresetFile::read(path, &error))
+        if (const QNBPresetRecordPtr preset = QNBPresetFile::read(path, &error)) {
             presets_.append(preset);
-        else
+        } else {
+            leftOut_.append({path, error});
             qCWarning(lcPresetImport) << "no preset in" << path << ":" << error;
+        }
         Q_EMIT fileWasRead(++numberOfFilesRead);
     }
 }

@@ -36,6 +36,15 @@ public:
     /// are read, and after cancelling.
     QList<QNBPresetRecordPtr> presets() const;
 
+    /// A file that gave no preset, and why (English).
+    struct LeftOut
+    {
+        QString path;
+        QString reason;
+    };
+    /// In the order of the paths; as presets() otherwise.
+    QList<LeftOut> leftOut() const;
+
 Q_SIGNALS:
     void fileWasRead(int numberOfFilesRead);
     void finished();
@@ -47,5 +56,6 @@ private:
     bool isCancelled_ = false;
     /// The thread's own until it has finished.
     QList<QNBPresetRecordPtr> presets_;
+    QList<LeftOut> leftOut_;
     std::unique_ptr<QThread> thread_;
 };

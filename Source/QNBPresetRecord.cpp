@@ -10,6 +10,35 @@
 QNBPresetRecordPtr QNBPresetRecord::fromStored(const PropertyListNode &dictionary,
                                                const PropertyListDocument::Ptr &document)
 {
+    PropertyListNode::MadeValues made;
+    return fromStored(dictionary, document, made);
+}
+
+QList<QNBPresetRecordPtr> QNBPresetRecord::listFromStored(const PropertyListNode &array,
+                                                          const PropertyListDocument::Ptr &document)
+{
+    PropertyListNode::MadeValues made;
+    QHash<PropertyListSource::Handle, QNBPresetRecordPtr> records;
+    QList<QNBPresetRecordPtr> list;
+    list.reserve(array.count());
+    for (qsizetype i = 0; i < array.count(); ++i) {
+        const PropertyListNode entry = array.at(i);
+        if (!entry.isDictionary()) {
+            list.append(QNBPresetRecordPtr());
+        } else if (const QNBPresetRecordPtr same = records.value(entry.handle())) {
+            list.append(std::make_shared<QNBPresetRecord>(*same));
+        } else {
+            list.append(fromStored(entry, document, made));
+            records.insert(entry.handle(), list.constLast());
+        }
+    }
+    return list;
+}
+
+QNBPresetRecordPtr QNBPresetRecord::fromStored(const PropertyListNode &dictionary,
+                                               const PropertyListDocument::Ptr &document,
+                                               PropertyListNode::MadeValues &made)
+{
     auto record = std::make_shared<QNBPresetRecord>();
     StoredHierarchy hierarchy{{}, document};
     const qsizetype count = dictionary.isDictionary() ? dictionary.count() : 0;
@@ -18,7 +47,7 @@ QNBPresetRecordPtr QNBPresetRecord::fromStored(const PropertyListNode &dictionar
         if (key == QNBPresetKey::fileHierarchy)
             hierarchy.node = dictionary.valueAt(i);
         else
-            record->values_.insert(key, dictionary.valueAt(i).toVariant());
+            record->values_.insert(key, dictionary.valueAt(i).toVariant(made));
     }
     record->storedHierarchy_ = hierarchy;
     if (!document)

@@ -7,6 +7,7 @@
 #include "Platform/PropertyListDocument.h"
 #include "Source/QNBHierarchyItem.h"
 
+#include <QList>
 #include <QVariantMap>
 #include <memory>
 #include <optional>
@@ -34,6 +35,10 @@ public:
     /// built when it is first asked for: of many presets, few are looked at.
     static QNBPresetRecordPtr fromStored(const PropertyListNode &dictionary,
                                          const PropertyListDocument::Ptr &document = {});
+    /// The records of an array of them, with the document that it belongs to; null for an element that is no
+    /// dictionary. What the document shares, the records share, except for their trees.
+    static QList<QNBPresetRecordPtr> listFromStored(const PropertyListNode &array,
+                                                    const PropertyListDocument::Ptr &document);
 
     /// What the stored tree held that has no place in the items; told once. Builds the tree.
     QNBHierarchyItem::ReadReport takeReadReport();
@@ -65,6 +70,9 @@ private:
         PropertyListDocument::Ptr document;
     };
 
+    static QNBPresetRecordPtr fromStored(const PropertyListNode &dictionary,
+                                         const PropertyListDocument::Ptr &document,
+                                         PropertyListNode::MadeValues &made);
     void buildHierarchy() const;
 
     QVariantMap values_;

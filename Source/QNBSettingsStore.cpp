@@ -29,14 +29,12 @@ QList<QNBPresetRecordPtr> presetsFrom(const PropertyListNode &array,
             losses << QStringLiteral("the presets are no array");
         return presets;
     }
-    presets.reserve(array.count());
-    for (qsizetype i = 0; i < array.count(); ++i) {
-        const PropertyListNode entry = array.at(i);
-        if (entry.isDictionary())
-            presets.append(QNBPresetRecord::fromStored(entry, document));
-        else
+    presets = QNBPresetRecord::listFromStored(array, document);
+    for (qsizetype i = 0; i < presets.size(); ++i) {
+        if (!presets[i])
             losses << QStringLiteral("preset %1 is no record").arg(i);
     }
+    presets.removeAll(nullptr);
     return presets;
 }
 

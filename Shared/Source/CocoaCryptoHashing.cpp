@@ -38,6 +38,23 @@ SHA1Digest sha1Digest(QByteArrayView bytes)
     return digest;
 }
 
+SHA1Beginning::SHA1Beginning(QByteArrayView beginning)
+{
+    const auto state = std::make_shared<SHA_CTX>();
+    SHA1_Init(state.get());
+    SHA1_Update(state.get(), beginning.data(), static_cast<std::size_t>(beginning.size()));
+    state_ = state;
+}
+
+SHA1Digest SHA1Beginning::digestWith(QByteArrayView rest) const
+{
+    SHA_CTX state = *state_;
+    SHA1Digest digest;
+    SHA1_Update(&state, rest.data(), static_cast<std::size_t>(rest.size()));
+    SHA1_Final(digest.data(), &state);
+    return digest;
+}
+
 QByteArray sha1Hash(QByteArrayView bytes)
 {
     QByteArray digest(SHA_DIGEST_LENGTH, Qt::Uninitialized);

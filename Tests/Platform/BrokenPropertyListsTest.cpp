@@ -174,7 +174,7 @@ TEST(BrokenPropertyLists, NestingIsCountedThroughASharedContainer)
 {
     // The root, a chain of arrays, and at its end the shared chain, which the root has by itself too:
     // whichever of the two is met first, the levels of both count.
-    constexpr int shared = 5000;
+    constexpr int shared = 1500;
     constexpr int depth = PropertyList::Limits::depth;
     for (const bool sharedFirst : {true, false}) {
         for (const int levels : {depth, depth + 1}) {

@@ -306,7 +306,7 @@ TEST(KeyedUnarchiver, NestingIsReadUpToTheLimitAndNoFurther)
 TEST(KeyedUnarchiver, NestingIsCountedThroughASharedContainer)
 {
     // The root has the shared chain by itself and at the end of another chain.
-    constexpr int shared = 5000;
+    constexpr int shared = 1500;
     constexpr int depth = PropertyList::Limits::depth;
     for (const bool sharedFirst : {true, false}) {
         for (const int levels : {depth, depth + 1}) {

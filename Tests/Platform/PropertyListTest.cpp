@@ -3,6 +3,7 @@
 
 #include "Platform/PropertyList.h"
 
+#include "Platform/KeyedArchiver.h"
 #include "Platform/PropertyListVariant.h"
 #include "Tests/Platform/BinaryDocument.h"
 
@@ -80,7 +81,8 @@ TEST_P(PropertyListForms, StringsOfEveryLengthAroundTheCountMarker)
         expectRoundTrip(QString(length, u'a'));
         expectRoundTrip(QString(length, u'ä'));
         expectRoundTrip(QByteArray(length, 'd'));
-        expectRoundTrip(QVariantMap{{QString(length, u'k'), QString(length, u'€')}});
+        const int keyLength = std::min(length, int(PropertyList::Limits::keySize));
+        expectRoundTrip(QVariantMap{{QString(keyLength, u'k'), QString(length, u'€')}});
     }
     expectRoundTrip(QStringLiteral("a\U0001F4C1b"));
     expectRoundTrip(QStringLiteral(" <&>\"' ]]> \t\n\r\r\n end "));
@@ -119,6 +121,54 @@ TEST_P(PropertyListForms, WhatIsNoPropertyListIsRefusedAsAWhole)
     EXPECT_FALSE(
         PropertyList::write(QVariantList{QStringLiteral("good"), QVariant(QPoint(1, 2))}, GetParam()));
     EXPECT_FALSE(PropertyList::write(QVariant(QDateTime()), GetParam()));
+}
+
+TEST_P(PropertyListForms, AKeyOverTheLimitIsRefusedByReadersAndWriters)
+{
+    for (const char16_t character : {u'k', u'€'}) {
+        const QString key(PropertyList::Limits::keySize, character);
+        expectRoundTrip(QVariantMap{{key, true}});
+        const QVariantMap over{{key + QChar(character), true}};
+        const PropertyList::WriteResult written = PropertyList::write(over, GetParam());
+        EXPECT_FALSE(written);
+        EXPECT_FALSE(written.error.isEmpty());
+        EXPECT_FALSE(KeyedArchiver::archivedDataWithRootObject(over));
+    }
+    const QByteArray over(PropertyList::Limits::keySize + 1, 'k');
+    BinaryDocument document;
+    const BinaryDocument::Ref top = document.dictionary({document.string(over)}, {document.boolean(true)});
+    EXPECT_FALSE(PropertyList::read(document.bytes(top)));
+    EXPECT_FALSE(PropertyList::read("<dict><key>" + over + "</key><true/></dict>"));
+}
+
+TEST(PropertyList, WhatIsSharedIsWrittenOnceAndReadAsOne)
+{
+    constexpr int references = 1000;
+    const QByteArray data(100'000, 'd');
+    const QString text(100'000, u't');
+    const QVariant array = QVariantList(50, QVariantMap{{QStringLiteral("a"), data}});
+    const QVariantMap entry{{QStringLiteral("data"), data}, {QStringLiteral("text"), text}};
+    QVariantMap value{{QStringLiteral("array"), array}};
+    for (int i = 0; i < references; ++i)
+        value.insert(QString::number(i), i % 2 == 0 ? QVariant(entry) : QVariant(QVariantList{data, text}));
+    for (const PropertyList::WriteResult &written :
+         {PropertyList::write(value), KeyedArchiver::archivedDataWithRootObject(value)}) {
+        ASSERT_TRUE(written) << qPrintable(written.error);
+        EXPECT_LT(written.bytes->size(), 300'000);
+    }
+    const PropertyList::ReadResult read = PropertyList::read(*PropertyList::write(value).bytes);
+    ASSERT_TRUE(read);
+    const QVariantMap entries = read.value->toMap();
+    const QByteArray first =
+        entries.value(QStringLiteral("0")).toMap().value(QStringLiteral("data")).toByteArray();
+    const QByteArray second = entries.value(QStringLiteral("1")).toList().constFirst().toByteArray();
+    EXPECT_EQ(first, data);
+    EXPECT_EQ(static_cast<const void *>(first.constData()), static_cast<const void *>(second.constData()));
+    // XML has no way to share: it would be 233 MB.
+    const PropertyList::WriteResult xml = PropertyList::write(value, Form::XML);
+    EXPECT_FALSE(xml);
+    EXPECT_FALSE(xml.error.isEmpty());
+    EXPECT_TRUE(PropertyList::write(array, Form::XML));
 }
 
 TEST(PropertyList, ARealBeyondTheRangeOfADoubleIsInfinityAndOneBelowItIsZero)
