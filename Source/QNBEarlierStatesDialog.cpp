@@ -4,10 +4,10 @@
 #include "Source/QNBEarlierStatesDialog.h"
 
 #include "Platform/LineText.h"
+#include "Toolkit/PlainText.h"
 
 #include <QDialogButtonBox>
 #include <QFontMetrics>
-#include <QLabel>
 #include <QListWidget>
 #include <QLocale>
 #include <QPlainTextEdit>
@@ -52,12 +52,11 @@ QNBEarlierStatesDialog::QNBEarlierStatesDialog(const QList<QNBEarlierState> &sta
     const int line = metrics.lineSpacing();
     const int width = comfortableWidth * metrics.averageCharWidth();
 
-    auto *explanation =
-        new QLabel(states_.isEmpty()
-                       ? tr("There are no earlier states yet. They are kept when changes are saved.")
-                       : tr("The list of presets gives way to the one that you choose. You can undo this."),
-                   this);
-    explanation->setTextFormat(Qt::PlainText);
+    QLabel *explanation = PlainText::label(
+        states_.isEmpty()
+            ? tr("There are no earlier states yet. They are kept when changes are saved.")
+            : tr("The list of presets gives way to the one that you choose. You can undo this."),
+        this);
     explanation->setWordWrap(true);
     explanation->setMinimumWidth(width);
 

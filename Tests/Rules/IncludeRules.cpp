@@ -23,15 +23,23 @@ const QString paneContract = QStringLiteral("Toolkit/PreferencePane.h");
 const QString plainText = QStringLiteral("Toolkit/PlainText.h");
 
 /// The classes of Source that the programs without a pane share.
-const QStringList coreClasses = {
-    QStringLiteral("HJSLoginItemController"), QStringLiteral("NSURL"),
-    QStringLiteral("QNBChildNames"),          QStringLiteral("QNBDraggedItem"),
-    QStringLiteral("QNBFolderMenu"),          QStringLiteral("QNBHierarchyDepth"),
-    QStringLiteral("QNBHierarchyItem"),       QStringLiteral("QNBItemStep"),
-    QStringLiteral("QNBLowerCase"),           QStringLiteral("QNBPermissions"),
-    QStringLiteral("QNBPresetFile"),          QStringLiteral("QNBPresetImport"),
-    QStringLiteral("QNBPresetRecord"),        QStringLiteral("QNBSettingsStore"),
-    QStringLiteral("QNBSupportFiles"),        QStringLiteral("QNBUniqueName")};
+const QStringList coreClasses = {QStringLiteral("HJSLoginItemController"),
+                                 QStringLiteral("NSURL"),
+                                 QStringLiteral("QNBChildNames"),
+                                 QStringLiteral("QNBDraggedItem"),
+                                 QStringLiteral("QNBEarlierStates"),
+                                 QStringLiteral("QNBFolderMenu"),
+                                 QStringLiteral("QNBHierarchyDepth"),
+                                 QStringLiteral("QNBHierarchyItem"),
+                                 QStringLiteral("QNBItemStep"),
+                                 QStringLiteral("QNBLowerCase"),
+                                 QStringLiteral("QNBPermissions"),
+                                 QStringLiteral("QNBPresetFile"),
+                                 QStringLiteral("QNBPresetImport"),
+                                 QStringLiteral("QNBPresetRecord"),
+                                 QStringLiteral("QNBSettingsStore"),
+                                 QStringLiteral("QNBSupportFiles"),
+                                 QStringLiteral("QNBUniqueName")};
 
 const QMap<QString, QStringList> allowedRooms = {
     {platform, {platform}},

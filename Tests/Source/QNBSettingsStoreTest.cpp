@@ -1,53 +1,11 @@
 // SPDX-FileCopyrightText: Quenby contributors
 // SPDX-License-Identifier: MIT
 
-#include "Source/QNBSettingsStore.h"
+#include "QNBSettingsStoreFixture.h"
 
-#include <QDir>
-#include <QFile>
-#include <QTemporaryDir>
-#include <gtest/gtest.h>
+#include <algorithm>
 
 namespace {
-
-const QString domain = QStringLiteral("org.quenby.Quenby");
-
-QVariantMap item(const QString &name)
-{
-    return {{QStringLiteral("filename"), name}};
-}
-
-QVariantMap record(const QString &label)
-{
-    return {{QNBPresetKey::label, label},
-            {QNBPresetKey::fileHierarchy,
-             QVariantMap{{QStringLiteral("isFolder"), true},
-                         {QStringLiteral("permissions"), QStringLiteral("764")},
-                         {QStringLiteral("children"), QVariantList{item(QStringLiteral("inside"))}}}}};
-}
-
-void writeFile(const QString &path, const QByteArray &bytes)
-{
-    ASSERT_TRUE(QDir().mkpath(QFileInfo(path).path()));
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    ASSERT_EQ(file.write(bytes), bytes.size());
-}
-
-void writePropertyList(const QString &path, const QVariant &value)
-{
-    const PropertyList::WriteResult written = PropertyList::write(value, PropertyList::Form::XML);
-    ASSERT_TRUE(written) << qPrintable(written.error);
-    writeFile(path, *written.bytes);
-}
-
-QStringList labels(const QNBSettings &settings)
-{
-    QStringList result;
-    for (const QNBPresetRecordPtr &preset : settings.presets)
-        result << preset->label();
-    return result;
-}
 
 bool containsKey(const QVariant &value, const QString &key)
 {
@@ -60,67 +18,11 @@ bool containsKey(const QVariant &value, const QString &key)
            std::any_of(map.begin(), map.end(), [&](const QVariant &v) { return containsKey(v, key); });
 }
 
-} // namespace
-
-/// A domain and a pane bundle with default presets, in a temporary folder.
-class QNBSettingsStoreTest : public ::testing::Test
+class QNBSettingsStoreTest : public QNBSettingsStoreFixture
 {
-protected:
-    void SetUp() override
-    {
-        ASSERT_TRUE(folder_.isValid());
-        const QString contents = folder_.filePath(QStringLiteral("Quenby.prefPane/Contents"));
-        writePropertyList(contents + QStringLiteral("/Info.plist"),
-                          QVariantMap{{QStringLiteral("CFBundleIdentifier"), domain},
-                                      {QStringLiteral("CFBundleShortVersionString"), QStringLiteral("1.2")}});
-        writePropertyList(
-            resource(QStringLiteral("DefaultPresets.plist")),
-            QVariantList{record(QStringLiteral("Default A")), record(QStringLiteral("Default B"))});
-    }
-
-    QString resource(const QString &name) const
-    {
-        return folder_.filePath(QStringLiteral("Quenby.prefPane/Contents/Resources/")) + name;
-    }
-    std::optional<Bundle> bundle() const
-    {
-        return Bundle::bundleWithPath(folder_.filePath(QStringLiteral("Quenby.prefPane")));
-    }
-    Preferences::Options options() const
-    {
-        Preferences::Options result;
-        result.folder = folder_.path();
-        result.lockFolder = folder_.path();
-        return result;
-    }
-    QString domainPath() const { return folder_.filePath(domain + QStringLiteral(".plist")); }
-    QVariantMap domainOnDisk() const
-    {
-        QFile file(domainPath());
-        EXPECT_TRUE(file.open(QIODevice::ReadOnly));
-        const PropertyList::ReadResult result = PropertyList::read(file.readAll());
-        EXPECT_TRUE(result) << qPrintable(result.error);
-        return result.value.value_or(QVariant()).toMap();
-    }
-    QNBSettings readSettings() const
-    {
-        Preferences preferences(domain, options());
-        QNBSettings settings;
-        EXPECT_TRUE(QNBSettingsStore::read(preferences, bundle(), settings));
-        return settings;
-    }
-    Result<> writeSettings(const QNBSettings &settings) const
-    {
-        Preferences preferences(domain, options());
-        return QNBSettingsStore::write(preferences, settings);
-    }
-    QStringList keptAside() const
-    {
-        return QDir(folder_.path()).entryList({QStringLiteral("*.plist.before-*")}, QDir::Files);
-    }
-
-    QTemporaryDir folder_;
 };
+
+} // namespace
 
 TEST_F(QNBSettingsStoreTest, FirstRunWithAnEmptyDomainLoadsTheDefaultPresets)
 {
@@ -253,103 +155,6 @@ TEST_F(QNBSettingsStoreTest, WritingKeepsTheOrderAndStoresTheOptions)
     EXPECT_FALSE(again.showMenubar);
     EXPECT_EQ(again.shortcutCombo, settings.shortcutCombo);
     EXPECT_EQ(domainOnDisk().value(QNBPreferenceKey::hotKeyCode).typeId(), QMetaType::LongLong);
-}
-
-TEST_F(QNBSettingsStoreTest, ReadingSeesWhatAnotherProgramHasSavedSince)
-{
-    Preferences preferences(domain, options());
-    QNBSettings settings;
-    ASSERT_TRUE(writeSettings(readSettings()));
-    ASSERT_TRUE(QNBSettingsStore::read(preferences, bundle(), settings));
-    EXPECT_EQ(settings.presets.size(), 2);
-    ASSERT_TRUE(writeSettings(QNBSettings()));
-    ASSERT_TRUE(QNBSettingsStore::read(preferences, bundle(), settings));
-    EXPECT_TRUE(settings.presets.isEmpty());
-}
-
-TEST_F(QNBSettingsStoreTest, WhatCannotBeReadIsNeitherAFirstRunNorSavedOver)
-{
-    // As with a home that is not mounted yet.
-    const QString elsewhere = folder_.filePath(QStringLiteral("home"));
-    ASSERT_TRUE(QFile::link(elsewhere + QStringLiteral("/target.plist"), domainPath()));
-    Preferences preferences(domain, options());
-    QNBSettings settings;
-    EXPECT_FALSE(QNBSettingsStore::read(preferences, bundle(), settings));
-    EXPECT_FALSE(preferences.hasPendingValues()) << "nobody knows that a key is absent";
-    EXPECT_FALSE(QNBSettingsStore::write(preferences, settings));
-
-    ASSERT_TRUE(QDir().mkpath(elsewhere));
-    writePropertyList(
-        elsewhere + QStringLiteral("/target.plist"),
-        QVariantMap{{QNBPreferenceKey::presetsStored, QVariantMap{{QStringLiteral("loaded"), true}}},
-                    {QNBPreferenceKey::presets, QVariantList{record(QStringLiteral("Mine"))}}});
-    const QVariantMap mine = domainOnDisk();
-    EXPECT_FALSE(QNBSettingsStore::write(preferences, settings)) << "still unread";
-    EXPECT_EQ(domainOnDisk(), mine);
-    Preferences again(domain, options());
-    ASSERT_TRUE(QNBSettingsStore::read(again, bundle(), settings));
-    EXPECT_EQ(labels(settings), QStringList{QStringLiteral("Mine")});
-}
-
-TEST_F(QNBSettingsStoreTest, ASecondSaveOfTheSameLeavesTheBackupAsItWas)
-{
-    QNBSettings settings = readSettings();
-    ASSERT_TRUE(writeSettings(settings));
-    const QVariantMap first = domainOnDisk();
-    settings.presets.removeLast();
-    for (int save = 0; save < 2; ++save)
-        ASSERT_TRUE(writeSettings(settings));
-    QFile backup(domainPath() + QStringLiteral(".backup"));
-    ASSERT_TRUE(backup.open(QIODevice::ReadOnly));
-    const QByteArray bytes = backup.readAll();
-    EXPECT_EQ(PropertyList::read(bytes).value, QVariant(first));
-    const auto presets = QNBSettingsStore::presetsOf(bytes);
-    ASSERT_TRUE(presets) << qPrintable(presets.error);
-    ASSERT_EQ(presets->size(), 2);
-    EXPECT_EQ((*presets)[1]->label(), QStringLiteral("Default B"));
-}
-
-TEST_F(QNBSettingsStoreTest, ADomainOfTheFirstVersionIsWrittenAnewOnlyWhenItChanges)
-{
-    ASSERT_TRUE(QFile::copy(QStringLiteral(QUENBY_MODEL_TEST_DATA "/first-version.plist"), domainPath()));
-    QFile file(domainPath());
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    const QByteArray before = file.readAll();
-    file.close();
-    QFile backup(domainPath() + QStringLiteral(".backup"));
-    const auto contentIs = [](QFile &opened, const QByteArray &bytes) {
-        const bool isSame = opened.open(QIODevice::ReadOnly) && opened.readAll() == bytes;
-        opened.close();
-        return isSame;
-    };
-
-    Preferences preferences(domain, options());
-    QNBSettings settings;
-    ASSERT_TRUE(QNBSettingsStore::read(preferences, bundle(), settings));
-    EXPECT_EQ(settings.presets.size(), 6);
-    for (int save = 0; save < 2; ++save)
-        ASSERT_TRUE(QNBSettingsStore::write(preferences, settings));
-    EXPECT_TRUE(contentIs(file, before));
-    EXPECT_FALSE(backup.exists());
-    settings.presets.removeFirst();
-    for (int save = 0; save < 2; ++save)
-        ASSERT_TRUE(QNBSettingsStore::write(preferences, settings));
-    EXPECT_EQ(readSettings().presets.size(), 5);
-    EXPECT_TRUE(contentIs(backup, before));
-    EXPECT_TRUE(keptAside().isEmpty());
-    const auto presets = QNBSettingsStore::presetsOf(before);
-    ASSERT_TRUE(presets);
-    EXPECT_EQ(presets->constFirst()->label(), QStringLiteral("Client Project"));
-}
-
-TEST_F(QNBSettingsStoreTest, AStateWithoutPresetsSaysSo)
-{
-    for (const QByteArray &bytes :
-         {QByteArray(), QByteArray("garbage"), *PropertyList::write(QVariantMap()).bytes}) {
-        const auto presets = QNBSettingsStore::presetsOf(bytes);
-        EXPECT_FALSE(presets);
-        EXPECT_FALSE(presets.error.isEmpty());
-    }
 }
 
 TEST_F(QNBSettingsStoreTest, AMissingDefaultPresetsResourceGivesAnEmptyList)
