@@ -147,7 +147,8 @@ Result<> write(Preferences &preferences, const QNBSettings &settings)
     preferences.setAppValue(QNBPreferenceKey::presets, std::move(presets));
     preferences.setAppValue(QNBPreferenceKey::showMenubar, settings.showMenubar);
     preferences.setAppValue(QNBPreferenceKey::hotKeyCode, qlonglong(settings.shortcutCombo.code));
-    preferences.setAppValue(QNBPreferenceKey::hotKeyFlags, qulonglong(settings.shortcutCombo.flags));
+    // Signed, as they are read: all 64 bits come back.
+    preferences.setAppValue(QNBPreferenceKey::hotKeyFlags, qlonglong(settings.shortcutCombo.flags));
     return preferences.appSynchronize();
 }
 

@@ -1,6 +1,8 @@
 // SPDX-FileCopyrightText: Quenby contributors
 // SPDX-License-Identifier: MIT
 
+#include "Tests/Fuzz/RandomRecords.h"
+
 #include <QDir>
 #include <QFile>
 #include <cstdint>
@@ -8,8 +10,17 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size);
 
-/// Gives every file of the folder to the fuzz target this is linked with, which ends the process if it finds
-/// something.
+/// How many records are made up; the same each time.
+static constexpr unsigned madeUp = 200;
+
+static void run(const QByteArray &bytes)
+{
+    LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t *>(bytes.constData()),
+                           std::size_t(bytes.size()));
+}
+
+/// Gives every file of the folder, and records that are made up, to the fuzz target this is linked with,
+/// which ends the process if it finds something.
 int main(int argc, char **argv)
 {
     const QDir folder(QFile::decodeName(argc == 2 ? argv[1] : ""));
@@ -22,9 +33,14 @@ int main(int argc, char **argv)
         }
         std::printf("%s\n", qPrintable(name));
         std::fflush(stdout); // the last name printed is the one that fails
-        const QByteArray bytes = file.readAll();
-        LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t *>(bytes.constData()),
-                               std::size_t(bytes.size()));
+        run(file.readAll());
+    }
+    for (unsigned seed = 0; seed < madeUp; ++seed) {
+        std::printf("made up from %u\n", seed);
+        std::fflush(stdout);
+        RandomRecords records(seed);
+        run(records.domain());
+        run(records.archive());
     }
     return names.isEmpty() ? 1 : 0;
 }
