@@ -14,11 +14,14 @@ public:
     /// \a reason is a sentence or two for the user.
     explicit ErrorPane(QString reason);
 
+    void setListener(PreferencePaneListener *) override {}
     QWidget *loadMainView() override;
     QWidget *mainView() const override { return view_; }
     void mainViewDidLoad() override {}
     void didSelect() override {}
-    void didUnselect() override {}
+    Result<> didUnselect() override { return {}; }
+    Result<> save() override { return {}; }
+    Result<> saveCopy(const QString &) override { return {}; }
 
 private:
     const QString reason_;

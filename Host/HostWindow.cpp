@@ -4,6 +4,7 @@
 #include "Host/HostWindow.h"
 
 #include "Host/ErrorPane.h"
+#include "Host/LeavingQuestion.h"
 #include "Host/PaneChooser.h"
 #include "Host/PaneLoader.h"
 #include "Host/WindowPlaces.h"
@@ -41,14 +42,16 @@ HostWindow::HostWindow(QWidget *parent)
 
 HostWindow::~HostWindow()
 {
-    leave();
+    // Whoever wants to know has left before.
+    (void)leave();
 }
 
 void HostWindow::showPane(const QString &path)
 {
-    if (session_ && path == panePath_)
+    if ((session_ && path == panePath_) || !mayLeave())
         return;
-    leave();
+    // The user knows.
+    (void)leave();
     panePath_ = path;
     setWindowTitle(PaneLoader::titleOf(path));
     begin(PaneLoader::load(path));
@@ -58,7 +61,7 @@ void HostWindow::showPane(const QString &path)
 
 void HostWindow::showError(const QString &reason)
 {
-    leave();
+    (void)leave();
     setWindowTitle(QCoreApplication::applicationName());
     begin(std::make_unique<ErrorPane>(reason));
 }
@@ -66,6 +69,7 @@ void HostWindow::showError(const QString &reason)
 void HostWindow::begin(std::unique_ptr<PreferencePane> pane)
 {
     session_ = std::make_unique<PaneSession>(std::move(pane));
+    layout_->addWidget(&session_->strip());
     setContent(session_->view());
     restorePlace();
     if (isVisible())
@@ -74,7 +78,7 @@ void HostWindow::begin(std::unique_ptr<PreferencePane> pane)
 
 void HostWindow::showChooser(const QStringList &paths)
 {
-    leave();
+    (void)leave();
     setWindowTitle(tr("Settings"));
     auto chooser = std::make_unique<PaneChooser>(paths);
     // Queued, because the list is still busy with the choice when it goes.
@@ -86,25 +90,35 @@ void HostWindow::showChooser(const QStringList &paths)
 
 void HostWindow::setContent(QWidget *content)
 {
-    layout_->addWidget(content);
+    layout_->addWidget(content, 1);
     content->show();
     if (content->focusProxy())
         content->setFocus();
 }
 
-void HostWindow::leave()
+bool HostWindow::mayLeave()
 {
-    if (session_)
+    return !session_ || LeavingQuestion::mayLeave(*session_, *this);
+}
+
+Result<> HostWindow::leave()
+{
+    Result<> saved;
+    if (session_) {
         savePlace();
+        saved = session_->end();
+    }
     session_.reset();
     chooser_.reset();
     panePath_.clear();
+    return saved;
 }
 
 void HostWindow::leaveWithoutDisplay()
 {
+    // The process ends with a failure in any case.
     if (session_)
-        session_->end();
+        (void)session_->end();
 }
 
 void HostWindow::bringToFront(const QByteArray &activationToken)
@@ -145,7 +159,8 @@ void HostWindow::closeEvent(QCloseEvent *event)
 {
     // Stays on screen until the pane is left, so that closing is not losing the focus first.
     event->ignore();
-    Q_EMIT closing();
+    if (mayLeave())
+        Q_EMIT closing();
 }
 
 void HostWindow::restorePlace()

@@ -22,14 +22,15 @@ public:
     explicit HostWindow(QWidget *parent = nullptr);
     ~HostWindow() override;
 
-    /// Leaves the pane that is shown, if it is another one, and shows the pane at \a path.
+    /// Leaves the pane that is shown, if it is another one, and shows the pane at \a path. The user may keep
+    /// a pane that cannot save.
     void showPane(const QString &path);
     /// Lets the user choose among the panes at \a paths.
     void showChooser(const QStringList &paths);
     /// Shows a page with \a reason.
     void showError(const QString &reason);
-    /// Leaves the pane for good.
-    void leave();
+    /// Leaves the pane for good, and asks nobody. What became of its last save; success without a pane.
+    Result<> leave();
     /// Leaves the pane for good when the display may have gone: its view stays, and so does the noted place.
     void leaveWithoutDisplay();
     /// Before the other windows, with the focus; \a activationToken is the desktop's leave to do that, or
@@ -37,8 +38,8 @@ public:
     void bringToFront(const QByteArray &activationToken);
 
 Q_SIGNALS:
-    /// The user wants the window closed. It and the pane, which may be in the middle of something, are still
-    /// there, until whoever hears this ends the program.
+    /// The user wants the window closed, and the pane has saved or may go without. It and the pane, which may
+    /// be in the middle of something, are still there, until whoever hears this ends the program.
     void closing();
 
 protected:
@@ -47,6 +48,8 @@ protected:
     void closeEvent(QCloseEvent *event) override;
 
 private:
+    /// Whether the pane has saved, or the user lets it go all the same.
+    bool mayLeave();
     void begin(std::unique_ptr<PreferencePane> pane);
     void setContent(QWidget *content);
     void updateIcon();

@@ -18,22 +18,27 @@ Q_LOGGING_CATEGORY(lcSession, "quenby.host.session")
 } // namespace
 
 PaneSession::PaneSession(std::unique_ptr<PreferencePane> pane)
-    : pane_(std::move(pane))
-    , view_(pane_->loadMainView())
+    : strip_(new NoticeStrip)
+    , pane_(std::move(pane))
 {
+    pane_->setListener(strip_);
+    view_ = pane_->loadMainView();
     if (!view_) {
         qCWarning(lcSession) << "the pane made no view";
         pane_ = std::make_unique<ErrorPane>(
             QCoreApplication::translate("PaneSession", "The pane could not make its view."));
         view_ = pane_->loadMainView();
     }
+    strip_->setPane(pane_.get());
     pane_->mainViewDidLoad();
 }
 
 PaneSession::~PaneSession()
 {
-    end();
+    // Whoever wants to know has ended it before.
+    (void)end();
     delete view_;
+    delete strip_;
 }
 
 void PaneSession::select()
@@ -44,9 +49,26 @@ void PaneSession::select()
     pane_->didSelect();
 }
 
-void PaneSession::end()
+Result<> PaneSession::save()
 {
-    if (std::exchange(isSelected_, false))
-        pane_->didUnselect();
+    return pane_ ? pane_->save() : Result<>();
+}
+
+Result<> PaneSession::saveCopy(const QString &path)
+{
+    return pane_ ? pane_->saveCopy(path) : Result<>();
+}
+
+Result<> PaneSession::end()
+{
+    Result<> saved;
+    if (std::exchange(isSelected_, false)) {
+        saved = pane_->didUnselect();
+        // What was in the way may have gone, and this is the last chance.
+        if (!saved)
+            saved = pane_->save();
+    }
+    strip_->setPane(nullptr);
     pane_.reset();
+    return saved;
 }

@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "Toolkit/PreferencePane.h"
+#include "Toolkit/NoticeStrip.h"
 
 #include <memory>
 
@@ -14,19 +14,26 @@ class PaneSession
 public:
     /// Loads the view and tells the pane; a pane without a view gives way to a page that says so.
     explicit PaneSession(std::unique_ptr<PreferencePane> pane);
-    /// Ends the pane if that has not been done, and then its view.
+    /// Ends the pane if that has not been done, and then its view and the strip.
     ~PaneSession();
     PaneSession(const PaneSession &) = delete;
     PaneSession &operator=(const PaneSession &) = delete;
 
     /// Never null. Belongs to the session, whoever shows it.
     QWidget *view() const { return view_; }
+    /// What the pane says of itself, for the place above its view. Belongs to the session too.
+    NoticeStrip &strip() const { return *strip_; }
     /// The view is on screen now; does nothing if it was before.
     void select();
-    /// Leaves the pane if it is selected, and ends it; the view stays until the session goes.
-    void end();
+    /// Has the pane save, or write to \a path what it would save; success when the pane has ended.
+    Result<> save();
+    Result<> saveCopy(const QString &path);
+    /// Leaves the pane if it is selected, and ends it; the view stays until the session goes. What became of
+    /// the last save, which is tried twice; success if there was none.
+    Result<> end();
 
 private:
+    NoticeStrip *const strip_;
     std::unique_ptr<PreferencePane> pane_;
     QWidget *view_ = nullptr;
     bool isSelected_ = false;

@@ -125,10 +125,12 @@ int main(int argc, char **argv)
         return requested ? EXIT_SUCCESS : EXIT_FAILURE;
 
     HostWindow window;
+    bool hasSaved = true;
     const auto leave = [&] {
         // From now on a new start waits for the end of this one, and reads what it has saved.
         guard.close();
-        window.leave();
+        if (!window.leave())
+            hasSaved = false;
     };
     // Ends every event loop, also those of modal panels in the pane; the pane is left when none of its code
     // is running any more.
@@ -166,5 +168,5 @@ int main(int argc, char **argv)
         exitLimit);
     const int result = QApplication::exec();
     leave();
-    return result;
+    return result == EXIT_SUCCESS && !hasSaved ? EXIT_FAILURE : result;
 }

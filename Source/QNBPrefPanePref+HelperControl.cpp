@@ -101,12 +101,12 @@ void QNBPrefPanePref::dummyAction() {}
 
 void QNBPrefPanePref::toggleMenubar()
 {
-    writePreferences();
+    (void)writePreferences();
 }
 
 void QNBPrefPanePref::shortcutRecorderKeyComboDidChange(const KeyComboRecorder &, const KeyCombo &)
 {
-    writePreferences();
+    (void)writePreferences();
 }
 
 void QNBPrefPanePref::scheduleOfferToInstallCMM()

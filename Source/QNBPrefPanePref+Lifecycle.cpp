@@ -93,19 +93,25 @@ void QNBPrefPanePref::didSelect()
     connect(qGuiApp, &QGuiApplication::focusWindowChanged, this, &QNBPrefPanePref::focusWindowChanged);
 }
 
-void QNBPrefPanePref::didUnselect()
+Result<> QNBPrefPanePref::didUnselect()
 {
     _isSelected = false;
     disconnect(qGuiApp, &QGuiApplication::focusWindowChanged, this, &QNBPrefPanePref::focusWindowChanged);
     endEditing();
     keepChildNamesOf(nullptr);
-    writePreferences();
+    return writePreferences();
+}
+
+Result<> QNBPrefPanePref::save()
+{
+    endEditing();
+    return writePreferences();
 }
 
 void QNBPrefPanePref::windowDidResignKey()
 {
-    endEditing();
-    writePreferences();
+    // The listener has heard of a failure.
+    (void)save();
 }
 
 void QNBPrefPanePref::focusWindowChanged(QWindow *window)

@@ -62,31 +62,46 @@ void QNBPrefPanePref::showSettings()
     _ui_shortcutRecorderControl->setKeyCombo({.flags = shortcutCombo.flags, .code = shortcutCombo.code});
 }
 
-void QNBPrefPanePref::writePreferences()
+QNBSettings QNBPrefPanePref::shownSettings() const
 {
-    if (!_mainView)
-        return;
-    if (_standsIn) {
-        const Result<> caughtUp = catchUpWithStored();
-        _lastSaveFailed = !caughtUp;
-        if (!caughtUp) {
-            qCCritical(lcPane) << "nothing is saved over settings that could not be read:"
-                               << _services.preferences->path() << caughtUp.error;
-            return;
-        }
-    }
     const KeyCombo combo = _ui_shortcutRecorderControl->keyCombo();
     QNBSettings settings;
     settings.showMenubar = _ui_showMenubar->checkState() == Qt::Checked;
     settings.shortcutCombo = {.flags = combo.flags, .code = combo.code};
     settings.presets = shownPresets();
+    return settings;
+}
 
-    const Result<> saved = QNBSettingsStore::write(*_services.preferences, settings);
-    _lastSaveFailed = !saved;
+Result<> QNBPrefPanePref::writePreferences()
+{
+    if (!_mainView)
+        return {};
+    if (_standsIn) {
+        if (Result<> caughtUp = catchUpWithStored(); !caughtUp) {
+            qCCritical(lcPane) << "nothing is saved over settings that could not be read:"
+                               << _services.preferences->path() << caughtUp.error;
+            if (_listener)
+                _listener->saved(caughtUp);
+            return caughtUp;
+        }
+    }
+    const Result<> saved = QNBSettingsStore::write(*_services.preferences, shownSettings());
     if (!saved)
         qCCritical(lcPane) << "the settings could not be saved, and will be with the next save:"
                            << _services.preferences->path() << saved.error;
+    if (_listener)
+        _listener->saved(saved);
     notifyPresetsChanged();
+    return saved;
+}
+
+Result<> QNBPrefPanePref::saveCopy(const QString &path)
+{
+    if (!_mainView)
+        return {};
+    const EncodedPreference settings = QNBSettingsStore::encode(shownSettings());
+    const PropertyList::WriteResult copy = settings.writer.finish(settings.top);
+    return copy ? DurableFileWriter().write(path, *copy.bytes) : Result<>::failure(copy.error);
 }
 
 void QNBPrefPanePref::notifyPresetsChanged()

@@ -57,11 +57,6 @@ QNBPrefPanePref::~QNBPrefPanePref()
         for (QNBHoverButton *button : std::as_const(_hoverButtons))
             button->setDelegate(nullptr);
     }
-    if (!_lastSaveFailed || !_services.preferences->hasPendingValues())
-        return;
-    if (const Result<> saved = _services.preferences->appSynchronize(); !saved)
-        qCCritical(lcPane) << "the settings could not be saved:" << _services.preferences->path()
-                           << saved.error;
 }
 
 std::optional<Bundle> QNBPrefPanePref::ourBundle(const QList<Bundle> &allBundles)

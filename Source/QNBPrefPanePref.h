@@ -114,11 +114,15 @@ public:
     /// The first of \a allBundles with the product's identifier.
     static std::optional<Bundle> ourBundle(const QList<Bundle> &allBundles);
 
+    void setListener(PreferencePaneListener *listener) override { _listener = listener; }
     QWidget *loadMainView() override;
     QWidget *mainView() const override { return _mainView; }
     void mainViewDidLoad() override;
     void didSelect() override;
-    void didUnselect() override;
+    Result<> didUnselect() override;
+    Result<> save() override;
+    /// The same keys and values as in the domain: the file could take its place.
+    Result<> saveCopy(const QString &path) override;
 
     /// Commits what is being typed, then saves.
     void windowDidResignKey();
@@ -293,7 +297,10 @@ private:
     void takeSettings(const QNBSettings &settings);
     void showSettings();
     Result<> catchUpWithStored();
-    void writePreferences();
+    /// The presets as they are shown, and what the controls say.
+    QNBSettings shownSettings() const;
+    /// Also tells the listener, and all other programs, that it was done; of a failure too.
+    Result<> writePreferences();
     void notifyPresetsChanged();
 
     // Menus of content files and scripts
@@ -366,13 +373,13 @@ private:
     bool isEditingName() const;
 
     Services _services;
+    PreferencePaneListener *_listener = nullptr;
     QPointer<QWidget> _mainView;
     QHash<QString, QObject *> _outlets;
     QHash<QString, QIcon> _images;
     /// The window with the keyboard as last heard; compared, never followed.
     const QWindow *_keyWindow = nullptr;
     bool _isSelected = false;
-    bool _lastSaveFailed = false;
     /// What is shown stands in for settings that could not be read.
     bool _standsIn = false;
     bool _descriptionPaneIsPlaced = false;

@@ -9,6 +9,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QLoggingCategory>
+#include <array>
 
 Q_LOGGING_CATEGORY(lcStore, "quenby.store")
 
@@ -60,6 +61,16 @@ void keepAside(Preferences &preferences, const QStringList &losses)
     qCWarning(lcStore) << preferences.path() << losses;
     if (const Result<> kept = preferences.keepAsideCopy(losses.join(QStringLiteral("; "))); !kept)
         qCWarning(lcStore) << "no copy of the domain could be kept aside:" << kept.error;
+}
+
+BinaryPropertyListWriter::Ref encodePresets(const QList<QNBPresetRecordPtr> &presets,
+                                            BinaryPropertyListWriter &writer)
+{
+    std::vector<BinaryPropertyListWriter::Ref> records;
+    records.reserve(static_cast<std::size_t>(presets.size()));
+    for (const QNBPresetRecordPtr &record : presets)
+        records.push_back(record->encode(writer));
+    return writer.array(records);
 }
 
 void readHotKey(const Preferences &preferences, QNBKeyCombo &combo)
@@ -136,12 +147,7 @@ Result<> write(Preferences &preferences, const QNBSettings &settings)
     keepAside(preferences, takeLosses(settings.presets));
 
     EncodedPreference presets;
-    std::vector<BinaryPropertyListWriter::Ref> records;
-    records.reserve(static_cast<std::size_t>(settings.presets.size()));
-    for (const QNBPresetRecordPtr &record : settings.presets)
-        records.push_back(record->encode(presets.writer));
-    presets.top = presets.writer.array(records);
-
+    presets.top = encodePresets(settings.presets, presets.writer);
     preferences.setAppValue(QNBPreferenceKey::presetsStored,
                             QVariantMap{{QNBPreferenceKey::presetsStoredLoaded, true}});
     preferences.setAppValue(QNBPreferenceKey::presets, std::move(presets));
@@ -177,6 +183,22 @@ QList<QNBPresetRecordPtr> defaultPresets(const std::optional<Bundle> &bundle)
     if (!losses.isEmpty())
         qCWarning(lcStore) << "default presets:" << losses;
     return presets;
+}
+
+EncodedPreference encode(const QNBSettings &settings)
+{
+    EncodedPreference all;
+    BinaryPropertyListWriter &writer = all.writer;
+    const std::array keys{
+        writer.string(QNBPreferenceKey::presetsStored), writer.string(QNBPreferenceKey::presets),
+        writer.string(QNBPreferenceKey::showMenubar), writer.string(QNBPreferenceKey::hotKeyCode),
+        writer.string(QNBPreferenceKey::hotKeyFlags)};
+    const std::array values{writer.value(QVariantMap{{QNBPreferenceKey::presetsStoredLoaded, true}}),
+                            encodePresets(settings.presets, writer), writer.boolean(settings.showMenubar),
+                            writer.integer(settings.shortcutCombo.code),
+                            writer.integer(qlonglong(settings.shortcutCombo.flags))};
+    all.top = writer.dictionary(keys, values);
+    return all;
 }
 
 QVariant configValueForKey(const std::optional<Bundle> &bundle, const QString &key)

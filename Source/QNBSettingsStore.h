@@ -58,6 +58,9 @@ Result<> write(Preferences &preferences, const QNBSettings &settings);
 /// failure.
 Result<QList<QNBPresetRecordPtr>> presetsOf(const QByteArray &domain);
 
+/// The same keys and values in one dictionary, which is what a domain with nothing else in it holds.
+EncodedPreference encode(const QNBSettings &settings);
+
 /// The value of \a key in the bundle's information property list. A parse failure is logged; invalid then, as
 /// without a bundle or key.
 QVariant configValueForKey(const std::optional<Bundle> &bundle, const QString &key);

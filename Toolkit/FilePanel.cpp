@@ -29,7 +29,13 @@ QStringList FilePanel::run(QWidget *parent) const
     // Held by a pointer because its window may go, and the dialog with it, while the user looks around.
     const QPointer<QFileDialog> dialog = new QFileDialog(parent, lineText(title), existingFolder(folder));
     dialog->setWindowModality(parent ? Qt::WindowModal : Qt::ApplicationModal);
-    dialog->setFileMode(kind == Kind::Files ? QFileDialog::ExistingFiles : QFileDialog::Directory);
+    if (kind == Kind::NewFile) {
+        dialog->setFileMode(QFileDialog::AnyFile);
+        dialog->setAcceptMode(QFileDialog::AcceptSave);
+        dialog->selectFile(QFileInfo(folder).fileName());
+    } else {
+        dialog->setFileMode(kind == Kind::Files ? QFileDialog::ExistingFiles : QFileDialog::Directory);
+    }
     dialog->setOption(QFileDialog::ShowDirsOnly, kind == Kind::Folder);
     dialog->setLabelText(QFileDialog::Accept, acceptButton);
     if (!nameFilters.isEmpty())

@@ -17,13 +17,15 @@ struct FilePanel
         Files,
         /// One existing folder, or a new one that the user makes on the way.
         Folder,
+        /// One file to be written, which need not exist; the user has agreed to replace one that does.
+        NewFile,
     };
 
     Kind kind = Kind::Files;
     QString title;
     /// What the button says that ends the choice.
     QString acceptButton;
-    /// Where the choice starts.
+    /// Where the choice starts; of a new file, the path that is suggested.
     QString folder;
     /// As in "Texts (*.txt)"; the first one counts until the user takes another.
     QStringList nameFilters = {};

@@ -235,6 +235,18 @@ TEST_F(HostProgramTest, AnExitFromWithinAPanelsLoopLeavesThePane)
     EXPECT_TRUE(record().endsWith("didSelect\nasking\ndidUnselect\ndestroyed\n")) << record().constData();
 }
 
+TEST_F(HostProgramTest, EndedByASignalItSaysThatItCouldNotSave)
+{
+    setBehaviour(QStringLiteral("fail to save"));
+    ChildProcess host(program(), {}, environment_);
+    ASSERT_TRUE(waitForRecord("didSelect"));
+    host.signal(SIGTERM);
+    ASSERT_TRUE(host.waitForEnd()) << "nobody is asked";
+    EXPECT_TRUE(host.hasReturned(1));
+    EXPECT_EQ(record(), "created\nloadMainView\nmainViewDidLoad\ndidSelect\n"
+                        "didUnselect\nsave\ndestroyed\nview destroyed\n");
+}
+
 TEST_F(HostProgramTest, UnderNohupTheEndOfTheTerminalIsIgnored)
 {
     ChildProcess host(QStringLiteral("nohup"), {program()}, environment_);

@@ -6,13 +6,18 @@
 #include "Tests/Host/TestBundle.h"
 #include "Tests/Session/ChildProcess.h"
 
+#include <QAbstractButton>
+#include <QApplication>
 #include <QDir>
 #include <QFile>
+#include <QFileDialog>
 #include <QLabel>
 #include <QListWidget>
+#include <QMessageBox>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTimer>
 
 #include <gtest/gtest.h>
 #include <optional>
@@ -35,6 +40,7 @@ protected:
     {
         window_.reset();
         qunsetenv("QUENBY_TEST_RECORD");
+        qunsetenv("QUENBY_TEST_BEHAVIOUR");
         qputenv("XDG_STATE_HOME", stateHome_);
     }
 
@@ -55,8 +61,38 @@ protected:
         ASSERT_TRUE(QTest::qWaitForWindowExposed(&*window_));
     }
 
+    /// Closes the window of a pane that cannot save, and presses the button that \a answers names next,
+    /// again and again. Whether the window closes.
+    bool closesWith(QStringList answers)
+    {
+        qputenv("QUENBY_TEST_BEHAVIOUR", "fail to save");
+        QSignalSpy closing(&*window_, &HostWindow::closing);
+        QTimer poll;
+        QObject::connect(&poll, &QTimer::timeout, &poll, [&] {
+            auto *const box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
+            if (!box || answers.isEmpty())
+                return;
+            questions_ << box->informativeText();
+            const QString answer = answers.takeFirst();
+            for (QAbstractButton *button : box->buttons()) {
+                if (QString(button->text()).remove(u'&') == answer) {
+                    button->click();
+                    return;
+                }
+            }
+            ADD_FAILURE() << qPrintable(answer);
+            box->reject();
+        });
+        poll.start(1);
+        window_->close();
+        EXPECT_TRUE(answers.isEmpty());
+        return closing.count() == 1;
+    }
+
     const QTemporaryDir folder_;
     std::optional<HostWindow> window_;
+    /// What the user was told when asked.
+    QStringList questions_;
 
 private:
     const QByteArray stateHome_;
@@ -74,7 +110,7 @@ TEST_F(HostWindowTest, SelectsThePaneWhenItIsShownAndLeavesItOnce)
     window_->hide();
     window_->show();
     EXPECT_EQ(record(), "");
-    window_->leave();
+    EXPECT_TRUE(window_->leave());
     EXPECT_EQ(record(), "didUnselect\ndestroyed\nview destroyed\n");
     window_.reset();
     EXPECT_EQ(record(), "");
@@ -88,7 +124,7 @@ TEST_F(HostWindowTest, LeavesOnePaneBeforeItShowsAnother)
     window_->showPane(panePath());
     EXPECT_EQ(record(), "");
     window_->showPane(otherPanePath());
-    EXPECT_EQ(record(), "didUnselect\ndestroyed\nview destroyed\n"
+    EXPECT_EQ(record(), "save\ndidUnselect\ndestroyed\nview destroyed\n"
                         "created\nloadMainView\nmainViewDidLoad\ndidSelect\n");
     EXPECT_EQ(window_->windowTitle(), QStringLiteral("Other title"));
 }
@@ -169,4 +205,65 @@ TEST_F(HostWindowTest, ADamagedStateFileIsNoObstacle)
     window_->showPane(panePath());
     showWindow();
     EXPECT_GE(window_->width(), 500);
+}
+
+TEST_F(HostWindowTest, AWindowWhosePaneCannotSaveAsksBeforeItCloses)
+{
+    window_->showPane(panePath());
+    showWindow();
+    EXPECT_FALSE(closesWith({QStringLiteral("Try Again"), QStringLiteral("Cancel")}));
+    EXPECT_EQ(questions_, QStringList(2, QStringLiteral("The reason is: No room.")));
+    EXPECT_TRUE(record().endsWith("save\nsave\n"));
+    EXPECT_TRUE(closesWith({QStringLiteral("Close Without Saving")}));
+
+    qunsetenv("QUENBY_TEST_BEHAVIOUR");
+    QSignalSpy closing(&*window_, &HostWindow::closing);
+    window_->close();
+    EXPECT_EQ(closing.count(), 1) << "saved, it closes unasked";
+}
+
+TEST_F(HostWindowTest, TheUserMayKeepAPaneThatCannotSaveFromBeingReplaced)
+{
+    window_->showPane(panePath());
+    showWindow();
+    qputenv("QUENBY_TEST_BEHAVIOUR", "fail to save");
+    QTimer poll;
+    QObject::connect(&poll, &QTimer::timeout, &poll, [] {
+        if (auto *const box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget()))
+            box->reject();
+    });
+    poll.start(1);
+    window_->showPane(otherPanePath());
+    EXPECT_EQ(window_->windowTitle(), QStringLiteral("Recording"));
+    EXPECT_FALSE(window_->leave());
+}
+
+TEST_F(HostWindowTest, ACopyIsSavedWhereTheUserSaysAndTheQuestionComesAgain)
+{
+    window_->showPane(panePath());
+    showWindow();
+    QStringList paths{folder_.filePath(QStringLiteral("nowhere/copy")),
+                      folder_.filePath(QStringLiteral("copy"))};
+    QTimer choose;
+    QObject::connect(&choose, &QTimer::timeout, &choose, [&] {
+        auto *const dialog = qobject_cast<QFileDialog *>(QApplication::activeModalWidget());
+        if (!dialog)
+            return;
+        // A path that cannot be chosen by hand: the folder is removed meanwhile.
+        QDir().mkpath(QFileInfo(paths.constFirst()).path());
+        dialog->setDirectory(QFileInfo(paths.constFirst()).path());
+        dialog->selectFile(paths.constFirst());
+        if (paths.size() == 2)
+            QDir().rmdir(QFileInfo(paths.constFirst()).path());
+        paths.removeFirst();
+        static_cast<QDialog *>(dialog)->accept();
+    });
+    choose.start(1);
+    const QString saveCopy = QStringLiteral("Save a Copy…");
+    EXPECT_TRUE(closesWith({saveCopy, saveCopy, QStringLiteral("Close Without Saving")}));
+    ASSERT_EQ(questions_.size(), 3);
+    EXPECT_TRUE(questions_.at(1).contains(u"The copy could not be saved either"))
+        << qPrintable(questions_.at(1));
+    EXPECT_TRUE(questions_.at(2).contains(u"A copy of all that you made is in"));
+    EXPECT_TRUE(QFile::exists(folder_.filePath(QStringLiteral("copy"))));
 }

@@ -4,6 +4,7 @@
 #include "Host/PaneSession.h"
 
 #include <QPointer>
+#include <QPushButton>
 #include <QWidget>
 
 #include <gtest/gtest.h>
@@ -24,6 +25,7 @@ public:
     {
         calls_.append(view_ ? QStringLiteral("end") : QStringLiteral("end without view"));
     }
+    void setListener(PreferencePaneListener *listener) override { listener_ = listener; }
     QWidget *loadMainView() override
     {
         calls_.append(QStringLiteral("loadMainView"));
@@ -34,10 +36,30 @@ public:
     QWidget *mainView() const override { return view_; }
     void mainViewDidLoad() override { calls_.append(QStringLiteral("mainViewDidLoad")); }
     void didSelect() override { calls_.append(QStringLiteral("didSelect")); }
-    void didUnselect() override { calls_.append(QStringLiteral("didUnselect")); }
+    Result<> didUnselect() override
+    {
+        calls_.append(QStringLiteral("didUnselect"));
+        return saveAs(QStringLiteral("No room"));
+    }
+    Result<> save() override
+    {
+        calls_.append(QStringLiteral("save"));
+        return saveAs(QStringLiteral("Still no room"));
+    }
+    Result<> saveCopy(const QString &) override { return {}; }
+
+    int failures = 0;
 
 private:
+    Result<> saveAs(const QString &reason)
+    {
+        const Result<> saved = failures-- > 0 ? Result<>::failure(reason) : Result<>();
+        listener_->saved(saved);
+        return saved;
+    }
+
     QStringList &calls_;
+    PreferencePaneListener *listener_ = nullptr;
     const bool makesView_;
     QPointer<QWidget> view_;
 };
@@ -45,9 +67,15 @@ private:
 class PaneSessionTest : public ::testing::Test
 {
 protected:
-    void begin(bool makesView = true) { session_.emplace(std::make_unique<RecordedPane>(calls_, makesView)); }
+    void begin(bool makesView = true)
+    {
+        auto pane = std::make_unique<RecordedPane>(calls_, makesView);
+        pane_ = pane.get();
+        session_.emplace(std::move(pane));
+    }
 
     QStringList calls_;
+    RecordedPane *pane_ = nullptr;
     std::optional<PaneSession> session_;
 };
 
@@ -85,8 +113,8 @@ TEST_F(PaneSessionTest, TheViewOutlivesAPaneThatIsEndedFirst)
     begin();
     session_->select();
     const QPointer<QWidget> view = session_->view();
-    session_->end();
-    session_->end();
+    EXPECT_TRUE(session_->end());
+    EXPECT_TRUE(session_->end());
     session_->select();
     EXPECT_EQ(calls_.join(u' '), QStringLiteral("loadMainView mainViewDidLoad didSelect didUnselect end"));
     EXPECT_FALSE(view.isNull());
@@ -103,4 +131,41 @@ TEST_F(PaneSessionTest, APaneWithoutAViewGivesWayToAPageThatSaysSo)
     session_->select();
     session_.reset();
     EXPECT_EQ(calls_.join(u','), QStringLiteral("loadMainView,end without view"));
+}
+
+TEST_F(PaneSessionTest, TheStripTellsOfAFailedSaveAndTriesAgain)
+{
+    begin();
+    session_->select();
+    EXPECT_TRUE(session_->strip().isHidden());
+    pane_->failures = 2;
+    EXPECT_FALSE(session_->save());
+    EXPECT_FALSE(session_->strip().isHidden());
+    auto *const tryAgain = session_->strip().findChild<QPushButton *>();
+    ASSERT_TRUE(tryAgain);
+    tryAgain->click();
+    EXPECT_FALSE(session_->strip().isHidden());
+    // Another button, of the new notice.
+    session_->strip().findChildren<QPushButton *>().constLast()->click();
+    EXPECT_EQ(calls_.count(QStringLiteral("save")), 3);
+    EXPECT_TRUE(session_->strip().isHidden());
+}
+
+TEST_F(PaneSessionTest, AFailedSaveIsTriedOnceMoreWhenThePaneGoes)
+{
+    begin();
+    session_->select();
+    pane_->failures = 1;
+    EXPECT_TRUE(session_->end());
+    EXPECT_EQ(calls_.mid(3).join(u' '), QStringLiteral("didUnselect save end"));
+}
+
+TEST_F(PaneSessionTest, TheEndSaysThatNothingCouldBeSaved)
+{
+    begin();
+    session_->select();
+    pane_->failures = 2;
+    const Result<> saved = session_->end();
+    EXPECT_EQ(saved.error, QStringLiteral("Still no room"));
+    EXPECT_TRUE(session_->strip().isHidden()) << "the pane has gone, and with it what it told";
 }

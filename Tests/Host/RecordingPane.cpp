@@ -48,6 +48,7 @@ public:
     RecordingPane() { record("created"); }
     ~RecordingPane() override { record("destroyed"); }
 
+    void setListener(PreferencePaneListener *) override {}
     QWidget *loadMainView() override
     {
         record("loadMainView");
@@ -67,9 +68,30 @@ public:
         if (isAskedFor("exit"))
             QTimer::singleShot(0, view_, [] { std::exit(exitCode); });
     }
-    void didUnselect() override { record("didUnselect"); }
+    Result<> didUnselect() override
+    {
+        record("didUnselect");
+        return result();
+    }
+    Result<> save() override
+    {
+        record("save");
+        return result();
+    }
+    Result<> saveCopy(const QString &path) override
+    {
+        QFile copy(path);
+        const bool isWritten = copy.open(QIODevice::WriteOnly) && copy.write("copy") == 4;
+        return isWritten ? Result<>() : Result<>::failure(copy.errorString());
+    }
 
 private:
+    static Result<> result()
+    {
+        return isAskedFor("fail to save") ? Result<>::failure(QStringLiteral("writing x: No room"))
+                                          : Result<>();
+    }
+
     void ask()
     {
         QMessageBox question(view_);

@@ -31,6 +31,20 @@ constexpr char dragHandle[] = R"(<svg xmlns="http://www.w3.org/2000/svg" width="
 
 } // namespace
 
+DomainOutOfReach::DomainOutOfReach(const QString &folder)
+    : folder_(folder)
+{
+    EXPECT_TRUE(QFile::rename(folder_, folder_ + QStringLiteral(".away")));
+    QFile inTheWay(folder_);
+    EXPECT_TRUE(inTheWay.open(QIODevice::WriteOnly));
+}
+
+DomainOutOfReach::~DomainOutOfReach()
+{
+    EXPECT_TRUE(QFile::remove(folder_));
+    EXPECT_TRUE(QFile::rename(folder_ + QStringLiteral(".away"), folder_));
+}
+
 PaneFixture::PaneFixture()
 {
     writeFile(QStringLiteral("Quenby.prefPane/Contents/Info.plist"), informationFile);
@@ -84,7 +98,7 @@ QByteArray PaneFixture::domainOnDisk() const
 void PaneFixture::leavePane()
 {
     expectNothingSavedSinceStoring();
-    pane->didUnselect();
+    EXPECT_TRUE(pane->didUnselect());
     notifications.clear();
     storedDomain = domainOnDisk();
 }
@@ -212,6 +226,7 @@ TQProcess PaneFixture::startHelper()
 void PaneFixture::openPane(QNBPrefPanePref::Services world)
 {
     pane = std::make_unique<QNBPrefPanePref>(std::move(world));
+    pane->setListener(&listener);
     view.reset(pane->loadMainView());
     ASSERT_TRUE(view);
     ASSERT_EQ(view.get(), pane->mainView());

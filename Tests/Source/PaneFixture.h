@@ -8,12 +8,38 @@
 #include "Toolkit/OutlineView.h"
 
 #include <QAbstractItemModelTester>
+#include <QMap>
 #include <QTemporaryDir>
 #include <QUrl>
 #include <gtest/gtest.h>
 #include <memory>
 
 class ArrayController;
+
+/// Notes what the pane tells its host.
+class RecordingListener final : public PreferencePaneListener
+{
+public:
+    void saved(const Result<> &result) override { results.append(result); }
+    void showNotice(const PaneNotice &notice) override { notices.insert(notice.kind, notice); }
+    void takeBackNotice(PaneNotice::Kind kind) override { notices.remove(kind); }
+
+    QList<Result<>> results;
+    QMap<PaneNotice::Kind, PaneNotice> notices;
+};
+
+/// While this lives a file stands where the folder \a folder was, which is kept beside it.
+class DomainOutOfReach
+{
+public:
+    explicit DomainOutOfReach(const QString &folder);
+    ~DomainOutOfReach();
+    DomainOutOfReach(const DomainOutOfReach &) = delete;
+    DomainOutOfReach &operator=(const DomainOutOfReach &) = delete;
+
+private:
+    QString folder_;
+};
 
 /// A pane in a world of its own: temporary folders, a bundle made on the spot, notifications and links that
 /// are only noted down.
@@ -66,6 +92,7 @@ protected:
     QTemporaryDir home;
     /// The domain as store() left it.
     QByteArray storedDomain;
+    RecordingListener listener;
     QStringList notifications;
     QList<QUrl> openedURLs;
     QStringList openedFiles;

@@ -119,7 +119,7 @@ TEST_F(QNBPrefPanePrefHelperControl, AFirstRunStartsTheHelperAndTheChoiceBecomes
                                          QStringLiteral("add ") + helper));
     expectRunning();
     EXPECT_FALSE(storedChoice().isValid()) << "stored with the next save only";
-    pane->didUnselect();
+    EXPECT_TRUE(pane->didUnselect());
     EXPECT_EQ(storedChoice(), QVariant(true));
 }
 
@@ -139,7 +139,7 @@ TEST_F(QNBPrefPanePrefHelperControl, TheChoiceNoNeverStartsTheHelper)
     openPane();
     EXPECT_THAT(helperSteps, IsEmpty());
     expectStopped();
-    pane->didUnselect();
+    EXPECT_TRUE(pane->didUnselect());
     EXPECT_EQ(storedChoice(), QVariant(false));
 }
 
@@ -169,7 +169,7 @@ TEST_F(QNBPrefPanePrefHelperControl, WithTheHelperRunningOpeningThePaneDoesNotTo
     openPane();
     EXPECT_THAT(helperSteps, IsEmpty());
     expectRunning();
-    pane->didUnselect();
+    EXPECT_TRUE(pane->didUnselect());
     EXPECT_FALSE(storedChoice().isValid());
 }
 
@@ -198,7 +198,7 @@ TEST_F(QNBPrefPanePrefHelperControl, StopTellsBothOfTwoHelpersInTheirOrder)
                                          QStringLiteral("signal 15 to %1").arg(second), quarterSecond,
                                          QStringLiteral("remove ") + helper));
     expectStopped();
-    pane->didUnselect();
+    EXPECT_TRUE(pane->didUnselect());
     EXPECT_EQ(storedChoice(), QVariant(false));
 }
 
@@ -216,7 +216,7 @@ TEST_F(QNBPrefPanePrefHelperControl, StartAfterStopStartsAgain)
     EXPECT_THAT(helperSteps, ElementsAre(QStringLiteral("open ") + helper, quarterSecond,
                                          QStringLiteral("add ") + helper));
     expectRunning();
-    pane->didUnselect();
+    EXPECT_TRUE(pane->didUnselect());
     EXPECT_EQ(storedChoice(), QVariant(true));
 }
 
@@ -228,7 +228,7 @@ TEST_F(QNBPrefPanePrefHelperControl, AHelperThatFailsToLaunchKeepsStartButIsALog
     EXPECT_THAT(helperSteps, ElementsAre(QStringLiteral("open ") + helper, quarterSecond,
                                          QStringLiteral("add ") + helper));
     expectStopped();
-    pane->didUnselect();
+    EXPECT_TRUE(pane->didUnselect());
     EXPECT_EQ(storedChoice(), QVariant(true));
 }
 
@@ -241,7 +241,7 @@ TEST_F(QNBPrefPanePrefHelperControl, AHelperThatDoesNotEndKeepsStopButIsNoLoginI
     button().click();
     EXPECT_EQ(helperSteps.constLast(), QStringLiteral("remove ") + helper);
     expectRunning();
-    pane->didUnselect();
+    EXPECT_TRUE(pane->didUnselect());
     EXPECT_EQ(storedChoice(), QVariant(false));
 }
 
@@ -273,7 +273,7 @@ TEST_F(QNBPrefPanePrefHelperControl, WithoutAHelperBundleNothingIsStartedAndTheC
     EXPECT_THAT(helperSteps, IsEmpty());
     expectStopped();
     EXPECT_THAT(warnings.texts(), ElementsAre(missingHelper, missingHelper));
-    pane->didUnselect();
+    EXPECT_TRUE(pane->didUnselect());
     EXPECT_EQ(storedChoice(), QVariant(true));
     EXPECT_FALSE(button().isEnabled()) << "there is nothing to start";
 }
@@ -281,7 +281,7 @@ TEST_F(QNBPrefPanePrefHelperControl, WithoutAHelperBundleNothingIsStartedAndTheC
 TEST_F(QNBPrefPanePrefHelperControl, WithoutAHelperBundleNoChoiceIsMadeOnAFirstRun)
 {
     openPane();
-    pane->didUnselect();
+    EXPECT_TRUE(pane->didUnselect());
     EXPECT_FALSE(storedChoice().isValid());
     EXPECT_THAT(helperSteps, IsEmpty());
 }
@@ -298,7 +298,7 @@ TEST_F(QNBPrefPanePrefHelperControl, WithoutAHelperBundleAHelperCanStillBeEnded)
         << "no login item begins with the path of nothing";
     expectStopped();
     EXPECT_THAT(warnings.texts(), ElementsAre(missingHelper));
-    pane->didUnselect();
+    EXPECT_TRUE(pane->didUnselect());
     EXPECT_EQ(storedChoice(), QVariant(true)) << "in step with the login item";
 }
 
@@ -392,7 +392,7 @@ TEST_F(QNBPrefPanePrefHelperControl, ThePlugInOfTheFileManagersIsOfferedAfterASe
     ASSERT_TRUE(QTest::qWaitFor([this] { return !alerts.isEmpty(); }));
     EXPECT_GE(timer.elapsed(), 1000);
     EXPECT_EQ(alerts.constFirst().title, u"Install Finder Contextual Menu?");
-    pane->didUnselect();
+    EXPECT_TRUE(pane->didUnselect());
     EXPECT_EQ(services().preferences->copyAppValue(QStringLiteral("QNBAlreadyAskedToInstallCMM")),
               QVariant(true));
     EXPECT_TRUE(QTest::qWaitFor([this] { return installerLifetime.use_count() == 1; }))

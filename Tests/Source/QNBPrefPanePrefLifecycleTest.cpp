@@ -40,7 +40,7 @@ TEST_F(QNBPrefPanePrefLifecycle, FirstRunShowsTheBundlesPresetsAndTheFirstSaveKe
     openPane();
     ASSERT_EQ(controller().arrangedObjects().size(), 1);
     EXPECT_TRUE(storedLabels().isEmpty()) << "nothing is stored before the pane is left";
-    pane->didUnselect();
+    EXPECT_TRUE(pane->didUnselect());
     EXPECT_EQ(storedLabels(), QStringList({QStringLiteral("From the bundle")}));
 }
 
@@ -67,10 +67,10 @@ TEST_F(QNBPrefPanePrefLifecycle, DeselectingSavesAndNotifiesEvenWhenNothingChang
     store({preset(QStringLiteral("A"))});
     openPane();
     EXPECT_TRUE(notifications.isEmpty());
-    pane->didUnselect();
+    EXPECT_TRUE(pane->didUnselect());
     EXPECT_EQ(notifications, QStringList({QNBPresetConfigurationChangedNotification}));
     pane->didSelect();
-    pane->didUnselect();
+    EXPECT_TRUE(pane->didUnselect());
     EXPECT_EQ(notifications.size(), 2);
     EXPECT_EQ(storedLabels(), QStringList({QStringLiteral("A")}));
 }
@@ -88,7 +88,7 @@ TEST_F(QNBPrefPanePrefLifecycle, AnyWindowLosingTheKeyboardSavesEvenWhenNothingC
 TEST_F(QNBPrefPanePrefLifecycle, WindowsAreWatchedOnlyWhileThePaneIsSelected)
 {
     openPane();
-    pane->didUnselect();
+    EXPECT_TRUE(pane->didUnselect());
     notifications.clear();
     loseKeyboardAndRegainIt();
     EXPECT_TRUE(notifications.isEmpty());
@@ -140,7 +140,7 @@ TEST_F(QNBPrefPanePrefLifecycle, DeselectingCommitsTheLabelBeingTyped)
     openPane();
     list().editColumn(QNBPresetKey::label, 0);
     QTest::keyClicks(list().viewport()->findChild<QLineEdit *>(), QStringLiteral("Left in haste"));
-    pane->didUnselect();
+    EXPECT_TRUE(pane->didUnselect());
     EXPECT_EQ(storedLabels(), QStringList({QStringLiteral("Left in haste")}));
 }
 
@@ -153,7 +153,7 @@ TEST_F(QNBPrefPanePrefLifecycle, OptionsAreSavedFromTheControls)
     showMenubar->click();
     const KeyCombo combo{KeyCodes::commandFlag, 45};
     outlet<KeyComboRecorder>(recorderOutlet)->setKeyCombo(combo);
-    pane->didUnselect();
+    EXPECT_TRUE(pane->didUnselect());
     const QNBSettings settings = stored();
     EXPECT_FALSE(settings.showMenubar);
     EXPECT_EQ(settings.shortcutCombo.flags, combo.flags);
@@ -170,25 +170,74 @@ TEST_F(QNBPrefPanePrefLifecycle, PresetsAreSavedInTheOrderShown)
     store({preset(QStringLiteral("A")), preset(QStringLiteral("B"))});
     openPane();
     controller().insertObject(preset(QStringLiteral("C")), 1);
-    pane->didUnselect();
+    EXPECT_TRUE(pane->didUnselect());
     EXPECT_EQ(storedLabels(), QStringList({QStringLiteral("A"), QStringLiteral("C"), QStringLiteral("B")}));
 }
 
-TEST_F(QNBPrefPanePrefLifecycle, AFailedSaveIsTriedOnceMoreWhenThePaneGoes)
+TEST_F(QNBPrefPanePrefLifecycle, AFailedSaveIsToldAndTheNextOneStoresWhatWasMade)
 {
     store({preset(QStringLiteral("A"))});
     openPane();
     controller().setValueForKey(QStringLiteral("Must not be lost"), QNBPresetKey::label, 0);
-    const QString config = path(QStringLiteral("config"));
-    const QString away = path(QStringLiteral("away"));
-    ASSERT_TRUE(QFile::rename(config, away));
-    writeFile(QStringLiteral("config"), "no folder");
-    pane->didUnselect();
-    ASSERT_TRUE(QFile::remove(config));
-    ASSERT_TRUE(QFile::rename(away, config));
+    {
+        const DomainOutOfReach outOfReach(path(QStringLiteral("config")));
+        loseKeyboardAndRegainIt();
+        ASSERT_FALSE(listener.results.isEmpty());
+        EXPECT_FALSE(listener.results.constLast());
+        EXPECT_FALSE(listener.results.constLast().error.isEmpty());
+        const Result<> left = pane->didUnselect();
+        EXPECT_FALSE(left);
+        EXPECT_FALSE(left.error.isEmpty());
+    }
     EXPECT_EQ(storedLabels(), QStringList({QStringLiteral("A")}));
-    closePane();
+    EXPECT_TRUE(pane->save());
+    EXPECT_TRUE(listener.results.constLast());
     EXPECT_EQ(storedLabels(), QStringList({QStringLiteral("Must not be lost")}));
+}
+
+TEST_F(QNBPrefPanePrefLifecycle, AFailedSavePostsTheNotificationToo)
+{
+    store({preset(QStringLiteral("A"))});
+    openPane();
+    const DomainOutOfReach outOfReach(path(QStringLiteral("config")));
+    EXPECT_FALSE(pane->save());
+    EXPECT_EQ(notifications, QStringList({QNBPresetConfigurationChangedNotification}));
+}
+
+TEST_F(QNBPrefPanePrefLifecycle, AChangedOptionTellsWhenItCannotBeSaved)
+{
+    openPane();
+    const DomainOutOfReach outOfReach(path(QStringLiteral("config")));
+    outlet<QCheckBox>(showMenubarOutlet)->click();
+    ASSERT_EQ(listener.results.size(), 1);
+    EXPECT_FALSE(listener.results.constFirst());
+}
+
+TEST_F(QNBPrefPanePrefLifecycle, ACopyHoldsAllThatTheDomainWouldHold)
+{
+    store({preset(QStringLiteral("A"), {QStringLiteral("x/")})});
+    openPane();
+    controller().setValueForKey(QStringLiteral("Only in memory"), QNBPresetKey::label, 0);
+    const KeyCombo combo{KeyCodes::commandFlag, 45};
+    outlet<KeyComboRecorder>(recorderOutlet)->setKeyCombo(combo);
+    const QString copy = path(QStringLiteral("config/copied.plist"));
+    ASSERT_TRUE(pane->saveCopy(copy));
+    EXPECT_EQ(QFile::permissions(copy) & (QFile::ReadGroup | QFile::ReadOther), QFile::Permissions());
+    EXPECT_EQ(storedLabels(), QStringList({QStringLiteral("A")}));
+
+    Preferences copied(QStringLiteral("copied"), {.folder = path(QStringLiteral("config")),
+                                                  .lockFolder = path(QStringLiteral("config"))});
+    QNBSettings settings;
+    ASSERT_TRUE(QNBSettingsStore::read(copied, std::nullopt, settings));
+    ASSERT_EQ(settings.presets.size(), 1);
+    EXPECT_EQ(settings.presets.constFirst()->label(), QStringLiteral("Only in memory"));
+    EXPECT_EQ(settings.presets.constFirst()->fileHierarchy()->children().size(), 1U);
+    EXPECT_EQ(settings.shortcutCombo.code, combo.code);
+    EXPECT_TRUE(settings.showMenubar);
+
+    const Result<> failed = pane->saveCopy(path(QStringLiteral("nowhere/copy.plist")));
+    EXPECT_FALSE(failed);
+    EXPECT_FALSE(failed.error.isEmpty());
 }
 
 TEST_F(QNBPrefPanePrefLifecycle, APaneThatWasNeverLeftDoesNotSaveWhenItGoes)

@@ -248,7 +248,7 @@ TEST_F(QNBPrefPanePrefLongImport, EndsWithThePane)
 {
     EXPECT_TRUE(accept(*dragOfFiles(muchToRead()), 1, DragOperation::Copy));
     ASSERT_TRUE(progress());
-    pane->didUnselect();
+    EXPECT_TRUE(pane->didUnselect());
     pane.reset();
     EXPECT_TRUE(QTest::qWaitFor([this] { return !progress(); }));
     EXPECT_EQ(stored().presets.size(), 3);

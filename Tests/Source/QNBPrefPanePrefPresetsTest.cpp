@@ -47,7 +47,7 @@ TEST_F(QNBPrefPanePrefPresets, ANewPresetIsSelectedAndItsNameIsTypedAtOnce)
     EXPECT_TRUE(QTest::qWaitFor([this] { return record(1)->label() == u"Wedding"; }));
     EXPECT_EQ(outline().placeholderText(), u"This preset is empty");
     EXPECT_EQ(outline().accessibleDescription(), u"This preset is empty");
-    pane->didUnselect();
+    EXPECT_TRUE(pane->didUnselect());
     EXPECT_EQ(stored().presets.size(), 2);
 }
 
@@ -107,7 +107,7 @@ TEST_F(QNBPrefPanePrefPresets, ADescriptionThatIsNotTouchedKeepsItsValue)
     openPane();
     controller().setSelectionIndex(1);
     pane->windowDidResignKey();
-    pane->didUnselect();
+    EXPECT_TRUE(pane->didUnselect());
     const QNBSettings settings = stored();
     EXPECT_EQ(settings.presets.at(0)->valueForKey(QNBPresetKey::presetDescription).toList().size(), 2);
     EXPECT_TRUE(settings.presets.at(1)->valueForKey(QNBPresetKey::presetDescription).isValid());
@@ -171,7 +171,7 @@ TEST_F(QNBPrefPanePrefPresets, AHundredPresets)
     QTest::keyClick(&list(), Qt::Key_End);
     EXPECT_EQ(list().selectedRow(), 99);
     EXPECT_EQ(outlineRows(), QStringList({QStringLiteral("file 99")}));
-    pane->didUnselect();
+    EXPECT_TRUE(pane->didUnselect());
     const QNBSettings settings = stored();
     ASSERT_EQ(settings.presets.size(), 100);
     EXPECT_EQ(settings.presets.at(42)->label(), u"Preset 42");

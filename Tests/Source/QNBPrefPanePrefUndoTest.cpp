@@ -88,6 +88,6 @@ TEST_F(QNBPrefPanePrefUndo, AnUndoneStepIsSavedAsUndone)
 {
     pane->addPreset();
     pane->undo();
-    pane->didUnselect();
+    EXPECT_TRUE(pane->didUnselect());
     EXPECT_EQ(stored().presets.size(), 2);
 }

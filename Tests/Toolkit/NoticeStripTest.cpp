@@ -1,0 +1,185 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Toolkit/NoticeStrip.h"
+
+#include <QAccessible>
+#include <QLabel>
+#include <QPushButton>
+#include <QTest>
+#include <QVBoxLayout>
+#include <gtest/gtest.h>
+
+namespace {
+
+using Kind = PaneNotice::Kind;
+
+/// A strip above something that has the keyboard.
+class NoticeStripTest : public ::testing::Test
+{
+protected:
+    NoticeStripTest()
+    {
+        auto *const layout = new QVBoxLayout(&window_);
+        layout->setContentsMargins({});
+        layout->addWidget(&strip_);
+        layout->addWidget(&view_, 1);
+        window_.resize(600, 300);
+        window_.show();
+        view_.setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+        view_.setFocus();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(&window_));
+    }
+    ~NoticeStripTest() override
+    {
+        strip_.setParent(nullptr);
+        view_.setParent(nullptr);
+    }
+
+    QString text() const { return strip_.isVisible() ? label().text() : QString(); }
+    const QLabel &label() const { return *strip_.findChild<QLabel *>(QStringLiteral("noticeText")); }
+    QList<QPushButton *> buttons() const
+    {
+        QList<QPushButton *> visible = strip_.findChildren<QPushButton *>();
+        visible.removeIf([](const QPushButton *button) { return !button->isVisible(); });
+        return visible;
+    }
+    PaneNotice notice(Kind kind, const QString &said, const QStringList &titles = {})
+    {
+        PaneNotice result{.kind = kind, .text = said};
+        for (const QString &title : titles)
+            result.actions.append({title, [this, title] { chosen_ << title; }});
+        return result;
+    }
+
+    QWidget window_;
+    NoticeStrip strip_;
+    QPushButton view_;
+    QStringList chosen_;
+};
+
+} // namespace
+
+TEST_F(NoticeStripTest, TakesNoRoomWithoutANotice)
+{
+    EXPECT_FALSE(strip_.isVisible());
+    EXPECT_EQ(view_.height(), window_.height());
+    strip_.showNotice(notice(Kind::Hint, QStringLiteral("Said.")));
+    EXPECT_TRUE(strip_.isVisible());
+    EXPECT_TRUE(QTest::qWaitFor([this] { return view_.height() < window_.height(); }));
+    strip_.takeBackNotice(Kind::Hint);
+    EXPECT_FALSE(strip_.isVisible());
+}
+
+TEST_F(NoticeStripTest, AFailedSaveIsSaidWithTheSystemsWordsUntilOneSucceeds)
+{
+    strip_.saved(Result<>::failure(QStringLiteral("cannot write /home/u/x: No space left on device")));
+    EXPECT_EQ(text(), QStringLiteral("Changes cannot be saved: No space left on device."));
+    EXPECT_TRUE(strip_.toolTip().contains(u"cannot write /home/u/x"));
+    EXPECT_EQ(view_.hasFocus(), true) << "the keyboard stays where it is";
+    ASSERT_EQ(buttons().size(), 1);
+    EXPECT_EQ(buttons().constFirst()->text(), QStringLiteral("Try Again"));
+    strip_.saved({});
+    EXPECT_FALSE(strip_.isVisible());
+}
+
+TEST_F(NoticeStripTest, TheMostImportantIsShownAndTheNextAfterIt)
+{
+    strip_.showNotice(notice(Kind::Hint, QStringLiteral("hint")));
+    strip_.showNotice(notice(Kind::Recovery, QStringLiteral("recovery")));
+    EXPECT_EQ(text(), QStringLiteral("recovery"));
+    strip_.saved(Result<>::failure(QStringLiteral("x")));
+    strip_.showNotice(notice(Kind::Unreadable, QStringLiteral("unreadable")));
+    EXPECT_EQ(text(), QStringLiteral("Changes cannot be saved: x."));
+    strip_.saved({});
+    EXPECT_EQ(text(), QStringLiteral("unreadable"));
+    strip_.showNotice(notice(Kind::Unreadable, QStringLiteral("for another reason")));
+    EXPECT_EQ(text(), QStringLiteral("for another reason"));
+    strip_.takeBackNotice(Kind::Unreadable);
+    EXPECT_EQ(text(), QStringLiteral("recovery"));
+    strip_.setPane(nullptr);
+    EXPECT_FALSE(strip_.isVisible());
+}
+
+TEST_F(NoticeStripTest, ItsButtonsAreReachedByTabAndPressedByKeys)
+{
+    strip_.showNotice(
+        notice(Kind::Recovery, QStringLiteral("?"), {QStringLiteral("Restore"), QStringLiteral("Discard")}));
+    QTest::keyClick(&window_, Qt::Key_Tab);
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+    ASSERT_EQ(QApplication::focusWidget(), buttons().constLast());
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Space);
+    EXPECT_EQ(chosen_, QStringList(QStringLiteral("Discard")));
+    EXPECT_TRUE(strip_.isVisible()) << "whoever told it takes it back";
+}
+
+TEST_F(NoticeStripTest, AButtonWithTheKeyboardKeepsItWhenItsNoticeIsToldAgain)
+{
+    const Result<> failure = Result<>::failure(QStringLiteral("x"));
+    strip_.saved(failure);
+    buttons().constFirst()->setFocus();
+    strip_.saved(failure);
+    EXPECT_EQ(QApplication::focusWidget(), buttons().constFirst());
+}
+
+TEST_F(NoticeStripTest, AHintIsDismissed)
+{
+    strip_.showNotice(notice(Kind::Hint, QStringLiteral("By the way.")));
+    ASSERT_EQ(buttons().size(), 1);
+    EXPECT_EQ(buttons().constFirst()->text(), QStringLiteral("Dismiss"));
+    buttons().constFirst()->click();
+    EXPECT_FALSE(strip_.isVisible());
+}
+
+TEST_F(NoticeStripTest, ShowsMarkupAsItIs)
+{
+    const QString markup = QStringLiteral("<h1>Big</h1> &amp; <img src=x>");
+    PaneNotice told = notice(Kind::Hint, markup);
+    told.details = markup;
+    strip_.showNotice(told);
+    EXPECT_EQ(label().textFormat(), Qt::PlainText);
+    EXPECT_FALSE(strip_.toolTip().contains(u"<h1>"));
+}
+
+TEST_F(NoticeStripTest, IsAnAlertWithANameForScreenReaders)
+{
+    strip_.showNotice(notice(Kind::Hint, QStringLiteral("Said.")));
+    QAccessibleInterface *const accessible = QAccessible::queryAccessibleInterface(&strip_);
+    ASSERT_TRUE(accessible);
+    EXPECT_EQ(accessible->role(), QAccessible::AlertMessage);
+    EXPECT_EQ(accessible->text(QAccessible::Name), QStringLiteral("Said."));
+}
+
+TEST_F(NoticeStripTest, WrapsInsteadOfWideningTheWindow)
+{
+    window_.resize(260, 300);
+    QString sentence;
+    for (int word = 0; word < 30; ++word)
+        sentence += QStringLiteral("word ");
+    strip_.showNotice(notice(Kind::Recovery, sentence,
+                             {QStringLiteral("Restore Everything"), QStringLiteral("Discard Everything")}));
+    EXPECT_TRUE(QTest::qWaitFor([this] {
+        return label().height() >= label().heightForWidth(label().width());
+    })) << "nothing is cut off";
+    EXPECT_LE(strip_.width(), 300);
+    for (const QPushButton *button : buttons()) {
+        EXPECT_GE(button->width(), button->sizeHint().width());
+        EXPECT_GE(button->mapTo(&strip_, QPoint()).y(), label().geometry().bottom()) << "below the text";
+    }
+}
+
+TEST_F(NoticeStripTest, ItsTextIsReadableOnItsGroundInLightAndDark)
+{
+    for (const bool isDark : {false, true}) {
+        window_.setPalette(isDark ? QPalette(Qt::white, QColor(40, 40, 40), Qt::gray, Qt::black, Qt::gray,
+                                             Qt::white, QColor(30, 30, 30))
+                                  : QPalette(QColor(239, 239, 239)));
+        for (const Kind kind : {Kind::SaveFailed, Kind::Hint}) {
+            strip_.showNotice(notice(kind, QStringLiteral(".")));
+            const QColor ground = strip_.grab().toImage().pixelColor(1, 1);
+            const QColor ink = label().palette().color(QPalette::WindowText);
+            EXPECT_GT(std::abs(ground.lightness() - ink.lightness()), 120) << isDark;
+            strip_.takeBackNotice(kind);
+        }
+    }
+}
