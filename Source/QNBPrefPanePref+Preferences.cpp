@@ -14,9 +14,13 @@ void QNBPrefPanePref::readPreferences()
     QNBSettings settings;
     const Result<> read = QNBSettingsStore::read(*_services.preferences, ourBundle(), settings);
     _standsIn = _services.preferences->isUnread();
-    if (!read)
+    if (!read) {
         qCCritical(lcPane) << "the settings could not be read:" << _services.preferences->path()
                            << read.error;
+        // Nothing can be saved before they were.
+        if (_listener)
+            _listener->saved(read);
+    }
     takeSettings(settings);
 }
 
