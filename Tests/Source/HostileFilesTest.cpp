@@ -80,9 +80,9 @@ Cost readAndWrite(const QString &folder, bool isPreset)
             presets.append(preset);
         cost.isRead = !presets.isEmpty();
     } else {
-        QNBSettingsStore::read(preferences, {}, settings);
+        const Result<> read = QNBSettingsStore::read(preferences, {}, settings);
         presets = settings.presets;
-        cost.isRead = preferences.copyAppValue(QNBPreferenceKey::presetsStored).isValid();
+        cost.isRead = read && preferences.copyAppValue(QNBPreferenceKey::presetsStored).isValid();
     }
     cost.items = itemsOf(presets);
     cost.readSeconds = processorSeconds() - start;
