@@ -74,12 +74,12 @@ QString saveCopy(PaneSession &session, QWidget &window)
 bool LeavingQuestion::mayLeave(PaneSession &session, QWidget &window)
 {
     QString copy;
-    for (;;) {
-        const Result<> saved = session.save();
+    for (Result<> saved = session.unselect();;) {
         if (saved)
             return true;
         switch (ask(window, saved.error, copy)) {
         case Answer::TryAgain:
+            saved = session.save();
             break;
         case Answer::SaveCopy:
             copy = saveCopy(session, window);
@@ -87,6 +87,7 @@ bool LeavingQuestion::mayLeave(PaneSession &session, QWidget &window)
         case Answer::LeaveWithoutSaving:
             return true;
         case Answer::Stay:
+            session.select();
             return false;
         }
     }

@@ -51,7 +51,9 @@ void PaneSession::select()
 
 Result<> PaneSession::save()
 {
-    return pane_ ? pane_->save() : Result<>();
+    if (pane_)
+        lastSave_ = pane_->save();
+    return lastSave_;
 }
 
 Result<> PaneSession::saveCopy(const QString &path)
@@ -59,16 +61,21 @@ Result<> PaneSession::saveCopy(const QString &path)
     return pane_ ? pane_->saveCopy(path) : Result<>();
 }
 
+Result<> PaneSession::unselect()
+{
+    if (std::exchange(isSelected_, false))
+        lastSave_ = pane_->didUnselect();
+    else if (!lastSave_)
+        return save();
+    return lastSave_;
+}
+
 Result<> PaneSession::end()
 {
-    Result<> saved;
-    if (std::exchange(isSelected_, false)) {
-        saved = pane_->didUnselect();
-        // What was in the way may have gone, and this is the last chance.
-        if (!saved)
-            saved = pane_->save();
-    }
+    // What was in the way may have gone, and this is the last chance.
+    if (!unselect())
+        (void)save();
     strip_->setPane(nullptr);
     pane_.reset();
-    return saved;
+    return lastSave_;
 }

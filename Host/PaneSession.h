@@ -25,11 +25,15 @@ public:
     NoticeStrip &strip() const { return *strip_; }
     /// The view is on screen now; does nothing if it was before.
     void select();
-    /// Has the pane save, or write to \a path what it would save; success when the pane has ended.
+    /// Leaves the pane, which saves, if it is selected; if it was left and could not save, has it try again.
+    /// What became of the last save; success if there was none.
+    Result<> unselect();
+    /// Has the pane save, unless it has ended. What became of the last save.
     Result<> save();
+    /// Has the pane write to \a path what it would save; success when the pane has ended.
     Result<> saveCopy(const QString &path);
-    /// Leaves the pane if it is selected, and ends it; the view stays until the session goes. What became of
-    /// the last save, which is tried twice; success if there was none.
+    /// Leaves the pane, and ends it; the view stays until the session goes. What became of the last save,
+    /// which is tried once more if it failed.
     Result<> end();
 
 private:
@@ -37,4 +41,5 @@ private:
     std::unique_ptr<PreferencePane> pane_;
     QWidget *view_ = nullptr;
     bool isSelected_ = false;
+    Result<> lastSave_;
 };

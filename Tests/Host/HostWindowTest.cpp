@@ -124,7 +124,7 @@ TEST_F(HostWindowTest, LeavesOnePaneBeforeItShowsAnother)
     window_->showPane(panePath());
     EXPECT_EQ(record(), "");
     window_->showPane(otherPanePath());
-    EXPECT_EQ(record(), "save\ndidUnselect\ndestroyed\nview destroyed\n"
+    EXPECT_EQ(record(), "didUnselect\ndestroyed\nview destroyed\n"
                         "created\nloadMainView\nmainViewDidLoad\ndidSelect\n");
     EXPECT_EQ(window_->windowTitle(), QStringLiteral("Other title"));
 }
@@ -213,7 +213,7 @@ TEST_F(HostWindowTest, AWindowWhosePaneCannotSaveAsksBeforeItCloses)
     showWindow();
     EXPECT_FALSE(closesWith({QStringLiteral("Try Again"), QStringLiteral("Cancel")}));
     EXPECT_EQ(questions_, QStringList(2, QStringLiteral("The reason is: No room.")));
-    EXPECT_TRUE(record().endsWith("save\nsave\n"));
+    EXPECT_TRUE(record().endsWith("didSelect\ndidUnselect\nsave\ndidSelect\n"));
     EXPECT_TRUE(closesWith({QStringLiteral("Close Without Saving")}));
 
     qunsetenv("QUENBY_TEST_BEHAVIOUR");

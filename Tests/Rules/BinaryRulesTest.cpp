@@ -26,7 +26,7 @@ QString descriptionOf(const QString &path)
     return QString::fromUtf8(readelf.readAllStandardOutput());
 }
 
-QByteArray bytesOf(const QString &path)
+[[maybe_unused]] QByteArray bytesOf(const QString &path)
 {
     QFile file(path);
     EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << qPrintable(path);

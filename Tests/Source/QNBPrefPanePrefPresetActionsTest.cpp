@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: Quenby contributors
 // SPDX-License-Identifier: MIT
 
+#include "Platform/LineText.h"
 #include "PresetListFixture.h"
 
 #include "Source/QNBPresetFile.h"
@@ -108,7 +109,7 @@ TEST_F(QNBPrefPanePrefPresetActions, TheLastPresetCanBeRemovedAndNothingIsLeftTo
     EXPECT_EQ(list().accessibleDescription(), u"");
 }
 
-TEST_F(QNBPrefPanePrefPresetActions, TheAlertShowsLabelsAsTheyAre)
+TEST_F(QNBPrefPanePrefPresetActions, TheAlertShowsLabelsInALineAndNotAsMarkup)
 {
     for (const QString &odd :
          {QStringLiteral("100% <b>%1</b> 'x'"), QStringLiteral("two\nlines"), QString()}) {
@@ -116,7 +117,7 @@ TEST_F(QNBPrefPanePrefPresetActions, TheAlertShowsLabelsAsTheyAre)
         alertAnswers << AlertPanel::Answer::Alternate;
         pane->removeSelectedPresetAfterConfirmation();
         EXPECT_EQ(alerts.constLast().message,
-                  QStringLiteral("Are you sure you wish to permanently delete the preset '") + odd +
+                  QStringLiteral("Are you sure you wish to permanently delete the preset '") + lineText(odd) +
                       QStringLiteral("'?"));
     }
 }
