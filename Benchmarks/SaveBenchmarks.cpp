@@ -62,6 +62,17 @@ void BM_SavePreferences(benchmark::State &state)
         state.SkipWithError("items are missing");
 }
 
+/// What the window waits for each time that unsaved changes are kept; a thread does the rest.
+void BM_EncodeSettings(benchmark::State &state)
+{
+    QNBSettings settings;
+    settings.presets = SamplePresets::presets(state.range(0), itemsPerPreset);
+    for (auto _ : state) {
+        EncodedPreference encoded = QNBSettingsStore::encode(settings);
+        benchmark::DoNotOptimize(encoded.top);
+    }
+}
+
 void BM_SynchronizePreferences(benchmark::State &state)
 {
     const QTemporaryDir folder;
@@ -93,4 +104,5 @@ void BM_SynchronizePreferences(benchmark::State &state)
 
 BENCHMARK(BM_WriteAndSyncBytes)->Arg(100'000)->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK(BM_SavePreferences)->Arg(100'000)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(BM_EncodeSettings)->Arg(100'000)->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK(BM_SynchronizePreferences)->Arg(100'000)->Unit(benchmark::kMillisecond)->UseRealTime();

@@ -71,7 +71,7 @@ void QNBPrefPanePref::awakeFromNib()
         !copied)
         qCWarning(lcPane) << "the application-support folder was not set up:" << copied.error;
 
-    showSettings();
+    showOptions(showMenubar, shortcutCombo);
 
     _ui_versionLabel->setText(versionFormat.arg(configValueForKey(versionKey).toString()));
     setUpHelperControl();

@@ -68,6 +68,9 @@ void QNBPrefPanePref::mainViewDidLoad()
     cell->setEditable(true);
     _ui_presetHierarchyView->setDataCell(std::move(cell));
     buildTreesWhenIdle();
+    // Else when what is stored is known.
+    if (!_standsIn)
+        _unsavedState.offerWhatWasLeft();
 }
 
 /// The trees of presets that were not looked at yet, one each time the user does nothing, so that neither the
@@ -99,7 +102,10 @@ Result<> QNBPrefPanePref::didUnselect()
     disconnect(qGuiApp, &QGuiApplication::focusWindowChanged, this, &QNBPrefPanePref::focusWindowChanged);
     endEditing();
     keepChildNamesOf(nullptr);
-    return writePreferences();
+    const Result<> saved = writePreferences();
+    if (!saved)
+        _unsavedState.keep();
+    return saved;
 }
 
 Result<> QNBPrefPanePref::save()

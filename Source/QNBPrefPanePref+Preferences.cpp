@@ -4,10 +4,13 @@
 #include "Source/QNBPrefPanePref.h"
 
 #include "Source/QNBPaneLog.h"
+#include "Source/QNBPresetListCommands.h"
 #include "Toolkit/ArrayController.h"
 #include "Toolkit/KeyComboRecorder.h"
 
 #include <QCheckBox>
+#include <QFileInfo>
+#include <utility>
 
 void QNBPrefPanePref::readPreferences()
 {
@@ -17,11 +20,30 @@ void QNBPrefPanePref::readPreferences()
     if (!read) {
         qCCritical(lcPane) << "the settings could not be read:" << _services.preferences->path()
                            << read.error;
-        // Nothing can be saved before they were.
-        if (_listener)
+        if (_standsIn)
+            tellUnread(read.error);
+        else if (_listener)
             _listener->saved(read);
     }
     takeSettings(settings);
+}
+
+void QNBPrefPanePref::tellUnread(const QString &reason)
+{
+    if (!_listener)
+        return;
+    _listener->showNotice({.kind = PaneNotice::Kind::Unreadable,
+                           .text = tr("Your presets and options cannot be read. Those that are shown are not "
+                                      "yours, and nothing is saved in place of yours."),
+                           .details = reason,
+                           .actions = {{tr("Try Again"), [this] { readAgain(); }}}});
+}
+
+void QNBPrefPanePref::readAgain()
+{
+    endEditing();
+    if (const Result<> read = catchUpWithStored(); !read)
+        tellUnread(read.error);
 }
 
 void QNBPrefPanePref::takeSettings(const QNBSettings &settings)
@@ -54,16 +76,19 @@ Result<> QNBPrefPanePref::catchUpWithStored()
         stored.shortcutCombo = chosen;
     stored.presets = shownPresets();
     takeSettings(stored);
-    showSettings();
+    showOptions(showMenubar, shortcutCombo);
     buildTreesWhenIdle();
     _standsIn = false;
+    if (_listener)
+        _listener->takeBackNotice(PaneNotice::Kind::Unreadable);
+    _unsavedState.offerWhatWasLeft();
     return {};
 }
 
-void QNBPrefPanePref::showSettings()
+void QNBPrefPanePref::showOptions(bool isMenubarShown, const QNBKeyCombo &combo)
 {
-    _ui_showMenubar->setChecked(showMenubar);
-    _ui_shortcutRecorderControl->setKeyCombo({.flags = shortcutCombo.flags, .code = shortcutCombo.code});
+    _ui_showMenubar->setChecked(isMenubarShown);
+    _ui_shortcutRecorderControl->setKeyCombo({.flags = combo.flags, .code = combo.code});
 }
 
 QNBSettings QNBPrefPanePref::shownSettings() const
@@ -74,6 +99,27 @@ QNBSettings QNBPrefPanePref::shownSettings() const
     settings.shortcutCombo = {.flags = combo.flags, .code = combo.code};
     settings.presets = shownPresets();
     return settings;
+}
+
+QNBUnsavedState::Pane QNBPrefPanePref::paneOfUnsavedState()
+{
+    return {
+        .shownSettings = [this] { return shownSettings(); },
+        .isEdited = [this] { return !_standsIn || !_history.isClean(); },
+        .restore =
+            [this](const QNBSettings &settings, const QString &step) {
+                endEditing();
+                const auto exchangeOptions = [this, others = settings]() mutable {
+                    const QNBSettings present = shownSettings();
+                    showOptions(others.showMenubar, others.shortcutCombo);
+                    others = present;
+                };
+                _history.push(new QNBReplacePresetsCommand(*_ui_presetListController, settings.presets, step,
+                                                           exchangeOptions));
+            },
+        .lastSave = [this] { return QFileInfo(_services.preferences->path()).lastModified(); },
+        .listener = [this] { return _listener; },
+    };
 }
 
 Result<> QNBPrefPanePref::writePreferences()
@@ -90,9 +136,14 @@ Result<> QNBPrefPanePref::writePreferences()
         }
     }
     const Result<> saved = QNBSettingsStore::write(*_services.preferences, shownSettings());
-    if (!saved)
+    if (saved) {
+        _unsavedState.wasSaved();
+    } else {
         qCCritical(lcPane) << "the settings could not be saved, and will be with the next save:"
                            << _services.preferences->path() << saved.error;
+        // Also where only an option has changed.
+        _unsavedState.wasEdited();
+    }
     if (_listener)
         _listener->saved(saved);
     notifyPresetsChanged();

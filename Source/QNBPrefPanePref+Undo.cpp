@@ -31,6 +31,8 @@ void QNBPrefPanePref::setUpHistory()
     connect(_ui_presetListController, &ArrayController::objectChanged, this,
             &QNBPrefPanePref::presetValueDidChange);
 
+    connect(&_history, &QUndoStack::indexChanged, &_unsavedState, &QNBUnsavedState::wasEdited);
+
     // The description's typing is part of the one history.
     _ui_presetDescription->setUndoRedoEnabled(false);
     _ui_presetDescription->installEventFilter(this);

@@ -3,6 +3,7 @@
 
 #include "Source/QNBPrefPanePref.h"
 
+#include "Platform/DesktopFolders.h"
 #include "Platform/DistributedNotificationCenter.h"
 #include "Platform/FileViewer.h"
 #include "Platform/ProcessTable.h"
@@ -12,11 +13,25 @@
 #include "Source/QNBPaneLog.h"
 #include "Toolkit/OutlineView.h"
 
+#include <QDir>
 #include <QUrl>
 #include <algorithm>
 #include <thread>
 
 Q_LOGGING_CATEGORY(lcPane, "quenby.pane")
+
+namespace {
+
+const QString recoveryFolderName = QStringLiteral("Recovery");
+
+/// Empty without a home.
+QString folderForRecovery()
+{
+    const QString folder = DesktopFolders::stateFolder();
+    return folder.isEmpty() ? QString() : QDir(folder).filePath(recoveryFolderName);
+}
+
+} // namespace
 
 QNBPrefPanePref::Services QNBPrefPanePref::Services::standard()
 {
@@ -41,11 +56,13 @@ QNBPrefPanePref::Services QNBPrefPanePref::Services::standard()
             },
         .sleep = [](std::chrono::microseconds duration) { std::this_thread::sleep_for(duration); },
         .installerServices = &CMMInstaller::Services::standard,
+        .recoveryFolder = folderForRecovery(),
     };
 }
 
 QNBPrefPanePref::QNBPrefPanePref(Services services)
     : _services(std::move(services))
+    , _unsavedState(paneOfUnsavedState(), _services.recoveryFolder, _services.recoveryDelay)
 {
 }
 

@@ -15,6 +15,7 @@
 #include "Source/QNBOutlineViewAdditions.h"
 #include "Source/QNBPermissions.h"
 #include "Source/QNBSettingsStore.h"
+#include "Source/QNBUnsavedState.h"
 #include "Source/TQProcess.h"
 #include "Toolkit/AlertPanel.h"
 #include "Toolkit/FilePanel.h"
@@ -101,6 +102,10 @@ public:
                                              const AlertAnswers &runAlertPanel)>
             installerServices;
         QNBEarlierStatesDialog::Runner chooseEarlierState = QNBEarlierStatesDialog::runner();
+        /// Where what is not saved is kept; nowhere if empty.
+        QString recoveryFolder = {};
+        /// How long an edit may be in memory only.
+        std::chrono::milliseconds recoveryDelay = std::chrono::seconds(2);
         /// What the window may stand still for without telling why.
         std::chrono::milliseconds unexplainedWait = std::chrono::seconds(1);
 
@@ -295,10 +300,13 @@ private:
     // Settings
     void readPreferences();
     void takeSettings(const QNBSettings &settings);
-    void showSettings();
+    void tellUnread(const QString &reason);
+    void readAgain();
     Result<> catchUpWithStored();
     /// The presets as they are shown, and what the controls say.
     QNBSettings shownSettings() const;
+    void showOptions(bool isMenubarShown, const QNBKeyCombo &combo);
+    QNBUnsavedState::Pane paneOfUnsavedState();
     /// Also tells the listener, and all other programs, that it was done; of a failure too.
     Result<> writePreferences();
     void notifyPresetsChanged();
@@ -374,6 +382,7 @@ private:
 
     Services _services;
     PreferencePaneListener *_listener = nullptr;
+    QNBUnsavedState _unsavedState;
     QPointer<QWidget> _mainView;
     QHash<QString, QObject *> _outlets;
     QHash<QString, QIcon> _images;

@@ -69,11 +69,13 @@ void QNBMovePresetCommand::move(int from, int to) const
 }
 
 QNBReplacePresetsCommand::QNBReplacePresetsCommand(ArrayController &controller,
-                                                   QList<QNBPresetRecordPtr> presets, const QString &text)
+                                                   QList<QNBPresetRecordPtr> presets, const QString &text,
+                                                   std::function<void()> exchangeMore)
     : QUndoCommand(text)
     , controller_(controller)
     , others_(std::move(presets))
     , selection_(others_.isEmpty() ? ArrayController::noIndex : 0)
+    , exchangeMore_(std::move(exchangeMore))
 {
 }
 
@@ -87,6 +89,8 @@ void QNBReplacePresetsCommand::exchange()
     controller_.setContent({others_.begin(), others_.end()});
     controller_.setSelectionIndex(selected);
     others_ = present;
+    if (exchangeMore_)
+        exchangeMore_();
 }
 
 QNBSetPresetValueCommand::QNBSetPresetValueCommand(ArrayController &controller, QNBPresetRecordPtr preset,

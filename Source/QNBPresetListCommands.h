@@ -7,6 +7,7 @@
 
 #include <QList>
 #include <QUndoCommand>
+#include <functional>
 
 class ArrayController;
 
@@ -64,8 +65,9 @@ private:
 class QNBReplacePresetsCommand final : public QUndoCommand
 {
 public:
+    /// \a exchangeMore, if given, is called each time: exchanges what gives way together with the presets.
     QNBReplacePresetsCommand(ArrayController &controller, QList<QNBPresetRecordPtr> presets,
-                             const QString &text);
+                             const QString &text, std::function<void()> exchangeMore = {});
     void redo() override { exchange(); }
     void undo() override { exchange(); }
 
@@ -76,6 +78,7 @@ private:
     /// Those that are not in the list now, and which of them is selected when they come.
     QList<QNBPresetRecordPtr> others_;
     int selection_;
+    std::function<void()> exchangeMore_;
 };
 
 /// One attribute of a preset: its label, script or description.

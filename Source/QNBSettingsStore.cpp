@@ -201,6 +201,32 @@ EncodedPreference encode(const QNBSettings &settings)
     return all;
 }
 
+Result<QNBSettings> decode(const QByteArray &bytes)
+{
+    QString error;
+    const PropertyListDocument::Ptr document = PropertyListDocument::parse(bytes, &error);
+    if (!document)
+        return Result<QNBSettings>::failure(error);
+    const PropertyListNode root = document->root();
+    const PropertyListNode presets = root.isDictionary() ? root.value(QNBPreferenceKey::presets) : root;
+    const auto number = [&root](const QString &key) {
+        return PropertyList::integerValue(root.value(key).toVariant());
+    };
+    QStringList losses;
+    QNBSettings settings;
+    if (root.isDictionary() && presets.isArray())
+        settings.presets = presetsFrom(presets, document, losses);
+    else
+        losses << QStringLiteral("it holds no presets");
+    if (!losses.isEmpty())
+        return Result<QNBSettings>::failure(losses.join(QStringLiteral("; ")));
+    settings.showMenubar =
+        PropertyList::boolValue(root.value(QNBPreferenceKey::showMenubar).toVariant()).value_or(true);
+    settings.shortcutCombo = {.flags = quint64(number(QNBPreferenceKey::hotKeyFlags).value_or(0)),
+                              .code = number(QNBPreferenceKey::hotKeyCode).value_or(0)};
+    return settings;
+}
+
 QVariant configValueForKey(const std::optional<Bundle> &bundle, const QString &key)
 {
     const QString path =

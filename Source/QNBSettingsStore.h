@@ -60,6 +60,8 @@ Result<QList<QNBPresetRecordPtr>> presetsOf(const QByteArray &domain);
 
 /// The same keys and values in one dictionary, which is what a domain with nothing else in it holds.
 EncodedPreference encode(const QNBSettings &settings);
+/// What encode() made, from its bytes; fails for anything else.
+Result<QNBSettings> decode(const QByteArray &bytes);
 
 /// The value of \a key in the bundle's information property list. A parse failure is logged; invalid then, as
 /// without a bundle or key.

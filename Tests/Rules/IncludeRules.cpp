@@ -40,6 +40,7 @@ const QStringList coreClasses = {QStringLiteral("HJSLoginItemController"),
                                  QStringLiteral("QNBPresetFile"),
                                  QStringLiteral("QNBPresetImport"),
                                  QStringLiteral("QNBPresetRecord"),
+                                 QStringLiteral("QNBRecoveryFile"),
                                  QStringLiteral("QNBSettingsStore"),
                                  QStringLiteral("QNBSupportFiles"),
                                  QStringLiteral("QNBUniqueName")};

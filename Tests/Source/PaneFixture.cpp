@@ -204,6 +204,8 @@ QNBPrefPanePref::Services PaneFixture::services()
             offeredStates = states;
             return chosenState ? std::optional(states.value(*chosenState)) : std::nullopt;
         },
+        .recoveryFolder = path(recoveryFolder),
+        .recoveryDelay = recoveryDelay,
         .unexplainedWait = unexplainedWait,
     };
 }

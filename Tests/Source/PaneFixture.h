@@ -93,6 +93,9 @@ protected:
     /// The domain as store() left it.
     QByteArray storedDomain;
     RecordingListener listener;
+    /// Below the temporary home. What is not saved is kept so late that only who wants it sees it.
+    static inline const QString recoveryFolder = QStringLiteral("state/Quenby/Recovery");
+    std::chrono::milliseconds recoveryDelay = std::chrono::minutes(5);
     QStringList notifications;
     QList<QUrl> openedURLs;
     QStringList openedFiles;

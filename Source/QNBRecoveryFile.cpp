@@ -1,0 +1,198 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Source/QNBRecoveryFile.h"
+
+#include "Platform/BoundedFile.h"
+#include "Platform/DesktopFolders.h"
+#include "Platform/DurableFileWriter.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QLoggingCategory>
+#include <QMutexLocker>
+#include <QRandomGenerator>
+
+#include <algorithm>
+#include <cerrno>
+#include <set>
+#include <unistd.h>
+#include <utility>
+
+namespace {
+
+Q_LOGGING_CATEGORY(lcRecovery, "quenby.recovery")
+
+const QString contentSuffix = QStringLiteral(".plist");
+const QString lockSuffix = QStringLiteral(".lock");
+
+QString lockPathOf(const QString &path)
+{
+    return path.chopped(contentSuffix.size()) + lockSuffix;
+}
+
+/// By who holds the lock.
+Result<> removeWithLock(FileLayer &layer, const QString &path)
+{
+    Result<> removed = DurableFileWriter(&layer).remove(path);
+    // Nobody uses this name again.
+    if (removed)
+        layer.unlink(QFile::encodeName(lockPathOf(path)));
+    return removed;
+}
+
+} // namespace
+
+QNBRecoveryFile::QNBRecoveryFile(const QString &folder, FileLayer *layer)
+    : folder_(folder)
+    , layer_(layer ? *layer : FileLayer::real())
+{
+    thread_.setMaxThreadCount(1);
+}
+
+QNBRecoveryFile::~QNBRecoveryFile()
+{
+    finish();
+}
+
+void QNBRecoveryFile::write(EncodedPreference settings)
+{
+    if (folder_.isEmpty())
+        return;
+    isUsed_ = true;
+    give(std::make_shared<EncodedPreference>(std::move(settings)));
+}
+
+void QNBRecoveryFile::remove()
+{
+    if (std::exchange(isUsed_, false))
+        give(Removal());
+}
+
+void QNBRecoveryFile::give(Order order)
+{
+    const QMutexLocker locker(&mutex_);
+    const bool isAwaited = !std::holds_alternative<std::monostate>(order_);
+    order_ = std::move(order);
+    if (!isAwaited)
+        thread_.start([this] { obey(); });
+}
+
+void QNBRecoveryFile::obey()
+{
+    Order order;
+    {
+        const QMutexLocker locker(&mutex_);
+        std::swap(order, order_);
+    }
+    const auto *settings = std::get_if<std::shared_ptr<EncodedPreference>>(&order);
+    const Result<> result = settings ? writeNow(**settings) : removeNow();
+    if (result)
+        return;
+    qCWarning(lcRecovery) << "unsaved changes:" << result.error;
+    Q_EMIT failed(result.error);
+}
+
+Result<> QNBRecoveryFile::writeNow(const EncodedPreference &settings)
+{
+    const PropertyList::WriteResult content = settings.writer.finish(settings.top);
+    if (!content)
+        return Result<>::failure(content.error);
+    if (Result<> prepared = prepare(); !prepared)
+        return prepared;
+    return DurableFileWriter(&layer_).write(path_, *content.bytes);
+}
+
+Result<> QNBRecoveryFile::removeNow()
+{
+    if (!lock_)
+        return {};
+    Result<> removed = removeWithLock(layer_, path_);
+    if (removed)
+        lock_.reset();
+    return removed;
+}
+
+Result<> QNBRecoveryFile::prepare()
+{
+    if (lock_)
+        return {};
+    if (DesktopFolders::isOthers(folder_))
+        return Result<>::failure(QStringLiteral("%1 is in the home of another user").arg(folder_));
+    if (Result<> made = DurableFileWriter(&layer_).makeFolder(folder_); !made)
+        return made;
+    const QString name = QString::number(QRandomGenerator::system()->generate64(), 16) + contentSuffix;
+    const QString path = QDir(folder_).filePath(name);
+    QString error;
+    // Whoever looks for what was left may have it for a moment.
+    constexpr int patience = 1000;
+    std::optional<FileLock> lock = FileLock::acquire(layer_, lockPathOf(path), patience, &error);
+    if (!lock)
+        return Result<>::failure(error);
+    lock_.emplace(std::move(*lock));
+    path_ = path;
+    return {};
+}
+
+QNBLeftRecovery::QNBLeftRecovery(FileLayer &layer, QString path, QDateTime written, FileLock lock)
+    : layer_(&layer)
+    , path_(std::move(path))
+    , written_(std::move(written))
+    , lock_(std::make_unique<FileLock>(std::move(lock)))
+{
+}
+
+std::vector<QNBLeftRecovery> QNBLeftRecovery::allIn(const QString &folder, FileLayer *given)
+{
+    FileLayer &layer = given ? *given : FileLayer::real();
+    std::vector<QNBLeftRecovery> found;
+    if (folder.isEmpty() || DesktopFolders::isOthers(folder))
+        return found;
+    std::set<QString> paths;
+    for (const QByteArray &entry : layer.entries(QFile::encodeName(folder)).value_or(QList<QByteArray>())) {
+        const QString path = QDir(folder).filePath(QFile::decodeName(entry));
+        for (const QString &suffix : {contentSuffix, lockSuffix}) {
+            if (path.endsWith(suffix))
+                paths.insert(path.chopped(suffix.size()) + contentSuffix);
+        }
+    }
+    for (const QString &path : paths) {
+        QString busy;
+        std::optional<FileLock> lock = FileLock::acquire(layer, lockPathOf(path), 0, &busy);
+        if (!lock)
+            continue;
+        DurableFileWriter(&layer).removeStrayTemporaries(path);
+        struct stat information = {};
+        if (layer.lstat(QFile::encodeName(path), &information) == 0)
+            found.push_back({layer, path,
+                             QDateTime::fromMSecsSinceEpoch(qint64(information.st_mtim.tv_sec) * 1000 +
+                                                            information.st_mtim.tv_nsec / 1'000'000),
+                             std::move(*lock)});
+        else
+            layer.unlink(QFile::encodeName(lockPathOf(path)));
+    }
+    std::stable_sort(found.begin(), found.end(),
+                     [](const QNBLeftRecovery &one, const QNBLeftRecovery &other) {
+                         return one.written_ > other.written_;
+                     });
+    return found;
+}
+
+Result<QNBSettings> QNBLeftRecovery::read() const
+{
+    struct stat information = {};
+    if (layer_->lstat(QFile::encodeName(path_), &information) == -1)
+        return Result<QNBSettings>::failure(
+            systemError(QStringLiteral("cannot examine %1").arg(path_), errno));
+    if (!S_ISREG(information.st_mode) || information.st_uid != ::geteuid())
+        return Result<QNBSettings>::failure(QStringLiteral("%1 is no file of yours").arg(path_));
+    QString error;
+    const std::optional<QByteArray> bytes = BoundedFile::read(path_, PropertyList::Limits::inputSize, &error);
+    return bytes ? QNBSettingsStore::decode(*bytes) : Result<QNBSettings>::failure(error);
+}
+
+Result<> QNBLeftRecovery::discard()
+{
+    return removeWithLock(*layer_, path_);
+}

@@ -1,0 +1,272 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Source/QNBRecoveryFile.h"
+
+#include "Tests/Platform/FailingFileLayer.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+QNBSettings settingsWith(const QString &label)
+{
+    auto record = std::make_shared<QNBPresetRecord>();
+    record->setValueForKey(label, QNBPresetKey::label);
+    record->setFileHierarchy(QNBHierarchyItem::initWithDictionary(QVariantMap{
+        {QStringLiteral("isFolder"), true},
+        {QStringLiteral("children"), QVariantList{QVariantMap{{QStringLiteral("filename"), label}}}}}));
+    QNBSettings settings;
+    settings.presets = {record};
+    settings.showMenubar = false;
+    settings.shortcutCombo = {.flags = 1 << 20, .code = 45};
+    return settings;
+}
+
+class QNBRecoveryFileTest : public ::testing::Test
+{
+protected:
+    /// Leaves \a label behind, as a pane does that ends without saving.
+    void leave(const QString &label)
+    {
+        QNBRecoveryFile file(folder_);
+        file.write(QNBSettingsStore::encode(settingsWith(label)));
+    }
+    QStringList leftLabels() const
+    {
+        QStringList labels;
+        for (const QNBLeftRecovery &left : QNBLeftRecovery::allIn(folder_)) {
+            const Result<QNBSettings> settings = left.read();
+            labels << (settings ? settings->presets.constFirst()->label() : settings.error);
+        }
+        return labels;
+    }
+    QStringList files() const { return QDir(folder_).entryList(QDir::Files | QDir::Hidden); }
+
+    const QTemporaryDir home_;
+    const QString folder_ = home_.filePath(QStringLiteral("state/Quenby/Recovery"));
+};
+
+} // namespace
+
+TEST_F(QNBRecoveryFileTest, WhatAPaneLeavesIsReadAgainWhole)
+{
+    leave(QStringLiteral("A"));
+    const std::vector<QNBLeftRecovery> left = QNBLeftRecovery::allIn(folder_);
+    ASSERT_EQ(left.size(), 1U);
+    const Result<QNBSettings> settings = left.front().read();
+    ASSERT_TRUE(settings) << qPrintable(settings.error);
+    EXPECT_EQ(settings->presets.constFirst()->label(), QStringLiteral("A"));
+    EXPECT_EQ(settings->presets.constFirst()->fileHierarchy()->children().size(), 1U);
+    EXPECT_FALSE(settings->showMenubar);
+    EXPECT_EQ(settings->shortcutCombo, settingsWith({}).shortcutCombo);
+    EXPECT_LE(left.front().written(), QDateTime::currentDateTime());
+}
+
+TEST_F(QNBRecoveryFileTest, OnlyItsOwnerMayReadIt)
+{
+    const mode_t before = ::umask(0);
+    leave(QStringLiteral("A"));
+    ::umask(before);
+    for (const QString &name : files()) {
+        struct stat information = {};
+        ASSERT_EQ(::stat(QFile::encodeName(QDir(folder_).filePath(name)).constData(), &information), 0);
+        EXPECT_EQ(information.st_mode & 0777, 0600U) << qPrintable(name);
+    }
+    struct stat information = {};
+    ASSERT_EQ(::stat(QFile::encodeName(folder_).constData(), &information), 0);
+    EXPECT_EQ(information.st_mode & 0777, 0700U);
+}
+
+TEST_F(QNBRecoveryFileTest, TheLastOfSeveralWritesCounts)
+{
+    {
+        QNBRecoveryFile file(folder_);
+        for (int number = 0; number < 50; ++number)
+            file.write(QNBSettingsStore::encode(settingsWith(QString::number(number))));
+    }
+    EXPECT_EQ(leftLabels(), QStringList(QStringLiteral("49")));
+}
+
+TEST_F(QNBRecoveryFileTest, NobodyIsOfferedWhatARunningPaneKeeps)
+{
+    QNBRecoveryFile running(folder_);
+    {
+        QNBRecoveryFile other(folder_);
+        running.write(QNBSettingsStore::encode(settingsWith(QStringLiteral("running"))));
+        other.write(QNBSettingsStore::encode(settingsWith(QStringLiteral("ended"))));
+    }
+    running.finish();
+    ASSERT_EQ(files().filter(QStringLiteral(".plist")).size(), 2);
+    EXPECT_EQ(leftLabels(), QStringList(QStringLiteral("ended")));
+}
+
+TEST_F(QNBRecoveryFileTest, WhatIsOfferedToOnePaneIsNotOfferedToAnother)
+{
+    leave(QStringLiteral("A"));
+    {
+        const std::vector<QNBLeftRecovery> offered = QNBLeftRecovery::allIn(folder_);
+        ASSERT_EQ(offered.size(), 1U);
+        EXPECT_TRUE(QNBLeftRecovery::allIn(folder_).empty());
+    }
+    EXPECT_EQ(QNBLeftRecovery::allIn(folder_).size(), 1U) << "undecided, it is offered again";
+}
+
+TEST_F(QNBRecoveryFileTest, TheLatestComesFirst)
+{
+    leave(QStringLiteral("older"));
+    const QString older = QNBLeftRecovery::allIn(folder_).front().path();
+    QFile file(older);
+    ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+    ASSERT_TRUE(
+        file.setFileTime(QDateTime::currentDateTime().addDays(-1), QFileDevice::FileModificationTime));
+    file.close();
+    leave(QStringLiteral("newer"));
+    EXPECT_EQ(leftLabels(), QStringList({QStringLiteral("newer"), QStringLiteral("older")}));
+}
+
+TEST_F(QNBRecoveryFileTest, SavedOrDiscardedNothingIsLeft)
+{
+    {
+        QNBRecoveryFile file(folder_);
+        file.write(QNBSettingsStore::encode(settingsWith(QStringLiteral("A"))));
+        file.remove();
+    }
+    leave(QStringLiteral("B"));
+    std::vector<QNBLeftRecovery> left = QNBLeftRecovery::allIn(folder_);
+    ASSERT_EQ(left.size(), 1U);
+    EXPECT_TRUE(left.front().discard());
+    left.clear();
+    EXPECT_EQ(files(), QStringList());
+}
+
+TEST_F(QNBRecoveryFileTest, AWriteAfterARemovalCounts)
+{
+    {
+        QNBRecoveryFile file(folder_);
+        for (int number = 0; number < 20; ++number) {
+            file.write(QNBSettingsStore::encode(settingsWith(QStringLiteral("before"))));
+            file.remove();
+            file.write(QNBSettingsStore::encode(settingsWith(QStringLiteral("after"))));
+        }
+    }
+    EXPECT_EQ(leftLabels(), QStringList(QStringLiteral("after")));
+}
+
+TEST_F(QNBRecoveryFileTest, WhateverCallFailsTheOldContentOrTheNewOneIsThere)
+{
+    FailingFileLayer counting;
+    {
+        QNBRecoveryFile file(folder_, &counting);
+        file.write(QNBSettingsStore::encode(settingsWith(QStringLiteral("old"))));
+    }
+    ASSERT_GT(counting.calls, 5);
+    int failures = 0;
+    for (int call = 0; call < 2 * counting.calls; ++call) {
+        ASSERT_TRUE(QDir(folder_).removeRecursively());
+        FailingFileLayer layer;
+        bool hasFailed = false;
+        {
+            QNBRecoveryFile file(folder_, &layer);
+            QObject::connect(
+                &file, &QNBRecoveryFile::failed, &file, [&] { hasFailed = true; }, Qt::DirectConnection);
+            layer.failingCall = call;
+            file.write(QNBSettingsStore::encode(settingsWith(QStringLiteral("old"))));
+            file.finish();
+            file.write(QNBSettingsStore::encode(settingsWith(QStringLiteral("new"))));
+        }
+        failures += hasFailed ? 1 : 0;
+        const QStringList labels = leftLabels();
+        ASSERT_LE(labels.size(), 1);
+        EXPECT_TRUE(labels.isEmpty()
+                        ? hasFailed
+                        : labels.constFirst() == u"new" || (hasFailed && labels.constFirst() == u"old"))
+            << call << qPrintable(labels.join(u' '));
+    }
+    EXPECT_GT(failures, 5);
+}
+
+TEST_F(QNBRecoveryFileTest, AFullDiskIsToldWithItsReason)
+{
+    FailingFileLayer layer;
+    layer.space = 10;
+    QString reason;
+    {
+        QNBRecoveryFile file(folder_, &layer);
+        QObject::connect(
+            &file, &QNBRecoveryFile::failed, &file, [&](const QString &told) { reason = told; },
+            Qt::DirectConnection);
+        file.write(QNBSettingsStore::encode(settingsWith(QStringLiteral("A"))));
+    }
+    EXPECT_TRUE(reason.endsWith(QString::fromLocal8Bit(std::strerror(ENOSPC)))) << qPrintable(reason);
+    EXPECT_TRUE(leftLabels().isEmpty());
+}
+
+TEST_F(QNBRecoveryFileTest, NothingIsWrittenIntoTheHomeOfAnotherUser)
+{
+    // Only root can give a folder away, and to everybody else root is another user.
+    const bool isRoot = ::geteuid() == 0;
+    const QByteArray home = isRoot ? QFile::encodeName(home_.path()) : QByteArray("/root");
+    constexpr uid_t stranger = 12345;
+    if (isRoot) {
+        ASSERT_EQ(::chown(home.constData(), stranger, stranger), 0);
+    }
+    bool hasFailed = false;
+    {
+        QNBRecoveryFile file(QFile::decodeName(home) + QStringLiteral("/state/Quenby/Recovery"));
+        QObject::connect(
+            &file, &QNBRecoveryFile::failed, &file, [&] { hasFailed = true; }, Qt::DirectConnection);
+        file.write(QNBSettingsStore::encode(settingsWith(QStringLiteral("A"))));
+    }
+    EXPECT_TRUE(hasFailed);
+    EXPECT_FALSE(QFile::exists(QFile::decodeName(home) + QStringLiteral("/state")));
+}
+
+TEST_F(QNBRecoveryFileTest, WithoutAFolderNothingIsKept)
+{
+    QNBRecoveryFile file{QString()};
+    file.write(QNBSettingsStore::encode(settingsWith(QStringLiteral("A"))));
+    file.remove();
+    EXPECT_TRUE(QNBLeftRecovery::allIn({}).empty());
+}
+
+TEST_F(QNBRecoveryFileTest, WhatIsNoRecoveryFileIsRefusedAndStays)
+{
+    ASSERT_TRUE(QDir().mkpath(folder_));
+    const QByteArray notTheOnes[] = {
+        "", "garbage", "<plist version=\"1.0\"><array/></plist>",
+        "<plist version=\"1.0\"><dict><key>QNBPresets</key><true/></dict></plist>"};
+    for (const QByteArray &bytes : notTheOnes) {
+        QFile file(QDir(folder_).filePath(QStringLiteral("strange.plist")));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(bytes);
+        file.close();
+        const std::vector<QNBLeftRecovery> left = QNBLeftRecovery::allIn(folder_);
+        ASSERT_EQ(left.size(), 1U);
+        EXPECT_FALSE(left.front().read()) << bytes.constData();
+        EXPECT_TRUE(file.exists());
+    }
+    ASSERT_TRUE(QFile::remove(QDir(folder_).filePath(QStringLiteral("strange.plist"))));
+    ASSERT_EQ(::symlink("/etc/passwd",
+                        QFile::encodeName(QDir(folder_).filePath(QStringLiteral("link.plist"))).constData()),
+              0);
+    const std::vector<QNBLeftRecovery> left = QNBLeftRecovery::allIn(folder_);
+    ASSERT_EQ(left.size(), 1U);
+    EXPECT_FALSE(left.front().read());
+}
+
+TEST_F(QNBRecoveryFileTest, WhatAKilledWriterLeftIsRemovedWithItsLock)
+{
+    leave(QStringLiteral("A"));
+    const QString path = QNBLeftRecovery::allIn(folder_).front().path();
+    // Killed before the first file was whole: a lock and a temporary file.
+    ASSERT_TRUE(QFile::remove(path));
+    ASSERT_EQ(files().size(), 1);
+    EXPECT_TRUE(QNBLeftRecovery::allIn(folder_).empty());
+    EXPECT_EQ(files(), QStringList());
+}
