@@ -13,6 +13,7 @@
 #include <cstdio>
 #include <fcntl.h>
 #include <unistd.h>
+#include <utility>
 
 namespace {
 
@@ -80,15 +81,16 @@ void BM_SynchronizePreferences(benchmark::State &state)
     options.folder = folder.path();
     options.lockFolder = folder.path();
     Preferences preferences(QStringLiteral("org.quenby.Quenby"), options);
-    EncodedPreference presets;
-    std::vector<BinaryPropertyListWriter::Ref> records;
-    for (const QNBPresetRecordPtr &preset : SamplePresets::presets(state.range(0), itemsPerPreset))
-        records.push_back(preset->encode(presets.writer));
-    presets.top = presets.writer.array(records);
+    const QList<QNBPresetRecordPtr> presets = SamplePresets::presets(state.range(0), itemsPerPreset);
     qlonglong number = 0;
     for (auto _ : state) {
         state.PauseTiming();
-        preferences.setAppValue(QNBPreferenceKey::presets, presets);
+        EncodedPreference encoded;
+        std::vector<BinaryPropertyListWriter::Ref> records;
+        for (const QNBPresetRecordPtr &preset : presets)
+            records.push_back(preset->encode(encoded.writer));
+        encoded.top = encoded.writer.array(records);
+        preferences.setAppValue(QNBPreferenceKey::presets, std::move(encoded));
         preferences.setAppValue(QNBPreferenceKey::hotKeyCode, number ^= 0x100);
         state.ResumeTiming();
         if (const Result<> saved = preferences.appSynchronize(); !saved)
@@ -96,7 +98,7 @@ void BM_SynchronizePreferences(benchmark::State &state)
     }
     Preferences again(QStringLiteral("org.quenby.Quenby"), options);
     PropertyListDocument::Ptr keepAlive;
-    if (again.copyAppNode(QNBPreferenceKey::presets, &keepAlive).count() != qsizetype(records.size()))
+    if (again.copyAppNode(QNBPreferenceKey::presets, &keepAlive).count() != presets.size())
         state.SkipWithError("presets are missing");
 }
 
