@@ -226,7 +226,7 @@ BinaryPropertyListWriter::Ref BinaryPropertyListWriter::data(const QByteArray &v
     return added;
 }
 
-BinaryPropertyListWriter::ComingString BinaryPropertyListWriter::coming(const QString &value) const
+BinaryPropertyListWriter::ComingString BinaryPropertyListWriter::comingLong(const QString &value) const
 {
     const void *const identity = KnownParts::identity(value);
     if (known_.find(identity))
@@ -255,16 +255,20 @@ BinaryPropertyListWriter::Ref BinaryPropertyListWriter::string(const QString &va
     return string(coming(value));
 }
 
+BinaryPropertyListWriter::Ref BinaryPropertyListWriter::longString(const ComingString &value)
+{
+    const void *const identity = KnownParts::identity(*value.owner);
+    if (const std::optional<Ref> known = known_.find(identity))
+        return *known;
+    const Ref added = string({value.text, value.hash});
+    known_.add(identity, *value.owner, added);
+    return added;
+}
+
 BinaryPropertyListWriter::Ref BinaryPropertyListWriter::string(const ComingString &value)
 {
-    if (value.owner) {
-        const void *const identity = KnownParts::identity(*value.owner);
-        if (const std::optional<Ref> known = known_.find(identity))
-            return *known;
-        const Ref added = string({value.text, value.hash});
-        known_.add(identity, *value.owner, added);
-        return added;
-    }
+    if (value.owner)
+        return longString(value);
     const std::size_t size = std::size_t(value.text.size());
     if (size > maximumSize)
         return invalid(QString::fromLatin1(tooLarge));

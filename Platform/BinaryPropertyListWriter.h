@@ -48,7 +48,10 @@ public:
         const QString *owner = nullptr;
     };
     ComingString coming(QStringView value) const;
-    ComingString coming(const QString &value) const;
+    ComingString coming(const QString &value) const
+    {
+        return value.size() < KnownParts::smallest ? coming(QStringView(value)) : comingLong(value);
+    }
     Ref string(const ComingString &value);
     Ref uid(quint64 value);
     /// For a UID that the caller adds once: it is not looked for among the scalars, nor found by uid().
@@ -101,6 +104,8 @@ private:
         Kind kind = Kind::Scalar;
     };
 
+    ComingString comingLong(const QString &value) const;
+    Ref longString(const ComingString &value);
     Ref scalar(PropertyListType type, const QVariant &value);
     quint8 *grow(std::size_t size);
     void encodeUID(quint64 value);
