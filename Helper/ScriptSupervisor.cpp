@@ -100,7 +100,8 @@ private:
     /// The program's locks, and what others are to see closed when it ends.
     void closeAllOthers() const
     {
-        const auto [low, high] = std::minmax(static_cast<unsigned>(socket_), static_cast<unsigned>(signals_));
+        const auto low = static_cast<unsigned>(std::min(socket_, signals_));
+        const auto high = static_cast<unsigned>(std::max(socket_, signals_));
         if (low > 0)
             ::close_range(0, low - 1, 0);
         if (high > low + 1)
