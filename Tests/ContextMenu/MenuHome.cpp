@@ -197,10 +197,13 @@ void MenuHome::expectCall(const QString &label, const QByteArrayList &folders)
 
 QMap<QString, QByteArray> MenuHome::contentOfHome() const
 {
+    const QString state = home_.stateFolder() + QStringLiteral("/Quenby");
     QMap<QString, QByteArray> content;
     const QStringList paths = entriesBelow(home_.path());
     for (const QString &path : paths) {
-        if (path.startsWith(home_.runtimeFolder()))
+        // Whoever saves the presets keeps earlier states of them.
+        if (path.startsWith(home_.runtimeFolder()) || path == state ||
+            path.startsWith(state + QStringLiteral("/Earlier States")))
             continue;
         const QFileInfo information(path);
         const QByteArray mode = QByteArray::number(int(information.permissions()), 16) + ' ';
