@@ -1,6 +1,8 @@
 // SPDX-FileCopyrightText: Quenby contributors
 // SPDX-License-Identifier: MIT
 
+#include "Tests/OwnProcesses.h"
+
 #include <QApplication>
 #include <gmock/gmock.h>
 
@@ -8,7 +10,9 @@ int main(int argc, char **argv)
 {
     if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
-    const QApplication application(argc, argv);
     ::testing::InitGoogleMock(&argc, argv);
-    return RUN_ALL_TESTS();
+    return runInOwnProcesses([&argc, argv] {
+        const QApplication application(argc, argv);
+        return RUN_ALL_TESTS();
+    });
 }

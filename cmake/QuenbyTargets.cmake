@@ -21,7 +21,8 @@ set(QUENBY_TEST_OPTIONS -O0)
 
 # quenby_add_tests(ROOM [WINDOWS] SOURCES... LIBRARIES... [WITH_HELPERS PATTERN]): the program
 # quenby-tests-<room>, each case a ctest test. WINDOWS gives it a QApplication instead of a QCoreApplication. The
-# tests that PATTERN names start processes that are called like the helper, or end those: never two at a time.
+# tests that PATTERN names start processes that are called like the helper, or end those: never two at a time, and
+# where the system gives one, in a process namespace of their own.
 function(quenby_add_tests room)
   cmake_parse_arguments(arg "WINDOWS" "WITH_HELPERS" "SOURCES;LIBRARIES" ${ARGN})
   set(target quenby-tests-${room})
@@ -29,7 +30,7 @@ function(quenby_add_tests room)
   if(arg_WINDOWS)
     set(main "${PROJECT_SOURCE_DIR}/Tests/mainWithWindows.cpp")
   endif()
-  add_executable(${target} ${arg_SOURCES} "${main}")
+  add_executable(${target} ${arg_SOURCES} "${main}" "${PROJECT_SOURCE_DIR}/Tests/OwnProcesses.cpp")
   if(QUENBY_SANITIZE MATCHES "thread")
     target_sources(${target} PRIVATE "${PROJECT_SOURCE_DIR}/Tests/ThreadSanitizerForQt.cpp")
   endif()
@@ -42,7 +43,8 @@ function(quenby_add_tests room)
   if(arg_WITH_HELPERS)
     gtest_discover_tests(${target} ${discovery} TEST_FILTER "-${arg_WITH_HELPERS}" PROPERTIES ${properties})
     gtest_discover_tests(${target} ${discovery} TEST_FILTER "${arg_WITH_HELPERS}" TEST_LIST ${target}_WITH_HELPERS
-                         PROPERTIES ${properties} RESOURCE_LOCK QNBHelper)
+                         PROPERTIES ${properties} RESOURCE_LOCK QNBHelper
+                         ENVIRONMENT QUENBY_TESTS_OWN_PROCESSES=1)
   else()
     gtest_discover_tests(${target} ${discovery} PROPERTIES ${properties})
   endif()
