@@ -320,7 +320,7 @@ TEST(QNBHierarchyItem, CopyKeepsTheKindEvenWhereTheChildrenSayOtherwise)
     EXPECT_FALSE(file->copyWithZone()->isDirectory());
 }
 
-TEST(QNBHierarchyItem, SettersStoreACopy)
+TEST(QNBHierarchyItem, WhatWasSetDoesNotFollowTheListAndMapOfTheCaller)
 {
     const QNBHierarchyItemPtr item = QNBHierarchyItem::init();
     QNBHierarchyItem::Children children{QNBHierarchyItem::init()};

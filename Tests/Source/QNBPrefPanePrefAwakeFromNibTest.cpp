@@ -255,12 +255,6 @@ TEST_F(QNBPrefPanePrefAwakeFromNib, TheVersionIsTheBundles)
     EXPECT_EQ(pane->configValueForKey(QStringLiteral("NoSuchKey")), QVariant());
 }
 
-TEST_F(QNBPrefPanePrefAwakeFromNib, TheStartButtonBeginsAsStart)
-{
-    openPane();
-    EXPECT_EQ(outlet<QPushButton>(QStringLiteral("_ui_startStopButton"))->text(), u"Start");
-}
-
 TEST_F(QNBPrefPanePrefAwakeFromNib, MenusHaveTheirFixedItemsAndTags)
 {
     openPane();

@@ -4,12 +4,15 @@
 #include "PaneFixture.h"
 
 #include "Source/QNBHoverButton.h"
+#include "Source/QNBPresetFile.h"
 #include "Toolkit/ArrayController.h"
 #include "Toolkit/DraggingInfo.h"
 #include "Toolkit/Pasteboard.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QCheckBox>
+#include <QLineEdit>
 #include <QMimeData>
 #include <QPushButton>
 #include <random>
@@ -25,6 +28,8 @@ protected:
         store({preset(QStringLiteral("First"), {QStringLiteral("folder/"), QStringLiteral("file")}),
                preset(QStringLiteral("Second"), {QStringLiteral("other/")}),
                preset(QStringLiteral("Third"))});
+        ASSERT_TRUE(QNBPresetFile::write(*preset(QStringLiteral("Imported"), {QStringLiteral("inside/")}),
+                                         home.path(), &imported_));
         openPane();
         controller().setSelectionIndex(0);
     }
@@ -108,9 +113,43 @@ protected:
         pane->tableViewAcceptDrop(list(), info, pick(count + 1), TableDropOperation::Above);
     }
 
+    void removePreset()
+    {
+        // One stays, to be edited.
+        if (controller().arrangedObjects().size() == 1 || controller().selectedObjects().isEmpty())
+            return;
+        alertAnswers << AlertPanel::Answer::Default;
+        pane->removeSelectedPresetAfterConfirmation();
+        EXPECT_TRUE(alertAnswers.isEmpty());
+    }
+
+    void importPreset()
+    {
+        QMimeData data;
+        data.setUrls({QUrl::fromLocalFile(path(imported_))});
+        const DraggingInfo info(data, DragOperation::Copy);
+        const int count = static_cast<int>(controller().arrangedObjects().size());
+        EXPECT_TRUE(pane->tableViewAcceptDrop(list(), info, pick(count + 1), TableDropOperation::Above));
+    }
+
+    void openOrCloseFolder()
+    {
+        if (const int rows = outline().numberOfRows(); rows > 0) {
+            const OutlineItem item = outline().itemAtRow(pick(rows));
+            pick(2) == 0 ? outline().expandItem(item) : outline().collapseItem(item);
+        }
+    }
+
+    /// An editor that the next edit finds open has been typed into.
+    void leaveEditorOpen() const
+    {
+        if (auto *editor = qobject_cast<QLineEdit *>(QApplication::focusWidget()))
+            editor->insert(QStringLiteral("typed"));
+    }
+
     void edit()
     {
-        const int action = pick(100);
+        const int action = pick(110);
         if (action < 50)
             selectAnything();
         if (action < 12)
@@ -135,9 +174,22 @@ protected:
             controller().setSelectionIndex(pick(static_cast<int>(controller().arrangedObjects().size())));
         else if (action < 95)
             pane->undo();
-        else
+        else if (action < 100)
             pane->redo();
-        outline().endEditing();
+        else if (action < 102)
+            pane->addPreset();
+        else if (action < 104)
+            removePreset();
+        else if (action < 105)
+            importPreset();
+        else
+            openOrCloseFolder();
+        if (pick(4) == 0) {
+            leaveEditorOpen();
+        } else {
+            outline().endEditing();
+            list().endEditing();
+        }
     }
 
     /// Every preset, with identifiers, in the list's order.
@@ -224,6 +276,7 @@ protected:
     }
 
     std::mt19937 random_{20261121};
+    QString imported_;
 };
 
 } // namespace
@@ -240,6 +293,8 @@ TEST_F(RandomEdits, TenThousandKeepViewNamesAndHistoryTrue)
         ASSERT_NO_FATAL_FAILURE(expectTheViewShowsTheTree()) << count;
         ASSERT_NO_FATAL_FAILURE(expectNamesAreUniqueInEachFolder()) << count;
     }
+    outline().endEditing();
+    list().endEditing();
     redoAll();
     const QVariantList after = everything();
     ASSERT_NE(after, before);

@@ -80,7 +80,7 @@ TEST_F(ZBIconCellTest, ImageFrameStandsTwelveFromTheLeftAndInTheMiddle)
     EXPECT_EQ(cell.imageFrameForCellFrame(QRect(0, 0, 200, 13)), QRect(12, -1, 16, 16)) << "too large";
 }
 
-TEST_F(ZBIconCellTest, ACellWithoutAnImageDrawsAndEditsAsAPlainTextCell)
+TEST_F(ZBIconCellTest, ACellWithoutAnImageIsPlainTextWhoseEditorLeavesRoomForTheImage)
 {
     EXPECT_TRUE(cell.image().isNull());
     EXPECT_EQ(draw(cell), draw(text));
