@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "PaneFixture.h"
+#include "Tests/Session/ComposingInputMethod.h"
 
 #include "Source/ZBIconCell.h"
 #include "Toolkit/ArrayController.h"
@@ -121,6 +122,18 @@ TEST_F(QNBPrefPanePrefLifecycle, ResigningCommitsTheDescriptionBeingTyped)
     loseKeyboardAndRegainIt();
     EXPECT_EQ(stored().presets.constFirst()->valueForKey(QNBPresetKey::presetDescription),
               QVariant(QStringLiteral("for clients")));
+}
+
+TEST_F(QNBPrefPanePrefLifecycle, LeavingCommitsTheDescriptionBeingComposed)
+{
+    ComposingInputMethod inputMethod;
+    store({preset(QStringLiteral("A"))});
+    openPane();
+    outlet<QPlainTextEdit>(descriptionOutlet)->setFocus();
+    inputMethod.compose(QStringLiteral("\u65e5\u672c"));
+    leavePane();
+    EXPECT_EQ(stored().presets.constFirst()->valueForKey(QNBPresetKey::presetDescription),
+              QVariant(QStringLiteral("\u65e5\u672c")));
 }
 
 TEST_F(QNBPrefPanePrefLifecycle, ResigningCommitsTheLabelBeingTyped)

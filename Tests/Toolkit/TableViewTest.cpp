@@ -5,6 +5,7 @@
 
 #include "FakeRecord.h"
 #include "PaintedRegion.h"
+#include "Tests/Session/ComposingInputMethod.h"
 #include "Toolkit/ArrayController.h"
 
 #include <QAbstractItemModelTester>
@@ -170,6 +171,16 @@ TEST_F(TableViewTest, EndEditingKeepsWhatWasTyped)
     EXPECT_FALSE(view.isEditing());
     view.endEditing();
     EXPECT_EQ(label(0), u"half");
+}
+
+TEST_F(TableViewTest, EndEditingKeepsWhatIsBeingComposed)
+{
+    ComposingInputMethod inputMethod;
+    view.editColumn(labelKey, 0);
+    editor()->setFocus();
+    inputMethod.compose(QStringLiteral("\u65e5\u672c"));
+    view.endEditing();
+    EXPECT_EQ(label(0), u"\u65e5\u672c");
 }
 
 TEST_F(TableViewTest, TheDelegateRefusesOrAmendsValues)
