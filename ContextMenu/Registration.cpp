@@ -56,14 +56,16 @@ Result<> writeAll(Manifest &manifest, const QByteArray &helper)
         qCWarning(lcRegistration) << "the helper was not found; the menu is written when it starts";
         return manifest.save();
     }
-    const PresetMenu menu = Registration::menuFor(helper);
     const QStringList registered = manifest.fileManagers();
     Result<> result = manifest.save();
     if (!result)
         return result;
+    const Result<PresetMenu> menu = Registration::menuFor(helper);
+    if (!menu)
+        return Result<>::failure(menu.error);
     for (const std::unique_ptr<FileManager> &manager : FileManager::all()) {
         if (registered.contains(manager->name()))
-            keep(result, manager->write(menu, manifest));
+            keep(result, manager->write(*menu, manifest));
     }
     return result;
 }
@@ -102,11 +104,11 @@ Result<> Registration::unregister()
     });
 }
 
-PresetMenu Registration::menuFor(const QByteArray &helper)
+Result<PresetMenu> Registration::menuFor(const QByteArray &helper)
 {
-    Preferences preferences(QNBProductIdentifier());
-    QNBSettings settings;
-    // The reason is in the log.
-    (void)QNBSettingsStore::read(preferences, HelperFinder::paneOf(helper), settings);
-    return PresetMenu::of(settings.presets, helper);
+    const Result<QNBSettings> settings = QNBSettingsStore::stored(HelperFinder::paneOf(helper));
+    if (!settings)
+        return Result<PresetMenu>::failure(
+            QStringLiteral("the presets cannot be read: %1").arg(settings.error));
+    return PresetMenu::of(settings->presets, helper);
 }

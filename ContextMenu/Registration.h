@@ -24,7 +24,8 @@ Result<> refresh(const QByteArray &helper);
 /// Removes what was written.
 Result<> unregister();
 
-/// The presets of the user, or those that the pane of \a helper comes with if none were ever stored.
-PresetMenu menuFor(const QByteArray &helper);
+/// The presets of the user, or those that the pane of \a helper comes with if none were ever stored. Fails
+/// while the user's cannot be read.
+Result<PresetMenu> menuFor(const QByteArray &helper);
 
 } // namespace Registration

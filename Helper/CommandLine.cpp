@@ -105,11 +105,15 @@ ExitCode CommandLine::perform(const CommandLineOptions &options)
 
 ExitCode CommandLine::list(const CommandLineOptions &options)
 {
-    const QNBSettings settings = readSettings();
+    const Result<QNBSettings> settings = readSettings();
+    if (!settings) {
+        tell(settings.error);
+        return ExitCode::NoSuchPreset;
+    }
     if (options.isJson) {
-        console_.print(QJsonDocument(CommandLineJson::presets(settings.presets)).toJson());
+        console_.print(QJsonDocument(CommandLineJson::presets(settings->presets)).toJson());
     } else {
-        for (const QNBPresetRecordPtr &preset : settings.presets)
+        for (const QNBPresetRecordPtr &preset : settings->presets)
             console_.printLine(preset->label());
     }
     return ExitCode::Done;
@@ -133,9 +137,10 @@ ExitCode CommandLine::create(const CommandLineOptions &options)
         return *code;
 
     ExitCode code = ExitCode::NoSuchPreset;
-    const QNBSettings settings = readSettings();
-    QString error;
-    if (const QNBPresetRecordPtr preset = presetNamed(settings.presets, options.preset, &error)) {
+    const Result<QNBSettings> settings = readSettings();
+    QString error = settings.error;
+    if (const QNBPresetRecordPtr preset =
+            settings ? presetNamed(settings->presets, options.preset, &error) : nullptr) {
         QList<CreationRequest> requests;
         const auto step = std::make_shared<UndoStep>(folders.size());
         for (const QString &folder : std::as_const(folders)) {

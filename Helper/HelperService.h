@@ -20,7 +20,7 @@ enum class Answer {
     Taken,
     /// Nothing happened.
     NotRunning,
-    /// Nothing happened: it knows no such preset, or more than one.
+    /// Nothing happened: it knows no such preset, or more than one, or cannot read the presets.
     NotUnderstood,
     /// It may or may not have taken the order.
     Failed,

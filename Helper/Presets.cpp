@@ -3,7 +3,6 @@
 
 #include "Helper/Presets.h"
 
-#include "Platform/Preferences.h"
 #include "Shared/Source/QNBShared.h"
 
 #include <QCoreApplication>
@@ -43,12 +42,11 @@ std::optional<Bundle> paneBundle(const QString &executableFolder)
     return bundle;
 }
 
-QNBSettings readSettings()
+Result<QNBSettings> readSettings()
 {
-    QNBSettings settings;
-    Preferences preferences(QNBProductIdentifier());
-    // The reason is in the log.
-    (void)QNBSettingsStore::read(preferences, paneBundle(), settings);
+    Result<QNBSettings> settings = QNBSettingsStore::stored(paneBundle());
+    if (!settings)
+        settings.error = tr("The presets cannot be read: %1").arg(settings.error);
     return settings;
 }
 

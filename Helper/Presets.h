@@ -18,8 +18,8 @@ std::optional<Bundle> paneBundle(const QString &executableFolder);
 
 /// The settings as they are in the domain now. Presets that were never stored are the pane's default ones,
 /// and none without a pane. Nothing is written. The presets are for the calling thread, until each of their
-/// trees has been asked for.
-QNBSettings readSettings();
+/// trees has been asked for. Fails, with a sentence for the user, while nothing is known of the settings.
+Result<QNBSettings> readSettings();
 
 /// The preset that people name \a name: the one with that label or, if none has it, the one of that number,
 /// "#1" being the first. None if there is no such preset, or more than one, with the reason for people in \a

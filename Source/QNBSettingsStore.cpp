@@ -4,6 +4,7 @@
 #include "Source/QNBSettingsStore.h"
 
 #include "Platform/FileOperations.h"
+#include "Shared/Source/QNBShared.h"
 
 #include <QDir>
 #include <QFile>
@@ -124,6 +125,14 @@ Result<> read(Preferences &preferences, const std::optional<Bundle> &bundle, QNB
     settings.presets = presetsFrom(presets, keepAlive, losses);
     keepAside(preferences, losses);
     return result;
+}
+
+Result<QNBSettings> stored(const std::optional<Bundle> &bundle)
+{
+    QNBSettings settings;
+    Preferences preferences(QNBProductIdentifier());
+    const Result<> result = read(preferences, bundle, settings);
+    return preferences.isUnread() ? Result<QNBSettings>::failure(result.error) : settings;
 }
 
 Result<QList<QNBPresetRecordPtr>> presetsOf(const QByteArray &domain)

@@ -51,6 +51,11 @@ namespace QNBSettingsStore {
 /// are there: nothing can be saved before another read() has succeeded, and then they should be taken.
 Result<> read(Preferences &preferences, const std::optional<Bundle> &bundle, QNBSettings &settings);
 
+/// The settings as they are in the user's domain now, for a program that only reads them. Those of a damaged
+/// domain are those of its backup. Fails if the domain is there and cannot be read: nothing is known of the
+/// settings then, and the default presets are not taken for them.
+Result<QNBSettings> stored(const std::optional<Bundle> &bundle);
+
 /// Writes every key and synchronises the domain; the presets in the given order.
 Result<> write(Preferences &preferences, const QNBSettings &settings);
 

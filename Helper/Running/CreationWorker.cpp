@@ -26,17 +26,21 @@ QString translated(const char *text)
     return QCoreApplication::translate("CreationWorker", text);
 }
 
-/// The preset of an order, in the list as it is now; null if it is gone.
-QNBPresetRecordPtr presetOf(const CreationOrder &order)
+/// The preset of an order, in the list as it is now.
+Result<QNBPresetRecordPtr> presetOf(const CreationOrder &order)
 {
-    const QNBSettings settings = readSettings();
-    if (order.place < settings.presets.size() && settings.presets[order.place]->label() == order.label)
-        return settings.presets[order.place];
-    for (const QNBPresetRecordPtr &preset : settings.presets) {
+    using Preset = Result<QNBPresetRecordPtr>;
+    const Result<QNBSettings> settings = readSettings();
+    if (!settings)
+        return Preset::failure(settings.error);
+    const QList<QNBPresetRecordPtr> &presets = settings->presets;
+    if (order.place < presets.size() && presets[order.place]->label() == order.label)
+        return presets[order.place];
+    for (const QNBPresetRecordPtr &preset : presets) {
         if (preset->label() == order.label)
             return preset;
     }
-    return {};
+    return Preset::failure(translated("There is no such preset any more"));
 }
 
 } // namespace
@@ -164,9 +168,9 @@ void CreationWorker::createLater(const CreationOrder &order)
         report->label = order.label;
         if (thread_->isCancelled()) {
             report->status = CreationReport::Status::Cancelled;
-        } else if (const QNBPresetRecordPtr preset = presetOf(order)) {
+        } else if (const Result<QNBPresetRecordPtr> preset = presetOf(order)) {
             CreationRequest request;
-            request.preset = preset;
+            request.preset = *preset;
             request.folder = order.folder;
             request.step = order.step;
             request.scriptLimits.interruption = thread_->interruption();
@@ -177,7 +181,7 @@ void CreationWorker::createLater(const CreationOrder &order)
             *report = createPreset(
                 request, [this](qsizetype done, qsizetype total) { return thread_->report(done, total); });
         } else {
-            report->message = translated("There is no such preset any more");
+            report->message = preset.error;
         }
         if (!report->step && order.step)
             report->warning = order.step->endFolder();

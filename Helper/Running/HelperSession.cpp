@@ -20,6 +20,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <utility>
 
 using namespace std::chrono_literals;
 
@@ -123,18 +124,26 @@ void HelperSession::settingsChanged()
 
 void HelperSession::reload()
 {
-    const QNBSettings settings = readSettings();
+    const Result<QNBSettings> settings = readSettings();
+    if (!settings) {
+        // The menus keep what they have. Told once: further changes may find the same.
+        if (!std::exchange(isOutOfDate_, true))
+            notices_.showProblem(translated("The presets in the menus are not up to date"),
+                                 lineText(settings.error));
+        return;
+    }
+    isOutOfDate_ = false;
     labels_.clear();
-    for (const QNBPresetRecordPtr &preset : settings.presets)
+    for (const QNBPresetRecordPtr &preset : settings->presets)
         labels_.append(preset->label());
     qCInfo(lcSession) << "presets in the menu:" << labels_.size();
-    showsInTray_ = settings.showMenubar;
+    showsInTray_ = settings->showMenubar;
     updateTray();
     if (trayMenu_)
         fill(*trayMenu_);
     if (popupMenu_)
         fill(*popupMenu_);
-    hotKeys_.set({settings.shortcutCombo.flags, settings.shortcutCombo.code});
+    hotKeys_.set({settings->shortcutCombo.flags, settings->shortcutCombo.code});
     contextMenu_.refresh();
 }
 
@@ -213,9 +222,9 @@ void HelperSession::chooseFolder(qsizetype preset)
 Result<QList<CreationOrder>> HelperSession::ordersFor(const QString &preset, const QStringList &folders)
 {
     using Orders = Result<QList<CreationOrder>>;
-    const QNBSettings settings = readSettings();
-    QString error;
-    const QNBPresetRecordPtr record = presetNamed(settings.presets, preset, &error);
+    const Result<QNBSettings> settings = readSettings();
+    QString error = settings.error;
+    const QNBPresetRecordPtr record = settings ? presetNamed(settings->presets, preset, &error) : nullptr;
     if (!record)
         return Orders::failure(error);
     QList<CreationOrder> orders;
@@ -223,7 +232,7 @@ Result<QList<CreationOrder>> HelperSession::ordersFor(const QString &preset, con
     for (const QString &folder : folders) {
         if (!QDir::isAbsolutePath(folder))
             return Orders::failure(translated("%1 is not an absolute path").arg(folder));
-        orders.append({settings.presets.indexOf(record), record->label(), folder, step});
+        orders.append({settings->presets.indexOf(record), record->label(), folder, step});
     }
     return orders;
 }

@@ -60,6 +60,8 @@ private:
     RecentFolders folders_;
     QStringList labels_;
     bool showsInTray_ = false;
+    /// The settings could not be read when they changed, and the user knows it.
+    bool isOutOfDate_ = false;
     ContextMenuRefresh contextMenu_;
     std::optional<CreationWorker> worker_;
     CreationPanel panel_;

@@ -4,6 +4,7 @@
 #include "ContextMenu/Registration.h"
 
 #include "ContextMenu/FileManager.h"
+#include "Shared/Source/QNBShared.h"
 #include "Tests/ContextMenu/MenuHome.h"
 
 #include <QDateTime>
@@ -185,11 +186,27 @@ TEST_F(RegistrationTest, PresetsThatWereNeverStoredAreThePanes)
     put(pane() + QStringLiteral("/Contents/Resources/DefaultPresets.plist"),
         "<plist version=\"1.0\"><array><dict><key>label</key><string>By Default</string></dict></array>"
         "</plist>");
-    const PresetMenu menu = Registration::menuFor(helper());
-    ASSERT_EQ(menu.items.size(), 1);
-    EXPECT_EQ(menu.items.first().name, "By Default");
+    const Result<PresetMenu> menu = Registration::menuFor(helper());
+    ASSERT_TRUE(menu);
+    ASSERT_EQ(menu->items.size(), 1);
+    EXPECT_EQ(menu->items.first().name, "By Default");
     storeAB();
-    EXPECT_EQ(Registration::menuFor(helper()).items.size(), 2);
+    EXPECT_EQ(Registration::menuFor(helper())->items.size(), 2);
+}
+
+TEST_F(RegistrationTest, EntriesStayWhilePresetsCannotBeRead)
+{
+    storeAB();
+    haveAllFileManagers();
+    ASSERT_TRUE(Registration::registerWith(helper()));
+    const QStringList scripts = nautilusScripts();
+    ASSERT_EQ(scripts.size(), 2);
+    const QString domain = config(QNBProductIdentifier() + QStringLiteral(".plist"));
+    ASSERT_TRUE(QFile::remove(domain));
+    // Of a folder in its place nobody can say what it holds.
+    makeFolder(domain);
+    EXPECT_FALSE(Registration::refresh(helper()));
+    EXPECT_EQ(nautilusScripts(), scripts);
 }
 
 TEST_F(RegistrationTest, WhatItsUserHasChangedIsLeftAlone)

@@ -98,6 +98,20 @@ TEST_F(CommandLineProgramTest, ListsTheLabels)
     EXPECT_EQ(list.errors, "");
 }
 
+TEST_F(CommandLineProgramTest, PresetsThatCannotBeReadAreNotTakenForDefaultOnes)
+{
+    const QString domain = home_.configFolder() + text("/org.quenby.Quenby.plist");
+    ASSERT_TRUE(QFile::remove(domain));
+    // Of a folder in its place nobody can say what it holds.
+    ASSERT_TRUE(QDir().mkdir(domain));
+    for (const Ended &ended : {run({text("--list")}), create(text("#1"))}) {
+        EXPECT_EQ(ended.code, 2);
+        EXPECT_EQ(ended.output, "");
+        EXPECT_THAT(ended.errors.toStdString(), HasSubstr("The presets cannot be read: "));
+    }
+    EXPECT_EQ(tree(), QStringList());
+}
+
 TEST_F(CommandLineProgramTest, ATerminalIsShownEveryCharacter)
 {
     storePresets({preset(text("\u202Egpj\u009B2J"), {file(text("../\u2066evil\u200B"))})});

@@ -1,12 +1,14 @@
 // SPDX-FileCopyrightText: Quenby contributors
 // SPDX-License-Identifier: MIT
 
+#include "Platform/DistributedNotificationCenter.h"
 #include "Tests/Helper/FakeDesktop.h"
-#include "Tests/Session/FakeTray.h"
 #include "Tests/Helper/Running/RunningFixture.h"
 #include "Tests/Helper/Running/ScreenTray.h"
+#include "Tests/Session/FakeTray.h"
 
 #include <QDir>
+#include <QFile>
 
 #include <gmock/gmock.h>
 #include <optional>
@@ -130,6 +132,51 @@ TEST_F(TrayProgramTest, TheOptionPutsItIntoTheTrayAndTakesItOut)
     storeAndPost(options);
     ASSERT_TRUE(waitUntil([&] { return tray.hasItem(); }));
     EXPECT_EQ(tray.menuWith(letters).labels().value(0), letters);
+    expectEndOf(*helper);
+}
+
+TEST_F(TrayProgramTest, PresetsThatCannotBeReadLeaveTheMenuAsItIsAndAreToldOnce)
+{
+    store(settings());
+    useTarget();
+    FakeTray tray(bus_.address());
+    FakeDesktop desktop(bus_.address(), {QStringLiteral("actions")});
+    const auto helper = start();
+    const QStringList before = tray.menuWith(letters).labels();
+
+    const QString domain = home_.configFolder() + QStringLiteral("/" QUENBY_IDENTIFIER ".plist");
+    const QString aside = home_.filePath(QStringLiteral("aside"));
+    ASSERT_TRUE(QFile::rename(domain, aside));
+    // What a folder in its place holds nobody can say.
+    ASSERT_TRUE(QDir().mkdir(domain));
+    DistributedNotificationCenter centre(bus_.address());
+    const auto timesFailed = [&] { return helper->errors().count("reading " + domain.toUtf8()); };
+    for (const int times : {1, 2}) {
+        centre.postNotificationName(QNBPresetConfigurationChangedNotification);
+        ASSERT_TRUE(waitUntil([&] { return timesFailed() == times; }));
+    }
+    EXPECT_EQ(tray.menu().labels(), before);
+    ASSERT_TRUE(waitUntil([&] { return !desktop.shown().isEmpty(); }));
+    const QString reason = QStringLiteral("The presets cannot be read: ");
+    EXPECT_TRUE(desktop.shown().constFirst().text.startsWith(reason));
+
+    // Orders are refused with the reason, and not for want of such a preset.
+    QString error;
+    EXPECT_FALSE(order(letters, &error));
+    EXPECT_TRUE(error.startsWith(reason)) << qPrintable(error);
+    tray.click(tray.menu().child(letters).child(shownTarget()));
+    ASSERT_TRUE(waitUntil([&] { return desktop.shown().size() == 2; }));
+    EXPECT_EQ(desktop.shown().at(1).title, QStringLiteral("\"Letters\" was not created"));
+    EXPECT_TRUE(desktop.shown().at(1).text.startsWith(reason)) << qPrintable(desktop.shown().at(1).text);
+    EXPECT_THAT(tree(), IsEmpty());
+
+    ASSERT_TRUE(QDir().rmdir(domain));
+    ASSERT_TRUE(QFile::rename(aside, domain));
+    QNBSettings more = settings();
+    more.presets.append(record(preset(QStringLiteral("More"), {})));
+    storeAndPost(more);
+    EXPECT_EQ(tray.menuWith(QStringLiteral("More")).labels().size(), before.size() + 1);
+    EXPECT_EQ(desktop.shown().size(), 2);
     expectEndOf(*helper);
 }
 
