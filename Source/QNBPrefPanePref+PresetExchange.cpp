@@ -4,6 +4,7 @@
 #include "Source/QNBPrefPanePref.h"
 
 #include "Platform/LineText.h"
+#include "Source/QNBImportNotice.h"
 #include "Source/QNBPresetFile.h"
 #include "Source/QNBPresetImport.h"
 #include "Source/QNBPresetListCommands.h"
@@ -16,6 +17,21 @@
 #include <QProgressBar>
 #include <QProgressDialog>
 #include <QUrl>
+
+namespace {
+
+/// What an earlier import left out is told no longer.
+void tell(PreferencePaneListener *listener, const QList<QNBPresetImport::LeftOut> &leftOut)
+{
+    if (!listener)
+        return;
+    if (leftOut.isEmpty())
+        listener->takeBackNotice(PaneNotice::Kind::LeftOut);
+    else
+        listener->showNotice(QNBImportNotice::of(leftOut));
+}
+
+} // namespace
 
 std::optional<AlertPanel::Answer> QNBPrefPanePref::answerTo(const AlertPanel &alert)
 {
@@ -36,8 +52,12 @@ QStringList QNBPrefPanePref::filesFor(const FilePanel &panel)
 void QNBPrefPanePref::importPresets(const QStringList &paths, int row)
 {
     auto *import = new QNBPresetImport(paths, this);
-    if (import->wait(_services.unexplainedWait)) {
+    const auto end = [this, import, row] {
+        tell(_listener, import->leftOut());
         insertImportedPresets(import->presets(), row);
+    };
+    if (import->wait(_services.unexplainedWait)) {
+        end();
         delete import;
         return;
     }
@@ -52,8 +72,8 @@ void QNBPrefPanePref::importPresets(const QStringList &paths, int row)
     connect(import, &QNBPresetImport::fileWasRead, bar, &QProgressBar::setValue);
     connect(progress, &QProgressDialog::canceled, import, &QNBPresetImport::cancel);
     connect(import, &QObject::destroyed, progress, &QObject::deleteLater);
-    connect(import, &QNBPresetImport::finished, this, [this, import, row] {
-        insertImportedPresets(import->presets(), row);
+    connect(import, &QNBPresetImport::finished, this, [end, import] {
+        end();
         import->deleteLater();
     });
     progress->show();

@@ -57,8 +57,9 @@ void QNBPresetImport::read()
         if (const QNBPresetRecordPtr preset = QNBPresetFile::read(path, &error)) {
             presets_.append(preset);
         } else {
-            leftOut_.append({path, error});
-            qCWarning(lcPresetImport) << "no preset in" << path << ":" << error;
+            const QString pathInReason = path + QStringLiteral(": ");
+            leftOut_.append({path, error.startsWith(pathInReason) ? error.mid(pathInReason.size()) : error});
+            qCWarning(lcPresetImport) << "no preset in" << path << ":" << leftOut_.constLast().reason;
         }
         Q_EMIT fileWasRead(++numberOfFilesRead);
     }

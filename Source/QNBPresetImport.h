@@ -32,11 +32,11 @@ public:
     /// Reads no further files.
     void cancel();
 
-    /// In the order of the paths, without those that hold no preset: these are logged. Empty before all files
-    /// are read, and after cancelling.
+    /// In the order of the paths, without those that hold no preset. Empty before all files are read, and
+    /// after cancelling.
     QList<QNBPresetRecordPtr> presets() const;
 
-    /// A file that gave no preset, and why (English).
+    /// A file that gave no preset, and why (English): what follows "it was left out:", without the path.
     struct LeftOut
     {
         QString path;

@@ -26,6 +26,11 @@ bool isWarning(PaneNotice::Kind kind)
     return kind == PaneNotice::Kind::SaveFailed || kind == PaneNotice::Kind::Unreadable;
 }
 
+bool isDismissible(PaneNotice::Kind kind)
+{
+    return kind == PaneNotice::Kind::LeftOut || kind == PaneNotice::Kind::Hint;
+}
+
 /// Screen readers announce an alert when it appears.
 QAccessibleInterface *accessibleStrip(const QString &, QObject *object)
 {
@@ -121,8 +126,8 @@ void NoticeStrip::showMostImportant()
         return;
     const PaneNotice &notice = notices_.first();
     QList<PaneNotice::Action> actions = notice.actions;
-    if (notice.kind == PaneNotice::Kind::Hint)
-        actions.append({tr("Dismiss"), [this] { takeBackNotice(PaneNotice::Kind::Hint); }});
+    if (isDismissible(notice.kind))
+        actions.append({tr("Dismiss"), [this, kind = notice.kind] { takeBackNotice(kind); }});
 
     const QStyle::StandardPixmap symbol =
         isWarning(notice.kind) ? QStyle::SP_MessageBoxWarning : QStyle::SP_MessageBoxInformation;

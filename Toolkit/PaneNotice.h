@@ -19,7 +19,9 @@ struct PaneNotice
         Unreadable,
         /// Something from an earlier time is offered.
         Recovery,
-        /// Worth knowing once; the user may dismiss it.
+        /// Of what the user has just asked for a part was not done; may be dismissed.
+        LeftOut,
+        /// Worth knowing once; may be dismissed.
         Hint,
     };
 

@@ -23,10 +23,11 @@ inline QLabel *label(const QString &text, QWidget *parent = nullptr)
     return label;
 }
 
-/// \a text as a tool tip, on several lines if it is long.
+/// \a text as a tool tip: its lines, each on several if it is long.
 inline QString toolTip(const QString &text)
 {
-    return QStringLiteral("<span>%1</span>").arg(linesText(text).toHtmlEscaped());
+    return QStringLiteral("<span>%1</span>")
+        .arg(linesText(text).toHtmlEscaped().replace(u'\n', QStringLiteral("<br>")));
 }
 
 /// A warning without buttons: \a heading, and below it \a text.

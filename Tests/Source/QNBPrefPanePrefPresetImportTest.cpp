@@ -47,6 +47,8 @@ protected:
         EXPECT_TRUE(in.open(QIODevice::ReadOnly));
         return in.readAll();
     }
+    /// What is told of the files that gave no preset.
+    PaneNotice leftOut() const { return listener.notices.value(PaneNotice::Kind::LeftOut); }
     QProgressDialog *progress() const { return view->findChild<QProgressDialog *>(); }
     /// A file that takes a while to read, again and again.
     QStringList muchToRead()
@@ -161,6 +163,19 @@ TEST_F(QNBPrefPanePrefPresetImport, AFileOfATerabyteIsSkippedAtOnce)
     EXPECT_TRUE(
         accept(*dragOfFiles({huge, presetFile(QStringLiteral("Good.qnbp"))}), 3, DragOperation::Copy));
     EXPECT_EQ(labels(), QStringList({a, b, c, good}));
+    EXPECT_EQ(leftOut().text, QStringLiteral("“huge.qnbp” was not imported: larger than 268435456 bytes."));
+}
+
+TEST_F(QNBPrefPanePrefPresetImport, WhatTheCommandLeavesOutIsToldUntilTheNextImport)
+{
+    filePanelAnswers.append(QStringList{file(QStringLiteral("text.qnbp"), "no archive"), path(good)});
+    pane->importPresetsFromFiles();
+    EXPECT_TRUE(leftOut().text.startsWith(u"“text.qnbp” was not imported: ")) << qPrintable(leftOut().text);
+    EXPECT_TRUE(leftOut().details.contains(path(good))) << "that is not there";
+    EXPECT_TRUE(alerts.isEmpty());
+    filePanelAnswers.append(QStringList{presetFile(QStringLiteral("Good.qnbp"))});
+    pane->importPresetsFromFiles();
+    EXPECT_FALSE(listener.notices.contains(PaneNotice::Kind::LeftOut));
 }
 
 TEST_F(QNBPrefPanePrefPresetImport, AFileThatTheUserMayNotReadIsSkipped)
@@ -230,6 +245,13 @@ TEST_F(QNBPrefPanePrefLongImport, ShowsItsProgressAndEndsLikeAShortOne)
     EXPECT_EQ(labels(), QStringList(a) + QStringList(20, QStringLiteral("Large")) + QStringList({b, c}));
     pane->undo();
     EXPECT_EQ(labels(), unchanged);
+}
+
+TEST_F(QNBPrefPanePrefLongImport, TellsWhatItLeavesOutToo)
+{
+    EXPECT_TRUE(accept(*dragOfFiles({path(QStringLiteral("vanished.qnbp"))}), 1, DragOperation::Copy));
+    constexpr int patience = 60000;
+    EXPECT_TRUE(QTest::qWaitFor([this] { return !leftOut().text.isEmpty(); }, patience));
 }
 
 TEST_F(QNBPrefPanePrefLongImport, CanBeCancelled)

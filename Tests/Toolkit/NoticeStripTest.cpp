@@ -122,12 +122,16 @@ TEST_F(NoticeStripTest, AButtonWithTheKeyboardKeepsItWhenItsNoticeIsToldAgain)
     EXPECT_EQ(QApplication::focusWidget(), buttons().constFirst());
 }
 
-TEST_F(NoticeStripTest, AHintIsDismissed)
+TEST_F(NoticeStripTest, WhatIsWorthKnowingOnceIsDismissed)
 {
     strip_.showNotice(notice(Kind::Hint, QStringLiteral("By the way.")));
-    ASSERT_EQ(buttons().size(), 1);
-    EXPECT_EQ(buttons().constFirst()->text(), QStringLiteral("Dismiss"));
-    buttons().constFirst()->click();
+    strip_.showNotice(notice(Kind::LeftOut, QStringLiteral("Not all was done.")));
+    for (const char *said : {"Not all was done.", "By the way."}) {
+        EXPECT_EQ(text(), QString::fromLatin1(said));
+        ASSERT_EQ(buttons().size(), 1);
+        EXPECT_EQ(buttons().constFirst()->text(), QStringLiteral("Dismiss"));
+        buttons().constFirst()->click();
+    }
     EXPECT_FALSE(strip_.isVisible());
 }
 
@@ -138,16 +142,60 @@ TEST_F(NoticeStripTest, ShowsMarkupAsItIs)
     told.details = markup;
     strip_.showNotice(told);
     EXPECT_EQ(label().textFormat(), Qt::PlainText);
+    told.text = QStringLiteral("\u202Eevil");
+    strip_.showNotice(told);
+    EXPECT_EQ(text(), QStringLiteral("<U+202E>evil"));
     EXPECT_FALSE(strip_.toolTip().contains(u"<h1>"));
 }
 
 TEST_F(NoticeStripTest, IsAnAlertWithANameForScreenReaders)
 {
-    strip_.showNotice(notice(Kind::Hint, QStringLiteral("Said.")));
+    PaneNotice told = notice(Kind::Hint, QStringLiteral("Said."));
+    told.details = QStringLiteral("More of it.");
+    strip_.showNotice(told);
     QAccessibleInterface *const accessible = QAccessible::queryAccessibleInterface(&strip_);
     ASSERT_TRUE(accessible);
     EXPECT_EQ(accessible->role(), QAccessible::AlertMessage);
     EXPECT_EQ(accessible->text(QAccessible::Name), QStringLiteral("Said."));
+    EXPECT_EQ(accessible->text(QAccessible::Description), QStringLiteral("More of it."));
+}
+
+TEST_F(NoticeStripTest, AWarningLooksLikeOne)
+{
+    const auto looks = [this](Kind kind) {
+        strip_.showNotice(notice(kind, QStringLiteral(".")));
+        const QImage image = strip_.grab().toImage();
+        strip_.takeBackNotice(kind);
+        const qreal scale = image.devicePixelRatio();
+        return std::pair(image.pixelColor(1, image.height() - 1),
+                         image.copy(0, 0, int(40 * scale), image.height() - int(2 * scale)));
+    };
+    const auto hint = looks(Kind::Hint);
+    const auto failure = looks(Kind::SaveFailed);
+    EXPECT_EQ(hint.first, strip_.palette().color(QPalette::Highlight));
+    EXPECT_NE(hint.first, failure.first);
+    EXPECT_NE(hint.second, failure.second);
+    EXPECT_EQ(looks(Kind::Recovery).first, hint.first);
+    EXPECT_EQ(looks(Kind::Unreadable).first, failure.first);
+}
+
+TEST_F(NoticeStripTest, ItsTextCanBeCopied)
+{
+    strip_.showNotice(notice(Kind::Hint, QStringLiteral("Said.")));
+    EXPECT_TRUE(label().textInteractionFlags() & Qt::TextSelectableByMouse);
+}
+
+TEST_F(NoticeStripTest, ButtonsGoBelowTheTextWhenTheWindowBecomesNarrow)
+{
+    strip_.showNotice(notice(Kind::Recovery, QStringLiteral("word word word word"),
+                             {QStringLiteral("Restore Everything"), QStringLiteral("Discard Everything")}));
+    const auto areBelow = [this] {
+        return buttons().constFirst()->mapTo(&strip_, QPoint()).y() >= label().geometry().bottom();
+    };
+    window_.resize(1200, 300);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !areBelow(); }));
+    window_.resize(300, 300);
+    EXPECT_TRUE(QTest::qWaitFor(areBelow));
 }
 
 TEST_F(NoticeStripTest, WrapsInsteadOfWideningTheWindow)

@@ -49,4 +49,5 @@ TEST(PlainTextTest, AToolTipIsTheText)
 {
     EXPECT_EQ(PlainText::toolTip(QStringLiteral("<b>a</b>")),
               QStringLiteral("<span>&lt;b&gt;a&lt;/b&gt;</span>"));
+    EXPECT_EQ(PlainText::toolTip(QStringLiteral("one\ntwo")), QStringLiteral("<span>one<br>two</span>"));
 }
