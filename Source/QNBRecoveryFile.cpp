@@ -15,8 +15,9 @@
 #include <QRandomGenerator>
 
 #include <algorithm>
-#include <cerrno>
+#include <iterator>
 #include <set>
+#include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
 
@@ -56,25 +57,26 @@ QNBRecoveryFile::~QNBRecoveryFile()
     finish();
 }
 
-void QNBRecoveryFile::write(EncodedPreference settings)
+void QNBRecoveryFile::write(EncodedPreference settings, std::vector<QNBLeftRecovery> superseded)
 {
     if (folder_.isEmpty())
         return;
     isUsed_ = true;
-    give(std::make_shared<EncodedPreference>(std::move(settings)));
+    give(std::make_shared<EncodedPreference>(std::move(settings)), std::move(superseded));
 }
 
-void QNBRecoveryFile::remove()
+void QNBRecoveryFile::remove(std::vector<QNBLeftRecovery> superseded)
 {
-    if (std::exchange(isUsed_, false))
-        give(Removal());
+    if (std::exchange(isUsed_, false) || !superseded.empty())
+        give(Removal(), std::move(superseded));
 }
 
-void QNBRecoveryFile::give(Order order)
+void QNBRecoveryFile::give(Order order, std::vector<QNBLeftRecovery> superseded)
 {
     const QMutexLocker locker(&mutex_);
     const bool isAwaited = !std::holds_alternative<std::monostate>(order_);
     order_ = std::move(order);
+    std::move(superseded.begin(), superseded.end(), std::back_inserter(supersededByOrder_));
     if (!isAwaited)
         thread_.start([this] { obey(); });
 }
@@ -85,13 +87,20 @@ void QNBRecoveryFile::obey()
     {
         const QMutexLocker locker(&mutex_);
         std::swap(order, order_);
+        std::move(supersededByOrder_.begin(), supersededByOrder_.end(), std::back_inserter(superseded_));
+        supersededByOrder_.clear();
     }
     const auto *settings = std::get_if<std::shared_ptr<EncodedPreference>>(&order);
-    const Result<> result = settings ? writeNow(**settings) : removeNow();
-    if (result)
+    if (const Result<> result = settings ? writeNow(**settings) : removeNow(); !result) {
+        qCWarning(lcRecovery) << "unsaved changes:" << result.error;
+        Q_EMIT failed(result.error);
         return;
-    qCWarning(lcRecovery) << "unsaved changes:" << result.error;
-    Q_EMIT failed(result.error);
+    }
+    for (QNBLeftRecovery &left : superseded_) {
+        if (const Result<> removed = left.discard(); !removed)
+            qCWarning(lcRecovery) << "restored changes:" << removed.error;
+    }
+    superseded_.clear();
 }
 
 Result<> QNBRecoveryFile::writeNow(const EncodedPreference &settings)
@@ -135,12 +144,26 @@ Result<> QNBRecoveryFile::prepare()
     return {};
 }
 
-QNBLeftRecovery::QNBLeftRecovery(FileLayer &layer, QString path, QDateTime written, FileLock lock)
+QNBLeftRecovery::QNBLeftRecovery(FileLayer &layer, QString path, const struct stat &information,
+                                 FileLock lock)
     : layer_(&layer)
     , path_(std::move(path))
-    , written_(std::move(written))
+    , settings_(Result<QNBSettings>::failure(QStringLiteral("%1 is no file of yours").arg(path_)))
     , lock_(std::make_unique<FileLock>(std::move(lock)))
 {
+    if (S_ISREG(information.st_mode) && information.st_uid == ::geteuid()) {
+        QString error;
+        const std::optional<QByteArray> bytes =
+            BoundedFile::read(path_, PropertyList::Limits::inputSize, &error);
+        const PropertyListDocument::Ptr document =
+            bytes ? PropertyListDocument::parse(*bytes, &error) : nullptr;
+        settings_ = document ? QNBSettingsStore::decode(document) : Result<QNBSettings>::failure(error);
+        if (document)
+            taken_ = QNBSettingsStore::takenAt(document);
+    }
+    if (!taken_.isValid())
+        taken_ = QDateTime::fromMSecsSinceEpoch(qint64(information.st_mtim.tv_sec) * 1000 +
+                                                information.st_mtim.tv_nsec / 1'000'000);
 }
 
 std::vector<QNBLeftRecovery> QNBLeftRecovery::allIn(const QString &folder, FileLayer *given)
@@ -165,31 +188,14 @@ std::vector<QNBLeftRecovery> QNBLeftRecovery::allIn(const QString &folder, FileL
         DurableFileWriter(&layer).removeStrayTemporaries(path);
         struct stat information = {};
         if (layer.lstat(QFile::encodeName(path), &information) == 0)
-            found.push_back({layer, path,
-                             QDateTime::fromMSecsSinceEpoch(qint64(information.st_mtim.tv_sec) * 1000 +
-                                                            information.st_mtim.tv_nsec / 1'000'000),
-                             std::move(*lock)});
+            found.push_back({layer, path, information, std::move(*lock)});
         else
             layer.unlink(QFile::encodeName(lockPathOf(path)));
     }
-    std::stable_sort(found.begin(), found.end(),
-                     [](const QNBLeftRecovery &one, const QNBLeftRecovery &other) {
-                         return one.written_ > other.written_;
-                     });
+    std::stable_sort(
+        found.begin(), found.end(),
+        [](const QNBLeftRecovery &one, const QNBLeftRecovery &other) { return one.taken_ > other.taken_; });
     return found;
-}
-
-Result<QNBSettings> QNBLeftRecovery::read() const
-{
-    struct stat information = {};
-    if (layer_->lstat(QFile::encodeName(path_), &information) == -1)
-        return Result<QNBSettings>::failure(
-            systemError(QStringLiteral("cannot examine %1").arg(path_), errno));
-    if (!S_ISREG(information.st_mode) || information.st_uid != ::geteuid())
-        return Result<QNBSettings>::failure(QStringLiteral("%1 is no file of yours").arg(path_));
-    QString error;
-    const std::optional<QByteArray> bytes = BoundedFile::read(path_, PropertyList::Limits::inputSize, &error);
-    return bytes ? QNBSettingsStore::decode(*bytes) : Result<QNBSettings>::failure(error);
 }
 
 Result<> QNBLeftRecovery::discard()

@@ -10,7 +10,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QLoggingCategory>
-#include <array>
+#include <vector>
 
 Q_LOGGING_CATEGORY(lcStore, "quenby.store")
 
@@ -194,28 +194,33 @@ QList<QNBPresetRecordPtr> defaultPresets(const std::optional<Bundle> &bundle)
     return presets;
 }
 
-EncodedPreference encode(const QNBSettings &settings)
+EncodedPreference encode(const QNBSettings &settings, const QDateTime &taken)
 {
     EncodedPreference all;
     BinaryPropertyListWriter &writer = all.writer;
-    const std::array keys{
-        writer.string(QNBPreferenceKey::presetsStored), writer.string(QNBPreferenceKey::presets),
-        writer.string(QNBPreferenceKey::showMenubar), writer.string(QNBPreferenceKey::hotKeyCode),
-        writer.string(QNBPreferenceKey::hotKeyFlags)};
-    const std::array values{writer.value(QVariantMap{{QNBPreferenceKey::presetsStoredLoaded, true}}),
-                            encodePresets(settings.presets, writer), writer.boolean(settings.showMenubar),
-                            writer.integer(settings.shortcutCombo.code),
-                            writer.integer(qlonglong(settings.shortcutCombo.flags))};
+    std::vector keys{writer.string(QNBPreferenceKey::presetsStored), writer.string(QNBPreferenceKey::presets),
+                     writer.string(QNBPreferenceKey::showMenubar),
+                     writer.string(QNBPreferenceKey::hotKeyCode),
+                     writer.string(QNBPreferenceKey::hotKeyFlags)};
+    std::vector values{writer.value(QVariantMap{{QNBPreferenceKey::presetsStoredLoaded, true}}),
+                       encodePresets(settings.presets, writer), writer.boolean(settings.showMenubar),
+                       writer.integer(settings.shortcutCombo.code),
+                       writer.integer(qlonglong(settings.shortcutCombo.flags))};
+    if (taken.isValid()) {
+        keys.push_back(writer.string(QNBPreferenceKey::taken));
+        values.push_back(writer.value(taken));
+    }
     all.top = writer.dictionary(keys, values);
     return all;
 }
 
-Result<QNBSettings> decode(const QByteArray &bytes)
+QDateTime takenAt(const PropertyListDocument::Ptr &document)
 {
-    QString error;
-    const PropertyListDocument::Ptr document = PropertyListDocument::parse(bytes, &error);
-    if (!document)
-        return Result<QNBSettings>::failure(error);
+    return document->root().value(QNBPreferenceKey::taken).toVariant().toDateTime();
+}
+
+Result<QNBSettings> decode(const PropertyListDocument::Ptr &document)
+{
     const PropertyListNode root = document->root();
     const PropertyListNode presets = root.isDictionary() ? root.value(QNBPreferenceKey::presets) : root;
     const auto number = [&root](const QString &key) {

@@ -36,6 +36,8 @@ inline const QString hotKeyCode = QStringLiteral("QNBHotKeyCode");
 inline const QString hotKeyFlags = QStringLiteral("QNBHotKeyFlags");
 inline const QString launchHelperOnStart = QStringLiteral("QNBLaunchHelperOnStart");
 inline const QString alreadyAskedToInstallCMM = QStringLiteral("QNBAlreadyAskedToInstallCMM");
+/// In what encode() makes, never in the domain.
+inline const QString taken = QStringLiteral("QNBTaken");
 } // namespace QNBPreferenceKey
 
 /// Posted after every save.
@@ -63,10 +65,13 @@ Result<> write(Preferences &preferences, const QNBSettings &settings);
 /// failure.
 Result<QList<QNBPresetRecordPtr>> presetsOf(const QByteArray &domain);
 
-/// The same keys and values in one dictionary, which is what a domain with nothing else in it holds.
-EncodedPreference encode(const QNBSettings &settings);
-/// What encode() made, from its bytes; fails for anything else.
-Result<QNBSettings> decode(const QByteArray &bytes);
+/// The same keys and values in one dictionary, which is what a domain with nothing else in it holds; besides
+/// them, if it is valid, the time \a taken at which these were the settings.
+EncodedPreference encode(const QNBSettings &settings, const QDateTime &taken = {});
+/// What encode() made, of the document of its bytes; fails for anything else.
+Result<QNBSettings> decode(const PropertyListDocument::Ptr &document);
+/// The time that encode() was given; invalid if there is none.
+QDateTime takenAt(const PropertyListDocument::Ptr &document);
 
 /// The value of \a key in the bundle's information property list. A parse failure is logged; invalid then, as
 /// without a bundle or key.

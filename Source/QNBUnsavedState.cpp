@@ -7,8 +7,8 @@
 #include "Toolkit/PreferencePane.h"
 
 #include <QLocale>
+#include <QSet>
 
-#include <algorithm>
 #include <utility>
 
 namespace {
@@ -24,7 +24,7 @@ QByteArray bytesOf(const QNBSettings &settings)
 
 QString shown(const QDateTime &time)
 {
-    return QLocale().toString(time, QLocale::ShortFormat);
+    return QLocale().toString(time.toLocalTime(), QLocale::ShortFormat);
 }
 
 } // namespace
@@ -50,19 +50,15 @@ void QNBUnsavedState::wasEdited()
 void QNBUnsavedState::wasSaved()
 {
     timer_.stop();
-    file_.remove();
-    for (QNBLeftRecovery &restored : restored_) {
-        if (const Result<> removed = restored.discard(); !removed)
-            qCWarning(lcPane) << "restored changes:" << removed.error;
-    }
-    restored_.clear();
+    file_.remove(std::exchange(restored_, {}));
 }
 
 void QNBUnsavedState::keep()
 {
     timer_.stop();
     if (pane_.isEdited())
-        file_.write(QNBSettingsStore::encode(pane_.shownSettings()));
+        file_.write(QNBSettingsStore::encode(pane_.shownSettings(), QDateTime::currentDateTimeUtc()),
+                    std::exchange(restored_, {}));
     else
         file_.remove();
 }
@@ -72,58 +68,74 @@ void QNBUnsavedState::offerWhatWasLeft()
     if (!pane_.listener())
         return;
     left_ = QNBLeftRecovery::allIn(folder_);
+    isOlderLeft_ = false;
+    if (!left_.empty())
+        discardWhatIsKnown();
     offerNext();
+}
+
+void QNBUnsavedState::discardWhatIsKnown()
+{
+    QSet<QByteArray> known{bytesOf(pane_.shownSettings())};
+    std::erase_if(left_, [&known](QNBLeftRecovery &left) {
+        if (!left.settings())
+            return false;
+        const qsizetype before = known.size();
+        known.insert(bytesOf(*left.settings()));
+        if (known.size() > before)
+            return false;
+        if (const Result<> removed = left.discard(); !removed)
+            qCWarning(lcPane) << "changes that are saved, or kept twice:" << removed.error;
+        return true;
+    });
 }
 
 void QNBUnsavedState::offerNext()
 {
-    for (; !left_.empty(); left_.erase(left_.begin())) {
-        QNBLeftRecovery &next = left_.front();
-        const Result<QNBSettings> settings = next.read();
-        if (!settings)
-            qCWarning(lcPane) << "unsaved changes cannot be read:" << settings.error;
-        if (settings && bytesOf(*settings) == bytesOf(pane_.shownSettings())) {
-            if (const Result<> removed = next.discard(); !removed)
-                qCWarning(lcPane) << "changes that were saved after all:" << removed.error;
-            continue;
-        }
-        pane_.listener()->showNotice(offerOf(next, settings));
-        return;
-    }
-    pane_.listener()->takeBackNotice(Kind::Recovery);
+    if (left_.empty())
+        pane_.listener()->takeBackNotice(Kind::Recovery);
+    else
+        pane_.listener()->showNotice(offerOf(left_.front()));
 }
 
-PaneNotice QNBUnsavedState::offerOf(const QNBLeftRecovery &left, const Result<QNBSettings> &settings)
+PaneNotice QNBUnsavedState::offerOf(const QNBLeftRecovery &left)
 {
-    const QString time = shown(left.written());
-    if (!settings)
+    const QString time = shown(left.taken());
+    const auto discardThem = [this] { discard(); };
+    if (!left.settings()) {
+        qCWarning(lcPane) << "unsaved changes cannot be read:" << left.settings().error;
         return {.kind = Kind::Recovery,
                 .text =
                     tr("Changes of %1 were not saved, and what was kept of them cannot be read.").arg(time),
-                .details = settings.error,
-                .actions = {{tr("Discard"), [this] { discard(); }}}};
-
-    const auto restoreThem = [this, recovered = *settings] { restore(recovered); };
+                .details = left.settings().error,
+                .actions = {{tr("Discard"), discardThem}}};
+    }
+    QString text;
+    QList<PaneNotice::Action> actions;
+    const auto restoreThem = [this] { restore(); };
     const QDateTime lastSave = pane_.lastSave();
-    if (!lastSave.isValid() || lastSave <= left.written())
-        return {.kind = Kind::Recovery,
-                .text = tr("Changes of %1 were not saved, because the program ended unexpectedly.").arg(time),
-                .details = left.path(),
-                .actions = {{tr("Restore"), restoreThem}, {tr("Discard"), [this] { discard(); }}}};
-    const QString saved = shown(lastSave);
-    return {.kind = Kind::Recovery,
-            .text =
-                tr("Changes of %1 were not saved. Other changes were saved later, on %2.").arg(time, saved),
-            .details = left.path(),
-            .actions = {{tr("Restore %1").arg(time), restoreThem},
-                        {tr("Keep %1").arg(saved), [this] { discard(); }}}};
+    if (isOlderLeft_) {
+        text = tr("Older changes, of %1, were not saved either. If you restore them, they replace what "
+                  "is shown now.")
+                   .arg(time);
+        actions = {{tr("Restore %1").arg(time), restoreThem}, {tr("Discard %1").arg(time), discardThem}};
+    } else if (!lastSave.isValid() || lastSave <= left.taken()) {
+        text = tr("Changes of %1 were not saved, because the program ended unexpectedly.").arg(time);
+        actions = {{tr("Restore"), restoreThem}, {tr("Discard"), discardThem}};
+    } else {
+        const QString saved = shown(lastSave);
+        text = tr("Changes of %1 were not saved. Other changes were saved later, on %2.").arg(time, saved);
+        actions = {{tr("Restore %1").arg(time), restoreThem}, {tr("Keep %1").arg(saved), discardThem}};
+    }
+    return {.kind = Kind::Recovery, .text = text, .details = left.path(), .actions = actions};
 }
 
-void QNBUnsavedState::restore(const QNBSettings &settings)
+void QNBUnsavedState::restore()
 {
     restored_.push_back(std::move(left_.front()));
     left_.erase(left_.begin());
-    pane_.restore(settings, tr("Restore Unsaved Changes"));
+    isOlderLeft_ = true;
+    pane_.restore(*restored_.back().settings(), tr("Restore Unsaved Changes"));
     offerNext();
 }
 
@@ -134,6 +146,7 @@ void QNBUnsavedState::discard()
                                       .text = tr("They could not be removed, and will be offered again."),
                                       .details = removed.error});
     left_.erase(left_.begin());
+    isOlderLeft_ = true;
     offerNext();
 }
 

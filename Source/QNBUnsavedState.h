@@ -48,14 +48,17 @@ public:
     void wasSaved();
     /// Keeps what is shown, without a delay; at the latest when this goes it is on the disk.
     void keep();
-    /// Looks for what others have left and differs from what is shown, and offers it, one after the other. To
-    /// be called when what is shown is what is stored, or will be next.
+    /// Looks for what others have left and differs from what is shown, and offers it: the latest, and once
+    /// that is restored or discarded, what is older. To be called when what is shown is what is stored, or
+    /// will be next.
     void offerWhatWasLeft();
 
 private:
+    /// What is shown already, or was left by a later pane too, is not offered.
+    void discardWhatIsKnown();
     void offerNext();
-    PaneNotice offerOf(const QNBLeftRecovery &left, const Result<QNBSettings> &settings);
-    void restore(const QNBSettings &settings);
+    PaneNotice offerOf(const QNBLeftRecovery &left);
+    void restore();
     void discard();
     void couldNotBeKept(const QString &reason);
 
@@ -65,7 +68,9 @@ private:
     bool wasFailureTold_ = false;
     /// The next to be offered comes first.
     std::vector<QNBLeftRecovery> left_;
-    /// Restored and not yet saved: would be offered again after a crash.
+    /// A later one was offered before, and restored or discarded.
+    bool isOlderLeft_ = false;
+    /// Restored, and neither saved nor in the own file yet: would be offered again after a crash.
     std::vector<QNBLeftRecovery> restored_;
     QNBRecoveryFile file_;
 };

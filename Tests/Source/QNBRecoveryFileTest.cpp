@@ -28,20 +28,33 @@ QNBSettings settingsWith(const QString &label)
     return settings;
 }
 
+/// Notes the last temporary file.
+class NotingLayer final : public FileLayer
+{
+public:
+    int rename(const QByteArray &from, const QByteArray &to) override
+    {
+        temporary = from;
+        return FileLayer::rename(from, to);
+    }
+
+    QByteArray temporary;
+};
+
 class QNBRecoveryFileTest : public ::testing::Test
 {
 protected:
     /// Leaves \a label behind, as a pane does that ends without saving.
-    void leave(const QString &label)
+    void leave(const QString &label, const QDateTime &taken = QDateTime::currentDateTime())
     {
         QNBRecoveryFile file(folder_);
-        file.write(QNBSettingsStore::encode(settingsWith(label)));
+        file.write(QNBSettingsStore::encode(settingsWith(label), taken));
     }
     QStringList leftLabels() const
     {
         QStringList labels;
         for (const QNBLeftRecovery &left : QNBLeftRecovery::allIn(folder_)) {
-            const Result<QNBSettings> settings = left.read();
+            const Result<QNBSettings> &settings = left.settings();
             labels << (settings ? settings->presets.constFirst()->label() : settings.error);
         }
         return labels;
@@ -59,13 +72,12 @@ TEST_F(QNBRecoveryFileTest, WhatAPaneLeavesIsReadAgainWhole)
     leave(QStringLiteral("A"));
     const std::vector<QNBLeftRecovery> left = QNBLeftRecovery::allIn(folder_);
     ASSERT_EQ(left.size(), 1U);
-    const Result<QNBSettings> settings = left.front().read();
+    const Result<QNBSettings> &settings = left.front().settings();
     ASSERT_TRUE(settings) << qPrintable(settings.error);
     EXPECT_EQ(settings->presets.constFirst()->label(), QStringLiteral("A"));
     EXPECT_EQ(settings->presets.constFirst()->fileHierarchy()->children().size(), 1U);
     EXPECT_FALSE(settings->showMenubar);
     EXPECT_EQ(settings->shortcutCombo, settingsWith({}).shortcutCombo);
-    EXPECT_LE(left.front().written(), QDateTime::currentDateTime());
 }
 
 TEST_F(QNBRecoveryFileTest, OnlyItsOwnerMayReadIt)
@@ -117,17 +129,66 @@ TEST_F(QNBRecoveryFileTest, WhatIsOfferedToOnePaneIsNotOfferedToAnother)
     EXPECT_EQ(QNBLeftRecovery::allIn(folder_).size(), 1U) << "undecided, it is offered again";
 }
 
+TEST_F(QNBRecoveryFileTest, ItIsOfTheTimeAtWhichItWasTakenAndNotAtWhichItWasWritten)
+{
+    const QDateTime yesterday = QDateTime::currentDateTime().addDays(-1);
+    leave(QStringLiteral("A"), yesterday);
+    EXPECT_EQ(QNBLeftRecovery::allIn(folder_).front().taken(), yesterday);
+}
+
+TEST_F(QNBRecoveryFileTest, OneThatDoesNotSayWhenItWasTakenIsOfTheTimeAtWhichItWasWritten)
+{
+    leave(QStringLiteral("A"), {});
+    QFile file(QNBLeftRecovery::allIn(folder_).front().path());
+    const QDateTime yesterday = QDateTime::currentDateTime().addDays(-1);
+    ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+    ASSERT_TRUE(file.setFileTime(yesterday, QFileDevice::FileModificationTime));
+    file.close();
+    EXPECT_EQ(QNBLeftRecovery::allIn(folder_).front().taken(), yesterday);
+}
+
 TEST_F(QNBRecoveryFileTest, TheLatestComesFirst)
 {
-    leave(QStringLiteral("older"));
-    const QString older = QNBLeftRecovery::allIn(folder_).front().path();
-    QFile file(older);
-    ASSERT_TRUE(file.open(QIODevice::ReadWrite));
-    ASSERT_TRUE(
-        file.setFileTime(QDateTime::currentDateTime().addDays(-1), QFileDevice::FileModificationTime));
-    file.close();
-    leave(QStringLiteral("newer"));
-    EXPECT_EQ(leftLabels(), QStringList({QStringLiteral("newer"), QStringLiteral("older")}));
+    const QDateTime now = QDateTime::currentDateTime();
+    leave(QStringLiteral("middle"), now.addSecs(-60));
+    leave(QStringLiteral("latest"), now);
+    leave(QStringLiteral("oldest"), now.addDays(-1));
+    EXPECT_EQ(leftLabels(),
+              QStringList({QStringLiteral("latest"), QStringLiteral("middle"), QStringLiteral("oldest")}));
+}
+
+TEST_F(QNBRecoveryFileTest, WhatItsContentHoldsTooGoesWithTheFirstWriteThatSucceeds)
+{
+    leave(QStringLiteral("earlier"));
+    FailingFileLayer layer;
+    {
+        QNBRecoveryFile file(folder_, &layer);
+        layer.space = 10;
+        file.write(QNBSettingsStore::encode(settingsWith(QStringLiteral("A"))),
+                   QNBLeftRecovery::allIn(folder_));
+        file.finish();
+        EXPECT_TRUE(QNBLeftRecovery::allIn(folder_).empty()) << "kept for the next write";
+    }
+    EXPECT_EQ(leftLabels(), QStringList(QStringLiteral("earlier"))) << "there was none";
+    {
+        QNBRecoveryFile file(folder_, &layer);
+        file.write(QNBSettingsStore::encode(settingsWith(QStringLiteral("A"))),
+                   QNBLeftRecovery::allIn(folder_));
+        file.finish();
+        layer.space = FailingFileLayer().space;
+        file.write(QNBSettingsStore::encode(settingsWith(QStringLiteral("B"))));
+    }
+    EXPECT_EQ(leftLabels(), QStringList(QStringLiteral("B")));
+}
+
+TEST_F(QNBRecoveryFileTest, WhatWasSavedWithItGoesWithIt)
+{
+    leave(QStringLiteral("restored"));
+    {
+        QNBRecoveryFile file(folder_);
+        file.remove(QNBLeftRecovery::allIn(folder_));
+    }
+    EXPECT_EQ(files(), QStringList());
 }
 
 TEST_F(QNBRecoveryFileTest, SavedOrDiscardedNothingIsLeft)
@@ -229,9 +290,12 @@ TEST_F(QNBRecoveryFileTest, NothingIsWrittenIntoTheHomeOfAnotherUser)
 
 TEST_F(QNBRecoveryFileTest, WithoutAFolderNothingIsKept)
 {
-    QNBRecoveryFile file{QString()};
+    FailingFileLayer layer;
+    QNBRecoveryFile file(QString(), &layer);
     file.write(QNBSettingsStore::encode(settingsWith(QStringLiteral("A"))));
     file.remove();
+    file.finish();
+    EXPECT_EQ(layer.calls, 0);
     EXPECT_TRUE(QNBLeftRecovery::allIn({}).empty());
 }
 
@@ -248,25 +312,56 @@ TEST_F(QNBRecoveryFileTest, WhatIsNoRecoveryFileIsRefusedAndStays)
         file.close();
         const std::vector<QNBLeftRecovery> left = QNBLeftRecovery::allIn(folder_);
         ASSERT_EQ(left.size(), 1U);
-        EXPECT_FALSE(left.front().read()) << bytes.constData();
+        EXPECT_FALSE(left.front().settings()) << bytes.constData();
         EXPECT_TRUE(file.exists());
     }
     ASSERT_TRUE(QFile::remove(QDir(folder_).filePath(QStringLiteral("strange.plist"))));
-    ASSERT_EQ(::symlink("/etc/passwd",
-                        QFile::encodeName(QDir(folder_).filePath(QStringLiteral("link.plist"))).constData()),
-              0);
+    leave(QStringLiteral("A"));
+    const QByteArray elsewhere = QFile::encodeName(home_.filePath(QStringLiteral("elsewhere")));
+    const QByteArray name = QFile::encodeName(QNBLeftRecovery::allIn(folder_).front().path());
+    ASSERT_EQ(::rename(name.constData(), elsewhere.constData()), 0);
+    ASSERT_EQ(::symlink(elsewhere.constData(), name.constData()), 0);
     const std::vector<QNBLeftRecovery> left = QNBLeftRecovery::allIn(folder_);
     ASSERT_EQ(left.size(), 1U);
-    EXPECT_FALSE(left.front().read());
+    EXPECT_FALSE(left.front().settings()) << "a link, to a good one";
+}
+
+TEST_F(QNBRecoveryFileTest, OfAnotherUserNeitherTheFileNorTheFolderIsTaken)
+{
+    if (::geteuid() != 0)
+        return;
+    constexpr uid_t stranger = 12345;
+    leave(QStringLiteral("A"));
+    const QByteArray name = QFile::encodeName(QNBLeftRecovery::allIn(folder_).front().path());
+    ASSERT_EQ(::chown(name.constData(), stranger, stranger), 0);
+    EXPECT_FALSE(QNBLeftRecovery::allIn(folder_).front().settings());
+    ASSERT_EQ(::chown(name.constData(), 0, 0), 0);
+    ASSERT_EQ(::chown(QFile::encodeName(folder_).constData(), stranger, stranger), 0);
+    EXPECT_TRUE(QNBLeftRecovery::allIn(folder_).empty());
+}
+
+TEST_F(QNBRecoveryFileTest, WhatIsKeptAfterASaveIsARunningPanesToo)
+{
+    QNBRecoveryFile running(folder_);
+    running.write(QNBSettingsStore::encode(settingsWith(QStringLiteral("before"))));
+    running.remove();
+    running.write(QNBSettingsStore::encode(settingsWith(QStringLiteral("after"))));
+    running.finish();
+    EXPECT_EQ(files().filter(QStringLiteral(".plist")).size(), 1);
+    EXPECT_TRUE(QNBLeftRecovery::allIn(folder_).empty());
 }
 
 TEST_F(QNBRecoveryFileTest, WhatAKilledWriterLeftIsRemovedWithItsLock)
 {
-    leave(QStringLiteral("A"));
+    NotingLayer layer;
+    {
+        QNBRecoveryFile file(folder_, &layer);
+        file.write(QNBSettingsStore::encode(settingsWith(QStringLiteral("A"))));
+    }
     const QString path = QNBLeftRecovery::allIn(folder_).front().path();
     // Killed before the first file was whole: a lock and a temporary file.
-    ASSERT_TRUE(QFile::remove(path));
-    ASSERT_EQ(files().size(), 1);
+    ASSERT_TRUE(QFile::rename(path, QFile::decodeName(layer.temporary)));
+    ASSERT_EQ(files().size(), 2);
     EXPECT_TRUE(QNBLeftRecovery::allIn(folder_).empty());
     EXPECT_EQ(files(), QStringList());
 }

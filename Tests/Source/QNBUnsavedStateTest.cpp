@@ -47,9 +47,12 @@ protected:
         QStringList labels;
         for (const QString &name : files()) {
             QFile file(QDir(folder()).filePath(name));
-            const Result<QNBSettings> settings = file.open(QIODevice::ReadOnly)
-                                                     ? QNBSettingsStore::decode(file.readAll())
-                                                     : Result<QNBSettings>::failure(name);
+            QString error;
+            const PropertyListDocument::Ptr document =
+                file.open(QIODevice::ReadOnly) ? PropertyListDocument::parse(file.readAll(), &error)
+                                               : nullptr;
+            const Result<QNBSettings> settings =
+                document ? QNBSettingsStore::decode(document) : Result<QNBSettings>::failure(error);
             if (settings)
                 labels << settings->presets.constFirst()->label();
         }
@@ -64,6 +67,13 @@ protected:
         // As if it had been killed: nothing of it runs any more, and its lock goes with it.
         closePane();
         listener.notices.clear();
+    }
+    /// The same at the time \a taken, by a writer that was late.
+    void leave(const QString &label, const QDateTime &taken)
+    {
+        QNBSettings settings = stored();
+        settings.presets.constFirst()->setValueForKey(label, QNBPresetKey::label);
+        QNBRecoveryFile(folder()).write(QNBSettingsStore::encode(settings, taken));
     }
     QStringList labels() const
     {
@@ -150,7 +160,7 @@ TEST_F(QNBUnsavedStateTest, AFailedSaveKeepsWhatWasMadeAlsoAfterTheEnd)
     EXPECT_EQ(keptLabels(), QStringList(QStringLiteral("Edited")));
     std::vector<QNBLeftRecovery> left = QNBLeftRecovery::allIn(folder());
     ASSERT_EQ(left.size(), 1U);
-    EXPECT_FALSE(left.front().read()->showMenubar);
+    EXPECT_FALSE(left.front().settings()->showMenubar);
 }
 
 TEST_F(QNBUnsavedStateTest, WhatWasLeftIsOfferedAndRestoredInOneStep)
@@ -217,14 +227,11 @@ TEST_F(QNBUnsavedStateTest, WhatIsStoredAlreadyIsNotOffered)
     EXPECT_EQ(files(), QStringList());
 }
 
-TEST_F(QNBUnsavedStateTest, WithALaterSaveBothAreOfferedByDate)
+TEST_F(QNBUnsavedStateTest, WithALaterSaveBothAreOfferedByDateHoweverLateItsWriterWas)
 {
-    ASSERT_NO_FATAL_FAILURE(crashWith(QStringLiteral("Edited")));
+    // The file is younger than the domain; what is in it is older.
     const QDateTime yesterday = QDateTime::currentDateTime().addDays(-1);
-    QFile kept(QDir(folder()).filePath(files().constFirst()));
-    ASSERT_TRUE(kept.open(QIODevice::ReadWrite));
-    ASSERT_TRUE(kept.setFileTime(yesterday, QFileDevice::FileModificationTime));
-    kept.close();
+    leave(QStringLiteral("Edited"), yesterday);
     openPane();
     const PaneNotice offer = listener.notices.value(Kind::Recovery);
     const QString then = QLocale().toString(yesterday, QLocale::ShortFormat);
@@ -236,15 +243,51 @@ TEST_F(QNBUnsavedStateTest, WithALaterSaveBothAreOfferedByDate)
     EXPECT_EQ(labels().constFirst(), QStringLiteral("Edited"));
 }
 
-TEST_F(QNBUnsavedStateTest, SeveralAreOfferedOneAfterTheOther)
+TEST_F(QNBUnsavedStateTest, WhatIsOlderIsOfferedAsSuchOnceTheLatestWasDecidedAbout)
 {
     ASSERT_NO_FATAL_FAILURE(crashWith(QStringLiteral("First")));
     ASSERT_NO_FATAL_FAILURE(crashWith(QStringLiteral("Second")));
     openPane();
-    ASSERT_NO_FATAL_FAILURE(choose(discarding));
+    EXPECT_EQ(listener.notices.value(Kind::Recovery).actions.at(restoring).title, QStringLiteral("Restore"));
     ASSERT_NO_FATAL_FAILURE(choose(restoring));
-    EXPECT_FALSE(listener.notices.contains(Kind::Recovery));
+    EXPECT_EQ(labels().constFirst(), QStringLiteral("Second"));
+    const PaneNotice older = listener.notices.value(Kind::Recovery);
+    EXPECT_TRUE(older.text.startsWith(u"Older changes")) << qPrintable(older.text);
+    EXPECT_TRUE(older.text.contains(u"replace what is shown"));
+    EXPECT_TRUE(older.actions.at(restoring).title.startsWith(u"Restore "));
+    EXPECT_TRUE(older.actions.at(discarding).title.startsWith(u"Discard "));
+    ASSERT_NO_FATAL_FAILURE(choose(restoring));
     EXPECT_EQ(labels().constFirst(), QStringLiteral("First"));
+    EXPECT_FALSE(listener.notices.contains(Kind::Recovery));
+    pane->undo();
+    EXPECT_EQ(labels().constFirst(), QStringLiteral("Second"));
+}
+
+TEST_F(QNBUnsavedStateTest, WhatWasRestoredIsNotOfferedBesideWhatWasMadeOfIt)
+{
+    ASSERT_NO_FATAL_FAILURE(crashWith(QStringLiteral("First")));
+    openPane();
+    ASSERT_NO_FATAL_FAILURE(choose(restoring));
+    rename(QStringLiteral("Second"));
+    EXPECT_TRUE(waitUntil([this] { return keptLabels() == QStringList(QStringLiteral("Second")); }));
+    closePane();
+    listener.notices.clear();
+    openPane();
+    ASSERT_NO_FATAL_FAILURE(choose(discarding));
+    EXPECT_FALSE(listener.notices.contains(Kind::Recovery));
+}
+
+TEST_F(QNBUnsavedStateTest, TheSameIsOfferedOnceAndWhatIsStoredNotEvenAsOlder)
+{
+    const QDateTime now = QDateTime::currentDateTime();
+    leave(QStringLiteral("A"), now.addSecs(-30));
+    leave(QStringLiteral("Edited"), now.addSecs(-20));
+    leave(QStringLiteral("Edited"), now.addSecs(-10));
+    openPane();
+    EXPECT_EQ(files().size(), 1);
+    ASSERT_NO_FATAL_FAILURE(choose(discarding));
+    EXPECT_FALSE(listener.notices.contains(Kind::Recovery));
+    EXPECT_EQ(files(), QStringList());
 }
 
 TEST_F(QNBUnsavedStateTest, WhatCannotBeReadIsSaidAndStaysUntilItIsDiscarded)
