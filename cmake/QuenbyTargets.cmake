@@ -15,6 +15,10 @@ if(QUENBY_SANITIZE)
   add_compile_options(-fsanitize=${QUENBY_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${QUENBY_SANITIZE})
 endif()
+if(QUENBY_SANITIZE MATCHES "address")
+  target_sources(quenby-options INTERFACE
+                 "$<$<STREQUAL:$<TARGET_PROPERTY:TYPE>,EXECUTABLE>:${PROJECT_SOURCE_DIR}/Tests/AddressSanitizerOptions.cpp>")
+endif()
 
 # Optimising the tests themselves took longer than running them.
 set(QUENBY_TEST_OPTIONS -O0)
