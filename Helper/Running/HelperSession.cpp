@@ -79,8 +79,10 @@ HelperSession::~HelperSession() = default;
 
 void HelperSession::start()
 {
-    notificationCenter_.addObserver(QNBPresetConfigurationChangedNotification, [this] { settingsChanged(); });
-    if (hasBus_ && !notificationCenter_.flush(listenTimeout))
+    notificationCenter_.emplace();
+    notificationCenter_->addObserver(QNBPresetConfigurationChangedNotification,
+                                     [this] { settingsChanged(); });
+    if (hasBus_ && !notificationCenter_->flush(listenTimeout))
         qCWarning(lcSession) << "changes of the presets may not be heard of";
     reload();
     if (hasBus_)
@@ -112,6 +114,7 @@ void HelperSession::leave()
 {
     isQuitting_ = true;
     object_.reset();
+    notificationCenter_.reset();
     worker_.reset();
 }
 

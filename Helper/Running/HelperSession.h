@@ -35,7 +35,7 @@ public:
     void start();
     /// Ends the event loop once what is being created has been cancelled and undone.
     void quit();
-    /// The process ends now: waits until what is being created has been undone.
+    /// The process ends now: waits until what is being created has been undone, and ends all threads.
     void leave();
 
 private:
@@ -69,7 +69,7 @@ private:
     /// Of a burst of changes the last one is read; of one without an end, one now and then.
     QTimer reloadTimer_;
     QDeadlineTimer latestReload_;
-    DistributedNotificationCenter notificationCenter_;
+    std::optional<DistributedNotificationCenter> notificationCenter_;
     std::optional<HelperObject> object_;
     HotKeys hotKeys_;
     /// For the hot key.

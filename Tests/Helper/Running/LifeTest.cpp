@@ -95,6 +95,16 @@ TEST_F(LifeProgramTest, ABusThatDiesIsSurvived)
     expectEndOf(*helper);
 }
 
+TEST_F(LifeProgramTest, ADisplayThatGoesEndsItInOrder)
+{
+    store(settings());
+    const auto helper = start();
+    ASSERT_TRUE(waitUntilItHasRead(*helper));
+    screen_.kill();
+    ASSERT_TRUE(helper->waitForEnd(std::chrono::minutes(1)));
+    EXPECT_TRUE(helper->hasReturned(1)) << helper->errors().constData();
+}
+
 TEST_F(LifeProgramTest, ChangesThatNeverCeaseAreReadAllTheSame)
 {
     store(settings());
