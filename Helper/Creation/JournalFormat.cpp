@@ -242,11 +242,12 @@ void JournalFormat::fill(char *slot, const Record::Entry &entry)
                    entry.mode,
                    0,
                    {}};
-    // Empty first: one that is filled again is never half the one and half the other.
+    // Empty first: one that is filled again is never half the one and half the other. Nobody else reads it
+    // now, and a kill comes between two steps of this thread as a signal does.
     std::memcpy(slot + offsetof(Slot, check), &filled.check, sizeof filled.check);
-    std::atomic_thread_fence(std::memory_order_release);
+    std::atomic_signal_fence(std::memory_order_release);
     std::memcpy(slot, &filled, offsetof(Slot, check));
-    std::atomic_thread_fence(std::memory_order_release);
+    std::atomic_signal_fence(std::memory_order_release);
     filled.check = checkOf(filled);
     std::memcpy(slot + offsetof(Slot, check), &filled.check, sizeof filled.check);
 }
