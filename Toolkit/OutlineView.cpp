@@ -44,7 +44,10 @@ OutlineView::OutlineView(QWidget *parent)
         horizontalScrollBar()->setValue(0);
         measureRowsAnew();
     });
-    connect(this, &QTreeView::collapsed, this, &OutlineView::measureRowsAnew);
+    connect(this, &QTreeView::collapsed, this, [this](const QModelIndex &index) {
+        selectInsteadOfHiddenRow(index);
+        measureRowsAnew();
+    });
 }
 
 void OutlineView::setDataSource(OutlineViewDataSource *dataSource)
@@ -409,6 +412,16 @@ void OutlineView::notifySelection()
 {
     if (dataSource_)
         dataSource_->outlineViewSelectionDidChange(*this);
+}
+
+/// What is selected has to be seen: keys and menus work on it.
+void OutlineView::selectInsteadOfHiddenRow(const QModelIndex &collapsed)
+{
+    QModelIndex parent = selectionModel()->selectedRows().value(0).parent();
+    while (parent.isValid() && parent != collapsed)
+        parent = parent.parent();
+    if (parent.isValid())
+        setCurrentIndex(collapsed);
 }
 
 void OutlineView::noteIfExpanded(const QModelIndex &index)

@@ -55,6 +55,7 @@ public:
     void endUpdates();
 
     void expandItem(const OutlineItem &item, bool expandChildren = false);
+    /// An item that is closed over the selected one, by whomever, is selected in its place.
     void collapseItem(const OutlineItem &item);
     bool isItemExpanded(const OutlineItem &item) const;
 
@@ -117,6 +118,7 @@ private:
     int rowOfIndex(const QModelIndex &index) const;
     int heightOfRows() const;
     void notifySelection();
+    void selectInsteadOfHiddenRow(const QModelIndex &collapsed);
     void noteIfExpanded(const QModelIndex &index);
     void expandWithChildren(const QModelIndex &index);
     void appendChildren(std::vector<QModelIndex> &pending, const QModelIndex &parent) const;

@@ -64,6 +64,34 @@ TEST_F(OutlineViewTest, ExpandsAndCollapses)
     EXPECT_FALSE(view.isItemExpanded(empty));
 }
 
+TEST_F(OutlineViewTest, AnItemThatIsClosedOverTheSelectionIsSelected)
+{
+    view.expandItem(nullptr, true);
+    const int deep = view.rowForItem(docs) + 3;
+    ASSERT_EQ(nameAtRow(deep), u"deep");
+    view.selectRow(deep);
+    tree.selectionChanges = 0;
+    view.collapseItem(src);
+    EXPECT_EQ(nameAtRow(view.selectedRow()), u"deep");
+    EXPECT_EQ(tree.selectionChanges, 0);
+
+    const QRect row = view.visualRect(view.model()->index(0, 0));
+    QTest::mouseClick(view.viewport(), Qt::LeftButton, {},
+                      {row.left() - view.indentation() / 2, row.center().y()});
+    ASSERT_EQ(rows(), u"docs empty src");
+    EXPECT_EQ(nameAtRow(view.selectedRow()), u"docs");
+    EXPECT_EQ(tree.selectionChanges, 1);
+    QTest::keyClick(&view, Qt::Key_Down);
+    EXPECT_EQ(nameAtRow(view.selectedRow()), u"empty");
+}
+
+TEST_F(OutlineViewTest, ClosingAnItemSelectsNothingByItself)
+{
+    view.expandItem(docs);
+    view.collapseItem(docs);
+    EXPECT_EQ(view.selectedRow(), OutlineView::noRow);
+}
+
 TEST_F(OutlineViewTest, ItemsWithoutChildrenShowNoDisclosureTriangle)
 {
     const QAbstractItemModel &model = *view.model();
