@@ -4,15 +4,15 @@
 #include "Toolkit/DragData.h"
 
 #include "Toolkit/LocalPath.h"
-#include "Toolkit/PromisedFile.h"
 
 #include <utility>
 
 DragData::DragData(std::unique_ptr<QMimeData> declared, DragOperations mask,
-                   std::shared_ptr<PromisedFile> promised)
+                   std::shared_ptr<PromisedFile> promised, std::weak_ptr<PromisedFiles> delivered)
     : declared_(std::move(declared))
     , mask_(mask)
     , promised_(std::move(promised))
+    , delivered_(std::move(delivered))
 {
 }
 
@@ -37,8 +37,12 @@ void DragData::announcePromise()
 
 void DragData::drop()
 {
-    if (promised_)
-        promised_->drop();
+    if (!promised_)
+        return;
+    promised_->drop();
+    const std::shared_ptr<PromisedFiles> delivered = delivered_.lock();
+    if (delivered && (delivered->empty() || delivered->back() != promised_))
+        delivered->push_back(promised_);
 }
 
 bool DragData::hasFormat(const QString &format) const

@@ -5,11 +5,10 @@
 
 #include "Toolkit/DirectSave.h"
 #include "Toolkit/DraggingInfo.h"
+#include "Toolkit/PromisedFile.h"
 
 #include <QMimeData>
 #include <memory>
-
-class PromisedFile;
 
 /// The data of a drag that begins in one of our views.
 ///
@@ -18,9 +17,10 @@ class PromisedFile;
 class DragData final : public QMimeData
 {
 public:
-    /// \a mask is what our own views may do with it.
-    DragData(std::unique_ptr<QMimeData> declared, DragOperations mask,
-             std::shared_ptr<PromisedFile> promised);
+    /// \a mask is what our own views may do with it. What was \a promised, if anything, comes to what was
+    /// \a delivered once another program takes it.
+    DragData(std::unique_ptr<QMimeData> declared, DragOperations mask, std::shared_ptr<PromisedFile> promised,
+             std::weak_ptr<PromisedFiles> delivered);
     ~DragData() override;
 
     /// What was declared when \a data is of such a drag, else \a data.
@@ -46,5 +46,6 @@ private:
     std::unique_ptr<QMimeData> declared_;
     DragOperations mask_;
     std::shared_ptr<PromisedFile> promised_;
+    std::weak_ptr<PromisedFiles> delivered_;
     DirectSave directSave_;
 };

@@ -8,6 +8,7 @@
 #include <QUrl>
 #include <functional>
 #include <memory>
+#include <vector>
 
 /// A file that does not exist before the drag that promised it is dropped outside of this process.
 ///
@@ -52,3 +53,5 @@ private:
     /// Somebody knows by now where the file will be.
     bool wasTold_ = false;
 };
+
+using PromisedFiles = std::vector<std::shared_ptr<PromisedFile>>;

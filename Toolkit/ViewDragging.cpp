@@ -5,7 +5,6 @@
 
 #include "Toolkit/DragData.h"
 #include "Toolkit/DragSession.h"
-#include "Toolkit/PromisedFile.h"
 
 #include <QAbstractItemView>
 #include <QCursor>
@@ -87,21 +86,22 @@ void ViewDragging::setDraggingSourceOperationMask(DragOperations mask, bool forL
 void ViewDragging::begin(const QModelIndex &index, std::unique_ptr<QMimeData> declared,
                          std::shared_ptr<PromisedFile> promised)
 {
-    std::erase_if(promised_, [](const auto &file) { return !file->isWritten(); });
-    if (promised)
-        promised_.push_back(promised);
-
     QWidget &viewport = *view_.viewport();
     const QRect content = contentOfRow(view_, index);
     const QPoint mouse = viewport.mapFromGlobal(QCursor::pos());
-    const DragSession::Image image{viewport.grab(content), mouse - content.topLeft()};
-    // One set of actions is offered to all programs. What is proposed is what the other ones may do, for our
-    // own views look at the mask.
+    // The row may have been taken hold of beside what it shows.
+    const QPoint hotSpot(std::clamp(mouse.x(), content.left(), content.right()),
+                         std::clamp(mouse.y(), content.top(), content.bottom()));
+    const DragSession::Image image{viewport.grab(content), hotSpot - content.topLeft()};
+    // One set of actions is offered to all programs: what the other ones may do, for our own views look at
+    // the mask. Only where that is nothing they find nothing that they could take.
     const Qt::DropActions others = actionsOf(otherMask_);
-    const Qt::DropAction proposed = others.testFlag(Qt::CopyAction) ? Qt::CopyAction : Qt::MoveAction;
-    new DragSession(viewport,
-                    std::make_unique<DragData>(std::move(declared), localMask_, std::move(promised)), image,
-                    others | actionsOf(localMask_), proposed);
+    const Qt::DropActions offered = others == Qt::IgnoreAction ? actionsOf(localMask_) : others;
+    const Qt::DropAction proposed = offered == Qt::CopyAction ? Qt::CopyAction : Qt::MoveAction;
+    new DragSession(
+        viewport,
+        std::make_unique<DragData>(std::move(declared), localMask_, std::move(promised), delivered_), image,
+        offered, proposed);
 }
 
 bool ViewDragging::isRegisteredFor(const QDropEvent &event) const

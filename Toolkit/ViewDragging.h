@@ -5,13 +5,12 @@
 
 #include "Toolkit/DraggingInfo.h"
 #include "Toolkit/DropIndicator.h"
+#include "Toolkit/PromisedFile.h"
 
 #include <QStringList>
 #include <functional>
 #include <memory>
-#include <vector>
 
-class PromisedFile;
 class QAbstractItemView;
 class QDropEvent;
 class QModelIndex;
@@ -53,6 +52,6 @@ private:
     QStringList types_;
     DragOperations localMask_ = DragOperation::Every;
     DragOperations otherMask_ = DragOperation::None;
-    /// Other programs may still be copying these.
-    std::vector<std::shared_ptr<PromisedFile>> promised_;
+    /// Other programs may still be copying these. Drags that were not dropped there leave nothing here.
+    const std::shared_ptr<PromisedFiles> delivered_ = std::make_shared<PromisedFiles>();
 };

@@ -13,6 +13,7 @@
 // One line is printed for each thing that happens:
 //   ready                      the window is there
 //   enter FORMAT...            a drag came over the window
+//   may copy|move|link...      what the other program allows
 //   hover URL present|absent   (--ask-early) what it is, and whether there is such a file by now
 //   leave                      the drag left the window, or was given up over it
 //   drop copy|move|link        it was dropped
@@ -74,6 +75,12 @@ protected:
     {
         early_.clear();
         print(QStringList(QStringLiteral("enter")) + event->mimeData()->formats());
+        QStringList allowed;
+        for (const Qt::DropAction action : {Qt::CopyAction, Qt::MoveAction, Qt::LinkAction}) {
+            if (event->possibleActions().testFlag(action))
+                allowed.append(nameOf(action));
+        }
+        print(QStringList(QStringLiteral("may")) + allowed);
         if (event->mimeData()->hasUrls())
             event->acceptProposedAction();
     }

@@ -101,6 +101,12 @@ protected:
         })) << source->errors().toStdString();
         EXPECT_TRUE(source->isRunning());
     }
+    /// The data of the drag have gone, and with them the folder for the file that was promised.
+    void expectNothingIsKept()
+    {
+        EXPECT_TRUE(waitUntil([this] { return !said(*source, "forgotten").isEmpty(); }));
+        EXPECT_EQ(QDir(temporary).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList());
+    }
     static constexpr QPoint middleOfTarget{700, 100};
     TemporaryHome home;
     VirtualScreen screen{home};
@@ -119,6 +125,7 @@ TEST_F(DraggingTest, APromisedFileIsWrittenWhenItsUrlIsAskedForAtTheDrop)
     ASSERT_TRUE(dragRowToTarget(1));
     EXPECT_TRUE(said(*source, "promise").isEmpty());
     EXPECT_TRUE(lastSaid(*target, "enter").contains(QStringLiteral("text/uri-list")));
+    EXPECT_EQ(lastSaid(*target, "may"), QStringLiteral("may copy")) << "a link would lead nowhere in the end";
     screen.releaseMouse();
     ASSERT_TRUE(isDone());
     EXPECT_EQ(lastSaid(*target, "drop"), QStringLiteral("drop copy"));
@@ -159,6 +166,7 @@ TEST_F(DraggingTest, NothingIsWrittenWhenTheDragIsGivenUp)
     ASSERT_TRUE(waitUntil([this] { return !said(*target, "leave").isEmpty(); }));
     screen.releaseMouse();
     expectSourceIsWell();
+    expectNothingIsKept();
     EXPECT_TRUE(said(*source, "promise").isEmpty());
     EXPECT_TRUE(said(*target, "drop").isEmpty());
 }
@@ -171,8 +179,29 @@ TEST_F(DraggingTest, NothingIsWrittenWhenTheDragEndsWhereNobodyTakesIt)
     ASSERT_TRUE(dragOn({1000, 600}, *target, "leave"));
     screen.releaseMouse();
     expectSourceIsWell();
+    expectNothingIsKept();
     EXPECT_TRUE(said(*source, "promise").isEmpty());
     EXPECT_TRUE(said(*target, "drop").isEmpty());
+}
+
+TEST_F(DraggingTest, ThePictureHangsAtThePointerWhereverTheRowIsTakenHoldOf)
+{
+    startSource();
+    const QPoint end{500, 300};
+    // The row's text is at its left.
+    ASSERT_TRUE(
+        screen.drag({190, middleOfRow(1).y()}, end, [&] { return !said(*source, "drag").isEmpty(); }));
+    QRect picture;
+    EXPECT_TRUE(waitUntil([&] {
+        for (const QString &window : screen.windowsOf(source->pid())) {
+            if (const QRect place = screen.placeOf(window); place.height() <= 2 * rowHeight)
+                picture = place;
+        }
+        return picture.adjusted(-2, -2, 2, 2).contains(end);
+    })) << picture.x()
+        << ' ' << picture.y() << ' ' << picture.width() << ' ' << picture.height();
+    screen.releaseMouse();
+    expectSourceIsWell();
 }
 
 TEST_F(DraggingTest, AFileIsSavedDirectlyWhereTheOtherProgramWantsIt)

@@ -13,6 +13,7 @@
 // One line is printed for each thing that happens:
 //   rows TOP HEIGHT           where the rows are, once the window is there
 //   drag LABEL                a record or an item begins to be dragged
+//   forgotten                 the data of the drag that began last have gone
 //   meanwhile                 what --meanwhile asks for was done
 //   promise LABEL FOLDER      a promised file is written into FOLDER, as LABEL.txt
 //   allow above|on ROW MASK   a drop may go there; only when this differs from the last
@@ -31,6 +32,7 @@
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QDir>
+#include <QDrag>
 #include <QFile>
 #include <QHBoxLayout>
 #include <QMouseEvent>
@@ -76,6 +78,11 @@ public:
         pasteboard.setPropertyListForType(QVariantList{QStringLiteral("txt")}, PasteboardType::filesPromise);
         pasteboard.setDataForType(QByteArray::number(rows.constFirst()), rowType);
         print({QStringLiteral("drag"), label(rows.constFirst())});
+        QTimer::singleShot(0, qApp, [] {
+            if (const QDrag *drag = qApp->findChild<QDrag *>())
+                QObject::connect(drag, &QObject::destroyed, qApp,
+                                 [] { print({QStringLiteral("forgotten")}); });
+        });
         if (meanwhile)
             QTimer::singleShot(delayInMilliseconds, qApp, meanwhile);
         return true;
