@@ -116,7 +116,7 @@ PaneNotice QNBUnsavedState::offerOf(const QNBLeftRecovery &left)
     const QDateTime lastSave = pane_.lastSave();
     if (isOlderLeft_) {
         text = tr("Older changes, of %1, were not saved either. If you restore them, they replace what "
-                  "is shown now.")
+                  "is shown.")
                    .arg(time);
         actions = {{tr("Restore %1").arg(time), restoreThem}, {tr("Discard %1").arg(time), discardThem}};
     } else if (!lastSave.isValid() || lastSave <= left.taken()) {

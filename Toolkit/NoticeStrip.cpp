@@ -26,6 +26,17 @@ bool isWarning(PaneNotice::Kind kind)
     return kind == PaneNotice::Kind::SaveFailed || kind == PaneNotice::Kind::Unreadable;
 }
 
+/// An answer may bring another notice at once, with a button at the same place: the second half of a double
+/// click is not meant for it.
+class NoticeButton final : public QPushButton
+{
+public:
+    using QPushButton::QPushButton;
+
+protected:
+    void mouseDoubleClickEvent(QMouseEvent *) override {}
+};
+
 bool isDismissible(PaneNotice::Kind kind)
 {
     return kind == PaneNotice::Kind::LeftOut || kind == PaneNotice::Kind::Hint;
@@ -141,7 +152,7 @@ void NoticeStrip::showMostImportant()
     row->setContentsMargins({});
     row->addStretch(1);
     for (const PaneNotice::Action &action : std::as_const(actions)) {
-        auto *const button = new QPushButton(action.title);
+        auto *const button = new NoticeButton(action.title);
         button->setAutoDefault(true);
         connect(button, &QPushButton::clicked, this, [run = action.run] { run(); });
         row->addWidget(button);

@@ -293,6 +293,7 @@ TEST_F(QNBRecoveryFileTest, WithoutAFolderNothingIsKept)
     FailingFileLayer layer;
     QNBRecoveryFile file(QString(), &layer);
     file.write(QNBSettingsStore::encode(settingsWith(QStringLiteral("A"))));
+    file.finish();
     file.remove();
     file.finish();
     EXPECT_EQ(layer.calls, 0);
@@ -344,7 +345,10 @@ TEST_F(QNBRecoveryFileTest, WhatIsKeptAfterASaveIsARunningPanesToo)
 {
     QNBRecoveryFile running(folder_);
     running.write(QNBSettingsStore::encode(settingsWith(QStringLiteral("before"))));
+    running.finish();
     running.remove();
+    running.finish();
+    EXPECT_EQ(files(), QStringList());
     running.write(QNBSettingsStore::encode(settingsWith(QStringLiteral("after"))));
     running.finish();
     EXPECT_EQ(files().filter(QStringLiteral(".plist")).size(), 1);

@@ -109,8 +109,19 @@ TEST_F(NoticeStripTest, ItsButtonsAreReachedByTabAndPressedByKeys)
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
     ASSERT_EQ(QApplication::focusWidget(), buttons().constLast());
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Space);
-    EXPECT_EQ(chosen_, QStringList(QStringLiteral("Discard")));
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+    EXPECT_EQ(chosen_, QStringList(2, QStringLiteral("Discard")));
     EXPECT_TRUE(strip_.isVisible()) << "whoever told it takes it back";
+}
+
+TEST_F(NoticeStripTest, TheSecondHalfOfADoubleClickAnswersNothing)
+{
+    strip_.showNotice(notice(Kind::Recovery, QStringLiteral("older"), {QStringLiteral("Discard")}));
+    QTest::mouseDClick(buttons().constFirst(), Qt::LeftButton);
+    QTest::mouseRelease(buttons().constFirst(), Qt::LeftButton);
+    EXPECT_EQ(chosen_, QStringList());
+    QTest::mouseClick(buttons().constFirst(), Qt::LeftButton);
+    EXPECT_EQ(chosen_, QStringList(QStringLiteral("Discard")));
 }
 
 TEST_F(NoticeStripTest, AButtonWithTheKeyboardKeepsItWhenItsNoticeIsToldAgain)
@@ -162,21 +173,40 @@ TEST_F(NoticeStripTest, IsAnAlertWithANameForScreenReaders)
 
 TEST_F(NoticeStripTest, AWarningLooksLikeOne)
 {
-    const auto looks = [this](Kind kind) {
+    struct Look
+    {
+        QColor ground;
+        QColor edge;
+        QImage symbol;
+    };
+    const auto lookOf = [this](Kind kind) {
         strip_.showNotice(notice(kind, QStringLiteral(".")));
         const QImage image = strip_.grab().toImage();
+        Look look{image.pixelColor(1, 1), image.pixelColor(1, image.height() - 1), {}};
+        for (const QLabel *part : strip_.findChildren<QLabel *>()) {
+            if (!part->pixmap().isNull())
+                look.symbol = part->pixmap().toImage();
+        }
         strip_.takeBackNotice(kind);
-        const qreal scale = image.devicePixelRatio();
-        return std::pair(image.pixelColor(1, image.height() - 1),
-                         image.copy(0, 0, int(40 * scale), image.height() - int(2 * scale)));
+        return look;
     };
-    const auto hint = looks(Kind::Hint);
-    const auto failure = looks(Kind::SaveFailed);
-    EXPECT_EQ(hint.first, strip_.palette().color(QPalette::Highlight));
-    EXPECT_NE(hint.first, failure.first);
-    EXPECT_NE(hint.second, failure.second);
-    EXPECT_EQ(looks(Kind::Recovery).first, hint.first);
-    EXPECT_EQ(looks(Kind::Unreadable).first, failure.first);
+    const Look hint = lookOf(Kind::Hint);
+    const Look failure = lookOf(Kind::SaveFailed);
+    EXPECT_EQ(hint.edge, strip_.palette().color(QPalette::Highlight));
+    EXPECT_NE(hint.ground, hint.edge) << "only a trace of it";
+    EXPECT_NE(hint.ground, strip_.palette().color(QPalette::Window));
+    EXPECT_NE(hint.edge, failure.edge);
+    EXPECT_FALSE(hint.symbol.isNull());
+    EXPECT_NE(hint.symbol, failure.symbol);
+    EXPECT_EQ(lookOf(Kind::Recovery).symbol, hint.symbol);
+    EXPECT_EQ(lookOf(Kind::LeftOut).symbol, hint.symbol);
+    EXPECT_EQ(lookOf(Kind::Unreadable).symbol, failure.symbol);
+}
+
+TEST_F(NoticeStripTest, AReasonOfWhichTheSystemSaidNothingStaysWhole)
+{
+    EXPECT_EQ(NoticeStrip::shortReason(QStringLiteral("writing x: ")), QStringLiteral("writing x: "));
+    EXPECT_EQ(NoticeStrip::shortReason(QStringLiteral("no home")), QStringLiteral("no home"));
 }
 
 TEST_F(NoticeStripTest, ItsTextCanBeCopied)
