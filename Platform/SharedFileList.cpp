@@ -218,6 +218,21 @@ Result<> SharedFileList::insertItemURL(const QUrl &url) const
     return writer.write(in(*fileName), entry, {.newFileMode = entryMode});
 }
 
+Result<> SharedFileList::replaceMoved(const QUrl &url) const
+{
+    const QUrl address = url.adjusted(QUrl::StripTrailingSlash);
+    const QList<Item> items = copySnapshot();
+    for (const Item &item : items) {
+        if (!item.url_.isValid() || item.url_.fileName() != address.fileName() || resolve(item))
+            continue;
+        if (Result<> inserted = insertItemURL(address); !inserted)
+            return inserted;
+        if (Result<> removed = remove(item); !removed)
+            return removed;
+    }
+    return {};
+}
+
 QList<SharedFileList::Item> SharedFileList::copySnapshot() const
 {
     QList<Item> items = entries();

@@ -54,6 +54,11 @@ public:
     /// An application need not be fit to be started now; its entry starts nothing until it is.
     Result<> insertItemURL(const QUrl &url) const;
 
+    /// Puts \a url into the place of each active entry that carries the address of a file of the same name
+    /// which is no longer there: it was moved, and the entry would start nothing. Entries of other programs,
+    /// and of files that are there, are left alone.
+    Result<> replaceMoved(const QUrl &url) const;
+
     /// In the order of the list: by number of place, then by file name.
     QList<Item> copySnapshot() const;
 

@@ -89,6 +89,40 @@ TEST_F(SharedFileListTest, AnEntryResolvesToItsFileWhileThatExists)
     EXPECT_EQ(resolved(), QStringList{path});
 }
 
+TEST_F(SharedFileListTest, AnEntryFollowsAnApplicationThatWasMoved)
+{
+    const QString old = application(QStringLiteral("old/Some.app"));
+    const QString other = application(QStringLiteral("Other.app"));
+    ASSERT_TRUE(insert(old));
+    ASSERT_TRUE(insert(other));
+    const QString place = in(QStringLiteral("new/Some.app"));
+    ASSERT_TRUE(QDir().mkpath(in(QStringLiteral("new"))));
+    TestApplication::makeBundle(place, QStringLiteral("Some"));
+    ASSERT_TRUE(list().replaceMoved(urlOf(place)));
+    EXPECT_EQ(resolved(), (QStringList{old, other})) << "it is still there";
+
+    ASSERT_TRUE(QDir(old).removeRecursively());
+    ASSERT_TRUE(QDir(other).removeRecursively());
+    ASSERT_TRUE(list().replaceMoved(urlOf(place)));
+    EXPECT_EQ(resolved(), (QStringList{QString(), place})) << "another application's is left alone";
+    ASSERT_TRUE(list().replaceMoved(urlOf(place)));
+    EXPECT_EQ(fileNames().size(), 2);
+}
+
+TEST_F(SharedFileListTest, OnlyAnActiveEntryOfOursFollowsAnApplicationThatWasMoved)
+{
+    const QString old = application(QStringLiteral("old/Some.app"));
+    ASSERT_TRUE(insert(old));
+    put(entryPath(), contentOf(entryPath()) + "Hidden=true\n");
+    const QByteArray theirs = "[Desktop Entry]\nType=Application\nName=x\nExec=" + old.toUtf8() + "\n";
+    put(folder() + QStringLiteral("/theirs.desktop"), theirs);
+    const QStringList before = fileNames();
+    ASSERT_TRUE(QDir(old).removeRecursively());
+    ASSERT_TRUE(list().replaceMoved(urlOf(application(QStringLiteral("new/Some.app")))));
+    EXPECT_EQ(fileNames(), before);
+    EXPECT_EQ(contentOf(folder() + QStringLiteral("/theirs.desktop")), theirs);
+}
+
 TEST_F(SharedFileListTest, AProgramIsStartedItself)
 {
     const QString path = program(QStringLiteral("some tool"));
