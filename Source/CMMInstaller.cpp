@@ -80,7 +80,7 @@ CMMInstaller::Services CMMInstaller::Services::standard(
                                       const QVariant &value) { preferences.setAppValue(key, value); },
         .createAuthorization = [] { return std::make_unique<Authorization>(); },
         .restartFileManager =
-            [](const QByteArray &path) { return FileManagers::restart(QFile::decodeName(path)); },
+            [](const QByteArray &path) { return FileManagers::registerPlugin(QFile::decodeName(path)); },
         .fileExists = FileOperations::exists,
         .createDirectory = [library = home + libraryFolder](
                                const QByteArray &path) { return createDirectoryInLibrary(library, path); },
