@@ -6,6 +6,7 @@
 #include "Helper/CommandLineJson.h"
 #include "Helper/FolderPath.h"
 #include "Helper/HelperService.h"
+#include "Helper/MenuRequest.h"
 #include "Helper/Notifications.h"
 #include "Helper/Presets.h"
 #include "Platform/HomeOwner.h"
@@ -61,6 +62,14 @@ ExitCode codeOf(CreationReport::Status status)
     return ExitCode::Script;
 }
 
+QStringList shortened(const QStringList &folders)
+{
+    QStringList paths;
+    for (const QString &folder : folders)
+        paths.append(FolderPath::shortened(folder));
+    return paths;
+}
+
 } // namespace
 
 CommandLine::CommandLine(const Interruption &interruption)
@@ -100,6 +109,8 @@ ExitCode CommandLine::perform(const CommandLineOptions &options)
         return undo(options);
     for (const QString &line : newsOfInterruptedCreations())
         tell(line);
+    if (options.command == Command::Menu)
+        return menu(options);
     return options.command == Command::List ? list(options) : create(options);
 }
 
@@ -130,20 +141,54 @@ ExitCode CommandLine::undo(const CommandLineOptions &options)
 
 ExitCode CommandLine::create(const CommandLineOptions &options)
 {
-    QStringList folders;
-    for (const QString &folder : options.folders)
-        folders.append(FolderPath::shortened(folder));
-    if (const std::optional<ExitCode> code = handOver(options, folders))
-        return *code;
+    const QStringList folders = shortened(options.folders);
+    const std::optional<ExitCode> handedOver = handOver(options, folders);
+    if (handedOver == ExitCode::Done)
+        return ExitCode::Done;
+    const ExitCode code = handedOver ? *handedOver : createHere(options, folders);
+    if (!options.notify)
+        return code;
+    if (code == ExitCode::NoSuchPreset) {
+        // Who chose it has an old list in view.
+        if (const Result<> shown = showMenu(folders); !shown)
+            tell(shown.error);
+    }
+    const bool isCreated = code == ExitCode::Done || code == ExitCode::Script;
+    notify(isCreated ? tr("\"%1\" was created").arg(options.preset)
+                     : tr("\"%1\" was not created").arg(options.preset));
+    return code;
+}
 
+ExitCode CommandLine::menu(const CommandLineOptions &options)
+{
+    const Result<> shown = showMenu(shortened(options.folders));
+    if (shown)
+        return ExitCode::Done;
+    tell(shown.error);
+    if (options.notify)
+        notify(tr("The presets were not shown"));
+    return ExitCode::Failed;
+}
+
+Result<> CommandLine::showMenu(const QStringList &folders)
+{
+    return MenuRequest::send(folders, SessionBus::address());
+}
+
+ExitCode CommandLine::createHere(const CommandLineOptions &options, const QStringList &folders)
+{
     ExitCode code = ExitCode::NoSuchPreset;
     const Result<QNBSettings> settings = readSettings();
     QString error = settings.error;
-    if (const QNBPresetRecordPtr preset =
-            settings ? presetNamed(settings->presets, options.preset, &error) : nullptr) {
+    QNBPresetRecordPtr preset;
+    if (settings)
+        preset = options.notify || options.position
+                     ? presetShown(settings->presets, options.preset, options.position, &error)
+                     : presetNamed(settings->presets, options.preset, &error);
+    if (preset) {
         QList<CreationRequest> requests;
         const auto step = std::make_shared<UndoStep>(folders.size());
-        for (const QString &folder : std::as_const(folders)) {
+        for (const QString &folder : folders) {
             requests.append(request(options, preset, folder));
             requests.last().step = step;
         }
@@ -151,8 +196,6 @@ ExitCode CommandLine::create(const CommandLineOptions &options)
     } else {
         tell(error);
     }
-    if (options.notify)
-        notify(options, code);
     return code;
 }
 
@@ -280,33 +323,28 @@ std::optional<ExitCode> CommandLine::handOver(const CommandLineOptions &options,
                             options.onConflict == Creation::OnConflict::UniqueName;
     if (!options.notify || !isOrdinary)
         return std::nullopt;
-    ExitCode code = ExitCode::Done;
     QString error;
-    switch (HelperService::create(options.preset, folders, SessionBus::address(), &error)) {
+    switch (
+        HelperService::create({options.preset, options.position}, folders, SessionBus::address(), &error)) {
     case HelperService::Answer::Taken:
-        return code;
+        return ExitCode::Done;
+    case HelperService::Answer::NoBus:
     case HelperService::Answer::NotRunning:
         return std::nullopt;
     case HelperService::Answer::NotUnderstood:
-        code = ExitCode::NoSuchPreset;
         tell(error);
-        break;
+        return ExitCode::NoSuchPreset;
     case HelperService::Answer::Failed:
-        code = ExitCode::Failed;
-        tell(tr("The running helper did not do it: %1").arg(error));
         break;
     }
-    notify(options, code);
-    return code;
+    tell(tr("The running helper did not do it: %1").arg(error));
+    return ExitCode::Failed;
 }
 
-void CommandLine::notify(const CommandLineOptions &options, ExitCode code)
+void CommandLine::notify(const QString &title)
 {
-    const bool isCreated = code == ExitCode::Done || code == ExitCode::Script;
     Notifications notifications;
-    notifications.show({isCreated ? tr("\"%1\" was created").arg(options.preset)
-                                  : tr("\"%1\" was not created").arg(options.preset),
-                        told_.join(u'\n')});
+    notifications.show({title, told_.join(u'\n')});
     notifications.flush(notificationTimeout);
 }
 

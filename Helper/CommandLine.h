@@ -43,6 +43,9 @@ private:
     ExitCode perform(const CommandLineOptions &options);
     ExitCode list(const CommandLineOptions &options);
     ExitCode create(const CommandLineOptions &options);
+    ExitCode createHere(const CommandLineOptions &options, const QStringList &folders);
+    ExitCode menu(const CommandLineOptions &options);
+    Result<> showMenu(const QStringList &folders);
     ExitCode createIn(const CommandLineOptions &options, const QList<CreationRequest> &requests);
     ExitCode dryRun(const CommandLineOptions &options, const QList<CreationRequest> &requests);
     void printCreations(const CommandLineOptions &options, const QList<CreationRequest> &requests,
@@ -50,7 +53,8 @@ private:
     ExitCode undo(const CommandLineOptions &options);
     /// None if the running helper does not do it.
     std::optional<ExitCode> handOver(const CommandLineOptions &options, const QStringList &folders);
-    void notify(const CommandLineOptions &options, ExitCode code);
+    /// Everything that was told.
+    void notify(const QString &title);
 
     CreationRequest request(const CommandLineOptions &options, const QNBPresetRecordPtr &preset,
                             const QString &folder);

@@ -26,6 +26,12 @@ struct Parser
         QStringLiteral("create"),
         tr("Creates the preset with this label; #3 is the third one of the list, if none has that label."),
         tr("preset")};
+    QCommandLineOption position{QStringLiteral("position"),
+                                tr("Which of the presets with this label is meant, the first one being 1. "
+                                   "\"#\" begins no number then."),
+                                tr("number")};
+    QCommandLineOption menu{QStringLiteral("menu"),
+                            tr("Has the running helper show the presets in a menu, to create one.")};
     QCommandLineOption in{QStringLiteral("in"),
                           tr("The folder in which it is created; may be given several times."), tr("folder")};
     QCommandLineOption dryRun{QStringLiteral("dry-run"), tr("Prints what would be done, and does nothing.")};
@@ -43,7 +49,7 @@ struct Parser
                                        tr("seconds")};
     QCommandLineOption notify{QStringLiteral("notify"),
                               tr("For callers without a terminal: the running helper does it, or a "
-                                 "notification tells the result.")};
+                                 "notification tells the result. A preset has to be named by its label.")};
     QCommandLineOption undo{QStringLiteral("undo"), tr("Undoes the last creation.")};
     QCommandLineOption help{{QStringLiteral("h"), QStringLiteral("help")}, tr("Shows this text.")};
     QCommandLineOption version{{QStringLiteral("v"), QStringLiteral("version")}, tr("Shows the version.")};
@@ -54,18 +60,29 @@ struct Parser
         parser.setApplicationDescription(
             tr("Creates structures of folders and files from presets. Without arguments it runs in the "
                "background and offers the presets there."));
-        parser.addOptions({list, create, in, dryRun, json, onConflict, noScript, allowScript, scriptTimeLimit,
-                           notify, undo, help, version});
+        parser.addOptions({list, create, position, menu, in, dryRun, json, onConflict, noScript, allowScript,
+                           scriptTimeLimit, notify, undo, help, version});
     }
 };
 
-/// Whether nothing is given that only a creation can use.
+/// Whether nothing is given that only a creation can use, whatever the folders are for.
 bool isFreeOfCreationOptions(const Parser &options)
 {
     const QCommandLineParser &given = options.parser;
-    return !given.isSet(options.in) && !given.isSet(options.dryRun) && !given.isSet(options.onConflict) &&
-           !given.isSet(options.noScript) && !given.isSet(options.allowScript) &&
-           !given.isSet(options.scriptTimeLimit) && !given.isSet(options.notify);
+    return !given.isSet(options.position) && !given.isSet(options.dryRun) &&
+           !given.isSet(options.onConflict) && !given.isSet(options.noScript) &&
+           !given.isSet(options.allowScript) && !given.isSet(options.scriptTimeLimit);
+}
+
+/// What creations and menus have in common. What is wrong with it; empty if nothing is.
+QString readFolders(const Parser &options, CommandLineOptions &result)
+{
+    const QCommandLineParser &given = options.parser;
+    result.folders = given.values(options.in);
+    result.notify = given.isSet(options.notify);
+    if (result.folders.isEmpty())
+        return tr("Say by --in in which folder to create it.");
+    return result.folders.contains(QString()) ? tr("A folder has an empty name.") : QString();
 }
 
 /// What is wrong with the arguments of a creation; empty if nothing is.
@@ -73,17 +90,19 @@ QString readCreation(const Parser &options, CommandLineOptions &result)
 {
     const QCommandLineParser &given = options.parser;
     result.preset = given.value(options.create);
-    result.folders = given.values(options.in);
     result.isDryRun = given.isSet(options.dryRun);
     result.runScript = !given.isSet(options.noScript);
     result.allowScript = given.isSet(options.allowScript);
-    result.notify = given.isSet(options.notify);
     if (given.values(options.create).size() > 1)
         return tr("More than one preset is named.");
-    if (result.folders.isEmpty())
-        return tr("Say by --in in which folder to create it.");
-    if (result.folders.contains(QString()))
-        return tr("A folder has an empty name.");
+    if (given.isSet(options.position)) {
+        bool isNumber = false;
+        result.position = given.value(options.position).toInt(&isNumber);
+        if (!isNumber || *result.position < 1)
+            return tr("--position is a number from 1.");
+    }
+    if (QString problem = readFolders(options, result); !problem.isEmpty())
+        return problem;
     if (result.allowScript && !result.runScript)
         return tr("--no-script and --allow-script contradict each other.");
     const QString onConflict = given.value(options.onConflict);
@@ -99,6 +118,14 @@ QString readCreation(const Parser &options, CommandLineOptions &result)
         result.scriptTimeLimit = seconds;
     }
     return {};
+}
+
+/// The same for a menu.
+QString readMenu(const Parser &options, CommandLineOptions &result)
+{
+    return isFreeOfCreationOptions(options) && !result.isJson
+               ? readFolders(options, result)
+               : tr("Of the other options only --in and --notify go with --menu.");
 }
 
 } // namespace
@@ -120,23 +147,26 @@ std::optional<CommandLineOptions> CommandLineOptions::parse(const QStringList &a
         return result;
     }
 
-    const int commands =
-        int(given.isSet(options.list)) + int(given.isSet(options.create)) + int(given.isSet(options.undo));
+    const int commands = int(given.isSet(options.list)) + int(given.isSet(options.create)) +
+                         int(given.isSet(options.menu)) + int(given.isSet(options.undo));
     if (commands == 0)
-        *error = tr("Say what to do: --list, --create or --undo.");
+        *error = tr("Say what to do: --list, --create, --menu or --undo.");
     else if (commands > 1)
-        *error = tr("Only one of --list, --create and --undo can be done.");
+        *error = tr("Only one of --list, --create, --menu and --undo can be done.");
     else if (!given.positionalArguments().isEmpty())
         *error = tr("What is \"%1\" for?").arg(given.positionalArguments().constFirst());
     else if (given.isSet(options.create))
         *error = readCreation(options, result);
-    else if (!isFreeOfCreationOptions(options))
+    else if (given.isSet(options.menu))
+        *error = readMenu(options, result);
+    else if (!isFreeOfCreationOptions(options) || given.isSet(options.in) || given.isSet(options.notify))
         *error = tr("An option for --create is given without it.");
     else
         error->clear();
     if (!error->isEmpty())
         return std::nullopt;
     result.command = given.isSet(options.create) ? Command::Create
+                     : given.isSet(options.menu) ? Command::Menu
                      : given.isSet(options.list) ? Command::List
                                                  : Command::Undo;
     return result;

@@ -11,10 +11,12 @@
 /// What the command line asks for.
 struct CommandLineOptions
 {
-    enum class Command { List, Create, Undo, Help, Version };
+    enum class Command { List, Create, Menu, Undo, Help, Version };
     Command command = Command::Help;
     /// A label, or "#" and a number of the list.
     QString preset;
+    /// Given by those who know a label: which of the presets that have it, from 1.
+    std::optional<int> position;
     QStringList folders;
     Creation::OnConflict onConflict = Creation::OnConflict::UniqueName;
     bool isDryRun = false;

@@ -23,16 +23,16 @@ constexpr int answerTimeout = 10'000;
 
 const QString connectionName = QStringLiteral("quenby-helper-service");
 
-HelperService::Answer ask(const QDBusConnection &bus, const QString &preset, const QStringList &folders,
+HelperService::Answer ask(const QDBusConnection &bus, const QString &method, const QVariantList &arguments,
                           QString *error)
 {
     using HelperService::Answer;
     if (!bus.isConnected() || !bus.interface()->isServiceRegistered(HelperService::name))
         return Answer::NotRunning;
-    QDBusMessage message = QDBusMessage::createMethodCall(
-        HelperService::name, HelperService::path, HelperService::interfaceName, HelperService::createMethod);
+    QDBusMessage message = QDBusMessage::createMethodCall(HelperService::name, HelperService::path,
+                                                          HelperService::interfaceName, method);
     message.setAutoStartService(false);
-    message << preset << folders;
+    message.setArguments(arguments);
     const QDBusMessage reply = bus.call(message, QDBus::Block, answerTimeout);
     if (reply.type() != QDBusMessage::ErrorMessage)
         return Answer::Taken;
@@ -50,16 +50,28 @@ HelperService::Answer ask(const QDBusConnection &bus, const QString &preset, con
     }
 }
 
-} // namespace
-
-HelperService::Answer HelperService::create(const QString &preset, const QStringList &folders,
-                                            const QString &busAddress, QString *error)
+HelperService::Answer ask(const QString &busAddress, const QString &method, const QVariantList &arguments,
+                          QString *error)
 {
     // The library waits half a minute for a bus that says nothing.
     if (SessionBus::ask(busAddress, busTimeout) != SessionBus::Answer::Yes)
-        return Answer::NotRunning;
-    const Answer answer =
-        ask(QDBusConnection::connectToBus(busAddress, connectionName), preset, folders, error);
+        return HelperService::Answer::NoBus;
+    const HelperService::Answer answer =
+        ask(QDBusConnection::connectToBus(busAddress, connectionName), method, arguments, error);
     QDBusConnection::disconnectFromBus(connectionName);
     return answer;
+}
+
+} // namespace
+
+HelperService::Answer HelperService::create(const Preset &preset, const QStringList &folders,
+                                            const QString &busAddress, QString *error)
+{
+    return ask(busAddress, createMethod, {preset.label, preset.position.value_or(0), folders}, error);
+}
+
+HelperService::Answer HelperService::showMenu(const QStringList &folders, const QString &busAddress,
+                                              QString *error)
+{
+    return ask(busAddress, showMenuMethod, {folders}, error);
 }

@@ -5,6 +5,7 @@
 
 #include <QString>
 #include <QStringList>
+#include <optional>
 
 /// The running helper as other programs find it on the session bus.
 namespace HelperService {
@@ -12,12 +13,25 @@ namespace HelperService {
 inline const QString name = QStringLiteral("org.quenby.QNBHelper");
 inline const QString path = QStringLiteral("/org/quenby/QNBHelper");
 inline const QString interfaceName = name;
-/// The preset as the command line names it, then the folders.
+/// A label; which of the presets that have it, from 1, or 0 for the only one; the folders. Older command
+/// lines leave out the number.
 inline const QString createMethod = QStringLiteral("Create");
 
+/// The folders.
+inline const QString showMenuMethod = QStringLiteral("ShowMenu");
+
+/// What an entry of a menu shows, see presetShown().
+struct Preset
+{
+    QString label;
+    std::optional<int> position = {};
+};
+
 enum class Answer {
-    /// It has taken the order, and will tell the user the result.
+    /// It has taken the order, and will tell the user the result; or it shows the menu.
     Taken,
+    /// Nothing happened: there is no bus on which it could be asked.
+    NoBus,
     /// Nothing happened.
     NotRunning,
     /// Nothing happened: it knows no such preset, or more than one, or cannot read the presets.
@@ -27,6 +41,8 @@ enum class Answer {
 };
 
 /// Asks the helper on the bus at \a busAddress; waits for its answer for a bounded time.
-Answer create(const QString &preset, const QStringList &folders, const QString &busAddress, QString *error);
+Answer create(const Preset &preset, const QStringList &folders, const QString &busAddress, QString *error);
+/// The same for its menu of the presets, of which one is to be created in \a folders.
+Answer showMenu(const QStringList &folders, const QString &busAddress, QString *error);
 
 } // namespace HelperService

@@ -17,6 +17,7 @@ namespace {
 
 /// From the folder of the helper's executable up: out of its bundle, and out of the pane's folder for code.
 const QString fromExecutableToPane = QStringLiteral("../../../../..");
+const QString fromExecutableToBundle = QStringLiteral("../..");
 
 /// Before the number of a preset.
 const QChar numberSign = u'#';
@@ -26,7 +27,23 @@ QString tr(const char *text)
     return QCoreApplication::translate("Presets", text);
 }
 
+/// Of those that have this label, from 0.
+QList<qsizetype> placesOf(const QList<QNBPresetRecordPtr> &presets, const QString &label)
+{
+    QList<qsizetype> places;
+    for (qsizetype place = 0; place < presets.size(); ++place) {
+        if (presets[place]->label() == label)
+            places.append(place);
+    }
+    return places;
+}
+
 } // namespace
+
+QString helperBundlePath()
+{
+    return QDir::cleanPath(QDir(QCoreApplication::applicationDirPath()).filePath(fromExecutableToBundle));
+}
 
 std::optional<Bundle> paneBundle()
 {
@@ -52,25 +69,29 @@ Result<QNBSettings> readSettings()
 
 QNBPresetRecordPtr presetNamed(const QList<QNBPresetRecordPtr> &presets, const QString &name, QString *error)
 {
-    QList<QNBPresetRecordPtr> found;
-    QStringList numbers;
-    for (qsizetype i = 0; i < presets.size(); ++i) {
-        if (presets[i]->label() == name) {
-            found.append(presets[i]);
-            numbers.append(numberSign + QString::number(i + 1));
-        }
-    }
-    if (found.size() == 1)
-        return found.constFirst();
-    if (found.size() > 1) {
-        *error = tr("Several presets are called \"%1\": %2").arg(name, numbers.join(QStringLiteral(", ")));
-        return {};
-    }
     bool isNumber = false;
     const qlonglong number = name.startsWith(numberSign) ? name.mid(1).toLongLong(&isNumber) : 0;
-    if (isNumber && number >= 1 && number <= presets.size())
+    if (isNumber && number >= 1 && number <= presets.size() && placesOf(presets, name).isEmpty())
         return presets[number - 1];
-    *error = tr("There is no preset \"%1\"").arg(name);
+    return presetShown(presets, name, std::nullopt, error);
+}
+
+QNBPresetRecordPtr presetShown(const QList<QNBPresetRecordPtr> &presets, const QString &label,
+                               std::optional<int> position, QString *error)
+{
+    const QList<qsizetype> places = placesOf(presets, label);
+    if (!position && places.size() > 1) {
+        QStringList numbers;
+        for (const qsizetype place : places)
+            numbers.append(numberSign + QString::number(place + 1));
+        *error = tr("Several presets are called \"%1\": %2").arg(label, numbers.join(QStringLiteral(", ")));
+        return {};
+    }
+    const qsizetype index = position.value_or(1) - 1;
+    if (index >= 0 && index < places.size())
+        return presets[places[index]];
+    *error = places.isEmpty() ? tr("There is no preset \"%1\"").arg(label)
+                              : tr("There are not so many presets \"%1\" any more").arg(label);
     return {};
 }
 

@@ -11,6 +11,9 @@
 /// The name of the helper: of its bundle, its executable and its process.
 inline const QString helperName = QStringLiteral("QNBHelper");
 
+/// The path of the bundle that this helper is.
+QString helperBundlePath();
+
 /// The pane's bundle that this helper lies in; none for a helper that was put elsewhere.
 std::optional<Bundle> paneBundle();
 /// The same for a program in \a executableFolder.
@@ -25,6 +28,13 @@ Result<QNBSettings> readSettings();
 /// "#1" being the first. None if there is no such preset, or more than one, with the reason for people in \a
 /// error.
 QNBPresetRecordPtr presetNamed(const QList<QNBPresetRecordPtr> &presets, const QString &name, QString *error);
+
+/// The preset that an entry of a menu shows, which may be older than the list: the one of that \a position,
+/// from 1, among those that have this label or, without a position, the only one that has it. A number of the
+/// list names none here: it says nothing of what the menu shows. None otherwise, with the reason for people
+/// in \a error.
+QNBPresetRecordPtr presetShown(const QList<QNBPresetRecordPtr> &presets, const QString &label,
+                               std::optional<int> position, QString *error);
 
 /// How many files and folders a preset has.
 qsizetype numberOfItems(const QNBPresetRecord &preset);

@@ -3,6 +3,7 @@
 
 #include "Helper/Running/ContextMenuRefresh.h"
 
+#include "Helper/Presets.h"
 #include "Platform/Bundle.h"
 #include "Platform/DesktopFolders.h"
 
@@ -17,7 +18,24 @@ namespace {
 Q_LOGGING_CATEGORY(lcRefresh, "quenby.helper.contextmenu")
 
 const QString installedPlugin = QStringLiteral("/Library/Contextual Menu Items/QNBContextMenu.plugin");
+const QString ownPlugin = QStringLiteral("/Contents/MacOS/QNBContextMenu.plugin");
 const QByteArray refreshCommand = QByteArrayLiteral("refresh");
+
+QString executableOf(const QString &bundlePath)
+{
+    const std::optional<Bundle> bundle = Bundle::bundleWithPath(bundlePath);
+    return bundle ? bundle->executablePath() : QString();
+}
+
+/// The plug-in that came with this helper, and knows what this can be called with, in place of the installed
+/// one, which may be older. Empty if none is installed.
+QString pluginProgram()
+{
+    const QString installed = executableOf(DesktopFolders::home() + installedPlugin);
+    const std::optional<Bundle> pane = paneBundle();
+    const QString own = pane ? executableOf(pane->bundlePath() + ownPlugin) : QString();
+    return installed.isEmpty() || own.isEmpty() ? installed : own;
+}
 
 } // namespace
 
@@ -27,8 +45,7 @@ void ContextMenuRefresh::refresh()
         again_ = true;
         return;
     }
-    const std::optional<Bundle> plugin = Bundle::bundleWithPath(DesktopFolders::home() + installedPlugin);
-    const QString program = plugin ? plugin->executablePath() : QString();
+    const QString program = pluginProgram();
     if (program.isEmpty())
         return;
     process_ = std::make_unique<Subprocess>();

@@ -3,8 +3,6 @@
 
 #include "Helper/Running/HelperObject.h"
 
-#include "Helper/HelperService.h"
-
 #include <QLoggingCategory>
 
 #include <utility>
@@ -33,8 +31,14 @@ HelperObject::~HelperObject()
     thread_.wait();
 }
 
-void HelperObject::Create(const QString &preset, const QStringList &folders)
+void HelperObject::Create(const QString &label, const QStringList &folders)
 {
+    Create(label, 0, folders);
+}
+
+void HelperObject::Create(const QString &label, int position, const QStringList &folders)
+{
+    const HelperService::Preset preset{label, position > 0 ? std::optional(position) : std::nullopt};
     const Result<QList<CreationOrder>> orders = handlers_.understand(preset, folders);
     if (!orders)
         sendErrorReply(QDBusError::InvalidArgs, orders.error);
@@ -42,4 +46,10 @@ void HelperObject::Create(const QString &preset, const QStringList &folders)
         sendErrorReply(QDBusError::LimitsExceeded,
                        tr("Nothing of it was begun: more than %1 folders would be waiting")
                            .arg(CreationWorker::mostWaiting));
+}
+
+void HelperObject::ShowMenu(const QStringList &folders)
+{
+    if (const Result<> shown = handlers_.showMenu(folders); !shown)
+        sendErrorReply(QDBusError::InvalidArgs, shown.error);
 }

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "Helper/HelperService.h"
 #include "Helper/Running/CreationWorker.h"
 #include "Platform/Result.h"
 
@@ -23,15 +24,19 @@ class HelperObject : public QObject, protected QDBusContext
     Q_CLASSINFO("D-Bus Interface", "org.quenby.QNBHelper")
 
 public:
-    /// Both are called on the object's thread.
+    /// All are called on the object's thread.
     struct Handlers
     {
         /// What is to be done to create a preset in some folders; fails, with the reason for people, if that
         /// makes no sense.
-        std::function<Result<QList<CreationOrder>>(const QString &preset, const QStringList &folders)>
+        std::function<Result<QList<CreationOrder>>(const HelperService::Preset &preset,
+                                                   const QStringList &folders)>
             understand;
         /// False if too much is to be done already.
         std::function<bool(const QList<CreationOrder> &orders)> give;
+        /// Shows the presets, to be created in \a folders; fails, with the reason for people, if that makes
+        /// no sense.
+        std::function<Result<>(const QStringList &folders)> showMenu = {};
     };
 
     HelperObject(QDBusConnection bus, Handlers handlers);
@@ -39,7 +44,9 @@ public:
     ~HelperObject() override;
 
 public Q_SLOTS:
-    void Create(const QString &preset, const QStringList &folders);
+    void Create(const QString &label, int position, const QStringList &folders);
+    void Create(const QString &label, const QStringList &folders);
+    void ShowMenu(const QStringList &folders);
 
 private:
     QDBusConnection bus_;

@@ -40,6 +40,25 @@ QString translated(const char *text)
     return QCoreApplication::translate("HelperSession", text);
 }
 
+Result<> checkAbsolute(const QStringList &folders)
+{
+    for (const QString &folder : folders) {
+        if (!QDir::isAbsolutePath(folder))
+            return Result<>::failure(translated("%1 is not an absolute path").arg(folder));
+    }
+    return {};
+}
+
+/// To create one preset in all of \a folders, in one step.
+QList<CreationOrder> ordersIn(const QStringList &folders, qsizetype place, const QString &label)
+{
+    QList<CreationOrder> orders;
+    const auto step = std::make_shared<UndoStep>(folders.size());
+    for (const QString &folder : folders)
+        orders.append({place, label, folder, step});
+    return orders;
+}
+
 } // namespace
 
 HelperSession::HelperSession(bool hasBus)
@@ -90,6 +109,7 @@ void HelperSession::start()
                         HelperObject::Handlers{
                             .understand = ordersFor,
                             .give = [this](const QList<CreationOrder> &orders) { return createAll(orders); },
+                            .showMenu = [this](const QStringList &folders) { return showMenu(folders); },
                         });
     trayWatch_.emplace(hasBus_, [this](TrayWatch::Tray tray) {
         tray_ = tray;
@@ -197,8 +217,13 @@ void HelperSession::create(qsizetype preset, const QString &folder)
 {
     if (isQuitting_ || preset >= labels_.size())
         return;
-    if (!createAll({{preset, labels_[preset], folder}}))
-        notices_.showProblem(translated("\"%1\" was not created").arg(labels_[preset]),
+    createOrTell({{preset, labels_[preset], folder}});
+}
+
+void HelperSession::createOrTell(const QList<CreationOrder> &orders)
+{
+    if (!createAll(orders))
+        notices_.showProblem(translated("\"%1\" was not created").arg(orders.constFirst().label),
                              translated("Too many folders are waiting for their presets."));
 }
 
@@ -222,22 +247,50 @@ void HelperSession::chooseFolder(qsizetype preset)
     OwnedWindow::show(dialog, this);
 }
 
-Result<QList<CreationOrder>> HelperSession::ordersFor(const QString &preset, const QStringList &folders)
+Result<QList<CreationOrder>> HelperSession::ordersFor(const HelperService::Preset &preset,
+                                                      const QStringList &folders)
 {
     using Orders = Result<QList<CreationOrder>>;
     const Result<QNBSettings> settings = readSettings();
     QString error = settings.error;
-    const QNBPresetRecordPtr record = settings ? presetNamed(settings->presets, preset, &error) : nullptr;
+    const QNBPresetRecordPtr record =
+        settings ? presetShown(settings->presets, preset.label, preset.position, &error) : nullptr;
     if (!record)
         return Orders::failure(error);
-    QList<CreationOrder> orders;
-    const auto step = std::make_shared<UndoStep>(folders.size());
-    for (const QString &folder : folders) {
-        if (!QDir::isAbsolutePath(folder))
-            return Orders::failure(translated("%1 is not an absolute path").arg(folder));
-        orders.append({settings->presets.indexOf(record), record->label(), folder, step});
-    }
-    return orders;
+    if (const Result<> absolute = checkAbsolute(folders); !absolute)
+        return Orders::failure(absolute.error);
+    return ordersIn(folders, settings->presets.indexOf(record), record->label());
+}
+
+Result<> HelperSession::showMenu(const QStringList &folders)
+{
+    if (folders.isEmpty())
+        return Result<>::failure(translated("No folder is named"));
+    if (Result<> absolute = checkAbsolute(folders); !absolute)
+        return absolute;
+    // Read here and now: nobody need have told of the last changes.
+    const Result<QNBSettings> settings = readSettings();
+    if (!settings)
+        return Result<>::failure(settings.error);
+    QStringList labels;
+    for (const QNBPresetRecordPtr &preset : settings->presets)
+        labels.append(preset->label());
+    QMetaObject::invokeMethod(
+        this, [this, labels, folders] { showMenuOf(labels, folders); }, Qt::QueuedConnection);
+    return {};
+}
+
+void HelperSession::showMenuOf(const QStringList &labels, const QStringList &folders)
+{
+    if (isQuitting_)
+        return;
+    const auto create = [this, folders](qsizetype place, const QString &label) {
+        if (!isQuitting_)
+            createOrTell(ordersIn(folders, place, label));
+    };
+    folderMenu_.emplace(labels, folders,
+                        FolderMenu::Handlers{.create = create, .openPane = [this] { openPane(); }});
+    folderMenu_->menu().popup(QCursor::pos());
 }
 
 bool HelperSession::createAll(const QList<CreationOrder> &orders)

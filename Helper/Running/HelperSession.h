@@ -7,6 +7,7 @@
 #include "Helper/Running/CreationNotices.h"
 #include "Helper/Running/CreationPanel.h"
 #include "Helper/Running/CreationWorker.h"
+#include "Helper/Running/FolderMenu.h"
 #include "Helper/Running/HelperObject.h"
 #include "Helper/Running/HotKeys.h"
 #include "Helper/Running/PresetMenu.h"
@@ -48,8 +49,14 @@ private:
     void create(qsizetype preset, const QString &folder);
     void chooseFolder(qsizetype preset);
     /// On the thread of the bus's orders.
-    static Result<QList<CreationOrder>> ordersFor(const QString &preset, const QStringList &folders);
+    static Result<QList<CreationOrder>> ordersFor(const HelperService::Preset &preset,
+                                                  const QStringList &folders);
     bool createAll(const QList<CreationOrder> &orders);
+    /// The same, and tells the user if it is too much.
+    void createOrTell(const QList<CreationOrder> &orders);
+    /// On the thread of the bus's orders.
+    Result<> showMenu(const QStringList &folders);
+    void showMenuOf(const QStringList &labels, const QStringList &folders);
     void remember(const QList<CreationOrder> &orders);
     void settingsChanged();
     void askAboutScript(const CreationOrder &order, const Script &script);
@@ -74,6 +81,8 @@ private:
     HotKeys hotKeys_;
     /// For the hot key.
     std::optional<PresetMenu> popupMenu_;
+    /// For a file manager.
+    std::optional<FolderMenu> folderMenu_;
     /// Once there is one.
     std::optional<TrayWatch::Tray> tray_;
     std::optional<TrayWatch> trayWatch_;

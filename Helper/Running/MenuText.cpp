@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "Helper/Running/MenuText.h"
+#include "Platform/DesktopFolders.h"
 #include "Platform/LineText.h"
 
 namespace {
@@ -37,4 +38,12 @@ QString MenuText::forName(const QString &name, Reader reader)
     const bool needsMark = text.contains(mark);
     text.replace(trayMark, escapedTrayMark);
     return needsMark ? mark + text : text;
+}
+
+QString MenuText::shownFolder(const QString &folder)
+{
+    const QString home = DesktopFolders::home();
+    if (home.isEmpty() || (folder != home && !folder.startsWith(home + u'/')))
+        return folder;
+    return u'~' + folder.mid(home.size());
 }

@@ -24,4 +24,7 @@ enum class Reader {
 /// long.
 QString forName(const QString &name, Reader reader);
 
+/// The path \a folder as people write it, to be shown by forName().
+QString shownFolder(const QString &folder);
+
 } // namespace MenuText

@@ -3,8 +3,6 @@
 
 #include "Helper/Running/PresetMenu.h"
 
-#include "Platform/DesktopFolders.h"
-
 #include <QCoreApplication>
 #include <QDir>
 
@@ -15,15 +13,6 @@ namespace {
 QString tr(const char *text)
 {
     return QCoreApplication::translate("PresetMenu", text);
-}
-
-/// A folder as people write it.
-QString shownFolder(const QString &folder)
-{
-    const QString home = DesktopFolders::home();
-    if (home.isEmpty() || (folder != home && !folder.startsWith(home + u'/')))
-        return folder;
-    return u'~' + folder.mid(home.size());
 }
 
 /// Before a menu goes: what was made of its actions for the tray is freed only when they are taken out.
@@ -95,7 +84,7 @@ void PresetMenu::rebuildPresets()
 void PresetMenu::fill(QMenu &menu, qsizetype preset)
 {
     for (const QString &folder : std::as_const(folders_)) {
-        QObject::connect(menu.addAction(text(shownFolder(folder))), &QAction::triggered, &menu_,
+        QObject::connect(menu.addAction(text(MenuText::shownFolder(folder))), &QAction::triggered, &menu_,
                          [this, preset, folder] { handlers_.create(preset, folder); });
     }
     if (!folders_.isEmpty())

@@ -6,25 +6,45 @@
 #include "Helper/Presets.h"
 #include "Helper/Running/HelperSession.h"
 #include "Helper/Running/SingleInstance.h"
+#include "Platform/Bundle.h"
 #include "Platform/DesktopFolders.h"
 #include "Platform/ExitHandler.h"
+#include "Platform/FileURL.h"
 #include "Platform/SessionBus.h"
+#include "Platform/SharedFileList.h"
 #include "Platform/TerminationSignals.h"
 
 #include <QApplication>
+#include <QFile>
+#include <QLoggingCategory>
 #include <QSessionManager>
 
 #include <chrono>
 #include <cstdlib>
+#include <optional>
 
 using namespace std::chrono_literals;
 
 namespace {
 
+Q_LOGGING_CATEGORY(lcRunning, "quenby.helper")
+
 /// A bus that is there answers within a millisecond or two.
 constexpr auto busTimeout = 1000ms;
 /// To undo takes less than to create.
 constexpr auto exitLimit = 60s;
+
+/// If it is started with the session, it goes on being so after it was moved.
+void followWithLoginItem()
+{
+    const QString path = helperBundlePath();
+    const std::optional<SharedFileList> loginItems = SharedFileList::create();
+    if (!loginItems || !Bundle::isNamedLikeAnApplication(path))
+        return;
+    const QUrl url = fileURLOfPath(QFile::encodeName(path));
+    if (const Result<> replaced = loginItems->replaceMoved(url); !replaced)
+        qCWarning(lcRunning) << "the login item names an old place:" << replaced.error;
+}
 
 } // namespace
 
@@ -43,6 +63,7 @@ int runHelper(QApplication &application)
         [](QSessionManager &manager) { manager.setRestartHint(QSessionManager::RestartNever); },
         Qt::DirectConnection);
 
+    followWithLoginItem();
     HelperSession session(hasBus);
     session.start();
     signals.handleWith([&] {

@@ -46,31 +46,62 @@ TEST(CommandLineOptionsTest, ACreation)
     EXPECT_EQ(options->onConflict, Creation::OnConflict::UniqueName);
     EXPECT_FALSE(options->isDryRun || options->isJson || options->allowScript || options->notify);
     EXPECT_TRUE(options->runScript);
-    EXPECT_FALSE(options->scriptTimeLimit);
+    EXPECT_FALSE(options->scriptTimeLimit || options->position);
 }
 
 TEST(CommandLineOptionsTest, ACreationWithEverything)
 {
     const auto options = parse("--create --odd --in=-folder --dry-run --json --on-conflict refuse "
-                               "--allow-script --script-time-limit 7 --notify");
+                               "--allow-script --script-time-limit 7 --notify --position 2");
     ASSERT_TRUE(options);
     EXPECT_EQ(options->preset, QStringLiteral("--odd"));
     EXPECT_THAT(options->folders, ElementsAre(QStringLiteral("-folder")));
     EXPECT_EQ(options->onConflict, Creation::OnConflict::Refuse);
     EXPECT_TRUE(options->isDryRun && options->isJson && options->allowScript && options->notify);
     EXPECT_EQ(options->scriptTimeLimit, 7);
+    EXPECT_EQ(options->position, 2);
     EXPECT_FALSE(parse("--create a --in b --no-script")->runScript);
     EXPECT_EQ(parse("--create a --in b --on-conflict unique")->onConflict, Creation::OnConflict::UniqueName);
 }
 
+TEST(CommandLineOptionsTest, AMenu)
+{
+    const auto options = parse("--menu --in /a --in b --notify");
+    ASSERT_TRUE(options);
+    EXPECT_EQ(options->command, Command::Menu);
+    EXPECT_THAT(options->folders, ElementsAre(QStringLiteral("/a"), QStringLiteral("b")));
+    EXPECT_TRUE(options->notify);
+}
+
 TEST(CommandLineOptionsTest, WhatMakesNoSense)
 {
-    for (const char *line :
-         {"", "--json", "--unknown", "--list --undo", "--create a", "--create a --in", "--in b",
-          "--create a --create b --in c", "--create a --in b --list", "--create a --in b more", "--list more",
-          "--undo --dry-run", "--list --notify", "--create a --in b --on-conflict overwrite",
-          "--create a --in b --no-script --allow-script", "--create a --in b --script-time-limit 0",
-          "--create a --in b --script-time-limit soon", "--undo --in x", "--list --script-time-limit 3"})
+    for (const char *line : {"",
+                             "--json",
+                             "--unknown",
+                             "--list --undo",
+                             "--create a",
+                             "--create a --in",
+                             "--in b",
+                             "--create a --create b --in c",
+                             "--create a --in b --list",
+                             "--create a --in b more",
+                             "--list more",
+                             "--undo --dry-run",
+                             "--list --notify",
+                             "--create a --in b --on-conflict overwrite",
+                             "--create a --in b --no-script --allow-script",
+                             "--create a --in b --script-time-limit 0",
+                             "--create a --in b --script-time-limit soon",
+                             "--undo --in x",
+                             "--list --position 1",
+                             "--menu",
+                             "--menu --in a --json",
+                             "--menu --in a --no-script",
+                             "--menu --create a --in b",
+                             "--list --in a",
+                             "--create a --in b --position 0",
+                             "--create a --in b --position #1",
+                             "--list --script-time-limit 3"})
         EXPECT_FALSE(parse(line)) << line;
     QString error;
     EXPECT_FALSE(CommandLineOptions::parse(words("--create a --in") + QStringList{QString()}, &error));

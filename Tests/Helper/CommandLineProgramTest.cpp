@@ -154,6 +154,19 @@ TEST_F(CommandLineProgramTest, CreatesByNumberInARelativeFolder)
     EXPECT_THAT(tree(), ElementsAre(text("second")));
 }
 
+TEST_F(CommandLineProgramTest, APositionIsAmongThePresetsOfOneLabel)
+{
+    EXPECT_EQ(create(text("Twice"), {text("--position"), text("2")}).code, 0);
+    EXPECT_THAT(tree(), ElementsAre(text("second")));
+    for (const char *name : {"#1", "Absent"}) {
+        const Ended refused = create(text(name), {text("--position"), text("1")});
+        EXPECT_EQ(refused.code, 2);
+        EXPECT_THAT(refused.errors.toStdString(), HasSubstr(name));
+    }
+    EXPECT_EQ(create(text("Twice"), {text("--position"), text("3")}).code, 2);
+    EXPECT_THAT(tree(), ElementsAre(text("second")));
+}
+
 TEST_F(CommandLineProgramTest, ADryRunPrintsWhatARealRunDoesAndDoesNothing)
 {
     const Ended dry = create(text("One"), {text("--dry-run")});

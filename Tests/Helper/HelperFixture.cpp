@@ -38,6 +38,8 @@ HelperFixture::HelperFixture()
                             contents + QStringLiteral("/MacOS/QNBHelper.app/Contents/PlugIns")));
     EXPECT_TRUE(QFile::copy(QStringLiteral(QUENBY_BUNDLE "/Contents/Info.plist"),
                             contents + QStringLiteral("/Info.plist")));
+    EXPECT_TRUE(QFile::copy(QStringLiteral(QUENBY_BUNDLE "/Contents/MacOS/QNBHelper.app/Contents/Info.plist"),
+                            contents + QStringLiteral("/MacOS/QNBHelper.app/Contents/Info.plist")));
     EXPECT_TRUE(QFile::link(resources(), contents + QStringLiteral("/Resources")));
     EXPECT_TRUE(QDir().mkpath(target()));
 }

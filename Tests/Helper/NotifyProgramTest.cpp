@@ -41,9 +41,10 @@ private:
     bool handleMessage(const QDBusMessage &message, const QDBusConnection &connection) override
     {
         const QList<QVariant> arguments = message.arguments();
-        orders_ << text("%1.%2(%3) %4 in %5")
+        orders_ << text("%1.%2(%3) %4 %5 in %6")
                        .arg(message.interface(), message.member(), message.signature(),
-                            arguments.value(0).toString(), arguments.value(1).toStringList().join(u' '));
+                            arguments.value(0).toString(), arguments.value(1).toString(),
+                            arguments.value(2).toStringList().join(u' '));
         switch (manner_) {
         case Manner::Helpful:
             connection.send(message.createReply());
@@ -84,10 +85,29 @@ TEST_F(NotifyProgramTest, ARunningHelperIsAskedToDoIt)
     const FakeDesktop desktop(bus_.address(), {});
     const Ended asked = createAndNotify(bus_.address(), {text("--in"), text("other")});
     EXPECT_EQ(asked.code, 0) << asked.errors.constData();
-    EXPECT_THAT(helper.orders(), ElementsAre(text("org.quenby.QNBHelper.Create(sas) A preset in %1 %2")
+    EXPECT_THAT(helper.orders(), ElementsAre(text("org.quenby.QNBHelper.Create(sias) A preset 0 in %1 %2")
                                                  .arg(target(), home_.filePath(text("other")))));
     EXPECT_THAT(tree(), IsEmpty());
     EXPECT_THAT(desktop.shown(), IsEmpty()) << "the running helper tells";
+}
+
+TEST_F(NotifyProgramTest, ThePositionIsPassedOn)
+{
+    const FakeHelper helper(bus_.address(), FakeHelper::Manner::Helpful);
+    EXPECT_EQ(createAndNotify(bus_.address(), {text("--position"), text("2")}).code, 0);
+    ASSERT_EQ(helper.orders().size(), 1);
+    EXPECT_THAT(helper.orders()[0].toStdString(), HasSubstr("A preset 2 in"));
+}
+
+TEST_F(NotifyProgramTest, ANumberNamesNoPresetForACallerThatMayHaveAnOldList)
+{
+    const FakeDesktop desktop(bus_.address(), {});
+    const Ended refused =
+        run({text("--create"), text("#1"), text("--in"), target(), text("--notify")}, bus_.address());
+    EXPECT_EQ(refused.code, 2);
+    EXPECT_THAT(tree(), IsEmpty());
+    ASSERT_EQ(desktop.shown().size(), 1);
+    EXPECT_THAT(desktop.shown()[0].text.toStdString(), HasSubstr("There is no preset \"#1\""));
 }
 
 TEST_F(NotifyProgramTest, WithoutOneItDoesItAndNotifies)
@@ -142,6 +162,34 @@ TEST_F(NotifyProgramTest, AHelperThatKnowsNoSuchPresetIsBelieved)
     EXPECT_THAT(misunderstood.errors.toStdString(), HasSubstr("no such thing"));
     EXPECT_THAT(tree(), IsEmpty());
     EXPECT_EQ(desktop.shown().size(), 1);
+}
+
+TEST_F(NotifyProgramTest, ARunningHelperIsAskedForItsMenu)
+{
+    const FakeHelper helper(bus_.address(), FakeHelper::Manner::Helpful);
+    EXPECT_EQ(run({text("--menu"), text("--in"), target(), text("--in"), text("other")}, bus_.address()).code,
+              0);
+    ASSERT_EQ(helper.orders().size(), 1);
+    EXPECT_THAT(helper.orders()[0].toStdString(), HasSubstr("org.quenby.QNBHelper.ShowMenu(as)"));
+}
+
+TEST_F(NotifyProgramTest, AMenuThatCannotBeShownIsToldWithTheReason)
+{
+    const FakeDesktop desktop(bus_.address(), {});
+    const QStringList menu = {text("--menu"), text("--notify"), text("--in"), target()};
+    const Ended withoutDisplay = run(menu, bus_.address());
+    EXPECT_EQ(withoutDisplay.code, 4);
+    EXPECT_THAT(withoutDisplay.errors.toStdString(), HasSubstr("There is no display"));
+    ASSERT_EQ(desktop.shown().size(), 1);
+    EXPECT_EQ(desktop.shown()[0].title, text("The presets were not shown"));
+    EXPECT_THAT(desktop.shown()[0].text.toStdString(), HasSubstr("There is no display"));
+
+    const SilentSocket silence;
+    for (const QString &address : {QString(), silence.busAddress()}) {
+        const Ended withoutBus = run(menu, address);
+        EXPECT_EQ(withoutBus.code, 4);
+        EXPECT_THAT(withoutBus.errors.toStdString(), HasSubstr("There is no session bus"));
+    }
 }
 
 TEST_F(NotifyProgramTest, WithoutABusItDoesItAllTheSame)

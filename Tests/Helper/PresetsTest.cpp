@@ -56,6 +56,30 @@ TEST_F(PresetsTest, ALabelThatSeveralHaveNamesNone)
     EXPECT_EQ(presetNamed(presets, QStringLiteral("#3"), &error), presets[2]);
 }
 
+TEST_F(PresetsTest, WhatAMenuShowsIsNamedByLabelAndPlaceAmongThoseThatHaveIt)
+{
+    const QList<QNBPresetRecordPtr> presets = {preset(QStringLiteral("a")), preset(QStringLiteral("b")),
+                                               preset(QStringLiteral("a")), preset(QStringLiteral("#2"))};
+    const auto shown = [&](const char *label, std::optional<int> position = {}) {
+        QString error;
+        const QNBPresetRecordPtr found = presetShown(presets, QString::fromLatin1(label), position, &error);
+        EXPECT_EQ(found == nullptr, error.contains(QLatin1String(label))) << label;
+        return found;
+    };
+    EXPECT_EQ(shown("b"), presets[1]);
+    EXPECT_EQ(shown("b", 1), presets[1]);
+    EXPECT_EQ(shown("a", 1), presets[0]);
+    EXPECT_EQ(shown("a", 2), presets[2]);
+    EXPECT_EQ(shown("#2", 1), presets[3]) << "the label, not the second one";
+    EXPECT_EQ(shown("a"), nullptr) << "one of two";
+    for (const int position : {-1, 0, 3})
+        EXPECT_EQ(shown("a", position), nullptr) << position;
+    for (const char *label : {"c", "#1", "#3"}) {
+        EXPECT_EQ(shown(label), nullptr) << label;
+        EXPECT_EQ(shown(label, 1), nullptr) << label;
+    }
+}
+
 TEST_F(PresetsTest, ItemsAreCountedAtAnyDepthWithoutTheRoot)
 {
     QNBPresetRecord record;

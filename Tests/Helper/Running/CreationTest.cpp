@@ -6,8 +6,11 @@
 #include "Tests/Helper/Running/RunningFixture.h"
 #include "Tests/Session/StandInPrograms.h"
 
+#include <QDBusConnection>
+#include <QDBusMessage>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 
 #include <csignal>
 #include <gmock/gmock.h>
@@ -22,6 +25,8 @@ const QString letters = QStringLiteral("Letters");
 const QString scripted = QStringLiteral("Scripted");
 const QString scriptName = QStringLiteral("work.sh");
 const QString question = QStringLiteral("Run the Script\\?");
+const QString menus = QStringLiteral("menus");
+const QString oldConnection = QStringLiteral("old-command-line");
 const QStringList withActions = {QStringLiteral("actions")};
 
 class CreationProgramTest : public RunningFixture
@@ -52,6 +57,22 @@ protected:
         ASSERT_TRUE(screen_.activate(window));
         screen_.typeKey(key);
     }
+    QString installedPlugin() const
+    {
+        return home_.filePath(QStringLiteral("Library/Contextual Menu Items/QNBContextMenu.plugin"));
+    }
+    /// A plug-in for file managers, whose starts are asked for by \a name.
+    static void makePlugin(StandInPrograms &programs, const QString &bundle, const QString &name)
+    {
+        const QString contents = bundle + QStringLiteral("/Contents");
+        ASSERT_TRUE(QDir().mkpath(contents + QStringLiteral("/MacOS")));
+        QFile information(contents + QStringLiteral("/Info.plist"));
+        ASSERT_TRUE(information.open(QIODevice::WriteOnly));
+        information.write("<plist version=\"1.0\"><dict><key>CFBundleExecutable</key>"
+                          "<string>QNBContextMenu</string></dict></plist>");
+        information.close();
+        programs.addAt(contents + QStringLiteral("/MacOS/QNBContextMenu"), name);
+    }
     QString marker(const QString &name) const { return home_.filePath(name); }
 };
 
@@ -78,6 +99,21 @@ TEST_F(CreationProgramTest, AnOrderForAPresetThatIsNotThereIsRefusedWithTheReaso
     QString reason;
     EXPECT_FALSE(order(QStringLiteral("Nothing of that name"), &reason));
     EXPECT_TRUE(reason.contains(QStringLiteral("Nothing of that name"))) << qPrintable(reason);
+    expectEndOf(*helper);
+}
+
+TEST_F(CreationProgramTest, ANumberInAnOrderNamesNoPreset)
+{
+    store(settings());
+    const auto helper = start();
+    EXPECT_FALSE(order(QStringLiteral("#1")));
+    QDBusConnection bus = QDBusConnection::connectToBus(bus_.address(), oldConnection);
+    QDBusMessage message = QDBusMessage::createMethodCall(
+        HelperService::name, HelperService::path, HelperService::interfaceName, HelperService::createMethod);
+    message << QStringLiteral("#1") << QStringList(target());
+    EXPECT_EQ(QDBusError(bus.call(message)).type(), QDBusError::InvalidArgs) << "as command lines once asked";
+    QDBusConnection::disconnectFromBus(oldConnection);
+    EXPECT_THAT(tree(), IsEmpty());
     expectEndOf(*helper);
 }
 
@@ -199,7 +235,7 @@ TEST_F(CreationProgramTest, AnOrderForTwoFoldersIsUndoneInBoth)
     const QString second = home_.filePath(QStringLiteral("second"));
     ASSERT_TRUE(QDir().mkpath(second));
     QString error;
-    ASSERT_EQ(HelperService::create(letters, {target(), second}, bus_.address(), &error),
+    ASSERT_EQ(HelperService::create({letters}, {target(), second}, bus_.address(), &error),
               HelperService::Answer::Taken)
         << qPrintable(error);
     ASSERT_TRUE(waitUntil([&] { return desktop.shown().size() == 2; }));
@@ -245,22 +281,29 @@ TEST_F(CreationProgramTest, WhatIsBeingCreatedWhenTheScreenDiesIsUndone)
 TEST_F(CreationProgramTest, TheFileManagersMenusAreKeptUpToDate)
 {
     store(settings());
-    const QString plugin =
-        home_.filePath(QStringLiteral("Library/Contextual Menu Items/QNBContextMenu.plugin/Contents"));
-    ASSERT_TRUE(QDir().mkpath(plugin + QStringLiteral("/MacOS")));
-    QFile information(plugin + QStringLiteral("/Info.plist"));
-    ASSERT_TRUE(information.open(QIODevice::WriteOnly));
-    information.write("<plist version=\"1.0\"><dict><key>CFBundleExecutable</key>"
-                      "<string>QNBContextMenu</string></dict></plist>");
-    information.close();
     StandInPrograms programs;
-    const QString name = QStringLiteral("QNBContextMenu");
-    programs.addAt(plugin + QStringLiteral("/MacOS/QNBContextMenu"), name);
+    makePlugin(programs, installedPlugin(), menus);
     const auto helper = start();
-    ASSERT_TRUE(waitUntil([&] { return programs.starts(name).size() == 1; }));
+    ASSERT_TRUE(waitUntil([&] { return programs.starts(menus).size() == 1; }));
     storeAndPost(settings());
-    ASSERT_TRUE(waitUntil([&] { return programs.starts(name).size() == 2; }));
-    for (const QByteArrayList &arguments : programs.starts(name))
+    ASSERT_TRUE(waitUntil([&] { return programs.starts(menus).size() == 2; }));
+    for (const QByteArrayList &arguments : programs.starts(menus))
         EXPECT_THAT(arguments, ElementsAre("refresh", QFile::encodeName(program())));
+    expectEndOf(*helper);
+}
+
+TEST_F(CreationProgramTest, ThePluginOfItsOwnPaneWritesThemOnceOneIsInstalled)
+{
+    store(settings());
+    StandInPrograms programs;
+    const QString ownMenus = QStringLiteral("own");
+    makePlugin(programs, QFileInfo(program()).path() + QStringLiteral("/../../../QNBContextMenu.plugin"),
+               ownMenus);
+    const auto helper = start();
+    makePlugin(programs, installedPlugin(), menus);
+    storeAndPost(settings());
+    ASSERT_TRUE(waitUntil([&] { return !programs.starts(ownMenus).isEmpty(); }));
+    EXPECT_EQ(programs.starts(ownMenus).size(), 1) << "none was installed at the start";
+    EXPECT_THAT(programs.starts(menus), IsEmpty()) << "it may be older";
     expectEndOf(*helper);
 }

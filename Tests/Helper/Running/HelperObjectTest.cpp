@@ -22,6 +22,7 @@ namespace {
 const QString servingName = QStringLiteral("serving");
 const QString askingName = QStringLiteral("asking");
 const QString preset = QStringLiteral("Letters");
+constexpr int position = 2;
 
 using Orders = Result<QList<CreationOrder>>;
 
@@ -39,18 +40,21 @@ protected:
         QDBusConnection::disconnectFromBus(askingName);
     }
 
-    QDBusPendingCall ask(const QStringList &folders)
+    QDBusPendingCall ask(const QString &method, const QVariantList &arguments)
     {
-        QDBusMessage message =
-            QDBusMessage::createMethodCall(serving_.baseService(), HelperService::path,
-                                           HelperService::interfaceName, HelperService::createMethod);
-        message << preset << folders;
+        QDBusMessage message = QDBusMessage::createMethodCall(serving_.baseService(), HelperService::path,
+                                                              HelperService::interfaceName, method);
+        message.setArguments(arguments);
         return asking_.asyncCall(message);
     }
-    /// The error; none for the answer of one that is content.
-    QDBusError answerTo(const QStringList &folders)
+    QDBusPendingCall ask(const QStringList &folders)
     {
-        QDBusPendingCall call = ask(folders);
+        return ask(HelperService::createMethod, {preset, position, folders});
+    }
+    /// The error; none for the answer of one that is content.
+    QDBusError answerTo(const QStringList &folders) { return answerTo(ask(folders)); }
+    static QDBusError answerTo(const QDBusPendingCall &call)
+    {
         EXPECT_TRUE(waitUntil([&] { return call.isFinished(); }));
         return call.error();
     }
@@ -72,35 +76,73 @@ protected:
 TEST_F(HelperObjectTest, AnOrderIsUnderstoodAndGiven)
 {
     QStringList given;
-    const HelperObject object(
-        serving_,
-        {.understand = [](const QString &, const QStringList &folders) { return ordersFor(folders); },
-         .give =
-             [&](const QList<CreationOrder> &orders) {
-                 for (const CreationOrder &order : orders)
-                     given.append(order.label + u' ' + order.folder);
-                 return true;
-             }});
+    const HelperObject object(serving_,
+                              {.understand =
+                                   [](const HelperService::Preset &asked, const QStringList &folders) {
+                                       return asked.label == preset && asked.position == position
+                                                  ? ordersFor(folders)
+                                                  : Orders::failure(asked.label);
+                                   },
+                               .give =
+                                   [&](const QList<CreationOrder> &orders) {
+                                       for (const CreationOrder &order : orders)
+                                           given.append(order.label + u' ' + order.folder);
+                                       return true;
+                                   }});
     EXPECT_FALSE(answerTo({QStringLiteral("/a"), QStringLiteral("/b")}).isValid());
     EXPECT_EQ(given, QStringList({QStringLiteral("Letters /a"), QStringLiteral("Letters /b")}));
 }
 
 TEST_F(HelperObjectTest, WhatMakesNoSenseIsRefusedWithTheReason)
 {
-    const HelperObject object(
-        serving_, {.understand = [](const QString &, const QStringList &) { return Orders::failure(preset); },
-                   .give = [](const QList<CreationOrder> &) { return true; }});
-    const QDBusError error = answerTo({});
+    const HelperObject object(serving_,
+                              {.understand = [](const HelperService::Preset &,
+                                                const QStringList &) { return Orders::failure(preset); },
+                               .give = [](const QList<CreationOrder> &) { return true; }});
+    const QDBusError error = answerTo(QStringList());
     EXPECT_EQ(error.type(), QDBusError::InvalidArgs);
     EXPECT_EQ(error.message(), preset);
 }
 
+TEST_F(HelperObjectTest, AnOrderOfTheFirstVersionHasNoPosition)
+{
+    std::optional<int> asked = position;
+    const HelperObject object(serving_,
+                              {.understand =
+                                   [&](const HelperService::Preset &named, const QStringList &folders) {
+                                       asked = named.position;
+                                       return ordersFor(folders);
+                                   },
+                               .give = [](const QList<CreationOrder> &) { return true; }});
+    const QStringList folders = {QStringLiteral("/a")};
+    EXPECT_FALSE(answerTo(ask(HelperService::createMethod, {preset, folders})).isValid());
+    EXPECT_EQ(asked, std::nullopt);
+}
+
+TEST_F(HelperObjectTest, TheMenuIsShownForTheFoldersOrRefusedWithTheReason)
+{
+    const HelperObject object(serving_,
+                              {.understand = [](const HelperService::Preset &,
+                                                const QStringList &) { return Orders::failure(preset); },
+                               .give = [](const QList<CreationOrder> &) { return true; },
+                               .showMenu =
+                                   [](const QStringList &folders) {
+                                       return folders.size() == 2 ? Result<>() : Result<>::failure(preset);
+                                   }});
+    const auto answer = [this](const QStringList &folders) {
+        return answerTo(ask(HelperService::showMenuMethod, {folders}));
+    };
+    EXPECT_FALSE(answer({QStringLiteral("/a"), QStringLiteral("/b")}).isValid());
+    EXPECT_EQ(answer({}).type(), QDBusError::InvalidArgs);
+    EXPECT_EQ(answer({}).message(), preset);
+}
+
 TEST_F(HelperObjectTest, WhatIsTooMuchIsRefusedAsThat)
 {
-    const HelperObject object(
-        serving_,
-        {.understand = [](const QString &, const QStringList &folders) { return ordersFor(folders); },
-         .give = [](const QList<CreationOrder> &) { return false; }});
+    const HelperObject object(serving_,
+                              {.understand = [](const HelperService::Preset &,
+                                                const QStringList &folders) { return ordersFor(folders); },
+                               .give = [](const QList<CreationOrder> &) { return false; }});
     EXPECT_EQ(answerTo({QStringLiteral("/a")}).type(), QDBusError::LimitsExceeded);
 }
 
@@ -109,7 +151,7 @@ TEST_F(HelperObjectTest, WhileAnOrderIsBeingUnderstoodTheMainThreadGoesOn)
     std::atomic<bool> isBusy = false;
     QSemaphore mayGoOn;
     const HelperObject object(serving_, {.understand =
-                                             [&](const QString &, const QStringList &folders) {
+                                             [&](const HelperService::Preset &, const QStringList &folders) {
                                                  isBusy = true;
                                                  constexpr int longTime = 10'000;
                                                  mayGoOn.tryAcquire(1, longTime);

@@ -6,7 +6,9 @@
 #include "Tests/Helper/Running/RunningFixture.h"
 #include "Tests/Session/SilentSocket.h"
 
+#include <QDir>
 #include <QElapsedTimer>
+#include <QFile>
 
 #include <algorithm>
 #include <gmock/gmock.h>
@@ -44,6 +46,25 @@ TEST_F(LifeProgramTest, ItIsFoundByItsName)
     QFile name(QStringLiteral("/proc/%1/comm").arg(helper->pid()));
     ASSERT_TRUE(name.open(QIODevice::ReadOnly));
     EXPECT_EQ(name.readAll(), "QNBHelper\n");
+    expectEndOf(*helper);
+}
+
+TEST_F(LifeProgramTest, ItsLoginItemFollowsItToANewPlace)
+{
+    store(settings());
+    const QString folder = home_.configFolder() + QStringLiteral("/autostart");
+    ASSERT_TRUE(QDir().mkpath(folder));
+    QFile entry(folder + QStringLiteral("/QNBHelper-old.desktop"));
+    ASSERT_TRUE(entry.open(QIODevice::WriteOnly));
+    entry.write("[Desktop Entry]\nType=Application\nName=QNBHelper\nExec=/old/QNBHelper.app/QNBHelper\n"
+                "X-Quenby-URL=file:///old/QNBHelper.app\nX-Quenby-Place=1\n");
+    entry.close();
+    const auto helper = start();
+    const QStringList entries = QDir(folder).entryList(QDir::Files);
+    ASSERT_EQ(entries.size(), 1);
+    QFile written(folder + u'/' + entries.constFirst());
+    ASSERT_TRUE(written.open(QIODevice::ReadOnly));
+    EXPECT_THAT(written.readAll().toStdString(), HasSubstr(program().toStdString()));
     expectEndOf(*helper);
 }
 
@@ -136,10 +157,10 @@ TEST_F(LifeProgramTest, AnOrderForTooManyFoldersIsRefusedWithTheReasonAndOthersA
     for (int i = 0; i < 3000; ++i)
         folders.append(home_.filePath(QStringLiteral("folder %1").arg(i)));
     QString reason;
-    EXPECT_EQ(HelperService::create(letters, folders, bus_.address(), &reason),
+    EXPECT_EQ(HelperService::create({letters}, folders, bus_.address(), &reason),
               HelperService::Answer::Failed);
     EXPECT_THAT(reason.toStdString(), HasSubstr("more than 1000 folders"));
-    EXPECT_EQ(HelperService::create(letters, {target()}, bus_.address(), &reason),
+    EXPECT_EQ(HelperService::create({letters}, {target()}, bus_.address(), &reason),
               HelperService::Answer::Taken);
     EXPECT_TRUE(waitUntil([&] { return tree().size() == 2; }));
     expectEndOf(*helper);

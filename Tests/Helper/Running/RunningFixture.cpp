@@ -104,7 +104,7 @@ bool RunningFixture::order(const QString &preset, QString *error)
 {
     QString reason;
     const HelperService::Answer answer =
-        HelperService::create(preset, {target()}, bus_.address(), error ? error : &reason);
+        HelperService::create({preset}, {target()}, bus_.address(), error ? error : &reason);
     return answer == HelperService::Answer::Taken;
 }
 

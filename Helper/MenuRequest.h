@@ -1,0 +1,18 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "Platform/Result.h"
+
+#include <QStringList>
+
+/// The running helper's menu, wanted by a program that has none.
+namespace MenuRequest {
+
+/// Has the running helper show the presets of now, to be created in \a folders, absolute paths. Starts the
+/// helper if none runs, and waits for it for a bounded time. Fails, with the reason for people, where there
+/// is no session bus at \a busAddress, or no display.
+Result<> send(const QStringList &folders, const QString &busAddress);
+
+} // namespace MenuRequest
