@@ -35,8 +35,6 @@ QString DolphinMenu::configurationFolder() const
 
 QList<FileManagerWithFiles::File> DolphinMenu::files(const PresetMenu &menu) const
 {
-    if (menu.items.isEmpty())
-        return {};
     QByteArray actions;
     for (qsizetype index = 0; index < menu.items.size(); ++index)
         actions += actionName(index) + ';';

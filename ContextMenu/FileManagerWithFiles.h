@@ -19,7 +19,7 @@ public:
     Result<> write(const PresetMenu &menu, Manifest &manifest) const final;
     Result<> remove(Manifest &manifest) const final;
 
-    /// What there should be for \a menu; nothing if that is empty.
+    /// What there should be for \a menu.
     virtual QList<File> files(const PresetMenu &menu) const = 0;
 
 private:

@@ -50,8 +50,6 @@ QString PCManFMQtMenu::configurationFolder() const
 
 QList<FileManagerWithFiles::File> PCManFMQtMenu::files(const PresetMenu &menu) const
 {
-    if (menu.items.isEmpty())
-        return {};
     const QString folder = DesktopFolders::dataHome() + QStringLiteral("/file-manager/actions/");
     QList<File> files;
     QByteArray actions;

@@ -5,17 +5,13 @@
 #include "Platform/LineText.h"
 
 #include <QHash>
-#include <QLoggingCategory>
 
 namespace {
 
-Q_LOGGING_CATEGORY(lcPresetMenu, "quenby.contextmenu.presets")
-
 const QByteArray createOption = QByteArrayLiteral("--create");
+const QByteArray positionOption = QByteArrayLiteral("--position");
+const QByteArray menuOption = QByteArrayLiteral("--menu");
 const QByteArray notifyOption = QByteArrayLiteral("--notify");
-
-/// Stands before the number of a preset.
-constexpr QChar numberSign = u'#';
 
 /// The kernel takes 128 KiB as one argument; quoting may make four bytes of one, and some file managers hand
 /// the whole line to a shell as one argument.
@@ -46,29 +42,28 @@ bool canBePassed(const QString &label)
 
 const QByteArray PresetMenu::folderOption = QByteArrayLiteral("--in");
 const QString PresetMenu::title = QStringLiteral("Quenby");
+const QString PresetMenu::moreTitle = QStringLiteral("More…");
 const QString PresetMenu::icon = QStringLiteral("folder-new");
 
 PresetMenu PresetMenu::of(const QList<QNBPresetRecordPtr> &presets, const QByteArray &helper)
 {
     PresetMenu menu;
     menu.helper = helper;
-    QHash<QString, int> labels;
-    for (const QNBPresetRecordPtr &preset : presets)
-        ++labels[preset->label()];
-    for (qsizetype index = 0; index < presets.size(); ++index) {
-        const QString label = presets.at(index)->label();
-        const QString number = numberSign + QString::number(index + 1);
-        const bool isUsable = labels.value(label) == 1 && canBePassed(label);
-        if (!isUsable && labels.contains(number)) {
-            qCWarning(lcPresetMenu) << "not in the menu, nothing names it:" << titleOf(label);
-            continue;
-        }
-        menu.items.append({(isUsable ? label : number).toUtf8(), titleOf(label)});
+    const QByteArrayList more = {menuOption, notifyOption};
+    QHash<QString, int> positions;
+    for (const QNBPresetRecordPtr &preset : presets) {
+        const QString label = preset->label();
+        const QByteArray position = QByteArray::number(++positions[label]);
+        menu.items.append({titleOf(label), canBePassed(label)
+                                               ? QByteArrayList{createOption, label.toUtf8(), positionOption,
+                                                                position, notifyOption}
+                                               : more});
     }
+    menu.items.append({moreTitle, more});
     return menu;
 }
 
 QByteArrayList PresetMenu::commandLine(const Item &item) const
 {
-    return {helper, createOption, item.name, notifyOption};
+    return QByteArrayList{helper} + item.arguments;
 }

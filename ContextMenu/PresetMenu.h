@@ -11,19 +11,23 @@
 #include <QString>
 
 /// What every file manager shows, in whatever form it wants it: a submenu of the presets by name, each of
-/// which calls the helper.
+/// which calls the helper, and an entry behind them that has the helper show the presets of now.
 ///
-/// Labels are data: a user, or whoever sent a preset, may have put anything in them. A preset whose label
-/// cannot be passed to a program at all (a null character, a lone half of a character, more than the kernel
-/// takes as an argument), or that shares it with another, is named by its number in the list.
+/// A file manager may show an old menu for days. So each entry calls the helper with what it shows: the
+/// label, and which of the presets that have it is meant. What is no longer there is then refused, and
+/// nothing else is created in its place.
+///
+/// Labels are data: a user, or whoever sent a preset, may have put anything in them. The entry of a preset
+/// whose label cannot be passed to a program at all (a null character, a lone half of a character, more than
+/// the kernel takes as an argument) does what the last one does.
 struct PresetMenu
 {
     struct Item
     {
-        /// By which the helper knows the preset: its label in UTF-8, or its number.
-        QByteArray name;
         /// What is shown: one line, not too long, never empty. Not yet escaped for anything.
         QString title;
+        /// What the helper is called with, but for the folders.
+        QByteArrayList arguments;
     };
 
     /// \a helper is the absolute path of the helper's executable, in the file system's own bytes.
@@ -36,6 +40,8 @@ struct PresetMenu
 
     /// Of the submenu.
     static const QString title;
+    /// Of the last entry.
+    static const QString moreTitle;
     /// The name of an icon that every icon theme has.
     static const QString icon;
 

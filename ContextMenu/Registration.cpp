@@ -49,9 +49,13 @@ Result<> withManifest(const std::function<Result<>(Manifest &)> &action)
     return action(manifest);
 }
 
-/// Writes the file managers that \a manifest names.
+/// Writes every file manager that is there, and those that \a manifest names.
 Result<> writeAll(Manifest &manifest, const QByteArray &helper)
 {
+    for (const std::unique_ptr<FileManager> &manager : FileManager::all()) {
+        if (manager->isPresent())
+            manifest.setEntries(manager->name(), manifest.entries(manager->name()));
+    }
     if (helper.isEmpty()) {
         qCWarning(lcRegistration) << "the helper was not found; the menu is written when it starts";
         return manifest.save();
@@ -74,13 +78,7 @@ Result<> writeAll(Manifest &manifest, const QByteArray &helper)
 
 Result<> Registration::registerWith(const QByteArray &helper)
 {
-    return withManifest([&helper](Manifest &manifest) {
-        for (const std::unique_ptr<FileManager> &manager : FileManager::all()) {
-            if (manager->isPresent())
-                manifest.setEntries(manager->name(), manifest.entries(manager->name()));
-        }
-        return writeAll(manifest, helper);
-    });
+    return withManifest([&helper](Manifest &manifest) { return writeAll(manifest, helper); });
 }
 
 Result<> Registration::refresh(const QByteArray &helper)

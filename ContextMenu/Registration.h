@@ -18,7 +18,8 @@ namespace Registration {
 /// is no failure, the file managers are noted, to be written by the first refresh().
 Result<> registerWith(const QByteArray &helper);
 
-/// Brings what is registered up to the presets of now. Does nothing if nothing is.
+/// Brings what is registered up to the presets of now, in every file manager that is present by now. Does
+/// nothing if nothing is registered.
 Result<> refresh(const QByteArray &helper);
 
 /// Removes what was written.

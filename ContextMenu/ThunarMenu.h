@@ -6,8 +6,8 @@
 #include "ContextMenu/FileManager.h"
 
 /// Thunar: an action for each preset in the one file of the user's own actions, which is read when the
-/// program starts. A user without that file has the system's: then ours is made from that, and removed again
-/// when nothing but that is left in it.
+/// program starts, and never again while it runs. A user without that file has the system's: then ours is
+/// made from that, and removed again when nothing but that is left in it.
 class ThunarMenu final : public FileManager
 {
 public:

@@ -24,14 +24,15 @@ constexpr char usage[] = R"(Usage: QNBContextMenu register [HELPER]
 
 Puts a submenu "Quenby" of the presets into the context menus of the file
 managers that are there: Dolphin, Nautilus, Nemo, Thunar, PCManFM-Qt and Caja.
-Choosing a preset has the helper create it in the folder.
+Choosing a preset has the helper create it in the folder; the last entry has it
+show the presets of now, to be created there.
 
 Commands:
   register    Writes the entries, for every file manager that is installed, or
               has kept settings of this user.
   refresh     Brings the entries that were registered up to the presets of now,
-              and writes those that are missing. Does nothing if nothing is
-              registered.
+              and writes those that are missing, also for a file manager that
+              was installed later. Does nothing if nothing is registered.
   unregister  Removes exactly what was written.
 
 HELPER is the path of the executable QNBHelper. Without it the helper is looked
@@ -41,9 +42,12 @@ there, and the helper has the entries written when it starts.
 
 A file of ours that was changed is left alone, and named on the standard error
 output. In Thunar's file, which holds others' actions too, only those are touched
-whose identifier begins with "quenby-". Thunar has to be told to quit
-("thunar -q"), and PCManFM-Qt has to be started again, before they show what has
-changed; the others see it at once.
+whose identifier begins with "quenby-".
+
+Thunar and PCManFM-Qt read their entries once, and show what has changed after
+all their windows, and what of them runs in the background, have ended:
+"thunar -q" does that, at the next login it has happened anyway. Until then an
+entry creates what it says, or nothing. The others see it at once.
 
 Files:
   $XDG_DATA_HOME/kio/servicemenus/org.quenby.Quenby.desktop

@@ -23,14 +23,16 @@ const QByteArray folder = "/a folder/$(id) %f";
 class DesktopEntriesTest : public MenuHome
 {
 protected:
-    /// Expects that the group of \a entry starts the helper for the preset \a label.
-    void expectStarts(const QByteArray &entry, const QByteArray &group, const QString &label) const
+    /// Expects that the group of \a entry starts the helper for the preset \a label, or with \a call.
+    void expectStarts(const QByteArray &entry, const QByteArray &group, const QByteArrayList &call) const
     {
         const std::optional<QByteArray> exec = ExecLine::value(entry, group, "Exec");
         ASSERT_TRUE(exec) << entry.constData();
-        QByteArrayList expected = callFor(label, {folder});
-        expected.prepend(helper());
-        EXPECT_EQ(ExecLine::arguments(*exec, folder), expected) << exec->constData();
+        EXPECT_EQ(ExecLine::arguments(*exec, folder), QByteArrayList{helper()} + call) << exec->constData();
+    }
+    void expectStarts(const QByteArray &entry, const QByteArray &group, const QString &label) const
+    {
+        expectStarts(entry, group, callFor(label, {folder}));
     }
 
     /// Has the command line of \a group really started, for every folder that there may be.
@@ -79,10 +81,11 @@ TEST_F(DesktopEntriesTest, DolphinHasOneExecutableServiceMenu)
     const QByteArray entry = files.first().content;
     EXPECT_EQ(ExecLine::value(entry, mainGroup, "X-KDE-Submenu"), "Quenby");
     EXPECT_EQ(ExecLine::value(entry, mainGroup, "MimeType"), "inode/directory;");
-    EXPECT_EQ(ExecLine::value(entry, mainGroup, "Actions"), "preset1;preset2;");
+    EXPECT_EQ(ExecLine::value(entry, mainGroup, "Actions"), "preset1;preset2;preset3;");
     EXPECT_EQ(shown(entry, dolphinAction(0)), QStringLiteral("a"));
     EXPECT_EQ(shown(entry, dolphinAction(1)), QStringLiteral("b"));
-    EXPECT_EQ(DolphinMenu().files(menuOf({})).size(), 0);
+    EXPECT_EQ(shown(entry, dolphinAction(2)), QStringLiteral("More…"));
+    expectStarts(entry, dolphinAction(2), {"--menu", "--notify", "--in", folder});
 }
 
 TEST_F(DesktopEntriesTest, DolphinsServiceMenuIsValid)
@@ -120,25 +123,26 @@ TEST_F(DesktopEntriesTest, PCManFMQtHasAMenuOfActions)
 {
     const QList<File> files =
         PCManFMQtMenu().files(menuOf({QStringLiteral("100% R&D"), QStringLiteral("b")}));
-    ASSERT_EQ(files.size(), 3);
-    EXPECT_EQ(files.at(2).path, data(QStringLiteral("file-manager/actions/quenby.desktop")));
-    const QByteArray menu = files.at(2).content;
+    ASSERT_EQ(files.size(), 4);
+    EXPECT_EQ(files.at(3).path, data(QStringLiteral("file-manager/actions/quenby.desktop")));
+    const QByteArray menu = files.at(3).content;
     EXPECT_EQ(ExecLine::value(menu, mainGroup, "Type"), "Menu");
     EXPECT_EQ(ExecLine::value(menu, mainGroup, "Name"), "Quenby");
-    EXPECT_EQ(ExecLine::value(menu, mainGroup, "ItemsList"), "quenby-0001;quenby-0002;");
+    EXPECT_EQ(ExecLine::value(menu, mainGroup, "ItemsList"), "quenby-0001;quenby-0002;quenby-0003;");
     const QByteArray action = files.at(0).content;
     EXPECT_EQ(files.at(0).path, data(QStringLiteral("file-manager/actions/quenby-0001.desktop")));
     EXPECT_EQ(ExecLine::value(action, mainGroup, "Type"), "Action");
     EXPECT_EQ(shown(action, mainGroup), QStringLiteral("100%% R&&D"));
     EXPECT_EQ(ExecLine::value(action, "X-Action-Profile folder", "MimeTypes"), "inode/directory;");
-    EXPECT_EQ(PCManFMQtMenu().files(menuOf({})).size(), 0);
+    EXPECT_EQ(shown(files.at(2).content, mainGroup), QStringLiteral("More…"));
+    expectStarts(files.at(2).content, "X-Action-Profile folder", {"--menu", "--notify", "--in", folder});
 }
 
 TEST_F(DesktopEntriesTest, PCManFMQtsActionsStartTheHelper)
 {
     const QStringList labels = hostileLabels();
     const QList<File> files = PCManFMQtMenu().files(menuOf(labels));
-    ASSERT_EQ(files.size(), labels.size() + 1);
+    ASSERT_EQ(files.size(), labels.size() + 2);
     for (qsizetype index = 0; index < labels.size(); ++index) {
         expectStarts(files.at(index).content, "X-Action-Profile folder", labels.at(index));
         expectReallyStarts(files.at(index).content, "X-Action-Profile folder", labels.at(index), {"x y"});

@@ -166,7 +166,7 @@ bool MenuHome::hasBeenCalled() const
 
 QByteArrayList MenuHome::callFor(const QString &label, const QByteArrayList &folders)
 {
-    QByteArrayList arguments = {"--create", label.toUtf8(), "--notify"};
+    QByteArrayList arguments = {"--create", label.toUtf8(), "--position", "1", "--notify"};
     for (const QByteArray &folder : folders)
         arguments << "--in" << folder;
     return arguments;

@@ -10,31 +10,42 @@ namespace {
 class PresetMenuTest : public MenuHome
 {
 protected:
-    QString titleOf(const QString &label) const
+    QString titleOf(const QString &label) const { return menuOf({label}).items.first().title; }
+    static QByteArrayList argumentsFor(const QByteArray &label, const QByteArray &position)
     {
-        const PresetMenu menu = menuOf({label});
-        return menu.items.isEmpty() ? QStringLiteral("nothing") : menu.items.first().title;
+        return {"--create", label, "--position", position, "--notify"};
     }
+    const QByteArrayList more_ = {"--menu", "--notify"};
 };
 
 } // namespace
 
-TEST_F(PresetMenuTest, PresetsAreShownByNameInTheirOrder)
+TEST_F(PresetMenuTest, PresetsAreShownByNameInTheirOrderAndNamedByWhatIsShown)
 {
     const PresetMenu menu = menuOf({QStringLiteral("b"), QStringLiteral("a"), QStringLiteral("c")});
-    ASSERT_EQ(menu.items.size(), 3);
+    ASSERT_EQ(menu.items.size(), 4);
     EXPECT_EQ(menu.items.at(0).title, QStringLiteral("b"));
-    EXPECT_EQ(menu.items.at(2).name, "c");
-    EXPECT_EQ(menu.commandLine(menu.items.at(1)), QByteArrayList({helper(), "--create", "a", "--notify"}));
+    EXPECT_EQ(menu.items.at(2).arguments, argumentsFor("c", "1"));
+    EXPECT_EQ(menu.commandLine(menu.items.at(1)), QByteArrayList{helper()} + argumentsFor("a", "1"));
+}
+
+TEST_F(PresetMenuTest, TheLastEntryShowsThePresetsOfNow)
+{
+    for (const QStringList &labels : {QStringList(), QStringList(QStringLiteral("a"))}) {
+        const PresetMenu menu = menuOf(labels);
+        ASSERT_EQ(menu.items.size(), labels.size() + 1);
+        EXPECT_EQ(menu.items.last().title, QStringLiteral("More…"));
+        EXPECT_EQ(menu.items.last().arguments, more_);
+    }
 }
 
 TEST_F(PresetMenuTest, EveryLabelIsPassedOnAsItIs)
 {
     const QStringList labels = hostileLabels();
     const PresetMenu menu = menuOf(labels);
-    ASSERT_EQ(menu.items.size(), labels.size());
+    ASSERT_EQ(menu.items.size(), labels.size() + 1);
     for (qsizetype index = 0; index < labels.size(); ++index)
-        EXPECT_EQ(menu.items.at(index).name, labels.at(index).toUtf8());
+        EXPECT_EQ(menu.items.at(index).arguments, argumentsFor(labels.at(index).toUtf8(), "1"));
 }
 
 TEST_F(PresetMenuTest, ATitleIsOneLineAndNeitherEmptyNorEndless)
@@ -49,33 +60,22 @@ TEST_F(PresetMenuTest, ATitleIsOneLineAndNeitherEmptyNorEndless)
     EXPECT_EQ(titleOf(QString(78, u'x') + QStringLiteral("😀😀")), QString(78, u'x') + u'…');
 }
 
-TEST_F(PresetMenuTest, PresetsThatShareALabelAreNamedByNumber)
+TEST_F(PresetMenuTest, PresetsThatShareALabelAreNamedByTheirPlaceAmongThem)
 {
-    const PresetMenu menu = menuOf({QStringLiteral("a"), QStringLiteral("b"), QStringLiteral("a")});
-    ASSERT_EQ(menu.items.size(), 3);
-    EXPECT_EQ(menu.items.at(0).name, "#1");
-    EXPECT_EQ(menu.items.at(1).name, "b");
-    EXPECT_EQ(menu.items.at(2).name, "#3");
-    EXPECT_EQ(menu.items.at(2).title, QStringLiteral("a"));
+    const PresetMenu menu =
+        menuOf({QStringLiteral("a"), QStringLiteral("b"), QStringLiteral("a"), QStringLiteral("#2")});
+    ASSERT_EQ(menu.items.size(), 5);
+    EXPECT_EQ(menu.items.at(0).arguments, argumentsFor("a", "1"));
+    EXPECT_EQ(menu.items.at(1).arguments, argumentsFor("b", "1"));
+    EXPECT_EQ(menu.items.at(2).arguments, argumentsFor("a", "2"));
+    EXPECT_EQ(menu.items.at(3).arguments, argumentsFor("#2", "1"));
 }
 
-TEST_F(PresetMenuTest, WhatNoProgramCanBeGivenIsNamedByNumber)
+TEST_F(PresetMenuTest, WhatNoProgramCanBeGivenIsChosenInTheListOfNow)
 {
-    const auto nameOf = [this](const QString &label) {
-        const PresetMenu menu = menuOf({label});
-        return menu.items.size() == 1 ? menu.items.first().name : QByteArray("nothing");
-    };
-    EXPECT_EQ(nameOf(QStringLiteral("null") + QChar::Null), "#1");
-    EXPECT_EQ(nameOf(QStringLiteral("half") + QChar(u'\xd83d')), "#1");
-    EXPECT_EQ(nameOf(QString(16 * 1024 + 1, u'x')), "#1");
-    EXPECT_EQ(nameOf(QString(16 * 1024, u'x')).size(), 16 * 1024);
-}
-
-TEST_F(PresetMenuTest, WhatNothingNamesIsLeftOut)
-{
-    const PresetMenu menu = menuOf({QStringLiteral("a"), QStringLiteral("a"), QStringLiteral("#2")});
-    ASSERT_EQ(menu.items.size(), 2);
-    EXPECT_EQ(menu.items.at(0).name, "#1");
-    EXPECT_EQ(menu.items.at(1).name, "#2");
-    EXPECT_EQ(menu.items.at(1).title, QStringLiteral("#2"));
+    const auto argumentsOf = [this](const QString &label) { return menuOf({label}).items.first().arguments; };
+    EXPECT_EQ(argumentsOf(QStringLiteral("null") + QChar::Null), more_);
+    EXPECT_EQ(argumentsOf(QStringLiteral("half") + QChar(u'\xd83d')), more_);
+    EXPECT_EQ(argumentsOf(QString(16 * 1024 + 1, u'x')), more_);
+    EXPECT_EQ(argumentsOf(QString(16 * 1024, u'x')), argumentsFor(QByteArray(16 * 1024, 'x'), "1"));
 }

@@ -210,7 +210,7 @@ TEST_F(ProgramTest, RegisteredEntriesWorkForAnOrdinaryUser)
 
     const QStringList commands =
         ThunarFile::texts(contentOf(config(QStringLiteral("Thunar/uca.xml"))), QStringLiteral("command"));
-    ASSERT_EQ(commands.size(), 1);
+    ASSERT_EQ(commands.size(), 2);
     expectCallBy("thunar", folder, QStringLiteral("/bin/sh"),
                  {QStringLiteral("-c"), ThunarFile::commandLine(commands.constFirst(), folder)});
 }

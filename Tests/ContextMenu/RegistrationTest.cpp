@@ -13,6 +13,7 @@
 #include <QFileInfo>
 #include <QMap>
 
+#include <algorithm>
 #include <sys/stat.h>
 
 namespace {
@@ -55,6 +56,8 @@ protected:
         return files;
     }
     void storeAB() const { storePresets({QStringLiteral("a"), QStringLiteral("b")}); }
+
+    const QString more_ = QStringLiteral("More…");
 };
 
 } // namespace
@@ -131,21 +134,17 @@ TEST_F(RegistrationTest, PresetsThatChangeShowUp)
     storeAB();
     haveAllFileManagers();
     ASSERT_TRUE(Registration::registerWith(helper()));
-    EXPECT_EQ(nautilusScripts(), QStringList({QStringLiteral("a"), QStringLiteral("b")}));
+    EXPECT_EQ(nautilusScripts(), QStringList({QStringLiteral("a"), QStringLiteral("b"), more_}));
     storePresets({QStringLiteral("b"), QStringLiteral("c")});
     ASSERT_TRUE(Registration::refresh(helper()));
-    EXPECT_EQ(nautilusScripts(), QStringList({QStringLiteral("b"), QStringLiteral("c")}));
+    EXPECT_EQ(nautilusScripts(), QStringList({QStringLiteral("b"), QStringLiteral("c"), more_}));
     EXPECT_FALSE(contentOf(serviceMenu()).contains("Name=a\n"));
     EXPECT_TRUE(contentOf(serviceMenu()).contains("Name=c\n"));
     EXPECT_TRUE(contentOf(config(QStringLiteral("Thunar/uca.xml"))).contains("<name>c</name>"));
 
     storePresets({});
     ASSERT_TRUE(Registration::refresh(helper()));
-    EXPECT_FALSE(QFile::exists(serviceMenu()));
-    EXPECT_FALSE(QFile::exists(data(QStringLiteral("nautilus/scripts"))));
-    storeAB();
-    ASSERT_TRUE(Registration::refresh(helper()));
-    EXPECT_EQ(nautilusScripts().size(), 2);
+    EXPECT_EQ(nautilusScripts(), QStringList(more_)) << "that there is none is shown too";
 }
 
 TEST_F(RegistrationTest, WithoutRegistrationNothingIsRefreshed)
@@ -158,16 +157,38 @@ TEST_F(RegistrationTest, WithoutRegistrationNothingIsRefreshed)
     EXPECT_EQ(contentOfHome(), before);
 }
 
-TEST_F(RegistrationTest, OnlyWhatIsRegisteredIsRefreshed)
+TEST_F(RegistrationTest, AFileManagerThatIsInstalledLaterGetsItsEntriesAtTheNextRefresh)
 {
     storeAB();
     makeFolder(data(QStringLiteral("dolphin")));
     ASSERT_TRUE(Registration::registerWith(helper()));
-    haveAllFileManagers();
-    ASSERT_TRUE(Registration::refresh(helper()));
     EXPECT_EQ(nautilusScripts(), QStringList());
-    ASSERT_TRUE(Registration::registerWith(helper()));
-    EXPECT_EQ(nautilusScripts().size(), 2);
+    programs_.add(QStringLiteral("nautilus"));
+    ASSERT_TRUE(Registration::refresh(helper()));
+    EXPECT_EQ(nautilusScripts().size(), 3);
+    ASSERT_TRUE(Registration::unregister());
+    EXPECT_EQ(nautilusScripts(), QStringList());
+}
+
+TEST_F(RegistrationTest, EntriesThatNameAnOldPlaceAreWrittenFromTheNewOne)
+{
+    storeAB();
+    haveAllFileManagers();
+    const QByteArray oldPlace = "/old place/QNBHelper";
+    ASSERT_TRUE(Registration::registerWith(oldPlace));
+    const auto namesOldPlace = [&] {
+        const auto content = contentOfHome();
+        return std::count_if(content.begin(), content.end(),
+                             [&](const QByteArray &file) { return file.contains(oldPlace); });
+    };
+    // One file for all, or one for each preset and the last entry.
+    EXPECT_EQ(namesOldPlace(), 2 + 4 * 3);
+    const QString theirs = data(QStringLiteral("nautilus/scripts/theirs"));
+    put(theirs, oldPlace);
+    ASSERT_TRUE(Registration::refresh(helper()));
+    EXPECT_EQ(namesOldPlace(), 1);
+    EXPECT_EQ(contentOf(theirs), oldPlace) << "no file of ours";
+    EXPECT_TRUE(contentOf(serviceMenu()).contains("Some.prefPane"));
 }
 
 TEST_F(RegistrationTest, WithoutAHelperTheMenuWaitsForIt)
@@ -188,10 +209,10 @@ TEST_F(RegistrationTest, PresetsThatWereNeverStoredAreThePanes)
         "</plist>");
     const Result<PresetMenu> menu = Registration::menuFor(helper());
     ASSERT_TRUE(menu);
-    ASSERT_EQ(menu->items.size(), 1);
-    EXPECT_EQ(menu->items.first().name, "By Default");
+    ASSERT_EQ(menu->items.size(), 2);
+    EXPECT_EQ(menu->items.first().title, QStringLiteral("By Default"));
     storeAB();
-    EXPECT_EQ(Registration::menuFor(helper())->items.size(), 2);
+    EXPECT_EQ(Registration::menuFor(helper())->items.size(), 3);
 }
 
 TEST_F(RegistrationTest, EntriesStayWhilePresetsCannotBeRead)
@@ -200,7 +221,7 @@ TEST_F(RegistrationTest, EntriesStayWhilePresetsCannotBeRead)
     haveAllFileManagers();
     ASSERT_TRUE(Registration::registerWith(helper()));
     const QStringList scripts = nautilusScripts();
-    ASSERT_EQ(scripts.size(), 2);
+    ASSERT_EQ(scripts.size(), 3);
     const QString domain = config(QNBProductIdentifier() + QStringLiteral(".plist"));
     ASSERT_TRUE(QFile::remove(domain));
     // Of a folder in its place nobody can say what it holds.
@@ -267,7 +288,7 @@ TEST_F(RegistrationTest, OneFailureKeepsNoneOfTheOthers)
     const Result<> result = Registration::registerWith(helper());
     EXPECT_FALSE(result);
     EXPECT_EQ(contentOf(config(QStringLiteral("Thunar/uca.xml"))), damaged);
-    EXPECT_EQ(nautilusScripts().size(), 2);
+    EXPECT_EQ(nautilusScripts().size(), 3);
     EXPECT_TRUE(QFile::exists(config(QStringLiteral("caja/scripts/Quenby/a"))));
 
     ASSERT_TRUE(QFile::remove(data(QStringLiteral("kio"))));

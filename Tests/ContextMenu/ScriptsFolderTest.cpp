@@ -58,7 +58,10 @@ protected:
 TEST_F(ScriptsFolderTest, EachPresetIsAScriptOfItsName)
 {
     const QList<File> files = NautilusMenu().files(menuOf({QStringLiteral("b"), QStringLiteral("a c")}));
-    ASSERT_EQ(files.size(), 2);
+    ASSERT_EQ(files.size(), 3);
+    EXPECT_EQ(files.at(2).path, data(QStringLiteral("nautilus/scripts/Quenby/More…")));
+    EXPECT_TRUE(files.at(2).content.contains("'--menu' '--notify' \"$@\""))
+        << files.at(2).content.constData();
     EXPECT_EQ(files.at(0).path, data(QStringLiteral("nautilus/scripts/Quenby/b")));
     EXPECT_EQ(files.at(1).path, data(QStringLiteral("nautilus/scripts/Quenby/a c")));
     EXPECT_TRUE(files.at(1).isExecutable);
@@ -74,7 +77,7 @@ TEST_F(ScriptsFolderTest, EveryLabelGivesAFileNameThatIsShown)
     const QList<File> files = NautilusMenu().files(menuOf(labels));
     const QString folder = data(QStringLiteral("nautilus/scripts/Quenby/"));
     QSet<QString> names;
-    ASSERT_EQ(files.size(), labels.size());
+    ASSERT_EQ(files.size(), labels.size() + 1);
     for (const File &file : files) {
         ASSERT_TRUE(file.path.startsWith(folder));
         const QString name = file.path.mid(folder.size());

@@ -17,6 +17,8 @@ const QByteArray others = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<actions>
                           "    <name>Open Terminal Here</name>\n    <command>exo-open %f</command>\n"
                           "  </action>\n\n</actions>";
 
+const QString more = QStringLiteral("More…");
+
 class ThunarMenuTest : public MenuHome
 {
 protected:
@@ -46,13 +48,16 @@ TEST_F(ThunarMenuTest, ActionsAreInASubmenu)
     put(file(), others);
     ASSERT_TRUE(write({QStringLiteral("a_b"), QStringLiteral("c & <d>")}));
     EXPECT_EQ(texts(QStringLiteral("name")),
-              QStringList(
-                  {QStringLiteral("Open Terminal Here"), QStringLiteral("a__b"), QStringLiteral("c & <d>")}));
-    EXPECT_EQ(texts(QStringLiteral("submenu")),
-              QStringList({QStringLiteral("Quenby"), QStringLiteral("Quenby")}));
-    EXPECT_EQ(texts(QStringLiteral("unique-id")),
-              QStringList({QStringLiteral("quenby-1"), QStringLiteral("quenby-2")}));
-    EXPECT_EQ(texts(QStringLiteral("directories")).size(), 2);
+              QStringList({QStringLiteral("Open Terminal Here"), QStringLiteral("a__b"),
+                           QStringLiteral("c & <d>"), more}));
+    EXPECT_EQ(texts(QStringLiteral("submenu")), QStringList(3, QStringLiteral("Quenby")));
+    EXPECT_EQ(texts(QStringLiteral("command")).last(),
+              u'\'' + QString::fromUtf8(helper()).replace(u'\'', QStringLiteral("'\\''")) +
+                  QStringLiteral("' '--menu' '--notify' --in %f"));
+    EXPECT_EQ(
+        texts(QStringLiteral("unique-id")),
+        QStringList({QStringLiteral("quenby-1"), QStringLiteral("quenby-2"), QStringLiteral("quenby-3")}));
+    EXPECT_EQ(texts(QStringLiteral("directories")).size(), 3);
 }
 
 TEST_F(ThunarMenuTest, AnOldVersionIsGivenNoSubmenu)
@@ -60,15 +65,16 @@ TEST_F(ThunarMenuTest, AnOldVersionIsGivenNoSubmenu)
     const QString program = QStringLiteral("thunar");
     programs_.add(program, "echo 'thunar 4.16.8 (Xfce 4.16)'");
     ASSERT_TRUE(write({QStringLiteral("a")}));
-    EXPECT_EQ(texts(QStringLiteral("name")), QStringList(QStringLiteral("Quenby: a")));
+    EXPECT_EQ(texts(QStringLiteral("name")),
+              QStringList({QStringLiteral("Quenby: a"), QStringLiteral("Quenby: More…")}));
     EXPECT_EQ(texts(QStringLiteral("submenu")), QStringList());
     EXPECT_EQ(programs_.starts(program), QList<QByteArrayList>({{"--version"}}));
     programs_.add(program, "echo 'thunar 4.17.0 (Xfce 4.17)'");
     ASSERT_TRUE(write({QStringLiteral("a")}));
-    EXPECT_EQ(texts(QStringLiteral("submenu")), QStringList(QStringLiteral("Quenby")));
+    EXPECT_EQ(texts(QStringLiteral("submenu")), QStringList(2, QStringLiteral("Quenby")));
     programs_.add(program, "exit 1");
     ASSERT_TRUE(write({QStringLiteral("a")}));
-    EXPECT_EQ(texts(QStringLiteral("submenu")), QStringList(QStringLiteral("Quenby")));
+    EXPECT_EQ(texts(QStringLiteral("submenu")), QStringList(2, QStringLiteral("Quenby")));
 }
 
 TEST_F(ThunarMenuTest, TheCommandsAreReallyRun)
@@ -76,7 +82,7 @@ TEST_F(ThunarMenuTest, TheCommandsAreReallyRun)
     QStringList labels = hostileLabels();
     ASSERT_TRUE(write(labels));
     const QStringList commands = texts(QStringLiteral("command"));
-    ASSERT_EQ(commands.size(), labels.size());
+    ASSERT_EQ(commands.size(), labels.size() + 1);
     const QString folder = makeFolder(in(QStringLiteral("$(id) 'x' %f")));
     for (qsizetype index = 0; index < labels.size(); ++index) {
         const QString command = ThunarFile::commandLine(commands.at(index), folder);
@@ -90,7 +96,7 @@ TEST_F(ThunarMenuTest, TheCommandsAreReallyRun)
 TEST_F(ThunarMenuTest, WhatXMLCannotHoldIsLeftOut)
 {
     ASSERT_TRUE(write({QStringLiteral("control \x01"), QStringLiteral("a"), QStringLiteral("none \uffff")}));
-    EXPECT_EQ(texts(QStringLiteral("name")), QStringList(QStringLiteral("a")));
+    EXPECT_EQ(texts(QStringLiteral("name")), QStringList({QStringLiteral("a"), more}));
 }
 
 TEST_F(ThunarMenuTest, AFileOfTheUsersIsMergedAndRestored)
@@ -102,7 +108,7 @@ TEST_F(ThunarMenuTest, AFileOfTheUsersIsMergedAndRestored)
     EXPECT_TRUE(contentOf(file()).startsWith(others.chopped(10)));
     EXPECT_EQ(QFileInfo(file()).permissions() & QFile::ReadGroup, QFile::ReadGroup);
     ASSERT_TRUE(write({QStringLiteral("another")}));
-    EXPECT_EQ(texts(QStringLiteral("name")).size(), 2);
+    EXPECT_EQ(texts(QStringLiteral("name")).size(), 3);
     ASSERT_TRUE(remove());
     EXPECT_EQ(contentOfHome(), before);
 }
@@ -125,7 +131,8 @@ TEST_F(ThunarMenuTest, WhatOthersHaveAddedMeanwhileIsKept)
     const QByteArray theirs = "<action><name>theirs</name></action>\n";
     put(file(), contentOf(file()).replace("<actions>\n", "<actions>\n" + theirs));
     ASSERT_TRUE(write({QStringLiteral("b")}));
-    EXPECT_EQ(texts(QStringLiteral("name")), QStringList({QStringLiteral("theirs"), QStringLiteral("b")}));
+    EXPECT_EQ(texts(QStringLiteral("name")),
+              QStringList({QStringLiteral("theirs"), QStringLiteral("b"), more}));
     ASSERT_TRUE(remove());
     EXPECT_EQ(contentOf(file()), ThunarActions::emptyFile().replace("<actions>\n", "<actions>\n" + theirs));
 }
@@ -137,7 +144,7 @@ TEST_F(ThunarMenuTest, ASymbolicLinkStaysOne)
     ASSERT_TRUE(QFile::link(target, file()));
     ASSERT_TRUE(write({QStringLiteral("a")}));
     EXPECT_TRUE(QFileInfo(file()).isSymLink());
-    EXPECT_EQ(texts(QStringLiteral("name")).size(), 2);
+    EXPECT_EQ(texts(QStringLiteral("name")).size(), 3);
     ASSERT_TRUE(remove());
     EXPECT_TRUE(QFileInfo(file()).isSymLink());
     EXPECT_EQ(contentOf(target), others);
