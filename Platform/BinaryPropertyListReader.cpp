@@ -11,6 +11,7 @@
 #include <bit>
 #include <cstring>
 #include <limits>
+#include <utility>
 
 using namespace BinaryPropertyListFormat;
 namespace Limits = PropertyList::Limits;
@@ -229,27 +230,42 @@ bool BinaryPropertyListReader::checkScalar(Object object, const Content &content
 }
 
 /// Has a key that reads like another one be the same string.
-void BinaryPropertyListReader::shareKey(Object key)
+bool BinaryPropertyListReader::shareKey(Object key)
 {
-    const quint32 place = notes_[key];
-    if (place < isKey_.size() && isKey_[place])
-        return;
+    if (content(key).count > quint64(Limits::keySize))
+        return refuse(QStringLiteral("a dictionary key of more than %1 characters").arg(Limits::keySize));
     const auto known = keys_.constFind(string(key));
     if (known != keys_.constEnd()) {
         notes_[key] = *known;
-        return;
+        return true;
     }
-    keys_.insert(string(key), place);
-    isKey_.resize(strings_.size());
-    isKey_[place] = true;
+    keys_.insert(string(key), notes_[key]);
+    metIn_.resize(strings_.size());
+    return true;
 }
 
-/// keysOfOne_ are the dictionary's.
-void BinaryPropertyListReader::checkKeys(Object dictionary)
+/// Of every dictionary all keys, in their order.
+bool BinaryPropertyListReader::checkKey(Object dictionary, Object key)
 {
-    if (DictionaryEntries::hasRepeatedKey(keysOfOne_))
-        lastEntries_.insert(dictionary, DictionaryEntries::positionsOfLast(keysOfOne_));
-    keysOfOne_.clear();
+    if (!isString(marker(key)))
+        return refuse(QStringLiteral("a dictionary key that is no string"));
+    const bool isKnown = notes_[key] < metIn_.size() && metIn_[notes_[key]] != 0;
+    if (!isKnown && !shareKey(key))
+        return false;
+    quint32 &metIn = metIn_[notes_[key]];
+    hasRepeatedKey_ = hasRepeatedKey_ || metIn == dictionary + 1;
+    metIn = dictionary + 1;
+    return true;
+}
+
+/// Of a dictionary that repeats a key.
+void BinaryPropertyListReader::noteLastEntries(Object dictionary)
+{
+    const Content content = this->content(dictionary);
+    std::vector<quint32> keys(content.count);
+    for (std::size_t i = 0; i < keys.size(); ++i)
+        keys[i] = notes_[reference(content.start, i)];
+    lastEntries_.insert(dictionary, DictionaryEntries::positionsOfLast(keys));
 }
 
 // Follows every reference from the top object, each object once, and notes for each container how many levels
@@ -311,15 +327,10 @@ bool BinaryPropertyListReader::checkObjects()
                 return refuse(QStringLiteral("an object contains itself"));
             }
             if (frame->next < frame->keys) {
-                if (!isString(marker(child)))
-                    return refuse(QStringLiteral("a dictionary key that is no string"));
-                if (content(child).count > quint64(Limits::keySize))
-                    return refuse(
-                        QStringLiteral("a dictionary key of more than %1 characters").arg(Limits::keySize));
-                shareKey(child);
-                keysOfOne_.push_back(notes_[child]);
-                if (frame->next + 1 == frame->keys)
-                    checkKeys(frame->object);
+                if (!checkKey(frame->object, child))
+                    return false;
+                if (frame->next + 1 == frame->keys && std::exchange(hasRepeatedKey_, false))
+                    noteLastEntries(frame->object);
             }
             frame->cost += progress[child] == scalarDone ? 1 : notes_[child];
             frame->levels = std::max(frame->levels, progress[child]);
@@ -336,7 +347,7 @@ bool BinaryPropertyListReader::checkObjects()
     if (isContainer(marker(top_)) && notes_[top_] > Limits::mostCost(ownCost, bytes_.size()))
         return refuse(QStringLiteral("shared parts stand for too many values"));
     keys_.clear();
-    isKey_.clear();
+    metIn_.clear();
     return true;
 }
 

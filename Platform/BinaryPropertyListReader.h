@@ -49,8 +49,9 @@ private:
     /// The content of the object if all of it lies within the objects.
     std::optional<Content> checkedContent(Object object) const;
     bool checkScalar(Object object, const Content &content);
-    void shareKey(Object key);
-    void checkKeys(Object dictionary);
+    bool checkKey(Object dictionary, Object key);
+    bool shareKey(Object key);
+    void noteLastEntries(Object dictionary);
     bool refuse(const QString &reason);
 
     quint8 marker(Object object) const { return data_[offsets_[object]]; }
@@ -74,9 +75,10 @@ private:
     /// Of dictionaries that repeat a key: which entries count.
     QHash<Object, std::vector<quint32>> lastEntries_;
     // While the objects are checked: the strings that are keys, each text one of them; of those in strings_,
-    // which are; and the keys of the dictionary that is looked at, as places in strings_.
+    // the dictionary that each was met in last, plus 1, and 0 if it is no key; and whether the dictionary
+    // that is looked at repeats one.
     QHash<QString, quint32> keys_;
-    std::vector<bool> isKey_;
-    std::vector<quint32> keysOfOne_;
+    std::vector<quint32> metIn_;
+    bool hasRepeatedKey_ = false;
     QString error_;
 };

@@ -65,10 +65,10 @@ public:
             const PropertyListNode child = folder.children.at(folder.next++);
             if (!note(Key::children, child.isDictionary()))
                 continue;
-            const QNBHierarchyItemPtr item = QNBHierarchyItem::newItem();
-            item->parent_ = folder.item;
-            folder.item->children_.push_back(item);
-            readItem(item, child);
+            QNBHierarchyItem::Children &siblings = folder.item->children_;
+            siblings.push_back(QNBHierarchyItem::newItem());
+            siblings.back()->parent_ = folder.item;
+            readItem(siblings.back(), child);
         }
         return root;
     }
