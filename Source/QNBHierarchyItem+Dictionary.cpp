@@ -228,10 +228,18 @@ private:
     QVarLengthArray<Ref, 8> values_;
 };
 
-QString permissionDigits(const std::array<std::uint32_t, 3> &permissions)
+/// One after the other; a permission that means something has one digit.
+QVarLengthArray<QChar, 3> permissionDigits(const std::array<std::uint32_t, 3> &permissions)
 {
-    return QString::number(permissions[0]) + QString::number(permissions[1]) +
-           QString::number(permissions[2]);
+    QVarLengthArray<QChar, 3> digits;
+    for (const std::uint32_t permission : permissions) {
+        if (permission < 10)
+            digits.append(QChar(static_cast<char16_t>(u'0' + permission)));
+        else
+            for (const QChar digit : QString::number(permission))
+                digits.append(digit);
+    }
+    return digits;
 }
 
 } // namespace
