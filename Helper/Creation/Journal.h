@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "Helper/Creation/Record.h"
+#include "Helper/Creation/JournalFormat.h"
 #include "Platform/FileDescriptor.h"
 #include "Platform/Result.h"
 
@@ -18,8 +18,8 @@ namespace Creation {
 class Journal
 {
 public:
-    /// Opens the file \a path, which has the bytes of JournalFormat::write(), on a disk that keeps room for
-    /// all of them.
+    /// Opens the file \a path, which has the bytes of JournalFormat::write(), and reserves room for the
+    /// slots.
     static Result<std::shared_ptr<Journal>> open(const QString &path);
     ~Journal();
     Journal(const Journal &) = delete;
@@ -31,13 +31,12 @@ public:
     void note(qsizetype operation, const Record::Entry &entry);
 
 private:
-    Journal(QString path, FileDescriptor file, char *bytes, qsizetype size);
+    Journal(QString path, FileDescriptor file, char *bytes, const JournalFormat::Slots &slots);
 
     const QString path_;
     const FileDescriptor file_;
     char *const bytes_;
-    const qsizetype size_;
-    const qsizetype firstSlot_;
+    const JournalFormat::Slots slots_;
 };
 
 } // namespace Creation

@@ -17,7 +17,7 @@ namespace Creation {
 
 namespace {
 
-constexpr std::array<char, 8> magic = {'Q', 'N', 'B', 'J', 'r', 'n', 'l', '1'};
+constexpr std::array<char, 8> magic = {'Q', 'N', 'B', 'J', 'r', 'n', 'l', '2'};
 constexpr QDataStream::Version streamVersion = QDataStream::Qt_6_4;
 
 struct Head
@@ -25,53 +25,53 @@ struct Head
     std::array<char, 8> magic;
     quint64 textSize;
     quint64 operations;
-    quint64 namesSize;
+    /// Of what comes before the slots.
+    quint64 planSize;
     qint64 begun;
     quint8 isTold;
     std::array<char, 7> unused;
 };
+static_assert(sizeof(Head) == JournalFormat::headSize);
 
 struct PackedOperation
 {
-    quint64 device;
-    quint64 number;
     qint32 folder;
     qint32 content;
-    quint32 nameSize;
+    quint16 nameSize;
     quint16 mode;
     quint8 kind;
     quint8 label;
+    std::array<char, 2> unused;
 };
 
 struct Slot
 {
-    quint64 device;
     quint64 number;
     qint64 size;
-    qint64 seconds;
-    quint32 nanoseconds;
+    /// In nanoseconds since 1970.
+    quint64 modified;
+    /// The kernel's numbers of devices have no more bits.
+    quint32 device;
     quint16 mode;
     /// Of the other fields; 0 in an empty slot only.
     quint16 check;
-    std::array<char, 24> unused;
 };
 // Never on two pages of which only one may come to the disk.
 static_assert(sizeof(Slot) == JournalFormat::slotSize);
+constexpr quint64 nanosecondsInSecond = 1'000'000'000;
 
 quint16 checkOf(const Slot &slot)
 {
-    quint64 sum = slot.device;
-    for (const quint64 field : {slot.number, quint64(slot.size), quint64(slot.seconds),
-                                quint64(slot.nanoseconds) << 16 | slot.mode})
+    quint64 sum = quint64(slot.device) << 16 | slot.mode;
+    for (const quint64 field : {slot.number, quint64(slot.size), slot.modified})
         sum = (sum ^ field) * 0x9E37'79B9'7F4A'7C15U;
     return static_cast<quint16>(sum >> 48) | 1U;
 }
 
 qsizetype slotsAt(const Head &head)
 {
-    const auto end =
-        qsizetype(sizeof(Head) + head.textSize + head.operations * sizeof(PackedOperation) + head.namesSize);
-    return (end + JournalFormat::slotSize - 1) / JournalFormat::slotSize * JournalFormat::slotSize;
+    return (qsizetype(head.planSize) + JournalFormat::slotSize - 1) / JournalFormat::slotSize *
+           JournalFormat::slotSize;
 }
 
 /// None if the bytes are no journal, or too short for what the head promises.
@@ -82,9 +82,9 @@ std::optional<Head> headOf(const char *bytes, qsizetype size)
         return {};
     std::memcpy(&head, bytes, sizeof head);
     const auto most = quint64(size);
-    if (head.magic != magic || head.textSize > most || head.namesSize > most ||
-        head.operations > most / sizeof(PackedOperation) ||
-        sizeof(Head) + head.textSize + head.operations * sizeof(PackedOperation) + head.namesSize > most)
+    if (head.magic != magic || head.planSize > most || head.planSize < sizeof head ||
+        head.textSize > head.planSize - sizeof head ||
+        head.operations > (head.planSize - sizeof head - head.textSize) / sizeof(PackedOperation))
         return {};
     return head;
 }
@@ -99,7 +99,8 @@ std::optional<Record::Entry> entryIn(const char *bytes)
     entry.identity = FileIdentity(static_cast<dev_t>(slot.device), static_cast<ino_t>(slot.number));
     entry.mode = slot.mode;
     entry.size = slot.size;
-    entry.modified = {static_cast<time_t>(slot.seconds), static_cast<long>(slot.nanoseconds)};
+    entry.modified = {static_cast<time_t>(slot.modified / nanosecondsInSecond),
+                      static_cast<long>(slot.modified % nanosecondsInSecond)};
     return entry;
 }
 
@@ -123,32 +124,37 @@ QByteArray JournalFormat::write(const JournalContent &content)
     for (const Content &needed : plan.contents_)
         stream << needed.name << static_cast<quint64>(needed.identity.device)
                << static_cast<quint64>(needed.identity.number);
+    // Few operations have one.
+    for (const Operation &operation : plan.operations_) {
+        if (operation.kind == Operation::Kind::UseFolder)
+            stream << static_cast<quint64>(operation.identity.device)
+                   << static_cast<quint64>(operation.identity.number);
+    }
 
-    Head head = {magic, quint64(text.size()), plan.operations_.size(), 0, content.begun, 0, {}};
+    std::size_t planSize = sizeof(Head) + std::size_t(text.size());
     for (const Operation &operation : plan.operations_)
-        head.namesSize += quint64(operation.name.size());
-    const qsizetype firstSlot = slotsAt(head);
-    QByteArray bytes(firstSlot + qsizetype(head.operations * sizeof(Slot)), '\0');
+        planSize += sizeof(PackedOperation) + std::size_t(operation.name.size());
+    QByteArray bytes(qsizetype(planSize), Qt::Uninitialized);
     char *place = bytes.data();
     const auto put = [&place](const void *data, std::size_t size) {
         std::memcpy(place, data, size);
         place += size;
     };
+    const Head head = {magic, quint64(text.size()), plan.operations_.size(), planSize, content.begun, 0, {}};
     put(&head, sizeof head);
     put(text.constData(), std::size_t(text.size()));
+    // Each with its name behind it.
     for (const Operation &operation : plan.operations_) {
-        const PackedOperation packed = {operation.identity.device,
-                                        operation.identity.number,
-                                        operation.folder,
+        const PackedOperation packed = {operation.folder,
                                         operation.content,
-                                        static_cast<quint32>(operation.name.size()),
+                                        static_cast<quint16>(operation.name.size()),
                                         operation.mode,
                                         static_cast<quint8>(operation.kind),
-                                        operation.label};
+                                        operation.label,
+                                        {}};
         put(&packed, sizeof packed);
-    }
-    for (const Operation &operation : plan.operations_)
         put(operation.name.constData(), std::size_t(operation.name.size()));
+    }
     return bytes;
 }
 
@@ -175,13 +181,15 @@ bool JournalFormat::readPlan(const QByteArray &bytes, JournalContent &content)
         return false;
 
     const char *place = bytes.constData() + sizeof head + head.textSize;
-    const char *name = place + head.operations * sizeof(PackedOperation);
-    const char *namesEnd = name + head.namesSize;
-    for (quint64 i = 0; i < head.operations; ++i, place += sizeof(PackedOperation)) {
+    const char *const end = bytes.constData() + head.planSize;
+    for (quint64 i = 0; i < head.operations; ++i) {
         PackedOperation packed = {};
+        if (end - place < qsizetype(sizeof packed))
+            return false;
         std::memcpy(&packed, place, sizeof packed);
+        place += sizeof packed;
         if (packed.kind > static_cast<quint8>(Operation::Kind::FinishFolder) ||
-            packed.nameSize > quint64(namesEnd - name) || packed.content < Operation::noContent ||
+            packed.nameSize > end - place || packed.content < Operation::noContent ||
             packed.content >= qint64(contents))
             return false;
         Operation operation;
@@ -190,10 +198,12 @@ bool JournalFormat::readPlan(const QByteArray &bytes, JournalContent &content)
         operation.mode = packed.mode;
         operation.folder = packed.folder;
         operation.content = packed.content;
-        operation.name = QByteArray(name, qsizetype(packed.nameSize));
-        operation.identity =
-            FileIdentity(static_cast<dev_t>(packed.device), static_cast<ino_t>(packed.number));
-        name += packed.nameSize;
+        operation.name = QByteArray(place, packed.nameSize);
+        if (operation.kind == Operation::Kind::UseFolder) {
+            stream >> device >> number;
+            operation.identity = FileIdentity(static_cast<dev_t>(device), static_cast<ino_t>(number));
+        }
+        place += packed.nameSize;
         const bool isFinish = operation.kind == Operation::Kind::FinishFolder;
         const auto isFolder = [&plan](qint32 folder) {
             if (folder < 0 || quint64(folder) >= plan.operations_.size())
@@ -206,7 +216,7 @@ bool JournalFormat::readPlan(const QByteArray &bytes, JournalContent &content)
             return false;
         plan.operations_.push_back(operation);
     }
-    return true;
+    return stream.status() == QDataStream::Ok;
 }
 
 std::optional<JournalContent> JournalFormat::read(const QByteArray &bytes)
@@ -226,22 +236,22 @@ std::optional<JournalContent> JournalFormat::read(const QByteArray &bytes)
     return content;
 }
 
-qsizetype JournalFormat::firstSlot(const char *bytes, qsizetype size)
+std::optional<JournalFormat::Slots> JournalFormat::slotsOf(const char *bytes, qsizetype size)
 {
     const std::optional<Head> head = headOf(bytes, size);
-    return head ? slotsAt(*head) : -1;
+    if (!head)
+        return {};
+    return Slots{slotsAt(*head), slotsAt(*head) + qsizetype(head->operations) * slotSize};
 }
 
 void JournalFormat::fill(char *slot, const Record::Entry &entry)
 {
-    Slot filled = {entry.identity.device,
-                   entry.identity.number,
+    Slot filled = {entry.identity.number,
                    entry.size,
-                   entry.modified.tv_sec,
-                   static_cast<quint32>(entry.modified.tv_nsec),
+                   quint64(entry.modified.tv_sec) * nanosecondsInSecond + quint64(entry.modified.tv_nsec),
+                   static_cast<quint32>(entry.identity.device),
                    entry.mode,
-                   0,
-                   {}};
+                   0};
     // Empty first: one that is filled again is never half the one and half the other. Nobody else reads it
     // now, and a kill comes between two steps of this thread as a signal does.
     std::memcpy(slot + offsetof(Slot, check), &filled.check, sizeof filled.check);

@@ -32,19 +32,26 @@ struct JournalContent
 };
 
 /// The bytes of a journal, for this machine only: a head, the plan, and for each operation a slot of a fixed
-/// size, in which what was made is noted. A slot says by itself whether it is whole: after a power failure
-/// any of them may be as they were at first.
+/// size, in which what was made is noted. An empty slot is zeros. A slot says by itself whether it is whole:
+/// after a power failure any of them may be empty, or not there at all.
 class JournalFormat
 {
 public:
-    /// How a journal begins: with empty slots. What it says of \a content is all but `made`.
+    /// How a journal begins: without its slots. What it says of \a content is all but `made`.
     static QByteArray write(const JournalContent &content);
     /// None if that is no journal. Slots that the bytes are too short for are empty.
     static std::optional<JournalContent> read(const QByteArray &bytes);
 
-    /// Where the slots are in a journal, one after the other; -1 if \a bytes are none.
-    static qsizetype firstSlot(const char *bytes, qsizetype size);
-    static constexpr qsizetype slotSize = 64;
+    /// Where in a journal its slots are, one after the other.
+    struct Slots
+    {
+        qsizetype begin = 0;
+        qsizetype end = 0;
+    };
+    /// None if that is no journal. \a bytes are its first headSize ones, at least; it has \a size.
+    static std::optional<Slots> slotsOf(const char *bytes, qsizetype size);
+    static constexpr qsizetype headSize = 48;
+    static constexpr qsizetype slotSize = 32;
     /// Fills a slot. A process that is killed meanwhile leaves it empty or whole.
     static void fill(char *slot, const Record::Entry &entry);
     /// Where the byte is that is not 0 once the user was told.

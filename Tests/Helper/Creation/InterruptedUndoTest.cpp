@@ -122,11 +122,27 @@ TEST_F(InterruptedUndoTest, AJournalSaysWhatWasPlannedAndMade)
     EXPECT_EQ(read.made.back()->mode, 0400);
 }
 
+// A note for which the disk has no room would end the program.
+TEST_F(InterruptedUndoTest, AJournalHasRoomForEveryNoteBeforeTheFirst)
+{
+    QVariantList items;
+    for (int number = 0; number < 1000; ++number)
+        items.append(Items::file(QString::number(number)));
+    writeJournal(plan(Items::root(items)));
+    const qsizetype size = journalBytes().size();
+    const auto journal = Creation::Journal::open(journalPath());
+    ASSERT_TRUE(journal) << qPrintable(journal.error);
+    struct stat information = {};
+    ASSERT_EQ(::stat(QFile::encodeName(journalPath()).constData(), &information), 0);
+    EXPECT_GE(information.st_size, size + 1000 * JournalFormat::slotSize);
+    EXPECT_GE(information.st_blocks * 512, information.st_size);
+}
+
 TEST_F(InterruptedUndoTest, WhatIsNoJournalIsRefused)
 {
     createWithJournal();
     const QByteArray bytes = journalBytes();
-    const qsizetype begin = JournalFormat::firstSlot(bytes.constData(), bytes.size());
+    const qsizetype begin = JournalFormat::slotsOf(bytes.constData(), bytes.size())->begin;
     for (qsizetype size = 0; size < begin - JournalFormat::slotSize; ++size)
         EXPECT_FALSE(JournalFormat::read(bytes.first(size))) << size;
     // Bytes that were changed are refused, or are another journal; they never lead out of the target.
@@ -174,7 +190,7 @@ TEST_F(InterruptedUndoTest, AnUndoAfterAPowerFailureRemovesWhatWasNotedAndNamesT
 {
     createWithJournal();
     const QByteArray whole = journalBytes();
-    const qsizetype begin = JournalFormat::firstSlot(whole.constData(), whole.size());
+    const qsizetype begin = JournalFormat::slotsOf(whole.constData(), whole.size())->begin;
     int complete = 0;
     for (qsizetype size = begin; size <= whole.size(); ++size) {
         for (const bool isZeroed : {false, true}) {
