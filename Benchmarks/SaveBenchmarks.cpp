@@ -64,12 +64,27 @@ void BM_SavePreferences(benchmark::State &state)
 }
 
 /// What the window waits for each time that unsaved changes are kept; a thread does the rest.
+void BM_SnapshotSettings(benchmark::State &state)
+{
+    QNBSettings settings;
+    settings.presets = SamplePresets::presets(state.range(0), state.range(1));
+    for (auto _ : state) {
+        QNBSettingsSnapshot snapshot = QNBSettingsStore::snapshot(settings);
+        benchmark::DoNotOptimize(snapshot);
+        state.PauseTiming();
+        snapshot = {};
+        state.ResumeTiming();
+    }
+}
+
+/// A part of that rest.
 void BM_EncodeSettings(benchmark::State &state)
 {
     QNBSettings settings;
     settings.presets = SamplePresets::presets(state.range(0), itemsPerPreset);
+    const QNBSettingsSnapshot snapshot = QNBSettingsStore::snapshot(settings);
     for (auto _ : state) {
-        EncodedPreference encoded = QNBSettingsStore::encode(settings);
+        EncodedPreference encoded = QNBSettingsStore::encode(snapshot);
         benchmark::DoNotOptimize(encoded.top);
     }
 }
@@ -106,5 +121,10 @@ void BM_SynchronizePreferences(benchmark::State &state)
 
 BENCHMARK(BM_WriteAndSyncBytes)->Arg(100'000)->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK(BM_SavePreferences)->Arg(100'000)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(BM_SnapshotSettings)
+    ->ArgNames({"items", "items_per_preset"})
+    ->ArgsProduct({{100'000}, {itemsPerPreset, 100'000}})
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
 BENCHMARK(BM_EncodeSettings)->Arg(100'000)->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK(BM_SynchronizePreferences)->Arg(100'000)->Unit(benchmark::kMillisecond)->UseRealTime();

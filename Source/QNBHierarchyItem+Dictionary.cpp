@@ -251,16 +251,30 @@ template <class Sink>
 class QNBHierarchyItem::PendingItems
 {
 public:
-    PendingItems(Sink &sink, const QNBHierarchyItem &root)
+    /// What is written of an item, besides its name and its uid.
+    struct Next
+    {
+        const QNBHierarchyItem &item;
+        const QString &filename = item.filename_;
+        const QString &colorName = item.colorName_;
+        const QString &contentFilename = item.contentFilename_;
+        const std::array<std::uint32_t, 3> &permissions = item.permissions_;
+        bool hasPermissions = item.hasPermission_ != std::array<bool, 3>{false, false, false};
+        bool isFolder = item.isFolder_;
+        std::size_t childCount = item.children_.size();
+    };
+
+    PendingItems(Sink &sink, const QNBHierarchyItem &root, bool includeUID)
         : sink_(sink)
         , items_{{&root}}
+        , includeUID_(includeUID)
     {
     }
 
     bool isEmpty() const { return items_.empty(); }
 
     /// The next item whose children, if any, have been taken.
-    const QNBHierarchyItem &next()
+    Next next()
     {
         while (!items_.back().isOpen) {
             items_.back().isOpen = true;
@@ -280,11 +294,15 @@ public:
         following_ = count > 1 ? items_[count - 2].item : nullptr;
         if (following_)
             followingFilename_ = sink_.coming(following_->filename_);
-        return *item;
+        return {*item};
     }
 
     /// Of the item that next() returned last.
     const typename Sink::ComingString &filename() const { return filename_; }
+    std::optional<QString> uid() const
+    {
+        return includeUID_ ? std::optional(items_.back().item->uid()) : std::nullopt;
+    }
 
     void take() { items_.pop_back(); }
 
@@ -308,43 +326,95 @@ private:
     Sink &sink_;
     /// The next one is the last.
     std::vector<Pending> items_;
+    const bool includeUID_;
     typename Sink::ComingString filename_;
     /// What comes next, unless it turns out to have children.
     const QNBHierarchyItem *following_ = nullptr;
     typename Sink::ComingString followingFilename_;
 };
 
-template <class Sink>
-typename Sink::Ref QNBHierarchyItem::encodeTree(Sink &sink, bool includeUID) const
+namespace {
+
+/// Writes the items of a tree, which come children before their parent.
+template <class Sink, class Items>
+typename Sink::Ref encodeItems(Sink &sink, Items &&items)
 {
     using Ref = typename Sink::Ref;
-    PendingItems<Sink> pending(sink, *this);
     // The finished items that still wait for their parent, in order.
     std::vector<Ref> finished;
     ItemEntries<Sink> entries(sink);
     for (;;) {
-        const QNBHierarchyItem &item = pending.next();
-        if (!item.filename_.isEmpty())
-            entries.add(Key::filename, sink.string(pending.filename()));
-        if (item.isFolder_)
+        const auto &item = items.next();
+        if (!item.filename.isEmpty())
+            entries.add(Key::filename, sink.string(items.filename()));
+        if (item.isFolder)
             entries.add(Key::isFolder, sink.boolean(true));
-        entries.addText(Key::color, item.colorName_);
-        entries.addText(Key::contentFilename, item.contentFilename_);
-        if (item.hasPermission_ != std::array<bool, 3>{false, false, false})
-            entries.add(Key::permissions, sink.string(permissionDigits(item.permissions_)));
-        if (includeUID)
-            entries.add(Key::uid, sink.string(item.uid()));
-        if (!item.children_.empty()) {
-            const std::size_t first = finished.size() - item.children_.size();
+        entries.addText(Key::color, item.colorName);
+        entries.addText(Key::contentFilename, item.contentFilename);
+        if (item.hasPermissions)
+            entries.add(Key::permissions, sink.string(permissionDigits(item.permissions)));
+        if (const std::optional<QString> uid = items.uid())
+            entries.add(Key::uid, sink.string(*uid));
+        if (item.childCount > 0) {
+            const std::size_t first = finished.size() - item.childCount;
             entries.add(Key::children, sink.array(std::span<const Ref>(finished).subspan(first)));
             finished.resize(first);
         }
-        pending.take();
+        items.take();
         Ref dictionary = entries.take();
-        if (pending.isEmpty())
+        if (items.isEmpty())
             return dictionary;
         finished.push_back(std::move(dictionary));
     }
+}
+
+/// The items of a snapshot, in their order.
+template <class Items>
+class SnapshotItems
+{
+public:
+    explicit SnapshotItems(const Items &items)
+        : items_(items)
+    {
+    }
+
+    bool isEmpty() const { return next_ == items_.size(); }
+    const auto &next() const { return items_[next_]; }
+    const QString &filename() const { return next().filename; }
+    static std::optional<QString> uid() { return std::nullopt; }
+    void take() { ++next_; }
+
+private:
+    const Items &items_;
+    std::size_t next_ = 0;
+};
+
+/// For a walk on which nothing is written.
+struct NoSink
+{
+    using ComingString = QStringView;
+    static ComingString coming(const QString &value) { return value; }
+};
+
+} // namespace
+
+QNBTreeSnapshot QNBHierarchyItem::snapshot() const
+{
+    NoSink sink;
+    QNBTreeSnapshot snapshot;
+    for (PendingItems pending(sink, *this, false); !pending.isEmpty(); pending.take()) {
+        const auto item = pending.next();
+        makeRoom(snapshot.items_, 1);
+        snapshot.items_.push_back({item.filename, item.colorName, item.contentFilename, item.permissions,
+                                   item.hasPermissions, item.isFolder,
+                                   static_cast<std::uint32_t>(item.childCount)});
+    }
+    return snapshot;
+}
+
+BinaryPropertyListWriter::Ref QNBTreeSnapshot::encode(BinaryPropertyListWriter &writer) const
+{
+    return encodeItems(writer, SnapshotItems(items_));
 }
 
 QNBHierarchyItemPtr QNBHierarchyItem::initWithDictionary(const QVariantMap &dictionary,
@@ -377,15 +447,15 @@ QVariantMap QNBHierarchyItem::itemDictionaryWithFilename(const QString &filename
 QVariantMap QNBHierarchyItem::toDictionaryWithUID(bool includeUID) const
 {
     VariantSink sink;
-    return encodeTree(sink, includeUID).toMap();
+    return encodeItems(sink, PendingItems(sink, *this, includeUID)).toMap();
 }
 
 BinaryPropertyListWriter::Ref QNBHierarchyItem::encode(BinaryPropertyListWriter &writer) const
 {
-    return encodeTree(writer, false);
+    return encodeItems(writer, PendingItems(writer, *this, false));
 }
 
 KeyedArchiver::Ref QNBHierarchyItem::encode(KeyedArchiver &archiver, bool includeUID) const
 {
-    return encodeTree(archiver, includeUID);
+    return encodeItems(archiver, PendingItems(archiver, *this, includeUID));
 }

@@ -154,7 +154,7 @@ Result<> QNBPrefPanePref::saveCopy(const QString &path)
 {
     if (!_mainView)
         return {};
-    const EncodedPreference settings = QNBSettingsStore::encode(shownSettings());
+    const EncodedPreference settings = QNBSettingsStore::encode(QNBSettingsStore::snapshot(shownSettings()));
     const PropertyList::WriteResult copy = settings.writer.finish(settings.top);
     return copy ? DurableFileWriter().write(path, *copy.bytes) : Result<>::failure(copy.error);
 }

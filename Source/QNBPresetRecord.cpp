@@ -86,18 +86,19 @@ void QNBPresetRecord::setFileHierarchy(const QNBHierarchyItemPtr &root)
 
 namespace {
 
-template <class Writer>
-typename Writer::Ref encodeRecord(const QNBPresetRecord &record, Writer &writer)
+/// \a tree may be null.
+template <class Tree, class Writer>
+typename Writer::Ref encodeRecord(const QVariantMap &record, const Tree *tree, Writer &writer)
 {
     std::vector<typename Writer::Ref> keys;
     std::vector<typename Writer::Ref> values;
-    for (auto entry = record.values().cbegin(); entry != record.values().cend(); ++entry) {
+    for (auto entry = record.cbegin(); entry != record.cend(); ++entry) {
         keys.push_back(writer.string(entry.key()));
         values.push_back(writer.value(entry.value()));
     }
-    if (record.fileHierarchy()) {
+    if (tree) {
         keys.push_back(writer.string(QNBPresetKey::fileHierarchy));
-        values.push_back(record.fileHierarchy()->encode(writer));
+        values.push_back(tree->encode(writer));
     }
     return writer.dictionary(keys, values);
 }
@@ -114,12 +115,26 @@ QVariantMap QNBPresetRecord::toStored() const
 
 BinaryPropertyListWriter::Ref QNBPresetRecord::encode(BinaryPropertyListWriter &writer) const
 {
-    return encodeRecord(*this, writer);
+    return encodeRecord(values_, fileHierarchy().get(), writer);
 }
 
 KeyedArchiver::Ref QNBPresetRecord::encode(KeyedArchiver &archiver) const
 {
-    return encodeRecord(*this, archiver);
+    return encodeRecord(values_, fileHierarchy().get(), archiver);
+}
+
+QNBPresetSnapshot QNBPresetRecord::snapshot() const
+{
+    QNBPresetSnapshot snapshot;
+    snapshot.values_ = values_;
+    if (fileHierarchy())
+        snapshot.tree_ = fileHierarchy()->snapshot();
+    return snapshot;
+}
+
+BinaryPropertyListWriter::Ref QNBPresetSnapshot::encode(BinaryPropertyListWriter &writer) const
+{
+    return encodeRecord(values_, tree_ ? &*tree_ : nullptr, writer);
 }
 
 QString QNBPresetRecord::label() const

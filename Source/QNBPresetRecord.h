@@ -13,6 +13,7 @@
 #include <optional>
 
 class QNBPresetRecord;
+class QNBPresetSnapshot;
 using QNBPresetRecordPtr = std::shared_ptr<QNBPresetRecord>;
 
 /// The keys of a preset record.
@@ -47,6 +48,8 @@ public:
     QVariantMap toStored() const;
     BinaryPropertyListWriter::Ref encode(BinaryPropertyListWriter &writer) const;
     KeyedArchiver::Ref encode(KeyedArchiver &archiver) const;
+    /// What the first of them needs; builds the tree.
+    QNBPresetSnapshot snapshot() const;
 
     /// The tree; null in a record that was never given one.
     const QNBHierarchyItemPtr &fileHierarchy() const;
@@ -79,4 +82,18 @@ private:
     mutable std::optional<StoredHierarchy> storedHierarchy_;
     mutable QNBHierarchyItemPtr fileHierarchy_;
     mutable QNBHierarchyItem::ReadReport readReport_;
+};
+
+/// A preset as it stood at one moment, to be written on any thread while it changes.
+class QNBPresetSnapshot
+{
+public:
+    /// The same as QNBPresetRecord::encode() at that moment.
+    BinaryPropertyListWriter::Ref encode(BinaryPropertyListWriter &writer) const;
+
+private:
+    friend class QNBPresetRecord;
+
+    QVariantMap values_;
+    std::optional<QNBTreeSnapshot> tree_;
 };

@@ -57,12 +57,12 @@ QNBRecoveryFile::~QNBRecoveryFile()
     finish();
 }
 
-void QNBRecoveryFile::write(EncodedPreference settings, std::vector<QNBLeftRecovery> superseded)
+void QNBRecoveryFile::write(QNBSettingsSnapshot settings, std::vector<QNBLeftRecovery> superseded)
 {
     if (folder_.isEmpty())
         return;
     isUsed_ = true;
-    give(std::make_shared<EncodedPreference>(std::move(settings)), std::move(superseded));
+    give(std::make_shared<const QNBSettingsSnapshot>(std::move(settings)), std::move(superseded));
 }
 
 void QNBRecoveryFile::remove(std::vector<QNBLeftRecovery> superseded)
@@ -90,7 +90,7 @@ void QNBRecoveryFile::obey()
         std::move(supersededByOrder_.begin(), supersededByOrder_.end(), std::back_inserter(superseded_));
         supersededByOrder_.clear();
     }
-    const auto *settings = std::get_if<std::shared_ptr<EncodedPreference>>(&order);
+    const auto *settings = std::get_if<std::shared_ptr<const QNBSettingsSnapshot>>(&order);
     if (const Result<> result = settings ? writeNow(**settings) : removeNow(); !result) {
         qCWarning(lcRecovery) << "unsaved changes:" << result.error;
         Q_EMIT failed(result.error);
@@ -103,9 +103,10 @@ void QNBRecoveryFile::obey()
     superseded_.clear();
 }
 
-Result<> QNBRecoveryFile::writeNow(const EncodedPreference &settings)
+Result<> QNBRecoveryFile::writeNow(const QNBSettingsSnapshot &settings)
 {
-    const PropertyList::WriteResult content = settings.writer.finish(settings.top);
+    const EncodedPreference encoded = QNBSettingsStore::encode(settings);
+    const PropertyList::WriteResult content = encoded.writer.finish(encoded.top);
     if (!content)
         return Result<>::failure(content.error);
     if (Result<> prepared = prepare(); !prepared)

@@ -4,7 +4,6 @@
 #pragma once
 
 #include "Platform/FileLock.h"
-#include "Platform/Preferences.h"
 #include "Source/QNBSettingsStore.h"
 
 #include <QDateTime>
@@ -49,7 +48,7 @@ private:
 /// What one running pane has not saved yet, in a file of its own that outlives a crash. A lock says that the
 /// pane still runs; it is held while the file is there.
 ///
-/// Encoding is the caller's, everything slow happens on a thread of its own. The file is written durably and
+/// Everything slow, encoding too, happens on a thread of its own. The file is written durably and
 /// is readable by its owner only (0600). Nothing is written into a folder of another user.
 class QNBRecoveryFile final : public QObject
 {
@@ -64,7 +63,7 @@ public:
 
     /// Makes this the file's content, soon. Of several calls in a row the last one counts. What is in it too,
     /// \a superseded, is discarded as soon as it or a later content is on the disk, or removed.
-    void write(EncodedPreference settings, std::vector<QNBLeftRecovery> superseded = {});
+    void write(QNBSettingsSnapshot settings, std::vector<QNBLeftRecovery> superseded = {});
     /// Nothing is unsaved any more; nor is what \a superseded holds.
     void remove(std::vector<QNBLeftRecovery> superseded = {});
     /// Waits for what was asked for.
@@ -78,11 +77,11 @@ private:
     struct Removal
     {
     };
-    using Order = std::variant<std::monostate, Removal, std::shared_ptr<EncodedPreference>>;
+    using Order = std::variant<std::monostate, Removal, std::shared_ptr<const QNBSettingsSnapshot>>;
 
     void give(Order order, std::vector<QNBLeftRecovery> superseded);
     void obey();
-    Result<> writeNow(const EncodedPreference &settings);
+    Result<> writeNow(const QNBSettingsSnapshot &settings);
     Result<> removeNow();
     Result<> prepare();
 

@@ -64,13 +64,23 @@ void keepAside(Preferences &preferences, const QStringList &losses)
         qCWarning(lcStore) << "no copy of the domain could be kept aside:" << kept.error;
 }
 
-BinaryPropertyListWriter::Ref encodePresets(const QList<QNBPresetRecordPtr> &presets,
-                                            BinaryPropertyListWriter &writer)
+BinaryPropertyListWriter::Ref encodePreset(const QNBPresetRecordPtr &record, BinaryPropertyListWriter &writer)
+{
+    return record->encode(writer);
+}
+
+BinaryPropertyListWriter::Ref encodePreset(const QNBPresetSnapshot &record, BinaryPropertyListWriter &writer)
+{
+    return record.encode(writer);
+}
+
+template <class Presets>
+BinaryPropertyListWriter::Ref encodePresets(const Presets &presets, BinaryPropertyListWriter &writer)
 {
     std::vector<BinaryPropertyListWriter::Ref> records;
     records.reserve(static_cast<std::size_t>(presets.size()));
-    for (const QNBPresetRecordPtr &record : presets)
-        records.push_back(record->encode(writer));
+    for (const auto &record : presets)
+        records.push_back(encodePreset(record, writer));
     return writer.array(records);
 }
 
@@ -194,7 +204,16 @@ QList<QNBPresetRecordPtr> defaultPresets(const std::optional<Bundle> &bundle)
     return presets;
 }
 
-EncodedPreference encode(const QNBSettings &settings, const QDateTime &taken)
+QNBSettingsSnapshot snapshot(const QNBSettings &settings, const QDateTime &taken)
+{
+    QNBSettingsSnapshot snapshot{{}, settings.showMenubar, settings.shortcutCombo, taken};
+    snapshot.presets.reserve(static_cast<std::size_t>(settings.presets.size()));
+    for (const QNBPresetRecordPtr &preset : settings.presets)
+        snapshot.presets.push_back(preset->snapshot());
+    return snapshot;
+}
+
+EncodedPreference encode(const QNBSettingsSnapshot &settings)
 {
     EncodedPreference all;
     BinaryPropertyListWriter &writer = all.writer;
@@ -206,9 +225,9 @@ EncodedPreference encode(const QNBSettings &settings, const QDateTime &taken)
                        encodePresets(settings.presets, writer), writer.boolean(settings.showMenubar),
                        writer.integer(settings.shortcutCombo.code),
                        writer.integer(qlonglong(settings.shortcutCombo.flags))};
-    if (taken.isValid()) {
+    if (settings.taken.isValid()) {
         keys.push_back(writer.string(QNBPreferenceKey::taken));
-        values.push_back(writer.value(taken));
+        values.push_back(writer.value(settings.taken));
     }
     all.top = writer.dictionary(keys, values);
     return all;

@@ -9,6 +9,7 @@
 
 #include <QList>
 #include <optional>
+#include <vector>
 
 /// The hot key as the domain stores it: virtual key code and modifier mask of the original platform.
 struct QNBKeyCombo
@@ -24,6 +25,15 @@ struct QNBSettings
     QList<QNBPresetRecordPtr> presets;
     bool showMenubar = true;
     QNBKeyCombo shortcutCombo;
+};
+
+/// The settings as they stood at one moment, to be written on any thread while they change.
+struct QNBSettingsSnapshot
+{
+    std::vector<QNBPresetSnapshot> presets;
+    bool showMenubar = true;
+    QNBKeyCombo shortcutCombo;
+    QDateTime taken;
 };
 
 /// The keys of the product's preference domain, and what the store names besides.
@@ -65,12 +75,15 @@ Result<> write(Preferences &preferences, const QNBSettings &settings);
 /// failure.
 Result<QList<QNBPresetRecordPtr>> presetsOf(const QByteArray &domain);
 
+/// Takes a small part of the time that encode() takes. \a taken is the time at which these were the settings,
+/// if it is to be stored.
+QNBSettingsSnapshot snapshot(const QNBSettings &settings, const QDateTime &taken = {});
 /// The same keys and values in one dictionary, which is what a domain with nothing else in it holds; besides
-/// them, if it is valid, the time \a taken at which these were the settings.
-EncodedPreference encode(const QNBSettings &settings, const QDateTime &taken = {});
+/// them the time, if it is valid. On any thread.
+EncodedPreference encode(const QNBSettingsSnapshot &settings);
 /// What encode() made, of the document of its bytes; fails for anything else.
 Result<QNBSettings> decode(const PropertyListDocument::Ptr &document);
-/// The time that encode() was given; invalid if there is none.
+/// The time that is stored there; invalid if there is none.
 QDateTime takenAt(const PropertyListDocument::Ptr &document);
 
 /// The value of \a key in the bundle's information property list. A parse failure is logged; invalid then, as

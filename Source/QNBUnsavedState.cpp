@@ -18,7 +18,7 @@ using Kind = PaneNotice::Kind;
 /// Equal settings make equal bytes.
 QByteArray bytesOf(const QNBSettings &settings)
 {
-    const EncodedPreference encoded = QNBSettingsStore::encode(settings);
+    const EncodedPreference encoded = QNBSettingsStore::encode(QNBSettingsStore::snapshot(settings));
     return encoded.writer.finish(encoded.top).bytes.value_or(QByteArray());
 }
 
@@ -57,7 +57,7 @@ void QNBUnsavedState::keep()
 {
     timer_.stop();
     if (pane_.isEdited())
-        file_.write(QNBSettingsStore::encode(pane_.shownSettings(), QDateTime::currentDateTimeUtc()),
+        file_.write(QNBSettingsStore::snapshot(pane_.shownSettings(), QDateTime::currentDateTimeUtc()),
                     std::exchange(restored_, {}));
     else
         file_.remove();

@@ -43,6 +43,7 @@ const QStringList coreClasses = {QStringLiteral("HJSLoginItemController"),
                                  QStringLiteral("QNBRecoveryFile"),
                                  QStringLiteral("QNBSettingsStore"),
                                  QStringLiteral("QNBSupportFiles"),
+                                 QStringLiteral("QNBTreeSnapshot"),
                                  QStringLiteral("QNBUniqueName")};
 
 const QMap<QString, QStringList> allowedRooms = {

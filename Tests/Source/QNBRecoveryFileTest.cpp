@@ -48,7 +48,7 @@ protected:
     void leave(const QString &label, const QDateTime &taken = QDateTime::currentDateTime())
     {
         QNBRecoveryFile file(folder_);
-        file.write(QNBSettingsStore::encode(settingsWith(label), taken));
+        file.write(QNBSettingsStore::snapshot(settingsWith(label), taken));
     }
     QStringList leftLabels() const
     {
@@ -100,7 +100,7 @@ TEST_F(QNBRecoveryFileTest, TheLastOfSeveralWritesCounts)
     {
         QNBRecoveryFile file(folder_);
         for (int number = 0; number < 50; ++number)
-            file.write(QNBSettingsStore::encode(settingsWith(QString::number(number))));
+            file.write(QNBSettingsStore::snapshot(settingsWith(QString::number(number))));
     }
     EXPECT_EQ(leftLabels(), QStringList(QStringLiteral("49")));
 }
@@ -110,8 +110,8 @@ TEST_F(QNBRecoveryFileTest, NobodyIsOfferedWhatARunningPaneKeeps)
     QNBRecoveryFile running(folder_);
     {
         QNBRecoveryFile other(folder_);
-        running.write(QNBSettingsStore::encode(settingsWith(QStringLiteral("running"))));
-        other.write(QNBSettingsStore::encode(settingsWith(QStringLiteral("ended"))));
+        running.write(QNBSettingsStore::snapshot(settingsWith(QStringLiteral("running"))));
+        other.write(QNBSettingsStore::snapshot(settingsWith(QStringLiteral("ended"))));
     }
     running.finish();
     ASSERT_EQ(files().filter(QStringLiteral(".plist")).size(), 2);
@@ -164,7 +164,7 @@ TEST_F(QNBRecoveryFileTest, WhatItsContentHoldsTooGoesWithTheFirstWriteThatSucce
     {
         QNBRecoveryFile file(folder_, &layer);
         layer.space = 10;
-        file.write(QNBSettingsStore::encode(settingsWith(QStringLiteral("A"))),
+        file.write(QNBSettingsStore::snapshot(settingsWith(QStringLiteral("A"))),
                    QNBLeftRecovery::allIn(folder_));
         file.finish();
         EXPECT_TRUE(QNBLeftRecovery::allIn(folder_).empty()) << "kept for the next write";
@@ -172,11 +172,11 @@ TEST_F(QNBRecoveryFileTest, WhatItsContentHoldsTooGoesWithTheFirstWriteThatSucce
     EXPECT_EQ(leftLabels(), QStringList(QStringLiteral("earlier"))) << "there was none";
     {
         QNBRecoveryFile file(folder_, &layer);
-        file.write(QNBSettingsStore::encode(settingsWith(QStringLiteral("A"))),
+        file.write(QNBSettingsStore::snapshot(settingsWith(QStringLiteral("A"))),
                    QNBLeftRecovery::allIn(folder_));
         file.finish();
         layer.space = FailingFileLayer().space;
-        file.write(QNBSettingsStore::encode(settingsWith(QStringLiteral("B"))));
+        file.write(QNBSettingsStore::snapshot(settingsWith(QStringLiteral("B"))));
     }
     EXPECT_EQ(leftLabels(), QStringList(QStringLiteral("B")));
 }
@@ -195,7 +195,7 @@ TEST_F(QNBRecoveryFileTest, SavedOrDiscardedNothingIsLeft)
 {
     {
         QNBRecoveryFile file(folder_);
-        file.write(QNBSettingsStore::encode(settingsWith(QStringLiteral("A"))));
+        file.write(QNBSettingsStore::snapshot(settingsWith(QStringLiteral("A"))));
         file.remove();
     }
     leave(QStringLiteral("B"));
@@ -211,9 +211,9 @@ TEST_F(QNBRecoveryFileTest, AWriteAfterARemovalCounts)
     {
         QNBRecoveryFile file(folder_);
         for (int number = 0; number < 20; ++number) {
-            file.write(QNBSettingsStore::encode(settingsWith(QStringLiteral("before"))));
+            file.write(QNBSettingsStore::snapshot(settingsWith(QStringLiteral("before"))));
             file.remove();
-            file.write(QNBSettingsStore::encode(settingsWith(QStringLiteral("after"))));
+            file.write(QNBSettingsStore::snapshot(settingsWith(QStringLiteral("after"))));
         }
     }
     EXPECT_EQ(leftLabels(), QStringList(QStringLiteral("after")));
@@ -224,7 +224,7 @@ TEST_F(QNBRecoveryFileTest, WhateverCallFailsTheOldContentOrTheNewOneIsThere)
     FailingFileLayer counting;
     {
         QNBRecoveryFile file(folder_, &counting);
-        file.write(QNBSettingsStore::encode(settingsWith(QStringLiteral("old"))));
+        file.write(QNBSettingsStore::snapshot(settingsWith(QStringLiteral("old"))));
     }
     ASSERT_GT(counting.calls, 5);
     int failures = 0;
@@ -237,9 +237,9 @@ TEST_F(QNBRecoveryFileTest, WhateverCallFailsTheOldContentOrTheNewOneIsThere)
             QObject::connect(
                 &file, &QNBRecoveryFile::failed, &file, [&] { hasFailed = true; }, Qt::DirectConnection);
             layer.failingCall = call;
-            file.write(QNBSettingsStore::encode(settingsWith(QStringLiteral("old"))));
+            file.write(QNBSettingsStore::snapshot(settingsWith(QStringLiteral("old"))));
             file.finish();
-            file.write(QNBSettingsStore::encode(settingsWith(QStringLiteral("new"))));
+            file.write(QNBSettingsStore::snapshot(settingsWith(QStringLiteral("new"))));
         }
         failures += hasFailed ? 1 : 0;
         const QStringList labels = leftLabels();
@@ -262,7 +262,7 @@ TEST_F(QNBRecoveryFileTest, AFullDiskIsToldWithItsReason)
         QObject::connect(
             &file, &QNBRecoveryFile::failed, &file, [&](const QString &told) { reason = told; },
             Qt::DirectConnection);
-        file.write(QNBSettingsStore::encode(settingsWith(QStringLiteral("A"))));
+        file.write(QNBSettingsStore::snapshot(settingsWith(QStringLiteral("A"))));
     }
     EXPECT_TRUE(reason.endsWith(QString::fromLocal8Bit(std::strerror(ENOSPC)))) << qPrintable(reason);
     EXPECT_TRUE(leftLabels().isEmpty());
@@ -282,7 +282,7 @@ TEST_F(QNBRecoveryFileTest, NothingIsWrittenIntoTheHomeOfAnotherUser)
         QNBRecoveryFile file(QFile::decodeName(home) + QStringLiteral("/state/Quenby/Recovery"));
         QObject::connect(
             &file, &QNBRecoveryFile::failed, &file, [&] { hasFailed = true; }, Qt::DirectConnection);
-        file.write(QNBSettingsStore::encode(settingsWith(QStringLiteral("A"))));
+        file.write(QNBSettingsStore::snapshot(settingsWith(QStringLiteral("A"))));
     }
     EXPECT_TRUE(hasFailed);
     EXPECT_FALSE(QFile::exists(QFile::decodeName(home) + QStringLiteral("/state")));
@@ -292,7 +292,7 @@ TEST_F(QNBRecoveryFileTest, WithoutAFolderNothingIsKept)
 {
     FailingFileLayer layer;
     QNBRecoveryFile file(QString(), &layer);
-    file.write(QNBSettingsStore::encode(settingsWith(QStringLiteral("A"))));
+    file.write(QNBSettingsStore::snapshot(settingsWith(QStringLiteral("A"))));
     file.finish();
     file.remove();
     file.finish();
@@ -344,12 +344,12 @@ TEST_F(QNBRecoveryFileTest, OfAnotherUserNeitherTheFileNorTheFolderIsTaken)
 TEST_F(QNBRecoveryFileTest, WhatIsKeptAfterASaveIsARunningPanesToo)
 {
     QNBRecoveryFile running(folder_);
-    running.write(QNBSettingsStore::encode(settingsWith(QStringLiteral("before"))));
+    running.write(QNBSettingsStore::snapshot(settingsWith(QStringLiteral("before"))));
     running.finish();
     running.remove();
     running.finish();
     EXPECT_EQ(files(), QStringList());
-    running.write(QNBSettingsStore::encode(settingsWith(QStringLiteral("after"))));
+    running.write(QNBSettingsStore::snapshot(settingsWith(QStringLiteral("after"))));
     running.finish();
     EXPECT_EQ(files().filter(QStringLiteral(".plist")).size(), 1);
     EXPECT_TRUE(QNBLeftRecovery::allIn(folder_).empty());
@@ -360,7 +360,7 @@ TEST_F(QNBRecoveryFileTest, WhatAKilledWriterLeftIsRemovedWithItsLock)
     NotingLayer layer;
     {
         QNBRecoveryFile file(folder_, &layer);
-        file.write(QNBSettingsStore::encode(settingsWith(QStringLiteral("A"))));
+        file.write(QNBSettingsStore::snapshot(settingsWith(QStringLiteral("A"))));
     }
     const QString path = QNBLeftRecovery::allIn(folder_).front().path();
     // Killed before the first file was whole: a lock and a temporary file.

@@ -157,6 +157,54 @@ TEST_F(QNBSettingsStoreTest, WritingKeepsTheOrderAndStoresTheOptions)
     EXPECT_EQ(domainOnDisk().value(QNBPreferenceKey::hotKeyCode).typeId(), QMetaType::LongLong);
 }
 
+TEST_F(QNBSettingsStoreTest, ASnapshotIsWhatStoodThereWhenItWasTaken)
+{
+    QVariantMap hierarchy{{QStringLiteral("isFolder"), true}};
+    hierarchy.insert(
+        QStringLiteral("children"),
+        QVariantList{
+            QVariantMap{{QStringLiteral("filename"), QStringLiteral("folder")},
+                        {QStringLiteral("isFolder"), true},
+                        {QStringLiteral("color"), QStringLiteral("red")},
+                        {QStringLiteral("permissions"), QStringLiteral("750")},
+                        {QStringLiteral("children"),
+                         QVariantList{QVariantMap{{QStringLiteral("filename"), QStringLiteral("a")}},
+                                      QVariantMap{{QStringLiteral("filename"), QString(1000, u'b')}}}}},
+            QVariantMap{{QStringLiteral("filename"), QStringLiteral("file")},
+                        {QStringLiteral("contentFilename"), QStringLiteral("Letter.txt")}}});
+    QVariantMap stored = record(QStringLiteral("Mine"));
+    stored.insert(QNBPresetKey::fileHierarchy, hierarchy);
+    stored.insert(QStringLiteral("list"), QVariantList{QStringLiteral("a"), QVariantMap()});
+    QNBSettings settings;
+    settings.showMenubar = false;
+    settings.shortcutCombo = {1u << 20, 36};
+    settings.presets = {QNBPresetRecord::fromStored(PropertyListDocument::fromVariant(stored)->root()),
+                        std::make_shared<QNBPresetRecord>()};
+    const QVariantMap before = settings.presets.constFirst()->toStored();
+
+    const QDateTime taken(QDate(2026, 11, 22), QTime(1, 2, 3), Qt::UTC);
+    const QNBSettingsSnapshot snapshot = QNBSettingsStore::snapshot(settings, taken);
+    QNBPresetRecord &edited = *settings.presets.constFirst();
+    const QNBHierarchyItemPtr root = edited.fileHierarchy();
+    root->children().front()->children().front()->setFilename(QStringLiteral("renamed"));
+    root->removeChild(root->children().back());
+    edited.setValueForKey({}, QStringLiteral("list"));
+    settings.presets.removeLast();
+
+    const EncodedPreference encoded = QNBSettingsStore::encode(snapshot);
+    QString error;
+    const PropertyListDocument::Ptr document =
+        PropertyListDocument::parse(encoded.writer.finish(encoded.top).bytes.value_or(QByteArray()), &error);
+    ASSERT_TRUE(document) << qPrintable(error);
+    const Result<QNBSettings> again = QNBSettingsStore::decode(document);
+    ASSERT_TRUE(again) << qPrintable(again.error);
+    ASSERT_EQ(again->presets.size(), 2);
+    EXPECT_EQ(again->presets.constFirst()->toStored(), before);
+    EXPECT_FALSE(again->showMenubar);
+    EXPECT_EQ(again->shortcutCombo, settings.shortcutCombo);
+    EXPECT_EQ(QNBSettingsStore::takenAt(document), taken);
+}
+
 TEST_F(QNBSettingsStoreTest, AMissingDefaultPresetsResourceGivesAnEmptyList)
 {
     ASSERT_TRUE(QFile::remove(resource(QStringLiteral("DefaultPresets.plist"))));

@@ -73,7 +73,7 @@ protected:
     {
         QNBSettings settings = stored();
         settings.presets.constFirst()->setValueForKey(label, QNBPresetKey::label);
-        QNBRecoveryFile(folder()).write(QNBSettingsStore::encode(settings, taken));
+        QNBRecoveryFile(folder()).write(QNBSettingsStore::snapshot(settings, taken));
     }
     QStringList labels() const
     {
