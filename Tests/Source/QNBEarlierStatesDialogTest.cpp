@@ -3,6 +3,8 @@
 
 #include "Source/QNBEarlierStatesDialog.h"
 
+#include <QDialogButtonBox>
+#include <QLabel>
 #include <QListWidget>
 #include <QPlainTextEdit>
 #include <QPushButton>
@@ -57,9 +59,11 @@ TEST_F(QNBEarlierStatesDialogTest, EachStateHasDateNumberAndWhatDiffers)
 {
     const QNBEarlierStatesDialog dialog(states_, now_);
     ASSERT_EQ(list(dialog).count(), 4);
-    EXPECT_TRUE(list(dialog).item(0)->text().contains(
-        QLocale().toString(savedAt.toLocalTime(), QLocale::ShortFormat)));
-    EXPECT_TRUE(list(dialog).item(0)->text().contains(u'2')) << "presets";
+    const auto shown = [](const QDateTime &time) {
+        return QLocale().toString(time.toLocalTime(), QLocale::ShortFormat);
+    };
+    EXPECT_EQ(list(dialog).item(0)->text(), shown(savedAt) + QStringLiteral(" – 2 presets"));
+    EXPECT_EQ(list(dialog).item(3)->text(), shown(savedAt.addDays(-3)) + QStringLiteral(" – one preset"));
     EXPECT_EQ(difference(dialog), QStringLiteral("Comes back: C\nGoes: B\nBecomes as it was: A"));
     EXPECT_TRUE(restore(dialog).isEnabled());
     EXPECT_EQ(dialog.chosen()->saved, savedAt);
@@ -87,7 +91,9 @@ TEST_F(QNBEarlierStatesDialogTest, WithoutStatesItSaysSoAndOnlyCancels)
 {
     QNBEarlierStatesDialog dialog({}, now_);
     dialog.show();
+    EXPECT_TRUE(dialog.findChild<QLabel *>()->text().startsWith(u"There are no earlier states yet."));
     EXPECT_FALSE(list(dialog).isVisible());
+    EXPECT_FALSE(dialog.findChild<QPlainTextEdit *>()->isVisible());
     EXPECT_FALSE(restore(dialog).isEnabled());
     EXPECT_FALSE(dialog.chosen());
 }
@@ -98,11 +104,45 @@ TEST_F(QNBEarlierStatesDialogTest, TheKeyboardIsEnough)
         QTimer::singleShot(0, [isRestored] {
             QWidget *dialog = QApplication::activeModalWidget();
             ASSERT_TRUE(dialog);
-            QTest::keyClick(dialog->findChild<QListWidget *>(), Qt::Key_Down);
-            QTest::keyClick(dialog->findChild<QListWidget *>(), Qt::Key_Down);
-            QTest::keyClick(dialog, isRestored ? Qt::Key_Return : Qt::Key_Escape);
+            QTest::keyClick(dialog->focusWidget(), Qt::Key_Down);
+            QTest::keyClick(dialog->focusWidget(), Qt::Key_Down);
+            // Past what it changes, where nothing can be typed.
+            QTest::keyClick(dialog->focusWidget(), Qt::Key_Tab);
+            QTest::keyClick(dialog->focusWidget(), Qt::Key_X);
+            EXPECT_EQ(difference(*dialog), QStringLiteral("The presets stand in another order."));
+            QTest::keyClick(dialog->focusWidget(), Qt::Key_Tab);
+            EXPECT_TRUE(qobject_cast<QPushButton *>(dialog->focusWidget()));
+            dialog->findChild<QListWidget *>()->setFocus();
+            QTest::keyClick(dialog->focusWidget(), isRestored ? Qt::Key_Return : Qt::Key_Escape);
         });
         const auto chosen = QNBEarlierStatesDialog::runner()(nullptr, states_, now_);
+        ASSERT_EQ(chosen.has_value(), isRestored);
+        if (chosen) {
+            EXPECT_EQ(chosen->saved, savedAt.addDays(-2));
+        }
+    }
+}
+
+TEST_F(QNBEarlierStatesDialogTest, TheMouseIsEnough)
+{
+    QWidget window;
+    window.show();
+    for (const bool isRestored : {true, false}) {
+        QTimer::singleShot(0, [isRestored] {
+            QWidget *dialog = QApplication::activeModalWidget();
+            ASSERT_TRUE(dialog);
+            EXPECT_EQ(dialog->windowModality(), Qt::WindowModal) << "other windows stay usable";
+            const QListWidget &states = list(*dialog);
+            const QPoint third = states.visualItemRect(states.item(2)).center();
+            QTest::mouseClick(states.viewport(), Qt::LeftButton, {}, third);
+            if (isRestored) {
+                QTest::mouseDClick(states.viewport(), Qt::LeftButton, {}, third);
+            } else {
+                auto *const buttons = dialog->findChild<QDialogButtonBox *>();
+                QTest::mouseClick(buttons->button(QDialogButtonBox::Cancel), Qt::LeftButton);
+            }
+        });
+        const auto chosen = QNBEarlierStatesDialog::runner()(&window, states_, now_);
         ASSERT_EQ(chosen.has_value(), isRestored);
         if (chosen) {
             EXPECT_EQ(chosen->saved, savedAt.addDays(-2));
