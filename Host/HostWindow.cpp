@@ -14,6 +14,7 @@
 #include <QFileInfo>
 #include <QIcon>
 #include <QLoggingCategory>
+#include <QScreen>
 #include <QShortcut>
 #include <QVBoxLayout>
 
@@ -69,8 +70,9 @@ void HostWindow::showError(const QString &reason)
 void HostWindow::begin(std::unique_ptr<PreferencePane> pane)
 {
     session_ = std::make_unique<PaneSession>(std::move(pane));
-    layout_->addWidget(&session_->strip());
     setContent(session_->view());
+    // Above the pane, but after it in the order of the keyboard, which the pane has first.
+    layout_->insertWidget(0, &session_->strip());
     restorePlace();
     if (isVisible())
         session_->select();
@@ -166,7 +168,7 @@ void HostWindow::closeEvent(QCloseEvent *event)
 void HostWindow::restorePlace()
 {
     if (panePath_.isEmpty() || !restoreGeometry(WindowPlaces::placeOf(panePath_)))
-        resize(sizeHint().expandedTo(usualSize));
+        resize(sizeHint().expandedTo(usualSize).boundedTo(screen()->availableSize()));
 }
 
 void HostWindow::savePlace() const

@@ -14,6 +14,7 @@
 #include <QLabel>
 #include <QListWidget>
 #include <QMessageBox>
+#include <QScreen>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
@@ -195,6 +196,16 @@ TEST_F(HostWindowTest, IsNeverSmallerThanThePaneNeeds)
     EXPECT_GE(window_->height(), 300);
 }
 
+TEST_F(HostWindowTest, IsNoLargerThanTheScreenAtFirst)
+{
+    qputenv("QUENBY_TEST_BEHAVIOUR", "want much room");
+    window_->showPane(panePath());
+    showWindow();
+    const QSize available = window_->screen()->availableSize();
+    EXPECT_LE(window_->width(), available.width());
+    EXPECT_LE(window_->height(), available.height());
+}
+
 TEST_F(HostWindowTest, ADamagedStateFileIsNoObstacle)
 {
     ASSERT_TRUE(QDir(folder_.path()).mkpath(QStringLiteral("Quenby")));
@@ -222,6 +233,46 @@ TEST_F(HostWindowTest, AWindowWhosePaneCannotSaveAsksBeforeItCloses)
     EXPECT_EQ(closing.count(), 1) << "saved, it closes unasked";
 }
 
+TEST_F(HostWindowTest, WhatIsToldAtTheStartStandsAboveThePaneAndLeavesTheKeyboardToIt)
+{
+    qputenv("QUENBY_TEST_BEHAVIOUR", "tell something");
+    window_->showPane(panePath());
+    showWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&*window_));
+    const auto *strip = window_->findChild<NoticeStrip *>();
+    ASSERT_TRUE(strip && strip->isVisible());
+    QWidget *const keyboard = QApplication::focusWidget();
+    ASSERT_TRUE(keyboard);
+    EXPECT_FALSE(strip->isAncestorOf(keyboard));
+    EXPECT_LT(strip->y(), keyboard->mapTo(&*window_, QPoint()).y());
+    QTest::keyClick(keyboard, Qt::Key_Tab);
+    EXPECT_TRUE(strip->isAncestorOf(QApplication::focusWidget()));
+}
+
+TEST_F(HostWindowTest, TheQuestionIsAnsweredByKeysAndToldToScreenReaders)
+{
+    window_->showPane(panePath());
+    showWindow();
+    qputenv("QUENBY_TEST_BEHAVIOUR", "fail to save");
+    QList<Qt::Key> keys{Qt::Key_Return, Qt::Key_Escape};
+    QTimer poll;
+    QObject::connect(&poll, &QTimer::timeout, &poll, [&] {
+        auto *const box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
+        if (!box || keys.isEmpty())
+            return;
+        EXPECT_EQ(box->windowModality(), Qt::WindowModal);
+        EXPECT_EQ(box->accessibleName(), QStringLiteral("Your changes could not be saved."));
+        EXPECT_TRUE(box->accessibleDescription().contains(u"No room"));
+        QTest::keyClick(box, keys.takeFirst());
+    });
+    poll.start(1);
+    QSignalSpy closing(&*window_, &HostWindow::closing);
+    window_->close();
+    EXPECT_TRUE(keys.isEmpty());
+    EXPECT_EQ(closing.count(), 0);
+    EXPECT_TRUE(record().endsWith("didUnselect\nsave\ndidSelect\n")) << "Return tries again";
+}
+
 TEST_F(HostWindowTest, TheUserMayKeepAPaneThatCannotSaveFromBeingReplaced)
 {
     window_->showPane(panePath());
@@ -242,28 +293,36 @@ TEST_F(HostWindowTest, ACopyIsSavedWhereTheUserSaysAndTheQuestionComesAgain)
 {
     window_->showPane(panePath());
     showWindow();
-    QStringList paths{folder_.filePath(QStringLiteral("nowhere/copy")),
-                      folder_.filePath(QStringLiteral("copy"))};
+    QStringList paths{
+        folder_.filePath(QStringLiteral("nowhere/copy")), folder_.filePath(QStringLiteral("copy")), {}};
+    QStringList proposed;
     QTimer choose;
     QObject::connect(&choose, &QTimer::timeout, &choose, [&] {
         auto *const dialog = qobject_cast<QFileDialog *>(QApplication::activeModalWidget());
         if (!dialog)
             return;
+        proposed << QFileInfo(dialog->selectedFiles().value(0)).fileName();
+        if (paths.constFirst().isEmpty()) {
+            dialog->reject();
+            return;
+        }
         // A path that cannot be chosen by hand: the folder is removed meanwhile.
         QDir().mkpath(QFileInfo(paths.constFirst()).path());
         dialog->setDirectory(QFileInfo(paths.constFirst()).path());
         dialog->selectFile(paths.constFirst());
-        if (paths.size() == 2)
+        if (paths.size() == 3)
             QDir().rmdir(QFileInfo(paths.constFirst()).path());
         paths.removeFirst();
         static_cast<QDialog *>(dialog)->accept();
     });
     choose.start(1);
     const QString saveCopy = QStringLiteral("Save a Copy…");
-    EXPECT_TRUE(closesWith({saveCopy, saveCopy, QStringLiteral("Close Without Saving")}));
-    ASSERT_EQ(questions_.size(), 3);
+    EXPECT_TRUE(closesWith({saveCopy, saveCopy, saveCopy, QStringLiteral("Close Without Saving")}));
+    ASSERT_EQ(questions_.size(), 4);
+    EXPECT_EQ(proposed, QStringList(3, QStringLiteral("Copy of Recording.plist")));
     EXPECT_TRUE(questions_.at(1).contains(u"The copy could not be saved either"))
         << qPrintable(questions_.at(1));
     EXPECT_TRUE(questions_.at(2).contains(u"A copy of all that you made is in"));
+    EXPECT_EQ(questions_.at(3), questions_.at(0)) << "nothing is said of a copy that was not wanted";
     EXPECT_TRUE(QFile::exists(folder_.filePath(QStringLiteral("copy"))));
 }

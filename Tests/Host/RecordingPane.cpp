@@ -38,8 +38,14 @@ public:
         : QLabel(QStringLiteral("recording"))
     {
         setMinimumSize(500, 300);
+        if (isAskedFor("tell something"))
+            setFocusPolicy(Qt::StrongFocus);
     }
     ~RecordedView() override { record("view destroyed"); }
+    QSize sizeHint() const override
+    {
+        return isAskedFor("want much room") ? QSize(5000, 5000) : QLabel::sizeHint();
+    }
 };
 
 class RecordingPane : public PreferencePane
@@ -48,7 +54,11 @@ public:
     RecordingPane() { record("created"); }
     ~RecordingPane() override { record("destroyed"); }
 
-    void setListener(PreferencePaneListener *) override {}
+    void setListener(PreferencePaneListener *listener) override
+    {
+        if (isAskedFor("tell something"))
+            listener->showNotice({.kind = PaneNotice::Kind::Hint, .text = QStringLiteral("Told.")});
+    }
     QWidget *loadMainView() override
     {
         record("loadMainView");
