@@ -3,18 +3,25 @@
 
 #include "Helper/Running/CreationWorker.h"
 
+#include "Tests/Helper/HelperFixture.h"
 #include "Tests/Session/ChildProcess.h"
-#include "Tests/Session/TemporaryHome.h"
 
 #include <QFile>
 #include <QMap>
 
-#include <gtest/gtest.h>
+#include <algorithm>
+#include <gmock/gmock.h>
+#include <thread>
+
+using ::testing::IsEmpty;
 
 namespace {
 
-/// In a home without presets, so that each order ends at once.
-class CreationWorkerTest : public ::testing::Test
+constexpr auto longTime = std::chrono::minutes(1);
+const QString large = QStringLiteral("Large");
+
+/// Without presets in the home each order ends at once.
+class CreationWorkerTest : public HelperFixture
 {
 protected:
     CreationWorkerTest()
@@ -36,8 +43,25 @@ protected:
     {
         return QList<CreationOrder>(count, {0, QStringLiteral("None"), home_.path()});
     }
+    void storeLargePreset()
+    {
+        QVariantList files;
+        for (int i = 0; i < 1000; ++i)
+            files.append(file(QString::number(i)));
+        storePresets({preset(large, {folder(QStringLiteral("In"), files)})});
+    }
+    CreationWorker::Handlers handlers()
+    {
+        return {.begun = [](const CreationOrder &) {},
+                .ended = [this](const CreationOrder &,
+                                const std::shared_ptr<CreationReport> &report) { created_ = report; },
+                .undone = [this](const UndoReport &report) { undone_ = report.status; },
+                .askAboutScript = [](const CreationOrder &, const Script &) {},
+                .idle = [] {}};
+    }
 
-    const TemporaryHome home_;
+    std::shared_ptr<CreationReport> created_;
+    UndoReport::Status undone_ = UndoReport::Status::NothingToUndo;
 
 private:
     QMap<QByteArray, QByteArray> before_;
@@ -62,7 +86,63 @@ TEST_F(CreationWorkerTest, OnlySoManyOrdersWaitAndMoreAreTakenOnceThereIsRoom)
     EXPECT_TRUE(worker.create(orders(most - 1)));
     EXPECT_FALSE(worker.create(orders(2)));
     EXPECT_TRUE(worker.create(orders(1)));
-    ASSERT_TRUE(waitUntil([&] { return isIdle; }, std::chrono::minutes(1)));
+    ASSERT_TRUE(waitUntil([&] { return isIdle; }, longTime));
     EXPECT_EQ(ended, most);
     EXPECT_TRUE(worker.create(orders(1)));
+}
+
+TEST_F(CreationWorkerTest, OrdersAreTakenFromAnyThread)
+{
+    constexpr qsizetype each = 50;
+    qsizetype ended = 0;
+    CreationWorker::Handlers counting = handlers();
+    counting.ended = [&](const CreationOrder &, const std::shared_ptr<CreationReport> &) { ++ended; };
+    CreationWorker worker(counting);
+    const auto give = [&] {
+        for (qsizetype i = 0; i < each; ++i)
+            EXPECT_TRUE(worker.create(orders(1)));
+    };
+    std::thread other(give);
+    give();
+    other.join();
+    EXPECT_TRUE(waitUntil([&] { return ended == 2 * each; }, longTime));
+    EXPECT_FALSE(worker.isBusy());
+}
+
+TEST_F(CreationWorkerTest, WhatItCreatesCanBeWatchedAndUndone)
+{
+    storeLargePreset();
+    CreationWorker worker(handlers());
+    qsizetype furthest = 0;
+    ASSERT_TRUE(worker.create({{0, large, target()}}));
+    ASSERT_TRUE(waitUntil(
+        [&] {
+            furthest = std::max(furthest, worker.progress().done);
+            return !worker.isBusy();
+        },
+        longTime));
+    ASSERT_TRUE(created_);
+    EXPECT_EQ(created_->status, CreationReport::Status::Created) << qPrintable(created_->message);
+    EXPECT_GT(furthest, 0);
+    EXPECT_EQ(tree().size(), 1001);
+    worker.undo(created_);
+    ASSERT_TRUE(waitUntil([&] { return !worker.isBusy(); }, longTime));
+    EXPECT_EQ(undone_, UndoReport::Status::Undone);
+    EXPECT_THAT(tree(), IsEmpty());
+}
+
+TEST_F(CreationWorkerTest, WhatIsCancelledWhileItIsCreatedIsUndone)
+{
+    storeLargePreset();
+    CreationWorker worker(handlers());
+    ASSERT_TRUE(worker.create({{0, large, target()}}));
+    ASSERT_TRUE(waitUntil(
+        [&] {
+            worker.cancel();
+            return !worker.isBusy();
+        },
+        longTime));
+    ASSERT_TRUE(created_);
+    EXPECT_EQ(created_->status, CreationReport::Status::Cancelled) << qPrintable(created_->message);
+    EXPECT_THAT(tree(), IsEmpty());
 }
