@@ -41,6 +41,7 @@ inline constexpr char group[] = "Desktop Entry";
 inline constexpr char type[] = "Type";
 inline constexpr char version[] = "Version";
 inline constexpr char name[] = "Name";
+inline constexpr char comment[] = "Comment";
 inline constexpr char icon[] = "Icon";
 inline constexpr char exec[] = "Exec";
 inline constexpr char tryExec[] = "TryExec";

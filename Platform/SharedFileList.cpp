@@ -43,6 +43,12 @@ constexpr char entryVersion[] = "1.0";
 constexpr char urlKey[] = "X-Quenby-URL";
 constexpr char placeKey[] = "X-Quenby-Place";
 
+/// What an application says of itself in its information: its name and what it does, for people, and the name
+/// of its icon in the theme.
+const QString nameKey = QStringLiteral("CFBundleDisplayName");
+const QString commentKey = QStringLiteral("CFBundleGetInfoString");
+const QString iconKey = QStringLiteral("CFBundleIconFile");
+
 /// The entries of large programs, with their names in every language, have a tenth of that.
 constexpr qint64 maximumEntrySize = 1 << 20;
 /// As much of a name as leaves room in a file name for a hash, a number and a suffix.
@@ -112,23 +118,41 @@ QString entryName(const QByteArray &path)
     return name + u'-' + QString::fromLatin1(hash);
 }
 
-/// What the user is told that the session starts.
-QByteArray displayName(const QString &path)
+/// \a text in one line, for an entry.
+QByteArray oneLine(QString text)
 {
-    const QFileInfo file(path);
-    QString name = file.completeBaseName();
-    if (name.trimmed().isEmpty())
-        name = file.fileName();
-    for (QChar &character : name) {
+    for (QChar &character : text) {
         if (character.category() == QChar::Other_Control)
             character = QChar::ReplacementCharacter;
     }
-    return name.toUtf8();
+    return text.toUtf8();
 }
+
+/// What the user is told that the session starts, unless that says it itself.
+QString displayName(const QString &path)
+{
+    const QFileInfo file(path);
+    const QString name = file.completeBaseName();
+    return name.trimmed().isEmpty() ? file.fileName() : name;
+}
+
+/// What an entry starts, and how it is presented where the user sees it.
+struct Started
+{
+    QByteArray program;
+    QVariantMap information = {};
+
+    /// A text that the application says of itself; empty if it does not.
+    QString text(const QString &key) const
+    {
+        const QVariant value = information.value(key);
+        return value.typeId() == QMetaType::QString ? value.toString().trimmed() : QString();
+    }
+};
 
 /// What is started for the file at \a path; none if that is nothing that can be started, with the reason in
 /// \a error.
-std::optional<QByteArray> startedProgram(const QByteArray &path, QString *error)
+std::optional<Started> startedProgram(const QByteArray &path, QString *error)
 {
     // A bundle is opened by a path that is text, whatever its own is.
     const FileDescriptor opened(FileLayer::real(), ::open(path.constData(), O_PATH | O_CLOEXEC));
@@ -137,12 +161,13 @@ std::optional<QByteArray> startedProgram(const QByteArray &path, QString *error)
         const std::optional<Bundle> bundle = Bundle::bundleWithPath(openedPath);
         const QString executable = bundle ? bundle->expectedExecutablePath() : QString();
         if (!executable.isEmpty())
-            return path + QFile::encodeName(executable.sliced(openedPath.size()));
+            return Started{path + QFile::encodeName(executable.sliced(openedPath.size())),
+                           bundle->infoDictionary()};
         *error = QStringLiteral("an application that names no executable");
         return std::nullopt;
     }
     if (isProgram(path))
-        return path;
+        return Started{path};
     *error = QStringLiteral("neither an application nor a program");
     return std::nullopt;
 }
@@ -175,8 +200,8 @@ Result<> SharedFileList::insertItemURL(const QUrl &url) const
     if (!path)
         return Result<>::failure(QStringLiteral("no address of a file"));
     QString error;
-    const std::optional<QByteArray> program = startedProgram(*path, &error);
-    if (!program)
+    const std::optional<Started> started = startedProgram(*path, &error);
+    if (!started)
         return Result<>::failure(error);
 
     const DurableFileWriter writer;
@@ -203,13 +228,21 @@ Result<> SharedFileList::insertItemURL(const QUrl &url) const
         return Result<>::failure(QStringLiteral("no name is left for an entry in %1").arg(folder_));
 
     QByteArray reachable;
-    if (Result<> result = makeReachable(*program, name, &reachable); !result)
+    if (Result<> result = makeReachable(started->program, name, &reachable); !result)
         return result;
 
     QByteArray entry = QByteArray("[") + DesktopEntryKeys::group + "]\n";
     DesktopEntry::appendString(entry, DesktopEntryKeys::type, applicationType);
     DesktopEntry::appendString(entry, DesktopEntryKeys::version, entryVersion);
-    DesktopEntry::appendString(entry, DesktopEntryKeys::name, displayName(QFile::decodeName(*path)));
+    const QString ownName = started->text(nameKey);
+    DesktopEntry::appendString(entry, DesktopEntryKeys::name,
+                               oneLine(ownName.isEmpty() ? displayName(QFile::decodeName(*path)) : ownName));
+    const auto appendText = [&](const char *key, const QString &text) {
+        if (!text.isEmpty())
+            DesktopEntry::appendString(entry, key, oneLine(text));
+    };
+    appendText(DesktopEntryKeys::comment, started->text(commentKey));
+    appendText(DesktopEntryKeys::icon, started->text(iconKey));
     DesktopEntry::appendString(entry, DesktopEntryKeys::exec, DesktopEntry::quoted(reachable));
     DesktopEntry::appendString(entry, DesktopEntryKeys::tryExec, reachable);
     DesktopEntry::appendString(entry, urlKey, address.toEncoded());

@@ -51,7 +51,9 @@ public:
     /// bytes. An entry that carries this address already is written anew and moved to the end, and active
     /// again if it was switched off: there is never a second one.
     ///
-    /// An application need not be fit to be started now; its entry starts nothing until it is.
+    /// An application need not be fit to be started now; its entry starts nothing until it is. Its entry has
+    /// the name, the comment and the icon that its information names (`CFBundleDisplayName`,
+    /// `CFBundleGetInfoString`, `CFBundleIconFile`), else the name of its file alone.
     Result<> insertItemURL(const QUrl &url) const;
 
     /// Puts \a url into the place of each active entry that carries the address of a file of the same name

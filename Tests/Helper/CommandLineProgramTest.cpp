@@ -60,6 +60,10 @@ TEST_F(CommandLineProgramTest, IsAnApplicationInThePane)
     EXPECT_EQ(information.value(text("CFBundleShortVersionString")).toString(), text(QUENBY_VERSION));
     EXPECT_EQ(information.value(text("CFBundleIdentifier")).toString(), text("org.quenby.QNBHelper"));
     EXPECT_EQ(information.value(text("CFBundlePackageType")).toString(), text("APPL"));
+    // Shown among the programs that start with the session.
+    EXPECT_EQ(information.value(text("CFBundleDisplayName")).toString(), text("Quenby Helper"));
+    EXPECT_EQ(information.value(text("CFBundleIconFile")).toString(), text("quenby"));
+    EXPECT_FALSE(information.value(text("CFBundleGetInfoString")).toString().isEmpty());
     EXPECT_EQ(QFileInfo(bundle->executablePath()), QFileInfo(text(QUENBY_HELPER)));
 }
 

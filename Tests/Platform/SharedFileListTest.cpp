@@ -9,9 +9,12 @@
 #include <QRegularExpression>
 
 #include <algorithm>
+#include <gmock/gmock.h>
 #include <memory>
 #include <sys/stat.h>
 #include <vector>
+
+using ::testing::HasSubstr;
 
 namespace {
 
@@ -75,6 +78,22 @@ TEST_F(SharedFileListTest, AnEntryStartsTheExecutableOfTheApplication)
                     .hasMatch())
         << qPrintable(fileNames().value(0));
     EXPECT_EQ(namesIn(folder()), fileNames());
+}
+
+TEST_F(SharedFileListTest, AnEntryPresentsTheApplicationAsThatPresentsItself)
+{
+    const QString path = application(QStringLiteral("SomeApp.app"));
+    QFile information(path + QStringLiteral("/Contents/Info.plist"));
+    ASSERT_TRUE(information.open(QIODevice::WriteOnly));
+    information.write("<plist version=\"1.0\"><dict>"
+                      "<key>CFBundleExecutable</key><string>RecordingApp</string>"
+                      "<key>CFBundleDisplayName</key><string>Some Program</string>"
+                      "<key>CFBundleGetInfoString</key><string>Does this\nand that</string>"
+                      "<key>CFBundleIconFile</key><string>some-icon</string></dict></plist>");
+    information.close();
+    ASSERT_TRUE(insert(path));
+    EXPECT_THAT(contentOf(entryPath()).toStdString(),
+                HasSubstr("\nName=Some Program\nComment=Does this\uFFFDand that\nIcon=some-icon\nExec="));
 }
 
 TEST_F(SharedFileListTest, AnEntryResolvesToItsFileWhileThatExists)
