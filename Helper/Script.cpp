@@ -3,6 +3,7 @@
 
 #include "Helper/Script.h"
 
+#include "Helper/Creation/SupportFile.h"
 #include "Helper/ScriptCopy.h"
 #include "Helper/ScriptFile.h"
 #include "Platform/Bundle.h"
@@ -12,6 +13,9 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+
+#include <cerrno>
+#include <utility>
 
 namespace {
 
@@ -33,24 +37,21 @@ std::optional<Script> Script::find(const QString &name, const QString &scriptsFo
         *error = tr("The script \"%1\" cannot be used: %2").arg(lineText(name), reason);
         return std::nullopt;
     };
-    const QString folder = QFileInfo(scriptsFolder).canonicalFilePath();
-    const bool isName = !folder.isEmpty() && !name.contains(QChar::Null);
-    const QFileInfo entry(isName ? QFileInfo(folder + u'/' + name).canonicalFilePath() : QString());
-    if (!entry.exists())
-        return fail(tr("it does not exist"));
-    if (!isBelow(entry.filePath(), folder))
-        return fail(tr("it is outside the folder %1").arg(lineText(folder)));
+    const Creation::SupportFile entry(FolderLayer::real(), QFile::encodeName(scriptsFolder), name,
+                                      Creation::SupportFile::Kind::FileOrFolder);
+    if (!entry.isOpen())
+        return fail(entry.error() == ENOENT ? tr("it does not exist") : tr("it %1").arg(entry.problem()));
 
     Script script;
-    script.path_ = entry.filePath();
-    if (entry.isDir()) {
-        const std::optional<Bundle> bundle = Bundle::bundleWithPath(entry.filePath());
-        script.path_ = bundle ? QFileInfo(bundle->executablePath()).canonicalFilePath() : QString();
+    script.path_ = entry.path();
+    if (entry.isFolder()) {
+        // Its name may be a link's.
+        const QString program = Bundle::programOf(script.path_);
+        script.bundlePath_ = std::exchange(script.path_, QFileInfo(program).canonicalFilePath());
         if (script.path_.isEmpty())
             return fail(tr("it is a folder without a program"));
-        if (!isBelow(script.path_, entry.filePath()))
-            return fail(tr("its program is outside the folder %1").arg(lineText(entry.filePath())));
-        script.bundlePath_ = entry.filePath();
+        if (!isBelow(script.path_, script.bundlePath_))
+            return fail(tr("its program is outside the folder %1").arg(lineText(script.bundlePath_)));
     }
     const Result<ScriptFile> file = ScriptFile::read(script.path_);
     if (!file)

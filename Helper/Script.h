@@ -12,7 +12,8 @@
 
 class ScriptCopy;
 
-/// The script of a preset: an executable file, or an application bundle, in the user's folder "Scripts".
+/// The script of a preset: an executable file, or an application bundle, in the user's folder "Scripts", or
+/// where a link of the user's own in that folder leads. What runs of a bundle is Bundle::programOf() it.
 ///
 /// Its content is read once, to be shown and allowed. What runs is a copy of just that content, whatever has
 /// become of the file by then; of a bundle, which is not kept in memory, it is one whose content is the same,
@@ -20,8 +21,8 @@ class ScriptCopy;
 class Script
 {
 public:
-    /// The script \a name of \a scriptsFolder, which it has to be in after all links have been followed. None
-    /// if it is not, if it is not executable, or cannot be read, with the reason for people in \a error.
+    /// The script \a name of \a scriptsFolder, found as Creation::SupportFile finds it. None if it is not
+    /// there, if it is not executable, or cannot be read, with the reason for people in \a error.
     static std::optional<Script> find(const QString &name, const QString &scriptsFolder, QString *error);
 
     /// Of the file that was read, or of the program in the bundle, without links.

@@ -28,6 +28,8 @@ const QStringList bundleSuffixes = {applicationSuffix, QStringLiteral("bundle"),
                                     QStringLiteral("framework")};
 const QStringList bundleContents = {QStringLiteral("/Contents"), QStringLiteral("/AppDir")};
 
+const QString portableProgram = QStringLiteral("/AppDir/AppRun");
+
 /// Of a path that may end in a slash.
 QString bundleSuffix(const QString &path)
 {
@@ -69,6 +71,14 @@ bool Bundle::isBundle(const QString &path)
     return bundleSuffixes.contains(bundleSuffix(path)) &&
            std::any_of(bundleContents.begin(), bundleContents.end(),
                        [&path](const QString &folder) { return QFileInfo(path + folder).isDir(); });
+}
+
+QString Bundle::programOf(const QString &path)
+{
+    if (const std::optional<Bundle> bundle = bundleWithPath(path))
+        return bundle->executablePath();
+    const QString program = path + portableProgram;
+    return isBundle(path) && QFileInfo(program).isFile() ? program : QString();
 }
 
 bool Bundle::isNamedLikeAnApplication(const QString &path)

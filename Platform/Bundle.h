@@ -20,6 +20,9 @@ public:
     /// that is named like a bundle (.app, .bundle, .plugin, .framework) and has a folder `Contents` or
     /// `AppDir`.
     static bool isBundle(const QString &path);
+    /// What runs when a user opens the thing at \a path: the executable of what bundleWithPath() opens, else
+    /// the file `AppDir/AppRun` of what isBundle() names; empty if there is none.
+    static QString programOf(const QString &path);
     static bool isNamedLikeAnApplication(const QString &path);
     /// Whether it is such a thing that is named like an application.
     static bool isApplicationBundle(const QString &path);

@@ -202,7 +202,9 @@ void QNBPrefPanePref::scriptsItemClicked(const QAction &menuItem)
     const QString path = pathOf(menuItem);
     if (!standsForNoFile(menuItem)) {
         const QFileInfo script(supportFolder(QNBFolderMenu::Kind::Scripts) + u'/' + path);
-        if (!script.isExecutable()) {
+        // Of folders, bundles alone hold a program.
+        const QFileInfo program(script.isDir() ? Bundle::programOf(script.filePath()) : script.filePath());
+        if (!program.isExecutable()) {
             answerTo({.title = tr("Script File not Executable"),
                       .message = tr("Script file '%1' is not set to be executable. Please make sure it "
                                     "is set to be executable (chmod +x).")

@@ -3,7 +3,7 @@
 
 #include "Helper/Creation/ContentBytes.h"
 
-#include "Helper/Creation/ContentFile.h"
+#include "Helper/Creation/SupportFile.h"
 
 #include <cerrno>
 
@@ -20,7 +20,7 @@ bool ContentBytes::writeTo(int file, qint32 content)
     if (const auto kept = kept_.constFind(content); kept != kept_.cend())
         return write(file, *kept);
     const Content &source = plan_.contents()[static_cast<std::size_t>(content)];
-    const ContentFile from(layer_, plan_.contentFolder(), source.name);
+    const SupportFile from(layer_, plan_.contentFolder(), source.name);
     if (!from.isOpen() || FileIdentity(from.information()) != source.identity) {
         errno = from.isOpen() ? ESTALE : from.error();
         return false;

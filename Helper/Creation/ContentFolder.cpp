@@ -3,8 +3,8 @@
 
 #include "Helper/Creation/ContentFolder.h"
 
-#include "Helper/Creation/ContentFile.h"
 #include "Helper/Creation/ItemName.h"
+#include "Helper/Creation/SupportFile.h"
 
 #include <QFile>
 
@@ -24,7 +24,7 @@ ContentFolder::Found ContentFolder::find(const QString &name)
 
 ContentFolder::Found ContentFolder::look(const QString &name)
 {
-    const ContentFile file(layer_, folder_, name);
+    const SupportFile file(layer_, folder_, name);
     if (!file.isOpen())
         return {Operation::noContent,
                 QStringLiteral("the content file “%1” %2").arg(ItemName::shownName(name), file.problem())};

@@ -3,9 +3,9 @@
 
 #include "Helper/Creation/InterruptedUndo.h"
 
-#include "Helper/Creation/ContentFile.h"
 #include "Helper/Creation/RecordWalk.h"
 #include "Helper/Creation/Remains.h"
+#include "Helper/Creation/SupportFile.h"
 #include "Platform/FileDescriptor.h"
 #include "Platform/LineText.h"
 
@@ -159,7 +159,7 @@ private:
         if (number == Operation::noContent)
             return false;
         const Content &content = plan.contents()[std::size_t(number)];
-        const ContentFile source(layer_, plan.contentFolder(), content.name);
+        const SupportFile source(layer_, plan.contentFolder(), content.name);
         if (!source.isOpen() || FileIdentity(source.information()) != content.identity)
             return false;
         // By its mode it may be closed to its owner.

@@ -29,7 +29,8 @@ quint16 modeOf(const QNBHierarchyItem &item)
 
 quint8 labelOf(const QNBHierarchyItem &item)
 {
-    const quint64 label = QNBFinderLabelForColor(item.colorName());
+    // As the pane looks for the colour.
+    const quint64 label = QNBFinderLabelForColor(item.colorName().toLower());
     return label == QNBNotFound ? 0 : static_cast<quint8>(label);
 }
 

@@ -182,12 +182,62 @@ TEST_F(ScriptTest, NothingOutsideTheFolderIsAScript)
 {
     putProgram(in(QStringLiteral("outside")));
     putProgram(in(QStringLiteral("Scripts-not")));
-    ASSERT_TRUE(QFile::link(in(QStringLiteral("outside")), scripts() + QStringLiteral("/link")));
-    ASSERT_TRUE(QFile::link(root(), scripts() + QStringLiteral("/up")));
-    for (const char *name : {"../outside", "link", "up/outside", "../Scripts-not", "Sub/../../outside", "",
-                             ".", "..", "/bin/sh", "../../../../../../../../../bin/sh"})
+    putProgram(scripts() + QStringLiteral("/script"));
+    for (const char *name : {"../outside", "../Scripts-not", "Sub/../../outside", "Sub/../script", "", ".",
+                             "..", "/bin/sh", "../../../../../../../../../bin/sh"})
         EXPECT_FALSE(reason(QString::fromLatin1(name)).isEmpty()) << name;
-    EXPECT_FALSE(reason(QStringLiteral("link") + QChar::Null).isEmpty());
+    EXPECT_FALSE(reason(QStringLiteral("script") + QChar::Null).isEmpty());
+}
+
+TEST_F(ScriptTest, ALinkOfTheUsersOwnLeadsToAScriptAnywhere)
+{
+    putProgram(in(QStringLiteral("outside")), "#!/bin/sh\necho outside\n");
+    ASSERT_TRUE(QFile::link(QStringLiteral("../outside"), scripts() + QStringLiteral("/link")));
+    ASSERT_TRUE(QFile::link(root(), scripts() + QStringLiteral("/Sub/up")));
+    for (const char *name : {"link", "Sub/up/outside"}) {
+        const std::optional<Script> script = find(QString::fromLatin1(name));
+        ASSERT_TRUE(script) << qPrintable(error_);
+        EXPECT_EQ(script->path(), QFileInfo(in(QStringLiteral("outside"))).canonicalFilePath());
+        EXPECT_EQ(script->run(target(), QString()).output, "outside\n");
+    }
+}
+
+TEST_F(ScriptTest, ALinkToABundleRunsItsExecutable)
+{
+    const QString bundle = putBundle("tool");
+    putProgram(bundle + QStringLiteral("/Contents/MacOS/tool"), "#!/bin/sh\necho tool\n");
+    std::filesystem::rename(bundle.toStdString(), in(QStringLiteral("Tool.app")).toStdString());
+    ASSERT_TRUE(QFile::link(in(QStringLiteral("Tool.app")), scripts() + QStringLiteral("/link")));
+    const std::optional<Script> script = find(QStringLiteral("link"));
+    ASSERT_TRUE(script) << qPrintable(error_);
+    EXPECT_TRUE(script->content().contains(" - Contents/Resources/words\n"));
+    EXPECT_EQ(script->run(target(), QString()).output, "tool\n");
+}
+
+TEST_F(ScriptTest, ALinkThatAnotherUserMayHaveMadeIsRefused)
+{
+    putProgram(scripts() + QStringLiteral("/script"));
+    ASSERT_TRUE(QFile::link(QStringLiteral("script"), scripts() + QStringLiteral("/link")));
+    for (const mode_t mode : {0777, 0775, 0757, 01777}) {
+        ASSERT_EQ(::chmod(QFile::encodeName(scripts()).constData(), mode), 0);
+        EXPECT_FALSE(reason(QStringLiteral("link")).isEmpty()) << mode;
+        EXPECT_TRUE(find(QStringLiteral("script"))) << qPrintable(error_);
+    }
+    ASSERT_EQ(::chmod(QFile::encodeName(scripts()).constData(), 0755), 0);
+    EXPECT_TRUE(find(QStringLiteral("link"))) << qPrintable(error_);
+}
+
+TEST_F(ScriptTest, APortableApplicationRunsItsStarter)
+{
+    const QString folder = scripts() + QStringLiteral("/Portable.app/AppDir");
+    QDir().mkpath(folder + QStringLiteral("/lib"));
+    putProgram(folder + QStringLiteral("/AppRun"), "#!/bin/sh\ncat \"$(dirname \"$0\")/lib/words\"\n");
+    put(folder + QStringLiteral("/lib/words"), "portable");
+    const std::optional<Script> script = find(QStringLiteral("Portable.app"));
+    ASSERT_TRUE(script) << qPrintable(error_);
+    EXPECT_TRUE(script->content().contains(" x AppDir/AppRun\n")) << script->content().constData();
+    EXPECT_TRUE(script->content().contains(" - AppDir/lib/words\n")) << script->content().constData();
+    EXPECT_EQ(script->run(target(), QString()).output, "portable");
 }
 
 TEST_F(ScriptTest, WhatCannotBeExecutedOrReadIsNoScript)
@@ -308,7 +358,8 @@ TEST_F(ScriptTest, IsShownWithEveryCharacterThatHides)
     const std::optional<Script> script = find(QStringLiteral("script"));
     ASSERT_TRUE(script);
     EXPECT_TRUE(script->isText());
-    EXPECT_EQ(script->shownContent(), QStringLiteral("#!/bin/sh\n\techo \u00e4<U+000D><U+001B>[2J <U+202E><U+2028><U+0007>\n"));
+    EXPECT_EQ(script->shownContent(),
+              QStringLiteral("#!/bin/sh\n\techo \u00e4<U+000D><U+001B>[2J <U+202E><U+2028><U+0007>\n"));
 }
 
 TEST_F(ScriptTest, BytesThatAreNoTextAreShown)

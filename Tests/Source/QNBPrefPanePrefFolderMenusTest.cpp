@@ -144,6 +144,30 @@ TEST_F(QNBPrefPanePrefFolderMenus, AScriptThatIsNotExecutableIsRefusedWithAnAler
     EXPECT_FALSE(canUndo()) << "the refusal is no step";
 }
 
+TEST_F(QNBPrefPanePrefFolderMenus, AFolderIsRefusedAsAScriptUnlessItHoldsAProgram)
+{
+    makeScript(QStringLiteral("Sub/run.sh"));
+    makeScript(QStringLiteral("Tool.app/Contents/MacOS/tool"));
+    makeScript(QStringLiteral("Portable.app/AppDir/AppRun"));
+    makeScript(QStringLiteral("Empty.app/Contents/readme"));
+    writeFile(
+        QStringLiteral("support/Quenby/Scripts/Tool.app/Contents/Info.plist"),
+        "<plist version=\"1.0\"><dict><key>CFBundleExecutable</key><string>tool</string></dict></plist>");
+    open();
+    for (const char *name : {"Tool.app", "Portable.app"}) {
+        choose(scriptMenu(), QString::fromLatin1(name));
+        EXPECT_EQ(script().toString(), QString::fromLatin1(name));
+    }
+    for (const char *name : {"Sub", "Empty.app"}) {
+        alerts.clear();
+        alertAnswers = {AlertPanel::Answer::Default};
+        choose(scriptMenu(), QString::fromLatin1(name));
+        ASSERT_EQ(alerts.size(), 1) << name;
+        EXPECT_EQ(alerts.at(0).title, QStringLiteral("Script File not Executable"));
+    }
+    EXPECT_EQ(script().toString(), QStringLiteral("Portable.app"));
+}
+
 TEST_F(QNBPrefPanePrefFolderMenus, AScriptThatHasGoneMeanwhileIsRefused)
 {
     makeScript(QStringLiteral("run.sh"));

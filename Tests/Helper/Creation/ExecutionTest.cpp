@@ -113,7 +113,7 @@ TEST_F(ExecutionTest, LabelsAreThoseOfTheSharedFunction)
 {
     const QStringList colors = {QStringLiteral("gray"),   QStringLiteral("green"),  QStringLiteral("purple"),
                                 QStringLiteral("blue"),   QStringLiteral("yellow"), QStringLiteral("red"),
-                                QStringLiteral("orange"), QStringLiteral("pink"),   QStringLiteral("Red")};
+                                QStringLiteral("orange"), QStringLiteral("pink")};
     QVariantList children;
     for (const QString &color : colors) {
         children.append(Items::file(QStringLiteral("file ") + color, {QStringLiteral("400"), color, {}}));
@@ -130,6 +130,17 @@ TEST_F(ExecutionTest, LabelsAreThoseOfTheSharedFunction)
         EXPECT_EQ(DiskTree::at(entries, "file " + color.toUtf8()).label, expected);
         EXPECT_EQ(DiskTree::at(entries, "folder " + color.toUtf8()).label, expected);
     }
+}
+
+TEST_F(ExecutionTest, LabelsAreThoseOfThePaneWhateverTheCaseOfTheirNames)
+{
+    create(Items::root({Items::file(QStringLiteral("capital"), {{}, QStringLiteral("Red"), {}}),
+                        Items::folder(QStringLiteral("all"), {}, {{}, QStringLiteral("PURPLE"), {}}),
+                        Items::file(QStringLiteral("none"), {{}, QStringLiteral("clearColor"), {}})}));
+    const auto entries = disk();
+    EXPECT_EQ(quint64(DiskTree::at(entries, "capital").label), QNBFinderLabelForColor(QStringLiteral("red")));
+    EXPECT_EQ(quint64(DiskTree::at(entries, "all").label), QNBFinderLabelForColor(QStringLiteral("purple")));
+    EXPECT_EQ(DiskTree::at(entries, "none").label, 0);
 }
 
 TEST_F(ExecutionTest, ContentOfAnySizeIsCopied)

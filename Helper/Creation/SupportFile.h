@@ -13,19 +13,28 @@
 
 namespace Creation {
 
-/// A content file, opened for reading by the name that an item gives it. The name comes from whoever made the
-/// preset: it leads from the folder of content files downwards only. A symbolic link counts as the user's own
-/// word and may lead anywhere, if the user or root owns it and nobody else can write the folder it is in; any
-/// other one is refused. Nothing but a regular file is ever opened, whatever is exchanged meanwhile, so that
-/// no pipe or device holds the program up.
-class ContentFile
+/// A content file or a script, opened for reading by the name that a preset gives it. The name comes from
+/// whoever made the preset: it leads from the folder of such files downwards only. A symbolic link counts as
+/// the user's own word and may lead anywhere, if the user or root owns it and nobody else can write the
+/// folder it is in; any other one is refused. Nothing but a regular file is ever opened, whatever is
+/// exchanged meanwhile, so that no pipe or device holds the program up.
+class SupportFile
 {
 public:
-    /// \a folder is the folder of content files, \a name relative to it.
-    ContentFile(FolderLayer &layer, const QByteArray &folder, const QString &name);
+    enum class Kind {
+        File,
+        /// A folder is not opened for reading, only found.
+        FileOrFolder,
+    };
+
+    /// \a name is relative to \a folder.
+    SupportFile(FolderLayer &layer, const QByteArray &folder, const QString &name, Kind kind = Kind::File);
 
     bool isOpen() const { return file_.has_value(); }
     int descriptor() const { return file_->get(); }
+    bool isFolder() const { return S_ISDIR(information_.st_mode); }
+    /// Where it is now, without links.
+    QString path() const;
     /// Of what was opened.
     const struct stat &information() const { return information_; }
 
@@ -40,9 +49,11 @@ private:
     int step(const QByteArray &part);
     int follow(const FileDescriptor &link, const struct stat &information);
     int openLast(const QByteArray &part);
+    int takeFolder(FileDescriptor folder, const struct stat &information);
     int refuse(int error, const QString &reason);
 
     FolderLayer &layer_;
+    const Kind kind_;
     /// Where the way has led so far, and what is left of it, the next part last.
     std::optional<FileDescriptor> folder_;
     struct stat folderInformation_ = {};

@@ -1,7 +1,9 @@
 // SPDX-FileCopyrightText: Quenby contributors
 // SPDX-License-Identifier: MIT
 
-#include "Helper/Creation/ContentFile.h"
+#include "Helper/Creation/SupportFile.h"
+
+#include <QFile>
 
 #include <algorithm>
 #include <cerrno>
@@ -34,39 +36,46 @@ bool isClosedToOthers(const struct stat &folder)
 
 } // namespace
 
-ContentFile::ContentFile(FolderLayer &layer, const QByteArray &folder, const QString &name)
+SupportFile::SupportFile(FolderLayer &layer, const QByteArray &folder, const QString &name, Kind kind)
     : layer_(layer)
+    , kind_(kind)
     , error_(find(folder, name))
 {
     folder_.reset();
 }
 
-QString ContentFile::problem() const
+QString SupportFile::path() const
+{
+    return QFile::symLinkTarget(QStringLiteral("/proc/self/fd/%1").arg(descriptor()));
+}
+
+QString SupportFile::problem() const
 {
     return reason_.isEmpty() ? systemError(QStringLiteral("cannot be used"), error_) : reason_;
 }
 
-int ContentFile::refuse(int error, const QString &reason)
+int SupportFile::refuse(int error, const QString &reason)
 {
     reason_ = reason;
     return error;
 }
 
-int ContentFile::find(const QByteArray &folder, const QString &name)
+int SupportFile::find(const QByteArray &folder, const QString &name)
 {
     if (name.contains(QChar(u'\0')) || !name.isValidUtf16())
         return refuse(EINVAL, QStringLiteral("has a name that no file has"));
     parts_ = name.toUtf8().split('/');
     if (parts_.contains("..") || parts_.contains(QByteArray()))
-        return refuse(EINVAL, QStringLiteral("is not named by a path within the folder of content files"));
+        return refuse(EINVAL, QStringLiteral("is not named by a path within its folder"));
     std::reverse(parts_.begin(), parts_.end());
     int error = enter({layer_, layer_.open(folder, O_PATH | O_DIRECTORY)});
     while (error == success && !file_)
-        error = parts_.isEmpty() ? EISDIR : step(parts_.takeLast());
+        error =
+            parts_.isEmpty() ? takeFolder(std::move(*folder_), folderInformation_) : step(parts_.takeLast());
     return error;
 }
 
-int ContentFile::enter(FileDescriptor folder)
+int SupportFile::enter(FileDescriptor folder)
 {
     if (!folder.isOpen() || layer_.fstat(folder.get(), &folderInformation_) == -1)
         return errno;
@@ -75,7 +84,7 @@ int ContentFile::enter(FileDescriptor folder)
     return success;
 }
 
-int ContentFile::step(const QByteArray &part)
+int SupportFile::step(const QByteArray &part)
 {
     FileDescriptor next(layer_, layer_.openat(folder_->get(), part.constData(), O_PATH | O_NOFOLLOW));
     struct stat information = {};
@@ -85,13 +94,24 @@ int ContentFile::step(const QByteArray &part)
         return follow(next, information);
     if (S_ISDIR(information.st_mode) && !parts_.isEmpty())
         return enter(std::move(next));
+    if (S_ISDIR(information.st_mode) && kind_ == Kind::FileOrFolder)
+        return takeFolder(std::move(next), information);
     if (!parts_.isEmpty())
         return ENOTDIR;
     // Only now: to open a device may do something.
     return S_ISREG(information.st_mode) ? openLast(part) : refuse(ESTALE, noFile);
 }
 
-int ContentFile::openLast(const QByteArray &part)
+int SupportFile::takeFolder(FileDescriptor folder, const struct stat &information)
+{
+    if (kind_ == Kind::File)
+        return EISDIR;
+    information_ = information;
+    file_.emplace(std::move(folder));
+    return success;
+}
+
+int SupportFile::openLast(const QByteArray &part)
 {
     FileDescriptor file(layer_,
                         layer_.openat(folder_->get(), part.constData(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK));
@@ -103,7 +123,7 @@ int ContentFile::openLast(const QByteArray &part)
     return success;
 }
 
-int ContentFile::follow(const FileDescriptor &link, const struct stat &information)
+int SupportFile::follow(const FileDescriptor &link, const struct stat &information)
 {
     if (!isTrusted(information.st_uid) || !isClosedToOthers(folderInformation_))
         return refuse(ELOOP, QStringLiteral("is reached by a link that another user may have made"));
