@@ -4,6 +4,7 @@
 #include "Helper/Presets.h"
 
 #include "Shared/Source/QNBShared.h"
+#include "Source/QNBNumberedPresetName.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -18,9 +19,6 @@ namespace {
 /// From the folder of the helper's executable up: out of its bundle, and out of the pane's folder for code.
 const QString fromExecutableToPane = QStringLiteral("../../../../..");
 const QString fromExecutableToBundle = QStringLiteral("../..");
-
-/// Before the number of a preset.
-const QChar numberSign = u'#';
 
 QString tr(const char *text)
 {
@@ -69,9 +67,9 @@ Result<QNBSettings> readSettings()
 
 QNBPresetRecordPtr presetNamed(const QList<QNBPresetRecordPtr> &presets, const QString &name, QString *error)
 {
-    bool isNumber = false;
-    const qlonglong number = name.startsWith(numberSign) ? name.mid(1).toLongLong(&isNumber) : 0;
-    if (isNumber && number >= 1 && number <= presets.size() && placesOf(presets, name).isEmpty())
+    const qlonglong number = name.mid(1).toLongLong();
+    if (number >= 1 && number <= presets.size() && name == QNBNumberedPresetName(number - 1) &&
+        placesOf(presets, name).isEmpty())
         return presets[number - 1];
     return presetShown(presets, name, std::nullopt, error);
 }
@@ -83,7 +81,7 @@ QNBPresetRecordPtr presetShown(const QList<QNBPresetRecordPtr> &presets, const Q
     if (!position && places.size() > 1) {
         QStringList numbers;
         for (const qsizetype place : places)
-            numbers.append(numberSign + QString::number(place + 1));
+            numbers.append(QNBNumberedPresetName(place));
         *error = tr("Several presets are called \"%1\": %2").arg(label, numbers.join(QStringLiteral(", ")));
         return {};
     }

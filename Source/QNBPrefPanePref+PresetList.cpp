@@ -27,6 +27,7 @@ void QNBPrefPanePref::makePresetList()
 {
     const QList<ArrayController::Object> records(_presets.begin(), _presets.end());
     _ui_presetListController->setContent(records);
+    _sharedLabels.observe(*_ui_presetListController);
     _ui_presetListView->setColumns(
         {{.identifier = QNBDragHandleColumn,
           .width = dragHandleColumnWidth,

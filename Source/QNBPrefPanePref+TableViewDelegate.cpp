@@ -119,10 +119,13 @@ QString QNBPrefPanePref::tableViewProbableNameOfPromisedFile(TableView &, int ro
     return preset ? QNBPresetFile::fileNameForLabel(preset->label()) : QString();
 }
 
-void QNBPrefPanePref::tableViewWillDisplayCell(TableView &, ViewCell &cell, const TableColumn &column, int)
+void QNBPrefPanePref::tableViewWillDisplayCell(TableView &, ViewCell &cell, const TableColumn &column,
+                                               int row)
 {
     if (column.identifier == QNBDragHandleColumn)
         cell.image = imageNamed(QNBDragHandleImage);
+    else
+        _sharedLabels.mark(cell, row);
 }
 
 bool QNBPrefPanePref::tableViewValidateValue(TableView &, QVariant &value, const TableColumn &, int)

@@ -15,6 +15,7 @@
 #include "Source/QNBOutlineViewAdditions.h"
 #include "Source/QNBPermissions.h"
 #include "Source/QNBSettingsStore.h"
+#include "Source/QNBSharedLabels.h"
 #include "Source/QNBUnsavedState.h"
 #include "Source/TQProcess.h"
 #include "Toolkit/AlertPanel.h"
@@ -399,6 +400,7 @@ private:
     /// Where the user took files from, or put them, last.
     QString _exchangeFolder;
     WorkspaceIcons _icons;
+    QNBSharedLabels _sharedLabels;
     /// The dragged data that was read last, and what it was; asked for at every step of a drag.
     QByteArray _draggedData;
     std::optional<QNBDraggedItem> _draggedItem;

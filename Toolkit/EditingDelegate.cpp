@@ -108,8 +108,10 @@ void EditingDelegate::updateEditorGeometry(QWidget *editor, const QStyleOptionVi
 bool EditingDelegate::helpEvent(QHelpEvent *event, QAbstractItemView *view,
                                 const QStyleOptionViewItem &option, const QModelIndex &index)
 {
-    const QString text = index.data(Qt::DisplayRole).toString();
-    if (event->type() != QEvent::ToolTip || text.isEmpty() || isSeenAsAWhole(*view, option, index))
+    QString text = index.data(Qt::AccessibleDescriptionRole).toString();
+    if (text.isEmpty() && !isSeenAsAWhole(*view, option, index))
+        text = index.data(Qt::DisplayRole).toString();
+    if (event->type() != QEvent::ToolTip || text.isEmpty())
         return QStyledItemDelegate::helpEvent(event, view, option, index);
     QToolTip::showText(event->globalPos(), PlainText::toolTip(text), view->viewport(), option.rect);
     return true;

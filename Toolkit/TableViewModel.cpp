@@ -30,10 +30,11 @@ void TableViewModel::setController(ArrayController *controller)
     connect(controller, &ArrayController::objectWillBeRemoved, this,
             [this](int row) { beginRemoveRows({}, row, row); });
     connect(controller, &ArrayController::objectRemoved, this, [this] { endRemoveRows(); });
-    connect(controller, &ArrayController::objectChanged, this, [this](int row, const QString &key) {
+    // A cell's note may depend on the other records.
+    connect(controller, &ArrayController::objectChanged, this, [this](int, const QString &key) {
         for (int column = 0; column < view_.columns().size(); ++column) {
             if (view_.columns().at(column).key == key)
-                Q_EMIT dataChanged(index(row, column), index(row, column));
+                Q_EMIT dataChanged(index(0, column), index(rowCount() - 1, column));
         }
     });
 }
@@ -59,19 +60,32 @@ QVariant TableViewModel::data(const QModelIndex &index, int role) const
     if (!index.isValid())
         return {};
     const TableColumn &column = view_.columns().at(index.column());
-    if (role == Qt::DecorationRole && view_.delegate()) {
-        ViewCell cell;
-        view_.delegate()->tableViewWillDisplayCell(view_, cell, column, index.row());
-        return cell.image.isNull() ? QVariant() : QVariant(cell.image);
+    if (role == Qt::DecorationRole) {
+        const QIcon image = displayedCell(index).image;
+        return image.isNull() ? QVariant() : QVariant(image);
     }
+    if (role == Qt::AccessibleDescriptionRole)
+        return displayedCell(index).toolTip;
     if (role == Qt::AccessibleTextRole && !column.accessibleName.isEmpty())
         return column.accessibleName.arg(firstText(index.row()));
     if ((role == Qt::DisplayRole || role == Qt::EditRole) && !column.key.isEmpty()) {
         const QString text =
             controller_->arrangedObjects().at(index.row())->valueForKey(column.key).toString();
-        return role == Qt::DisplayRole ? lineText(text) : text;
+        if (role == Qt::EditRole)
+            return text;
+        const QString note = displayedCell(index).note;
+        return note.isEmpty() ? lineText(text) : lineText(text) + u' ' + note;
     }
     return {};
+}
+
+ViewCell TableViewModel::displayedCell(const QModelIndex &index) const
+{
+    ViewCell cell;
+    if (view_.delegate())
+        view_.delegate()->tableViewWillDisplayCell(view_, cell, view_.columns().at(index.column()),
+                                                   index.row());
+    return cell;
 }
 
 QString TableViewModel::firstText(int row) const

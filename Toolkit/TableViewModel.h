@@ -3,6 +3,8 @@
 
 #pragma once
 
+#include "Toolkit/ViewCell.h"
+
 #include <QAbstractTableModel>
 #include <QPointer>
 
@@ -27,6 +29,8 @@ public:
 
 private:
     QString firstText(int row) const;
+    /// As the delegate decides.
+    ViewCell displayedCell(const QModelIndex &index) const;
 
     TableView &view_;
     QPointer<ArrayController> controller_;

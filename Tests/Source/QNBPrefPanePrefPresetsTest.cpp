@@ -6,6 +6,7 @@
 #include "Toolkit/ArrayController.h"
 #include "Toolkit/OutlineView.h"
 
+#include <QAction>
 #include <QCheckBox>
 #include <QLineEdit>
 #include <QPlainTextEdit>
@@ -49,6 +50,48 @@ TEST_F(QNBPrefPanePrefPresets, ANewPresetIsSelectedAndItsNameIsTypedAtOnce)
     EXPECT_EQ(outline().accessibleDescription(), u"This preset is empty");
     EXPECT_TRUE(pane->didUnselect());
     EXPECT_EQ(stored().presets.size(), 2);
+}
+
+TEST_F(QNBPrefPanePrefPresets, PresetsOfOneLabelSayWhatCommandsCallThem)
+{
+    store({preset(QStringLiteral("A")), preset(QStringLiteral("B")), preset(QStringLiteral("b"))});
+    openPane();
+    QAbstractItemModel &model = *list().model();
+    const auto shown = [&model] {
+        QStringList labels;
+        for (int row = 0; row < model.rowCount(); ++row)
+            labels << model.index(row, 1).data().toString();
+        return labels;
+    };
+    const QStringList asStored{QStringLiteral("A"), QStringLiteral("B"), QStringLiteral("b")};
+    EXPECT_EQ(shown(), asStored);
+    EXPECT_EQ(model.index(1, 1).data(Qt::AccessibleDescriptionRole).toString(), u"");
+
+    ASSERT_TRUE(model.setData(model.index(1, 1), QStringLiteral("A"))) << "it may be called like another";
+    EXPECT_EQ(shown(),
+              QStringList({QStringLiteral("A (#1)"), QStringLiteral("A (#2)"), QStringLiteral("b")}));
+    EXPECT_EQ(model.index(1, 1).data(Qt::EditRole).toString(), u"A");
+    EXPECT_TRUE(model.index(1, 1).data(Qt::AccessibleDescriptionRole).toString().contains(u"#2"));
+    controller().setSelectionIndex(0);
+    outlet<QAction>(QStringLiteral("_movePresetDownAction"))->trigger();
+    outlet<QAction>(QStringLiteral("_movePresetDownAction"))->trigger();
+    EXPECT_EQ(shown(),
+              QStringList({QStringLiteral("A (#1)"), QStringLiteral("b"), QStringLiteral("A (#3)")}));
+    pane->undo();
+    pane->undo();
+    pane->undo();
+    EXPECT_EQ(shown(), asStored);
+}
+
+TEST_F(QNBPrefPanePrefPresets, APresetThatNoCommandCanNameSaysSo)
+{
+    store({preset(QStringLiteral("A")), preset(QStringLiteral("#1")), preset(QStringLiteral("A"))});
+    openPane();
+    const QAbstractItemModel &model = *list().model();
+    EXPECT_EQ(model.index(0, 1).data().toString(), u"A (same label)");
+    EXPECT_FALSE(model.index(0, 1).data(Qt::AccessibleDescriptionRole).toString().isEmpty());
+    EXPECT_EQ(model.index(1, 1).data().toString(), u"#1");
+    EXPECT_EQ(model.index(2, 1).data().toString(), u"A (#3)");
 }
 
 TEST_F(QNBPrefPanePrefPresets, NewPresetsGetUniqueLabelsWithoutRegardToCase)

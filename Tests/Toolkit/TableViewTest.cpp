@@ -26,8 +26,12 @@ const QString handleColumn = QStringLiteral("drag_handle");
 class FakeDelegate final : public TableViewDelegate
 {
 public:
-    void tableViewWillDisplayCell(TableView &, ViewCell &cell, const TableColumn &column, int) override
+    void tableViewWillDisplayCell(TableView &, ViewCell &cell, const TableColumn &column, int row) override
     {
+        if (column.identifier == labelKey && row == 1) {
+            cell.note = note;
+            cell.toolTip = note;
+        }
         if (column.identifier == handleColumn) {
             QPixmap pixmap(8, 8);
             pixmap.fill(Qt::red);
@@ -37,6 +41,8 @@ public:
     }
 
     bool isMask = false;
+    /// What the label of row 1 gets.
+    QString note;
 
     bool tableViewValidateValue(TableView &, QVariant &value, const TableColumn &, int) override
     {
@@ -99,6 +105,29 @@ TEST_F(TableViewTest, ShowsEveryCharacterAndEditsTheTextItself)
     EXPECT_EQ(index.data(Qt::EditRole).toString(), text);
     EXPECT_FALSE(view.model()->setData(index, text));
     EXPECT_EQ(label(1), text);
+}
+
+TEST_F(TableViewTest, ANoteStandsBehindTheTextAndIsNoPartOfIt)
+{
+    delegate.note = QStringLiteral("(second)");
+    const QModelIndex index = view.model()->index(1, 1);
+    EXPECT_EQ(index.data(Qt::DisplayRole).toString(), u"beta (second)");
+    EXPECT_EQ(index.data(Qt::EditRole).toString(), u"beta");
+    EXPECT_EQ(index.data(Qt::AccessibleDescriptionRole).toString(), u"(second)");
+    EXPECT_EQ(view.model()->index(0, 1).data(Qt::DisplayRole).toString(), u"alpha");
+    QHelpEvent event(QEvent::ToolTip, rowCenter(1), view.viewport()->mapToGlobal(rowCenter(1)));
+    QCoreApplication::sendEvent(view.viewport(), &event);
+    EXPECT_EQ(QToolTip::text(), u"<span>(second)</span>");
+    QToolTip::hideText();
+}
+
+TEST_F(TableViewTest, AChangeShowsTheWholeColumnAnew)
+{
+    QSignalSpy changes(view.model(), &QAbstractItemModel::dataChanged);
+    controller.setValueForKey(QStringLiteral("delta"), labelKey, 2);
+    ASSERT_EQ(changes.size(), 1);
+    EXPECT_EQ(changes[0][0].toModelIndex(), view.model()->index(0, 1));
+    EXPECT_EQ(changes[0][1].toModelIndex(), view.model()->index(2, 1));
 }
 
 TEST_F(TableViewTest, ClicksAndKeysSelectThroughTheController)

@@ -1,0 +1,55 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Source/QNBSharedLabels.h"
+
+#include "Platform/LineText.h"
+#include "Source/QNBNumberedPresetName.h"
+#include "Source/QNBPresetRecord.h"
+#include "Toolkit/ArrayController.h"
+#include "Toolkit/ViewCell.h"
+
+namespace {
+
+QString labelOf(const ArrayController::Object &preset)
+{
+    return preset->valueForKey(QNBPresetKey::label).toString();
+}
+
+} // namespace
+
+void QNBSharedLabels::observe(const ArrayController &controller)
+{
+    controller_ = &controller;
+    isCounted_ = false;
+    const auto changed = [this] { isCounted_ = false; };
+    for (const auto change : {&ArrayController::objectInserted, &ArrayController::objectRemoved})
+        QObject::connect(&controller, change, &controller, changed);
+    QObject::connect(&controller, &ArrayController::contentChanged, &controller, changed);
+    QObject::connect(&controller, &ArrayController::objectChanged, &controller, changed);
+}
+
+void QNBSharedLabels::count()
+{
+    isCounted_ = true;
+    presets_.clear();
+    for (const ArrayController::Object &preset : controller_->arrangedObjects())
+        ++presets_[labelOf(preset)];
+}
+
+void QNBSharedLabels::mark(ViewCell &cell, int row)
+{
+    if (!isCounted_)
+        count();
+    const QString label = labelOf(controller_->arrangedObjects().at(row));
+    if (presets_.value(label) < 2)
+        return;
+    const QString name = QNBNumberedPresetName(row);
+    // Who gives that name means the preset with that label.
+    const bool isTaken = presets_.contains(name);
+    cell.note = isTaken ? tr("(same label)") : QStringLiteral("(%1)").arg(name);
+    cell.toolTip =
+        isTaken
+            ? tr("Several presets are called \"%1\". Commands cannot name this one.").arg(lineText(label))
+            : tr("Several presets are called \"%1\". Commands name this one %2.").arg(lineText(label), name);
+}
