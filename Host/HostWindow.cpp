@@ -16,6 +16,7 @@
 #include <QLoggingCategory>
 #include <QScreen>
 #include <QShortcut>
+#include <QStyle>
 #include <QVBoxLayout>
 
 namespace {
@@ -92,8 +93,10 @@ void HostWindow::showChooser(const QStringList &paths)
 
 void HostWindow::setContent(QWidget *content)
 {
-    layout_->addWidget(content, 1);
+    scroller_ = std::make_unique<ContentScroller>(*content);
+    layout_->addWidget(scroller_.get(), 1);
     content->show();
+    scroller_->show();
     if (content->focusProxy())
         content->setFocus();
 }
@@ -112,6 +115,7 @@ Result<> HostWindow::leave()
     }
     session_.reset();
     chooser_.reset();
+    scroller_.reset();
     panePath_.clear();
     return saved;
 }
@@ -168,7 +172,13 @@ void HostWindow::closeEvent(QCloseEvent *event)
 void HostWindow::restorePlace()
 {
     if (panePath_.isEmpty() || !restoreGeometry(WindowPlaces::placeOf(panePath_)))
-        resize(sizeHint().expandedTo(usualSize).boundedTo(screen()->availableSize()));
+        resize(sizeHint().expandedTo(usualSize));
+    // The place may be remembered from a larger screen. How wide the frame is, is known only later.
+    const int title = style()->pixelMetric(QStyle::PM_TitleBarHeight);
+    const int edge = style()->pixelMetric(QStyle::PM_MdiSubWindowFrameWidth);
+    const QSize frame(2 * edge, title + 2 * edge);
+    if (!isMaximized() && !isFullScreen())
+        resize(size().boundedTo(screen()->availableSize() - frame));
 }
 
 void HostWindow::savePlace() const

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "Host/ContentScroller.h"
 #include "Host/PaneSession.h"
 
 #include <QString>
@@ -14,7 +15,8 @@ QT_BEGIN_NAMESPACE
 class QVBoxLayout;
 QT_END_NAMESPACE
 
-/// The host's window, which shows one pane at a time. It remembers its size and place for each pane.
+/// The host's window, which shows one pane at a time. It remembers its size and place for each pane, and
+/// begins no larger than its screen.
 class HostWindow : public QWidget
 {
     Q_OBJECT
@@ -57,6 +59,8 @@ private:
     void savePlace() const;
 
     QVBoxLayout *layout_ = nullptr;
+    /// Whose content goes before, with what made it.
+    std::unique_ptr<ContentScroller> scroller_;
     std::unique_ptr<PaneSession> session_;
     std::unique_ptr<QWidget> chooser_;
     QString panePath_;

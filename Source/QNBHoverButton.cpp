@@ -101,7 +101,7 @@ void QNBHoverButton::paintEvent(QPaintEvent *)
     QPainter painter(this);
     cell_.drawBezelWithFrame(cellFrame(), painter);
     cell_.drawInteriorWithFrame(cellFrame(), painter);
-    if (!hasFocus() || !isFocusedByKeyboard_)
+    if (!isFocusedByKeyboard())
         return;
     constexpr int width = focusRingWidth;
     QPainterPath ring;
@@ -125,8 +125,15 @@ void QNBHoverButton::focusInEvent(QFocusEvent *event)
     // When its window has the keyboard again, what was seen before is seen again.
     const Qt::FocusReason reason = event->reason();
     if (reason != Qt::ActiveWindowFocusReason && reason != Qt::PopupFocusReason)
-        isFocusedByKeyboard_ = reason != Qt::MouseFocusReason;
+        cameByKeyboard_ = reason != Qt::MouseFocusReason;
     QAbstractButton::focusInEvent(event);
+    cell_.focusChanged();
+}
+
+void QNBHoverButton::focusOutEvent(QFocusEvent *event)
+{
+    QAbstractButton::focusOutEvent(event);
+    cell_.focusChanged();
 }
 
 /// The mouse is the button's, wherever it goes, while it is held down.

@@ -34,6 +34,8 @@ public:
     void setDelegate(QNBHoverButtonDelegate *delegate) { delegate_ = delegate; }
 
     bool isHovered() const { return cell_.isHovered(); }
+    /// Whether the keyboard is here, and not only because of a click.
+    bool isFocusedByKeyboard() const { return hasFocus() && cameByKeyboard_; }
     Qt::CheckState state() const { return cell_.state(); }
     void setState(Qt::CheckState state);
     /// For whole lists of buttons; 0 is off, everything else on.
@@ -50,6 +52,7 @@ protected:
     void paintEvent(QPaintEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
     void focusInEvent(QFocusEvent *event) override;
+    void focusOutEvent(QFocusEvent *event) override;
     /// Only the owner decides which button of the row is on.
     void nextCheckState() override {}
 
@@ -60,5 +63,5 @@ private:
     CellClass cell_{*this};
     QString title_;
     QNBHoverButtonDelegate *delegate_ = nullptr;
-    bool isFocusedByKeyboard_ = false;
+    bool cameByKeyboard_ = false;
 };

@@ -5,6 +5,7 @@
 
 #include "Source/QColor+HexInitializer.h"
 #include "Source/QNBHoverButton.h"
+#include "Toolkit/DarkGround.h"
 
 #include <QHash>
 #include <QImage>
@@ -16,7 +17,8 @@
 namespace {
 
 constexpr QColor ground(253, 253, 253);
-constexpr float highlightWhite = 0.9F;
+const QColor lightHighlight = QColor::fromRgbF(0.9F, 0.9F, 0.9F);
+const QColor darkHighlight = QColor::fromRgbF(1.0F, 1.0F, 1.0F, 0.3F);
 constexpr QRect squareInFrame(4, 3, 10, 10);
 constexpr qreal cornerRadius = 1.0;
 constexpr QRect imageInFrame(5, 5, 8, 8);
@@ -122,6 +124,11 @@ void QNBHoverCell::mouseExited()
     controlView_.setNeedsDisplay();
 }
 
+void QNBHoverCell::focusChanged()
+{
+    sendHoverAction();
+}
+
 void QNBHoverCell::setState(Qt::CheckState state)
 {
     if (state == Qt::Unchecked)
@@ -147,9 +154,13 @@ QLinearGradient QNBHoverCell::gradient(const Gel &gel, const QRectF &square)
 
 void QNBHoverCell::drawInteriorWithFrame(const QRect &frame, QPainter &painter) const
 {
-    painter.fillRect(frame, ground);
+    // On a dark ground, that of the button is what shows.
+    const QPalette &palette = controlView_.palette();
+    const bool isDark = isDarkGround(palette.color(QPalette::Base));
+    if (!isDark)
+        painter.fillRect(frame, ground);
     if (isHovered_ || state_ == Qt::Checked)
-        painter.fillRect(frame, QColor::fromRgbF(highlightWhite, highlightWhite, highlightWhite));
+        painter.fillRect(frame, isDark ? darkHighlight : lightHighlight);
 
     const qreal opacity = controlView_.isEnabled() ? 1.0 : disabledOpacity;
     painter.save();
@@ -160,7 +171,12 @@ void QNBHoverCell::drawInteriorWithFrame(const QRect &frame, QPainter &painter) 
         drawSwatch(squareInFrame.translated(frame.topLeft()), painter);
     } else {
         painter.setOpacity(opacity * imageOpacity);
-        const QPixmap pixmap = image.pixmap(imageInFrame.size(), painter.device()->devicePixelRatioF());
+        QPixmap pixmap = image.pixmap(imageInFrame.size(), painter.device()->devicePixelRatioF());
+        if (isDark && image.isMask()) {
+            QPainter tint(&pixmap);
+            tint.setCompositionMode(QPainter::CompositionMode_SourceIn);
+            tint.fillRect(imageInFrame.translated(-imageInFrame.topLeft()), palette.color(QPalette::Text));
+        }
         painter.drawPixmap(imageInFrame.translated(frame.topLeft()), pixmap, pixmap.rect());
     }
     painter.restore();

@@ -16,7 +16,8 @@ QT_END_NAMESPACE
 class QNBHoverButton;
 class QNBHoverCell;
 
-/// Told when the pointer comes to a colour button, moves over it or leaves it.
+/// Told when the pointer comes to a colour button, moves over it or leaves it, and when the keyboard comes or
+/// goes.
 class QNBHoverButtonDelegate
 {
 public:
@@ -25,8 +26,9 @@ public:
 };
 
 /// The face of a colour button: a swatch of the colour that the button's title names, or the button's image
-/// if it has one. Lit while the pointer is over the button and while the button is on. The light ground
-/// belongs to it under dark palettes too.
+/// if it has one. Lit while the pointer is over the button and while the button is on. Under a light palette
+/// it brings a light ground of its own; under a dark one it stands on that of the button, and an image that
+/// is a mask gets the colour of texts.
 class QNBHoverCell
 {
 public:
@@ -56,6 +58,8 @@ public:
     /// Moved over the button with a mouse button down.
     void mouseDragged();
     void mouseExited();
+    /// The button has the keyboard now, or has lost it.
+    void focusChanged();
 
     Qt::CheckState state() const { return state_; }
     /// Off, until the pointer moves again, also means not hovered.

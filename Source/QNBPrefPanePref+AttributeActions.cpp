@@ -83,6 +83,7 @@ void QNBPrefPanePref::setUpAttributeActions()
     permissions->addSeparator();
     QAction *apply = permissions->addAction(_ui_applyPermissionsRecursively->text());
     connect(apply, &QAction::triggered, this, &QNBPrefPanePref::applyPermissionsRecursively);
+    _permissionActions.append(apply);
 
     connect(_permissionsAction, &QAction::triggered, this, &QNBPrefPanePref::showLabelAndPermissions);
     const QList<QAction *> withShortcuts = _labelActions + QList<QAction *>{_permissionsAction};
@@ -103,9 +104,13 @@ void QNBPrefPanePref::updateAttributeActions()
     }
     const QNBPermissions::Boxes boxes =
         QNBPermissions::boxesForPermissions(item ? item->customPermissions() : QVariantMap());
-    for (qsizetype i = 0; i < _permissionActions.size(); ++i) {
-        _permissionActions[i]->setEnabled(item != nullptr);
-        _permissionActions[i]->setChecked(boxes[static_cast<std::size_t>(i)]);
+    for (std::size_t i = 0; i < boxes.size(); ++i) {
+        QAction *action = _permissionActions[static_cast<qsizetype>(i)];
+        action->setEnabled(item != nullptr);
+        action->setChecked(boxes[i]);
     }
+    const bool hasInside = item && item->isDirectory();
+    _ui_applyPermissionsRecursively->setEnabled(hasInside);
+    _permissionActions.constLast()->setEnabled(hasInside);
     _permissionsAction->setEnabled(item != nullptr);
 }

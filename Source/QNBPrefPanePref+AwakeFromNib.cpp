@@ -117,7 +117,8 @@ void QNBPrefPanePref::setUpColorButtons()
         button->setDelegate(this);
     for (const QNBHoverButton *button : std::as_const(_hoverButtons))
         connect(button, &QNBHoverButton::clicked, this, [this, button] { colorLabelButtonClicked(*button); });
-    // The buttons' ground is light under every palette.
-    _ui_clearColorButton->setIcon(TemplateImages::stopProgress(Qt::black));
+    QIcon cross = TemplateImages::stopProgress(Qt::black);
+    cross.setIsMask(true);
+    _ui_clearColorButton->setIcon(cross);
     _ui_clearColorButton->setTitle({});
 }

@@ -4,33 +4,14 @@
 #include "Source/QNBPrefPanePref.h"
 
 #include "Source/QNBAttributeCommands.h"
+#include "Source/QNBShownColorName.h"
 #include "Toolkit/MenuViewAction.h"
 
 #include <QLabel>
 
-namespace {
-
-/// First letter of each word in upper case, the rest in lower case.
-QString capitalized(const QString &name)
-{
-    QString result = name.toLower();
-    for (qsizetype i = 0; i < result.size(); ++i) {
-        if (i == 0 || result.at(i - 1).isSpace())
-            result[i] = result.at(i).toUpper();
-    }
-    return result;
-}
-
-} // namespace
-
 QNBHoverButton *QNBPrefPanePref::colorButton(const QString &name) const
 {
     return dynamic_cast<QNBHoverButton *>(_outlets.value(QStringLiteral("_ui_%1Button").arg(name)));
-}
-
-QString QNBPrefPanePref::shownColorName(const QString &name)
-{
-    return name.isEmpty() ? QString() : QStringLiteral("“%1”").arg(capitalized(name));
 }
 
 void QNBPrefPanePref::colorLabelButtonClicked(const QNBHoverButton &sender)
@@ -71,11 +52,17 @@ void QNBPrefPanePref::updateColorLabelButtons()
 
 void QNBPrefPanePref::colorLabelButtonHovered(QNBHoverCell &sender)
 {
-    // When the pointer leaves, the name falls back to the selected item's own colour.
-    QString name = sender.title();
-    if (!name.isEmpty() && !sender.isHovered()) {
-        const QNBHierarchyItemPtr item = selectedHierarchyItem();
-        name = item ? item->colorName() : QString();
+    const bool isNamed = sender.isHovered() || sender.title().isEmpty();
+    _ui_hoveredColor->setText(shownColorName(isNamed ? sender.title() : nameOfColorNotHovered()));
+}
+
+/// Of the button that has the keyboard, else of the selected item, if that is one of our colours.
+QString QNBPrefPanePref::nameOfColorNotHovered() const
+{
+    for (const QNBHoverButton *button : _hoverButtons) {
+        if (button->isFocusedByKeyboard())
+            return button->title();
     }
-    _ui_hoveredColor->setText(shownColorName(name));
+    const QNBHierarchyItemPtr item = selectedHierarchyItem();
+    return item && colorButton(item->colorName().toLower()) ? item->colorName() : QString();
 }

@@ -3,8 +3,10 @@
 
 #include "Source/QNBPrefPanePref.h"
 
+#include "Source/QNBShownColorName.h"
 #include "Toolkit/DarkGround.h"
 #include "Toolkit/MenuViewAction.h"
+#include "Toolkit/ScrollingMenu.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -12,6 +14,20 @@
 #include <QMenu>
 #include <QPushButton>
 #include <algorithm>
+
+namespace {
+
+/// An open menu does not grow with the name that it shows.
+void makeRoomForNames(QLabel &label, const QList<QNBHoverButton *> &buttons)
+{
+    int width = 0;
+    for (const QNBHoverButton *button : buttons)
+        width = std::max(
+            width, label.fontMetrics().size(Qt::TextSingleLine, shownColorName(button->title())).width());
+    label.setMinimumWidth(width);
+}
+
+} // namespace
 
 void QNBPrefPanePref::makeContextualMenu()
 {
@@ -37,9 +53,12 @@ void QNBPrefPanePref::makeContextualMenu()
         // seen.
         _permissionsGrid->setAutoFillBackground(
             isDarkGround(_ui_presetContextualMenu->palette().color(QPalette::Base)));
-        makeRoomForColorNames();
+        makeRoomForNames(*_ui_hoveredColor, _hoverButtons);
         validateMenu(*_ui_presetContextualMenu);
     });
+    ScrollingMenu::makeOf(*_ui_presetContextualMenu);
+    ScrollingMenu::makeOf(*_itemActionsMenu);
+    ScrollingMenu::makeOf(*_presetActionsMenu);
     _ui_presetHierarchyView->setMenu(_ui_presetContextualMenu);
 }
 
@@ -64,15 +83,4 @@ void QNBPrefPanePref::cancelTracking()
 bool QNBPrefPanePref::isEditingName() const
 {
     return _ui_presetListView->isEditing() || _ui_presetHierarchyView->isEditing();
-}
-
-/// An open menu does not grow with the name that it shows.
-void QNBPrefPanePref::makeRoomForColorNames()
-{
-    int width = 0;
-    for (const QNBHoverButton *button : std::as_const(_hoverButtons))
-        width = std::max(width, _ui_hoveredColor->fontMetrics()
-                                    .size(Qt::TextSingleLine, shownColorName(button->title()))
-                                    .width());
-    _ui_hoveredColor->setMinimumWidth(width);
 }

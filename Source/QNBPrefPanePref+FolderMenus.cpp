@@ -10,6 +10,7 @@
 #include "Source/QNBPresetListCommands.h"
 #include "Toolkit/ArrayController.h"
 #include "Toolkit/PlainText.h"
+#include "Toolkit/ScrollingMenu.h"
 
 #include <QAction>
 #include <QCursor>
@@ -38,10 +39,6 @@ const QString openScriptsFolderAction = QStringLiteral("openScriptsFolder");
 /// Longer texts lose their middle. In characters of average width.
 constexpr int longestEntry = 60;
 constexpr int longestButtonText = 30;
-
-/// A menu that is longer than the screen scrolls. Most styles would show columns of it, the last of which
-/// could not be reached.
-const QString scrollable = QStringLiteral("QMenu { menu-scrollable: 1 }");
 
 /// Keeps the text that an item has while its folder is not empty.
 constexpr char usualTextProperty[] = "usualText";
@@ -104,7 +101,7 @@ void updateFixedItems(const QMenu &menu, bool isNothingChosen, bool isFolderEmpt
 void QNBPrefPanePref::setUpFolderMenus()
 {
     for (QMenu *menu : {_fileContentMenu, _ui_scriptSelectionMenu}) {
-        menu->setStyleSheet(scrollable);
+        ScrollingMenu::makeOf(*menu);
         menu->setToolTipsVisible(true);
         const QList<QAction *> items = menu->actions();
         for (QAction *item : items)

@@ -56,6 +56,8 @@ QWidget *QNBPrefPanePref::loadMainView()
         return nullptr;
     }
     _mainView = view.release();
+    // Whoever shows the view gives the keyboard to the list: the keys for presets and items work at once.
+    _mainView->setFocusProxy(_ui_presetListView);
     awakeFromNib();
     return _mainView;
 }

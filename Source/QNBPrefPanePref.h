@@ -368,8 +368,7 @@ private:
     using PermissionCheckboxes = std::array<QCheckBox *, QNBPermissions::numberOfBoxes>;
     /// The button of the outlet that \a name makes, letter by letter; null if there is none.
     QNBHoverButton *colorButton(const QString &name) const;
-    /// In typographic quotes; nothing for the empty name.
-    static QString shownColorName(const QString &name);
+    QString nameOfColorNotHovered() const;
     PermissionCheckboxes permissionCheckboxes() const;
     void setUpPermissions();
     void setUpAttributeActions();
@@ -378,7 +377,6 @@ private:
     void showLabelAndPermissions();
     /// Closes the contextual menu, if it is open.
     void cancelTracking();
-    void makeRoomForColorNames();
     bool isEditingName() const;
 
     Services _services;
@@ -488,7 +486,7 @@ private:
     MenuViewAction *_colorRowAction = nullptr;
     /// No label, then the colours in the order of their buttons.
     QList<QAction *> _labelActions;
-    /// In the order of permissionCheckboxes().
+    /// In the order of permissionCheckboxes(), then the one for everything inside.
     QList<QAction *> _permissionActions;
     QNBHierarchyItemPtr _rootPresetHierarchyItem;
     std::weak_ptr<QNBHierarchyItem> _levelWithChildNames;

@@ -9,6 +9,15 @@
 #include <QMenu>
 #include <algorithm>
 
+namespace {
+
+bool canBeUsed(const QWidget *control)
+{
+    return control->isEnabled();
+}
+
+} // namespace
+
 MenuViewAction::MenuViewAction(QWidget *view, Rows rows, QObject *parent)
     : QWidgetAction(parent)
     , rows_(std::move(rows))
@@ -78,11 +87,15 @@ void MenuViewAction::becomeCurrent()
 
 QWidget &MenuViewAction::wayIn(int key) const
 {
-    if (key == Qt::Key_Backtab && !tabStops_.isEmpty())
-        return *tabStops_.constLast();
-    const QList<QWidget *> &lastRow = rows_.constLast();
-    if (key == Qt::Key_Up && !lastRow.contains(entrance_))
-        return *lastRow.constFirst();
+    if (key == Qt::Key_Backtab) {
+        const auto stop = std::find_if(tabStops_.crbegin(), tabStops_.crend(), canBeUsed);
+        return stop == tabStops_.crend() ? *entrance_ : **stop;
+    }
+    const auto lastRow = std::find_if(rows_.crbegin(), rows_.crend(), [](const QList<QWidget *> &row) {
+        return canBeUsed(row.constFirst());
+    });
+    if (key == Qt::Key_Up && lastRow != rows_.crend() && !lastRow->contains(entrance_))
+        return *lastRow->constFirst();
     return *entrance_;
 }
 
@@ -135,12 +148,13 @@ bool MenuViewAction::moveToRow(QWidget &control, int rows)
         const qsizetype column = rows_[i].indexOf(&control);
         if (column < 0)
             continue;
-        const qsizetype target = i + rows;
-        if (target < 0 || target >= rows_.size())
-            return false;
-        const QList<QWidget *> &row = rows_[target];
-        row[std::min(column, row.size() - 1)]->setFocus(Qt::TabFocusReason);
-        return true;
+        for (qsizetype target = i + rows; target >= 0 && target < rows_.size(); target += rows) {
+            QWidget *next = rows_[target][std::min(column, rows_[target].size() - 1)];
+            if (!canBeUsed(next))
+                continue;
+            next->setFocus(Qt::TabFocusReason);
+            return true;
+        }
     }
     return false;
 }
@@ -150,7 +164,9 @@ bool MenuViewAction::moveToTabStop(QWidget &control, int stops)
 {
     // What is no stop of its own is the entrance's.
     const QList<QWidget *> all = QList<QWidget *>{entrance_} + tabStops_;
-    const qsizetype target = std::max<qsizetype>(all.indexOf(&control), 0) + stops;
+    qsizetype target = std::max<qsizetype>(all.indexOf(&control), 0) + stops;
+    while (target >= 0 && target < all.size() && !canBeUsed(all[target]))
+        target += stops;
     if (target < 0 || target >= all.size())
         return false;
     all[target]->setFocus(stops > 0 ? Qt::TabFocusReason : Qt::BacktabFocusReason);

@@ -16,7 +16,8 @@ QT_END_NAMESPACE
 /// arrows go among the controls, which stand in rows, and beyond the first and the last row to the menu's
 /// other entries; Tab goes on to the next entry, by way of the controls that are stops of its own. The way
 /// back leads by the same places: Up comes in at the last row, Backtab at the last stop. Return presses a
-/// button as Space does. A click beside the controls does not choose the entry.
+/// button as Space does. Controls that are disabled are passed over. A click beside the controls does not
+/// choose the entry.
 class MenuViewAction final : public QWidgetAction
 {
 public:

@@ -15,6 +15,7 @@
 #include <QListWidget>
 #include <QMessageBox>
 #include <QScreen>
+#include <QScrollArea>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
@@ -168,6 +169,35 @@ TEST_F(HostWindowTest, TheUsualKeysAskToCloseIt)
     QTest::keyClick(&*window_, Qt::Key_W, Qt::ControlModifier);
     EXPECT_EQ(closing.count(), 2);
     EXPECT_TRUE(window_->isVisible());
+}
+
+TEST_F(HostWindowTest, FitsItsScreenWhateverRoomThePaneNeeds)
+{
+    qputenv("QUENBY_TEST_BEHAVIOUR", "need much room");
+    window_->showPane(panePath());
+    showWindow();
+    const QSize screen = window_->screen()->availableSize();
+    const auto fits = [&screen](const QSize &size) {
+        return size.width() < screen.width() && size.height() < screen.height();
+    };
+    EXPECT_TRUE(fits(window_->size())) << window_->width() << "x" << window_->height();
+    EXPECT_TRUE(fits(window_->minimumSizeHint()));
+    const auto *scroller = window_->findChild<QScrollArea *>();
+    ASSERT_TRUE(scroller && scroller->widget());
+    EXPECT_EQ(scroller->widget()->size(), QSize(5000, 4000)) << "the rest of it is scrolled to";
+}
+
+TEST_F(HostWindowTest, APlaceFromALargerScreenIsMadeToFit)
+{
+    window_->showPane(panePath());
+    showWindow();
+    window_->resize(3000, 2000);
+    window_.reset();
+    window_.emplace();
+    window_->showPane(panePath());
+    const QSize screen = window_->screen()->availableSize();
+    EXPECT_LT(window_->width(), screen.width());
+    EXPECT_LT(window_->height(), screen.height());
 }
 
 TEST_F(HostWindowTest, RemembersTheSizeForEachPane)

@@ -66,6 +66,8 @@ public:
             QThread::msleep(5);
         if (!isAskedFor("make no view"))
             view_ = new RecordedView;
+        if (isAskedFor("need much room"))
+            view_->setMinimumSize(5000, 4000);
         return view_;
     }
     QWidget *mainView() const override { return view_; }

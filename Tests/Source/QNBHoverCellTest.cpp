@@ -283,6 +283,34 @@ TEST_P(QNBHoverCellTest, TheGradientHasRoundedCornersOnTheWhiteSquare)
         << "the sides are straight";
 }
 
+TEST_P(QNBHoverCellTest, OnADarkGroundThatGroundShows)
+{
+    const int ratio = GetParam();
+    button.setPalette(QPalette(QColor(40, 40, 40)));
+    button.setTitle(QStringLiteral("red"));
+    const QImage plain = draw(ratio);
+    EXPECT_EQ(plain.pixelColor(0, 0), QColor(Qt::red)) << "what it is drawn on";
+    EXPECT_NE(plain.pixelColor(9 * ratio, 8 * ratio), QColor(Qt::red)) << "the swatch";
+    cell.setIsHovered(true);
+    const QColor highlight = draw(ratio).pixelColor(0, 0);
+    EXPECT_GT(highlight.lightness(), plain.pixelColor(0, 0).lightness());
+    EXPECT_NE(highlight, lit);
+}
+
+TEST_P(QNBHoverCellTest, OnADarkGroundATemplateImageIsLight)
+{
+    const int ratio = GetParam();
+    QPixmap pixmap(16, 16);
+    pixmap.fill(Qt::black);
+    QIcon icon(pixmap);
+    button.setPalette(QPalette(QColor(40, 40, 40)));
+    button.setIcon(icon);
+    EXPECT_LT(draw(ratio).pixelColor(QPoint(9, 9) * ratio).green(), 10) << "a picture stays as it is";
+    icon.setIsMask(true);
+    button.setIcon(icon);
+    EXPECT_GT(draw(ratio).pixelColor(QPoint(9, 9) * ratio).green(), 150);
+}
+
 TEST_P(QNBHoverCellTest, AnImageIsDrawnIntoItsPlaceAtItsOpacity)
 {
     const int ratio = GetParam();

@@ -55,7 +55,7 @@ protected:
     QString focused() const
     {
         const QWidget *widget = menu().focusWidget();
-        return widget ? widget->objectName() : QString();
+        return widget && widget != &menu() ? widget->objectName() : QString();
     }
 
     void expectNothingIsClipped(const QString &name) const
@@ -208,6 +208,10 @@ TEST_F(QNBPrefPanePrefAttributeActions, ThePermissionsMenuSetsBitsAndAppliesThem
               QStringList({QStringLiteral("Owner: Read"), QStringLiteral("Owner: Write"),
                            QStringLiteral("Owner: Execute"), QStringLiteral("Group: Read"),
                            QStringLiteral("Group: Write"), QStringLiteral("Others: Read")}));
+    outline().selectRow(2);
+    EXPECT_FALSE(entries.actions().constLast()->isEnabled()) << "a file has nothing inside";
+    outline().selectRow(1);
+    EXPECT_TRUE(entries.actions().constLast()->isEnabled());
     entries.actions().at(1)->trigger();
     entries.actions().at(8)->trigger();
     EXPECT_EQ(permissions(1), u"565");
@@ -274,7 +278,7 @@ TEST_F(QNBPrefPanePrefAttributeActions, ArrowsGoThroughThePermissionsInTheMenu)
 TEST_F(QNBPrefPanePrefAttributeActions, TabMovesOnAndEscapeCloses)
 {
     open();
-    outline().selectRow(0);
+    outline().selectRow(1);
     press(Qt::Key_I, Qt::ControlModifier);
     press(Qt::Key_Tab);
     EXPECT_EQ(focused(), u"_ui_permOwnerR");
@@ -289,15 +293,34 @@ TEST_F(QNBPrefPanePrefAttributeActions, TabMovesOnAndEscapeCloses)
     press(Qt::Key_Escape);
     EXPECT_FALSE(menu().isVisible());
     EXPECT_TRUE(outline().hasFocus());
-    EXPECT_EQ(item(0).colorName(), u"");
-    EXPECT_EQ(permissions(0), u"764");
+    EXPECT_EQ(item(1).colorName(), u"");
+    EXPECT_EQ(permissions(1), u"764");
+}
+
+TEST_F(QNBPrefPanePrefAttributeActions, KeysPassOverTheButtonThatIsOffForAFile)
+{
+    open();
+    outline().selectRow(0);
+    press(Qt::Key_I, Qt::ControlModifier);
+    press(Qt::Key_Tab);
+    press(Qt::Key_Tab);
+    EXPECT_EQ(focused(), u"") << "the menu's first entry, not a stop in between";
+    press(Qt::Key_Backtab);
+    EXPECT_EQ(focused(), u"_ui_permOwnerR");
+    press(Qt::Key_Down);
+    press(Qt::Key_Down);
+    EXPECT_EQ(focused(), u"_ui_permOthersR");
+    press(Qt::Key_Down);
+    EXPECT_EQ(focused(), u"");
+    press(Qt::Key_Up);
+    EXPECT_EQ(focused(), u"_ui_permOthersR");
 }
 
 TEST_F(QNBPrefPanePrefAttributeActions, TabAndBacktabComeByTheSameStopsOfTheMenu)
 {
     open();
-    item(0).setColorName(QStringLiteral("red"));
-    outline().selectRow(0);
+    item(1).setColorName(QStringLiteral("red"));
+    outline().selectRow(1);
     press(Qt::Key_F10, Qt::ShiftModifier);
     ASSERT_TRUE(menu().isVisible());
     const auto once = [&](Qt::Key key) {
@@ -342,8 +365,7 @@ TEST_F(QNBPrefPanePrefAttributeActions, TheViewsInTheMenuNeedASelectedItem)
         outline().selectRow(row);
         menu().popup(QPoint());
         const bool isEnabled = row != OutlineView::noRow;
-        for (const char *name :
-             {"_ui_redButton", "_ui_clearColorButton", "_ui_permOthersX", "_ui_applyPermissionsRecursively"})
+        for (const char *name : {"_ui_redButton", "_ui_clearColorButton", "_ui_permOthersX"})
             EXPECT_EQ(outlet<QWidget>(QString::fromLatin1(name))->isEnabled(), isEnabled) << name << row;
         menu().close();
     }

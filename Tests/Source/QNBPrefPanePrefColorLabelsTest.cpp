@@ -120,7 +120,29 @@ TEST_F(QNBPrefPanePrefColorLabels, AnUnknownColorLightsNoButton)
         outline().selectRow(row);
         EXPECT_EQ(lit(), QStringList()) << row;
         EXPECT_EQ(colorName(), u"") << row;
+        enter(QStringLiteral("red"));
+        leave(QStringLiteral("red"));
+        EXPECT_EQ(colorName(), u"") << row;
     }
+}
+
+TEST_F(QNBPrefPanePrefColorLabels, TheButtonWithTheKeyboardIsNamed)
+{
+    openWithColors({QStringLiteral("green")});
+    outline().selectRow(0);
+    outlet<QAction>(QStringLiteral("_permissionsAction"))->trigger();
+    ASSERT_TRUE(button(QStringLiteral("green")).hasFocus());
+    EXPECT_EQ(colorName(), u"“Green”");
+    QTest::keyClick(&button(QStringLiteral("green")), Qt::Key_Left);
+    EXPECT_EQ(colorName(), u"“Yellow”");
+    enter(QStringLiteral("purple"));
+    EXPECT_EQ(colorName(), u"“Purple”");
+    leave(QStringLiteral("purple"));
+    EXPECT_EQ(colorName(), u"“Yellow”") << "the keyboard is still there";
+    outlet<QWidget>(QStringLiteral("_ui_permOwnerR"))->setFocus(Qt::TabFocusReason);
+    EXPECT_EQ(colorName(), u"“Green”");
+    button(QStringLiteral("clearColor")).setFocus(Qt::TabFocusReason);
+    EXPECT_EQ(colorName(), u"");
 }
 
 TEST_F(QNBPrefPanePrefColorLabels, ClickingAButtonSetsTheColorLightsItAndClosesTheMenu)

@@ -7,6 +7,7 @@
 
 #include <QAction>
 #include <QMenu>
+#include <QStyle>
 
 namespace {
 
@@ -88,6 +89,15 @@ TEST_F(QNBPrefPanePrefContextualMenu, IsValidatedWheneverItOpens)
     Q_EMIT menu->aboutToShow();
     EXPECT_TRUE(rename->isEnabled());
     EXPECT_FALSE(contents->isEnabled());
+}
+
+TEST_F(QNBPrefPanePrefContextualMenu, ScrollsWhereTheScreenIsTooLow)
+{
+    openPane();
+    for (const char *name : {"_ui_presetContextualMenu", "_itemActionsMenu", "_presetActionsMenu"}) {
+        const auto *menu = outlet<QMenu>(QString::fromLatin1(name));
+        EXPECT_TRUE(menu->style()->styleHint(QStyle::SH_Menu_Scrollable, nullptr, menu)) << name;
+    }
 }
 
 } // namespace

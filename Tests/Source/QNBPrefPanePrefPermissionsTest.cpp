@@ -333,15 +333,18 @@ TEST_F(QNBPrefPanePrefPermissions, ClicksClearAndSetOwnerWriteAndMakeOwnerReadOf
     EXPECT_EQ(item(0).customPermissions(), permissions(13, 0, 0));
 }
 
-TEST_F(QNBPrefPanePrefPermissions, TheButtonInTheOpenMenuAppliesToAFileAlone)
+TEST_F(QNBPrefPanePrefPermissions, TheButtonIsOffForAFileThatHasNothingInside)
 {
     openTree();
-    outline().selectRow(2);
-    openMenu();
-    QTest::mouseClick(&box(QStringLiteral("OthersR")), Qt::LeftButton);
-    QTest::mouseClick(outlet<QPushButton>(QStringLiteral("_ui_applyPermissionsRecursively")), Qt::LeftButton);
-    for (int row = 0; row < outline().numberOfRows(); ++row)
-        EXPECT_EQ(item(row).customPermissions(), permissions(7, 6, row == 2 ? 0 : 4)) << row;
+    const auto *apply = outlet<QPushButton>(QStringLiteral("_ui_applyPermissionsRecursively"));
+    EXPECT_FALSE(apply->isEnabled());
+    for (int row = 0; row < outline().numberOfRows(); ++row) {
+        outline().selectRow(row);
+        EXPECT_EQ(apply->isEnabled(), item(row).isDirectory()) << row;
+        openMenu();
+        EXPECT_EQ(apply->isEnabled(), item(row).isDirectory()) << row;
+        menu().close();
+    }
 }
 
 TEST_F(QNBPrefPanePrefPermissions, TheButtonInTheOpenMenuAppliesAndClosesIt)
