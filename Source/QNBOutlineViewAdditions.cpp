@@ -53,8 +53,8 @@ void logKey(const QKeyEvent &event)
 {
     if (isModifierKey(event))
         return;
-    const std::optional<KeyCombo> combo = KeyCodes::fromQt(event.keyCombination());
-    qCDebug(lcKeys, "kestroke: %d", combo ? static_cast<int>(combo->code) : codeOfUnknownKey);
+    const KeyCodes::Key *key = KeyCodes::pressed(event.nativeScanCode(), event.keyCombination());
+    qCDebug(lcKeys, "kestroke: %d", key ? static_cast<int>(key->code) : codeOfUnknownKey);
 }
 
 } // namespace

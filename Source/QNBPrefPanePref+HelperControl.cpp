@@ -12,6 +12,7 @@
 #include <QPushButton>
 #include <QTimer>
 #include <csignal>
+#include <functional>
 
 namespace {
 
@@ -31,6 +32,20 @@ const QString stoppedStatus = QStringLiteral("Status: Quenby is stopped");
 constexpr std::chrono::microseconds helperPause(250'000);
 constexpr std::chrono::milliseconds installerDelay(1000);
 
+/// Has the helper leave the present shortcut to the recorder: else its keys would show the presets.
+void tellOfRecording(KeyComboRecorder &recorder, const std::function<void(const QString &)> &post)
+{
+    auto *repeat = new QTimer(&recorder);
+    repeat->setInterval(QNBHotKeyRecordingInterval);
+    QObject::connect(repeat, &QTimer::timeout, &recorder,
+                     [post] { post(QNBHotKeyIsBeingRecordedNotification); });
+    QObject::connect(
+        &recorder, &KeyComboRecorder::recordingChanged, &recorder, [post, repeat](bool isRecording) {
+            isRecording ? repeat->start() : repeat->stop();
+            post(isRecording ? QNBHotKeyIsBeingRecordedNotification : QNBHotKeyRecordingEndedNotification);
+        });
+}
+
 } // namespace
 
 void QNBPrefPanePref::setUpHelperControl()
@@ -41,6 +56,7 @@ void QNBPrefPanePref::setUpHelperControl()
             [this](const KeyCombo &combo) {
                 shortcutRecorderKeyComboDidChange(*_ui_shortcutRecorderControl, combo);
             });
+    tellOfRecording(*_ui_shortcutRecorderControl, _services.postNotificationName);
 
     const QVariant launchHelper = _services.preferences->copyAppValue(QNBPreferenceKey::launchHelperOnStart);
     // Who never chose wants it.

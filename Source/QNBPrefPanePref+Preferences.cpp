@@ -72,8 +72,8 @@ Result<> QNBPrefPanePref::catchUpWithStored()
     const KeyCombo combo = _ui_shortcutRecorderControl->keyCombo();
     if (_ui_showMenubar->isChecked() != showMenubar)
         stored.showMenubar = !showMenubar;
-    if (const QNBKeyCombo chosen{.flags = combo.flags, .code = combo.code}; chosen != shortcutCombo)
-        stored.shortcutCombo = chosen;
+    if (combo != shortcutCombo)
+        stored.shortcutCombo = combo;
     stored.presets = shownPresets();
     takeSettings(stored);
     showOptions(showMenubar, shortcutCombo);
@@ -88,15 +88,14 @@ Result<> QNBPrefPanePref::catchUpWithStored()
 void QNBPrefPanePref::showOptions(bool isMenubarShown, const QNBKeyCombo &combo)
 {
     _ui_showMenubar->setChecked(isMenubarShown);
-    _ui_shortcutRecorderControl->setKeyCombo({.flags = combo.flags, .code = combo.code});
+    _ui_shortcutRecorderControl->setKeyCombo(combo);
 }
 
 QNBSettings QNBPrefPanePref::shownSettings() const
 {
-    const KeyCombo combo = _ui_shortcutRecorderControl->keyCombo();
     QNBSettings settings;
     settings.showMenubar = _ui_showMenubar->checkState() == Qt::Checked;
-    settings.shortcutCombo = {.flags = combo.flags, .code = combo.code};
+    settings.shortcutCombo = _ui_shortcutRecorderControl->keyCombo();
     settings.presets = shownPresets();
     return settings;
 }

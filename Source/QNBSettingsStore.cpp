@@ -84,6 +84,19 @@ BinaryPropertyListWriter::Ref encodePresets(const Presets &presets, BinaryProper
     return writer.array(records);
 }
 
+QNBKeyCombo storedCombo(qint64 flags, qint64 code, const QVariant &isPlace)
+{
+    QNBKeyCombo combo{quint64(flags), code};
+    combo.mayMeanCharacter = !combo.isEmpty() && !PropertyList::boolValue(isPlace).value_or(false);
+    return combo;
+}
+
+/// Nothing is said of a hot key that there is not.
+bool isKnownPlace(const QNBKeyCombo &combo)
+{
+    return !combo.isEmpty() && !combo.mayMeanCharacter;
+}
+
 void readHotKey(const Preferences &preferences, QNBKeyCombo &combo)
 {
     const QVariant code = preferences.copyAppValue(QNBPreferenceKey::hotKeyCode);
@@ -96,8 +109,7 @@ void readHotKey(const Preferences &preferences, QNBKeyCombo &combo)
         qCWarning(lcStore) << "the hot key is no pair of numbers";
         return;
     }
-    combo.code = *codeValue;
-    combo.flags = static_cast<quint64>(*flagsValue);
+    combo = storedCombo(*flagsValue, *codeValue, preferences.copyAppValue(QNBPreferenceKey::hotKeyIsPlace));
 }
 
 } // namespace
@@ -174,6 +186,8 @@ Result<> write(Preferences &preferences, const QNBSettings &settings)
     preferences.setAppValue(QNBPreferenceKey::hotKeyCode, qlonglong(settings.shortcutCombo.code));
     // Signed, as they are read: all 64 bits come back.
     preferences.setAppValue(QNBPreferenceKey::hotKeyFlags, qlonglong(settings.shortcutCombo.flags));
+    if (isKnownPlace(settings.shortcutCombo))
+        preferences.setAppValue(QNBPreferenceKey::hotKeyIsPlace, true);
     return preferences.appSynchronize();
 }
 
@@ -217,14 +231,16 @@ EncodedPreference encode(const QNBSettingsSnapshot &settings)
 {
     EncodedPreference all;
     BinaryPropertyListWriter &writer = all.writer;
-    std::vector keys{writer.string(QNBPreferenceKey::presetsStored), writer.string(QNBPreferenceKey::presets),
-                     writer.string(QNBPreferenceKey::showMenubar),
-                     writer.string(QNBPreferenceKey::hotKeyCode),
-                     writer.string(QNBPreferenceKey::hotKeyFlags)};
+    std::vector keys{
+        writer.string(QNBPreferenceKey::presetsStored), writer.string(QNBPreferenceKey::presets),
+        writer.string(QNBPreferenceKey::showMenubar),   writer.string(QNBPreferenceKey::hotKeyCode),
+        writer.string(QNBPreferenceKey::hotKeyFlags),   writer.string(QNBPreferenceKey::hotKeyIsPlace)};
     std::vector values{writer.value(QVariantMap{{QNBPreferenceKey::presetsStoredLoaded, true}}),
-                       encodePresets(settings.presets, writer), writer.boolean(settings.showMenubar),
+                       encodePresets(settings.presets, writer),
+                       writer.boolean(settings.showMenubar),
                        writer.integer(settings.shortcutCombo.code),
-                       writer.integer(qlonglong(settings.shortcutCombo.flags))};
+                       writer.integer(qlonglong(settings.shortcutCombo.flags)),
+                       writer.boolean(isKnownPlace(settings.shortcutCombo))};
     if (settings.taken.isValid()) {
         keys.push_back(writer.string(QNBPreferenceKey::taken));
         values.push_back(writer.value(settings.taken));
@@ -255,8 +271,9 @@ Result<QNBSettings> decode(const PropertyListDocument::Ptr &document)
         return Result<QNBSettings>::failure(losses.join(QStringLiteral("; ")));
     settings.showMenubar =
         PropertyList::boolValue(root.value(QNBPreferenceKey::showMenubar).toVariant()).value_or(true);
-    settings.shortcutCombo = {.flags = quint64(number(QNBPreferenceKey::hotKeyFlags).value_or(0)),
-                              .code = number(QNBPreferenceKey::hotKeyCode).value_or(0)};
+    settings.shortcutCombo = storedCombo(number(QNBPreferenceKey::hotKeyFlags).value_or(0),
+                                         number(QNBPreferenceKey::hotKeyCode).value_or(0),
+                                         root.value(QNBPreferenceKey::hotKeyIsPlace).toVariant());
     return settings;
 }
 

@@ -4,20 +4,17 @@
 #pragma once
 
 #include "Platform/Bundle.h"
+#include "Platform/KeyCodes.h"
 #include "Platform/Preferences.h"
 #include "Source/QNBPresetRecord.h"
 
 #include <QList>
+#include <chrono>
 #include <optional>
 #include <vector>
 
 /// The hot key as the domain stores it: virtual key code and modifier mask of the original platform.
-struct QNBKeyCombo
-{
-    quint64 flags = 0;
-    qint64 code = 0;
-    friend bool operator==(const QNBKeyCombo &, const QNBKeyCombo &) = default;
-};
+using QNBKeyCombo = KeyCombo;
 
 /// What the pane and the helper share through the product's preference domain.
 struct QNBSettings
@@ -44,6 +41,8 @@ inline const QString presetsStoredLoaded = QStringLiteral("loaded");
 inline const QString showMenubar = QStringLiteral("QNBShowMenubar");
 inline const QString hotKeyCode = QStringLiteral("QNBHotKeyCode");
 inline const QString hotKeyFlags = QStringLiteral("QNBHotKeyFlags");
+/// True for a hot key that is known to be stored by its place on the keyboard.
+inline const QString hotKeyIsPlace = QStringLiteral("QNBHotKeyIsPlace");
 inline const QString launchHelperOnStart = QStringLiteral("QNBLaunchHelperOnStart");
 inline const QString alreadyAskedToInstallCMM = QStringLiteral("QNBAlreadyAskedToInstallCMM");
 /// In what encode() makes, never in the domain.
@@ -53,6 +52,15 @@ inline const QString taken = QStringLiteral("QNBTaken");
 /// Posted after every save.
 inline const QString QNBPresetConfigurationChangedNotification =
     QStringLiteral("QNBPresetConfigurationChangedNotification");
+
+/// Posted when the pane begins to record a hot key, and at intervals while it does: a running helper leaves
+/// the present one to it. After the last of them the helper waits for three intervals at most.
+inline const QString QNBHotKeyIsBeingRecordedNotification =
+    QStringLiteral("QNBHotKeyIsBeingRecordedNotification");
+inline constexpr std::chrono::milliseconds QNBHotKeyRecordingInterval(2000);
+/// Posted when it has ended.
+inline const QString QNBHotKeyRecordingEndedNotification =
+    QStringLiteral("QNBHotKeyRecordingEndedNotification");
 
 /// Loads and saves the settings; the pane's readPreferences and writePreferences in a form without widgets.
 namespace QNBSettingsStore {

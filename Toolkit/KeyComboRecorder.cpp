@@ -3,24 +3,22 @@
 
 #include "Toolkit/KeyComboRecorder.h"
 
+#include "Toolkit/KeyComboRules.h"
 #include "Toolkit/KeyComboText.h"
+#include "Toolkit/PlainText.h"
 
 #include <QEvent>
-#include <QHBoxLayout>
+#include <QGridLayout>
 #include <QKeyEvent>
 #include <QPushButton>
 #include <QToolButton>
+
+#include <utility>
 
 namespace {
 
 /// Room for most combinations, so that the control keeps its size while recording.
 constexpr int fieldWidth = 200;
-
-bool isModifierKey(int key)
-{
-    return key == Qt::Key_Shift || key == Qt::Key_Control || key == Qt::Key_Meta || key == Qt::Key_Alt ||
-           key == Qt::Key_AltGr || key == Qt::Key_CapsLock || key == Qt::Key_unknown || key == 0;
-}
 
 bool isFocusKey(const QKeyEvent &event)
 {
@@ -28,10 +26,10 @@ bool isFocusKey(const QKeyEvent &event)
     return isPlain && (event.key() == Qt::Key_Tab || event.key() == Qt::Key_Backtab);
 }
 
-// A hot key without a modifier would take a key away from every program; function keys are made for it.
-bool mayStandAlone(const QKeyCombination &keys)
+// An ampersand would be taken for the mark of a mnemonic.
+QString buttonText(QString text)
 {
-    return keys.key() >= Qt::Key_F1 && keys.key() <= Qt::Key_F35;
+    return text.replace(u'&', QStringLiteral("&&"));
 }
 
 } // namespace
@@ -40,11 +38,16 @@ KeyComboRecorder::KeyComboRecorder(QWidget *parent)
     : QWidget(parent)
     , field_(new QPushButton(this))
     , clearButton_(new QToolButton(this))
+    , remark_(PlainText::label({}, this))
 {
-    auto *layout = new QHBoxLayout(this);
+    auto *layout = new QGridLayout(this);
     layout->setContentsMargins({});
-    layout->addWidget(field_);
-    layout->addWidget(clearButton_);
+    layout->addWidget(field_, 0, 0);
+    layout->addWidget(clearButton_, 0, 1, Qt::AlignLeft);
+    layout->addWidget(remark_, 1, 0, 1, 2);
+    layout->setColumnStretch(1, 1);
+    remark_->setWordWrap(true);
+    remark_->hide();
     field_->setCheckable(true);
     field_->setMinimumWidth(fieldWidth);
     field_->setAutoDefault(false);
@@ -55,7 +58,10 @@ KeyComboRecorder::KeyComboRecorder(QWidget *parent)
     setFocusProxy(field_);
     // A label leads to what takes the keyboard, whoever that is.
     setFocusPolicy(Qt::StrongFocus);
-    connect(field_, &QPushButton::toggled, this, &KeyComboRecorder::updateTexts);
+    connect(field_, &QPushButton::toggled, this, [this](bool isOn) {
+        remark({});
+        Q_EMIT recordingChanged(isOn);
+    });
     connect(clearButton_, &QToolButton::clicked, this, [this] { choose({}); });
     updateTexts();
 }
@@ -81,15 +87,8 @@ bool KeyComboRecorder::eventFilter(QObject *watched, QEvent *event)
         // The keys are ours, not the window's.
         event->accept();
         return true;
-    case QEvent::KeyPress: {
-        const auto *keyEvent = static_cast<QKeyEvent *>(event);
-        // Nobody without a mouse may be caught here.
-        if (isFocusKey(*keyEvent))
-            return false;
-        if (!isModifierKey(keyEvent->key()))
-            takeKeys(keyEvent->keyCombination());
-        return true;
-    }
+    case QEvent::KeyPress:
+        return takeKey(*static_cast<QKeyEvent *>(event));
     case QEvent::KeyRelease:
         return true;
     case QEvent::FocusOut:
@@ -108,27 +107,65 @@ void KeyComboRecorder::changeEvent(QEvent *event)
         updateTexts();
 }
 
+void KeyComboRecorder::showEvent(QShowEvent *event)
+{
+    QWidget::showEvent(event);
+    // The layout may have changed.
+    updateTexts();
+}
+
 void KeyComboRecorder::updateTexts()
 {
-    const QString words = combo_.isEmpty() ? tr("None") : keyComboText(combo_);
-    field_->setText(isRecording() ? tr("Press the keys…") : words);
+    const QString words = combo_.isEmpty() ? tr("None") : keyComboText(combo_, KeyboardLayout::active());
+    field_->setText(buttonText(isRecording() ? tr("Press the keys…") : words));
     field_->setAccessibleName(accessibleName().isEmpty() ? tr("Shortcut") : accessibleName());
-    field_->setAccessibleDescription(words);
+    field_->setAccessibleDescription(remark_->text().isEmpty() ? words : remark_->text());
     field_->setToolTip(tr("Press to record another shortcut"));
     clearButton_->setEnabled(!combo_.isEmpty());
 }
 
-void KeyComboRecorder::takeKeys(QKeyCombination keys)
+bool KeyComboRecorder::takeKey(const QKeyEvent &event)
 {
-    const bool isPlain = (keys.keyboardModifiers() & ~(Qt::ShiftModifier | Qt::KeypadModifier)) == 0;
-    if (isPlain && keys.key() == Qt::Key_Escape) {
+    // Nobody without a mouse may be caught here.
+    if (isFocusKey(event))
+        return false;
+    if (event.isAutoRepeat() || KeyComboRules::isModifier(Qt::Key(event.key())))
+        return true;
+    const bool isPlain = (event.modifiers() & ~Qt::KeypadModifier) == 0;
+    const KeyCodes::Key *key = KeyCodes::pressed(event.nativeScanCode(), event.keyCombination());
+    if (isPlain && event.key() == Qt::Key_Escape)
         field_->setChecked(false);
-    } else if (isPlain && (keys.key() == Qt::Key_Delete || keys.key() == Qt::Key_Backspace)) {
+    else if (isPlain && (event.key() == Qt::Key_Delete || event.key() == Qt::Key_Backspace))
         choose({});
-    } else if (!isPlain || mayStandAlone(keys)) {
-        if (const std::optional<KeyCombo> combo = KeyCodes::fromQt(keys))
-            choose(*combo);
+    else if (key)
+        takeCombo({KeyCodes::flagsOf(event.modifiers()), key->code}, event.keyCombination());
+    else
+        remark(tr("This key cannot be used in a shortcut."));
+    return true;
+}
+
+void KeyComboRecorder::takeCombo(const KeyCombo &combo, QKeyCombination keys)
+{
+    const auto name = [&combo] { return keyComboText(combo, KeyboardLayout::active()); };
+    const bool isConfirmed = combo == std::exchange(doubtful_, {});
+    if (KeyComboRules::needsModifier(combo)) {
+        remark(tr("Every program needs %1. Press it together with Ctrl, Alt or Meta.").arg(name()));
+    } else if (const QString meaning = KeyComboRules::usualMeaning(combo, keys);
+               !meaning.isEmpty() && !isConfirmed) {
+        remark(tr("Most programs use %1 for \"%2\". Press it again to take it all the same.")
+                   .arg(name(), meaning));
+        doubtful_ = combo;
+    } else {
+        choose(combo);
     }
+}
+
+void KeyComboRecorder::remark(const QString &words)
+{
+    doubtful_ = {};
+    remark_->setText(words);
+    remark_->setVisible(!words.isEmpty());
+    updateTexts();
 }
 
 void KeyComboRecorder::choose(const KeyCombo &combo)

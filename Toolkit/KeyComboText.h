@@ -3,9 +3,11 @@
 
 #pragma once
 
+#include "Keyboard/KeyboardLayout.h"
 #include "Platform/KeyCodes.h"
 
 #include <QString>
 
-/// \a combo in the desktop's notation, for people; empty for an empty combination.
-QString keyComboText(const KeyCombo &combo);
+/// \a combo in the desktop's notation, for people, with its key as \a layout names it; empty for an empty
+/// combination.
+QString keyComboText(const KeyCombo &combo, const KeyboardLayout &layout);

@@ -3,6 +3,8 @@
 
 #include "Helper/Running/GlobalAccelHotKey.h"
 
+#include "Keyboard/LayoutKeys.h"
+
 #include <QCoreApplication>
 #include <QDBusArgument>
 #include <QDBusConnection>
@@ -10,7 +12,9 @@
 #include <QDBusMetaType>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
+#include <QLoggingCategory>
 
+#include <algorithm>
 #include <array>
 #include <utility>
 
@@ -49,6 +53,8 @@ const QDBusArgument &operator>>(const QDBusArgument &argument, GlobalAccelKeys &
 }
 
 namespace {
+
+Q_LOGGING_CATEGORY(lcGlobalAccel, "quenby.helper.hotkey.globalaccel")
 
 const QString service = QStringLiteral("org.kde.kglobalaccel");
 const QString objectPath = QStringLiteral("/kglobalaccel");
@@ -100,31 +106,58 @@ QString GlobalAccelHotKey::name() const
     return QStringLiteral("the desktop's hot keys");
 }
 
-void GlobalAccelHotKey::grab(QKeyCombination keys)
+void GlobalAccelHotKey::grab(const KeyCombo &combo)
 {
+    combo_ = combo;
     // Of whatever object of the service, which gives the component one of its own; of no other program.
     QDBusConnection::sessionBus().connect(service, QString(), componentInterface, pressedSignal, this,
                                           SLOT(pressed(QString, QString, qlonglong)));
-    call(QStringLiteral("doRegister"), {actionId()}, [this, keys](const QDBusMessage &) {
+    call(QStringLiteral("doRegister"), {actionId()}, [this](const QDBusMessage &) {
         isRegistered_ = true;
-        setKeys(keys);
+        setKeys([this](bool isSet) {
+            if (isSet)
+                handlers_.granted();
+            else
+                handlers_.refused(QStringLiteral("something else has it"));
+        });
     });
 }
 
-void GlobalAccelHotKey::setKeys(QKeyCombination keys)
+void GlobalAccelHotKey::keyboardChanged()
 {
-    GlobalAccelKeys sequence;
-    sequence.keys[0] = keys.toCombined();
+    if (!isRegistered_ || presentKeys() == keys_)
+        return;
+    setKeys([](bool isSet) {
+        if (!isSet)
+            qCWarning(lcGlobalAccel) << "not heard with this layout of the keyboard: something else has it";
+    });
+}
+
+QList<int> GlobalAccelHotKey::presentKeys() const
+{
+    const KeyboardLayout layout = KeyboardLayout::first();
+    QList<int> keys;
+    for (const KeyCombo &place : LayoutKeys::places(combo_, layout)) {
+        if (const auto typed = LayoutKeys::typed(place, layout))
+            keys.append(typed->toCombined());
+    }
+    return keys;
+}
+
+void GlobalAccelHotKey::setKeys(const std::function<void(bool isSet)> &then)
+{
+    keys_ = presentKeys();
+    QList<GlobalAccelKeys> sequences;
+    for (const int key : keys_)
+        sequences.append(GlobalAccelKeys{{key}});
     call(QStringLiteral("setShortcutKeys"),
-         {actionId(), QVariant::fromValue(QList<GlobalAccelKeys>{sequence}), setPresent | noAutoloading},
-         [this, wanted = sequence.keys[0]](const QDBusMessage &reply) {
+         {actionId(), QVariant::fromValue(sequences), setPresent | noAutoloading},
+         [then, wanted = keys_](const QDBusMessage &reply) {
              const QVariant answer = reply.arguments().value(0);
              const auto set = qdbus_cast<QList<GlobalAccelKeys>>(answer);
-             const bool isSet = !set.isEmpty() && set.constFirst().keys[0] == wanted;
-             if (isSet)
-                 handlers_.granted();
-             else
-                 handlers_.refused(QStringLiteral("something else has it"));
+             then(std::any_of(set.cbegin(), set.cend(), [&wanted](const GlobalAccelKeys &sequence) {
+                 return wanted.contains(sequence.keys[0]);
+             }));
          });
 }
 

@@ -5,6 +5,7 @@
 
 #include "Helper/Running/HotKey.h"
 
+#include <QList>
 #include <QObject>
 
 /// The desktop's own hot keys, by `org.kde.kglobalaccel` on the session bus. The user finds and changes them
@@ -18,16 +19,22 @@ public:
     ~GlobalAccelHotKey() override;
 
     QString name() const override;
-    void grab(QKeyCombination keys) override;
+    void grab(const KeyCombo &combo) override;
+    void keyboardChanged() override;
 
 private Q_SLOTS:
     void pressed(const QString &component, const QString &action, qlonglong time);
 
 private:
-    void setKeys(QKeyCombination keys);
+    /// As the service numbers them.
+    QList<int> presentKeys() const;
+    void setKeys(const std::function<void(bool isSet)> &then);
     void call(const QString &method, const QVariantList &arguments,
               const std::function<void(const class QDBusMessage &reply)> &then);
 
     const Handlers handlers_;
+    KeyCombo combo_;
+    /// Those that it was asked for last.
+    QList<int> keys_;
     bool isRegistered_ = false;
 };

@@ -101,6 +101,9 @@ void HelperSession::start()
     notificationCenter_.emplace();
     notificationCenter_->addObserver(QNBPresetConfigurationChangedNotification,
                                      [this] { settingsChanged(); });
+    notificationCenter_->addObserver(QNBHotKeyIsBeingRecordedNotification,
+                                     [this] { hotKeys_.pause(3 * QNBHotKeyRecordingInterval); });
+    notificationCenter_->addObserver(QNBHotKeyRecordingEndedNotification, [this] { hotKeys_.resume(); });
     if (hasBus_ && !notificationCenter_->flush(listenTimeout))
         qCWarning(lcSession) << "changes of the presets may not be heard of";
     reload();
@@ -166,7 +169,7 @@ void HelperSession::reload()
         fill(*trayMenu_);
     if (popupMenu_)
         fill(*popupMenu_);
-    hotKeys_.set({settings->shortcutCombo.flags, settings->shortcutCombo.code});
+    hotKeys_.set(settings->shortcutCombo);
     contextMenu_.refresh();
 }
 

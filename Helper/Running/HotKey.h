@@ -3,7 +3,8 @@
 
 #pragma once
 
-#include <QKeyCombination>
+#include "Platform/KeyCodes.h"
+
 #include <QString>
 
 #include <functional>
@@ -32,6 +33,8 @@ public:
 
     /// Of the way, for the log.
     virtual QString name() const = 0;
-    /// Once.
-    virtual void grab(QKeyCombination keys) = 0;
+    /// Once. There has to be a key with its code.
+    virtual void grab(const KeyCombo &combo) = 0;
+    /// The keyboard is another one, or its layouts are.
+    virtual void keyboardChanged() {}
 };

@@ -32,7 +32,13 @@ const QString globalAccelService = QStringLiteral("org.kde.kglobalaccel");
 HotKeys::HotKeys(bool hasBus, std::function<void()> pressed)
     : hasBus_(hasBus)
     , pressed_(std::move(pressed))
+    , keyboardWatch_([this] {
+        if (hotKey_)
+            hotKey_->keyboardChanged();
+    })
 {
+    pause_.setSingleShot(true);
+    connect(&pause_, &QTimer::timeout, this, &HotKeys::takeUpAgain);
 }
 
 HotKeys::~HotKeys() = default;
@@ -42,13 +48,50 @@ void HotKeys::set(const KeyCombo &combo)
     if (combo == combo_)
         return;
     combo_ = combo;
+    letGo();
+    if (!pause_.isActive())
+        start();
+}
+
+void HotKeys::pause(std::chrono::milliseconds limit)
+{
+    const bool isFirst = !pause_.isActive();
+    pause_.start(limit);
+    if (!isFirst)
+        return;
+    qCInfo(lcHotKey) << "the hot key is left to who records one";
+    if (way_ != Way::Portal)
+        letGo();
+}
+
+void HotKeys::resume()
+{
+    if (!pause_.isActive())
+        return;
+    pause_.stop();
+    takeUpAgain();
+}
+
+void HotKeys::takeUpAgain()
+{
+    if (!hotKey_)
+        start();
+}
+
+void HotKeys::letGo()
+{
     ++generation_;
     hotKey_.reset();
+    way_ = Way::None;
+}
+
+void HotKeys::start()
+{
     if (combo_.isEmpty()) {
         qCInfo(lcHotKey) << "there is no hot key";
         return;
     }
-    if (KeyCodes::toQt(combo_))
+    if (KeyCodes::withCode(combo_.code))
         tryWay(Way::GlobalAccel);
     else
         qCWarning(lcHotKey) << "there is no such key as that of the hot key:" << combo_.code;
@@ -110,7 +153,11 @@ void HotKeys::askForGlobalAccel()
 void HotKeys::grabBy(Way way)
 {
     HotKey::Handlers handlers{
-        .pressed = pressed_,
+        .pressed =
+            [this] {
+                if (!pause_.isActive())
+                    pressed_();
+            },
         .granted =
             [this] { qCInfo(lcHotKey) << "the hot key is heard by" << qUtf8Printable(hotKey_->name()); },
         .refused =
@@ -122,7 +169,7 @@ void HotKeys::grabBy(Way way)
                     [this, way, generation] {
                         if (generation != generation_)
                             return;
-                        hotKey_.reset();
+                        letGo();
                         tryWay(nextAfter(way));
                     },
                     Qt::QueuedConnection);
@@ -134,5 +181,6 @@ void HotKeys::grabBy(Way way)
         hotKey_ = std::make_unique<PortalHotKey>(QDBusConnection::sessionBus(), std::move(handlers));
     else
         hotKey_ = std::make_unique<X11HotKey>(std::move(handlers));
-    hotKey_->grab(*KeyCodes::toQt(combo_));
+    way_ = way;
+    hotKey_->grab(combo_);
 }

@@ -4,10 +4,13 @@
 #pragma once
 
 #include "Helper/Running/HotKey.h"
+#include "Helper/Running/X11KeyboardWatch.h"
 #include "Platform/KeyCodes.h"
 
 #include <QObject>
+#include <QTimer>
 
+#include <chrono>
 #include <functional>
 #include <memory>
 
@@ -22,11 +25,18 @@ public:
 
     /// Nothing is done if it is the one already.
     void set(const KeyCombo &combo);
+    /// The combination is left to who records one, until resume() or for \a limit. A desktop that would ask
+    /// the user again keeps it, but it does nothing.
+    void pause(std::chrono::milliseconds limit);
+    void resume();
 
 private:
     enum class Way { GlobalAccel, Portal, X11, None };
 
     static Way nextAfter(Way way);
+    void start();
+    void letGo();
+    void takeUpAgain();
     void tryWay(Way way);
     void askForGlobalAccel();
     void grabBy(Way way);
@@ -37,4 +47,9 @@ private:
     /// Of the settings, to tell answers to earlier ones.
     int generation_ = 0;
     std::unique_ptr<HotKey> hotKey_;
+    /// The one's.
+    Way way_ = Way::None;
+    X11KeyboardWatch keyboardWatch_;
+    /// Active while paused.
+    QTimer pause_;
 };

@@ -83,9 +83,9 @@ QString PortalHotKey::name() const
     return QStringLiteral("the desktop's portal");
 }
 
-void PortalHotKey::grab(QKeyCombination keys)
+void PortalHotKey::grab(const KeyCombo &combo)
 {
-    keys_ = keys;
+    combo_ = combo;
     bus_.connect(service, objectPath, shortcutsInterface, QStringLiteral("Activated"), this,
                  SLOT(activated(QDBusMessage)));
     QVariantMap options = requestOptions(SLOT(sessionAnswered(uint, QVariantMap)));
@@ -126,7 +126,7 @@ void PortalHotKey::sessionAnswered(uint response, const QVariantMap &results)
     PortalShortcut shortcut{
         shortcutId,
         {{QStringLiteral("description"), QCoreApplication::translate("PortalHotKey", "Show the presets")}}};
-    const QString trigger = PortalTrigger::forKeys(keys_);
+    const QString trigger = PortalTrigger::forCombo(combo_, KeyboardLayout::first());
     if (!trigger.isEmpty())
         shortcut.options.insert(QStringLiteral("preferred_trigger"), trigger);
     const QString noParentWindow = QStringLiteral("");

@@ -25,7 +25,7 @@ public:
     ~PortalHotKey() override;
 
     QString name() const override;
-    void grab(QKeyCombination keys) override;
+    void grab(const KeyCombo &combo) override;
 
 private Q_SLOTS:
     void sessionAnswered(uint response, const QVariantMap &results);
@@ -39,6 +39,6 @@ private:
 
     QDBusConnection bus_;
     const Handlers handlers_;
-    QKeyCombination keys_;
+    KeyCombo combo_;
     QDBusObjectPath session_;
 };

@@ -3,13 +3,15 @@
 
 #pragma once
 
-#include <QKeyCombination>
+#include "Keyboard/KeyboardLayout.h"
+#include "Platform/KeyCodes.h"
+
 #include <QString>
 
 /// Key combinations as the desktop's portal writes them (XDG Shortcuts Specification).
 namespace PortalTrigger {
 
-/// "CTRL+ALT+p"; empty for a key that has no name there.
-QString forKeys(QKeyCombination keys);
+/// "CTRL+ALT+p", with the key as \a layout names it; empty for a key that has no name there.
+QString forCombo(const KeyCombo &combo, const KeyboardLayout &layout);
 
 } // namespace PortalTrigger

@@ -5,6 +5,7 @@
 
 #include "Helper/Running/X11Keyboard.h"
 #include "Helper/Running/XConnection.h"
+#include "Keyboard/LayoutKeys.h"
 
 #include <QCoreApplication>
 #include <QLoggingCategory>
@@ -17,11 +18,6 @@
 namespace {
 
 Q_LOGGING_CATEGORY(lcX11, "quenby.helper.hotkey.x11")
-
-const QByteArray keyboardExtension = QByteArrayLiteral("XKEYBOARD");
-/// Of the keyboard extension's events those that tell of another keyboard, or of another layout.
-constexpr quint8 newKeyboardNotify = 0;
-constexpr quint8 mapNotify = 1;
 
 template <typename Reply>
 using Freed = std::unique_ptr<Reply, decltype(&std::free)>;
@@ -54,15 +50,6 @@ void ungrabOnServer(const X11HotKey::Grab &grab)
 X11HotKey::X11HotKey(Handlers handlers)
     : handlers_(std::move(handlers))
 {
-    xcb_connection_t *connection = XConnection::get();
-    const Freed<xcb_query_extension_reply_t> extension(
-        xcb_query_extension_reply(
-            connection,
-            xcb_query_extension(connection, quint16(keyboardExtension.size()), keyboardExtension.constData()),
-            nullptr),
-        &std::free);
-    if (extension && extension->present)
-        keyboardEvent_ = extension->first_event;
     QCoreApplication::instance()->installNativeEventFilter(this);
 }
 
@@ -77,28 +64,35 @@ QString X11HotKey::name() const
     return QStringLiteral("a grab on the X screen");
 }
 
-void X11HotKey::grab(QKeyCombination keys)
+void X11HotKey::grab(const KeyCombo &combo)
 {
-    keys_ = keys;
+    combo_ = combo;
     if (const QString reason = grabNow(); !reason.isEmpty())
         handlers_.refused(reason);
     else
         handlers_.granted();
 }
 
+void X11HotKey::keyboardChanged()
+{
+    // Its modifiers may be others, and the key that gives a character.
+    if (const QString reason = grabNow(); !reason.isEmpty())
+        qCWarning(lcX11) << "not heard with this keyboard:" << reason;
+}
+
 QString X11HotKey::grabNow()
 {
     const X11Keyboard keyboard;
-    const QList<xcb_keycode_t> codes = keyboard.keyCodes(keys_);
-    const quint16 modifiers = keyboard.modifierMask(keys_.keyboardModifiers());
+    const quint16 modifiers = keyboard.modifierMask(KeyCodes::modifiersOf(combo_.flags));
     QList<Grab> wanted;
-    for (const xcb_keycode_t code : codes) {
+    for (const KeyCombo &place : LayoutKeys::places(combo_, KeyboardLayout::first())) {
+        const quint32 key = KeyCodes::withCode(place.code)->scanCode + KeyCodes::scanCodeOffset;
         for (const quint16 locks : keyboard.lockMasks())
-            wanted.append({code, quint16(modifiers | locks)});
+            wanted.append({xcb_keycode_t(key), quint16(modifiers | locks)});
     }
     // What is to stay is never let go: a key may be pressed at this moment.
     const QList<Grab> before = std::exchange(grabs_, {});
-    QString reason = codes.isEmpty() ? QStringLiteral("no key of the keyboard gives it") : QString();
+    QString reason;
     for (const Grab &grab : wanted) {
         if (reason.isEmpty() && !before.contains(grab))
             reason = grabOnServer(grab);
@@ -127,9 +121,6 @@ bool X11HotKey::nativeEventFilter(const QByteArray &eventType, void *message, qi
     if (eventType != XConnection::eventType)
         return false;
     const auto *event = static_cast<const xcb_generic_event_t *>(message);
-    if (isChangeOfLayout(event) && !std::exchange(isRegrabbing_, true))
-        QMetaObject::invokeMethod(
-            &context_, [this] { layoutChanged(); }, Qt::QueuedConnection);
     if (event->response_type != XCB_KEY_PRESS)
         return false;
     const auto *press = reinterpret_cast<const xcb_key_press_event_t *>(event);
@@ -144,22 +135,4 @@ bool X11HotKey::nativeEventFilter(const QByteArray &eventType, void *message, qi
         QMetaObject::invokeMethod(
             &context_, [this] { handlers_.pressed(); }, Qt::QueuedConnection);
     return isOurs;
-}
-
-bool X11HotKey::isChangeOfLayout(const xcb_generic_event_t *event) const
-{
-    if (event->response_type == XCB_MAPPING_NOTIFY)
-        return true;
-    // The kind of a keyboard event stands where others have a detail.
-    return keyboardEvent_ != 0 && event->response_type == keyboardEvent_ &&
-           (event->pad0 == newKeyboardNotify || event->pad0 == mapNotify);
-}
-
-void X11HotKey::layoutChanged()
-{
-    isRegrabbing_ = false;
-    if (const QString reason = grabNow(); !reason.isEmpty()) {
-        // It may come back with the next layout.
-        qCWarning(lcX11) << "not heard with this layout of the keyboard:" << reason;
-    }
 }

@@ -11,7 +11,7 @@
 
 #include <xcb/xcb.h>
 
-/// A grab of the keys on the X screen, whatever locks are on. It follows the layout of the keyboard.
+/// A grab of the key on the X screen, whatever locks are on and whatever the layout makes of it.
 class X11HotKey : public HotKey, private QAbstractNativeEventFilter
 {
 public:
@@ -28,22 +28,18 @@ public:
     ~X11HotKey() override;
 
     QString name() const override;
-    void grab(QKeyCombination keys) override;
+    void grab(const KeyCombo &combo) override;
+    void keyboardChanged() override;
 
 private:
     bool nativeEventFilter(const QByteArray &eventType, void *message, qintptr *result) override;
-    bool isChangeOfLayout(const xcb_generic_event_t *event) const;
-    void layoutChanged();
     /// Empty, or the reason why it could not.
     QString grabNow();
     void release();
 
     const Handlers handlers_;
-    QKeyCombination keys_;
+    KeyCombo combo_;
     QList<Grab> grabs_;
-    /// The type of the keyboard extension's events; 0 without it.
-    quint8 keyboardEvent_ = 0;
-    bool isRegrabbing_ = false;
     /// What is queued is dropped with it.
     QObject context_;
 };

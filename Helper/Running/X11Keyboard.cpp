@@ -6,85 +6,15 @@
 #include "Helper/Running/XConnection.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdlib>
 #include <xcb/xcb_keysyms.h>
 
 namespace {
 
-// Symbols of the X Window System Protocol, appendix A. Those of Latin-1 are its characters.
+// Symbols of the X Window System Protocol, appendix A.
 constexpr xcb_keysym_t symbolNumLock = 0xff7f;
 constexpr xcb_keysym_t symbolAltLeft = 0xffe9;
 constexpr xcb_keysym_t symbolSuperLeft = 0xffeb;
-constexpr xcb_keysym_t symbolF1 = 0xffbe;
-constexpr xcb_keysym_t symbolKeypad0 = 0xffb0;
-
-struct SymbolEntry
-{
-    Qt::Key key;
-    xcb_keysym_t symbol;
-};
-
-constexpr std::array specialSymbols = std::to_array<SymbolEntry>({
-    {Qt::Key_Backspace, 0xff08},
-    {Qt::Key_Tab, 0xff09},
-    {Qt::Key_Clear, 0xff0b},
-    {Qt::Key_Return, 0xff0d},
-    {Qt::Key_Escape, 0xff1b},
-    {Qt::Key_Home, 0xff50},
-    {Qt::Key_Left, 0xff51},
-    {Qt::Key_Up, 0xff52},
-    {Qt::Key_Right, 0xff53},
-    {Qt::Key_Down, 0xff54},
-    {Qt::Key_PageUp, 0xff55},
-    {Qt::Key_PageDown, 0xff56},
-    {Qt::Key_End, 0xff57},
-    {Qt::Key_Help, 0xff6a},
-    {Qt::Key_Delete, 0xffff},
-});
-
-constexpr std::array keypadSymbols = std::to_array<SymbolEntry>({
-    {Qt::Key_Enter, 0xff8d},
-    {Qt::Key_Asterisk, 0xffaa},
-    {Qt::Key_Plus, 0xffab},
-    {Qt::Key_Minus, 0xffad},
-    {Qt::Key_Period, 0xffae},
-    {Qt::Key_Slash, 0xffaf},
-    {Qt::Key_Equal, 0xffbd},
-    {Qt::Key_Clear, 0xff0b},
-});
-
-template <typename Table>
-xcb_keysym_t symbolIn(const Table &table, Qt::Key key)
-{
-    const auto entry = std::find_if(table.begin(), table.end(),
-                                    [key](const SymbolEntry &candidate) { return candidate.key == key; });
-    return entry == table.end() ? xcb_keysym_t(XCB_NO_SYMBOL) : entry->symbol;
-}
-
-xcb_keysym_t symbolOf(QKeyCombination keys)
-{
-    const Qt::Key key = keys.key();
-    if (keys.keyboardModifiers().testFlag(Qt::KeypadModifier)) {
-        if (key >= Qt::Key_0 && key <= Qt::Key_9)
-            return symbolKeypad0 + xcb_keysym_t(key - Qt::Key_0);
-        return symbolIn(keypadSymbols, key);
-    }
-    if (key >= Qt::Key_F1 && key <= Qt::Key_F35)
-        return symbolF1 + xcb_keysym_t(key - Qt::Key_F1);
-    // Letters are upper case there, and on a keyboard without a modifier lower case.
-    if (key >= Qt::Key_A && key <= Qt::Key_Z)
-        return xcb_keysym_t('a' + (key - Qt::Key_A));
-    if (key >= Qt::Key_Space && key <= Qt::Key_AsciiTilde)
-        return xcb_keysym_t(key);
-    return symbolIn(specialSymbols, key);
-}
-
-/// The columns of a key's symbols that need no modifier, in two layouts; on the keypad the digits stand in
-/// the column of the number lock.
-constexpr int firstLayout = 0;
-constexpr int firstLayoutShifted = 1;
-constexpr int secondLayout = 2;
 
 } // namespace
 
@@ -107,10 +37,6 @@ public:
         for (const xcb_keycode_t *code = codes.get(); code && *code != XCB_NO_SYMBOL; ++code)
             result.append(*code);
         return result;
-    }
-    xcb_keysym_t symbolOf(xcb_keycode_t code, int column) const
-    {
-        return xcb_key_symbols_get_keysym(keys_.get(), code, column);
     }
     /// 0 if the key is no modifier.
     quint16 maskOf(xcb_keycode_t code) const
@@ -135,22 +61,6 @@ X11Keyboard::X11Keyboard()
 }
 
 X11Keyboard::~X11Keyboard() = default;
-
-QList<xcb_keycode_t> X11Keyboard::keyCodes(QKeyCombination key) const
-{
-    const xcb_keysym_t symbol = symbolOf(key);
-    QList<xcb_keycode_t> result;
-    if (symbol == XCB_NO_SYMBOL)
-        return result;
-    const bool onKeypad = key.keyboardModifiers().testFlag(Qt::KeypadModifier);
-    for (const xcb_keycode_t code : symbols_->codesOf(symbol)) {
-        if (symbols_->symbolOf(code, firstLayout) == symbol ||
-            symbols_->symbolOf(code, secondLayout) == symbol ||
-            (onKeypad && symbols_->symbolOf(code, firstLayoutShifted) == symbol))
-            result.append(code);
-    }
-    return result;
-}
 
 quint16 X11Keyboard::modifierMask(Qt::KeyboardModifiers modifiers) const
 {

@@ -3,14 +3,12 @@
 
 #pragma once
 
-#include <QKeyCombination>
 #include <QList>
 
 #include <memory>
-#include <optional>
 #include <xcb/xcb.h>
 
-/// The keyboard of the X server as it is now: which of its keys and modifiers a combination stands for.
+/// The keyboard of the X server as it is now: which of its modifiers stand for ours.
 class X11Keyboard
 {
 public:
@@ -19,8 +17,6 @@ public:
     X11Keyboard(const X11Keyboard &) = delete;
     X11Keyboard &operator=(const X11Keyboard &) = delete;
 
-    /// The keys that give \a key without a modifier, in any layout.
-    QList<xcb_keycode_t> keyCodes(QKeyCombination key) const;
     quint16 modifierMask(Qt::KeyboardModifiers modifiers) const;
     /// The masks of every combination of the locks that must not matter, none of them first.
     QList<quint16> lockMasks() const;

@@ -140,6 +140,38 @@ TEST_P(AppearanceTest, LabelsAreSeen)
         EXPECT_GT(strongPixels(menu, hue), 20) << hue;
 }
 
+TEST_P(AppearanceTest, WhatTheRecorderSaysOfAShortcutIsSeen)
+{
+    ASSERT_NO_FATAL_FAILURE(openPane());
+    ASSERT_NO_FATAL_FAILURE(walkTo(QStringLiteral("General"), {QStringLiteral("alt+g")}));
+    picture(QStringLiteral("general"));
+    const auto expectWords = [this](const QString &key, const QString &words, const QString &name) {
+        user_.presses(key);
+        ASSERT_TRUE(waitUntil([&] { return pane_.label(words); }, patience)) << qPrintable(words);
+        const QImage shown = part(picture(name), pane_.placeOfLabel(words));
+        ASSERT_FALSE(shown.isNull());
+        // Ink on it, and of enough contrast.
+        int darkest = 255;
+        int lightest = 0;
+        for (int y = 0; y < shown.height(); ++y) {
+            for (int x = 0; x < shown.width(); ++x) {
+                darkest = std::min(darkest, qGray(shown.pixel(x, y)));
+                lightest = std::max(lightest, qGray(shown.pixel(x, y)));
+            }
+        }
+        EXPECT_GT(lightest - darkest, 120);
+    };
+    user_.presses({QStringLiteral("alt+s"), QStringLiteral("space")});
+    ASSERT_NO_FATAL_FAILURE(
+        expectWords(QStringLiteral("n"),
+                    QStringLiteral("Every program needs N. Press it together with Ctrl, Alt or Meta."),
+                    QStringLiteral("refusal")));
+    ASSERT_NO_FATAL_FAILURE(expectWords(
+        QStringLiteral("ctrl+s"),
+        QStringLiteral("Most programs use Ctrl+S for \"Save\". Press it again to take it all the same."),
+        QStringLiteral("remark")));
+}
+
 INSTANTIATE_TEST_SUITE_P(Desktops, AppearanceTest,
                          ::testing::Values(Appearance{"Light", 1, false}, Appearance{"Dark", 1, true},
                                            Appearance{"Double", 2, false}, Appearance{"DarkDouble", 2, true},

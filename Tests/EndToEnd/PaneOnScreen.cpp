@@ -107,9 +107,10 @@ QRect PaneOnScreen::button(const QString &name) const
     return found ? found->extents() : QRect();
 }
 
-bool PaneOnScreen::label(const QString &text) const
+QRect PaneOnScreen::placeOfLabel(const QString &text) const
 {
-    return program_.find(labelRole, text).has_value();
+    const auto found = program_.find(labelRole, text);
+    return found ? found->extents() : QRect();
 }
 
 QStringList PaneOnScreen::alert() const

@@ -36,7 +36,8 @@ public:
     QRect itemTree() const { return itemTree_.extents(); }
     /// What the pane's window holds otherwise.
     QRect button(const QString &name) const;
-    bool label(const QString &text) const;
+    bool label(const QString &text) const { return !placeOfLabel(text).isEmpty(); }
+    QRect placeOfLabel(const QString &text) const;
     /// The texts of the alert above the pane, its buttons last; empty if there is none.
     QStringList alert() const;
 

@@ -9,6 +9,7 @@
 namespace {
 
 const QString platform = QStringLiteral("Platform");
+const QString keyboard = QStringLiteral("Keyboard");
 const QString shared = QStringLiteral("Shared/Source");
 const QString core = QStringLiteral("Source/core");
 const QString pane = QStringLiteral("Source");
@@ -49,19 +50,22 @@ const QStringList coreClasses = {QStringLiteral("HJSLoginItemController"),
 
 const QMap<QString, QStringList> allowedRooms = {
     {platform, {platform}},
+    {keyboard, {platform, keyboard}},
     {shared, {platform, shared}},
     {core, {platform, shared, core}},
     {pane, {platform, shared, core, pane, toolkit}},
-    {toolkit, {platform, toolkit}},
+    {toolkit, {platform, keyboard, toolkit}},
     {host, {platform, host}},
     {creation, {platform, shared, core, creation}},
-    {helper, {platform, shared, core, creation, helper}},
+    {helper, {platform, keyboard, shared, core, creation, helper}},
     {contextMenu, {platform, shared, core, contextMenu}},
 };
 
 const QMap<QString, QString> reasons = {
     {platform, QStringLiteral("Platform stands for the desktop: it knows no other room, so that every rule "
                               "above it can be tested without a desktop.")},
+    {keyboard,
+     QStringLiteral("Keyboard tells what the user's layouts make of keys: it knows Platform only.")},
     {shared, QStringLiteral("Shared/Source is what the helper and the context-menu plug-in share with the "
                             "pane: it may use Platform only.")},
     {core, QStringLiteral("The model, the store and preset files are used by programs that have no window: "
@@ -75,7 +79,8 @@ const QMap<QString, QString> reasons = {
                     "around a pane, and Platform, never the pane itself or its views.")},
     {creation, QStringLiteral("What creates the structures works without the helper around it: it uses the "
                               "model, Shared/Source and Platform only.")},
-    {helper, QStringLiteral("The helper uses the model, Shared/Source and Platform, never the pane.")},
+    {helper,
+     QStringLiteral("The helper uses the model, Shared/Source, Keyboard and Platform, never the pane.")},
     {contextMenu, QStringLiteral("The context-menu plug-in uses the model, Shared/Source and Platform, never "
                                  "the pane.")},
 };

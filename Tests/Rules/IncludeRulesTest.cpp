@@ -67,6 +67,7 @@ TEST(IncludeRulesTest, AWrongDirectionIsCaught)
              {"Source/QNBHierarchyItem+Dictionary.cpp", "\"QNBPrefPanePref.h\""},
              {"Source/QNBSettingsStore.h", "\"Toolkit/ArrayController.h\""},
              {"Source/QNBPrefPanePref.cpp", "\"Host/PaneLoader.h\""},
+             {"Keyboard/LayoutKeys.cpp", "\"Toolkit/AlertPanel.h\""},
              {"Toolkit/OutlineView.cpp", "\"Source/QNBHierarchyItem.h\""},
              {"Host/main.cpp", "\"Toolkit/OutlineView.h\""},
              {"Host/main.cpp", "\"Source/QNBPrefPanePref.h\""},

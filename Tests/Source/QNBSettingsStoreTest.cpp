@@ -72,7 +72,23 @@ TEST_F(QNBSettingsStoreTest, OnlyTheHotKeyCodePresentLoadsNoHotKey)
     EXPECT_EQ(readSettings().shortcutCombo, QNBKeyCombo());
     writePropertyList(domainPath(), QVariantMap{{QNBPreferenceKey::hotKeyCode, 36},
                                                 {QNBPreferenceKey::hotKeyFlags, 1 << 20}});
-    EXPECT_EQ(readSettings().shortcutCombo, (QNBKeyCombo{1 << 20, 36}));
+    EXPECT_EQ(readSettings().shortcutCombo, (QNBKeyCombo{1 << 20, 36, true}));
+}
+
+TEST_F(QNBSettingsStoreTest, AHotKeyOfAnotherProgramOrAnEarlierVersionStaysMarkedAsOne)
+{
+    writePropertyList(domainPath(), QVariantMap{{QNBPreferenceKey::hotKeyCode, 6},
+                                                {QNBPreferenceKey::hotKeyFlags, 1 << 20}});
+    QNBSettings settings = readSettings();
+    EXPECT_TRUE(settings.shortcutCombo.mayMeanCharacter);
+    ASSERT_TRUE(writeSettings(settings));
+    EXPECT_FALSE(domainOnDisk().contains(QNBPreferenceKey::hotKeyIsPlace));
+    EXPECT_EQ(readSettings().shortcutCombo, settings.shortcutCombo);
+
+    settings.shortcutCombo = {1 << 20, 16};
+    ASSERT_TRUE(writeSettings(settings));
+    EXPECT_EQ(domainOnDisk().value(QNBPreferenceKey::hotKeyIsPlace), true);
+    EXPECT_EQ(readSettings().shortcutCombo, settings.shortcutCombo);
 }
 
 TEST_F(QNBSettingsStoreTest, WithoutOneOfItsKeysOrAsNoNumbersTheHotKeyStaysAsItWas)

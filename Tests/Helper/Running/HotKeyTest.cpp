@@ -133,6 +133,70 @@ TEST_F(HotKeyProgramTest, OneThatAnotherProgramHasIsLeftToIt)
     expectEndOf(*other);
 }
 
+TEST_F(HotKeyProgramTest, WhileAnotherIsRecordedItIsLeftAlone)
+{
+    store(with(controlF12));
+    const auto helper = start();
+    ASSERT_TRUE(waitUntilHeard(*helper));
+    post(QNBHotKeyIsBeingRecordedNotification);
+    ASSERT_TRUE(waitForLog(*helper, "is left to who records one"));
+    {
+        // Nothing is known of settings that change meanwhile but that they count afterwards.
+        storeAndPost(with(controlAltP));
+        const auto other = startOther(controlF12);
+        screen_.typeKey(typedControlF12);
+        ASSERT_TRUE(waitForMenu(*other));
+        EXPECT_FALSE(hasMenu(*helper));
+        expectEndOf(*other);
+    }
+    post(QNBHotKeyRecordingEndedNotification);
+    ASSERT_TRUE(waitUntilHeard(*helper, 2));
+    screen_.typeKey(typedControlAltP);
+    EXPECT_TRUE(waitForMenu(*helper));
+    expectEndOf(*helper);
+}
+
+TEST_F(HotKeyProgramTest, ARecorderThatDiesDoesNotKeepIt)
+{
+    store(with(controlF12));
+    FakeGlobalAccel service(bus_.address());
+    const auto helper = start();
+    ASSERT_TRUE(waitUntilHeard(*helper));
+    post(QNBHotKeyIsBeingRecordedNotification);
+    ASSERT_TRUE(waitUntil([&] { return service.key() == 0; }));
+    ASSERT_TRUE(waitUntilHeard(*helper, 2));
+    EXPECT_EQ(service.key(), (Qt::CTRL | Qt::Key_F12).toCombined());
+    expectEndOf(*helper);
+}
+
+TEST_F(HotKeyProgramTest, TheDesktopsServiceIsAskedForWhatTheLayoutGivesThere)
+{
+    // The key that has the digit one on a US keyboard.
+    store(with({KeyCodes::commandFlag | KeyCodes::shiftFlag, 18}));
+    FakeGlobalAccel service(bus_.address());
+    const auto helper = start();
+    ASSERT_TRUE(waitUntil([&] { return service.key() == (Qt::CTRL | Qt::Key_Exclam).toCombined(); }));
+    screen_.ask(QStringLiteral("setxkbmap"), {QStringLiteral("fr")});
+    EXPECT_TRUE(waitUntil([&] { return service.key() == (Qt::CTRL | Qt::Key_1).toCombined(); }));
+    expectEndOf(*helper);
+}
+
+TEST_F(HotKeyProgramTest, OneOfAnEarlierVersionIsHeardByTheKeyOfItsCharacter)
+{
+    // Z, whose key is in the place of the US Y in Germany.
+    store(with({KeyCodes::commandFlag | KeyCodes::optionFlag, 6, true}));
+    screen_.ask(QStringLiteral("setxkbmap"), {QStringLiteral("de")});
+    const auto helper = start();
+    ASSERT_TRUE(waitUntilHeard(*helper));
+    for (const char *key : {"ctrl+alt+z", "ctrl+alt+y"}) {
+        screen_.typeKey(QString::fromLatin1(key));
+        EXPECT_TRUE(waitForMenu(*helper)) << key;
+        screen_.typeKey(QStringLiteral("Escape"));
+        ASSERT_TRUE(waitForMenu(*helper, false));
+    }
+    expectEndOf(*helper);
+}
+
 TEST_F(HotKeyProgramTest, ItEndsWithTheMenuOpen)
 {
     store(with(controlAltP));

@@ -19,7 +19,7 @@ namespace {
 
 const QString connectionName = QStringLiteral("portal-hot-key");
 const QString portalService = QStringLiteral("org.freedesktop.portal.Desktop");
-constexpr QKeyCombination controlAltP = Qt::CTRL | Qt::ALT | Qt::Key_P;
+constexpr KeyCombo controlAltP{KeyCodes::commandFlag | KeyCodes::optionFlag, 35};
 
 class PortalHotKeyTest : public ::testing::Test
 {
@@ -121,11 +121,12 @@ TEST_F(PortalHotKeyTest, AUserWhoCancelsIsARefusal)
 
 TEST(PortalTriggerTest, KeysAreNamedAsThePortalKnowsThem)
 {
-    EXPECT_EQ(PortalTrigger::forKeys(Qt::SHIFT | Qt::META | Qt::Key_F12), QStringLiteral("SHIFT+LOGO+F12"));
-    EXPECT_EQ(PortalTrigger::forKeys(Qt::CTRL | Qt::Key_PageUp), QStringLiteral("CTRL+Prior"));
-    EXPECT_EQ(PortalTrigger::forKeys(Qt::ALT | Qt::Key_1), QStringLiteral("ALT+1"));
-    EXPECT_EQ(PortalTrigger::forKeys(Qt::KeypadModifier | Qt::Key_1), QStringLiteral("KP_1"));
-    EXPECT_EQ(PortalTrigger::forKeys(Qt::KeypadModifier | Qt::ControlModifier | Qt::Key_Plus),
-              QStringLiteral("CTRL+KP_Add"));
-    EXPECT_EQ(PortalTrigger::forKeys(Qt::CTRL | Qt::Key_MediaPlay), QString());
+    const KeyboardLayout us = KeyboardLayout::named(QStringLiteral("us"));
+    EXPECT_EQ(PortalTrigger::forCombo({KeyCodes::shiftFlag | KeyCodes::controlFlag, 111}, us),
+              QStringLiteral("SHIFT+LOGO+F12"));
+    EXPECT_EQ(PortalTrigger::forCombo({KeyCodes::commandFlag, 116}, us), QStringLiteral("CTRL+Prior"));
+    EXPECT_EQ(PortalTrigger::forCombo({KeyCodes::optionFlag, 18}, us), QStringLiteral("ALT+1"));
+    EXPECT_EQ(PortalTrigger::forCombo({0, 83}, us), QStringLiteral("KP_1"));
+    EXPECT_EQ(PortalTrigger::forCombo({KeyCodes::commandFlag, 69}, us), QStringLiteral("CTRL+KP_Add"));
+    EXPECT_EQ(PortalTrigger::forCombo({KeyCodes::commandFlag, 200}, us), QString());
 }

@@ -53,8 +53,13 @@ void RunningFixture::store(const QNBSettings &settings, const TemporaryHome &hom
 void RunningFixture::storeAndPost(const QNBSettings &settings)
 {
     store(settings);
+    post(QNBPresetConfigurationChangedNotification);
+}
+
+void RunningFixture::post(const QString &notification)
+{
     DistributedNotificationCenter centre(bus_.address());
-    centre.postNotificationName(QNBPresetConfigurationChangedNotification);
+    centre.postNotificationName(notification);
     EXPECT_TRUE(centre.flush());
 }
 

@@ -25,6 +25,7 @@ protected:
     static void store(const QNBSettings &settings, const TemporaryHome &home);
     /// The same, and says so.
     void storeAndPost(const QNBSettings &settings);
+    void post(const QString &notification);
     /// Remembers the target as the folder that was used last.
     void useTarget();
 
