@@ -112,13 +112,17 @@ bool KeyedArchiveReader::enter(Slot slot)
         return fail(QStringLiteral("an object contains itself"));
     if (!readObject(slot))
         return false;
-    const PropertyListType type = source_->objects_[slot].type;
-    if (type != PropertyListType::Array && type != PropertyListType::Dictionary) {
+    const Object &object = source_->objects_[slot];
+    if (object.type != PropertyListType::Array && object.type != PropertyListType::Dictionary) {
         progress_[slot].state = State::Done;
         return true;
     }
     if (visits_.size() >= std::size_t(PropertyList::Limits::depth))
         return fail(QStringLiteral("nested deeper than the limit"));
+    // Containers may share one long list: each would have all of it walked, or even copied.
+    parts_ += quint64(object.count) * (object.type == PropertyListType::Dictionary ? 2 : 1);
+    if (parts_ > PropertyList::Limits::smallCost + 2 * quint64(size_))
+        return fail(QStringLiteral("shared parts stand for too many values"));
     progress_[slot].state = State::Open;
     visits_.push_back({slot, 0, PropertyList::Limits::containerCost, 0});
     containersCost_ += PropertyList::Limits::containerCost;
@@ -167,10 +171,6 @@ bool KeyedArchiveReader::checkKeys(Slot dictionary)
     if (!DictionaryEntries::hasRepeatedKey(keysOfOne_))
         return true;
     const std::vector<quint32> last = DictionaryEntries::positionsOfLast(keysOfOne_);
-    // Dictionaries that share their lists would have each of them copied.
-    copied_ += 2 * last.size();
-    if (copied_ > PropertyList::Limits::smallCost + 2 * quint64(size_))
-        return fail(QStringLiteral("more references than the limit"));
     const quint32 first = quint32(references.size());
     for (const quint32 position : last)
         references.push_back(references[object.first + position]);

@@ -125,8 +125,8 @@ private:
     QHash<QString, quint32> keys_;
     /// The keys of the dictionary that is looked at, by their numbers.
     std::vector<quint32> keysOfOne_;
-    /// How many references were copied from lists of them.
-    quint64 copied_ = 0;
+    /// How many parts the containers have that were entered, shared ones counted for each.
+    quint64 parts_ = 0;
     /// Of the containers that were read.
     quint64 containersCost_ = 0;
     /// The texts that were decoded from bytes, as places in the source's texts_.

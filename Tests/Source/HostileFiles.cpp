@@ -98,6 +98,46 @@ QByteArray multiplied(int width, int levels, qsizetype padding, bool isPreset)
     return isPreset ? archive(document, {}, children) : domain(document, {}, children);
 }
 
+/// An archive of many arrays or dictionaries whose parts are one list, which each names by its number.
+QByteArray objectsOverOneList(bool areDictionaries, qsizetype size)
+{
+    constexpr qsizetype bytesPerObject = 40;
+    constexpr qsizetype bytesPerPart = 5;
+    constexpr quint32 firstObject = 6;
+    const qsizetype count = size / 2 / bytesPerObject;
+    BinaryDocument document;
+    const Ref keysField = document.string("NS.keys");
+    const Ref objectsField = document.string("NS.objects");
+    const Ref classField = document.string("$class");
+    const auto classNamed = [&document](const char *name) {
+        return document.dictionary({document.string("$classname")}, {document.string(name)});
+    };
+    const Ref dictionaryClass = document.uid(1);
+    const Ref arrayClass = document.uid(2);
+    const Ref text = document.uid(3);
+    const Ref list = document.uid(4);
+    Refs references;
+    for (quint32 i = 0; i < count; ++i)
+        references.push_back(document.uid(firstObject + i));
+    const Ref extra =
+        document.dictionary({objectsField, classField}, {document.array(references), arrayClass});
+    Refs objects{document.string("$null"),
+                 classNamed("NSDictionary"),
+                 classNamed("NSArray"),
+                 document.string("extra"),
+                 document.array(Refs(std::size_t(size / 2 / bytesPerPart), text)),
+                 document.dictionary({keysField, objectsField, classField},
+                                     {document.array({text}), document.array({extra}), dictionaryClass})};
+    for (qsizetype i = 0; i < count; ++i)
+        objects.push_back(
+            areDictionaries
+                ? document.dictionary({keysField, objectsField, classField}, {list, list, dictionaryClass})
+                : document.dictionary({objectsField, classField}, {list, arrayClass}));
+    const Ref top = document.dictionary({document.string("root")}, {document.uid(firstObject - 1)});
+    return document.bytes(document.dictionary({document.string("$top"), document.string("$objects")},
+                                              {top, document.array(objects)}));
+}
+
 QByteArray xmlDomain(const QByteArray &record)
 {
     return "<plist><dict><key>QNBPresetsStored</key><dict><key>loaded</key><true/></dict><key>QNBPresets</"
@@ -129,6 +169,8 @@ QList<HostileFile> hostileFiles(qsizetype size)
               << HostileFile{"as many items as bytes", isPreset,
                              multiplied(int(size / 2), 1, size / 2, isPreset), size <= 20'000};
     }
+    files << HostileFile{"arrays over one list", true, objectsOverOneList(false, size), size <= 20'000}
+          << HostileFile{"dictionaries over one list", true, objectsOverOneList(true, size), false};
     files << HostileFile{"XML of empty items", false, xmlItems(size), true}
           << HostileFile{"XML of one text", false,
                          xmlDomain("<key>a</key><string>" + QByteArray("&amp;").repeated(size / 5) +
