@@ -7,7 +7,9 @@
 #include "Platform/PropertyListVariant.h"
 #include "Platform/XMLPropertyListFormat.h"
 
+#include <QStringDecoder>
 #include <QXmlStreamReader>
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <limits>
@@ -16,6 +18,9 @@ using namespace XMLPropertyListFormat;
 namespace Limits = PropertyList::Limits;
 
 namespace {
+
+/// From "<" to ">". A property list needs no attributes but the one of "plist".
+constexpr qsizetype longestTag = 4096;
 
 /// Of an unknown element's name, in the log.
 constexpr qsizetype longestNameShown = 40;
@@ -104,14 +109,69 @@ std::optional<QVariant> parseBoolean(QStringView text, bool value)
     return text.trimmed().isEmpty() ? std::optional(QVariant(value)) : std::nullopt;
 }
 
+/// The text in the encoding of its byte-order mark, the declared one, or else UTF-8. None if it is not valid
+/// there.
+std::optional<QString> decoded(const QByteArray &bytes)
+{
+    constexpr qsizetype longestDeclaration = 1000;
+    QXmlStreamReader start(QString::fromLatin1(bytes.first(std::min(bytes.size(), longestDeclaration))));
+    start.readNext();
+    constexpr QStringConverter::Flag flag = QStringConverter::Flag::Stateless;
+    const QByteArray declared = start.documentEncoding().toLatin1();
+    QStringDecoder decoder =
+        declared.isEmpty()
+            ? QStringDecoder(QStringConverter::encodingForData(bytes, u'<').value_or(QStringConverter::Utf8),
+                             flag)
+            : QStringDecoder(declared.constData(), flag);
+    if (!decoder.isValid())
+        return std::nullopt;
+    QString text = decoder(bytes);
+    return !decoder.hasError() && text.isValidUtf16() ? std::optional(std::move(text)) : std::nullopt;
+}
+
+/// Why the text is not given to QXmlStreamReader, which compares each attribute with all before it, and adds
+/// those of a document type to each element; empty if it may be. What is not well-formed it finds itself.
+QString reasonAgainstParsing(QStringView text)
+{
+    constexpr std::pair<QStringView, QStringView> otherMarkup[] = {
+        {u"<!--", u"-->"}, {u"<![CDATA[", u"]]>"}, {u"<?", u"?>"}};
+    for (qsizetype at = text.indexOf(u'<'); at >= 0; at = text.indexOf(u'<', at)) {
+        const QStringView rest = text.sliced(at);
+        const bool isElement = !rest.startsWith(u"<!") && !rest.startsWith(u"<?");
+        const auto *other =
+            std::find_if(isElement ? std::end(otherMarkup) : std::begin(otherMarkup), std::end(otherMarkup),
+                         [rest](const auto &markup) { return rest.startsWith(markup.first); });
+        if (other != std::end(otherMarkup)) {
+            at = text.indexOf(other->second, at + other->first.size());
+            if (at < 0)
+                break;
+            continue;
+        }
+        const char16_t *character = rest.utf16();
+        const char16_t *const end = character + std::min(rest.size(), longestTag);
+        char16_t quote = 0;
+        for (; character != end && (quote != 0 || *character != u'>'); ++character) {
+            if (quote != 0 ? *character == quote : *character == u'"' || *character == u'\'')
+                quote = quote != 0 ? 0 : *character;
+            else if (*character == u'[' && quote == 0 && !isElement)
+                return QStringLiteral("a document type with declarations of its own");
+        }
+        const qsizetype size = character - rest.utf16();
+        if (size == longestTag)
+            return QStringLiteral("a tag of more than %1 characters").arg(longestTag);
+        at += size;
+    }
+    return {};
+}
+
 using Handle = PropertyListSource::Handle;
 
 /// The handles of one document under way.
 class Builder
 {
 public:
-    explicit Builder(const QByteArray &bytes)
-        : reader_(bytes)
+    explicit Builder(const QString &text)
+        : reader_(text)
     {
         reader_.setNamespaceProcessing(false);
     }
@@ -170,10 +230,6 @@ bool Builder::read()
         case QXmlStreamReader::Characters:
             if (!reader_.isWhitespace())
                 return refuse(QStringLiteral("text between the values"));
-            break;
-        case QXmlStreamReader::DTD:
-            if (!reader_.entityDeclarations().isEmpty())
-                return refuse(QStringLiteral("the document type declares entities"));
             break;
         case QXmlStreamReader::EntityReference:
             return refuse(QStringLiteral("an undeclared entity"));
@@ -311,7 +367,16 @@ PropertyListDocument::Ptr XMLPropertyListReader::parse(const QByteArray &bytes, 
         *error = QStringLiteral("XML property list: larger than %1 bytes").arg(Limits::inputSize);
         return nullptr;
     }
-    Builder builder(bytes);
+    const std::optional<QString> text = decoded(bytes);
+    if (!text) {
+        *error = QStringLiteral("XML property list: not valid in its encoding");
+        return nullptr;
+    }
+    if (const QString reason = reasonAgainstParsing(*text); !reason.isEmpty()) {
+        *error = QStringLiteral("XML property list: ") + reason;
+        return nullptr;
+    }
+    Builder builder(*text);
     if (!builder.read()) {
         *error = builder.error();
         return nullptr;

@@ -222,6 +222,33 @@ TEST(BrokenPropertyLists, MillionsOfCharacterReferencesAreReadInLinearTime)
     EXPECT_LT(timer.elapsed(), bounded);
 }
 
+TEST(BrokenPropertyLists, ATagOverTheLimitIsRefusedAndNothingElseThatIsAsLong)
+{
+    const auto tag = [](qsizetype size, char c) {
+        const QByteArray start = "<dict a=\"";
+        const QByteArray end = "\"/>";
+        return start + QByteArray(size - start.size() - end.size(), c) + end;
+    };
+    for (const char c : {'a', '>', '\'', '['}) {
+        EXPECT_TRUE(PropertyList::read(tag(4096, c))) << c;
+        EXPECT_FALSE(PropertyList::read(tag(4097, c))) << c;
+        // Neither can it be hidden.
+        EXPECT_FALSE(PropertyList::read("<array><!--'--><?a '?><string><![CDATA['\"]]>'</string>" +
+                                        tag(4097, c) + "</array>"))
+            << c;
+        const QString wide = QString::fromLatin1(tag(4097, c));
+        EXPECT_FALSE(PropertyList::read(
+            "\xff\xfe" + QByteArray(reinterpret_cast<const char *>(wide.utf16()), 2 * wide.size())))
+            << c;
+    }
+    const QByteArray text = QByteArray("<dict a=\"[\">'").repeated(1000);
+    const PropertyList::ReadResult read =
+        PropertyList::read("<array><!--" + text + "--><?a " + text + "?><string><![CDATA[" + text + "]]>" +
+                           QByteArray("'>\"").repeated(3000) + "</string></array>");
+    ASSERT_TRUE(read) << qPrintable(read.error);
+    EXPECT_TRUE(read.value->toList().value(0).toString().startsWith(QString::fromLatin1(text)));
+}
+
 TEST(BrokenPropertyLists, AFileOverTheSizeLimitIsRefusedUnread)
 {
     // Never touched, so never in memory.

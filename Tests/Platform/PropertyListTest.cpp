@@ -8,6 +8,7 @@
 #include "Tests/Platform/BinaryDocument.h"
 
 #include <QPoint>
+#include <QStringConverter>
 #include <cmath>
 #include <gtest/gtest.h>
 #include <limits>
@@ -212,6 +213,27 @@ TEST(PropertyList, AnIntegerOf16BytesHasItsSignInTheUpperHalf)
     EXPECT_FALSE(integer(ones, 5));
     EXPECT_FALSE(integer(ones - 1, ones));
     EXPECT_FALSE(integer(1, 0));
+}
+
+TEST(PropertyList, XMLIsReadInTheEncodingThatItSays)
+{
+    const QString text = QStringLiteral("\u00e9\u00df");
+    const QString plain = QStringLiteral("<string>%1</string>").arg(text);
+    const auto declared = [&plain](const char *encoding) {
+        return QStringLiteral("<?xml version=\"1.0\" encoding='%1'?>\n%2")
+            .arg(QLatin1String(encoding), plain);
+    };
+    QStringEncoder utf16(QStringEncoder::Utf16BE, QStringConverter::Flag::WriteBom);
+    QStringEncoder utf32(QStringEncoder::Utf32LE, QStringConverter::Flag::WriteBom);
+    for (const QByteArray &bytes :
+         {plain.toUtf8(), "\xef\xbb\xbf" + plain.toUtf8(), declared("UTF-8").toUtf8(),
+          "\xef\xbb\xbf" + declared("utf-8").toUtf8(), declared("ISO-8859-1").toLatin1(),
+          QByteArray(utf16(plain)), QByteArray(utf32(declared("UTF-32")))}) {
+        const PropertyList::ReadResult read = PropertyList::read(bytes);
+        ASSERT_TRUE(read) << bytes.constData() << qPrintable(read.error);
+        EXPECT_EQ(*read.value, QVariant(text)) << bytes.constData();
+    }
+    EXPECT_FALSE(PropertyList::read(plain.toLatin1()));
 }
 
 TEST(PropertyList, TheBinaryFormKeepsWhatXMLCannotHold)

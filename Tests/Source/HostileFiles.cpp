@@ -152,6 +152,25 @@ QByteArray xmlItems(qsizetype size)
                      QByteArray("<dict/>").repeated(size / 7) + "</array></dict>");
 }
 
+/// Of about so many bytes, each with a name of its own.
+QByteArray attributes(qsizetype size)
+{
+    QByteArray result;
+    for (int i = 0; result.size() < size; ++i)
+        result += " a" + QByteArray::number(i) + "=''";
+    return result;
+}
+
+/// A document type that gives many attributes to many elements.
+QByteArray withDefaults(qsizetype size)
+{
+    QByteArray type = "<!DOCTYPE plist [";
+    for (int i = 0; type.size() < size / 2; ++i)
+        type += "<!ATTLIST dict a" + QByteArray::number(i) + " CDATA 'x'>";
+    return type + "]>" +
+           xmlDomain("<key>a</key><array>" + QByteArray("<dict/>").repeated(size / 14) + "</array>");
+}
+
 } // namespace
 
 QList<HostileFile> hostileFiles(qsizetype size)
@@ -174,6 +193,32 @@ QList<HostileFile> hostileFiles(qsizetype size)
     files << HostileFile{"XML of empty items", false, xmlItems(size), true}
           << HostileFile{"XML of one text", false,
                          xmlDomain("<key>a</key><string>" + QByteArray("&amp;").repeated(size / 5) +
+                                   "</string>"),
+                         true}
+          << HostileFile{"XML of one tag", false, xmlDomain("<key>a</key><dict" + attributes(size) + "/>"),
+                         false}
+          << HostileFile{"XML of long tags", false,
+                         xmlDomain("<key>a</key><array>" +
+                                   ("<dict" + attributes(3'900) + "/>").repeated(size / 3'900) + "</array>"),
+                         true}
+          << HostileFile{"XML of default attributes", false, withDefaults(size), false}
+          << HostileFile{"XML of one comment", false,
+                         xmlDomain("<key>a</key><true/><!--" + QByteArray(size, 'a') + "-->"), true}
+          << HostileFile{"XML of comments", false,
+                         xmlDomain("<key>a</key><string>" + QByteArray("<!---->").repeated(size / 7) +
+                                   "</string>"),
+                         true}
+          << HostileFile{"XML of one instruction", false,
+                         xmlDomain("<key>a</key><true/><?a " + QByteArray(size, 'a') + "?>"), true}
+          << HostileFile{"XML of instructions", false,
+                         xmlDomain("<key>a</key><string>" + QByteArray("<?a?>").repeated(size / 5) +
+                                   "</string>"),
+                         true}
+          << HostileFile{"XML of one marked text", false,
+                         xmlDomain("<key>a</key><string><![CDATA[" + QByteArray(size, '<') + "]]></string>"),
+                         true}
+          << HostileFile{"XML of marked texts", false,
+                         xmlDomain("<key>a</key><string>" + QByteArray("<![CDATA[]]>").repeated(size / 12) +
                                    "</string>"),
                          true}
           << HostileFile{
