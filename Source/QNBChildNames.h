@@ -14,6 +14,10 @@
 class QNBChildNames
 {
 public:
+    /// A folder with a longer name in it should have no index: thousands of its children may share that name,
+    /// and each would have all of it looked at.
+    static constexpr qsizetype longest = 1000;
+
     explicit QNBChildNames(const QNBHierarchyItem::Children &children);
 
     /// Whether a child other than \a exceptFor (by uid; may be null) has this name, without regard to case.

@@ -199,11 +199,11 @@ void QNBHierarchyItem::setChildren(const Children &children)
 
 void QNBHierarchyItem::indexChildNames()
 {
-    const auto isOwnChild = [this](const QNBHierarchyItemPtr &child) {
-        return child->parent().get() == this;
+    const auto canBeIndexed = [this](const QNBHierarchyItemPtr &child) {
+        return child->parent().get() == this && child->filename().size() <= QNBChildNames::longest;
     };
     if (!childNames_ && children_.size() >= fewestIndexedNames &&
-        std::all_of(children_.begin(), children_.end(), isOwnChild))
+        std::all_of(children_.begin(), children_.end(), canBeIndexed))
         childNames_ = std::make_unique<QNBChildNames>(children_);
 }
 

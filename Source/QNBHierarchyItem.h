@@ -103,8 +103,8 @@ public:
 
     /// With fewer children a look at each of their names is not worth avoiding.
     static constexpr std::size_t fewestIndexedNames = 500;
-    /// Makes an index of the children's names, unless they are few or one of them has another parent. It
-    /// follows every edit, until it is dropped: by the caller, or by an edit that it cannot follow.
+    /// Makes an index of the children's names, unless they are few, one is very long or has another parent.
+    /// It follows every edit, until it is dropped: by the caller, or by an edit that it cannot follow.
     void indexChildNames();
     void dropChildNames();
     /// The index; null if there is none.

@@ -7,11 +7,16 @@
 #include "Source/QNBChildNames.h"
 #include "Source/QNBLowerCase.h"
 
+#include <algorithm>
 #include <optional>
 
 namespace {
 
 constexpr QChar separator = u'-';
+constexpr qsizetype mostDigits = 9;
+
+/// Of names of this length it is worth knowing that they are the same text in memory.
+constexpr qsizetype longName = 1000;
 
 QString suffixOf(const QString &extension)
 {
@@ -22,7 +27,6 @@ QString suffixOf(const QString &extension)
 /// as it takes to make one of more than nine digits count.
 std::optional<std::uint32_t> counterIn(QStringView text)
 {
-    constexpr qsizetype mostDigits = 9;
     if (text.isEmpty() || text.size() > mostDigits || text.front() == u'0')
         return std::nullopt;
     std::uint32_t number = 0;
@@ -57,11 +61,20 @@ QNBUniqueNameSearch::QNBUniqueNameSearch(const QString &base, const QString &ext
     , prefix_((base_ + separator).toLower())
     // Not the suffix alone: QString::toLower() treats lone surrogates after what stands before them.
     , tail_((base_ + separator + u'1' + suffix_).toLower().sliced(prefix_.size() + 1))
+    , longest_(std::max(plain_.size(), prefix_.size() + mostDigits + tail_.size()))
 {
 }
 
 void QNBUniqueNameSearch::addTaken(const QString &name)
 {
+    // In lower case no name is shorter than before.
+    if (name.size() > longest_)
+        return;
+    if (name.size() > longName) {
+        if (name.constData() == lastLongName_.constData())
+            return;
+        lastLongName_ = name;
+    }
     const QNBLowerCase lowerCase(name);
     const QStringView lower = lowerCase.view();
     if (lower.startsWith(prefix_) && lower.endsWith(tail_)) {

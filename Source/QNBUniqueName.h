@@ -30,6 +30,10 @@ private:
     QString plain_;
     QString prefix_;
     QString tail_;
+    /// No longer name is in the way.
+    qsizetype longest_;
+    /// Thousands of items may share one.
+    QString lastLongName_;
     bool isPlainTaken_ = false;
     std::vector<std::uint32_t> takenNumbers_;
 };

@@ -68,6 +68,20 @@ TEST(QNBChildNames, OnlyManyAreIndexed)
     EXPECT_FALSE(folder->childNames());
 }
 
+TEST(QNBChildNames, AreNotIndexedWithOneThatIsVeryLong)
+{
+    const QNBHierarchyItemPtr folder = folderOf(QNBHierarchyItem::fewestIndexedNames);
+    const QNBHierarchyItemPtr item = file(QString(QNBChildNames::longest + 1, u'a'));
+    folder->addChild(item);
+    folder->indexChildNames();
+    EXPECT_FALSE(folder->childNames());
+    item->setFilename(QString(QNBChildNames::longest, u'a'));
+    folder->indexChildNames();
+    ASSERT_TRUE(folder->childNames());
+    item->setFilename(QString(QNBChildNames::longest + 1, u'b'));
+    EXPECT_TRUE(isTaken(*folder, QString(QNBChildNames::longest + 1, u'B')));
+}
+
 TEST(QNBChildNames, FollowEveryEdit)
 {
     const QNBHierarchyItemPtr folder = indexedFolder();

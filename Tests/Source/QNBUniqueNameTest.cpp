@@ -7,6 +7,7 @@
 
 #include <QSet>
 #include <QStringList>
+#include <ctime>
 #include <gtest/gtest.h>
 #include <random>
 
@@ -107,6 +108,34 @@ TEST(QNBUniqueNameTest, AHundredThousandNumberedNames)
     EXPECT_EQ(QNBUniqueName(text("untitled"), {}, taken), u"untitled-100001");
     taken[50'000].clear();
     EXPECT_EQ(QNBUniqueName(text("untitled"), {}, taken), u"untitled-50001");
+}
+
+/// In seconds, what some thousand items take that share one name of a megabyte. Each look at the whole name
+/// would add a millisecond.
+constexpr double mostSeconds = 1;
+
+TEST(QNBUniqueNameTest, AVeryLongNameIsLookedAtOnceHoweverManyItemsShareIt)
+{
+    const QString name(1'000'000, u'P');
+    const QStringList taken(2'000, name);
+    const std::clock_t start = std::clock();
+    EXPECT_EQ(QNBUniqueName(text("Untitled"), {}, taken), u"Untitled");
+    EXPECT_EQ(QNBUniqueName(name.toLower(), {}, taken), name.toLower() + text("-1"));
+    EXPECT_LT(double(std::clock() - start) / CLOCKS_PER_SEC, mostSeconds);
+}
+
+TEST(UniqueNameForLevelTest, AVeryLongNameIsLookedAtOnceHoweverManyItemsShareIt)
+{
+    const QString name(1'000'000, u'P');
+    const QNBHierarchyItemPtr level = folderOf({});
+    for (int i = 0; i < 2'000; ++i) {
+        level->addChild(item({}));
+        level->childAtIndex(i)->setFilename(name);
+    }
+    const std::clock_t start = std::clock();
+    level->indexChildNames();
+    EXPECT_EQ(uniqueNameForLevel(*level, text("Untitled"), nullptr), u"Untitled");
+    EXPECT_LT(double(std::clock() - start) / CLOCKS_PER_SEC, mostSeconds);
 }
 
 TEST(QNBUniqueNameTest, IsTheRuleForRandomNames)
