@@ -17,8 +17,7 @@ QString ItemName::problem(const QString &name, const QByteArray &bytes)
     if (bytes.contains('\0'))
         return QStringLiteral("the name contains a null character");
     if (bytes.size() > mostBytes)
-        return QStringLiteral("the name is %1 bytes long, and no more than %2 are possible")
-            .arg(QString::number(bytes.size()), QString::number(mostBytes));
+        return QStringLiteral("the name is longer than the %1 bytes that are possible").arg(mostBytes);
     if (!name.isValidUtf16())
         return QStringLiteral("the name contains half a character");
     return {};

@@ -97,7 +97,8 @@ void Planner::walk()
 
 void Planner::planItem(const QNBHierarchyItem &item)
 {
-    QByteArray name = item.filename().toUtf8();
+    // Of a longer name, which many items may share, no more need be seen to know that it is too long.
+    QByteArray name = item.filename().left(ItemName::mostBytes + 1).toUtf8();
     if (const QString problem = ItemName::problem(item.filename(), name); !problem.isEmpty()) {
         fail(item, problem);
         return;
@@ -188,8 +189,10 @@ bool Planner::collectTakenNames()
         for (const QByteArray &entry : *entries)
             taken.add(QString::fromUtf8(entry));
     }
-    for (const QNBHierarchyItemPtr &child : level.item->children())
-        taken.add(child->filename());
+    for (const QNBHierarchyItemPtr &child : level.item->children()) {
+        if (child->filename().size() <= ItemName::mostBytes)
+            taken.add(child->filename());
+    }
     level.takenNames = std::move(taken);
     return true;
 }

@@ -6,6 +6,7 @@
 #include "Helper/Creation/ItemName.h"
 
 #include <QFile>
+#include <ctime>
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
@@ -67,6 +68,23 @@ TEST_F(CreationPlanTest, NamesThatAreNoNamesAreProblems)
     }
     EXPECT_EQ(disk(), before);
     EXPECT_THAT(DiskTree::paths(DiskTree::read(outside())), IsEmpty());
+}
+
+TEST_F(CreationPlanTest, AVeryLongNameIsNotLookedAtForEachItemThatSharesIt)
+{
+    const QNBHierarchyItemPtr root = Items::root({Items::file(QStringLiteral("a"))});
+    const QString name(1'000'000, QChar(u'Ä'));
+    for (int i = 0; i < 2'000; ++i) {
+        root->addChild(QNBHierarchyItem::init());
+        root->children().back()->setFilename(name);
+    }
+    put(inTarget(QStringLiteral("a")), {});
+    const std::clock_t start = std::clock();
+    const Creation::Plan planned = plan(root);
+    // Each look at the whole name would add some milliseconds.
+    EXPECT_LT(double(std::clock() - start) / CLOCKS_PER_SEC, 2);
+    EXPECT_THAT(planned.problems(), SizeIs(2'000));
+    EXPECT_THAT(planned.conflicts(), SizeIs(1));
 }
 
 TEST_F(CreationPlanTest, NamesUpToTheLimitAreCreated)
