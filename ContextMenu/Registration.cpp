@@ -8,6 +8,7 @@
 #include "Platform/DesktopFolders.h"
 #include "Platform/FileLayer.h"
 #include "Platform/FileLock.h"
+#include "Platform/LineText.h"
 #include "Shared/Source/QNBShared.h"
 #include "Source/QNBSettingsStore.h"
 
@@ -29,7 +30,7 @@ void keep(Result<> &kept, Result<> result)
 {
     if (result)
         return;
-    qCWarning(lcRegistration).noquote() << result.error;
+    qCWarning(lcRegistration).noquote() << lineText(result.error);
     if (kept)
         kept = std::move(result);
 }

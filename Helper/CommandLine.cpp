@@ -32,9 +32,9 @@ QString tr(const char *text)
     return QCoreApplication::translate("CommandLine", text);
 }
 
-QByteArray text(const QJsonObject &object)
+QByteArray text(const QJsonDocument &document)
 {
-    return QJsonDocument(object).toJson();
+    return escapedJson(document.toJson());
 }
 
 ExitCode worse(ExitCode one, ExitCode other)
@@ -107,22 +107,28 @@ ExitCode CommandLine::perform(const CommandLineOptions &options)
     }
     if (options.command == Command::Undo)
         return undo(options);
-    for (const QString &line : newsOfInterruptedCreations())
-        tell(line);
     if (options.command == Command::Menu)
         return menu(options);
     return options.command == Command::List ? list(options) : create(options);
 }
 
+void CommandLine::tellOfInterruptedCreations()
+{
+    const QStringList news = newsOfInterruptedCreations();
+    for (const QString &line : news)
+        tell(line);
+}
+
 ExitCode CommandLine::list(const CommandLineOptions &options)
 {
+    tellOfInterruptedCreations();
     const Result<QNBSettings> settings = readSettings();
     if (!settings) {
         tell(settings.error);
         return ExitCode::NoSuchPreset;
     }
     if (options.isJson) {
-        console_.print(QJsonDocument(CommandLineJson::presets(settings->presets)).toJson());
+        console_.print(text(QJsonDocument(CommandLineJson::presets(settings->presets))));
     } else {
         for (const QNBPresetRecordPtr &preset : settings->presets)
             console_.printLine(preset->label());
@@ -135,7 +141,7 @@ ExitCode CommandLine::undo(const CommandLineOptions &options)
     const UndoReport report = undoLastCreation();
     tell(report.message);
     if (options.isJson)
-        console_.print(text(CommandLineJson::undo(report)));
+        console_.print(text(QJsonDocument(CommandLineJson::undo(report))));
     return report.status == UndoReport::Status::Undone ? ExitCode::Done : ExitCode::NotUndone;
 }
 
@@ -145,6 +151,8 @@ ExitCode CommandLine::create(const CommandLineOptions &options)
     const std::optional<ExitCode> handedOver = handOver(options, folders);
     if (handedOver == ExitCode::Done)
         return ExitCode::Done;
+    if (!handedOver)
+        tellOfInterruptedCreations();
     const ExitCode code = handedOver ? *handedOver : createHere(options, folders);
     if (!options.notify)
         return code;
@@ -218,8 +226,8 @@ CreationRequest CommandLine::request(const CommandLineOptions &options, const QN
 void CommandLine::printCreations(const CommandLineOptions &options, const QList<CreationRequest> &requests,
                                  const QJsonArray &folders)
 {
-    console_.print(
-        text(CommandLineJson::creations(requests.constFirst().preset->label(), options.isDryRun, folders)));
+    const QString label = requests.constFirst().preset->label();
+    console_.print(text(QJsonDocument(CommandLineJson::creations(label, options.isDryRun, folders))));
 }
 
 ExitCode CommandLine::dryRun(const CommandLineOptions &options, const QList<CreationRequest> &requests)

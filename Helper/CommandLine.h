@@ -41,6 +41,8 @@ public:
 
 private:
     ExitCode perform(const CommandLineOptions &options);
+    /// Once for each; not where nobody may read it, because the running helper does the work.
+    void tellOfInterruptedCreations();
     ExitCode list(const CommandLineOptions &options);
     ExitCode create(const CommandLineOptions &options);
     ExitCode createHere(const CommandLineOptions &options, const QStringList &folders);

@@ -6,6 +6,7 @@
 #include "Helper/Running/RunningCode.h"
 #include "Helper/StandardStreams.h"
 #include "Platform/HomeOwner.h"
+#include "Platform/LineText.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -25,7 +26,7 @@ constexpr int codeIsMissing = 127;
 int runInBackground(int &argc, char **argv)
 {
     if (const Result<> home = HomeOwner::check(); !home) {
-        std::fprintf(stderr, "QNBHelper: %s\n", qPrintable(home.error));
+        std::fprintf(stderr, "QNBHelper: %s\n", qPrintable(lineText(home.error)));
         return static_cast<int>(ExitCode::Usage);
     }
     const QString folder = QFileInfo(QFile::symLinkTarget(QStringLiteral("/proc/self/exe"))).path();
@@ -34,7 +35,7 @@ int runInBackground(int &argc, char **argv)
     code.setLoadHints(QLibrary::PreventUnloadHint);
     if (auto *const run = reinterpret_cast<RunningCode::Run *>(code.resolve(RunningCode::runName)))
         return run(argc, argv);
-    std::fprintf(stderr, "QNBHelper: %s\n", qPrintable(code.errorString()));
+    std::fprintf(stderr, "QNBHelper: %s\n", qPrintable(lineText(code.errorString())));
     return codeIsMissing;
 }
 

@@ -4,6 +4,7 @@
 #include "Host/LeavingQuestion.h"
 
 #include "Host/PaneSession.h"
+#include "Platform/LineText.h"
 #include "Toolkit/FilePanel.h"
 #include "Toolkit/PlainText.h"
 
@@ -64,9 +65,9 @@ QString saveCopy(PaneSession &session, QWidget &window)
     if (paths.isEmpty())
         return {};
     const Result<> saved = session.saveCopy(paths.constFirst());
-    return saved
-               ? tr("A copy of all that you made is in %1.").arg(QDir::toNativeSeparators(paths.constFirst()))
-               : tr("The copy could not be saved either: %1.").arg(saved.error);
+    return saved ? tr("A copy of all that you made is in %1.")
+                       .arg(lineText(QDir::toNativeSeparators(paths.constFirst())))
+                 : tr("The copy could not be saved either: %1.").arg(saved.error);
 }
 
 } // namespace

@@ -29,7 +29,7 @@ QString tr(const char *text)
 
 std::unique_ptr<PreferencePane> failure(const QString &reason)
 {
-    qCWarning(lcPane).noquote() << reason;
+    qCWarning(lcPane).noquote() << lineText(reason);
     return std::make_unique<ErrorPane>(reason);
 }
 

@@ -8,6 +8,7 @@
 #include "Platform/DesktopFolders.h"
 #include "Platform/ExitHandler.h"
 #include "Platform/HomeOwner.h"
+#include "Platform/LineText.h"
 #include "Platform/SessionBus.h"
 #include "Platform/TerminationSignals.h"
 
@@ -95,7 +96,7 @@ int main(int argc, char **argv)
     }
 
     if (const Result<> home = HomeOwner::check(); !home) {
-        std::fputs(qPrintable(home.error + u'\n'), stderr);
+        std::fputs(qPrintable(linesText(home.error + u'\n')), stderr);
         return EXIT_FAILURE;
     }
 
@@ -108,14 +109,14 @@ int main(int argc, char **argv)
     parser.process(application);
     const QStringList arguments = parser.positionalArguments();
     if (arguments.size() > 1) {
-        std::fputs(qPrintable(tr("More than one pane is named.") + u'\n'), stderr);
+        std::fputs(qPrintable(linesText(tr("More than one pane is named.") + u'\n')), stderr);
         return EXIT_FAILURE;
     }
     const Result<QString> requested =
         arguments.isEmpty() ? Result<QString>(QString())
                             : PaneFinder::pathOfPane(arguments.constFirst(), PaneFinder::searchFolders());
     if (!requested)
-        std::fputs(qPrintable(requested.error + u'\n'), stderr);
+        std::fputs(qPrintable(linesText(requested.error + u'\n')), stderr);
 
     InstanceGuard guard(QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation),
                         DesktopFolders::runtimeDirectory());

@@ -4,6 +4,7 @@
 #include "Platform/FileCatalog.h"
 
 #include "Platform/FileLayer.h"
+#include "Platform/LineText.h"
 
 #include <QFile>
 #include <QList>
@@ -31,7 +32,7 @@ void report(const QString &doing, const QByteArray &path, int errorNumber)
         return;
     reported.insert(errorNumber);
     qCWarning(lcFileCatalog).noquote()
-        << systemError(doing.arg(QFile::decodeName(path)), errorNumber) << "(not reported again)";
+        << lineText(systemError(doing.arg(QFile::decodeName(path)), errorNumber)) << "(not reported again)";
 }
 
 bool isDots(const QByteArray &component)

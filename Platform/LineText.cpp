@@ -206,3 +206,20 @@ QString linesText(const QByteArray &text)
 {
     return linesText(decoded(text));
 }
+
+QByteArray escapedJson(const QByteArray &json)
+{
+    QByteArray result;
+    const QString text = QString::fromUtf8(json);
+    for (const char32_t character : text.toStdU32String()) {
+        // What is below stands between the values; in them it is escaped already.
+        if (character < U' ' || !isHidden(character)) {
+            result += QString::fromUcs4(&character, 1).toUtf8();
+            continue;
+        }
+        const QString units = QString::fromUcs4(&character, 1);
+        for (const QChar unit : units)
+            result += "\\u" + QByteArray::number(unit.unicode(), 16).rightJustified(4, '0');
+    }
+    return result;
+}

@@ -25,3 +25,7 @@ QString lineText(const QByteArray &name);
 /// character is shown by its number, for which no font lacks a picture.
 QString linesText(const QString &text);
 QString linesText(const QByteArray &text);
+
+/// A JSON document with the same values as \a json, UTF-8, in which every character that lineText() does not
+/// leave as it is stands as an escape ("\\u202e"): what a stranger named can be printed on a terminal.
+QByteArray escapedJson(const QByteArray &json);

@@ -3,6 +3,7 @@
 
 #include "Platform/PreferenceValues.h"
 
+#include "Platform/LineText.h"
 #include "Platform/PropertyListComparison.h"
 
 #include <QLoggingCategory>
@@ -24,7 +25,8 @@ PropertyListDocument::Ptr documentOf(const EncodedPreference &encoded)
     if (written)
         document = PropertyListDocument::parse(*written.bytes, &error);
     if (!document)
-        qCWarning(lcValues, "a value that was set is no property list: %ls", qUtf16Printable(error));
+        qCWarning(lcValues, "a value that was set is no property list: %ls",
+                  qUtf16Printable(lineText(error)));
     return document;
 }
 
@@ -220,6 +222,6 @@ void PreferenceValues::readSavedBytes()
     QString error;
     document_ = PropertyListDocument::parse(bytes_, &error);
     if (!document_)
-        qCCritical(lcValues, "what was saved cannot be read: %ls", qUtf16Printable(error));
+        qCCritical(lcValues, "what was saved cannot be read: %ls", qUtf16Printable(lineText(error)));
     saved_.clear();
 }

@@ -5,6 +5,7 @@
 
 #include "Platform/DesktopFolders.h"
 #include "Platform/FileLayer.h"
+#include "Platform/LineText.h"
 #include "Platform/PreferencesFile.h"
 
 #include <QCryptographicHash>
@@ -57,8 +58,8 @@ public:
                               ? Result<>::failure(QStringLiteral("there is no home for the preferences"))
                               : (this->*act)();
         if (!result)
-            qCWarning(preferencesLog, "%s %ls: %ls", doing, qUtf16Printable(path),
-                      qUtf16Printable(result.error));
+            qCWarning(preferencesLog, "%s %ls: %ls", doing, qUtf16Printable(lineText(path)),
+                      qUtf16Printable(lineText(result.error)));
         return result;
     }
 
@@ -173,12 +174,13 @@ public:
             values.setFile({}, backup.document);
             backupBytes = backup.bytes;
             setSeen();
-            qCWarning(preferencesLog, "the last good backup of %ls is read", qUtf16Printable(path));
+            qCWarning(preferencesLog, "the last good backup of %ls is read", qUtf16Printable(lineText(path)));
         } else {
             backupState = backup.state;
             if (backup.state == Content::Unreadable)
                 unread = backup.error;
-            qCWarning(preferencesLog, "there is no good backup: %ls", qUtf16Printable(backup.error));
+            qCWarning(preferencesLog, "there is no good backup: %ls",
+                      qUtf16Printable(lineText(backup.error)));
         }
     }
 
@@ -196,7 +198,7 @@ public:
     /// neither. Without a good backup the damaged file just goes.
     Result<> repair(const PreferencesFile &file, const QString &reason)
     {
-        qCWarning(preferencesLog, "%ls; it is kept aside", qUtf16Printable(reason));
+        qCWarning(preferencesLog, "%ls; it is kept aside", qUtf16Printable(lineText(reason)));
         if (Result<> result = keepDamaged(file); !result)
             return result;
         if (backupBytes.isEmpty())
@@ -226,7 +228,7 @@ public:
         const Result<> taken = take(file, content);
         isBlind = wasBlind;
         if (!taken) {
-            qCWarning(preferencesLog, "%ls; it is kept aside", qUtf16Printable(taken.error));
+            qCWarning(preferencesLog, "%ls; it is kept aside", qUtf16Printable(lineText(taken.error)));
             const Result<> kept = keepDamaged(file);
             // The file was read before: the next save looks again.
             unread.clear();
@@ -235,7 +237,7 @@ public:
         }
         if (isBlind && content.state == Content::Good && values.replacesOthers()) {
             qCWarning(preferencesLog, "%ls was not known when its values were set; a copy is kept aside",
-                      qUtf16Printable(file.target()));
+                      qUtf16Printable(lineText(file.target())));
             if (Result<> result = file.keepCopyAside(); !result)
                 return result;
         }
@@ -265,8 +267,8 @@ public:
         if (const Result<> kept =
                 EarlierStates(options.statesFolder, &layer).keep(replaced.bytes, replaced.modified);
             !kept)
-            qCWarning(preferencesLog, "no earlier state of %ls is kept: %ls", qUtf16Printable(path),
-                      qUtf16Printable(kept.error));
+            qCWarning(preferencesLog, "no earlier state of %ls is kept: %ls", qUtf16Printable(lineText(path)),
+                      qUtf16Printable(lineText(kept.error)));
     }
 
     const Options options;
@@ -349,11 +351,11 @@ Result<> Preferences::keepAsideCopy(const QString &reason)
     const std::optional<FileLock> lock = d_->lockedFile(file, false, d_->options.lockTimeout, &error);
     result = lock ? file.keepCopyAside() : Result<>::failure(error);
     if (result)
-        qCWarning(preferencesLog, "%ls is kept aside: %ls", qUtf16Printable(d_->path),
-                  qUtf16Printable(reason));
+        qCWarning(preferencesLog, "%ls is kept aside: %ls", qUtf16Printable(lineText(d_->path)),
+                  qUtf16Printable(lineText(reason)));
     else
-        qCWarning(preferencesLog, "%ls cannot be kept aside: %ls", qUtf16Printable(d_->path),
-                  qUtf16Printable(result.error));
+        qCWarning(preferencesLog, "%ls cannot be kept aside: %ls", qUtf16Printable(lineText(d_->path)),
+                  qUtf16Printable(lineText(result.error)));
     return result;
 }
 

@@ -4,6 +4,7 @@
 #include "Platform/ProcessTable.h"
 
 #include "Platform/Bundle.h"
+#include "Platform/LineText.h"
 #include "Platform/ProcessFolder.h"
 #include "Platform/SystemCalls.h"
 
@@ -44,7 +45,8 @@ public:
         : folder_(::opendir(QFile::encodeName(path).constData()))
     {
         if (!folder_)
-            qCWarning(lcProcesses) << path << qPrintable(systemError(QStringLiteral("open"), errno));
+            qCWarning(lcProcesses) << path
+                                   << qPrintable(lineText(systemError(QStringLiteral("open"), errno)));
     }
 
     bool isOpen() const { return folder_ != nullptr; }
@@ -271,7 +273,8 @@ bool ProcessTable::sendSignal(const ProcessSerialNumber &process, int signal, co
     // is the listed one, and whoever gets its id later is not meant.
     const FileDescriptor pidfd(FileLayer::real(), openPidfd(pid));
     if (!pidfd.isOpen()) {
-        qCInfo(lcProcesses) << qPrintable(systemError(QStringLiteral("open process %1").arg(pid), errno));
+        qCInfo(lcProcesses) << qPrintable(
+            lineText(systemError(QStringLiteral("open process %1").arg(pid), errno)));
         return false;
     }
     if (runningProcess(ProcRoot(root), pid) != process) {
@@ -280,9 +283,9 @@ bool ProcessTable::sendSignal(const ProcessSerialNumber &process, int signal, co
     }
     if (sendSignalToPidfd(pidfd.get(), signal) == -1) {
         const int error = errno;
-        qCWarning(lcProcesses) << qPrintable(systemError(
+        qCWarning(lcProcesses) << qPrintable(lineText(systemError(
             QStringLiteral("send signal %1 to process %2").arg(QString::number(signal), QString::number(pid)),
-            error));
+            error)));
         return false;
     }
     return true;

@@ -4,6 +4,7 @@
 #include "Source/QNBSettingsStore.h"
 
 #include "Platform/FileOperations.h"
+#include "Platform/LineText.h"
 #include "Shared/Source/QNBShared.h"
 
 #include <QDir>
@@ -287,7 +288,7 @@ QVariant configValueForKey(const std::optional<Bundle> &bundle, const QString &k
         return {};
     const PropertyList::ReadResult info = PropertyList::read(file.readAll());
     if (!info) {
-        qCWarning(lcStore).noquote() << info.error;
+        qCWarning(lcStore).noquote() << lineText(info.error);
         return {};
     }
     return info.value->toMap().value(key);

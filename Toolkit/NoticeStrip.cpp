@@ -3,6 +3,7 @@
 
 #include "Toolkit/NoticeStrip.h"
 
+#include "Platform/LineText.h"
 #include "Toolkit/PlainText.h"
 
 #include <QAccessibleWidget>
@@ -144,7 +145,8 @@ void NoticeStrip::showMostImportant()
         isWarning(notice.kind) ? QStyle::SP_MessageBoxWarning : QStyle::SP_MessageBoxInformation;
     const int size = style()->pixelMetric(QStyle::PM_SmallIconSize);
     symbol_->setPixmap(style()->standardIcon(symbol).pixmap(QSize(size, size), devicePixelRatioF()));
-    text_->setText(linesText(notice.text));
+    const QString text = linesText(notice.text);
+    text_->setText(text);
     setToolTip(notice.details.isEmpty() ? QString() : PlainText::toolTip(notice.details));
 
     buttons_ = new QWidget(this);
@@ -164,10 +166,10 @@ void NoticeStrip::showMostImportant()
         buttons_->findChild<QPushButton *>()->setFocus();
     update();
 
-    setAccessibleDescription(notice.details);
-    if (accessibleName() == notice.text)
+    setAccessibleDescription(linesText(notice.details));
+    if (accessibleName() == text)
         return;
-    setAccessibleName(notice.text);
+    setAccessibleName(text);
     QAccessibleEvent event(this, QAccessible::Alert);
     QAccessible::updateAccessibility(&event);
 }

@@ -124,6 +124,10 @@ TEST_F(CommandLineProgramTest, ATerminalIsShownEveryCharacter)
     EXPECT_THAT(errors.toStdString(), HasSubstr("../<U+2066>evil<U+200B>"));
     EXPECT_EQ(QString::fromUtf8(create(text("\u202Enone")).errors),
               text("There is no preset \"<U+202E>none\"\n"));
+
+    const Ended json = run({text("--list"), text("--json")});
+    EXPECT_THAT(json.output.toStdString(), HasSubstr("\"\\u202egpj\\u009b2J\""));
+    EXPECT_EQ(json.json().array()[0].toObject().value(text("label")), text("\u202Egpj\u009B2J"));
 }
 
 TEST_F(CommandLineProgramTest, ListsAsJson)

@@ -3,6 +3,7 @@
 
 #include "Tests/Helper/FakeDesktop.h"
 #include "Tests/Helper/HelperFixture.h"
+#include "Tests/Session/KilledProcess.h"
 #include "Tests/Session/PrivateBus.h"
 #include "Tests/Session/SilentSocket.h"
 
@@ -108,6 +109,19 @@ TEST_F(NotifyProgramTest, ANumberNamesNoPresetForACallerThatMayHaveAnOldList)
     EXPECT_THAT(tree(), IsEmpty());
     ASSERT_EQ(desktop.shown().size(), 1);
     EXPECT_THAT(desktop.shown()[0].text.toStdString(), HasSubstr("There is no preset \"#1\""));
+}
+
+TEST_F(NotifyProgramTest, OfAKilledCreationTheNextOneWithReadersTells)
+{
+    ASSERT_TRUE(KilledProcess::isKilledAt(text("fchmod"), 1, program(),
+                                          {text("--create"), text("A preset"), text("--in"), target()},
+                                          home_.environment()));
+    {
+        const FakeHelper helper(bus_.address(), FakeHelper::Manner::Helpful);
+        EXPECT_EQ(createAndNotify(bus_.address()).errors, QByteArray());
+        EXPECT_EQ(helper.orders().size(), 1);
+    }
+    EXPECT_THAT(run({text("--list")}).errors.toStdString(), HasSubstr(target().toStdString()));
 }
 
 TEST_F(NotifyProgramTest, WithoutOneItDoesItAndNotifies)

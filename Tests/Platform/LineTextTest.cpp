@@ -3,6 +3,9 @@
 
 #include "Platform/LineText.h"
 
+#include <QJsonDocument>
+#include <QJsonObject>
+
 #include <algorithm>
 #include <gtest/gtest.h>
 #include <utility>
@@ -119,4 +122,14 @@ TEST(LineTextTest, LinesKeepTheirEndsAndTabs)
     EXPECT_EQ(linesText(QStringLiteral("one\n\ttwo\r\n\u202Ethree\u2028")),
               QStringLiteral("one\n\ttwo<U+000D>\n<U+202E>three<U+2028>"));
     EXPECT_EQ(linesText(QByteArray("one\n\ttw\xf6\r\n")), QStringLiteral("one\n\ttw<0xF6><U+000D>\n"));
+}
+
+TEST(LineTextTest, JsonEscapesWhatIsNotSeenAndKeepsItsValues)
+{
+    const QJsonObject object{
+        {QStringLiteral("a\u2066"), QStringLiteral("\u009B2J\x7f\n caf\u00e9 \U0001F600\U000E0041")}};
+    const QByteArray escaped = escapedJson(QJsonDocument(object).toJson());
+    EXPECT_EQ(escaped,
+              "{\n    \"a\\u2066\": \"\\u009b2J\\u007f\\n caf\xc3\xa9 \xf0\x9f\x98\x80\\udb40\\udc41\"\n}\n");
+    EXPECT_EQ(QJsonDocument::fromJson(escaped).object(), object);
 }

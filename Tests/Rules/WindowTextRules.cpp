@@ -164,3 +164,18 @@ QStringList WindowTextRules::violationsOfFilling(const SourceFile &file)
     }
     return violations;
 }
+
+QStringList WindowTextRules::violationsOfPrinting(const SourceFile &file)
+{
+    if (!isProduct(file))
+        return {};
+    static const QRegularExpression raw(QStringLiteral(
+        "\\bq(Utf16)?Printable\\((?!lines?Text\\()|\\bnoquote\\(\\)(?!\\s*<<\\s*lines?Text\\()"));
+    QStringList violations;
+    for (auto match = raw.globalMatch(codeOf(file.text)); match.hasNext();)
+        violations.append(
+            describe(file, match.next().capturedStart(),
+                     QStringLiteral("What moves the cursor or turns the direction of writing is "
+                                    "obeyed: use lineText()")));
+    return violations;
+}

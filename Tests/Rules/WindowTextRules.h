@@ -17,6 +17,9 @@ QStringList violationsOfPlainInterface(const SourceFile &file);
 /// first.
 QStringList violationsOfFilling(const SourceFile &file);
 
+/// Names that are written as they are, to the log or a terminal: LineText.h shows every character of them.
+QStringList violationsOfPrinting(const SourceFile &file);
+
 /// The code of a C++ file, as long as it is: without what is in comments and literals.
 QString codeOf(const QString &text);
 

@@ -42,6 +42,12 @@ TEST(WindowTextRulesTest, ThePlacesOfATextAreFilledInOneCall)
         expectNone(WindowTextRules::violationsOfFilling(source));
 }
 
+TEST(WindowTextRulesTest, NoNameIsPrintedAsItIs)
+{
+    for (const SourceFile &source : SourceTree::files())
+        expectNone(WindowTextRules::violationsOfPrinting(source));
+}
+
 TEST(WindowTextRulesTest, WhatCouldShowMarkupIsCaught)
 {
     for (const char *code :
@@ -93,4 +99,15 @@ TEST(WindowTextRulesTest, FillingInTwoCallsIsCaught)
         EXPECT_THAT(WindowTextRules::violationsOfFilling(file("Source/A.cpp", code)), SizeIs(1)) << code;
     for (const char *code : {"tr(\"%1 %2\").arg(a, b)", "f(x.arg(a), y.arg(b))", "a.arg(b) + c.arg(d)"})
         EXPECT_THAT(WindowTextRules::violationsOfFilling(file("Source/A.cpp", code)), IsEmpty()) << code;
+}
+
+TEST(WindowTextRulesTest, PrintingANameAsItIsIsCaught)
+{
+    for (const char *code :
+         {"std::fputs(qPrintable(name), stderr);", "qCWarning(log, f, qUtf16Printable(name));",
+          "qCWarning(log).noquote() << name;"})
+        EXPECT_THAT(WindowTextRules::violationsOfPrinting(file("Source/A.cpp", code)), SizeIs(1)) << code;
+    for (const char *code : {"std::fputs(qPrintable(lineText(name)), stderr);",
+                             "qCWarning(log).noquote()\n    << linesText(name);", "qCWarning(log) << name;"})
+        EXPECT_THAT(WindowTextRules::violationsOfPrinting(file("Source/A.cpp", code)), IsEmpty()) << code;
 }
