@@ -8,8 +8,8 @@
 #include <optional>
 #include <utility>
 
-/// What became of an action that can fail: its value, or the reason in words why there is none. The one way to
-/// fail between functions of ours; a caller that ignores it is warned by the compiler.
+/// What became of an action that can fail: its value, or the reason in words why there is none. The one way
+/// to fail between functions of ours; a caller that ignores it is warned by the compiler.
 template <typename T = void>
 struct [[nodiscard]] Result
 {

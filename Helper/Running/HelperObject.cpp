@@ -39,10 +39,13 @@ void HelperObject::Create(const QString &label, const QStringList &folders)
 void HelperObject::Create(const QString &label, int position, const QStringList &folders)
 {
     const HelperService::Preset preset{label, position > 0 ? std::optional(position) : std::nullopt};
-    const Result<QList<CreationOrder>> orders = handlers_.understand(preset, folders);
+    // Too many are not even looked at.
+    const bool mayBeTaken = folders.size() <= CreationWorker::mostWaiting;
+    const Result<QList<CreationOrder>> orders =
+        mayBeTaken ? handlers_.understand(preset, folders) : Result<QList<CreationOrder>>({});
     if (!orders)
         sendErrorReply(QDBusError::InvalidArgs, orders.error);
-    else if (!handlers_.give(*orders))
+    else if (!mayBeTaken || !handlers_.give(*orders))
         sendErrorReply(QDBusError::LimitsExceeded,
                        tr("Nothing of it was begun: more than %1 folders would be waiting")
                            .arg(CreationWorker::mostWaiting));

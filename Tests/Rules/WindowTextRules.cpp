@@ -170,7 +170,7 @@ QStringList WindowTextRules::violationsOfPrinting(const SourceFile &file)
     if (!isProduct(file))
         return {};
     static const QRegularExpression raw(QStringLiteral(
-        "\\bq(Utf16)?Printable\\((?!lines?Text\\()|\\bnoquote\\(\\)(?!\\s*<<\\s*lines?Text\\()"));
+        "\\bq(Utf16)?Printable\\((?!\\s*lines?Text\\()|\\bnoquote\\(\\)(?!\\s*<<\\s*lines?Text\\()"));
     QStringList violations;
     for (auto match = raw.globalMatch(codeOf(file.text)); match.hasNext();)
         violations.append(
