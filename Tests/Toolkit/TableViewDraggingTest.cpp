@@ -243,11 +243,14 @@ TEST_F(TableViewDraggingTest, OurViewsSeeNothingOfAPromisedFileAndOthersDo)
     int writes = 0;
     auto declared = std::make_unique<QMimeData>();
     Pasteboard(*declared).declareTypes({PasteboardType::filesPromise, rowType});
+    const auto delivered = std::make_shared<PromisedFiles>();
     const DragData data(std::move(declared), DragOperation::Move,
-                        std::make_shared<PromisedFile>(QStringLiteral("a.txt"), [&writes](const QUrl &) {
-                            ++writes;
-                            return QString();
-                        }));
+                        std::make_shared<PromisedFile>(QStringLiteral("a.txt"),
+                                                       [&writes](const QUrl &) {
+                                                           ++writes;
+                                                           return QString();
+                                                       }),
+                        delivered);
     EXPECT_TRUE(data.formats().contains(PasteboardType::filenames));
     EXPECT_TRUE(data.hasUrls());
     const Pasteboard seen(DragData::declaredBy(data));
