@@ -23,7 +23,7 @@ constexpr double mebibyte = 1024.0 * 1024;
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 constexpr double memoryMargin = 8;
 constexpr double timeMargin = 40;
-#elif defined(__OPTIMIZE__)
+#elif defined(NDEBUG)
 constexpr double memoryMargin = 1;
 constexpr double timeMargin = 1;
 #else
