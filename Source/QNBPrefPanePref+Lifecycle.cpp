@@ -93,6 +93,8 @@ void QNBPrefPanePref::didSelect()
 {
     if (std::exchange(_isSelected, true))
         return;
+    // It is shown. With a proxy that comes behind the tabs, Tab would never reach them.
+    _mainView->setFocusProxy(nullptr);
     QWindow *window = QGuiApplication::focusWindow();
     _keyWindow = isKeyWindow(window) ? window : nullptr;
     connect(qGuiApp, &QGuiApplication::focusWindowChanged, this, &QNBPrefPanePref::focusWindowChanged);

@@ -45,12 +45,6 @@ TEST_F(QNBPrefPanePrefLifecycle, FirstRunShowsTheBundlesPresetsAndTheFirstSaveKe
     EXPECT_EQ(storedLabels(), QStringList({QStringLiteral("From the bundle")}));
 }
 
-TEST_F(QNBPrefPanePrefLifecycle, WhoGivesTheViewTheKeyboardGivesItToTheList)
-{
-    openPane();
-    EXPECT_EQ(view->focusProxy(), &list());
-}
-
 TEST_F(QNBPrefPanePrefLifecycle, TheRowsOfTheOutlineAreDrawnByAnEditableIconCell)
 {
     openPane();
