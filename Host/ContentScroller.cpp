@@ -12,6 +12,9 @@ ContentScroller::ContentScroller(QWidget &content)
     setFocusPolicy(Qt::NoFocus);
     setWidgetResizable(true);
     setWidget(&content);
+    // The ground is the window's.
+    content.setAutoFillBackground(false);
+    viewport()->setAutoFillBackground(false);
 }
 
 QSize ContentScroller::sizeHint() const
