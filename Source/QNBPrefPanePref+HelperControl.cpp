@@ -32,18 +32,18 @@ const QString stoppedStatus = QStringLiteral("Status: Quenby is stopped");
 constexpr std::chrono::microseconds helperPause(250'000);
 constexpr std::chrono::milliseconds installerDelay(1000);
 
-/// Has the helper leave the present shortcut to the recorder: else its keys would show the presets.
-void tellOfRecording(KeyComboRecorder &recorder, const std::function<void(const QString &)> &post)
+/// Has the helper leave the present shortcut to the recorder: else its keys would show the presets. \a post
+/// is kept no longer than \a pane lives; the view may outlive that.
+void tellOfRecording(KeyComboRecorder &recorder, const QObject &pane,
+                     const std::function<void(const QString &)> &post)
 {
     auto *repeat = new QTimer(&recorder);
     repeat->setInterval(QNBHotKeyRecordingInterval);
-    QObject::connect(repeat, &QTimer::timeout, &recorder,
-                     [post] { post(QNBHotKeyIsBeingRecordedNotification); });
-    QObject::connect(
-        &recorder, &KeyComboRecorder::recordingChanged, &recorder, [post, repeat](bool isRecording) {
-            isRecording ? repeat->start() : repeat->stop();
-            post(isRecording ? QNBHotKeyIsBeingRecordedNotification : QNBHotKeyRecordingEndedNotification);
-        });
+    QObject::connect(repeat, &QTimer::timeout, &pane, [post] { post(QNBHotKeyIsBeingRecordedNotification); });
+    QObject::connect(&recorder, &KeyComboRecorder::recordingChanged, &pane, [post, repeat](bool isRecording) {
+        isRecording ? repeat->start() : repeat->stop();
+        post(isRecording ? QNBHotKeyIsBeingRecordedNotification : QNBHotKeyRecordingEndedNotification);
+    });
 }
 
 } // namespace
@@ -56,7 +56,7 @@ void QNBPrefPanePref::setUpHelperControl()
             [this](const KeyCombo &combo) {
                 shortcutRecorderKeyComboDidChange(*_ui_shortcutRecorderControl, combo);
             });
-    tellOfRecording(*_ui_shortcutRecorderControl, _services.postNotificationName);
+    tellOfRecording(*_ui_shortcutRecorderControl, *this, _services.postNotificationName);
 
     const QVariant launchHelper = _services.preferences->copyAppValue(QNBPreferenceKey::launchHelperOnStart);
     // Who never chose wants it.
