@@ -13,8 +13,6 @@
 #include <QPushButton>
 #include <QToolButton>
 
-#include <utility>
-
 namespace {
 
 /// Room for most combinations, so that the control keeps its size while recording.
@@ -147,7 +145,7 @@ bool KeyComboRecorder::takeKey(const QKeyEvent &event)
 void KeyComboRecorder::takeCombo(const KeyCombo &combo, QKeyCombination keys)
 {
     const auto name = [&combo] { return keyComboText(combo, KeyboardLayout::active()); };
-    const bool isConfirmed = combo == std::exchange(doubtful_, {});
+    const bool isConfirmed = combo == doubtful_;
     if (KeyComboRules::needsModifier(combo)) {
         remark(tr("Every program needs %1. Press it together with Ctrl, Alt or Meta.").arg(name()));
     } else if (const QString meaning = KeyComboRules::usualMeaning(combo, keys);

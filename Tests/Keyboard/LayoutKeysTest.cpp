@@ -49,6 +49,7 @@ const Case cases[] = {
     {"de", {ctrlShift, 27}, u"Ctrl+Shift+\u00df", u"Ctrl+?"},
     {"de", {ctrl, besideShift}, u"Ctrl+<", u"Ctrl+<"},
     {"de", {ctrl, keyQuoteLeft}, u"Ctrl+^", nullptr},
+    {"ch", {ctrlShift, keyBracketLeft}, u"Ctrl+Shift+\u00dc", u"Ctrl+Shift+\u00c8"},
     {"fr", {ctrl, keyA}, u"Ctrl+Q", u"Ctrl+Q"},
     {"fr", {ctrl, key1}, u"Ctrl+&", u"Ctrl+&"},
     {"fr", {ctrlShift, key1}, u"Ctrl+Shift+&", u"Ctrl+1"},

@@ -141,13 +141,15 @@ TEST_F(HotKeyProgramTest, WhileAnotherIsRecordedItIsLeftAlone)
     post(QNBHotKeyIsBeingRecordedNotification);
     ASSERT_TRUE(waitForLog(*helper, "is left to who records one"));
     {
-        // Nothing is known of settings that change meanwhile but that they count afterwards.
+        // Settings that change meanwhile count afterwards.
         storeAndPost(with(controlAltP));
+        ASSERT_TRUE(waitForLog(*helper, "presets in the menu", 2));
         const auto other = startOther(controlF12);
         screen_.typeKey(typedControlF12);
         ASSERT_TRUE(waitForMenu(*other));
         EXPECT_FALSE(hasMenu(*helper));
         expectEndOf(*other);
+        EXPECT_EQ(helper->errors().count("the hot key is heard by"), 1);
     }
     post(QNBHotKeyRecordingEndedNotification);
     ASSERT_TRUE(waitUntilHeard(*helper, 2));
