@@ -44,13 +44,15 @@ struct Appearance
     int scale;
     bool isDark;
     int pointSize = 10;
+    /// In pixels.
+    QSize screen = VirtualScreen::usualSize * scale;
 };
 
 class AppearanceTest : public EditorFixture, public ::testing::WithParamInterface<Appearance>
 {
 protected:
     AppearanceTest()
-        : EditorFixture(VirtualScreen::usualSize * GetParam().scale)
+        : EditorFixture(GetParam().screen)
     {
         session_.setVariable(QStringLiteral("QT_SCALE_FACTOR"), QString::number(GetParam().scale));
         if (GetParam().isDark || GetParam().pointSize != Appearance().pointSize) {
@@ -143,7 +145,7 @@ TEST_P(AppearanceTest, LabelsAreSeen)
 TEST_P(AppearanceTest, WhatTheRecorderSaysOfAShortcutIsSeen)
 {
     ASSERT_NO_FATAL_FAILURE(openPane());
-    ASSERT_NO_FATAL_FAILURE(walkTo(QStringLiteral("General"), {QStringLiteral("alt+g")}));
+    ASSERT_NO_FATAL_FAILURE(goToGeneralTab());
     picture(QStringLiteral("general"));
     const auto expectWords = [this](const QString &key, const QString &words, const QString &name) {
         user_.presses(key);
@@ -176,4 +178,43 @@ INSTANTIATE_TEST_SUITE_P(Desktops, AppearanceTest,
                          ::testing::Values(Appearance{"Light", 1, false}, Appearance{"Dark", 1, true},
                                            Appearance{"Double", 2, false}, Appearance{"DarkDouble", 2, true},
                                            Appearance{"LargeDouble", 2, false, 14}),
+                         [](const auto &appearance) { return std::string(appearance.param.name); });
+
+namespace {
+
+class SmallScreenTest : public AppearanceTest
+{
+};
+
+} // namespace
+
+TEST_P(SmallScreenTest, TheWindowAndTheMenuOfAnItemFitTheScreen)
+{
+    ASSERT_NO_FATAL_FAILURE(openPane());
+    const QRect screen(QPoint(), GetParam().screen);
+    const QRect window = screen_.placeOf(window_);
+    EXPECT_TRUE(screen.contains(window)) << window.width() << "x" << window.height();
+    ASSERT_NO_FATAL_FAILURE(goToItem(QStringLiteral("Brief.md")));
+    picture(QStringLiteral("window"));
+
+    ASSERT_NO_FATAL_FAILURE(openMenu(QStringLiteral("Menu")));
+    QStringList windows = screen_.windowsOf(host_->pid());
+    windows.removeOne(window_);
+    ASSERT_EQ(windows.size(), 1);
+    EXPECT_TRUE(screen.contains(screen_.placeOf(windows.constFirst())));
+    picture(QStringLiteral("top"));
+    // Backwards to its last entry, and on to the last row of that.
+    user_.presses(QStringList{QStringLiteral("Up")});
+    ASSERT_TRUE(waitUntil([&] { return reader_.focus().name() == u"Others: Read"; }, patience))
+        << qPrintable(reader_.focus().name());
+    picture(QStringLiteral("bottom"));
+    const QRect box = reader_.focus().extents();
+    EXPECT_TRUE(screen.contains(QRect(box.topLeft() * GetParam().scale, box.size() * GetParam().scale)))
+        << box.y();
+}
+
+INSTANTIATE_TEST_SUITE_P(Desktops, SmallScreenTest,
+                         ::testing::Values(Appearance{"Double", 2, false, 10, {1280, 800}},
+                                           Appearance{"Large", 1, false, 20, {800, 600}},
+                                           Appearance{"DarkLarge", 1, true, 20, {800, 600}}),
                          [](const auto &appearance) { return std::string(appearance.param.name); });

@@ -165,6 +165,20 @@ void EditorFixture::walkTo(const QString &name, const QStringList &keys)
         << qPrintable(name) << ", not " << qPrintable(reader_.focus().name());
 }
 
+void EditorFixture::goToGeneralTab()
+{
+    user_.presses(QStringLiteral("alt+g"));
+    // A control of the page has it before.
+    for (int steps = 0; steps < 5; ++steps) {
+        const Accessible before = reader_.focus();
+        user_.presses(QStringLiteral("shift+Tab"));
+        ASSERT_TRUE(waitUntil([&] { return !(reader_.focus() == before); }, patience));
+        if (reader_.focus().name() == QStringLiteral("General"))
+            return;
+    }
+    FAIL() << qPrintable(reader_.focus().name());
+}
+
 void EditorFixture::chooseEntry(const QString &name)
 {
     ASSERT_NO_FATAL_FAILURE(goToEntry(name));

@@ -48,6 +48,8 @@ protected:
     void goToEntry(const QString &name);
     /// Presses \a keys, which lead to what is called \a name.
     void walkTo(const QString &name, const QStringList &keys);
+    /// Shows what is on the tab "General", and gives the keyboard to the tab itself.
+    void goToGeneralTab();
     void chooseEntry(const QString &name);
     /// Waits for the alert, which must say \a texts, and answers it by \a key.
     void answerAlert(const QStringList &texts, const QString &key);

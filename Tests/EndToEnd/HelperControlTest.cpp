@@ -36,7 +36,7 @@ protected:
     void openGeneralView()
     {
         ASSERT_NO_FATAL_FAILURE(openPane());
-        ASSERT_NO_FATAL_FAILURE(walkTo(QStringLiteral("General"), {QStringLiteral("alt+g")}));
+        ASSERT_NO_FATAL_FAILURE(goToGeneralTab());
     }
     /// From the tab to the button, and onto it.
     void press(const QString &title)

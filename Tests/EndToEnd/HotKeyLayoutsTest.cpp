@@ -59,7 +59,7 @@ protected:
             QStringList(), screen_.environmentFrom(session_.environment()));
         ASSERT_TRUE(waitForLog("presets in the menu", 1));
         ASSERT_NO_FATAL_FAILURE(openPane());
-        ASSERT_NO_FATAL_FAILURE(walkTo(QStringLiteral("General"), {QStringLiteral("alt+g")}));
+        ASSERT_NO_FATAL_FAILURE(goToGeneralTab());
         ASSERT_NO_FATAL_FAILURE(walkTo(recorderName, {QStringLiteral("alt+s")}));
     }
 

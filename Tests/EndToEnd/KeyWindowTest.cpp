@@ -90,6 +90,18 @@ TEST_P(KeyWindowTest, ClosingTheWindowByKeySavesOnce)
     expectSaved(1);
 }
 
+TEST_P(KeyWindowTest, TheFirstKeyAddsAPreset)
+{
+    start();
+    screen_.typeKey(QStringLiteral("ctrl+shift+p"));
+    for (const char letter : {'x', 'y', 'z'})
+        screen_.typeKey(QChar::fromLatin1(letter));
+    screen_.typeKey(QStringLiteral("Return"));
+    screen_.typeKey(QStringLiteral("ctrl+w"));
+    ASSERT_TRUE(host_->waitForEnd());
+    EXPECT_EQ(session_.domain().labels().constLast(), QStringLiteral("xyz"));
+}
+
 TEST_P(KeyWindowTest, ASecondStartActivatesTheFirstWindow)
 {
     start();

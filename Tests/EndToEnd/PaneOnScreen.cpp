@@ -3,6 +3,7 @@
 
 #include "Tests/EndToEnd/PaneOnScreen.h"
 
+#include <QRegularExpression>
 #include <algorithm>
 #include <utility>
 
@@ -62,6 +63,12 @@ QStringList PaneOnScreen::names(const Accessible &view)
     for (const Accessible &row : shown)
         result.append(row.name());
     return result;
+}
+
+QStringList PaneOnScreen::presets() const
+{
+    static const QRegularExpression number(QStringLiteral(" \\(#[0-9]+\\)$"));
+    return names(presetList_).replaceInStrings(number, QString());
 }
 
 QStringList PaneOnScreen::tree() const

@@ -20,8 +20,8 @@ public:
 
     /// Waits until the window shows the list and the tree.
     bool isThere();
-    /// The labels of the presets, in their order.
-    QStringList presets() const { return names(presetList_); }
+    /// The labels of the presets, in their order, without the number behind one that several presets have.
+    QStringList presets() const;
     /// The names of the items of the selected preset, from top to bottom.
     QStringList items() const { return names(itemTree_); }
     /// The same with two spaces before the name for each level.

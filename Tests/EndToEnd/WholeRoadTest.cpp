@@ -72,7 +72,7 @@ protected:
     }
     void chooseHotKey()
     {
-        ASSERT_NO_FATAL_FAILURE(walkTo(QStringLiteral("General"), {QStringLiteral("alt+g")}));
+        ASSERT_NO_FATAL_FAILURE(goToGeneralTab());
         user_.presses({QStringLiteral("alt+s"), QStringLiteral("space"), hotKey, QStringLiteral("alt+p")});
     }
     /// As the file managers' entries do; the running helper takes the order or refuses it.
