@@ -66,7 +66,7 @@ int exitStatus(const Result<> &result)
 {
     if (result)
         return EXIT_SUCCESS;
-    std::fputs(qPrintable(QStringLiteral("QNBContextMenu: %1\n").arg(lineText(result.error))), stderr);
+    std::fputs(qPrintable(linesText(QStringLiteral("QNBContextMenu: %1\n").arg(result.error))), stderr);
     return EXIT_FAILURE;
 }
 

@@ -113,7 +113,8 @@ TEST_F(NotifyProgramTest, ANumberNamesNoPresetForACallerThatMayHaveAnOldList)
 
 TEST_F(NotifyProgramTest, OfAKilledCreationTheNextOneWithReadersTells)
 {
-    ASSERT_TRUE(KilledProcess::isKilledAt(text("fchmod"), 1, program(),
+    storePresets({preset(text("A preset"), {folder(text("in"), {})})});
+    ASSERT_TRUE(KilledProcess::isKilledAt(text("mkdirat"), 1, program(),
                                           {text("--create"), text("A preset"), text("--in"), target()},
                                           home_.environment()));
     {
