@@ -24,9 +24,9 @@ void QNBSharedLabels::observe(const ArrayController &controller)
     isCounted_ = false;
     const auto changed = [this] { isCounted_ = false; };
     for (const auto change : {&ArrayController::objectInserted, &ArrayController::objectRemoved})
-        QObject::connect(&controller, change, &controller, changed);
-    QObject::connect(&controller, &ArrayController::contentChanged, &controller, changed);
-    QObject::connect(&controller, &ArrayController::objectChanged, &controller, changed);
+        QObject::connect(&controller, change, &connections_, changed);
+    QObject::connect(&controller, &ArrayController::contentChanged, &connections_, changed);
+    QObject::connect(&controller, &ArrayController::objectChanged, &connections_, changed);
 }
 
 void QNBSharedLabels::count()

@@ -5,6 +5,7 @@
 
 #include <QCoreApplication>
 #include <QHash>
+#include <QObject>
 #include <QString>
 
 class ArrayController;
@@ -25,6 +26,8 @@ private:
     void count();
 
     const ArrayController *controller_ = nullptr;
+    /// Those to the controller, which may outlive this, end with it.
+    QObject connections_;
     /// How many presets have each label; counted when it is asked for after a change.
     QHash<QString, int> presets_;
     bool isCounted_ = false;
