@@ -185,7 +185,6 @@ Result<> CommandLine::showMenu(const QStringList &folders)
 
 ExitCode CommandLine::createHere(const CommandLineOptions &options, const QStringList &folders)
 {
-    ExitCode code = ExitCode::NoSuchPreset;
     const Result<QNBSettings> settings = readSettings();
     QString error = settings.error;
     QNBPresetRecordPtr preset;
@@ -193,18 +192,17 @@ ExitCode CommandLine::createHere(const CommandLineOptions &options, const QStrin
         preset = options.notify || options.position
                      ? presetShown(settings->presets, options.preset, options.position, &error)
                      : presetNamed(settings->presets, options.preset, &error);
-    if (preset) {
-        QList<CreationRequest> requests;
-        const auto step = std::make_shared<UndoStep>(folders.size());
-        for (const QString &folder : folders) {
-            requests.append(request(options, preset, folder));
-            requests.last().step = step;
-        }
-        code = options.isDryRun ? dryRun(options, requests) : createIn(options, requests);
-    } else {
+    if (!preset) {
         tell(error);
+        return ExitCode::NoSuchPreset;
     }
-    return code;
+    QList<CreationRequest> requests;
+    const auto step = std::make_shared<UndoStep>(folders.size());
+    for (const QString &folder : folders) {
+        requests.append(request(options, preset, folder));
+        requests.last().step = step;
+    }
+    return options.isDryRun ? dryRun(options, requests) : createIn(options, requests);
 }
 
 CreationRequest CommandLine::request(const CommandLineOptions &options, const QNBPresetRecordPtr &preset,

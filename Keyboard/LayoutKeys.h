@@ -23,8 +23,7 @@ KeyCombo byPlace(const KeyCombo &combo, const KeyboardLayout &layout);
 QList<KeyCombo> places(const KeyCombo &combo, const KeyboardLayout &layout);
 
 /// With the character that is printed on the key, as people write it: Ctrl+Shift+1. Where the combination may
-/// mean a character it is that. None for a code that no
-/// key has.
+/// mean a character it is that. None for a code that no key has.
 std::optional<QKeyCombination> printed(const KeyCombo &combo, const KeyboardLayout &layout);
 
 /// With the character that is typed, as desktops that go by characters know it: Shift counts with what it
