@@ -38,17 +38,21 @@ void HelperObject::Create(const QString &label, const QStringList &folders)
 
 void HelperObject::Create(const QString &label, int position, const QStringList &folders)
 {
-    const HelperService::Preset preset{label, position > 0 ? std::optional(position) : std::nullopt};
-    // Too many are not even looked at.
-    const bool mayBeTaken = folders.size() <= CreationWorker::mostWaiting;
-    const Result<QList<CreationOrder>> orders =
-        mayBeTaken ? handlers_.understand(preset, folders) : Result<QList<CreationOrder>>({});
-    if (!orders)
-        sendErrorReply(QDBusError::InvalidArgs, orders.error);
-    else if (!mayBeTaken || !handlers_.give(*orders))
+    const auto refuseAsTooMuch = [this] {
         sendErrorReply(QDBusError::LimitsExceeded,
                        tr("Nothing of it was begun: more than %1 folders would be waiting")
                            .arg(CreationWorker::mostWaiting));
+    };
+    if (folders.size() > CreationWorker::mostWaiting) {
+        refuseAsTooMuch();
+        return;
+    }
+    const HelperService::Preset preset{label, position > 0 ? std::optional(position) : std::nullopt};
+    const Result<QList<CreationOrder>> orders = handlers_.understand(preset, folders);
+    if (!orders)
+        sendErrorReply(QDBusError::InvalidArgs, orders.error);
+    else if (!handlers_.give(*orders))
+        refuseAsTooMuch();
 }
 
 void HelperObject::ShowMenu(const QStringList &folders)

@@ -137,6 +137,20 @@ TEST_F(HelperObjectTest, TheMenuIsShownForTheFoldersOrRefusedWithTheReason)
     EXPECT_EQ(answer({}).message(), preset);
 }
 
+TEST_F(HelperObjectTest, MoreFoldersThanMayWaitAreNotLookedAt)
+{
+    bool isAsked = false;
+    const HelperObject object(serving_, {.understand =
+                                             [&isAsked](const HelperService::Preset &, const QStringList &) {
+                                                 isAsked = true;
+                                                 return Orders::failure(preset);
+                                             },
+                                         .give = [](const QList<CreationOrder> &) { return true; }});
+    const QStringList folders(CreationWorker::mostWaiting + 1, QStringLiteral("/a"));
+    EXPECT_EQ(answerTo(folders).type(), QDBusError::LimitsExceeded);
+    EXPECT_FALSE(isAsked);
+}
+
 TEST_F(HelperObjectTest, WhatIsTooMuchIsRefusedAsThat)
 {
     const HelperObject object(serving_,
