@@ -9,6 +9,8 @@
 #include "Toolkit/ArrayController.h"
 #include "Toolkit/ViewCell.h"
 
+#include <algorithm>
+
 namespace {
 
 QString labelOf(const ArrayController::Object &preset)
@@ -45,11 +47,18 @@ void QNBSharedLabels::mark(ViewCell &cell, int row)
     if (presets_.value(label) < 2)
         return;
     const QString name = QNBNumberedPresetName(row);
+    if (!presets_.contains(name)) {
+        cell.note = QStringLiteral("(%1)").arg(name);
+        cell.toolTip =
+            tr("Several presets are called \"%1\". Commands name this one %2.").arg(lineText(label), name);
+        return;
+    }
     // Who gives that name means the preset with that label.
-    const bool isTaken = presets_.contains(name);
-    cell.note = isTaken ? tr("(same label)") : QStringLiteral("(%1)").arg(name);
+    const auto presets = controller_->arrangedObjects().first(row + 1);
+    const auto position = std::count_if(presets.begin(), presets.end(),
+                                        [&label](const auto &preset) { return labelOf(preset) == label; });
+    cell.note = tr("(same label)");
     cell.toolTip =
-        isTaken
-            ? tr("Several presets are called \"%1\". Commands cannot name this one.").arg(lineText(label))
-            : tr("Several presets are called \"%1\". Commands name this one %2.").arg(lineText(label), name);
+        tr("Several presets are called \"%1\". Commands name this one by its label and --position %2.")
+            .arg(lineText(label), QString::number(position));
 }

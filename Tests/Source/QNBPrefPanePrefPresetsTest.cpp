@@ -83,15 +83,15 @@ TEST_F(QNBPrefPanePrefPresets, PresetsOfOneLabelSayWhatCommandsCallThem)
     EXPECT_EQ(shown(), asStored);
 }
 
-TEST_F(QNBPrefPanePrefPresets, APresetThatNoCommandCanNameSaysSo)
+TEST_F(QNBPrefPanePrefPresets, APresetThatNoNumberNamesSaysHowCommandsNameIt)
 {
-    store({preset(QStringLiteral("A")), preset(QStringLiteral("#1")), preset(QStringLiteral("A"))});
+    store({preset(QStringLiteral("A")), preset(QStringLiteral("#3")), preset(QStringLiteral("A"))});
     openPane();
     const QAbstractItemModel &model = *list().model();
-    EXPECT_EQ(model.index(0, 1).data().toString(), u"A (same label)");
-    EXPECT_FALSE(model.index(0, 1).data(Qt::AccessibleDescriptionRole).toString().isEmpty());
-    EXPECT_EQ(model.index(1, 1).data().toString(), u"#1");
-    EXPECT_EQ(model.index(2, 1).data().toString(), u"A (#3)");
+    EXPECT_EQ(model.index(0, 1).data().toString(), u"A (#1)");
+    EXPECT_EQ(model.index(1, 1).data().toString(), u"#3");
+    EXPECT_EQ(model.index(2, 1).data().toString(), u"A (same label)");
+    EXPECT_TRUE(model.index(2, 1).data(Qt::AccessibleDescriptionRole).toString().contains(u"--position 2"));
 }
 
 TEST_F(QNBPrefPanePrefPresets, NewPresetsGetUniqueLabelsWithoutRegardToCase)
