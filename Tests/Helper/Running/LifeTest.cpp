@@ -4,11 +4,13 @@
 #include "Helper/HelperService.h"
 #include "Platform/DistributedNotificationCenter.h"
 #include "Tests/Helper/Running/RunningFixture.h"
+#include "Tests/Session/FileContent.h"
 #include "Tests/Session/SilentSocket.h"
 
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QMap>
 
 #include <algorithm>
 #include <gmock/gmock.h>
@@ -18,6 +20,24 @@ using ::testing::HasSubstr;
 namespace {
 
 const QString letters = QStringLiteral("Letters");
+
+/// What the threads are called that had not ended when the process did, by what strace wrote of it.
+QByteArrayList threadsAtTheEnd(const QByteArray &calls)
+{
+    QMap<QByteArray, QByteArray> names;
+    const QByteArrayList lines = calls.split('\n');
+    for (const QByteArray &line : lines) {
+        const QByteArray thread = line.left(line.indexOf(' '));
+        if (line.contains("PR_SET_NAME"))
+            names.insert(thread, line.split('"').value(1));
+        else if (line.contains(" exit("))
+            names.remove(thread);
+        else if (line.contains(" exit_group("))
+            return names.values();
+    }
+    ADD_FAILURE() << "it has not ended";
+    return {};
+}
 
 class LifeProgramTest : public RunningFixture
 {
@@ -119,11 +139,20 @@ TEST_F(LifeProgramTest, ABusThatDiesIsSurvived)
 TEST_F(LifeProgramTest, ADisplayThatGoesEndsItInOrder)
 {
     store(settings());
-    const auto helper = start();
-    ASSERT_TRUE(waitUntilItHasRead(*helper));
+    const QString calls = home_.filePath(QStringLiteral("calls"));
+    QProcessEnvironment traced = environment();
+    // What looks for leaks cannot do so while somebody traces it.
+    traced.insert(QStringLiteral("ASAN_OPTIONS"), QStringLiteral("detect_leaks=0"));
+    ChildProcess helper(QStringLiteral("strace"),
+                        {QStringLiteral("-f"), QStringLiteral("-qq"), QStringLiteral("-o"), calls,
+                         QStringLiteral("-e"), QStringLiteral("trace=prctl,exit,exit_group"), program()},
+                        traced);
+    ASSERT_TRUE(waitUntilItHasRead(helper));
     screen_.kill();
-    ASSERT_TRUE(helper->waitForEnd(std::chrono::minutes(1)));
-    EXPECT_TRUE(helper->hasReturned(1)) << helper->errors().constData();
+    ASSERT_TRUE(helper.waitForEnd(std::chrono::minutes(1)));
+    EXPECT_TRUE(helper.hasReturned(1)) << helper.errors().constData();
+    EXPECT_TRUE(contentOf(calls).contains("\"notifications\""));
+    EXPECT_FALSE(threadsAtTheEnd(contentOf(calls)).contains("notifications"));
 }
 
 TEST_F(LifeProgramTest, ChangesThatNeverCeaseAreReadAllTheSame)
