@@ -59,7 +59,7 @@ FakeCompositor::FakeCompositor(const QString &folder, const QByteArray &keymap)
 {
     wl_display_add_socket(display_, QFile::encodeName(socketPath_).constData());
     wl_global_create(display_, &wl_seat_interface, 1, this, &bindSeat);
-    wl_event_loop_add_fd(
+    whenToEnd_ = wl_event_loop_add_fd(
         wl_display_get_event_loop(display_), end_, WL_EVENT_READABLE,
         [](int, uint32_t, void *display) {
             wl_display_terminate(static_cast<wl_display *>(display));
@@ -74,6 +74,7 @@ FakeCompositor::~FakeCompositor()
     const uint64_t one = 1;
     EXPECT_EQ(::write(end_, &one, sizeof one), qsizetype(sizeof one));
     thread_.join();
+    wl_event_source_remove(whenToEnd_);
     wl_display_destroy_clients(display_);
     wl_display_destroy(display_);
     ::close(end_);

@@ -9,6 +9,7 @@
 #include <thread>
 
 struct wl_display;
+struct wl_event_source;
 
 /// A Wayland display with nothing but a keyboard, on a thread of its own.
 class FakeCompositor
@@ -29,5 +30,6 @@ private:
     wl_display *display_;
     /// Readable once it is to end.
     int end_;
+    wl_event_source *whenToEnd_ = nullptr;
     std::thread thread_;
 };
