@@ -17,6 +17,19 @@ const QString folderName = QStringLiteral("Earlier States");
 const QString suffix = QStringLiteral(".plist");
 const QString utcStamp = QStringLiteral("yyyyMMdd'T'HHmmss.zzz'Z'");
 
+/// Whether a copy of that \a size would be the first to go.
+bool isTooOld(qint64 size, const QDateTime &saved, const QList<EarlierStates::State> &states)
+{
+    qsizetype number = 0;
+    for (const EarlierStates::State &state : states) {
+        if (state.saved >= saved) {
+            ++number;
+            size += state.size;
+        }
+    }
+    return number >= EarlierStates::numberKept || size > EarlierStates::sizeKept;
+}
+
 bool isKept(const QByteArray &bytes, const QList<EarlierStates::State> &states)
 {
     return std::any_of(states.begin(), states.end(), [&bytes](const EarlierStates::State &state) {
@@ -62,7 +75,8 @@ Result<> EarlierStates::keep(const QByteArray &bytes, const QDateTime &saved, co
         const QDateTime made = QFileInfo(state.path).lastModified();
         return made <= now && made.addSecs(std::chrono::seconds(interval).count()) > now;
     });
-    if (isTooSoon || bytes.size() > sizeKept || DesktopFolders::isOthers(folder_) || isKept(bytes, states))
+    if (isTooSoon || isTooOld(bytes.size(), saved, states) || DesktopFolders::isOthers(folder_) ||
+        isKept(bytes, states))
         return {};
     if (Result<> made = writer_.makeFolder(folder_); !made)
         return made;

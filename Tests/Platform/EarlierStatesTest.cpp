@@ -72,6 +72,19 @@ TEST_F(EarlierStatesTest, TheOldestGoWhenThereAreTooMany)
     EXPECT_EQ(contents(), expected);
 }
 
+TEST_F(EarlierStatesTest, OneThatWouldBeTheFirstToGoIsNotWritten)
+{
+    for (int i = 0; i < EarlierStates::numberKept; ++i)
+        ASSERT_TRUE(keepAt(100 * i, QByteArray::number(i)));
+    FailingFileLayer layer;
+    const EarlierStates states(folder(), &layer);
+    ASSERT_TRUE(states.keep("old", start_.addDays(-1), start_.addYears(1)));
+    EXPECT_EQ(layer.calls, 0);
+    ASSERT_TRUE(states.keep("young", start_.addSecs(60), start_.addYears(1)));
+    EXPECT_GT(layer.calls, 0);
+    EXPECT_TRUE(contents().contains("young"));
+}
+
 TEST_F(EarlierStatesTest, TheOldestGoWhenTheyAreTooLarge)
 {
     const qsizetype third = EarlierStates::sizeKept / 3;
