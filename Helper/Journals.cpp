@@ -43,7 +43,7 @@ Journals::Journals(QString folder)
 {
 }
 
-std::optional<FileLock> Journals::lock(QString *error) const
+std::optional<FileLock> Journals::lock(QString *error, int timeout) const
 {
     const Result<> made =
         folder_.isEmpty() ? Result<>::failure(noFolder) : DurableFileWriter().makeFolder(folder_);
@@ -51,14 +51,14 @@ std::optional<FileLock> Journals::lock(QString *error) const
         *error = made.error;
         return std::nullopt;
     }
-    return FileLock::acquire(FileLayer::real(), folder_ + u'/' + lockName, lockTimeout, error);
+    return FileLock::acquire(FileLayer::real(), folder_ + u'/' + lockName, timeout, error);
 }
 
 Result<std::shared_ptr<Creation::Journal>> Journals::begin(const Creation::JournalContent &content) const
 {
     using Begun = Result<std::shared_ptr<Creation::Journal>>;
     QString error;
-    const std::optional<FileLock> locked = lock(&error);
+    const std::optional<FileLock> locked = lock(&error, lockTimeout);
     if (!locked)
         return Begun::failure(error);
     const DurableFileWriter writer;
@@ -81,14 +81,14 @@ Result<> Journals::remove(const QString &path) const
 }
 
 /// The paths of those that nobody has open. A new one is open before anybody else can have the lock.
-QStringList Journals::abandoned() const
+QStringList Journals::abandoned(int timeout) const
 {
     QStringList paths;
     const QDir folder(folder_);
     const QStringList names =
         folder.entryList({nameTemplate.arg(QLatin1String("*"))}, QDir::Files | QDir::NoSymLinks);
     QString error;
-    const std::optional<FileLock> locked = names.isEmpty() ? std::nullopt : lock(&error);
+    const std::optional<FileLock> locked = names.isEmpty() ? std::nullopt : lock(&error, timeout);
     if (!locked) {
         if (!names.isEmpty())
             qCWarning(lcJournals) << "interrupted creations cannot be looked for:" << error;
@@ -111,7 +111,7 @@ QStringList Journals::abandoned() const
 std::vector<Journals::Interrupted> Journals::interrupted() const
 {
     std::vector<Interrupted> journals;
-    for (const QString &path : abandoned()) {
+    for (const QString &path : abandoned(lockTimeout)) {
         QString error;
         const std::optional<QByteArray> bytes = BoundedFile::read(path, largestJournal, &error);
         const auto content = bytes ? Creation::JournalFormat::read(*bytes) : std::nullopt;
@@ -128,7 +128,7 @@ std::vector<Journals::Interrupted> Journals::interrupted() const
 
 bool Journals::hasInterrupted() const
 {
-    return !abandoned().isEmpty();
+    return !abandoned(0).isEmpty();
 }
 
 void Journals::setTold(const QString &path) const

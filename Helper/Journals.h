@@ -33,14 +33,15 @@ public:
     };
     /// Those whose creation is over and that were not removed, the one that began last first.
     std::vector<Interrupted> interrupted() const;
-    /// Whether there is one of those.
+    /// Whether there is one of those. Does not wait: while another process begins a creation, there is none.
     bool hasInterrupted() const;
     /// Notes that the user was told of it, or need not be.
     void setTold(const QString &path) const;
 
 private:
-    std::optional<FileLock> lock(QString *error) const;
-    QStringList abandoned() const;
+    /// Waits for \a timeout milliseconds.
+    std::optional<FileLock> lock(QString *error, int timeout) const;
+    QStringList abandoned(int timeout) const;
 
     const QString folder_;
 };

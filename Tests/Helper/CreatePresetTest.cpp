@@ -4,11 +4,13 @@
 #include "Helper/CreatePreset.h"
 
 #include "Helper/History.h"
+#include "Platform/FileLock.h"
 #include "Tests/Helper/Creation/ForkedProcess.h"
 #include "Tests/Session/SmallDisk.h"
 #include "Tests/Session/TemporaryHome.h"
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 
 #include <gmock/gmock.h>
@@ -300,6 +302,24 @@ TEST_F(CreatePresetTest, OneThatIsGoingOnIsNotTakenForAKilledOne)
     EXPECT_TRUE(second.isCreated());
     EXPECT_EQ(undoLastCreation().status, UndoReport::Status::Undone);
     EXPECT_THAT(names(), IsEmpty());
+}
+
+TEST_F(CreatePresetTest, WhetherThereIsSomethingToUndoIsSaidWithoutWaitingForAnother)
+{
+    ASSERT_TRUE(QDir().mkpath(stateFolder()));
+    QFile killed(stateFolder() + QStringLiteral("/Creation-1.journal"));
+    ASSERT_TRUE(killed.open(QIODevice::WriteOnly));
+    {
+        QString error;
+        const std::optional<FileLock> lock =
+            FileLock::acquire(FileLayer::real(), stateFolder() + QStringLiteral("/Creation.lock"), 0, &error);
+        ASSERT_TRUE(lock) << qPrintable(error);
+        QElapsedTimer time;
+        time.start();
+        EXPECT_FALSE(canUndo());
+        EXPECT_LT(time.elapsed(), 3000) << "who creates is waited for ten seconds";
+    }
+    EXPECT_TRUE(canUndo());
 }
 
 TEST_F(CreatePresetTest, WhereTheDiskFillsUpMeanwhileTheJournalIsKept)
