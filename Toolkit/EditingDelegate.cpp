@@ -18,6 +18,8 @@
 
 namespace {
 
+constexpr qsizetype longestShown = 2000;
+
 /// \a row up to the edge of \a viewport: what is typed beyond that would not be seen.
 QRect withoutHiddenEnd(QRect row, const QWidget *viewport)
 {
@@ -42,6 +44,16 @@ EditingDelegate::~EditingDelegate() = default;
 void EditingDelegate::setDataCell(std::unique_ptr<TextFieldCell> cell)
 {
     cell_ = std::move(cell);
+}
+
+QString EditingDelegate::displayText(const QVariant &value, const QLocale &locale) const
+{
+    const QString text = value.toString();
+    if (text.size() <= longestShown)
+        return QStyledItemDelegate::displayText(value, locale);
+    const bool isCutInCharacter = text.at(longestShown - 1).isHighSurrogate();
+    return QStyledItemDelegate::displayText(text.first(longestShown - (isCutInCharacter ? 1 : 0)), locale) +
+           u'…';
 }
 
 void EditingDelegate::endEditing()
@@ -110,7 +122,7 @@ bool EditingDelegate::helpEvent(QHelpEvent *event, QAbstractItemView *view,
 {
     QString text = index.data(Qt::AccessibleDescriptionRole).toString();
     if (text.isEmpty() && !isSeenAsAWhole(*view, option, index))
-        text = index.data(Qt::DisplayRole).toString();
+        text = displayText(index.data(Qt::DisplayRole), view->locale());
     if (event->type() != QEvent::ToolTip || text.isEmpty())
         return QStyledItemDelegate::helpEvent(event, view, option, index);
     QToolTip::showText(event->globalPos(), PlainText::toolTip(text), view->viewport(), option.rect);

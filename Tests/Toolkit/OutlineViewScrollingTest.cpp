@@ -50,6 +50,14 @@ protected:
         const QRect place = placeOf(node);
         return view.isRightToLeft() ? view.viewport()->width() - 1 - place.right() : place.left();
     }
+    QString toolTipOf(const NodePtr &node) const
+    {
+        QToolTip::hideText();
+        const QRect place = placeOf(node) & view.viewport()->rect();
+        QHelpEvent event(QEvent::ToolTip, place.center(), view.viewport()->mapToGlobal(place.center()));
+        QApplication::sendEvent(view.viewport(), &event);
+        return QToolTip::text();
+    }
     QLineEdit *editor() const { return view.viewport()->findChild<QLineEdit *>(); }
 
     static constexpr int deep = 40;
@@ -72,13 +80,6 @@ TEST_F(OutlineViewScrolling, ATextThatReachesBeyondTheEdgeIsTheToolTip)
 {
     const QString longName = QStringLiteral("far wider than the view ").repeated(10);
     view.setToolTip(QStringLiteral("of the view"));
-    const auto toolTipOf = [this](const NodePtr &node) {
-        QToolTip::hideText();
-        const QRect place = placeOf(node) & view.viewport()->rect();
-        QHelpEvent event(QEvent::ToolTip, place.center(), view.viewport()->mapToGlobal(place.center()));
-        QApplication::sendEvent(view.viewport(), &event);
-        return QToolTip::text();
-    };
     for (const Qt::LayoutDirection direction : {Qt::LeftToRight, Qt::RightToLeft}) {
         view.setLayoutDirection(direction);
         const NodePtr wide = tree.root->add(longName);
@@ -93,6 +94,22 @@ TEST_F(OutlineViewScrolling, ATextThatReachesBeyondTheEdgeIsTheToolTip)
         EXPECT_EQ(toolTipOf(wide), QStringLiteral("<span>%1</span>").arg(longName));
         EXPECT_EQ(toolTipOf(narrow), u"<span>n</span>") << "it is out of sight";
     }
+    QToolTip::hideText();
+}
+
+TEST_F(OutlineViewScrolling, OfATextThatNoScreenIsWideEnoughForTheStartIsShown)
+{
+    const QString face = QString::fromUtf8("\xf0\x9f\x98\x80");
+    const NodePtr endless = tree.root->add(u'x' + face.repeated(350'000));
+    view.reloadData();
+    paint();
+    const QString shown = u'x' + face.repeated(999) + u'…';
+    EXPECT_EQ(toolTipOf(endless), QStringLiteral("<span>%1</span>").arg(shown));
+    EXPECT_LT(bar().maximum(), view.fontMetrics().horizontalAdvance(shown) + view.width());
+    tree.isEditable = true;
+    view.editRow(view.rowForItem(endless));
+    ASSERT_TRUE(editor());
+    EXPECT_EQ(editor()->text(), endless->name) << "it is whole where it is edited";
     QToolTip::hideText();
 }
 
