@@ -114,6 +114,9 @@ void KeyComboRecorder::showEvent(QShowEvent *event)
 
 void KeyComboRecorder::updateTexts()
 {
+    // To ask the display for its layout takes milliseconds, which a window that opens elsewhere need not wait.
+    if (!isVisible())
+        return;
     const QString words = combo_.isEmpty() ? tr("None") : keyComboText(combo_, KeyboardLayout::active());
     field_->setText(buttonText(isRecording() ? tr("Press the keys…") : words));
     field_->setAccessibleName(accessibleName().isEmpty() ? tr("Shortcut") : accessibleName());
