@@ -134,7 +134,12 @@ QStringList WindowTextRules::violationsOfPlainInterface(const SourceFile &file)
         const QString name = reader.attributes().value(QStringLiteral("name")).toString();
         if (reader.name() == u"widget") {
             label = name;
-            isPlain = reader.attributes().value(QStringLiteral("class")) != u"QLabel";
+            const QString kind = reader.attributes().value(QStringLiteral("class")).toString();
+            isPlain = kind != u"QLabel";
+            if (kind == u"QTextEdit" || kind == u"QTextBrowser")
+                violations.append(
+                    QStringLiteral("%1: %2 takes what is pasted for markup; QPlainTextEdit does not.")
+                        .arg(file.path, label));
         } else if (reader.name() == u"property" && name == u"textFormat") {
             isPlain = reader.readNextStartElement() && reader.readElementText() == u"Qt::PlainText";
         } else if (reader.name() == u"property" && (name == u"toolTip" || name == u"whatsThis")) {

@@ -90,6 +90,9 @@ TEST(WindowTextRulesTest, ALabelOfTheInterfaceThatCouldShowMarkupIsCaught)
     EXPECT_THAT(
         violations(QByteArray(plain) + "<property name=\"toolTip\"><string>&lt;b&gt;a</string></property>"),
         SizeIs(1));
+    for (const char *kind : {"QTextEdit", "QTextBrowser"})
+        EXPECT_THAT(violations(QByteArray(plain) + "<widget class=\"" + kind + "\" name=\"t\"/>"), SizeIs(1));
+    EXPECT_THAT(violations(QByteArray(plain) + "<widget class=\"QPlainTextEdit\" name=\"t\"/>"), IsEmpty());
 }
 
 TEST(WindowTextRulesTest, FillingInTwoCallsIsCaught)
