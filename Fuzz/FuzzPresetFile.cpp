@@ -3,10 +3,13 @@
 
 #include "Fuzz/PresetChecks.h"
 #include "Source/QNBAttributeCommands.h"
+#include "Source/QNBPresetFile.h"
 #include "Source/QNBStructureCommands.h"
 
 #include <QUndoStack>
 #include <random>
+#include <sys/mman.h>
+#include <unistd.h>
 
 namespace {
 
@@ -26,6 +29,27 @@ public:
     Expansion expansionOf(const QNBHierarchyItemPtr &) const override { return {}; }
     void setExpansionOf(const QNBHierarchyItemPtr &, const Expansion &) override {}
     void itemWasEditedAgain(const QNBHierarchyItemPtr &) override {}
+};
+
+/// A file that is in no folder.
+class MemoryFile
+{
+public:
+    explicit MemoryFile(const QByteArray &bytes)
+        : descriptor_(::memfd_create("preset", MFD_CLOEXEC))
+    {
+        PresetChecks::require(::write(descriptor_, bytes.constData(), std::size_t(bytes.size())) ==
+                                  bytes.size(),
+                              "there is no memory for the file");
+    }
+    ~MemoryFile() { ::close(descriptor_); }
+    MemoryFile(const MemoryFile &) = delete;
+    MemoryFile &operator=(const MemoryFile &) = delete;
+
+    QString path() const { return QStringLiteral("/proc/self/fd/%1").arg(descriptor_); }
+
+private:
+    const int descriptor_;
 };
 
 /// The first items of the tree, from the root on.
@@ -79,10 +103,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
 {
     const QByteArray bytes(reinterpret_cast<const char *>(data), qsizetype(size));
     QString reason;
-    const PropertyListDocument::Ptr document = KeyedUnarchiver::unarchivedDocument(bytes, &reason);
-    if (!document || !document->root().isDictionary())
+    const QNBPresetRecordPtr preset = QNBPresetFile::read(MemoryFile(bytes).path(), &reason);
+    if (!preset)
         return 0;
-    const QNBPresetRecordPtr preset = QNBPresetRecord::fromStored(document->root());
     NoObserver observer;
     std::mt19937 random(static_cast<unsigned>(qHash(bytes, 0)));
     {
