@@ -8,6 +8,7 @@
 #include "Tests/EndToEnd/HelperProcesses.h"
 #include "Tests/Session/FakeTray.h"
 #include "Tests/Session/FileContent.h"
+#include "Tests/Session/ThunarWindow.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>
@@ -23,6 +24,9 @@
 namespace {
 
 const QString wedding = QStringLiteral("Wedding");
+/// The numbers of the labels that were chosen, as file managers know them.
+constexpr int blue = 4;
+constexpr int red = 6;
 const QString hotKey = QStringLiteral("ctrl+alt+p");
 
 /// The label's number; -1 if there is no label at all.
@@ -69,6 +73,15 @@ protected:
         user_.presses(QStringLiteral("ctrl+5"));
         ASSERT_NO_FATAL_FAILURE(addItem(QStringLiteral("ctrl+n"), QStringLiteral("Budget.csv")));
         user_.presses(QStringLiteral("ctrl+1"));
+        const qsizetype windows = screen_.windowsOf(host_->pid()).size();
+        ASSERT_NO_FATAL_FAILURE(openMenu(QStringLiteral("Menu")));
+        ASSERT_NO_FATAL_FAILURE(goToEntry(QStringLiteral("File Content")));
+        ASSERT_NO_FATAL_FAILURE(openMenu(QStringLiteral("Right")));
+        ASSERT_NO_FATAL_FAILURE(chooseEntry(content_));
+        // A menu takes every key until it has closed.
+        ASSERT_TRUE(waitUntil([&] { return screen_.windowsOf(host_->pid()).size() == windows; }, patience));
+        ASSERT_NO_FATAL_FAILURE(openMenu(QStringLiteral("alt+s")));
+        ASSERT_NO_FATAL_FAILURE(chooseEntry(QStringLiteral("Write Contents List.sh")));
     }
     void chooseHotKey()
     {
@@ -100,19 +113,25 @@ protected:
         const QString budget = planning + QStringLiteral("/Budget.csv");
         ASSERT_TRUE(waitUntil(
             [&] { return permissionsOf(budget) == 0764 && permissionsOf(planning) == 0764; }, patience));
-        EXPECT_EQ(QDir(folder).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
-                  QStringList(QStringLiteral("Planning")));
         EXPECT_EQ(QDir(planning).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
                   QStringList(QStringLiteral("Budget.csv")));
-        EXPECT_EQ(QFileInfo(budget).size(), 0);
+        EXPECT_EQ(contentOf(budget), contentOf(session_.home().dataFolder() +
+                                               QStringLiteral("/Quenby/File Content/") + content_));
+        EXPECT_EQ(labelOf(planning), blue);
+        EXPECT_EQ(labelOf(budget), red);
+        const QString list = folder + QStringLiteral("/Contents.txt");
+        EXPECT_TRUE(waitUntil([&] { return contentOf(list).contains("Budget.csv"); }, patience));
+        EXPECT_TRUE(
+            contentOf(list).startsWith(QFileInfo(folder).fileName().toUtf8() + "\nPreset: Wedding\n"));
+        EXPECT_EQ(QDir(folder).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
+                  (QStringList{QStringLiteral("Contents.txt"), QStringLiteral("Planning")}));
     }
 
     FakeTray tray_;
     QString target_;
     /// The file manager's own file.
     QString actions_;
-
-private:
+    const QString content_ = QStringLiteral("Event/Budget.csv");
 };
 
 } // namespace
@@ -148,15 +167,22 @@ TEST_F(WholeRoadTest, APresetComesFromThePaneToTheDisk)
     ASSERT_TRUE(commandLine.waitForEnd(patience));
     EXPECT_TRUE(commandLine.hasReturned(0)) << commandLine.errors().constData();
     ASSERT_NO_FATAL_FAILURE(expectWedding(other));
-    EXPECT_EQ(labelOf(other + QStringLiteral("/Planning")), labelOf(target_ + QStringLiteral("/Planning")));
-    EXPECT_NE(labelOf(target_ + QStringLiteral("/Planning")), 0);
+
+    const QString client = session_.home().filePath(QStringLiteral("client"));
+    QDir().mkpath(client);
+    ThunarWindow thunar(screen_, reader_);
+    ASSERT_NO_FATAL_FAILURE(thunar.open(QStringLiteral(QUENBY_THUNAR), client, QStringLiteral("0 items"),
+                                        screen_.environmentFrom(session_.environment())));
+    ASSERT_NO_FATAL_FAILURE(thunar.openMenuOfBackground());
+    ASSERT_NO_FATAL_FAILURE(thunar.choosePreset(QStringLiteral("Quenby"), wedding));
+    ASSERT_NO_FATAL_FAILURE(expectWedding(client));
 
     // By the hot key, into the folder that was used last; what is there stays.
     user_.presses(hotKey);
     ASSERT_TRUE(waitUntil([&] { return !screen_.windowsOf(helper).isEmpty(); }, patience));
     user_.presses(QStringList(place + 1, QStringLiteral("Down")) +
                   QStringList{QStringLiteral("Right"), QStringLiteral("Return")});
-    const QString another = target_ + QStringLiteral("/Planning/Budget-%1.csv");
+    const QString another = client + QStringLiteral("/Planning/Budget-%1.csv");
     EXPECT_TRUE(waitUntil([&] { return QFileInfo::exists(another.arg(1)); }, patience));
 
     const FakeTray::Entry folders = tray_.menuWith(wedding).child(wedding);
