@@ -54,7 +54,8 @@ std::optional<FileLock> Journals::lock(QString *error, int timeout) const
     return FileLock::acquire(FileLayer::real(), folder_ + u'/' + lockName, timeout, error);
 }
 
-Result<std::shared_ptr<Creation::Journal>> Journals::begin(const Creation::JournalContent &content) const
+Result<std::shared_ptr<Creation::Journal>> Journals::begin(const Creation::JournalContent &content,
+                                                           FolderLayer &layer) const
 {
     using Begun = Result<std::shared_ptr<Creation::Journal>>;
     QString error;
@@ -69,7 +70,7 @@ Result<std::shared_ptr<Creation::Journal>> Journals::begin(const Creation::Journ
     writer.removeStrayTemporaries(path);
     if (const Result<> written = writer.write(path, Creation::JournalFormat::write(content)); !written)
         return Begun::failure(written.error);
-    Begun journal = Creation::Journal::open(path);
+    Begun journal = Creation::Journal::open(path, layer);
     if (!journal)
         static_cast<void>(writer.remove(path));
     return journal;

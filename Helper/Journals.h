@@ -21,8 +21,9 @@ public:
     explicit Journals(QString folder);
 
     /// Writes the journal of a creation that is about to begin; durable when it returns. The creation counts
-    /// as going on as long as somebody has the journal.
-    Result<std::shared_ptr<Creation::Journal>> begin(const Creation::JournalContent &content) const;
+    /// as going on as long as somebody has the journal, which uses \a layer.
+    Result<std::shared_ptr<Creation::Journal>> begin(const Creation::JournalContent &content,
+                                                     FolderLayer &layer = FolderLayer::real()) const;
     /// Removes one. Nothing to do is no failure.
     Result<> remove(const QString &path) const;
 

@@ -24,8 +24,9 @@ qint64 fileSystemTime()
 
 } // namespace
 
-UndoStep::UndoStep(qsizetype folders)
-    : id_(QUuid::createUuid().toString(QUuid::WithoutBraces))
+UndoStep::UndoStep(qsizetype folders, FolderLayer &layer)
+    : layer_(layer)
+    , id_(QUuid::createUuid().toString(QUuid::WithoutBraces))
     , creation_{id_, {}, {}, false, fileSystemTime()}
     , folders_(folders)
 {
@@ -40,7 +41,7 @@ UndoStep::~UndoStep()
 Creation::Journal *UndoStep::beginFolder(const QString &label, const Creation::Plan &plan)
 {
     creation_.label = label;
-    auto journal = Journals().begin({id_, label, fileSystemTime(), false, plan});
+    auto journal = Journals().begin({id_, label, fileSystemTime(), false, plan}, layer_);
     if (!journal) {
         qCWarning(lcUndoStep) << "a creation that is killed cannot be undone:" << journal.error;
         isJournaled_ = false;
@@ -53,6 +54,10 @@ Creation::Journal *UndoStep::beginFolder(const QString &label, const Creation::P
 
 std::size_t UndoStep::add(const Creation::Record &record)
 {
+    if (const auto &journal = journals_.back(); journal && !journal->error().isEmpty()) {
+        qCWarning(lcUndoStep) << "the journal does not say all that was made:" << journal->error();
+        isJournaled_ = false;
+    }
     creation_.records.push_back(record);
     return creation_.records.size() - 1;
 }
@@ -78,12 +83,10 @@ QString UndoStep::endAll()
         return {};
     isStored_ = true;
     const QString problem = store();
-    if (problem.isEmpty()) {
+    if (problem.isEmpty() || !isJournaled_) {
         removeJournals();
-        return {};
-    }
-    if (!isJournaled_)
         return problem;
+    }
     // They say the same, and are read like those of a creation that was killed.
     qCWarning(lcUndoStep) << "the journals are kept instead:" << problem;
     for (const std::shared_ptr<Creation::Journal> &journal : journals_)

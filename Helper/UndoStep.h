@@ -17,8 +17,8 @@
 class UndoStep
 {
 public:
-    /// In so many folders; for each of them endFolder() is called in the end.
-    explicit UndoStep(qsizetype folders = 1);
+    /// In so many folders; for each of them endFolder() is called in the end. The journals use \a layer.
+    explicit UndoStep(qsizetype folders = 1, FolderLayer &layer = FolderLayer::real());
     /// Stores what has not been stored.
     ~UndoStep();
     UndoStep(const UndoStep &) = delete;
@@ -46,11 +46,12 @@ private:
     QString store();
     void removeJournals();
 
+    FolderLayer &layer_;
     const QString id_;
     History::Creation creation_;
     qsizetype folders_;
     std::vector<std::shared_ptr<Creation::Journal>> journals_;
     bool isStored_ = false;
-    /// Whether each folder has a journal.
+    /// Whether each folder has a journal, in which no note is missing.
     bool isJournaled_ = true;
 };

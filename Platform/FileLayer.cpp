@@ -54,6 +54,11 @@ ssize_t FileLayer::write(int descriptor, const void *buffer, size_t size)
     return untilNotInterrupted([&] { return ::write(descriptor, buffer, size); });
 }
 
+ssize_t FileLayer::pwrite(int descriptor, const void *buffer, size_t size, off_t place)
+{
+    return untilNotInterrupted([&] { return ::pwrite(descriptor, buffer, size, place); });
+}
+
 int FileLayer::fsync(int descriptor)
 {
     return untilNotInterrupted([&] { return ::fsync(descriptor); });

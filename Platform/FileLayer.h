@@ -29,6 +29,7 @@ public:
     virtual int close(int descriptor);
     virtual ssize_t read(int descriptor, void *buffer, size_t size);
     virtual ssize_t write(int descriptor, const void *buffer, size_t size);
+    virtual ssize_t pwrite(int descriptor, const void *buffer, size_t size, off_t place);
     virtual int fsync(int descriptor);
     virtual int flock(int descriptor, int operation);
 

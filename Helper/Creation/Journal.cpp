@@ -4,39 +4,64 @@
 #include "Helper/Creation/Journal.h"
 
 #include <QFile>
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <fcntl.h>
+#include <linux/magic.h>
 #include <sys/file.h>
 #include <sys/mman.h>
+#include <sys/vfs.h>
 #include <unistd.h>
 #include <utility>
 
 namespace Creation {
 
-Journal::Journal(QString path, FileDescriptor file, char *bytes, const JournalFormat::Slots &slots)
-    : path_(std::move(path))
+namespace {
+
+constexpr std::uint32_t xfs = 0x58465342;
+/// The types of file systems that write reserved room in place, and count it against a quota when it is
+/// reserved. That of ext4 is also that of ext2 and ext3.
+constexpr std::array<std::uint32_t, 3> typesThatReserve = {EXT4_SUPER_MAGIC, xfs, TMPFS_MAGIC};
+
+/// Whether a store into a mapping of the file cannot fail once room was reserved.
+bool keepsRoom(FolderLayer &layer, int file)
+{
+    struct statfs disk = {};
+    return layer.fstatfs(file, &disk) == 0 &&
+           std::find(typesThatReserve.begin(), typesThatReserve.end(),
+                     static_cast<std::uint32_t>(disk.f_type)) != typesThatReserve.end();
+}
+
+QString cannotUse(const QString &path, int errorNumber)
+{
+    return systemError(QStringLiteral("cannot use the journal %1").arg(path), errorNumber);
+}
+
+} // namespace
+
+Journal::Journal(FolderLayer &layer, QString path, FileDescriptor file, char *mapping,
+                 const JournalFormat::Slots &slots)
+    : layer_(layer)
+    , path_(std::move(path))
     , file_(std::move(file))
-    , bytes_(bytes)
+    , mapping_(mapping)
     , slots_(slots)
 {
 }
 
 Journal::~Journal()
 {
-    ::munmap(bytes_, static_cast<size_t>(slots_.end));
+    if (mapping_)
+        ::munmap(mapping_, static_cast<size_t>(slots_.end));
     // Before closing: a child between its fork and its exec has the file open too.
-    FileLayer::real().flock(file_.get(), LOCK_UN);
+    layer_.flock(file_.get(), LOCK_UN);
 }
 
-Result<std::shared_ptr<Journal>> Journal::open(const QString &path)
+Result<std::shared_ptr<Journal>> Journal::open(const QString &path, FolderLayer &layer)
 {
     using Opened = Result<std::shared_ptr<Journal>>;
-    FileLayer &layer = FileLayer::real();
-    const auto failed = [&path](int errorNumber) {
-        return Opened::failure(
-            systemError(QStringLiteral("cannot use the journal %1").arg(path), errorNumber));
-    };
+    const auto failed = [&path](int errorNumber) { return Opened::failure(cannotUse(path, errorNumber)); };
     FileDescriptor file(layer, layer.open(QFile::encodeName(path), O_RDWR | O_NOFOLLOW, 0));
     struct stat information = {};
     std::array<char, JournalFormat::headSize> head = {};
@@ -49,18 +74,30 @@ Result<std::shared_ptr<Journal>> Journal::open(const QString &path)
     // The disk keeps room for the slots; it writes nothing into it.
     if (const int error = ::posix_fallocate(file.get(), 0, slots->end); error != 0)
         return failed(error);
-    void *bytes =
-        ::mmap(nullptr, static_cast<size_t>(slots->end), PROT_READ | PROT_WRITE, MAP_SHARED, file.get(), 0);
-    if (bytes == MAP_FAILED)
+    void *mapping = nullptr;
+    if (keepsRoom(layer, file.get()))
+        mapping = ::mmap(nullptr, static_cast<size_t>(slots->end), PROT_READ | PROT_WRITE, MAP_SHARED,
+                         file.get(), 0);
+    if (mapping == MAP_FAILED)
         return failed(errno);
-    return std::shared_ptr<Journal>(new Journal(path, std::move(file), static_cast<char *>(bytes), *slots));
+    return std::shared_ptr<Journal>(
+        new Journal(layer, path, std::move(file), static_cast<char *>(mapping), *slots));
 }
 
 void Journal::note(qsizetype operation, const Record::Entry &entry)
 {
     const qsizetype place = slots_.begin + operation * JournalFormat::slotSize;
-    if (place < slots_.end)
-        JournalFormat::fill(bytes_ + place, entry);
+    if (place >= slots_.end)
+        return;
+    if (mapping_) {
+        JournalFormat::fill(mapping_ + place, entry);
+        return;
+    }
+    std::array<char, JournalFormat::slotSize> slot = {};
+    JournalFormat::fill(slot.data(), entry);
+    const ssize_t written = layer_.pwrite(file_.get(), slot.data(), slot.size(), place);
+    if (written != ssize_t(slot.size()) && error_.isEmpty())
+        error_ = cannotUse(path_, written == -1 ? errno : EIO);
 }
 
 } // namespace Creation

@@ -5,6 +5,7 @@
 
 #include "Helper/Creation/JournalFormat.h"
 #include "Platform/FileDescriptor.h"
+#include "Platform/FolderLayer.h"
 #include "Platform/Result.h"
 
 #include <QString>
@@ -12,15 +13,20 @@
 
 namespace Creation {
 
-/// The journal of a creation that is going on. What is made is noted in a mapping of the file, without a call
-/// for each item: so a kill loses none of it, and a power failure only what the system has not written yet.
-/// Whoever has one open holds its lock; a journal that nobody holds is of a creation that was killed.
+/// The journal of a creation that is going on. A kill loses none of what was noted, and a power failure only
+/// what the system has not written yet. Whoever has one open holds its lock; a journal that nobody holds is
+/// of a creation that was killed.
+///
+/// Where room that was reserved can always be written to, notes go into a mapping of the file, without a call
+/// for each item. Other file systems (those that never write in place, those of other machines) may have no
+/// room for a page all the same, and would end the program at the access: there each note is written.
 class Journal
 {
 public:
     /// Opens the file \a path, which has the bytes of JournalFormat::write(), and reserves room for the
-    /// slots.
-    static Result<std::shared_ptr<Journal>> open(const QString &path);
+    /// slots. \a layer stands for the system calls.
+    static Result<std::shared_ptr<Journal>> open(const QString &path,
+                                                 FolderLayer &layer = FolderLayer::real());
     ~Journal();
     Journal(const Journal &) = delete;
     Journal &operator=(const Journal &) = delete;
@@ -29,14 +35,20 @@ public:
 
     /// Notes what the operation number \a operation of the plan has made.
     void note(qsizetype operation, const Record::Entry &entry);
+    /// Why a note is missing; empty if none is.
+    const QString &error() const { return error_; }
 
 private:
-    Journal(QString path, FileDescriptor file, char *bytes, const JournalFormat::Slots &slots);
+    Journal(FolderLayer &layer, QString path, FileDescriptor file, char *mapping,
+            const JournalFormat::Slots &slots);
 
+    FolderLayer &layer_;
     const QString path_;
     const FileDescriptor file_;
-    char *const bytes_;
+    /// Null where notes are written.
+    char *const mapping_;
     const JournalFormat::Slots slots_;
+    QString error_;
 };
 
 } // namespace Creation

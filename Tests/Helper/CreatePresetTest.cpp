@@ -6,6 +6,7 @@
 #include "Helper/History.h"
 #include "Platform/FileLock.h"
 #include "Tests/Helper/Creation/ForkedProcess.h"
+#include "Tests/Helper/Creation/UnreservedDisk.h"
 #include "Tests/Session/SmallDisk.h"
 #include "Tests/Session/TemporaryHome.h"
 
@@ -17,6 +18,7 @@
 #include <sys/stat.h>
 
 using ::testing::ElementsAre;
+using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 
 namespace {
@@ -340,5 +342,28 @@ TEST_F(CreatePresetTest, WhereTheDiskFillsUpMeanwhileTheJournalIsKept)
         EXPECT_EQ(names().size(), 3);
         EXPECT_EQ(undoLastCreation().status, UndoReport::Status::Undone) << "the earlier one is kept";
         EXPECT_THAT(names(), IsEmpty());
+    });
+}
+
+TEST_F(CreatePresetTest, AJournalInWhichANoteIsMissingIsNotKeptForTheRecord)
+{
+    ASSERT_TRUE(QDir().mkpath(stateFolder()));
+    ForkedProcess::run([this] {
+        SmallDisk disk(stateFolder());
+        UnreservedDisk layer;
+        layer.isFull = true;
+        request_.step = std::make_shared<UndoStep>(1, layer);
+        EXPECT_EQ(createPreset(request_).warning, QString()) << "the record says all";
+        request_.step = std::make_shared<UndoStep>(1, layer);
+        const QString warning = createPreset(request_, [&](qsizetype done, qsizetype) {
+                                    if (done == 1) {
+                                        EXPECT_TRUE(disk.fill(0));
+                                    }
+                                    return true;
+                                }).warning;
+        EXPECT_THAT(warning.toStdString(), HasSubstr("cannot be undone later"));
+        EXPECT_EQ(names().size(), 6);
+        request_.step.reset();
+        EXPECT_EQ(undoLastCreation().status, UndoReport::Status::NothingToUndo);
     });
 }

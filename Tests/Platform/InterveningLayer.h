@@ -51,6 +51,10 @@ public:
     {
         return refuses("write") ? -1 : FolderLayer::write(descriptor, buffer, size);
     }
+    ssize_t pwrite(int descriptor, const void *buffer, size_t size, off_t place) override
+    {
+        return refuses("pwrite") ? -1 : FolderLayer::pwrite(descriptor, buffer, size, place);
+    }
     int fsync(int descriptor) override { return refuses("fsync") ? -1 : FolderLayer::fsync(descriptor); }
     int flock(int descriptor, int operation) override
     {

@@ -9,6 +9,7 @@
 #include "FailingFolderLayer.h"
 #include "ForkedProcess.h"
 #include "Helper/Creation/Journal.h"
+#include "UnreservedDisk.h"
 
 #include <QFile>
 #include <algorithm>
@@ -136,6 +137,40 @@ TEST_F(InterruptedUndoTest, AJournalHasRoomForEveryNoteBeforeTheFirst)
     ASSERT_EQ(::stat(QFile::encodeName(journalPath()).constData(), &information), 0);
     EXPECT_GE(information.st_size, size + 1000 * JournalFormat::slotSize);
     EXPECT_GE(information.st_blocks * 512, information.st_size);
+}
+
+// There a note for which the disk has no room would end the program, whatever was reserved.
+TEST_F(InterruptedUndoTest, WhereReservedRoomIsNoPromiseEachNoteIsWritten)
+{
+    const Creation::Plan planned = plan(tree());
+    const auto noted = [&](InterveningLayer &layer) {
+        writeJournal(planned);
+        const auto opened = Creation::Journal::open(journalPath(), layer);
+        EXPECT_TRUE(opened) << qPrintable(opened.error);
+        EXPECT_TRUE(Creation::execute(planned, {}, FolderLayer::real(), opened->get()).succeeded);
+        EXPECT_EQ((*opened)->error(), QString());
+        const JournalContent content = journal();
+        EXPECT_EQ(content.made.back()->identity.number, DiskTree::at(disk(), "last").number);
+        EXPECT_EQ(content.made.back()->mode, 0400);
+        expectRestored(Creation::undo(content));
+        return layer.made().count("pwrite");
+    };
+    InterveningLayer reserved;
+    EXPECT_EQ(noted(reserved), 0);
+    UnreservedDisk unreserved;
+    EXPECT_GT(noted(unreserved), qsizetype(planned.operations().size()));
+}
+
+TEST_F(InterruptedUndoTest, ANoteThatCannotBeWrittenIsTold)
+{
+    const Creation::Plan planned = plan(tree());
+    writeJournal(planned);
+    UnreservedDisk disk;
+    const auto journal = Creation::Journal::open(journalPath(), disk);
+    ASSERT_TRUE(journal) << qPrintable(journal.error);
+    disk.isFull = true;
+    EXPECT_TRUE(Creation::execute(planned, {}, FolderLayer::real(), journal->get()).succeeded);
+    EXPECT_TRUE((*journal)->error().endsWith(qt_error_string(ENOSPC))) << qPrintable((*journal)->error());
 }
 
 TEST_F(InterruptedUndoTest, WhatIsNoJournalIsRefused)
