@@ -12,7 +12,6 @@
 
 namespace {
 
-// What is typed is of interest only to somebody who looks for a fault.
 Q_LOGGING_CATEGORY(lcKeys, "quenby.pane.keys", QtInfoMsg)
 
 constexpr int codeOfUnknownKey = -1;
@@ -54,7 +53,7 @@ void logKey(const QKeyEvent &event)
     if (isModifierKey(event))
         return;
     const KeyCodes::Key *key = KeyCodes::pressed(event.nativeScanCode(), event.keyCombination());
-    qCDebug(lcKeys, "kestroke: %d", key ? static_cast<int>(key->code) : codeOfUnknownKey);
+    qCInfo(lcKeys, "kestroke: %d", key ? static_cast<int>(key->code) : codeOfUnknownKey);
 }
 
 } // namespace

@@ -4,6 +4,7 @@
 #include "Source/QNBPrefPanePref.h"
 
 #include "Source/QNBInterfaceProperties.h"
+#include "Source/QNBShortcutWidgets.h"
 
 #include <QActionGroup>
 #include <QCheckBox>
@@ -63,10 +64,7 @@ void QNBPrefPanePref::setUpAttributeActions()
         action->setData(button->title());
         action->setCheckable(true);
         group->addAction(action);
-        connect(action, &QAction::triggered, this, [this, button] {
-            if (!isEditingName())
-                colorLabelButtonClicked(*button);
-        });
+        connect(action, &QAction::triggered, this, [this, button] { colorLabelButtonClicked(*button); });
         _labelActions.append(action);
     }
 
@@ -86,11 +84,10 @@ void QNBPrefPanePref::setUpAttributeActions()
     _permissionActions.append(apply);
 
     connect(_permissionsAction, &QAction::triggered, this, &QNBPrefPanePref::showLabelAndPermissions);
+    const QList<QWidget *> everywhere = QNBShortcutWidgets::withoutText(*_presetsTab);
     const QList<QAction *> withShortcuts = _labelActions + QList<QAction *>{_permissionsAction};
-    for (QAction *action : withShortcuts) {
-        action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
-        _presetsTab->addAction(action);
-    }
+    for (QAction *action : withShortcuts)
+        QNBShortcutWidgets::set(*action, everywhere);
     updateAttributeActions();
 }
 

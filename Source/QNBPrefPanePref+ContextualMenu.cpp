@@ -64,7 +64,7 @@ void QNBPrefPanePref::makeContextualMenu()
 
 void QNBPrefPanePref::showLabelAndPermissions()
 {
-    if (isEditingName() || !selectedHierarchyItem())
+    if (!selectedHierarchyItem())
         return;
     _ui_presetHierarchyView->askForMenuByKey();
     _colorRowAction->enter();
@@ -80,7 +80,3 @@ void QNBPrefPanePref::cancelTracking()
         menu = qobject_cast<QMenu *>(QApplication::activePopupWidget());
 }
 
-bool QNBPrefPanePref::isEditingName() const
-{
-    return _ui_presetListView->isEditing() || _ui_presetHierarchyView->isEditing();
-}

@@ -3,25 +3,12 @@
 
 #include "Source/QNBPrefPanePref.h"
 
+#include "Source/QNBShortcutWidgets.h"
 #include "Toolkit/OutlineView.h"
 
 #include <QAction>
 #include <QMenu>
-#include <QPlainTextEdit>
 #include <QPushButton>
-
-namespace {
-
-/// The action's shortcut works where one of \a widgets has the focus, not where something is typed: editors
-/// of names are their children.
-void setShortcutWidgets(QAction &action, const QList<QWidget *> &widgets)
-{
-    action.setShortcutContext(Qt::WidgetShortcut);
-    for (QWidget *widget : widgets)
-        widget->addAction(&action);
-}
-
-} // namespace
 
 void QNBPrefPanePref::setUpHierarchyActions()
 {
@@ -41,21 +28,16 @@ void QNBPrefPanePref::setUpHierarchyActions()
     connectStep(_moveItemIntoFolderAction, QNBItemStep::IntoFolderAbove);
     connectStep(_moveItemOutOfFolderAction, QNBItemStep::OutOfFolder);
 
-    QList<QWidget *> everywhere;
-    const QList<QWidget *> widgets = _presetsTab->findChildren<QWidget *>();
-    for (QWidget *widget : widgets) {
-        if ((widget->focusPolicy() & Qt::TabFocus) && !qobject_cast<QPlainTextEdit *>(widget))
-            everywhere.append(widget);
-    }
-    setShortcutWidgets(*_addFileAction, everywhere);
-    setShortcutWidgets(*_addFolderAction, everywhere);
+    const QList<QWidget *> everywhere = QNBShortcutWidgets::withoutText(*_presetsTab);
+    QNBShortcutWidgets::set(*_addFileAction, everywhere);
+    QNBShortcutWidgets::set(*_addFolderAction, everywhere);
     const QList<QWidget *> buttons{_addFileButton, _addFolderButton, _itemActionsButton};
     const QList<QWidget *> besidesItems = buttons + QList<QWidget *>{_ui_presetHierarchyView};
     for (QAction *action : {_renameItemAction, _moveItemUpAction, _moveItemDownAction,
                             _moveItemIntoFolderAction, _moveItemOutOfFolderAction})
-        setShortcutWidgets(*action, besidesItems);
+        QNBShortcutWidgets::set(*action, besidesItems);
     // The outline asks for deletion by itself.
-    setShortcutWidgets(*_deleteItemAction, buttons);
+    QNBShortcutWidgets::set(*_deleteItemAction, buttons);
     _ui_presetHierarchyView->installEventFilter(this);
 
     _itemActionsButton->setMenu(_itemActionsMenu);

@@ -377,7 +377,6 @@ private:
     void showLabelAndPermissions();
     /// Closes the contextual menu, if it is open.
     void cancelTracking();
-    bool isEditingName() const;
 
     Services _services;
     PreferencePaneListener *_listener = nullptr;

@@ -8,6 +8,7 @@
 #include <QCheckBox>
 #include <QEnterEvent>
 #include <QMenu>
+#include <QPlainTextEdit>
 #include <QPushButton>
 #include <QTest>
 #include <algorithm>
@@ -150,6 +151,19 @@ TEST_F(QNBPrefPanePrefAttributeActions, ShortcutsRestWhileANameIsEdited)
     EXPECT_EQ(item(0).colorName(), u"");
     EXPECT_FALSE(menu().isVisible());
     EXPECT_TRUE(list().isEditing());
+}
+
+TEST_F(QNBPrefPanePrefAttributeActions, ShortcutsRestWhileTheDescriptionIsTyped)
+{
+    open();
+    outline().selectRow(0);
+    outlet<QPlainTextEdit>(QStringLiteral("_ui_presetDescription"))->setFocus();
+    press(Qt::Key_1, Qt::ControlModifier);
+    press(Qt::Key_I, Qt::ControlModifier);
+    press(Qt::Key_Down, Qt::AltModifier);
+    EXPECT_EQ(item(0).colorName(), u"");
+    EXPECT_FALSE(menu().isVisible());
+    EXPECT_EQ(list().selectedRow(), 0);
 }
 
 TEST_F(QNBPrefPanePrefAttributeActions, TheLabelMenuNamesColorsShortcutsAndTheCurrentOne)
