@@ -9,6 +9,7 @@
 #include "Toolkit/HeightStrut.h"
 #include "Toolkit/KeyComboRecorder.h"
 #include "Toolkit/OutlineView.h"
+#include "Toolkit/ReadablePlaceholders.h"
 #include "Toolkit/TemplateImages.h"
 
 #include <QBoxLayout>
@@ -37,6 +38,7 @@ constexpr qreal productNameScale = 1.6;
 void QNBPrefPanePref::awakeFromNib()
 {
     placeDetachedViews();
+    new ReadablePlaceholders(*_presetsTab);
     setUpHistory();
     makePresetList();
     _ui_presetHierarchyView->setDataSource(this);
