@@ -180,7 +180,7 @@ ExitCode CommandLine::menu(const CommandLineOptions &options)
 
 Result<> CommandLine::showMenu(const QStringList &folders)
 {
-    return MenuRequest::send(folders, SessionBus::address());
+    return MenuRequest::send(*bus(), folders);
 }
 
 ExitCode CommandLine::createHere(const CommandLineOptions &options, const QStringList &folders)
@@ -330,8 +330,7 @@ std::optional<ExitCode> CommandLine::handOver(const CommandLineOptions &options,
     if (!options.notify || !isOrdinary)
         return std::nullopt;
     QString error;
-    switch (
-        HelperService::create({options.preset, options.position}, folders, SessionBus::address(), &error)) {
+    switch (HelperService::create(*bus(), {options.preset, options.position}, folders, &error)) {
     case HelperService::Answer::Taken:
         return ExitCode::Done;
     case HelperService::Answer::NoBus:
@@ -349,9 +348,16 @@ std::optional<ExitCode> CommandLine::handOver(const CommandLineOptions &options,
 
 void CommandLine::notify(const QString &title)
 {
-    Notifications notifications;
+    Notifications notifications(bus());
     notifications.show({title, told_.join(u'\n')});
     notifications.flush(notificationTimeout);
+}
+
+const std::shared_ptr<SessionBus> &CommandLine::bus()
+{
+    if (!bus_)
+        bus_ = std::make_shared<SessionBus>();
+    return bus_;
 }
 
 void CommandLine::tell(const QString &message)

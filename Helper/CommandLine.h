@@ -11,6 +11,11 @@
 #include <QJsonArray>
 #include <QStringList>
 
+#include <memory>
+#include <optional>
+
+class SessionBus;
+
 /// What the program ends with. Of several folders the greatest counts.
 enum class ExitCode : int {
     Done = 0,
@@ -64,8 +69,11 @@ private:
     void tellPlan(const Creation::Plan &plan);
     void tellReport(const CreationReport &report);
     void tell(const QString &message);
+    /// Made when it is first needed.
+    const std::shared_ptr<SessionBus> &bus();
 
     const Interruption &interruption_;
     Console console_;
+    std::shared_ptr<SessionBus> bus_;
     QStringList told_;
 };

@@ -5,39 +5,55 @@
 
 #include "Platform/SessionBus.h"
 
-#include <QDBusConnection>
-#include <QDBusConnectionInterface>
+#include <QDBusError>
 #include <QDBusMessage>
-#include <QDBusReply>
+#include <QSemaphore>
 
-#include <chrono>
+#include <memory>
 
 using namespace std::chrono_literals;
 
 namespace {
 
-/// A bus that is there answers within a millisecond or two.
-constexpr auto busTimeout = 300ms;
-/// In milliseconds. The helper answers when it has understood, not when it is done.
-constexpr int answerTimeout = 10'000;
+/// The helper answers when it has understood, not when it is done.
+constexpr auto answerTimeout = 10s;
+/// More than the answer can take, or the error in its place.
+constexpr auto longestWait = answerTimeout + 2 * SessionBus::answerTimeout;
 
-const QString connectionName = QStringLiteral("quenby-helper-service");
+/// What the bus says of a name that nobody has, if it is not to start a program for it.
+const QString noOwnerError = QStringLiteral("org.freedesktop.DBus.Error.NameHasNoOwner");
 
-HelperService::Answer ask(const QDBusConnection &bus, const QString &method, const QVariantList &arguments,
+HelperService::Answer ask(SessionBus &bus, const QString &method, const QVariantList &arguments,
                           QString *error)
 {
     using HelperService::Answer;
-    if (!bus.isConnected() || !bus.interface()->isServiceRegistered(HelperService::name))
-        return Answer::NotRunning;
     QDBusMessage message = QDBusMessage::createMethodCall(HelperService::name, HelperService::path,
                                                           HelperService::interfaceName, method);
     message.setAutoStartService(false);
     message.setArguments(arguments);
-    const QDBusMessage reply = bus.call(message, QDBus::Block, answerTimeout);
-    if (reply.type() != QDBusMessage::ErrorMessage)
+
+    struct Outcome
+    {
+        QSemaphore isKnown;
+        QDBusMessage reply;
+    };
+    const auto outcome = std::make_shared<Outcome>();
+    bus.call(message, answerTimeout, [outcome](const QDBusMessage &reply) {
+        outcome->reply = reply;
+        outcome->isKnown.release();
+    });
+    if (!outcome->isKnown.tryAcquire(1, int(std::chrono::milliseconds(longestWait).count()))) {
+        *error = QStringLiteral("The session bus does not answer");
+        return Answer::Failed;
+    }
+    if (outcome->reply.type() != QDBusMessage::ErrorMessage)
         return Answer::Taken;
-    *error = reply.errorMessage();
-    switch (QDBusError(reply).type()) {
+    *error = outcome->reply.errorMessage();
+    if (outcome->reply.errorName() == noOwnerError)
+        return Answer::NotRunning;
+    switch (QDBusError(outcome->reply).type()) {
+    case QDBusError::Disconnected:
+        return Answer::NoBus;
     case QDBusError::ServiceUnknown:
     case QDBusError::UnknownMethod:
     case QDBusError::UnknownObject:
@@ -50,28 +66,15 @@ HelperService::Answer ask(const QDBusConnection &bus, const QString &method, con
     }
 }
 
-HelperService::Answer ask(const QString &busAddress, const QString &method, const QVariantList &arguments,
-                          QString *error)
-{
-    // The library waits half a minute for a bus that says nothing.
-    if (SessionBus::ask(busAddress, busTimeout) != SessionBus::Answer::Yes)
-        return HelperService::Answer::NoBus;
-    const HelperService::Answer answer =
-        ask(QDBusConnection::connectToBus(busAddress, connectionName), method, arguments, error);
-    QDBusConnection::disconnectFromBus(connectionName);
-    return answer;
-}
-
 } // namespace
 
-HelperService::Answer HelperService::create(const Preset &preset, const QStringList &folders,
-                                            const QString &busAddress, QString *error)
+HelperService::Answer HelperService::create(SessionBus &bus, const Preset &preset, const QStringList &folders,
+                                            QString *error)
 {
-    return ask(busAddress, createMethod, {preset.label, preset.position.value_or(0), folders}, error);
+    return ask(bus, createMethod, {preset.label, preset.position.value_or(0), folders}, error);
 }
 
-HelperService::Answer HelperService::showMenu(const QStringList &folders, const QString &busAddress,
-                                              QString *error)
+HelperService::Answer HelperService::showMenu(SessionBus &bus, const QStringList &folders, QString *error)
 {
-    return ask(busAddress, showMenuMethod, {folders}, error);
+    return ask(bus, showMenuMethod, {folders}, error);
 }

@@ -7,6 +7,8 @@
 #include <QStringList>
 #include <optional>
 
+class SessionBus;
+
 /// The running helper as other programs find it on the session bus.
 namespace HelperService {
 
@@ -40,9 +42,9 @@ enum class Answer {
     Failed,
 };
 
-/// Asks the helper on the bus at \a busAddress; waits for its answer for a bounded time.
-Answer create(const Preset &preset, const QStringList &folders, const QString &busAddress, QString *error);
+/// Asks the helper on \a bus; waits for its answer for a bounded time.
+Answer create(SessionBus &bus, const Preset &preset, const QStringList &folders, QString *error);
 /// The same for its menu of the presets, of which one is to be created in \a folders.
-Answer showMenu(const QStringList &folders, const QString &busAddress, QString *error);
+Answer showMenu(SessionBus &bus, const QStringList &folders, QString *error);
 
 } // namespace HelperService

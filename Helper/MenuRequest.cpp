@@ -39,18 +39,18 @@ Result<> startHelper()
 
 } // namespace
 
-Result<> MenuRequest::send(const QStringList &folders, const QString &busAddress)
+Result<> MenuRequest::send(SessionBus &bus, const QStringList &folders)
 {
     using HelperService::Answer;
     QString error;
-    Answer answer = HelperService::showMenu(folders, busAddress, &error);
+    Answer answer = HelperService::showMenu(bus, folders, &error);
     if (answer == Answer::NotRunning) {
         if (Result<> started = startHelper(); !started)
             return started;
         for (const QDeadlineTimer deadline(startTimeout);
              answer == Answer::NotRunning && !deadline.hasExpired();) {
             QThread::msleep(std::chrono::milliseconds(questionPause).count());
-            answer = HelperService::showMenu(folders, busAddress, &error);
+            answer = HelperService::showMenu(bus, folders, &error);
         }
     }
     switch (answer) {

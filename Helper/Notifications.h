@@ -3,29 +3,27 @@
 
 #pragma once
 
-#include "Platform/SessionBus.h"
+#include "Platform/Mailbox.h"
 
-#include <QDBusConnection>
 #include <QHash>
 #include <QList>
-#include <QObject>
 #include <QString>
 #include <QStringList>
 
 #include <chrono>
 #include <functional>
-#include <optional>
+#include <memory>
 
 QT_BEGIN_NAMESPACE
-class QDBusPendingCallWatcher;
+class QDBusMessage;
 QT_END_NAMESPACE
+class SessionBus;
 
 /// The desktop's notifications, by `org.freedesktop.Notifications` on the session bus. For the thread that
 /// made it; nothing here waits for the desktop but flush(). Without a bus, or with a desktop that does not
 /// answer, nothing is shown.
-class Notifications : public QObject
+class Notifications
 {
-    Q_OBJECT
 public:
     struct Action
     {
@@ -41,12 +39,11 @@ public:
         QList<Action> actions = {};
         /// Called on the event loop when the user chooses an action, as long as the notice is shown.
         std::function<void(const QString &key)> handler = {};
-        /// Called on the event loop, or by show(), if it turns out that nobody shows it.
+        /// Called on the event loop if it turns out that nobody shows it.
         std::function<void()> notShown = {};
     };
 
-    explicit Notifications(QString busAddress = SessionBus::address());
-    ~Notifications() override;
+    explicit Notifications(std::shared_ptr<SessionBus> bus);
 
     void show(const Notice &notice);
 
@@ -54,25 +51,16 @@ public:
     /// within \a timeout.
     bool flush(std::chrono::milliseconds timeout);
 
-private Q_SLOTS:
-    void actionInvoked(uint id, const QString &key);
-    void notificationClosed(uint id, uint reason);
-
 private:
-    bool connectToBus();
-    void askForCapabilities();
-    void send(const Notice &notice);
+    void call(const QDBusMessage &message, const Notice &notice,
+              const std::function<void(const QDBusMessage &reply)> &then);
+    void send(const Notice &notice, const QStringList &capabilities);
     void lose(const Notice &notice, const QString &reason);
+    void actionInvoked(uint id, const QString &key);
 
-    const QString busAddress_;
-    /// Among the names that the library keeps for the whole process.
-    const QString connectionName_;
-    std::optional<QDBusConnection> bus_;
-    /// What the desktop can do, once it has said so; those that wait for it.
-    std::optional<QStringList> capabilities_;
-    QList<Notice> waiting_;
-    bool isAsking_ = false;
+    const std::shared_ptr<SessionBus> bus_;
     int unanswered_ = 0;
     bool lostSome_ = false;
     QHash<uint, std::function<void(const QString &)>> handlers_;
+    const Mailbox mailbox_;
 };

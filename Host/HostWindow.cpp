@@ -129,13 +129,14 @@ void HostWindow::leaveWithoutDisplay()
 
 void HostWindow::bringToFront(const QByteArray &activationToken)
 {
-    // The platform plug-in takes it from there with the next request.
-    if (!activationToken.isEmpty())
-        qputenv(activationTokenVariable, activationToken);
     setWindowState(windowState() & ~Qt::WindowMinimized);
     show();
     raise();
+    // The only way to hand the platform plug-in a token; it takes it from there with the request.
+    if (!activationToken.isEmpty())
+        qputenv(activationTokenVariable, activationToken);
     activateWindow();
+    qunsetenv(activationTokenVariable);
 }
 
 void HostWindow::showEvent(QShowEvent *event)

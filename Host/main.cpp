@@ -5,11 +5,11 @@
 #include "Host/HostWindow.h"
 #include "Host/InstanceGuard.h"
 #include "Host/PaneFinder.h"
+#include "Platform/BusProbe.h"
 #include "Platform/DesktopFolders.h"
 #include "Platform/ExitHandler.h"
 #include "Platform/HomeOwner.h"
 #include "Platform/LineText.h"
-#include "Platform/SessionBus.h"
 #include "Platform/TerminationSignals.h"
 
 #include <QApplication>
@@ -102,8 +102,7 @@ int main(int argc, char **argv)
 
     // The platform plug-in takes it away.
     const QByteArray activationToken = qgetenv("XDG_ACTIVATION_TOKEN");
-    // The library's own windows (accessibility, theme) use it.
-    SessionBus::keepIfItAnswers(busTimeout);
+    BusProbe::keepLibraryFromWaiting(busTimeout);
     QGuiApplication::setDesktopFileName(QStringLiteral(QUENBY_IDENTIFIER));
     QApplication application(argc, argv);
     parser.process(application);

@@ -3,41 +3,39 @@
 
 #pragma once
 
+#include "Platform/Mailbox.h"
+
 #include <QString>
+
 #include <chrono>
 #include <functional>
 #include <memory>
+
+class SessionBus;
 
 /// System-wide notifications: signals on the session bus with the path
 /// `/org/quenby/DistributedNotificationCenter`, the interface `org.quenby.DistributedNotificationCenter` and
 /// the notification's name as member, without arguments.
 ///
-/// The bus is spoken to on a thread of its own: no call but flush() waits for it, and without a bus, or with
-/// one that never answers, posting does nothing, at once. Notifications of one process arrive in the order
-/// they were posted.
+/// No call but flush() waits for the bus. Without a bus, or with one that does not answer, what is posted
+/// waits for it to come, several notifications of one name as one. Notifications of one process arrive in the
+/// order they were posted.
 class DistributedNotificationCenter
 {
 public:
-    /// The session bus of the environment.
-    DistributedNotificationCenter();
-    /// A private bus, for tests.
-    explicit DistributedNotificationCenter(const QString &busAddress);
-    /// Gives what was posted a moment (see flush()) to reach the bus.
-    ~DistributedNotificationCenter();
-    DistributedNotificationCenter(const DistributedNotificationCenter &) = delete;
-    DistributedNotificationCenter &operator=(const DistributedNotificationCenter &) = delete;
+    explicit DistributedNotificationCenter(std::shared_ptr<SessionBus> bus);
 
     void postNotificationName(const QString &name);
 
-    /// Calls \a handler on the calling thread's event loop for each notification \a name, from any process,
-    /// for as long as the centre lives.
-    void addObserver(const QString &name, std::function<void()> handler);
+    /// Calls \a handler on the event loop of the thread that made the centre for each notification \a name,
+    /// from any process, for as long as the centre lives.
+    void addObserver(const QString &name, const std::function<void()> &handler);
 
     /// Waits until the bus has taken everything posted, and knows of every observer added, so far; false if
     /// it had not within \a timeout.
     bool flush(std::chrono::milliseconds timeout = std::chrono::milliseconds(1000));
 
 private:
-    class Private;
-    std::unique_ptr<Private> d_;
+    const std::shared_ptr<SessionBus> bus_;
+    const Mailbox mailbox_;
 };

@@ -4,26 +4,21 @@
 #pragma once
 
 #include <QString>
+
 #include <chrono>
 #include <memory>
 
+class SessionBus;
+
 /// Shows files in the desktop's file manager, by `org.freedesktop.FileManager1.ShowItems` on the session bus.
-///
-/// The bus is spoken to on a thread of its own, started when first needed: nobody waits for it.
+/// Nobody waits for the bus.
 class FileViewer
 {
 public:
     /// A file manager may have to be started first.
     static constexpr std::chrono::milliseconds answerTimeout{10000};
 
-    /// The session bus of the environment.
-    FileViewer();
-    /// A private bus, for tests.
-    explicit FileViewer(QString busAddress, std::chrono::milliseconds timeout = answerTimeout);
-    /// Leaves a file manager that says nothing to itself.
-    ~FileViewer();
-    FileViewer(const FileViewer &) = delete;
-    FileViewer &operator=(const FileViewer &) = delete;
+    explicit FileViewer(std::shared_ptr<SessionBus> bus, std::chrono::milliseconds timeout = answerTimeout);
 
     /// Shows \a path selected in its folder. Without a bus, without a file manager on it, or if that refuses
     /// or says nothing in time, \a path is opened instead if it is a folder, otherwise the folder it is in.
@@ -31,8 +26,6 @@ public:
     bool selectFile(const QString &path);
 
 private:
-    class Worker;
-    QString busAddress_;
-    std::chrono::milliseconds timeout_;
-    std::unique_ptr<Worker> worker_;
+    const std::shared_ptr<SessionBus> bus_;
+    const std::chrono::milliseconds timeout_;
 };

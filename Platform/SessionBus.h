@@ -3,38 +3,80 @@
 
 #pragma once
 
+#include "Platform/BusProbe.h"
+
 #include <QString>
+#include <QStringList>
+
 #include <chrono>
+#include <functional>
+#include <memory>
+#include <optional>
 
-/// What can be learnt about a message bus without the risk of waiting for it.
+QT_BEGIN_NAMESPACE
+class QDBusConnection;
+class QDBusMessage;
+QT_END_NAMESPACE
+
+/// The session bus, for everybody in the process who uses it: one connection, made when it is first needed
+/// and used on a thread of its own. No function but flush() and the destructor waits for the bus, whatever it
+/// does.
 ///
-/// Libraries connect to a bus with waits of half a minute, in threads that the process waits for when it
-/// ends. So a bus is asked here first, in bounded time, and is left alone if it does not answer.
-namespace SessionBus {
+/// A bus that is absent or silent is looked for again, with growing pauses, as long as somebody listens or
+/// something is to be sent. The log has one line for each time that it was missed.
+///
+/// Functions may be called from any thread. What they are given is called on the bus's thread, where it must
+/// not wait; a Mailbox brings it elsewhere.
+class SessionBus
+{
+public:
+    /// Signals on the bus; what is empty may be anything.
+    struct Signal
+    {
+        QString service;
+        QString path;
+        QString interfaceName;
+        QString name;
+        /// The first arguments, which have to be strings.
+        QStringList arguments = {};
+    };
+    using Received = std::function<void(const QDBusMessage &message)>;
+    using Changed = std::function<void(const std::optional<QDBusConnection> &connection)>;
 
-/// The address of a bus that does not exist, on which every connection attempt fails at once.
-inline const QString noBusAddress = QStringLiteral("disabled:");
+    /// A bus that is there answers within a millisecond or two; one that is asked is waited for so long.
+    static constexpr std::chrono::milliseconds answerTimeout{1000};
 
-/// The variable that carries the session bus's address.
-inline constexpr char addressVariable[] = "DBUS_SESSION_BUS_ADDRESS";
+    explicit SessionBus(QString address = BusProbe::address());
+    ~SessionBus();
+    SessionBus(const SessionBus &) = delete;
+    SessionBus &operator=(const SessionBus &) = delete;
 
-/// The session bus's address by the environment, with the runtime folder's `bus` as the default; never one
-/// that would start a bus.
-QString address();
+    /// Sends \a signal once there is a bus. Of equal ones that wait for it one is sent.
+    void send(const QDBusMessage &signal);
 
-enum class Answer {
-    Yes,
-    /// Nobody listens there, or refuses us; known at once.
-    Nobody,
-    /// Somebody took the connection, or might, and said nothing in time.
-    Silence,
+    /// Calls \a answered once, unless this object goes first, with the answer or an error. Without a bus, or
+    /// with one that is silent, that is an error, and \a message will not be sent.
+    void call(const QDBusMessage &message, std::chrono::milliseconds timeout, Received answered);
+
+    /// Calls \a received for each such signal from now on, whenever there is a bus.
+    void listen(const Signal &signal, Received received);
+
+    /// Calls \a changed as soon as it is known whether there is a bus, and then each time it comes or goes:
+    /// with the connection, once the bus knows of everything listened for, or with none.
+    void watch(Changed changed);
+
+    /// The same with \a changed called when the owner of the service \a name may be another, or none.
+    void watchOwner(const QString &name, const std::function<void()> &changed);
+
+    /// Waits until the bus has taken everything sent, and knows of everything listened for, so far; false if
+    /// it had not within \a timeout.
+    bool flush(std::chrono::milliseconds timeout = answerTimeout);
+
+    /// Gives what was sent, and calls that are not answered, a moment; then gives them up, and ends the
+    /// thread. From now on nothing is sent, and nobody is called. The destructor does the same.
+    void close();
+
+private:
+    class Private;
+    std::unique_ptr<Private> d_;
 };
-
-/// Connects, authenticates and says hello; at most \a timeout altogether. Only Unix sockets are tried.
-Answer ask(const QString &address, std::chrono::milliseconds timeout);
-
-/// Takes a bus that does not answer within \a timeout out of the environment, before any library meets it:
-/// some wait half a minute for it, and some start a bus where there is none. Whether a bus is left.
-bool keepIfItAnswers(std::chrono::milliseconds timeout);
-
-} // namespace SessionBus

@@ -7,6 +7,7 @@
 #include "Platform/DistributedNotificationCenter.h"
 #include "Platform/FileViewer.h"
 #include "Platform/ProcessTable.h"
+#include "Platform/SessionBus.h"
 #include "Platform/Workspace.h"
 #include "Shared/Source/QNBShared.h"
 #include "Source/HJSLoginItemController.h"
@@ -35,8 +36,9 @@ QString folderForRecovery()
 
 QNBPrefPanePref::Services QNBPrefPanePref::Services::standard()
 {
-    const auto center = std::make_shared<DistributedNotificationCenter>();
-    const auto fileViewer = std::make_shared<FileViewer>();
+    const auto bus = std::make_shared<SessionBus>();
+    const auto center = std::make_shared<DistributedNotificationCenter>(bus);
+    const auto fileViewer = std::make_shared<FileViewer>(bus);
     return {
         .preferences = std::make_unique<Preferences>(QNBProductIdentifier()),
         .postNotificationName = [center](const QString &name) { center->postNotificationName(name); },

@@ -69,8 +69,9 @@ QString text(const CreationOrder &order, const CreationReport &report)
 
 } // namespace
 
-CreationNotices::CreationNotices(UndoHandler undo)
+CreationNotices::CreationNotices(std::shared_ptr<SessionBus> bus, UndoHandler undo)
     : undo_(std::move(undo))
+    , notifications_(std::move(bus))
 {
 }
 

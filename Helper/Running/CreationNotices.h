@@ -19,7 +19,7 @@ public:
     using UndoHandler = std::function<void(const std::shared_ptr<CreationReport> &report)>;
 
     /// \a undo is called when the user chooses to undo a creation in its notice.
-    explicit CreationNotices(UndoHandler undo);
+    CreationNotices(std::shared_ptr<SessionBus> bus, UndoHandler undo);
 
     void show(const CreationOrder &order, const std::shared_ptr<CreationReport> &report);
     void show(const UndoReport &report);

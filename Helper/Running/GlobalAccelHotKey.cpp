@@ -7,7 +7,6 @@
 
 #include <QCoreApplication>
 #include <QDBusArgument>
-#include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusMetaType>
 #include <QDBusPendingCallWatcher>
@@ -87,8 +86,9 @@ QDBusMessage message(const QString &method, const QVariantList &arguments)
 
 } // namespace
 
-GlobalAccelHotKey::GlobalAccelHotKey(Handlers handlers)
-    : handlers_(std::move(handlers))
+GlobalAccelHotKey::GlobalAccelHotKey(QDBusConnection bus, Handlers handlers)
+    : bus_(std::move(bus))
+    , handlers_(std::move(handlers))
 {
     qDBusRegisterMetaType<GlobalAccelKeys>();
     qDBusRegisterMetaType<QList<GlobalAccelKeys>>();
@@ -97,8 +97,7 @@ GlobalAccelHotKey::GlobalAccelHotKey(Handlers handlers)
 GlobalAccelHotKey::~GlobalAccelHotKey()
 {
     if (isRegistered_)
-        QDBusConnection::sessionBus().send(
-            message(QStringLiteral("unregister"), {componentName, actionName}));
+        bus_.send(message(QStringLiteral("unregister"), {componentName, actionName}));
 }
 
 QString GlobalAccelHotKey::name() const
@@ -110,8 +109,8 @@ void GlobalAccelHotKey::grab(const KeyCombo &combo)
 {
     combo_ = combo;
     // Of whatever object of the service, which gives the component one of its own; of no other program.
-    QDBusConnection::sessionBus().connect(service, QString(), componentInterface, pressedSignal, this,
-                                          SLOT(pressed(QString, QString, qlonglong)));
+    bus_.connect(service, QString(), componentInterface, pressedSignal, this,
+                 SLOT(pressed(QString, QString, qlonglong)));
     call(QStringLiteral("doRegister"), {actionId()}, [this](const QDBusMessage &) {
         isRegistered_ = true;
         setKeys([this](bool isSet) {
@@ -164,8 +163,8 @@ void GlobalAccelHotKey::setKeys(const std::function<void(bool isSet)> &then)
 void GlobalAccelHotKey::call(const QString &method, const QVariantList &arguments,
                              const std::function<void(const QDBusMessage &reply)> &then)
 {
-    auto *watcher = new QDBusPendingCallWatcher(
-        QDBusConnection::sessionBus().asyncCall(message(method, arguments), answerTimeout), this);
+    auto *watcher =
+        new QDBusPendingCallWatcher(bus_.asyncCall(message(method, arguments), answerTimeout), this);
     connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher, then] {
         watcher->deleteLater();
         if (watcher->isError()) {

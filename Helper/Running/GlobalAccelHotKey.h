@@ -5,6 +5,7 @@
 
 #include "Helper/Running/HotKey.h"
 
+#include <QDBusConnection>
 #include <QList>
 #include <QObject>
 
@@ -15,7 +16,7 @@ class GlobalAccelHotKey : public QObject, public HotKey
     Q_OBJECT
 
 public:
-    explicit GlobalAccelHotKey(Handlers handlers);
+    GlobalAccelHotKey(QDBusConnection bus, Handlers handlers);
     ~GlobalAccelHotKey() override;
 
     QString name() const override;
@@ -32,6 +33,7 @@ private:
     void call(const QString &method, const QVariantList &arguments,
               const std::function<void(const class QDBusMessage &reply)> &then);
 
+    QDBusConnection bus_;
     const Handlers handlers_;
     KeyCombo combo_;
     /// Those that it was asked for last.

@@ -11,12 +11,12 @@
 #include "Platform/DesktopFolders.h"
 #include "Platform/LineText.h"
 
-#include <QCoreApplication>
+#include <QApplication>
 #include <QCursor>
-#include <QDBusConnection>
 #include <QDir>
 #include <QFileDialog>
 #include <QLoggingCategory>
+#include <QMenu>
 
 #include <algorithm>
 #include <chrono>
@@ -32,8 +32,8 @@ Q_LOGGING_CATEGORY(lcSession, "quenby.helper.session")
 constexpr auto reloadDelay = 100ms;
 /// Changes that never cease are waited for no longer than this.
 constexpr auto longestReloadDelay = 1000ms;
-/// For the bus to know, before the settings are read, that we listen for their changes.
-constexpr auto listenTimeout = 500ms;
+/// Until it is looked again whether nothing is being done.
+constexpr auto idlePause = 1000ms;
 
 QString translated(const char *text)
 {
@@ -61,8 +61,9 @@ QList<CreationOrder> ordersIn(const QStringList &folders, qsizetype place, const
 
 } // namespace
 
-HelperSession::HelperSession(bool hasBus)
-    : hasBus_(hasBus)
+HelperSession::HelperSession(std::shared_ptr<SessionBus> bus, SingleInstance &instance)
+    : bus_(std::move(bus))
+    , instance_(instance)
     , folders_(DesktopFolders::stateFolder())
     , worker_(CreationWorker::Handlers{
           .begun = [this](const CreationOrder &order) { panel_.begin(order); },
@@ -86,8 +87,9 @@ HelperSession::HelperSession(bool hasBus)
               },
       })
     , panel_([this] { return worker_->progress(); }, [this] { worker_->cancel(); })
-    , notices_([this](const std::shared_ptr<CreationReport> &report) { worker_->undo(report); })
-    , hotKeys_(hasBus, [this] { popUpMenu(); })
+    , notices_(bus_, [this](const std::shared_ptr<CreationReport> &report) { worker_->undo(report); })
+    , notificationCenter_(bus_)
+    , hotKeys_([this] { popUpMenu(); })
 {
     reloadTimer_.setSingleShot(true);
     reloadTimer_.setInterval(reloadDelay);
@@ -98,28 +100,60 @@ HelperSession::~HelperSession() = default;
 
 void HelperSession::start()
 {
-    notificationCenter_.emplace();
-    notificationCenter_->addObserver(QNBPresetConfigurationChangedNotification,
-                                     [this] { settingsChanged(); });
-    notificationCenter_->addObserver(QNBHotKeyIsBeingRecordedNotification,
-                                     [this] { hotKeys_.pause(3 * QNBHotKeyRecordingInterval); });
-    notificationCenter_->addObserver(QNBHotKeyRecordingEndedNotification, [this] { hotKeys_.resume(); });
-    if (hasBus_ && !notificationCenter_->flush(listenTimeout))
-        qCWarning(lcSession) << "changes of the presets may not be heard of";
-    reload();
-    if (hasBus_)
-        object_.emplace(QDBusConnection::sessionBus(),
-                        HelperObject::Handlers{
-                            .understand = ordersFor,
-                            .give = [this](const QList<CreationOrder> &orders) { return createAll(orders); },
-                            .showMenu = [this](const QStringList &folders) { return showMenu(folders); },
-                        });
-    trayWatch_.emplace(hasBus_, [this](TrayWatch::Tray tray) {
+    notificationCenter_.addObserver(QNBPresetConfigurationChangedNotification, [this] { settingsChanged(); });
+    notificationCenter_.addObserver(QNBHotKeyIsBeingRecordedNotification,
+                                    [this] { hotKeys_.pause(3 * QNBHotKeyRecordingInterval); });
+    notificationCenter_.addObserver(QNBHotKeyRecordingEndedNotification, [this] { hotKeys_.resume(); });
+    bus_->watch(mailbox_.bound<const std::optional<QDBusConnection> &>(
+        [this](const std::optional<QDBusConnection> &connection) { busChanged(connection); }));
+    trayWatch_.emplace(bus_, [this](TrayWatch::Tray tray) {
         tray_ = tray;
         updateTray();
     });
     if (const QStringList news = newsOfInterruptedCreations(); !news.isEmpty())
         notices_.showProblem(translated("A creation was interrupted"), news.join(u'\n'));
+}
+
+void HelperSession::busChanged(const std::optional<QDBusConnection> &connection)
+{
+    object_.reset();
+    if (isQuitting_)
+        return;
+    if (connection && !BusProbe::libraryHasBus()) {
+        beginAnew();
+        return;
+    }
+    hotKeys_.setBus(connection);
+    // The bus knows by now that we listen for changes; there may have been some before.
+    if (connection || !hasRead_)
+        reload();
+    if (!connection)
+        return;
+    object_.emplace(*connection,
+                    HelperObject::Handlers{
+                        .understand = ordersFor,
+                        .give = [this](const QList<CreationOrder> &orders) { return createAll(orders); },
+                        .showMenu = [this](const QStringList &folders) { return showMenu(folders); },
+                    });
+    instance_.claimName([this] { quit(); });
+}
+
+void HelperSession::beginAnew()
+{
+    const QWidgetList windows = QApplication::topLevelWidgets();
+    const bool isUsed = std::any_of(windows.cbegin(), windows.cend(), [](const QWidget *window) {
+        return window->isVisible() &&
+               (qobject_cast<const QDialog *>(window) || qobject_cast<const QMenu *>(window));
+    });
+    if (isUsed || worker_->isBusy()) {
+        QTimer::singleShot(idlePause, this, &HelperSession::beginAnew);
+        return;
+    }
+    if (isQuitting_)
+        return;
+    qCInfo(lcSession) << "there is a session bus now: beginning anew";
+    isQuitting_ = true;
+    QCoreApplication::exit(beginAnewCode);
 }
 
 void HelperSession::quit()
@@ -137,7 +171,7 @@ void HelperSession::leave()
 {
     isQuitting_ = true;
     object_.reset();
-    notificationCenter_.reset();
+    bus_->close();
     worker_.reset();
 }
 
@@ -150,6 +184,7 @@ void HelperSession::settingsChanged()
 
 void HelperSession::reload()
 {
+    hasRead_ = true;
     const Result<QNBSettings> settings = readSettings();
     if (!settings) {
         // The menus keep what they have. Told once: further changes may find the same.

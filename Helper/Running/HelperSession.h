@@ -12,10 +12,13 @@
 #include "Helper/Running/HotKeys.h"
 #include "Helper/Running/PresetMenu.h"
 #include "Helper/Running/RecentFolders.h"
+#include "Helper/Running/SingleInstance.h"
 #include "Helper/Running/TrayIcon.h"
 #include "Helper/Running/TrayWatch.h"
 #include "Platform/DistributedNotificationCenter.h"
+#include "Platform/SessionBus.h"
 
+#include <QDBusConnection>
 #include <QDeadlineTimer>
 #include <QObject>
 #include <QPointer>
@@ -29,8 +32,11 @@
 class HelperSession : public QObject
 {
 public:
-    /// The session bus is used if \a hasBus.
-    explicit HelperSession(bool hasBus);
+    /// What the event loop ends with if the process is to begin anew: Qt's own part in the tray knows one
+    /// session bus only, the one that was there when the process started.
+    static constexpr int beginAnewCode = 100;
+
+    HelperSession(std::shared_ptr<SessionBus> bus, SingleInstance &instance);
     ~HelperSession() override;
 
     void start();
@@ -40,6 +46,8 @@ public:
     void leave();
 
 private:
+    void busChanged(const std::optional<QDBusConnection> &connection);
+    void beginAnew();
     void reload();
     void updateTray();
     void fill(PresetMenu &menu) const;
@@ -62,8 +70,10 @@ private:
     void askAboutScript(const CreationOrder &order, const Script &script);
     void openPane();
 
-    const bool hasBus_;
+    const std::shared_ptr<SessionBus> bus_;
+    SingleInstance &instance_;
     bool isQuitting_ = false;
+    bool hasRead_ = false;
     RecentFolders folders_;
     QStringList labels_;
     bool showsInTray_ = false;
@@ -76,7 +86,7 @@ private:
     /// Of a burst of changes the last one is read; of one without an end, one now and then.
     QTimer reloadTimer_;
     QDeadlineTimer latestReload_;
-    std::optional<DistributedNotificationCenter> notificationCenter_;
+    DistributedNotificationCenter notificationCenter_;
     std::optional<HelperObject> object_;
     HotKeys hotKeys_;
     /// For the hot key.
@@ -88,4 +98,5 @@ private:
     std::optional<TrayWatch> trayWatch_;
     std::optional<PresetMenu> trayMenu_;
     std::optional<TrayIcon> trayIcon_;
+    const Mailbox mailbox_;
 };

@@ -8,7 +8,6 @@
 #include "Helper/Running/X11HotKey.h"
 #include "Helper/Running/XConnection.h"
 
-#include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
@@ -29,9 +28,8 @@ const QString globalAccelService = QStringLiteral("org.kde.kglobalaccel");
 
 } // namespace
 
-HotKeys::HotKeys(bool hasBus, std::function<void()> pressed)
-    : hasBus_(hasBus)
-    , pressed_(std::move(pressed))
+HotKeys::HotKeys(std::function<void()> pressed)
+    : pressed_(std::move(pressed))
     , keyboardWatch_([this] {
         if (hotKey_)
             hotKey_->keyboardChanged();
@@ -43,11 +41,23 @@ HotKeys::HotKeys(bool hasBus, std::function<void()> pressed)
 
 HotKeys::~HotKeys() = default;
 
+void HotKeys::setBus(const std::optional<QDBusConnection> &bus)
+{
+    bus_ = bus;
+    if (!combo_.isEmpty())
+        askAnew();
+}
+
 void HotKeys::set(const KeyCombo &combo)
 {
     if (combo == combo_)
         return;
     combo_ = combo;
+    askAnew();
+}
+
+void HotKeys::askAnew()
+{
     letGo();
     if (!pause_.isActive())
         start();
@@ -113,13 +123,13 @@ void HotKeys::tryWay(Way way)
 {
     switch (way) {
     case Way::GlobalAccel:
-        if (hasBus_)
+        if (bus_)
             askForGlobalAccel();
         else
             tryWay(Way::X11);
         break;
     case Way::Portal:
-        if (hasBus_ && QGuiApplication::platformName().startsWith(waylandPlatform))
+        if (bus_ && QGuiApplication::platformName().startsWith(waylandPlatform))
             grabBy(Way::Portal);
         else
             tryWay(Way::X11);
@@ -141,7 +151,7 @@ void HotKeys::askForGlobalAccel()
     QDBusMessage question =
         QDBusMessage::createMethodCall(busService, busPath, busService, QStringLiteral("NameHasOwner"));
     question << globalAccelService;
-    auto *answer = new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(question), this);
+    auto *answer = new QDBusPendingCallWatcher(bus_->asyncCall(question), this);
     connect(answer, &QDBusPendingCallWatcher::finished, this, [this, answer, generation = generation_] {
         answer->deleteLater();
         const QDBusPendingReply<bool> isOwned = *answer;
@@ -176,9 +186,9 @@ void HotKeys::grabBy(Way way)
             },
     };
     if (way == Way::GlobalAccel)
-        hotKey_ = std::make_unique<GlobalAccelHotKey>(std::move(handlers));
+        hotKey_ = std::make_unique<GlobalAccelHotKey>(*bus_, std::move(handlers));
     else if (way == Way::Portal)
-        hotKey_ = std::make_unique<PortalHotKey>(QDBusConnection::sessionBus(), std::move(handlers));
+        hotKey_ = std::make_unique<PortalHotKey>(*bus_, std::move(handlers));
     else
         hotKey_ = std::make_unique<X11HotKey>(std::move(handlers));
     way_ = way;

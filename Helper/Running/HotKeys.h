@@ -7,22 +7,25 @@
 #include "Helper/Running/X11KeyboardWatch.h"
 #include "Platform/KeyCodes.h"
 
+#include <QDBusConnection>
 #include <QObject>
 #include <QTimer>
 
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <optional>
 
 /// The user's hot key, by the first of the desktop's ways that takes it: the desktop's own hot keys, then its
 /// portal on Wayland, or a grab on an X screen. If none does there is no hot key, and the log says so.
 class HotKeys : public QObject
 {
 public:
-    /// The session bus is used if \a hasBus.
-    HotKeys(bool hasBus, std::function<void()> pressed);
+    explicit HotKeys(std::function<void()> pressed);
     ~HotKeys() override;
 
+    /// The session bus is used from now on, or is not; the hot key is asked for anew.
+    void setBus(const std::optional<QDBusConnection> &bus);
     /// Nothing is done if it is the one already.
     void set(const KeyCombo &combo);
     /// The combination is left to who records one, until resume() or for \a limit. A desktop that would ask
@@ -34,6 +37,7 @@ private:
     enum class Way { GlobalAccel, Portal, X11, None };
 
     static Way nextAfter(Way way);
+    void askAnew();
     void start();
     void letGo();
     void takeUpAgain();
@@ -41,8 +45,8 @@ private:
     void askForGlobalAccel();
     void grabBy(Way way);
 
-    const bool hasBus_;
     const std::function<void()> pressed_;
+    std::optional<QDBusConnection> bus_;
     KeyCombo combo_;
     /// Of the settings, to tell answers to earlier ones.
     int generation_ = 0;

@@ -21,6 +21,7 @@
 
 #include <chrono>
 #include <cstdlib>
+#include <memory>
 #include <optional>
 
 using namespace std::chrono_literals;
@@ -29,8 +30,6 @@ namespace {
 
 Q_LOGGING_CATEGORY(lcRunning, "quenby.helper")
 
-/// A bus that is there answers within a millisecond or two.
-constexpr auto busTimeout = 1000ms;
 /// To undo takes less than to create.
 constexpr auto exitLimit = 60s;
 
@@ -51,9 +50,9 @@ void followWithLoginItem()
 int runHelper(QApplication &application)
 {
     TerminationSignals signals;
-    const bool hasBus = SessionBus::keepIfItAnswers(busTimeout);
-    SingleInstance instance;
-    if (!instance.acquire(DesktopFolders::runtimeDirectory(), hasBus))
+    const auto bus = std::make_shared<SessionBus>();
+    SingleInstance instance(bus);
+    if (!instance.acquire(DesktopFolders::runtimeDirectory()))
         return EXIT_SUCCESS;
 
     QApplication::setQuitOnLastWindowClosed(false);
@@ -64,7 +63,7 @@ int runHelper(QApplication &application)
         Qt::DirectConnection);
 
     followWithLoginItem();
-    HelperSession session(hasBus);
+    HelperSession session(bus, instance);
     session.start();
     signals.handleWith([&] {
         // The next one need not wait for what is undone meanwhile.

@@ -6,8 +6,8 @@
 class QApplication;
 
 /// The helper as it runs in the background: the presets in the tray and under the hot key, the settings as
-/// they change, orders from other programs. Returns what the process ends with, at once if another one runs.
+/// they change, orders from other programs. Returns what the process ends with, at once if another one runs;
+/// or HelperSession::beginAnewCode.
 ///
-/// Before the application is made, a session bus that does not answer has to be out of the environment
-/// (SessionBus::keepIfItAnswers()).
+/// BusProbe::keepLibraryFromWaiting() has to be called before the application is made.
 int runHelper(QApplication &application);

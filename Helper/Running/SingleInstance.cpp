@@ -5,8 +5,9 @@
 
 #include "Helper/HelperService.h"
 #include "Platform/FileLayer.h"
+#include "Platform/SessionBus.h"
 
-#include <QDBusConnection>
+#include <QDBusMessage>
 #include <QLoggingCategory>
 
 #include <utility>
@@ -17,38 +18,60 @@ Q_LOGGING_CATEGORY(lcInstance, "quenby.helper.instance")
 
 const QString lockName = QStringLiteral("/quenby-helper.lock");
 
+/// What the bus is asked for with a name, and what it answers.
+constexpr uint doNotQueue = 4;
+constexpr uint isOwner = 1;
+constexpr uint wasOwner = 4;
+
+QDBusMessage busCall(const QString &method)
+{
+    const QString bus = QStringLiteral("org.freedesktop.DBus");
+    return QDBusMessage::createMethodCall(bus, QStringLiteral("/org/freedesktop/DBus"), bus, method);
+}
+
 } // namespace
+
+SingleInstance::SingleInstance(std::shared_ptr<SessionBus> bus)
+    : bus_(std::move(bus))
+{
+}
 
 SingleInstance::~SingleInstance()
 {
     release();
 }
 
-bool SingleInstance::acquire(const QString &runtimeFolder, bool hasBus)
+bool SingleInstance::acquire(const QString &runtimeFolder)
 {
-    if (!runtimeFolder.isEmpty()) {
-        QString error;
-        constexpr int withoutWaiting = 0;
-        std::optional<FileLock> lock =
-            FileLock::acquire(FileLayer::real(), runtimeFolder + lockName, withoutWaiting, &error);
-        if (!lock) {
-            qCInfo(lcInstance) << "another helper runs:" << error;
-            return false;
-        }
-        lock_.emplace(std::move(*lock));
-    }
-    if (!hasBus)
+    if (runtimeFolder.isEmpty())
         return true;
-    hasName_ = QDBusConnection::sessionBus().registerService(HelperService::name);
-    if (!hasName_)
-        qCInfo(lcInstance) << "another helper runs on the session bus";
-    return hasName_;
+    QString error;
+    constexpr int withoutWaiting = 0;
+    std::optional<FileLock> lock =
+        FileLock::acquire(FileLayer::real(), runtimeFolder + lockName, withoutWaiting, &error);
+    if (lock)
+        lock_.emplace(std::move(*lock));
+    else
+        qCInfo(lcInstance) << "another helper runs:" << error;
+    return lock_.has_value();
+}
+
+void SingleInstance::claimName(const std::function<void()> &isTaken)
+{
+    bus_->call(busCall(QStringLiteral("RequestName")) << HelperService::name << doNotQueue,
+               SessionBus::answerTimeout,
+               mailbox_.bound<const QDBusMessage &>([isTaken](const QDBusMessage &reply) {
+                   const uint answer = reply.arguments().value(0).toUInt();
+                   if (reply.type() == QDBusMessage::ErrorMessage || answer == isOwner || answer == wasOwner)
+                       return;
+                   qCInfo(lcInstance) << "another helper runs on the session bus";
+                   isTaken();
+               }));
 }
 
 void SingleInstance::release()
 {
-    if (hasName_)
-        QDBusConnection::sessionBus().unregisterService(HelperService::name);
-    hasName_ = false;
+    bus_->call(busCall(QStringLiteral("ReleaseName")) << HelperService::name, SessionBus::answerTimeout,
+               [](const QDBusMessage &) {});
     lock_.reset();
 }

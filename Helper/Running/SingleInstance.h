@@ -4,29 +4,36 @@
 #pragma once
 
 #include "Platform/FileLock.h"
+#include "Platform/Mailbox.h"
 
 #include <QString>
 
+#include <functional>
+#include <memory>
 #include <optional>
 
+class SessionBus;
+
 /// Sees to it that one helper runs for each user: by a lock in the runtime folder, and by the helper's name
-/// on the session bus where there is one. Each alone would do; a second helper may have come to know only one
+/// on the session bus once there is one. Each alone would do; a second helper may have come to know only one
 /// of them.
 class SingleInstance
 {
 public:
-    SingleInstance() = default;
+    explicit SingleInstance(std::shared_ptr<SessionBus> bus);
     ~SingleInstance();
     SingleInstance(const SingleInstance &) = delete;
     SingleInstance &operator=(const SingleInstance &) = delete;
 
-    /// Whether this is the one; it stays so until release(). \a runtimeFolder may be empty. The session bus
-    /// is used if \a hasBus.
-    bool acquire(const QString &runtimeFolder, bool hasBus);
+    /// Whether this is the one by the lock; it stays so until release(). \a runtimeFolder may be empty.
+    bool acquire(const QString &runtimeFolder);
+    /// Takes the name on the bus. Calls \a isTaken, on the event loop, if another helper has it.
+    void claimName(const std::function<void()> &isTaken);
     /// From now on another one may start.
     void release();
 
 private:
+    const std::shared_ptr<SessionBus> bus_;
     std::optional<FileLock> lock_;
-    bool hasName_ = false;
+    const Mailbox mailbox_;
 };

@@ -4,13 +4,10 @@
 #include "Helper/Running/TrayWatch.h"
 
 #include "Helper/Running/XConnection.h"
+#include "Platform/SessionBus.h"
 
 #include <QCoreApplication>
-#include <QDBusConnection>
 #include <QDBusMessage>
-#include <QDBusPendingCallWatcher>
-#include <QDBusPendingReply>
-#include <QDBusServiceWatcher>
 #include <QDBusVariant>
 
 #include <cstdlib>
@@ -21,24 +18,21 @@ namespace {
 const QString watcherService = QStringLiteral("org.kde.StatusNotifierWatcher");
 const QString watcherPath = QStringLiteral("/StatusNotifierWatcher");
 const QString hostProperty = QStringLiteral("IsStatusNotifierHostRegistered");
+/// The desktop may be starting.
+constexpr std::chrono::seconds answerTimeout(25);
 const QString hostSignal = QStringLiteral("StatusNotifierHostRegistered");
 
 } // namespace
 
-TrayWatch::TrayWatch(bool hasBus, std::function<void(Tray tray)> appeared)
-    : appeared_(std::move(appeared))
+TrayWatch::TrayWatch(std::shared_ptr<SessionBus> bus, std::function<void(Tray tray)> appeared)
+    : bus_(std::move(bus))
+    , appeared_(std::move(appeared))
 {
     if (XConnection::get())
         watchScreen();
-    if (!hasBus) {
-        lookAtScreen();
-        return;
-    }
-    QDBusConnection bus = QDBusConnection::sessionBus();
-    watcher_ = new QDBusServiceWatcher(watcherService, bus, QDBusServiceWatcher::WatchForRegistration, this);
-    connect(watcher_, &QDBusServiceWatcher::serviceRegistered, this, &TrayWatch::askWatcher);
-    bus.connect(watcherService, watcherPath, watcherService, hostSignal, this, SLOT(askWatcher()));
-    askWatcher();
+    bus_->listen({watcherService, watcherPath, watcherService, hostSignal},
+                 mailbox_.bound<const QDBusMessage &>([this](const QDBusMessage &) { askWatcher(); }));
+    bus_->watchOwner(watcherService, mailbox_.bound<>([this] { askWatcher(); }));
 }
 
 TrayWatch::~TrayWatch()
@@ -56,15 +50,13 @@ void TrayWatch::askWatcher()
                                                            QStringLiteral("Get"));
     question << watcherService << hostProperty;
     question.setAutoStartService(false);
-    auto *answer = new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(question), this);
-    connect(answer, &QDBusPendingCallWatcher::finished, this, [this, answer] {
-        answer->deleteLater();
-        const QDBusPendingReply<QDBusVariant> reply = *answer;
-        if (!reply.isError() && reply.value().variant().toBool())
-            appear(Tray::OnBus);
-        else
-            lookAtScreen();
-    });
+    bus_->call(question, answerTimeout,
+               mailbox_.bound<const QDBusMessage &>([this](const QDBusMessage &reply) {
+                   if (qvariant_cast<QDBusVariant>(reply.arguments().value(0)).variant().toBool())
+                       appear(Tray::OnBus);
+                   else
+                       lookAtScreen();
+               }));
 }
 
 void TrayWatch::watchScreen()

@@ -3,6 +3,8 @@
 
 #pragma once
 
+#include "Platform/Mailbox.h"
+
 #include <QAbstractNativeEventFilter>
 #include <QObject>
 
@@ -10,9 +12,7 @@
 #include <memory>
 #include <optional>
 
-QT_BEGIN_NAMESPACE
-class QDBusServiceWatcher;
-QT_END_NAMESPACE
+class SessionBus;
 
 /// Waits for the desktop to have a tray: a StatusNotifierWatcher with a host on the session bus, or the owner
 /// of the system tray's selection on an X screen.
@@ -21,28 +21,25 @@ QT_END_NAMESPACE
 /// asked before there is a tray, and one that answers.
 class TrayWatch : public QObject, private QAbstractNativeEventFilter
 {
-    Q_OBJECT
-
 public:
     enum class Tray { OnBus, OnScreen };
 
-    /// Calls \a appeared once, from the event loop. The session bus is used if \a hasBus.
-    TrayWatch(bool hasBus, std::function<void(Tray tray)> appeared);
+    /// Calls \a appeared once, from the event loop.
+    TrayWatch(std::shared_ptr<SessionBus> bus, std::function<void(Tray tray)> appeared);
     ~TrayWatch() override;
 
-private Q_SLOTS:
-    void askWatcher();
-
 private:
+    void askWatcher();
     bool nativeEventFilter(const QByteArray &eventType, void *message, qintptr *result) override;
     void watchScreen();
     void lookAtScreen();
     void appear(Tray tray);
 
+    const std::shared_ptr<SessionBus> bus_;
     std::function<void(Tray)> appeared_;
-    QDBusServiceWatcher *watcher_ = nullptr;
     /// Of the selection that the owner of the screen's tray holds, and of its announcement; 0 without a
     /// screen.
     quint32 selectionAtom_ = 0;
     quint32 managerAtom_ = 0;
+    const Mailbox mailbox_;
 };

@@ -3,6 +3,7 @@
 
 #include "Helper/Notifications.h"
 
+#include "Platform/SessionBus.h"
 #include "Tests/Helper/FakeDesktop.h"
 #include "Tests/Session/PrivateBus.h"
 #include "Tests/Session/SilentSocket.h"
@@ -39,7 +40,7 @@ protected:
 TEST_F(NotificationsTest, ShowsTextAndActions)
 {
     const FakeDesktop desktop(bus_.address(), {QStringLiteral("body"), QStringLiteral("actions")});
-    Notifications notifications(bus_.address());
+    Notifications notifications(std::make_shared<SessionBus>(bus_.address()));
     notifications.show(notice());
     EXPECT_TRUE(notifications.flush(longTime));
     ASSERT_EQ(desktop.shown().size(), 1);
@@ -53,7 +54,7 @@ TEST_F(NotificationsTest, ShowsTextAndActions)
 TEST_F(NotificationsTest, TextIsNoMarkup)
 {
     const FakeDesktop desktop(bus_.address(), {QStringLiteral("body-markup")});
-    Notifications notifications(bus_.address());
+    Notifications notifications(std::make_shared<SessionBus>(bus_.address()));
     notifications.show(notice());
     EXPECT_TRUE(notifications.flush(longTime));
     ASSERT_EQ(desktop.shown().size(), 1);
@@ -63,7 +64,7 @@ TEST_F(NotificationsTest, TextIsNoMarkup)
 TEST_F(NotificationsTest, EveryCharacterIsShown)
 {
     const FakeDesktop desktop(bus_.address(), {QStringLiteral("body")});
-    Notifications notifications(bus_.address());
+    Notifications notifications(std::make_shared<SessionBus>(bus_.address()));
     notifications.show({QStringLiteral("\u202Etitle\n"), QStringLiteral("one\ntwo\u009B\u200B")});
     EXPECT_TRUE(notifications.flush(longTime));
     ASSERT_EQ(desktop.shown().size(), 1);
@@ -74,7 +75,7 @@ TEST_F(NotificationsTest, EveryCharacterIsShown)
 TEST_F(NotificationsTest, ADesktopWithoutActionsGetsNone)
 {
     const FakeDesktop desktop(bus_.address(), {QStringLiteral("body")});
-    Notifications notifications(bus_.address());
+    Notifications notifications(std::make_shared<SessionBus>(bus_.address()));
     notifications.show(notice());
     EXPECT_TRUE(notifications.flush(longTime));
     ASSERT_EQ(desktop.shown().size(), 1);
@@ -84,7 +85,7 @@ TEST_F(NotificationsTest, ADesktopWithoutActionsGetsNone)
 TEST_F(NotificationsTest, TellsWhichActionWasChosenOfWhichNotice)
 {
     FakeDesktop desktop(bus_.address(), {QStringLiteral("actions")});
-    Notifications notifications(bus_.address());
+    Notifications notifications(std::make_shared<SessionBus>(bus_.address()));
     Notifications::Notice other = notice();
     other.handler = [this](const QString &key) { chosen_.append(QStringLiteral("other ") + key); };
     notifications.show(notice());
@@ -101,7 +102,7 @@ TEST_F(NotificationsTest, TellsWhichActionWasChosenOfWhichNotice)
 TEST_F(NotificationsTest, AClosedNoticeIsOver)
 {
     FakeDesktop desktop(bus_.address(), {QStringLiteral("actions")});
-    Notifications notifications(bus_.address());
+    Notifications notifications(std::make_shared<SessionBus>(bus_.address()));
     notifications.show(notice());
     notifications.show(notice());
     ASSERT_TRUE(notifications.flush(longTime));
@@ -116,7 +117,7 @@ TEST_F(NotificationsTest, AClosedNoticeIsOver)
 TEST_F(NotificationsTest, AnotherProgramCannotChoose)
 {
     FakeDesktop desktop(bus_.address(), {QStringLiteral("actions")});
-    Notifications notifications(bus_.address());
+    Notifications notifications(std::make_shared<SessionBus>(bus_.address()));
     notifications.show(notice());
     ASSERT_TRUE(notifications.flush(longTime));
     ChildProcess stranger(QStringLiteral("dbus-send"),
@@ -135,16 +136,16 @@ TEST_F(NotificationsTest, AnotherProgramCannotChoose)
 
 TEST_F(NotificationsTest, WithoutAnyoneToShowItNothingIsShown)
 {
-    Notifications withoutDesktop(bus_.address());
+    Notifications withoutDesktop(std::make_shared<SessionBus>(bus_.address()));
     withoutDesktop.show(notice());
     EXPECT_FALSE(withoutDesktop.flush(longTime));
 
-    Notifications withoutBus(SessionBus::noBusAddress);
+    Notifications withoutBus(std::make_shared<SessionBus>(BusProbe::noBusAddress));
     withoutBus.show(notice());
     EXPECT_FALSE(withoutBus.flush(longTime));
 
     const SilentSocket socket;
-    Notifications withSilence(socket.busAddress());
+    Notifications withSilence(std::make_shared<SessionBus>(socket.busAddress()));
     withSilence.show(notice());
     EXPECT_FALSE(withSilence.flush(longTime));
 }
@@ -152,7 +153,7 @@ TEST_F(NotificationsTest, WithoutAnyoneToShowItNothingIsShown)
 TEST_F(NotificationsTest, ADesktopThatRefusesIsAFailure)
 {
     const FakeDesktop desktop(bus_.address(), {}, FakeDesktop::Manner::Refusing);
-    Notifications notifications(bus_.address());
+    Notifications notifications(std::make_shared<SessionBus>(bus_.address()));
     notifications.show(notice());
     EXPECT_FALSE(notifications.flush(longTime));
 }
@@ -160,14 +161,14 @@ TEST_F(NotificationsTest, ADesktopThatRefusesIsAFailure)
 TEST_F(NotificationsTest, ASilentDesktopIsNotWaitedForLongerThanAsked)
 {
     const FakeDesktop desktop(bus_.address(), {}, FakeDesktop::Manner::Silent);
-    Notifications notifications(bus_.address());
+    Notifications notifications(std::make_shared<SessionBus>(bus_.address()));
     notifications.show(notice());
     EXPECT_FALSE(notifications.flush(50ms));
 }
 
 TEST_F(NotificationsTest, ShowsAgainAfterTheBusHasComeBack)
 {
-    Notifications notifications(bus_.address());
+    Notifications notifications(std::make_shared<SessionBus>(bus_.address()));
     {
         const FakeDesktop desktop(bus_.address(), {});
         notifications.show(notice());

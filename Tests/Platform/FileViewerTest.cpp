@@ -90,7 +90,7 @@ TEST_F(FileViewerTest, TheFileManagerIsToldToShowTheItem)
 {
     const PrivateBus bus;
     const FakeFileManager manager(bus, FakeFileManager::Manner::Helpful);
-    FileViewer viewer(bus.address());
+    FileViewer viewer(std::make_shared<SessionBus>(bus.address()));
     expectSelectedAtOnce(viewer);
     ASSERT_TRUE(waitUntil([&manager] { return !manager.calls().isEmpty(); }));
     EXPECT_EQ(manager.calls().constFirst(),
@@ -104,14 +104,14 @@ TEST_F(FileViewerTest, TheFileManagerIsToldToShowTheItem)
 TEST_F(FileViewerTest, WithoutAFileManagerOnTheBusTheFolderIsOpened)
 {
     const PrivateBus bus;
-    FileViewer viewer(bus.address());
+    FileViewer viewer(std::make_shared<SessionBus>(bus.address()));
     expectSelectedAtOnce(viewer);
     EXPECT_EQ(launcher.launched(), openedFolder());
 }
 
 TEST_F(FileViewerTest, AFolderIsOpenedItself)
 {
-    FileViewer viewer(SessionBus::noBusAddress);
+    FileViewer viewer(std::make_shared<SessionBus>(BusProbe::noBusAddress));
     EXPECT_TRUE(viewer.selectFile(folder.path()));
     EXPECT_EQ(launcher.launched(), openedFolder());
 }
@@ -119,7 +119,7 @@ TEST_F(FileViewerTest, AFolderIsOpenedItself)
 TEST_F(FileViewerTest, AnApplicationIsShownAndNeverStarted)
 {
     const TestApplication application(folder.filePath(QStringLiteral("Shown.app")));
-    FileViewer viewer(SessionBus::noBusAddress);
+    FileViewer viewer(std::make_shared<SessionBus>(BusProbe::noBusAddress));
     EXPECT_TRUE(viewer.selectFile(application.path()));
     EXPECT_EQ(launcher.launched(), "[file://" + application.path().toUtf8() + "]");
     EXPECT_FALSE(application.wasStarted());
@@ -127,7 +127,7 @@ TEST_F(FileViewerTest, AnApplicationIsShownAndNeverStarted)
 
 TEST_F(FileViewerTest, WithoutABusTheFolderIsOpened)
 {
-    FileViewer viewer(SessionBus::noBusAddress);
+    FileViewer viewer(std::make_shared<SessionBus>(BusProbe::noBusAddress));
     expectSelectedAtOnce(viewer);
     EXPECT_EQ(launcher.launched(), openedFolder());
 }
@@ -136,7 +136,7 @@ TEST_F(FileViewerTest, WithADeadBusTheFolderIsOpened)
 {
     PrivateBus bus;
     bus.kill();
-    FileViewer viewer(bus.address());
+    FileViewer viewer(std::make_shared<SessionBus>(bus.address()));
     expectSelectedAtOnce(viewer);
     EXPECT_EQ(launcher.launched(), openedFolder());
 }
@@ -144,7 +144,7 @@ TEST_F(FileViewerTest, WithADeadBusTheFolderIsOpened)
 TEST_F(FileViewerTest, WithASilentBusTheFolderIsOpened)
 {
     const SilentSocket bus;
-    FileViewer viewer(bus.busAddress());
+    FileViewer viewer(std::make_shared<SessionBus>(bus.busAddress()));
     expectSelectedAtOnce(viewer);
     EXPECT_EQ(launcher.launched(), openedFolder());
 }
@@ -153,7 +153,7 @@ TEST_F(FileViewerTest, WhenTheFileManagerRefusesTheFolderIsOpened)
 {
     const PrivateBus bus;
     const FakeFileManager manager(bus, FakeFileManager::Manner::Refusing);
-    FileViewer viewer(bus.address());
+    FileViewer viewer(std::make_shared<SessionBus>(bus.address()));
     expectSelectedAtOnce(viewer);
     EXPECT_EQ(launcher.launched(), openedFolder());
 }
@@ -162,7 +162,7 @@ TEST_F(FileViewerTest, WhenTheFileManagerSaysNothingTheFolderIsOpened)
 {
     const PrivateBus bus;
     const FakeFileManager manager(bus, FakeFileManager::Manner::Silent);
-    FileViewer viewer(bus.address(), 300ms);
+    FileViewer viewer(std::make_shared<SessionBus>(bus.address()), 300ms);
     expectSelectedAtOnce(viewer);
     EXPECT_EQ(launcher.launched(), openedFolder());
     EXPECT_EQ(manager.calls().size(), 1);
@@ -172,7 +172,7 @@ TEST_F(FileViewerTest, WhenTheBusDiesBeforeTheAnswerTheFolderIsOpened)
 {
     PrivateBus bus;
     const FakeFileManager manager(bus, FakeFileManager::Manner::Silent);
-    FileViewer viewer(bus.address());
+    FileViewer viewer(std::make_shared<SessionBus>(bus.address()));
     expectSelectedAtOnce(viewer);
     ASSERT_TRUE(waitUntil([&manager] { return !manager.calls().isEmpty(); }));
     bus.kill();
@@ -183,7 +183,7 @@ TEST_F(FileViewerTest, ABusThatComesBackIsUsedAgain)
 {
     PrivateBus bus;
     bus.kill();
-    FileViewer viewer(bus.address());
+    FileViewer viewer(std::make_shared<SessionBus>(bus.address()));
     expectSelectedAtOnce(viewer);
     ASSERT_EQ(launcher.launched(), openedFolder());
     bus.start();
@@ -198,7 +198,7 @@ TEST_F(FileViewerTest, LeavesASilentFileManagerBehind)
     const FakeFileManager manager(bus, FakeFileManager::Manner::Silent);
     QElapsedTimer time;
     {
-        FileViewer viewer(bus.address());
+        FileViewer viewer(std::make_shared<SessionBus>(bus.address()));
         expectSelectedAtOnce(viewer);
         ASSERT_TRUE(waitUntil([&manager] { return !manager.calls().isEmpty(); }));
         time.start();
@@ -210,7 +210,7 @@ TEST_F(FileViewerTest, NothingIsShownThatIsNotThere)
 {
     const PrivateBus bus;
     FakeFileManager manager(bus, FakeFileManager::Manner::Helpful);
-    FileViewer viewer(bus.address());
+    FileViewer viewer(std::make_shared<SessionBus>(bus.address()));
     EXPECT_FALSE(viewer.selectFile(folder.filePath(QStringLiteral("missing"))));
     EXPECT_FALSE(viewer.selectFile({}));
     EXPECT_TRUE(viewer.selectFile(path()));

@@ -3,141 +3,157 @@
 
 #include "Platform/SessionBus.h"
 
+#include "Platform/Mailbox.h"
+#include "Tests/Session/NotificationListener.h"
 #include "Tests/Session/PrivateBus.h"
-#include "Tests/Session/SilentSocket.h"
 
+#include <QDBusConnection>
+#include <QDBusMessage>
 #include <QElapsedTimer>
-#include <QTemporaryDir>
+#include <QThread>
 
-#include <cstring>
-#include <gtest/gtest.h>
-#include <sys/socket.h>
-#include <sys/un.h>
-#include <unistd.h>
+#include <csignal>
+#include <gmock/gmock.h>
+#include <memory>
 
 using namespace std::chrono_literals;
-using SessionBus::Answer;
+using ::testing::ElementsAre;
 
 namespace {
 
-class SessionBusAddressTest : public ::testing::Test
+constexpr auto longTime = 20s;
+const QString busName = QStringLiteral("org.freedesktop.DBus");
+const QString name = QStringLiteral("org.quenby.Test");
+
+QDBusMessage busCall(const QString &method)
+{
+    return QDBusMessage::createMethodCall(busName, QStringLiteral("/org/freedesktop/DBus"), busName, method);
+}
+
+QDBusMessage signal(const QString &member = QStringLiteral("Changed"))
+{
+    return QDBusMessage::createSignal(QStringLiteral("/org/quenby/DistributedNotificationCenter"),
+                                      QStringLiteral("org.quenby.DistributedNotificationCenter"), member);
+}
+
+/// A bus whose daemon can be stopped, and one who uses it.
+class SessionBusTest : public ::testing::Test
 {
 protected:
-    SessionBusAddressTest()
-        : address_(qgetenv(SessionBus::addressVariable))
-        , runtimeFolder_(qgetenv("XDG_RUNTIME_DIR"))
+    /// The answer to \a message; waits for it.
+    QDBusMessage answerTo(const QDBusMessage &message)
     {
+        const auto answer = std::make_shared<std::optional<QDBusMessage>>();
+        bus_.call(
+            message, longTime,
+            mailbox_.bound<const QDBusMessage &>([answer](const QDBusMessage &reply) { *answer = reply; }));
+        EXPECT_TRUE(waitUntil([&] { return answer->has_value(); }, longTime));
+        return answer->value_or(QDBusMessage());
     }
-    ~SessionBusAddressTest() override
-    {
-        qputenv(SessionBus::addressVariable, address_);
-        qputenv("XDG_RUNTIME_DIR", runtimeFolder_);
-    }
+    void stop() { daemon_.process().signal(SIGSTOP); }
+    void goOn() { daemon_.process().signal(SIGCONT); }
 
-private:
-    const QByteArray address_;
-    const QByteArray runtimeFolder_;
+    PrivateBus daemon_;
+    SessionBus bus_{daemon_.address()};
+    const Mailbox mailbox_;
 };
 
 } // namespace
 
-TEST_F(SessionBusAddressTest, IsWhatTheEnvironmentNames)
+TEST_F(SessionBusTest, WhatIsSentToABusThatIsStoppedIsSentOnceWhenItGoesOn)
 {
-    qputenv(SessionBus::addressVariable, "unix:path=/some/where");
-    EXPECT_EQ(SessionBus::address(), QStringLiteral("unix:path=/some/where"));
+    NotificationListener listener(daemon_.address());
+    stop();
+    bus_.send(signal());
+    bus_.send(signal());
+    EXPECT_FALSE(bus_.flush(2s));
+    goOn();
+    EXPECT_TRUE(waitUntil([&] { return listener.count("Changed") > 0; }, longTime));
+    bus_.send(signal(QStringLiteral("Last")));
+    EXPECT_TRUE(waitUntil([&] { return listener.count("Last") == 1; }, longTime));
+    EXPECT_EQ(listener.count("Changed"), 1);
 }
 
-TEST_F(SessionBusAddressTest, IsTheRuntimeFoldersBusByDefault)
+TEST_F(SessionBusTest, WhatIsSentToABusThatStopsWhileItIsUsedArrivesOnceItGoesOn)
 {
-    qunsetenv(SessionBus::addressVariable);
-    qputenv("XDG_RUNTIME_DIR", "/run/a b,c");
-    EXPECT_EQ(SessionBus::address(), QStringLiteral("unix:path=/run/a%20b%2Cc/bus"));
+    NotificationListener listener(daemon_.address());
+    ASSERT_TRUE(bus_.flush());
+    stop();
+    bus_.send(signal());
+    EXPECT_FALSE(bus_.flush());
+    goOn();
+    EXPECT_TRUE(waitUntil([&] { return listener.count("Changed") == 1; }, longTime));
 }
 
-TEST_F(SessionBusAddressTest, IsNoneWithoutEither)
+TEST_F(SessionBusTest, ACallToABusThatIsStoppedFailsAndIsNotMadeLater)
 {
-    qunsetenv(SessionBus::addressVariable);
-    qunsetenv("XDG_RUNTIME_DIR");
-    EXPECT_EQ(SessionBus::address(), SessionBus::noBusAddress);
-    EXPECT_EQ(SessionBus::ask(SessionBus::address(), 1s), Answer::Nobody);
+    stop();
+    QElapsedTimer time;
+    time.start();
+    EXPECT_EQ(answerTo(busCall(QStringLiteral("RequestName")) << name << 0U).type(),
+              QDBusMessage::ErrorMessage);
+    EXPECT_LT(time.elapsed(), 3000);
+    goOn();
+    const auto isOwned = [&] { return answerTo(busCall(QStringLiteral("NameHasOwner")) << name); };
+    QDBusMessage answer;
+    EXPECT_TRUE(waitUntil([&] { return (answer = isOwned()).type() == QDBusMessage::ReplyMessage; }));
+    EXPECT_FALSE(answer.arguments().value(0).toBool());
 }
 
-TEST_F(SessionBusAddressTest, OneThatAnswersIsKept)
+TEST_F(SessionBusTest, ACallThatIsNotAnsweredBeforeTheBusGoesFails)
 {
-    const PrivateBus bus;
-    qputenv(SessionBus::addressVariable, bus.address().toUtf8());
-    EXPECT_TRUE(SessionBus::keepIfItAnswers(5s));
-    EXPECT_EQ(SessionBus::address(), bus.address());
+    ASSERT_TRUE(bus_.flush());
+    stop();
+    int failures = 0;
+    bus_.call(busCall(QStringLiteral("GetId")), longTime,
+              mailbox_.bound<const QDBusMessage &>([&](const QDBusMessage &reply) {
+                  failures += reply.type() == QDBusMessage::ErrorMessage;
+              }));
+    daemon_.kill();
+    EXPECT_TRUE(waitUntil([&] { return failures == 1; }));
 }
 
-TEST_F(SessionBusAddressTest, OneThatIsSilentIsTakenAway)
+TEST_F(SessionBusTest, WhoWatchesIsToldThatItIsStoppedThenThereThenGoneThenThere)
 {
-    const SilentSocket silent;
-    qputenv(SessionBus::addressVariable, silent.busAddress().toUtf8());
-    EXPECT_FALSE(SessionBus::keepIfItAnswers(50ms));
-    EXPECT_EQ(SessionBus::address(), SessionBus::noBusAddress);
+    stop();
+    QList<bool> told;
+    bus_.watch(mailbox_.bound<const std::optional<QDBusConnection> &>(
+        [&](const std::optional<QDBusConnection> &connection) { told.append(connection.has_value()); }));
+    const auto waitFor = [&](qsizetype count) {
+        return waitUntil([&] { return told.size() == count; }, longTime);
+    };
+    EXPECT_TRUE(waitFor(1));
+    goOn();
+    EXPECT_TRUE(waitFor(2));
+    daemon_.kill();
+    EXPECT_TRUE(waitFor(3));
+    daemon_.start();
+    EXPECT_TRUE(waitFor(4));
+    EXPECT_THAT(told, ElementsAre(false, true, false, true));
 }
 
-TEST(SessionBusTest, ARunningBusAnswers)
+TEST_F(SessionBusTest, WhoWatchesAnOwnerIsToldWhenItChanges)
 {
-    const PrivateBus bus;
-    EXPECT_EQ(SessionBus::ask(bus.address(), 5s), Answer::Yes);
-    EXPECT_EQ(SessionBus::ask(bus.address() + QStringLiteral(",guid=0123"), 5s), Answer::Yes);
-}
-
-TEST(SessionBusTest, AnyOfSeveralAddressesWillDo)
-{
-    const PrivateBus bus;
+    int changes = 0;
+    bus_.watchOwner(name, mailbox_.bound<>([&] { ++changes; }));
+    EXPECT_TRUE(waitUntil([&] { return changes == 1; }));
     EXPECT_EQ(
-        SessionBus::ask(QStringLiteral("tcp:host=localhost;unix:path=/nowhere/bus;") + bus.address(), 5s),
-        Answer::Yes);
+        answerTo(busCall(QStringLiteral("RequestName")) << QStringLiteral("org.quenby.Other") << 0U).type(),
+        QDBusMessage::ReplyMessage);
+    EXPECT_EQ(answerTo(busCall(QStringLiteral("RequestName")) << name << 0U).type(),
+              QDBusMessage::ReplyMessage);
+    EXPECT_TRUE(waitUntil([&] { return changes == 2; }));
 }
 
-TEST(SessionBusTest, EscapesInAPathAreResolved)
+TEST_F(SessionBusTest, NoneOfItsFunctionsWaitsForABusThatIsStopped)
 {
-    const PrivateBus bus;
-    QString escaped = bus.address();
-    escaped.replace(QStringLiteral("/bus"), QStringLiteral("/%62us"));
-    EXPECT_EQ(SessionBus::ask(escaped, 5s), Answer::Yes);
-}
-
-TEST(SessionBusTest, NobodyListensOnAStaleSocket)
-{
-    PrivateBus bus;
-    bus.kill();
-    EXPECT_EQ(SessionBus::ask(bus.address(), 5s), Answer::Nobody);
-}
-
-TEST(SessionBusTest, ASilentSocketIsWaitedForUntilTheTimeout)
-{
-    const SilentSocket silent;
-    QElapsedTimer timer;
-    timer.start();
-    EXPECT_EQ(SessionBus::ask(silent.busAddress(), 100ms), Answer::Silence);
-    EXPECT_GE(timer.elapsed(), 99);
-    EXPECT_LT(timer.elapsed(), 1000);
-}
-
-TEST(SessionBusTest, AFullQueueOfConnectionsIsSilence)
-{
-    const QTemporaryDir folder;
-    sockaddr_un address = {};
-    address.sun_family = AF_UNIX;
-    const QByteArray path = folder.filePath(QStringLiteral("full")).toUtf8();
-    std::memcpy(address.sun_path, path.constData(), size_t(path.size()));
-    const int listening = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    ASSERT_EQ(::bind(listening, reinterpret_cast<const sockaddr *>(&address), sizeof address), 0);
-    ASSERT_EQ(::listen(listening, 0), 0);
-    const int occupying = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    ASSERT_EQ(::connect(occupying, reinterpret_cast<const sockaddr *>(&address), sizeof address), 0);
-
-    EXPECT_EQ(SessionBus::ask(QStringLiteral("unix:path=") + QString::fromUtf8(path), 100ms),
-              Answer::Silence);
-    ::close(occupying);
-    ::close(listening);
-}
-
-TEST(SessionBusTest, APathLongerThanASocketsNameIsNobody)
-{
-    EXPECT_EQ(SessionBus::ask(QStringLiteral("unix:path=/") + QString(200, u'x'), 5s), Answer::Nobody);
+    stop();
+    QElapsedTimer time;
+    time.start();
+    bus_.send(signal());
+    bus_.listen({{}, {}, {}, QStringLiteral("Changed")}, [](const QDBusMessage &) {});
+    bus_.watch([](const std::optional<QDBusConnection> &) {});
+    bus_.call(busCall(QStringLiteral("GetId")), longTime, [](const QDBusMessage &) {});
+    EXPECT_LT(time.elapsed(), 200);
+    goOn();
 }

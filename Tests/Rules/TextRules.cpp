@@ -105,6 +105,22 @@ QStringList TextRules::violationsOfWaiting(const SourceFile &file)
     return violations;
 }
 
+QStringList TextRules::violationsOfEnvironment(const SourceFile &file)
+{
+    const QStringList exceptions = {
+        // Qt takes the token of an activation from nowhere else; it is removed at once.
+        QStringLiteral("Host/HostWindow.cpp"),
+    };
+    if (!file.isCpp() || file.path.startsWith(u"Tests/") || file.path.startsWith(u"Benchmarks/") ||
+        exceptions.contains(file.path))
+        return {};
+    static const QRegularExpression pattern(
+        QStringLiteral("\\b(q?putenv|setenv|q?unsetenv|clearenv)\\s*\\("));
+    return linesThatMatch(file, pattern,
+                          QStringLiteral("Whatever the process starts inherits its environment: give a child "
+                                         "process one of its own"));
+}
+
 QStringList TextRules::violationsOfSkipping(const SourceFile &file)
 {
     if (!isTest(file))

@@ -20,6 +20,8 @@ QStringList violationsOfLength(const SourceFile &file);
 QStringList violationsOfLeftovers(const SourceFile &file);
 /// Waits for a length of time where a condition should be waited for, in tests.
 QStringList violationsOfWaiting(const SourceFile &file);
+/// Changes of the process's environment, which everything inherits that it starts; in the product.
+QStringList violationsOfEnvironment(const SourceFile &file);
 /// Tests that are switched off.
 QStringList violationsOfSkipping(const SourceFile &file);
 

@@ -58,6 +58,10 @@ TEST(TextRulesTest, TestsWaitForConditions)
 {
     expectHeld(TextRules::violationsOfWaiting);
 }
+TEST(TextRulesTest, TheEnvironmentIsLeftAlone)
+{
+    expectHeld(TextRules::violationsOfEnvironment);
+}
 TEST(TextRulesTest, NoTestIsSkipped)
 {
     expectHeld(TextRules::violationsOfSkipping);
@@ -125,6 +129,18 @@ TEST(TextRulesTest, BareWaitsAreCaught)
           "while (!QFile::exists(path))\n    QThread::msleep(5);", "until test -s socket; do\n    sleep 0.1"})
         EXPECT_THAT(TextRules::violationsOfWaiting(file("Tests/Host/A.cpp", wait)), IsEmpty()) << wait;
     EXPECT_THAT(TextRules::violationsOfWaiting(file("Source/TQProcess.cpp", "usleep(250000);")), IsEmpty());
+}
+
+TEST(TextRulesTest, ChangesOfTheEnvironmentAreCaught)
+{
+    for (const char *change : {"qputenv(\"A\", b);", "qunsetenv(name);", "::setenv(\"A\", \"b\", 1);",
+                               "unsetenv(\"A\");", "putenv(text);", "clearenv();"}) {
+        EXPECT_THAT(TextRules::violationsOfEnvironment(file("Platform/A.cpp", change)), SizeIs(1)) << change;
+        EXPECT_THAT(TextRules::violationsOfEnvironment(file("Tests/Platform/A.cpp", change)), IsEmpty());
+    }
+    EXPECT_THAT(
+        TextRules::violationsOfEnvironment(file("Platform/A.cpp", "environment.insert(name, value);")),
+        IsEmpty());
 }
 
 TEST(TextRulesTest, SkippedTestsAreCaught)

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "Helper/HelperService.h"
+#include "Platform/SessionBus.h"
 #include "Tests/Helper/FakeDesktop.h"
 #include "Tests/Helper/Running/RunningFixture.h"
 #include "Tests/Session/StandInPrograms.h"
@@ -235,8 +236,8 @@ TEST_F(CreationProgramTest, AnOrderForTwoFoldersIsUndoneInBoth)
     const QString second = home_.filePath(QStringLiteral("second"));
     ASSERT_TRUE(QDir().mkpath(second));
     QString error;
-    ASSERT_EQ(HelperService::create({letters}, {target(), second}, bus_.address(), &error),
-              HelperService::Answer::Taken)
+    SessionBus bus(bus_.address());
+    ASSERT_EQ(HelperService::create(bus, {letters}, {target(), second}, &error), HelperService::Answer::Taken)
         << qPrintable(error);
     ASSERT_TRUE(waitUntil([&] { return desktop.shown().size() == 2; }));
     EXPECT_EQ(tree(second).size(), 2);

@@ -3,7 +3,9 @@
 
 #include "Helper/HelperService.h"
 #include "Platform/DistributedNotificationCenter.h"
+#include "Platform/SessionBus.h"
 #include "Tests/Helper/Running/RunningFixture.h"
+#include "Tests/Session/FakeTray.h"
 #include "Tests/Session/FileContent.h"
 #include "Tests/Session/SilentSocket.h"
 
@@ -13,6 +15,7 @@
 #include <QMap>
 
 #include <algorithm>
+#include <csignal>
 #include <gmock/gmock.h>
 
 using ::testing::HasSubstr;
@@ -54,6 +57,18 @@ protected:
     {
         return waitUntil([&] { return hasRead(helper) || !helper.isRunning(); }, std::chrono::minutes(2)) &&
                helper.isRunning();
+    }
+    /// The menu in the tray, orders and the settings' changes.
+    void expectToUseTheBus(FakeTray &tray, ChildProcess &helper)
+    {
+        EXPECT_EQ(tray.menuWith(letters).labels().value(0), letters);
+        EXPECT_TRUE(waitUntil([&] { return isOnBus(); }));
+        QString reason;
+        EXPECT_TRUE(order(letters, &reason)) << qPrintable(reason);
+        QNBSettings more = settings();
+        more.presets.append(record(preset(letters, {})));
+        storeAndPost(more);
+        EXPECT_TRUE(waitUntil([&] { return helper.errors().contains("presets in the menu: 3"); }));
     }
 };
 
@@ -151,8 +166,34 @@ TEST_F(LifeProgramTest, ADisplayThatGoesEndsItInOrder)
     screen_.kill();
     ASSERT_TRUE(helper.waitForEnd(std::chrono::minutes(1)));
     EXPECT_TRUE(helper.hasReturned(1)) << helper.errors().constData();
-    EXPECT_TRUE(contentOf(calls).contains("\"notifications\""));
-    EXPECT_FALSE(threadsAtTheEnd(contentOf(calls)).contains("notifications"));
+    EXPECT_TRUE(contentOf(calls).contains("\"session bus\""));
+    EXPECT_FALSE(threadsAtTheEnd(contentOf(calls)).contains("session bus"));
+}
+
+TEST_F(LifeProgramTest, ABusThatIsStoppedAtItsStartIsUsedOnceItAnswers)
+{
+    store(settings());
+    FakeTray tray(bus_.address());
+    bus_.process().signal(SIGSTOP);
+    QElapsedTimer stopped;
+    stopped.start();
+    const auto helper = startIn(environment());
+    EXPECT_TRUE(waitUntilItHasRead(*helper));
+    ASSERT_TRUE(waitUntil([&] { return stopped.hasExpired(3000); }));
+    bus_.process().signal(SIGCONT);
+    expectToUseTheBus(tray, *helper);
+    expectEndOf(*helper);
+}
+
+TEST_F(LifeProgramTest, ABusThatStartsAgainIsUsedAgain)
+{
+    store(settings());
+    const auto helper = start();
+    bus_.kill();
+    bus_.start();
+    FakeTray tray(bus_.address());
+    expectToUseTheBus(tray, *helper);
+    expectEndOf(*helper);
 }
 
 TEST_F(LifeProgramTest, ChangesThatNeverCeaseAreReadAllTheSame)
@@ -163,7 +204,7 @@ TEST_F(LifeProgramTest, ChangesThatNeverCeaseAreReadAllTheSame)
     QNBSettings more = settings();
     more.presets.append(record(preset(letters, {})));
     store(more);
-    DistributedNotificationCenter centre(bus_.address());
+    DistributedNotificationCenter centre(std::make_shared<SessionBus>(bus_.address()));
     QElapsedTimer pause;
     pause.start();
     qint64 longestPause = 0;
@@ -186,11 +227,10 @@ TEST_F(LifeProgramTest, AnOrderForTooManyFoldersIsRefusedWithTheReasonAndOthersA
     for (int i = 0; i < 3000; ++i)
         folders.append(home_.filePath(QStringLiteral("folder %1").arg(i)));
     QString reason;
-    EXPECT_EQ(HelperService::create({letters}, folders, bus_.address(), &reason),
-              HelperService::Answer::Failed);
+    SessionBus bus(bus_.address());
+    EXPECT_EQ(HelperService::create(bus, {letters}, folders, &reason), HelperService::Answer::Failed);
     EXPECT_THAT(reason.toStdString(), HasSubstr("more than 1000 folders"));
-    EXPECT_EQ(HelperService::create({letters}, {target()}, bus_.address(), &reason),
-              HelperService::Answer::Taken);
+    EXPECT_EQ(HelperService::create(bus, {letters}, {target()}, &reason), HelperService::Answer::Taken);
     EXPECT_TRUE(waitUntil([&] { return tree().size() == 2; }));
     expectEndOf(*helper);
 }

@@ -7,6 +7,7 @@
 #include "Helper/Running/RecentFolders.h"
 #include "Platform/DistributedNotificationCenter.h"
 #include "Platform/Preferences.h"
+#include "Platform/SessionBus.h"
 
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
@@ -58,7 +59,7 @@ void RunningFixture::storeAndPost(const QNBSettings &settings)
 
 void RunningFixture::post(const QString &notification)
 {
-    DistributedNotificationCenter centre(bus_.address());
+    DistributedNotificationCenter centre(std::make_shared<SessionBus>(bus_.address()));
     centre.postNotificationName(notification);
     EXPECT_TRUE(centre.flush());
 }
@@ -108,8 +109,9 @@ bool RunningFixture::isOnBus() const
 bool RunningFixture::order(const QString &preset, QString *error)
 {
     QString reason;
+    SessionBus bus(bus_.address());
     const HelperService::Answer answer =
-        HelperService::create({preset}, {target()}, bus_.address(), error ? error : &reason);
+        HelperService::create(bus, {preset}, {target()}, error ? error : &reason);
     return answer == HelperService::Answer::Taken;
 }
 

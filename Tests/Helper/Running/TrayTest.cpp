@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "Platform/DistributedNotificationCenter.h"
+#include "Platform/SessionBus.h"
 #include "Tests/Helper/FakeDesktop.h"
 #include "Tests/Helper/Running/RunningFixture.h"
 #include "Tests/Helper/Running/ScreenTray.h"
@@ -149,7 +150,7 @@ TEST_F(TrayProgramTest, PresetsThatCannotBeReadLeaveTheMenuAsItIsAndAreToldOnce)
     ASSERT_TRUE(QFile::rename(domain, aside));
     // What a folder in its place holds nobody can say.
     ASSERT_TRUE(QDir().mkdir(domain));
-    DistributedNotificationCenter centre(bus_.address());
+    DistributedNotificationCenter centre(std::make_shared<SessionBus>(bus_.address()));
     const auto timesFailed = [&] { return helper->errors().count("reading " + domain.toUtf8()); };
     for (const int times : {1, 2}) {
         centre.postNotificationName(QNBPresetConfigurationChangedNotification);

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "Tests/EndToEnd/QuenbySession.h"
+#include "Tests/Session/NotificationListener.h"
 #include "Tests/Session/SilentSocket.h"
 
 #include <QElapsedTimer>
@@ -14,10 +15,10 @@ using namespace std::chrono_literals;
 namespace {
 
 /// The real program on a real screen, with accessibility on, which speaks over the bus too.
-class SilentBusTest : public ::testing::Test
+class UnusableBusTest : public ::testing::Test
 {
 protected:
-    SilentBusTest()
+    UnusableBusTest()
         : pane_(home_.path())
         , screen_(home_)
         , domain_(home_.configFolder())
@@ -34,7 +35,7 @@ protected:
     }
 
     /// The host paints within a second, ends soon after, and has saved everything.
-    void expectNoDelay(const QString &busAddress)
+    void expectNoLongDelay(const QString &busAddress)
     {
         ASSERT_TRUE(domain_.write(DomainFile::Form::Binary));
         const std::chrono::nanoseconds start = std::chrono::steady_clock::now().time_since_epoch();
@@ -59,25 +60,43 @@ protected:
 
 } // namespace
 
-TEST_F(SilentBusTest, AnAbsentBusDelaysNothing)
+TEST_F(UnusableBusTest, AnAbsentOneKeepsTheWindowWaitingLessThanASecond)
 {
-    expectNoDelay({});
+    expectNoLongDelay({});
 }
 
-TEST_F(SilentBusTest, AStaleBusDelaysNothing)
+TEST_F(UnusableBusTest, AStaleOneKeepsTheWindowWaitingLessThanASecond)
 {
     PrivateBus bus;
     bus.kill();
-    expectNoDelay(bus.address());
+    expectNoLongDelay(bus.address());
 }
 
-TEST_F(SilentBusTest, ASilentBusDelaysNothing)
+TEST_F(UnusableBusTest, ASilentOneKeepsTheWindowWaitingLessThanASecond)
 {
     const SilentSocket silent;
-    expectNoDelay(silent.busAddress());
+    expectNoLongDelay(silent.busAddress());
 }
 
-TEST_F(SilentBusTest, ABusThatStopsWhileTheWindowIsOpenDelaysTheEndOnlyAMoment)
+TEST_F(UnusableBusTest, OneThatIsStoppedAtTheStartHearsOfTheSavesOnceItAnswers)
+{
+    PrivateBus bus;
+    NotificationListener listener(bus.address());
+    ASSERT_TRUE(domain_.write(DomainFile::Form::Binary));
+    bus.process().signal(SIGSTOP);
+    QElapsedTimer stopped;
+    stopped.start();
+    const auto host = startHost(bus.address(), false);
+    ASSERT_FALSE(screen_.windowOf(host->pid()).isEmpty());
+    ASSERT_TRUE(waitUntil([&] { return stopped.hasExpired(3000); }));
+    bus.process().signal(SIGCONT);
+    host->signal(SIGTERM);
+    ASSERT_TRUE(host->waitForEnd());
+    EXPECT_TRUE(host->hasReturned(0)) << host->errors().constData();
+    EXPECT_TRUE(waitUntil([&] { return listener.count("QNBPresetConfigurationChangedNotification") > 0; }));
+}
+
+TEST_F(UnusableBusTest, OneThatStopsWhileTheWindowIsOpenDelaysTheEndOnlyAMoment)
 {
     PrivateBus bus;
     ASSERT_TRUE(domain_.write(DomainFile::Form::Binary));
@@ -93,7 +112,7 @@ TEST_F(SilentBusTest, ABusThatStopsWhileTheWindowIsOpenDelaysTheEndOnlyAMoment)
     EXPECT_EQ(domain_.differences().toStdString(), "");
 }
 
-TEST_F(SilentBusTest, ABusThatDiesWhileTheWindowIsOpenIsSurvived)
+TEST_F(UnusableBusTest, OneThatDiesWhileTheWindowIsOpenIsSurvived)
 {
     PrivateBus bus;
     ASSERT_TRUE(domain_.write(DomainFile::Form::Binary));
