@@ -108,6 +108,13 @@ public:
         return {};
     }
 
+    void setModified(const QDateTime &modified)
+    {
+        const timespec time{static_cast<time_t>(modified.toSecsSinceEpoch()),
+                            modified.time().msec() * 1'000'000L};
+        layer_.futimens(descriptor(), {time, time});
+    }
+
     Result<> moveTo(const QByteArray &target)
     {
         if (layer_.rename(path_, target) == -1)
@@ -280,6 +287,8 @@ Result<> DurableFileWriter::write(const QString &path, const QByteArray &bytes, 
     } else if (layer_.fchmod(temporary.descriptor(), static_cast<mode_t>(options.newFileMode)) == -1) {
         return failed("set the mode of", temporary.path(), errno);
     }
+    if (options.modified.isValid())
+        temporary.setModified(options.modified);
     if (Result<> result = temporary.finish(); !result)
         return result;
 

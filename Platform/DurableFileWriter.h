@@ -6,6 +6,7 @@
 #include "Platform/Result.h"
 
 #include <QByteArray>
+#include <QDateTime>
 #include <QString>
 #include <optional>
 
@@ -29,6 +30,9 @@ public:
         /// Keep the bytes being replaced under this path (a hard link where possible, else a copy); none if
         /// empty. In the folder of the resolved target.
         QString backupPath = {};
+        /// When the content was made, which becomes the time of the file's last change where the file system
+        /// allows it; the present if invalid.
+        QDateTime modified = {};
     };
 
     /// \a layer stands for the system calls and is the real one if null; not owned.

@@ -99,6 +99,11 @@ int FileLayer::fchown(int descriptor, uid_t owner, gid_t group)
     return untilNotInterrupted([&] { return ::fchown(descriptor, owner, group); });
 }
 
+int FileLayer::futimens(int descriptor, const timespec (&times)[2])
+{
+    return ::futimens(descriptor, times);
+}
+
 ssize_t FileLayer::listxattr(const QByteArray &path, char *list, size_t size)
 {
     return ::listxattr(path.constData(), list, size);

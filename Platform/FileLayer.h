@@ -40,6 +40,8 @@ public:
     virtual int access(const QByteArray &path, int mode);
     virtual int fchmod(int descriptor, mode_t mode);
     virtual int fchown(int descriptor, uid_t owner, gid_t group);
+    /// The times of the last access and of the last change of content.
+    virtual int futimens(int descriptor, const timespec (&times)[2]);
 
     virtual ssize_t listxattr(const QByteArray &path, char *list, size_t size);
     virtual ssize_t getxattr(const QByteArray &path, const char *name, void *value, size_t size);

@@ -54,9 +54,12 @@ public:
     Result<> logged(const char *doing, Result<> (Private::*act)())
     {
         isRead = true;
-        Result<> result = path.isEmpty()
-                              ? Result<>::failure(QStringLiteral("there is no home for the preferences"))
-                              : (this->*act)();
+        damage.reset();
+        if (path.isEmpty())
+            unread = QStringLiteral("there is no home for the preferences");
+        Result<> result = path.isEmpty() ? Result<>::failure(unread) : (this->*act)();
+        if (damage)
+            logDamage();
         if (!result)
             qCWarning(preferencesLog, "%s %ls: %ls", doing, qUtf16Printable(lineText(path)),
                       qUtf16Printable(lineText(result.error)));
@@ -95,44 +98,46 @@ public:
             forget();
             return {};
         }
-        if (!straysRemoved) {
+        if (!straysRemoved && !options.isReadOnly) {
             // Whoever holds the lock now removes them too.
             QString busy;
             straysRemoved = true;
             if (const std::optional<FileLock> lock = file.lock(options.lockFolder, 0, &busy))
                 file.removeStrayTemporaries();
         }
-        Content content = file.read(values.bytes());
-        if (content.state != Content::Damaged)
-            return take(file, content);
+        Result<> taken = take(file, file.read(values.bytes()));
+        if (!taken || !damage || options.isReadOnly)
+            return taken;
 
-        // Other hands are off it while it is moved; what another process has repaired meanwhile is read.
+        // Other hands are off it while it is moved; what another process has mended meanwhile is read.
         QString error;
         const std::optional<FileLock> lock = lockedFile(file, false, options.lockTimeout, &error);
         if (lock)
-            content = file.read(values.bytes());
-        if (content.state != Content::Damaged)
-            return take(file, content);
-        (void)take(file, content);
-        return lock ? repair(file, content.error)
-                    : Result<>::failure(QStringLiteral("%1; %2").arg(content.error, error));
+            taken = take(file, file.read(values.bytes()));
+        if (!lock || (taken && damage))
+            taken = lock ? mend(file) : Result<>::failure(error);
+        if (!taken)
+            unread = taken.error;
+        return taken;
     }
 
-    /// Makes what was read the state that values are read from.
+    /// Makes what was read the state that values are read from, or that of the backup where the file is
+    /// damaged.
     Result<> take(const PreferencesFile &file, const Content &content)
     {
+        damage.reset();
+        backup = {};
         switch (content.state) {
-        case Content::Missing:
-            forget();
-            return {};
         case Content::Good:
             values.setFile(content.bytes, content.document);
             setSeen();
             return {};
+        case Content::Missing:
+            return takeBackup(file, content, Damage::Cause::Missing);
         case Content::Damaged:
+            return takeBackup(file, content, Damage::Cause::Broken);
         case Content::TooLarge:
-            takeBackup(file);
-            return Result<>::failure(content.error);
+            return takeBackup(file, content, Damage::Cause::TooLarge);
         case Content::Unreadable:
             break;
         }
@@ -143,8 +148,6 @@ public:
     void forget()
     {
         values.forgetFile();
-        backupBytes.clear();
-        backupState = Content::Missing;
         unread.clear();
         isBlind = true;
     }
@@ -166,51 +169,86 @@ public:
         return Result<>::failure(reason);
     }
 
-    void takeBackup(const PreferencesFile &file)
+    Result<> takeBackup(const PreferencesFile &file, const Content &content, Damage::Cause cause)
     {
         forget();
-        const Content backup = file.readBackup();
-        if (backup.state == Content::Good) {
+        backup = file.readBackup();
+        if (content.state == Content::Missing && backup.state == Content::Missing)
+            return {};
+        const bool isGood = backup.state == Content::Good;
+        if (backup.state == Content::Unreadable)
+            unread = QStringLiteral("%1; its backup may be good: %2").arg(content.error, backup.error);
+        else if (!isGood && (content.state == Content::TooLarge || options.isReadOnly))
+            unread = content.error;
+        if (!unread.isEmpty())
+            return Result<>::failure(unread);
+
+        damage = Damage{.cause = cause,
+                        .reason = cause == Damage::Cause::Missing
+                                      ? QStringLiteral("%1 is missing").arg(file.target())
+                                      : content.error};
+        if (isGood) {
+            damage->backup = backup.modified;
             values.setFile({}, backup.document);
-            backupBytes = backup.bytes;
             setSeen();
-            qCWarning(preferencesLog, "the last good backup of %ls is read", qUtf16Printable(lineText(path)));
-        } else {
-            backupState = backup.state;
-            if (backup.state == Content::Unreadable)
-                unread = backup.error;
-            qCWarning(preferencesLog, "there is no good backup: %ls",
-                      qUtf16Printable(lineText(backup.error)));
         }
+        return {};
     }
 
-    /// Under the lock, after take().
-    Result<> keepDamaged(const PreferencesFile &file) const
+    /// Under the lock, after take(): keeps all that cannot be read under other names.
+    Result<> keepDamaged(const PreferencesFile &file)
     {
-        if (backupState == Content::Unreadable)
-            return Result<>::failure(QStringLiteral("its backup cannot be read now, and may be good"));
-        if (Result<> result = file.keepDamagedAside(); !result)
-            return result;
-        return backupState == Content::Missing ? Result<>() : file.keepBackupAside();
+        QStringList kept;
+        const auto keep = [&](Result<QString> (PreferencesFile::*aside)() const) {
+            Result<QString> name = (file.*aside)();
+            if (!name)
+                return Result<>::failure(name.error);
+            kept.append(*name);
+            return Result<>();
+        };
+        if (damage->cause != Damage::Cause::Missing) {
+            if (Result<> result = keep(&PreferencesFile::keepDamagedAside); !result)
+                return result;
+        }
+        if (backup.state == Content::Damaged || backup.state == Content::TooLarge) {
+            if (Result<> result = keep(&PreferencesFile::keepBackupAside); !result)
+                return result;
+        }
+        damage->kept = kept;
+        return {};
     }
 
     /// Puts the last good backup in the place of a damaged file, which is kept aside: at no moment is there
-    /// neither. Without a good backup the damaged file just goes.
-    Result<> repair(const PreferencesFile &file, const QString &reason)
+    /// neither. Without a good backup both just go, the file last.
+    Result<> mend(const PreferencesFile &file)
     {
-        qCWarning(preferencesLog, "%ls; it is kept aside", qUtf16Printable(lineText(reason)));
-        if (Result<> result = keepDamaged(file); !result)
+        Result<> result = keepDamaged(file);
+        if (result && backup.state == Content::Good) {
+            result = file.restore(backup);
+            if (result)
+                values.setFile(backup.bytes, nullptr);
             return result;
-        if (backupBytes.isEmpty())
-            return file.remove();
-        Result<> result = file.write(backupBytes, false);
+        }
         if (result)
-            values.setFile(backupBytes, nullptr);
-        return result;
+            result = file.removeBackup();
+        return result ? file.remove() : result;
+    }
+
+    void logDamage() const
+    {
+        QString said = damage->reason;
+        if (!damage->kept.isEmpty())
+            said += QStringLiteral("; it is kept as %1").arg(damage->kept.join(QStringLiteral(", ")));
+        said += damage->backup.isValid()
+                    ? QStringLiteral("; its backup of %1 is read").arg(damage->backup.toString(Qt::ISODate))
+                    : QStringLiteral("; there is no good backup");
+        qCWarning(preferencesLog, "%ls", qUtf16Printable(lineText(said)));
     }
 
     Result<> save()
     {
+        if (options.isReadOnly)
+            return Result<>::failure(QStringLiteral("the preferences are only read here"));
         if (!unread.isEmpty())
             return Result<>::failure(QStringLiteral("what is there could not be read: %1").arg(unread));
         PreferencesFile file(layer, path);
@@ -227,12 +265,12 @@ public:
         const bool wasBlind = isBlind;
         const Result<> taken = take(file, content);
         isBlind = wasBlind;
-        if (!taken) {
-            qCWarning(preferencesLog, "%ls; it is kept aside", qUtf16Printable(lineText(taken.error)));
-            const Result<> kept = keepDamaged(file);
-            // The file was read before: the next save looks again.
-            unread.clear();
-            if (!kept)
+        // The file was read before: the next save looks again.
+        unread.clear();
+        if (!taken)
+            return taken;
+        if (damage) {
+            if (Result<> kept = keepDamaged(file); !kept)
                 return kept;
         }
         if (isBlind && content.state == Content::Good && values.replacesOthers()) {
@@ -284,9 +322,9 @@ public:
     bool isBlind = false;
     /// The last write failed: what the file shows may not be on the disk.
     bool isUnsure = false;
-    // Of the backup, where that is read for the file.
-    QByteArray backupBytes;
-    Content::State backupState = Content::Missing;
+    std::optional<Damage> damage;
+    /// Read where the file is damaged.
+    Content backup;
 };
 
 Preferences::Preferences(const QString &domain)
@@ -338,6 +376,11 @@ bool Preferences::isUnread() const
     return !d_->unread.isEmpty();
 }
 
+const std::optional<Preferences::Damage> &Preferences::damage() const
+{
+    return d_->damage;
+}
+
 bool Preferences::hasPendingValues() const
 {
     return d_->values.hasPending();
@@ -345,6 +388,8 @@ bool Preferences::hasPendingValues() const
 
 Result<> Preferences::keepAsideCopy(const QString &reason)
 {
+    if (d_->options.isReadOnly)
+        return {};
     PreferencesFile file(d_->layer, d_->path);
     QString error;
     Result<> result;

@@ -29,11 +29,6 @@ constexpr qint64 readChunk = qint64(4) * 1024 * 1024;
 /// Stays in the processor's cache.
 constexpr qsizetype comparedChunk = qsizetype(128) * 1024;
 
-Result<> failed(const QString &doing, int errorNumber)
-{
-    return Result<>::failure(systemError(doing, errorNumber));
-}
-
 /// At most \a limit bytes and one more; none with errno on failure.
 std::optional<QByteArray> readUpTo(FileLayer &layer, int descriptor, qint64 expected, qint64 limit)
 {
@@ -194,12 +189,12 @@ PreferencesFile::Content PreferencesFile::readFile(const QString &path, const QB
     return content;
 }
 
-Result<> PreferencesFile::keepDamagedAside() const
+Result<QString> PreferencesFile::keepDamagedAside() const
 {
     return keepAside(target_, damagedInfix, Aside::Link);
 }
 
-Result<> PreferencesFile::keepBackupAside() const
+Result<QString> PreferencesFile::keepBackupAside() const
 {
     return keepAside(backup_, damagedInfix, Aside::Link);
 }
@@ -209,19 +204,20 @@ Result<> PreferencesFile::keepCopyAside() const
     struct stat information = {};
     if (layer_.lstat(QFile::encodeName(target_), &information) == -1 && errno == ENOENT)
         return {};
-    return keepAside(target_, beforeInfix, Aside::Copy);
+    const Result<QString> kept = keepAside(target_, beforeInfix, Aside::Copy);
+    return kept ? Result<>() : Result<>::failure(kept.error);
 }
 
-Result<> PreferencesFile::keepAside(const QString &path, const QString &infix, Aside how) const
+Result<QString> PreferencesFile::keepAside(const QString &path, const QString &infix, Aside how) const
 {
     const QString begin = path + infix;
     const QFileInfo beginning(begin);
     for (const QByteArray &entry :
          layer_.entries(QFile::encodeName(beginning.path())).value_or(QList<QByteArray>())) {
         const QString name = QFile::decodeName(entry);
-        if (name.startsWith(beginning.fileName()) &&
-            holdsTheSame(path, QDir(beginning.path()).filePath(name)))
-            return {};
+        const QString present = QDir(beginning.path()).filePath(name);
+        if (name.startsWith(beginning.fileName()) && holdsTheSame(path, present))
+            return present;
     }
 
     const QString first = begin + QDateTime::currentDateTimeUtc().toString(utcStamp);
@@ -231,15 +227,18 @@ Result<> PreferencesFile::keepAside(const QString &path, const QString &infix, A
         struct stat present = {};
         if (layer_.lstat(QFile::encodeName(aside), &present) == -1) {
             if (errno != ENOENT)
-                return failed(QStringLiteral("cannot examine %1").arg(aside), errno);
+                return Result<QString>::failure(
+                    systemError(QStringLiteral("cannot examine %1").arg(aside), errno));
             if (how == Aside::Link && layer_.link(QFile::encodeName(path), QFile::encodeName(aside)) == 0)
-                return {};
-            if (how == Aside::Copy || errno != EEXIST)
-                return writer_.copy(path, aside);
+                return aside;
+            if (how == Aside::Copy || errno != EEXIST) {
+                const Result<> copied = writer_.copy(path, aside);
+                return copied ? Result<QString>(aside) : Result<QString>::failure(copied.error);
+            }
         }
         aside = QStringLiteral("%1-%2").arg(first, QString::number(number));
     }
-    return Result<>::failure(QStringLiteral("there is no free name to keep %1 aside").arg(path));
+    return Result<QString>::failure(QStringLiteral("there is no free name to keep %1 aside").arg(path));
 }
 
 bool PreferencesFile::holdsTheSame(const QString &path, const QString &other) const
@@ -268,9 +267,9 @@ Result<> PreferencesFile::write(const QByteArray &bytes, bool backUp) const
     return writer_.write(target_, bytes, options);
 }
 
-Result<> PreferencesFile::remove() const
+Result<> PreferencesFile::restore(const Content &backup) const
 {
-    if (layer_.unlink(QFile::encodeName(target_)) == -1)
-        return failed(QStringLiteral("cannot remove %1").arg(target_), errno);
-    return {};
+    DurableFileWriter::Options options;
+    options.modified = backup.modified;
+    return writer_.write(target_, backup.bytes, options);
 }

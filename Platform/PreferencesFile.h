@@ -58,23 +58,27 @@ public:
     Content read(const QByteArray &known = {}) const;
     Content readBackup() const;
 
-    /// Keeps the file, which cannot be read, under another name: a second name for the same bytes where
-    /// possible, else a copy. Once for the same bytes. The same for a backup.
-    Result<> keepDamagedAside() const;
-    Result<> keepBackupAside() const;
+    /// Keeps the file, which cannot be read, under another name, which is returned: a second name for the
+    /// same bytes where possible, else a copy. Once for the same bytes. The same for a backup.
+    Result<QString> keepDamagedAside() const;
+    Result<QString> keepBackupAside() const;
     /// The same with a copy always, of a file that is good as it stands, and under a name that says so.
     /// Nothing to do without a file.
     Result<> keepCopyAside() const;
 
     /// Replaces the file; what it held becomes the backup if \a backUp.
     Result<> write(const QByteArray &bytes, bool backUp) const;
-    Result<> remove() const;
+    /// Makes the file what readBackup() gave, also as to its time.
+    Result<> restore(const Content &backup) const;
+    /// Nothing to do is no failure.
+    Result<> remove() const { return writer_.remove(target_); }
+    Result<> removeBackup() const { return writer_.remove(backup_); }
     void removeStrayTemporaries() const { writer_.removeStrayTemporaries(target_); }
 
 private:
     enum class Aside { Link, Copy };
     Content readFile(const QString &path, const QByteArray &known) const;
-    Result<> keepAside(const QString &path, const QString &infix, Aside how) const;
+    Result<QString> keepAside(const QString &path, const QString &infix, Aside how) const;
     bool holdsTheSame(const QString &path, const QString &other) const;
 
     FileLayer &layer_;

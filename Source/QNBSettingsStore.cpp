@@ -153,9 +153,9 @@ Result<> read(Preferences &preferences, const std::optional<Bundle> &bundle, QNB
 Result<QNBSettings> stored(const std::optional<Bundle> &bundle)
 {
     QNBSettings settings;
-    Preferences preferences(QNBProductIdentifier());
+    Preferences preferences(QNBProductIdentifier(), {.isReadOnly = true});
     const Result<> result = read(preferences, bundle, settings);
-    return preferences.isUnread() ? Result<QNBSettings>::failure(result.error) : settings;
+    return result ? settings : Result<QNBSettings>::failure(result.error);
 }
 
 Result<QList<QNBPresetRecordPtr>> presetsOf(const QByteArray &domain)

@@ -69,11 +69,12 @@ namespace QNBSettingsStore {
 /// the resource "DefaultPresets" of \a bundle. The hot key stays as it is unless the domain holds both its
 /// keys. If the domain is unread (see Preferences) after a failure, the settings only stand in for those that
 /// are there: nothing can be saved before another read() has succeeded, and then they should be taken.
+/// Whoever calls this should tell the user of Preferences::damage().
 Result<> read(Preferences &preferences, const std::optional<Bundle> &bundle, QNBSettings &settings);
 
-/// The settings as they are in the user's domain now, for a program that only reads them. Those of a damaged
-/// domain are those of its backup. Fails if the domain is there and cannot be read: nothing is known of the
-/// settings then, and the default presets are not taken for them.
+/// The settings as they are in the user's domain now, for a program that only reads them: nothing is written.
+/// Those of a domain that is damaged, or gone, are those of its backup, which the log tells. Fails if neither
+/// can be read: nothing is known of the settings then, and the default presets are not taken for them.
 Result<QNBSettings> stored(const std::optional<Bundle> &bundle);
 
 /// Writes every key and synchronises the domain; the presets in the given order.

@@ -116,6 +116,40 @@ TEST_F(CommandLineProgramTest, PresetsThatCannotBeReadAreNotTakenForDefaultOnes)
     EXPECT_EQ(tree(), QStringList());
 }
 
+TEST_F(CommandLineProgramTest, TheBackupOfDamagedPresetsIsReadAndNothingReplaced)
+{
+    // The backup has the presets of the fixture.
+    storePresets({preset(text("Later"), {})});
+    const QString domain = home_.configFolder() + text("/org.quenby.Quenby.plist");
+    const auto list = [this] { return run({text("--list")}); };
+    const auto write = [&domain](const QByteArray &bytes) {
+        QFile damaged(domain);
+        ASSERT_TRUE(damaged.open(QIODevice::WriteOnly));
+        damaged.write(bytes);
+    };
+    const QStringList names = QDir(home_.configFolder()).entryList(QDir::Files);
+    write("damaged");
+    const Ended damaged = list();
+    EXPECT_EQ(damaged.code, 0);
+    EXPECT_THAT(damaged.output.toStdString(), HasSubstr("One\n"));
+    EXPECT_EQ(damaged.errors.count('\n'), 1) << damaged.errors.constData();
+    EXPECT_THAT(damaged.errors.toStdString(), HasSubstr("is damaged"));
+    EXPECT_THAT(damaged.errors.toStdString(), HasSubstr("its backup of 2"));
+    EXPECT_EQ(QDir(home_.configFolder()).entryList(QDir::Files), names);
+
+    ASSERT_TRUE(QFile::remove(domain));
+    EXPECT_THAT(list().output.toStdString(), HasSubstr("One\n"));
+    EXPECT_FALSE(QFile::exists(domain));
+
+    // Nothing is known without it.
+    write("damaged");
+    ASSERT_TRUE(QFile::remove(domain + text(".backup")));
+    const Ended unknown = list();
+    EXPECT_EQ(unknown.code, 2);
+    EXPECT_EQ(unknown.output, "");
+    EXPECT_THAT(unknown.errors.toStdString(), HasSubstr("The presets cannot be read: "));
+}
+
 TEST_F(CommandLineProgramTest, ATerminalIsShownEveryCharacter)
 {
     storePresets({preset(text("\u202Egpj\u009B2J"), {file(text("../\u2066evil\u200B"))})});

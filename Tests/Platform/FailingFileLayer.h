@@ -87,6 +87,10 @@ public:
         }
         return fails() ? -1 : FileLayer::fchown(descriptor, owner, group);
     }
+    int futimens(int descriptor, const timespec (&times)[2]) override
+    {
+        return fails() ? -1 : FileLayer::futimens(descriptor, times);
+    }
     ssize_t listxattr(const QByteArray &path, char *list, size_t size) override
     {
         return fails() ? -1 : FileLayer::listxattr(path, list, size);

@@ -84,6 +84,10 @@ public:
     {
         return refuses("fchown") ? -1 : FolderLayer::fchown(descriptor, owner, group);
     }
+    int futimens(int descriptor, const timespec (&times)[2]) override
+    {
+        return refuses("futimens") ? -1 : FolderLayer::futimens(descriptor, times);
+    }
     ssize_t listxattr(const QByteArray &path, char *list, size_t size) override
     {
         return refuses("listxattr") ? -1 : FolderLayer::listxattr(path, list, size);
