@@ -4,6 +4,7 @@
 #include "Source/QNBEarlierStatesDialog.h"
 
 #include "Platform/LineText.h"
+#include "Source/QNBShownTime.h"
 #include "Toolkit/PlainText.h"
 
 #include <QDialogButtonBox>
@@ -60,11 +61,10 @@ QNBEarlierStatesDialog::QNBEarlierStatesDialog(const QList<QNBEarlierState> &sta
     explanation->setWordWrap(true);
     explanation->setMinimumWidth(width);
 
-    const QLocale locale;
     for (const QNBEarlierState &state : states_) {
         const auto count = static_cast<int>(state.presets.size());
         const QString text = count == 1 ? tr("%1 – one preset") : tr("%1 – %n presets", nullptr, count);
-        list_->addItem(text.arg(locale.toString(state.saved.toLocalTime(), QLocale::ShortFormat)));
+        list_->addItem(text.arg(QNBShownTime(state.saved)));
     }
     list_->setObjectName(QStringLiteral("earlierStates"));
     list_->setAccessibleName(tr("Earlier states"));

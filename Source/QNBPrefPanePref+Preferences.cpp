@@ -5,6 +5,7 @@
 
 #include "Source/QNBPaneLog.h"
 #include "Source/QNBPresetListCommands.h"
+#include "Source/QNBStoredNotice.h"
 #include "Toolkit/ArrayController.h"
 #include "Toolkit/KeyComboRecorder.h"
 
@@ -16,14 +17,13 @@ void QNBPrefPanePref::readPreferences()
 {
     QNBSettings settings;
     const Result<> read = QNBSettingsStore::read(*_services.preferences, ourBundle(), settings);
-    _standsIn = _services.preferences->isUnread();
-    if (!read) {
+    _standsIn = !read;
+    if (_standsIn) {
         qCCritical(lcPane) << "the settings could not be read:" << _services.preferences->path()
                            << read.error;
-        if (_standsIn)
-            tellUnread(read.error);
-        else if (_listener)
-            _listener->saved(read);
+        tellUnread(read.error);
+    } else {
+        tellMended(true);
     }
     takeSettings(settings);
 }
@@ -32,18 +32,26 @@ void QNBPrefPanePref::tellUnread(const QString &reason)
 {
     if (!_listener)
         return;
-    _listener->showNotice({.kind = PaneNotice::Kind::Unreadable,
-                           .text = tr("Your presets and options cannot be read. Those that are shown are not "
-                                      "yours, and nothing is saved in place of yours."),
-                           .details = reason,
-                           .actions = {{tr("Try Again"), [this] { readAgain(); }}}});
+    PaneNotice notice = QNBStoredNotice::ofUnread(reason, _services.preferences->damage());
+    notice.actions = {{tr("Try Again"), [this] {
+                           endEditing();
+                           if (const Result<> read = catchUpWithStored(); !read)
+                               tellUnread(read.error);
+                       }}};
+    _listener->showNotice(notice);
 }
 
-void QNBPrefPanePref::readAgain()
+/// To be called after a read or a save that was done; \a isShown says whether what took the place of
+/// something damaged is shown.
+void QNBPrefPanePref::tellMended(bool isShown)
 {
-    endEditing();
-    if (const Result<> read = catchUpWithStored(); !read)
-        tellUnread(read.error);
+    const std::optional<Preferences::Damage> &damage = _services.preferences->damage();
+    if (!_listener || !damage)
+        return;
+    PaneNotice notice = QNBStoredNotice::ofMended(*damage, isShown);
+    if (!_services.preferences->earlierStates().isEmpty())
+        notice.actions = {{tr("Restore an Earlier State…"), [this] { restoreEarlierState(); }}};
+    _listener->showNotice(notice);
 }
 
 void QNBPrefPanePref::takeSettings(const QNBSettings &settings)
@@ -61,7 +69,8 @@ Result<> QNBPrefPanePref::catchUpWithStored()
     QNBSettings stored;
     if (Result<> read = QNBSettingsStore::read(*_services.preferences, ourBundle(), stored); !read)
         return read;
-    if (_history.isClean()) {
+    const bool isEdited = !_history.isClean();
+    if (!isEdited) {
         _history.clear();
         _ui_presetListController->setContent({stored.presets.begin(), stored.presets.end()});
     } else if (Result<> kept = _services.preferences->keepAsideCopy(
@@ -81,6 +90,7 @@ Result<> QNBPrefPanePref::catchUpWithStored()
     _standsIn = false;
     if (_listener)
         _listener->takeBackNotice(PaneNotice::Kind::Unreadable);
+    tellMended(!isEdited);
     _unsavedState.offerWhatWasLeft();
     return {};
 }
@@ -137,6 +147,7 @@ Result<> QNBPrefPanePref::writePreferences()
     const Result<> saved = QNBSettingsStore::write(*_services.preferences, shownSettings());
     if (saved) {
         _unsavedState.wasSaved();
+        tellMended(false);
     } else {
         qCCritical(lcPane) << "the settings could not be saved, and will be with the next save:"
                            << _services.preferences->path() << saved.error;

@@ -126,6 +126,9 @@ void QNBPrefPanePref::restoreEarlierState()
         return;
     _history.push(new QNBReplacePresetsCommand(*_ui_presetListController, chosen->presets,
                                                tr("Restore an Earlier State")));
+    // Who has chosen knows of it.
+    if (_listener)
+        _listener->takeBackNotice(PaneNotice::Kind::Replaced);
     _ui_presetListView->setFocus();
 }
 

@@ -302,7 +302,7 @@ private:
     void readPreferences();
     void takeSettings(const QNBSettings &settings);
     void tellUnread(const QString &reason);
-    void readAgain();
+    void tellMended(bool isShown);
     Result<> catchUpWithStored();
     /// The presets as they are shown, and what the controls say.
     QNBSettings shownSettings() const;

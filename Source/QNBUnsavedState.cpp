@@ -4,9 +4,9 @@
 #include "Source/QNBUnsavedState.h"
 
 #include "Source/QNBPaneLog.h"
+#include "Source/QNBShownTime.h"
 #include "Toolkit/PreferencePane.h"
 
-#include <QLocale>
 #include <QSet>
 
 #include <utility>
@@ -20,11 +20,6 @@ QByteArray bytesOf(const QNBSettings &settings)
 {
     const EncodedPreference encoded = QNBSettingsStore::encode(QNBSettingsStore::snapshot(settings));
     return encoded.writer.finish(encoded.top).bytes.value_or(QByteArray());
-}
-
-QString shown(const QDateTime &time)
-{
-    return QLocale().toString(time.toLocalTime(), QLocale::ShortFormat);
 }
 
 } // namespace
@@ -100,7 +95,7 @@ void QNBUnsavedState::offerNext()
 
 PaneNotice QNBUnsavedState::offerOf(const QNBLeftRecovery &left)
 {
-    const QString time = shown(left.taken());
+    const QString time = QNBShownTime(left.taken());
     const auto discardThem = [this] { discard(); };
     if (!left.settings()) {
         qCWarning(lcPane) << "unsaved changes cannot be read:" << left.settings().error;
@@ -123,7 +118,7 @@ PaneNotice QNBUnsavedState::offerOf(const QNBLeftRecovery &left)
         text = tr("Changes of %1 were not saved, because the program ended unexpectedly.").arg(time);
         actions = {{tr("Restore"), restoreThem}, {tr("Discard"), discardThem}};
     } else {
-        const QString saved = shown(lastSave);
+        const QString saved = QNBShownTime(lastSave);
         text = tr("Changes of %1 were not saved. Other changes were saved later, on %2.").arg(time, saved);
         actions = {{tr("Restore %1").arg(time), restoreThem}, {tr("Keep %1").arg(saved), discardThem}};
     }

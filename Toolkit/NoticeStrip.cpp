@@ -24,7 +24,7 @@ constexpr int textShare = 2;
 
 bool isWarning(PaneNotice::Kind kind)
 {
-    return kind == PaneNotice::Kind::SaveFailed || kind == PaneNotice::Kind::Unreadable;
+    return kind <= PaneNotice::Kind::Replaced;
 }
 
 /// An answer may bring another notice at once, with a button at the same place: the second half of a double
@@ -40,7 +40,8 @@ protected:
 
 bool isDismissible(PaneNotice::Kind kind)
 {
-    return kind == PaneNotice::Kind::LeftOut || kind == PaneNotice::Kind::Hint;
+    return kind == PaneNotice::Kind::Replaced || kind == PaneNotice::Kind::LeftOut ||
+           kind == PaneNotice::Kind::Hint;
 }
 
 /// Screen readers announce an alert when it appears.

@@ -17,6 +17,8 @@ struct PaneNotice
         SaveFailed,
         /// What is stored could not be read.
         Unreadable,
+        /// What is stored was damaged, and something else took its place; may be dismissed.
+        Replaced,
         /// Something from an earlier time is offered.
         Recovery,
         /// Of what the user has just asked for a part was not done; may be dismissed.
@@ -33,7 +35,7 @@ struct PaneNotice
     };
 
     Kind kind = Kind::Hint;
-    /// One or two whole sentences, plain text.
+    /// A few whole sentences, plain text.
     QString text;
     /// More than fits, for who wants to know: shown as a tool tip and told to assistive technology.
     QString details = {};

@@ -4,6 +4,7 @@
 // Settings that cannot be read at the start, and those of earlier times.
 
 #include "PaneFixture.h"
+#include "Platform/PreferencesFile.h"
 #include "Platform/PropertyList.h"
 #include "Shared/Source/QNBShared.h"
 #include "Toolkit/ArrayController.h"
@@ -12,8 +13,13 @@
 #include <QCheckBox>
 #include <QDir>
 #include <QFile>
+#include <QLocale>
+
+#include <unistd.h>
 
 namespace {
+
+using Kind = PaneNotice::Kind;
 
 const QString mine = QStringLiteral("Mine");
 const QString defaults = QStringLiteral("Default");
@@ -57,6 +63,50 @@ protected:
     {
         return QDir(mounted()).entryList({QStringLiteral("*.before-*")}, QDir::Files);
     }
+
+    QString backup() const { return domain() + QStringLiteral(".backup"); }
+    QStringList damagedFiles() const
+    {
+        return QDir(path(QStringLiteral("config"))).entryList({QStringLiteral("*.damaged-*")}, QDir::Files);
+    }
+    void write(const QString &file, const QByteArray &bytes) const
+    {
+        QFile out(file);
+        ASSERT_TRUE(out.open(QIODevice::WriteOnly));
+        ASSERT_EQ(out.write(bytes), bytes.size());
+    }
+    /// Stores two states; the first, which is the backup, long ago.
+    void storeTwice()
+    {
+        store({preset(mine)});
+        store({preset(QStringLiteral("Later"))});
+        QFile file(backup());
+        ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+        ASSERT_TRUE(file.setFileTime(longAgo, QFileDevice::FileModificationTime));
+    }
+    /// Presses a button of a notice.
+    void choose(Kind kind, const QString &title)
+    {
+        const QList<PaneNotice::Action> actions = listener.notices.value(kind).actions;
+        for (const PaneNotice::Action &action : actions) {
+            if (action.title == title)
+                return action.run();
+        }
+        FAIL() << qPrintable(title);
+    }
+    /// What another program that saves holds.
+    std::optional<FileLock> lockOfDomain() const
+    {
+        PreferencesFile file(FileLayer::real(), domain());
+        QString error;
+        EXPECT_TRUE(file.locate(false));
+        return file.lock(path(QStringLiteral("config")), 0, &error);
+    }
+    QString told(Kind kind) const { return listener.notices.value(kind).text; }
+
+    inline static const QDateTime longAgo{QDate(2026, 2, 3), QTime(4, 5, 6)};
+    inline static const QString tryAgain = QStringLiteral("Try Again");
+    inline static const QString restoreEarlier = QStringLiteral("Restore an Earlier State…");
 };
 
 } // namespace
@@ -152,4 +202,133 @@ TEST_F(QNBPrefPanePrefStoredStatesTest, CancellingChangesNothing)
     EXPECT_TRUE(offeredStates.isEmpty());
     EXPECT_EQ(shown(), QStringList{mine});
     EXPECT_FALSE(outlet<QAction>(QStringLiteral("_undoAction"))->isEnabled());
+}
+
+TEST_F(QNBPrefPanePrefStoredStatesTest, DamagedPresetsAreToldOnceWithWhatIsShownInstead)
+{
+    storeTwice();
+    write(domain(), "damaged");
+    openPane();
+    EXPECT_EQ(shown(), QStringList{mine});
+    ASSERT_EQ(damagedFiles().size(), 1);
+    const PaneNotice notice = listener.notices.value(Kind::Replaced);
+    EXPECT_TRUE(notice.text.contains(QLocale().toString(longAgo, QLocale::ShortFormat)))
+        << qPrintable(notice.text);
+    EXPECT_TRUE(notice.text.contains(damagedFiles().constFirst())) << qPrintable(notice.text);
+    EXPECT_FALSE(listener.notices.contains(Kind::Unreadable));
+    EXPECT_TRUE(listener.results.isEmpty());
+
+    chosenState = std::nullopt;
+    ASSERT_NO_FATAL_FAILURE(choose(Kind::Replaced, restoreEarlier));
+    EXPECT_FALSE(offeredStates.isEmpty());
+    EXPECT_TRUE(listener.notices.contains(Kind::Replaced)) << "cancelled";
+    chosenState = 0;
+    ASSERT_NO_FATAL_FAILURE(choose(Kind::Replaced, restoreEarlier));
+    EXPECT_FALSE(listener.notices.contains(Kind::Replaced));
+
+    EXPECT_TRUE(pane->didUnselect());
+    closePane();
+    openPane();
+    EXPECT_TRUE(listener.notices.isEmpty());
+}
+
+TEST_F(QNBPrefPanePrefStoredStatesTest, PresetsWithoutABackupAreToldToBeLostAndWhereTheirFileIs)
+{
+    store({preset(mine)});
+    write(domain(), "damaged");
+    openPane();
+    EXPECT_EQ(shown(), QStringList{QStringLiteral("From the bundle")});
+    ASSERT_EQ(damagedFiles().size(), 1);
+    EXPECT_TRUE(told(Kind::Replaced).contains(u"no good backup")) << qPrintable(told(Kind::Replaced));
+    EXPECT_TRUE(told(Kind::Replaced).contains(damagedFiles().constFirst()));
+    EXPECT_TRUE(listener.notices.value(Kind::Replaced).actions.isEmpty()) << "there is no earlier state";
+}
+
+TEST_F(QNBPrefPanePrefStoredStatesTest, PresetsThatAreGoneComeBackFromTheirBackup)
+{
+    storeTwice();
+    ASSERT_TRUE(QFile::remove(domain()));
+    openPane();
+    EXPECT_EQ(shown(), QStringList{mine});
+    EXPECT_TRUE(told(Kind::Replaced).contains(u"missing")) << qPrintable(told(Kind::Replaced));
+    EXPECT_EQ(storedLabels(), QStringList{mine});
+
+    ASSERT_TRUE(QFile::remove(domain()));
+    ASSERT_TRUE(QFile::remove(backup()));
+    closePane();
+    listener.notices.clear();
+    openPane();
+    EXPECT_EQ(shown(), QStringList{QStringLiteral("From the bundle")});
+    EXPECT_TRUE(listener.notices.isEmpty()) << "a first run";
+}
+
+TEST_F(QNBPrefPanePrefStoredStatesTest, DamageThatASaveFindsIsToldAndWhatIsShownIsSaved)
+{
+    storeTwice();
+    openPane();
+    pane->addPreset();
+    write(domain(), "damaged");
+    loseKeyboardAndRegainIt();
+    const QStringList expected{QStringLiteral("Later"), QStringLiteral("Untitled Preset")};
+    EXPECT_EQ(storedLabels(), expected);
+    EXPECT_TRUE(told(Kind::Replaced).contains(u"What is shown")) << qPrintable(told(Kind::Replaced));
+    EXPECT_TRUE(told(Kind::Replaced).contains(damagedFiles().value(0)));
+    listener.notices.clear();
+    loseKeyboardAndRegainIt();
+    EXPECT_TRUE(listener.notices.isEmpty());
+}
+
+TEST_F(QNBPrefPanePrefStoredStatesTest, WhatCannotBeReplacedNowIsToldWithTheReasonAndTryAgain)
+{
+    storeTwice();
+    write(domain(), "damaged");
+    {
+        const std::optional<FileLock> busy = lockOfDomain();
+        ASSERT_TRUE(busy);
+        openPane();
+        EXPECT_EQ(shown(), QStringList{mine}) << "the backup";
+        EXPECT_TRUE(told(Kind::Unreadable).contains(u"is locked by another process"))
+            << qPrintable(told(Kind::Unreadable));
+        EXPECT_TRUE(told(Kind::Unreadable).contains(u"was damaged"));
+        EXPECT_TRUE(listener.results.isEmpty()) << "no save has failed";
+        ASSERT_NO_FATAL_FAILURE(choose(Kind::Unreadable, tryAgain));
+        EXPECT_TRUE(listener.notices.contains(Kind::Unreadable));
+        EXPECT_FALSE(pane->save());
+        EXPECT_TRUE(damagedFiles().isEmpty());
+    }
+    ASSERT_NO_FATAL_FAILURE(choose(Kind::Unreadable, tryAgain));
+    EXPECT_FALSE(listener.notices.contains(Kind::Unreadable));
+    EXPECT_TRUE(told(Kind::Replaced).contains(damagedFiles().value(0))) << qPrintable(told(Kind::Replaced));
+    EXPECT_EQ(shown(), QStringList{mine});
+    EXPECT_TRUE(pane->save());
+    EXPECT_EQ(storedLabels(), QStringList{mine});
+}
+
+TEST_F(QNBPrefPanePrefStoredStatesTest, WhatTheUserMadeOfTheBackupMeanwhileTakesThePlaceOfTheDamagedFile)
+{
+    storeTwice();
+    write(domain(), "damaged");
+    {
+        const std::optional<FileLock> busy = lockOfDomain();
+        ASSERT_TRUE(busy);
+        openPane();
+        pane->addPreset();
+    }
+    EXPECT_TRUE(pane->save());
+    EXPECT_EQ(storedLabels(), (QStringList{mine, QStringLiteral("Untitled Preset")}));
+    EXPECT_TRUE(told(Kind::Replaced).contains(u"What is shown")) << qPrintable(told(Kind::Replaced));
+}
+
+TEST_F(QNBPrefPanePrefStoredStatesTest, PresetsTooLargeWithoutABackupAreNotSavedOver)
+{
+    store({preset(mine)});
+    constexpr qint64 size = qint64(1) << 30;
+    ASSERT_EQ(::truncate(QFile::encodeName(domain()).constData(), size), 0);
+    openPane();
+    EXPECT_TRUE(told(Kind::Unreadable).contains(u"has more than")) << qPrintable(told(Kind::Unreadable));
+    EXPECT_TRUE(listener.results.isEmpty()) << "no save has failed";
+    pane->addPreset();
+    loseKeyboardAndRegainIt();
+    EXPECT_EQ(QFileInfo(domain()).size(), size);
+    EXPECT_TRUE(damagedFiles().isEmpty());
 }

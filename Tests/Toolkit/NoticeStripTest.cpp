@@ -95,7 +95,10 @@ TEST_F(NoticeStripTest, TheMostImportantIsShownAndTheNextAfterIt)
     EXPECT_EQ(text(), QStringLiteral("unreadable"));
     strip_.showNotice(notice(Kind::Unreadable, QStringLiteral("for another reason")));
     EXPECT_EQ(text(), QStringLiteral("for another reason"));
+    strip_.showNotice(notice(Kind::Replaced, QStringLiteral("replaced")));
     strip_.takeBackNotice(Kind::Unreadable);
+    EXPECT_EQ(text(), QStringLiteral("replaced"));
+    strip_.takeBackNotice(Kind::Replaced);
     EXPECT_EQ(text(), QStringLiteral("recovery"));
     strip_.setPane(nullptr);
     EXPECT_FALSE(strip_.isVisible());
@@ -137,7 +140,8 @@ TEST_F(NoticeStripTest, WhatIsWorthKnowingOnceIsDismissed)
 {
     strip_.showNotice(notice(Kind::Hint, QStringLiteral("By the way.")));
     strip_.showNotice(notice(Kind::LeftOut, QStringLiteral("Not all was done.")));
-    for (const char *said : {"Not all was done.", "By the way."}) {
+    strip_.showNotice(notice(Kind::Replaced, QStringLiteral("Something took its place.")));
+    for (const char *said : {"Something took its place.", "Not all was done.", "By the way."}) {
         EXPECT_EQ(text(), QString::fromLatin1(said));
         ASSERT_EQ(buttons().size(), 1);
         EXPECT_EQ(buttons().constFirst()->text(), QStringLiteral("Dismiss"));
@@ -201,6 +205,7 @@ TEST_F(NoticeStripTest, AWarningLooksLikeOne)
     EXPECT_EQ(lookOf(Kind::Recovery).symbol, hint.symbol);
     EXPECT_EQ(lookOf(Kind::LeftOut).symbol, hint.symbol);
     EXPECT_EQ(lookOf(Kind::Unreadable).symbol, failure.symbol);
+    EXPECT_EQ(lookOf(Kind::Replaced).symbol, failure.symbol);
 }
 
 TEST_F(NoticeStripTest, AReasonOfWhichTheSystemSaidNothingStaysWhole)
