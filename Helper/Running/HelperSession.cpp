@@ -32,6 +32,10 @@ Q_LOGGING_CATEGORY(lcSession, "quenby.helper.session")
 constexpr auto reloadDelay = 100ms;
 /// Changes that never cease are waited for no longer than this.
 constexpr auto longestReloadDelay = 1000ms;
+/// Before settings that cannot be read are tried again: soon at first, for a home that is still being
+/// mounted.
+constexpr auto firstRetryPause = 1000ms;
+constexpr auto longestRetryPause = 60'000ms;
 /// Until it is looked again whether nothing is being done.
 constexpr auto idlePause = 1000ms;
 
@@ -94,6 +98,8 @@ HelperSession::HelperSession(std::shared_ptr<SessionBus> bus, SingleInstance &in
     reloadTimer_.setSingleShot(true);
     reloadTimer_.setInterval(reloadDelay);
     connect(&reloadTimer_, &QTimer::timeout, this, &HelperSession::reload);
+    retryTimer_.setSingleShot(true);
+    connect(&retryTimer_, &QTimer::timeout, this, &HelperSession::reload);
 }
 
 HelperSession::~HelperSession() = default;
@@ -187,6 +193,8 @@ void HelperSession::reload()
     hasRead_ = true;
     const Result<QNBSettings> settings = readSettings();
     if (!settings) {
+        retryTimer_.start(isOutOfDate_ ? std::min(2 * retryTimer_.intervalAsDuration(), longestRetryPause)
+                                       : firstRetryPause);
         // The menus keep what they have. Told once: further changes may find the same.
         if (!std::exchange(isOutOfDate_, true))
             notices_.showProblem(translated("The presets in the menus are not up to date"),
@@ -194,6 +202,7 @@ void HelperSession::reload()
         return;
     }
     isOutOfDate_ = false;
+    retryTimer_.stop();
     labels_.clear();
     for (const QNBPresetRecordPtr &preset : settings->presets)
         labels_.append(preset->label());
@@ -235,7 +244,7 @@ void HelperSession::popUpMenu()
 
 void HelperSession::fill(PresetMenu &menu) const
 {
-    menu.setContent(labels_, folders_.existing());
+    menu.setContent(labels_, folders_.existing(), !isOutOfDate_);
     menu.setCanUndo(canUndo());
 }
 

@@ -76,8 +76,9 @@ private:
     bool hasRead_ = false;
     RecentFolders folders_;
     QStringList labels_;
-    bool showsInTray_ = false;
-    /// The settings could not be read when they changed, and the user knows it.
+    /// By default, until the settings were read.
+    bool showsInTray_ = true;
+    /// The settings could not be read when they were looked at last, and the user knows it.
     bool isOutOfDate_ = false;
     ContextMenuRefresh contextMenu_;
     std::optional<CreationWorker> worker_;
@@ -86,6 +87,8 @@ private:
     /// Of a burst of changes the last one is read; of one without an end, one now and then.
     QTimer reloadTimer_;
     QDeadlineTimer latestReload_;
+    /// Settings that cannot be read are tried again, each time after a longer pause.
+    QTimer retryTimer_;
     DistributedNotificationCenter notificationCenter_;
     std::optional<HelperObject> object_;
     HotKeys hotKeys_;

@@ -47,10 +47,11 @@ PresetMenu::~PresetMenu()
     takeOutActions(menu_);
 }
 
-void PresetMenu::setContent(const QStringList &labels, const QStringList &folders)
+void PresetMenu::setContent(const QStringList &labels, const QStringList &folders, bool areKnown)
 {
-    if (labels == labels_ && folders == folders_)
+    if (labels == labels_ && folders == folders_ && (areKnown == areKnown_ || !labels.isEmpty()))
         return;
+    areKnown_ = areKnown;
     labels_ = labels;
     folders_ = folders;
     rebuildPresets();
@@ -74,7 +75,8 @@ void PresetMenu::rebuildPresets()
         entries_.push_back(folders->menuAction());
     }
     if (labels_.isEmpty()) {
-        entries_.push_back(new QAction(tr("No Presets"), &menu_));
+        entries_.push_back(
+            new QAction(areKnown_ ? tr("No Presets") : tr("The Presets Cannot Be Read"), &menu_));
         entries_.back()->setEnabled(false);
     }
     for (QAction *entry : entries_)

@@ -33,9 +33,10 @@ public:
     PresetMenu(const PresetMenu &) = delete;
     PresetMenu &operator=(const PresetMenu &) = delete;
 
-    /// What it shows. Nothing is touched that is as it should be: whoever shows the menu elsewhere keeps to
-    /// the entries that it knows.
-    void setContent(const QStringList &labels, const QStringList &folders);
+    /// What it shows; without \a labels it says that there are no presets or, if they are not \a areKnown,
+    /// that they cannot be read. Nothing is touched that is as it should be: whoever shows the menu elsewhere
+    /// keeps to the entries that it knows.
+    void setContent(const QStringList &labels, const QStringList &folders, bool areKnown);
     void setCanUndo(bool canUndo) { undo_->setEnabled(canUndo); }
 
     QMenu &menu() { return menu_; }
@@ -52,6 +53,7 @@ private:
     QAction *undo_;
     QStringList labels_;
     QStringList folders_;
+    bool areKnown_ = true;
     /// In front of the separator: one for each preset, or one that says that there is none.
     std::vector<QAction *> entries_;
 };
