@@ -112,6 +112,33 @@ TEST_F(QNBUnsavedStateTest, AnEditIsKeptButNotInTheDomain)
     EXPECT_TRUE(notifications.isEmpty());
 }
 
+TEST_F(QNBUnsavedStateTest, WhatIsKeptHasTheTimeAtWhichItWasShown)
+{
+    openPane();
+    const QDateTime before = QDateTime::currentDateTimeUtc().addSecs(-1);
+    rename(QStringLiteral("Edited"));
+    ASSERT_TRUE(keeps(QStringLiteral("Edited")));
+    QFile file(QDir(folder()).filePath(files().value(0)));
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    QString error;
+    const QDateTime taken = QNBSettingsStore::takenAt(PropertyListDocument::parse(file.readAll(), &error));
+    EXPECT_GE(taken, before);
+    EXPECT_LE(taken, QDateTime::currentDateTimeUtc());
+}
+
+TEST_F(QNBUnsavedStateTest, WhatIsOlderIsOfferedAsSuchAlsoAfterADiscard)
+{
+    const QDateTime now = QDateTime::currentDateTime();
+    leave(QStringLiteral("First"), now.addSecs(-20));
+    leave(QStringLiteral("Second"), now.addSecs(-10));
+    openPane();
+    ASSERT_NO_FATAL_FAILURE(choose(discarding));
+    EXPECT_TRUE(listener.notices.value(Kind::Recovery).text.startsWith(u"Older changes"))
+        << qPrintable(listener.notices.value(Kind::Recovery).text);
+    ASSERT_NO_FATAL_FAILURE(choose(restoring));
+    EXPECT_EQ(labels().constFirst(), QStringLiteral("First"));
+}
+
 TEST_F(QNBUnsavedStateTest, UndoneAndTypedTextIsAnEditTooAndAnOpenEditorIsNone)
 {
     openPane();

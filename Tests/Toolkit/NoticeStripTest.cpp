@@ -6,9 +6,13 @@
 #include <QAccessible>
 #include <QLabel>
 #include <QPushButton>
+#include <QStyle>
 #include <QTest>
 #include <QVBoxLayout>
 #include <gtest/gtest.h>
+#include <private/qguiapplication_p.h>
+#include <qpa/qplatformaccessibility.h>
+#include <qpa/qplatformintegration.h>
 
 namespace {
 
@@ -173,6 +177,44 @@ TEST_F(NoticeStripTest, IsAnAlertWithANameForScreenReaders)
     EXPECT_EQ(accessible->role(), QAccessible::AlertMessage);
     EXPECT_EQ(accessible->text(QAccessible::Name), QStringLiteral("Said."));
     EXPECT_EQ(accessible->text(QAccessible::Description), QStringLiteral("More of it."));
+}
+
+TEST_F(NoticeStripTest, EachNewTextIsAnnouncedOnce)
+{
+    static QStringList announced;
+    announced.clear();
+    const auto before = QAccessible::installUpdateHandler([](QAccessibleEvent *event) {
+        const auto *const strip = qobject_cast<NoticeStrip *>(event->object());
+        if (strip && event->type() == QAccessible::Alert)
+            announced << strip->accessibleName();
+    });
+    // As while a screen reader runs.
+    QPlatformAccessibility &reader = *QGuiApplicationPrivate::platformIntegration()->accessibility();
+    reader.setActive(true);
+    ASSERT_TRUE(QAccessible::isActive());
+    strip_.showNotice(notice(Kind::Recovery, QStringLiteral("One.")));
+    strip_.showNotice(notice(Kind::Recovery, QStringLiteral("One.")));
+    strip_.showNotice(notice(Kind::Hint, QStringLiteral("Not shown yet.")));
+    strip_.showNotice(notice(Kind::Unreadable, QStringLiteral("Two.")));
+    strip_.takeBackNotice(Kind::Unreadable);
+    reader.setActive(false);
+    QAccessible::installUpdateHandler(before);
+    EXPECT_EQ(announced,
+              QStringList({QStringLiteral("One."), QStringLiteral("Two."), QStringLiteral("One.")}));
+}
+
+TEST_F(NoticeStripTest, ItsSymbolHasThePixelsOfTheScreen)
+{
+    strip_.showNotice(notice(Kind::Hint, QStringLiteral("Said.")));
+    const QLabel *symbol = nullptr;
+    for (const QLabel *part : strip_.findChildren<QLabel *>()) {
+        if (!part->pixmap().isNull())
+            symbol = part;
+    }
+    ASSERT_TRUE(symbol);
+    const int size = strip_.style()->pixelMetric(QStyle::PM_SmallIconSize);
+    EXPECT_EQ(symbol->pixmap().size(), QSize(size, size) * strip_.devicePixelRatio());
+    EXPECT_EQ(symbol->pixmap().deviceIndependentSize(), QSizeF(size, size));
 }
 
 TEST_F(NoticeStripTest, AWarningLooksLikeOne)
