@@ -10,6 +10,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QLocale>
 
 #include <algorithm>
 #include <cerrno>
@@ -172,7 +173,8 @@ PreferencesFile::Content PreferencesFile::readFile(const QString &path, const QB
     }
     if (!bytes || bytes->size() > limit) {
         content.state = Content::TooLarge;
-        content.error = QStringLiteral("%1 has more than %2 bytes").arg(path, QString::number(limit));
+        content.error =
+            QStringLiteral("%1 has more than %2").arg(path, QLocale::c().formattedDataSize(limit, 0));
         return content;
     }
 

@@ -194,7 +194,7 @@ TEST_F(PreferencesDamageTest, NothingIsSavedOverAFileOverTheLimitThatHasNoGoodBa
         const auto first = preferences();
         const Result<> read = first->read();
         EXPECT_FALSE(read);
-        EXPECT_TRUE(read.error.contains(u"more than")) << qPrintable(read.error);
+        EXPECT_TRUE(read.error.endsWith(u"has more than 256 MiB")) << qPrintable(read.error);
         EXPECT_TRUE(first->isUnread());
         first->setAppValue(one, 1LL);
         for (int save = 0; save < 2; ++save)

@@ -325,7 +325,8 @@ TEST_F(QNBPrefPanePrefStoredStatesTest, PresetsTooLargeWithoutABackupAreNotSaved
     constexpr qint64 size = qint64(1) << 30;
     ASSERT_EQ(::truncate(QFile::encodeName(domain()).constData(), size), 0);
     openPane();
-    EXPECT_TRUE(told(Kind::Unreadable).contains(u"has more than")) << qPrintable(told(Kind::Unreadable));
+    EXPECT_TRUE(told(Kind::Unreadable).contains(u"has more than 256 MiB."))
+        << qPrintable(told(Kind::Unreadable));
     EXPECT_TRUE(listener.results.isEmpty()) << "no save has failed";
     pane->addPreset();
     loseKeyboardAndRegainIt();
