@@ -21,22 +21,25 @@ void QNBPrefPanePref::readPreferences()
     if (_standsIn) {
         qCCritical(lcPane) << "the settings could not be read:" << _services.preferences->path()
                            << read.error;
-        tellUnread(read.error);
+        tellUnread(read);
     } else {
         tellMended(true);
     }
     takeSettings(settings);
 }
 
-void QNBPrefPanePref::tellUnread(const QString &reason)
+void QNBPrefPanePref::tellUnread(const Result<> &read)
 {
     if (!_listener)
         return;
-    PaneNotice notice = QNBStoredNotice::ofUnread(reason, _services.preferences->damage());
+    // They were read, and cannot be kept aside, as they have to be before edited ones replace them.
+    if (!_services.preferences->isUnread())
+        return _listener->saved(read);
+    PaneNotice notice = QNBStoredNotice::ofUnread(read.error, _services.preferences->damage());
     notice.actions = {{tr("Try Again"), [this] {
                            endEditing();
-                           if (const Result<> read = catchUpWithStored(); !read)
-                               tellUnread(read.error);
+                           if (const Result<> again = catchUpWithStored(); !again)
+                               tellUnread(again);
                        }}};
     _listener->showNotice(notice);
 }
@@ -139,8 +142,7 @@ Result<> QNBPrefPanePref::writePreferences()
         if (Result<> caughtUp = catchUpWithStored(); !caughtUp) {
             qCCritical(lcPane) << "nothing is saved over settings that could not be read:"
                                << _services.preferences->path() << caughtUp.error;
-            if (_listener)
-                _listener->saved(caughtUp);
+            tellUnread(caughtUp);
             return caughtUp;
         }
     }

@@ -301,7 +301,7 @@ private:
     // Settings
     void readPreferences();
     void takeSettings(const QNBSettings &settings);
-    void tellUnread(const QString &reason);
+    void tellUnread(const Result<> &read);
     void tellMended(bool isShown);
     Result<> catchUpWithStored();
     /// The presets as they are shown, and what the controls say.

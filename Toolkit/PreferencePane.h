@@ -18,7 +18,8 @@ class PreferencePaneListener
 public:
     virtual ~PreferencePaneListener() = default;
 
-    /// What became of a save: of any, whoever asked for it.
+    /// What became of a save: of any, whoever asked for it. Of one that has to wait until stored settings can
+    /// be read, a notice says so instead.
     virtual void saved(const Result<> &result) = 0;
     /// Shows \a notice instead of the one of its kind, if there is one.
     virtual void showNotice(const PaneNotice &notice) = 0;

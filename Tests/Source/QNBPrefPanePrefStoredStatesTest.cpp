@@ -118,6 +118,8 @@ TEST_F(QNBPrefPanePrefStoredStatesTest, PresetsThatCouldNotBeReadAreTakenWhenThe
     EXPECT_EQ(shown(), QStringList{defaults});
     loseKeyboardAndRegainIt();
     EXPECT_FALSE(QFile::exists(mounted()));
+    EXPECT_TRUE(listener.notices.contains(Kind::Unreadable));
+    EXPECT_TRUE(listener.results.isEmpty()) << "nothing had to be saved";
     mount();
     loseKeyboardAndRegainIt();
     EXPECT_EQ(shown(), QStringList{mine});
@@ -143,6 +145,26 @@ TEST_F(QNBPrefPanePrefStoredStatesTest, WhatTheUserMadeMeanwhileAndWhatWasThereB
     const auto presets = QNBSettingsStore::presetsOf(aside.readAll());
     ASSERT_TRUE(presets && presets->size() == 1);
     EXPECT_EQ(presets->constFirst()->label(), mine);
+}
+
+TEST_F(QNBPrefPanePrefStoredStatesTest, WhatCannotBeKeptBeforeEditedPresetsReplaceItIsToldAsAFailedSave)
+{
+    storeOutOfReach();
+    openPane();
+    pane->addPreset();
+    mount();
+    {
+        const std::optional<FileLock> busy = lockOfDomain();
+        ASSERT_TRUE(busy);
+        EXPECT_FALSE(pane->save());
+    }
+    ASSERT_EQ(listener.results.size(), 1);
+    EXPECT_TRUE(listener.results.constFirst().error.contains(u"is locked by another process"));
+    EXPECT_EQ(storedLabels(), QStringList{mine});
+    EXPECT_TRUE(pane->save());
+    EXPECT_TRUE(listener.results.constLast());
+    EXPECT_FALSE(listener.notices.contains(Kind::Unreadable));
+    EXPECT_EQ(keptAside().size(), 1);
 }
 
 TEST_F(QNBPrefPanePrefStoredStatesTest, AnOptionThatWasChosenMeanwhileStaysAndReplacesNoPreset)
