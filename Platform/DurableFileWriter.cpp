@@ -123,6 +123,27 @@ public:
         return {};
     }
 
+    /// As moveTo(), but fails with errno, which is EEXIST, where something has that name.
+    bool moveToFree(const QByteArray &target)
+    {
+        exists_ = layer_.renameToFree(path_, target) == -1;
+        if (!exists_ || errno != EINVAL)
+            return !exists_;
+        // Not on this file system. A link takes a free name only, too; the other name goes with this object.
+        if (layer_.link(path_, target) == 0)
+            return true;
+        if (errno == EEXIST)
+            return false;
+        // No links either: nobody can do better than look.
+        struct stat present = {};
+        if (layer_.lstat(target, &present) == 0) {
+            errno = EEXIST;
+            return false;
+        }
+        exists_ = layer_.rename(path_, target) == -1;
+        return !exists_;
+    }
+
 private:
     int create(mode_t mode)
     {
@@ -217,39 +238,33 @@ Result<> keepBackup(FileLayer &layer, const QByteArray &target, const QByteArray
     return copy.moveTo(backup);
 }
 
-/// Whether \a path is a link that somebody else made, who would decide where things are written.
-bool isLinkOfAnother(FileLayer &layer, const QByteArray &path)
+/// See DurableFileWriter::resolve().
+Result<QByteArray> resolved(FileLayer &layer, const QByteArray &path)
 {
-    struct stat information = {};
-    return layer.lstat(path, &information) == 0 && S_ISLNK(information.st_mode) &&
-           information.st_uid != ::geteuid() && information.st_uid != 0;
-}
-
-std::optional<QByteArray> resolved(FileLayer &layer, const QByteArray &path, QString *error)
-{
+    using Target = Result<QByteArray>;
     QByteArray current = path;
     for (int links = 0; links < maximumLinks; ++links) {
-        const std::optional<QByteArray> text = layer.readlink(current);
-        if (!text && (errno == EINVAL || errno == ENOENT)) {
+        // What is asked is answered by one and the same link, whatever takes its name meanwhile.
+        const FileDescriptor found(layer, layer.open(current, O_PATH | O_NOFOLLOW));
+        struct stat information = {};
+        if (found.isOpen() ? layer.fstat(found.get(), &information) == -1 : errno != ENOENT)
+            return Target::failure(failed("examine", current, errno).error);
+        if (!found.isOpen() || !S_ISLNK(information.st_mode)) {
             // No link, or nothing at all: its folder decides.
             const std::optional<QByteArray> folder = layer.realpath(folderOf(current));
-            if (folder)
-                return joined(*folder, nameOf(current));
-            *error = failed("find the folder of", current, errno).error;
-            return std::nullopt;
+            return folder ? Target(joined(*folder, nameOf(current)))
+                          : Target::failure(failed("find the folder of", current, errno).error);
         }
-        if (!text) {
-            *error = failed("follow", current, errno).error;
-            return std::nullopt;
-        }
-        if (isLinkOfAnother(layer, current)) {
-            *error = QStringLiteral("the link %1 belongs to another user").arg(QFile::decodeName(current));
-            return std::nullopt;
-        }
+        // Another user would decide where things are written.
+        if (information.st_uid != ::geteuid() && information.st_uid != 0)
+            return Target::failure(
+                QStringLiteral("the link %1 belongs to another user").arg(QFile::decodeName(current)));
+        const std::optional<QByteArray> text = layer.readlinkat(found.get(), "");
+        if (!text)
+            return Target::failure(failed("follow", current, errno).error);
         current = text->startsWith('/') ? *text : joined(folderOf(current), *text);
     }
-    *error = failed("follow", path, ELOOP).error;
-    return std::nullopt;
+    return Target::failure(failed("follow", path, ELOOP).error);
 }
 
 } // namespace
@@ -261,14 +276,13 @@ DurableFileWriter::DurableFileWriter(FileLayer *layer)
 
 Result<> DurableFileWriter::write(const QString &path, const QByteArray &bytes, const Options &options) const
 {
-    QString error;
-    const std::optional<QByteArray> found = resolved(layer_, QFile::encodeName(path), &error);
+    const Result<QByteArray> found = resolved(layer_, QFile::encodeName(path));
     if (!found)
-        return Result<>::failure(error);
+        return Result<>::failure(found.error);
     const QByteArray &target = *found;
 
     struct stat old = {};
-    const bool replaces = layer_.stat(target, &old) == 0;
+    const bool replaces = layer_.lstat(target, &old) == 0;
     if (!replaces && errno != ENOENT)
         return failed("examine", target, errno);
     if (replaces && !S_ISREG(old.st_mode))
@@ -332,27 +346,43 @@ Result<> DurableFileWriter::give(const QString &path, const QByteArray &bytes) c
     return synchroniseFolder(layer_, folderOf(target));
 }
 
+Result<bool> DurableFileWriter::writeIfFree(const QString &path, const QByteArray &bytes, int mode) const
+{
+    using Written = Result<bool>;
+    const QByteArray target = QFile::encodeName(path);
+    TemporaryFile temporary(layer_, target);
+    if (!temporary.exists())
+        return Written::failure(failed("create", temporary.path(), errno).error);
+    Result<> done = temporary.append(bytes.constData(), bytes.size());
+    if (done && layer_.fchmod(temporary.descriptor(), static_cast<mode_t>(mode)) == -1)
+        done = failed("set the mode of", temporary.path(), errno);
+    if (done)
+        done = temporary.finish();
+    const bool isFree = done && temporary.moveToFree(target);
+    if (done && !isFree && errno != EEXIST)
+        done = failed("rename the new file to", target, errno);
+    if (isFree)
+        done = synchroniseFolder(layer_, folderOf(target));
+    return done ? Written(isFree) : Written::failure(done.error);
+}
+
 Result<> DurableFileWriter::copy(const QString &from, const QString &to) const
 {
     const QByteArray target = QFile::encodeName(to);
-    struct stat present = {};
-    if (layer_.lstat(target, &present) == 0)
-        return failed("create", target, EEXIST);
-
     TemporaryFile temporary(layer_, target);
     if (!temporary.exists())
         return failed("create", temporary.path(), errno);
     if (Result<> result = fillCopy(layer_, QFile::encodeName(from), temporary); !result)
         return result;
-    if (Result<> result = temporary.moveTo(target); !result)
-        return result;
+    if (!temporary.moveToFree(target))
+        return failed("create", target, errno);
     return synchroniseFolder(layer_, folderOf(target));
 }
 
 Result<> DurableFileWriter::makeSymbolicLink(const QString &path, const QByteArray &text) const
 {
     const QByteArray link = QFile::encodeName(path);
-    if (layer_.readlink(link) == text)
+    if (layer_.readlinkat(AT_FDCWD, link.constData()) == text)
         return {};
     const QByteArray temporary = randomTemporaryName(link);
     if (layer_.symlink(text, temporary) == -1)
@@ -386,16 +416,15 @@ Result<> DurableFileWriter::makeFolder(const QString &path) const
     return ::makeFolder(layer_, QFile::encodeName(QDir::cleanPath(path)));
 }
 
-std::optional<QString> DurableFileWriter::resolve(const QString &path, QString *error) const
+Result<QString> DurableFileWriter::resolve(const QString &path) const
 {
-    const std::optional<QByteArray> target = resolved(layer_, QFile::encodeName(path), error);
-    return target ? std::optional(QFile::decodeName(*target)) : std::nullopt;
+    const Result<QByteArray> target = resolved(layer_, QFile::encodeName(path));
+    return target ? Result<QString>(QFile::decodeName(*target)) : Result<QString>::failure(target.error);
 }
 
 void DurableFileWriter::removeStrayTemporaries(const QString &path) const
 {
-    QString error;
-    const std::optional<QByteArray> target = resolved(layer_, QFile::encodeName(path), &error);
+    const Result<QByteArray> target = resolved(layer_, QFile::encodeName(path));
     if (!target)
         return;
     const QByteArray folder = folderOf(*target);

@@ -8,7 +8,6 @@
 #include <QByteArray>
 #include <QDateTime>
 #include <QString>
-#include <optional>
 
 class FileLayer;
 
@@ -52,6 +51,10 @@ public:
     /// several users share, it may lead anywhere. The rest is as with write().
     Result<> give(const QString &path, const QByteArray &bytes) const;
 
+    /// Writes a new file with that \a mode, whatever the umask. False if something has the name \a path,
+    /// which stays as it is, be it a link that leads nowhere.
+    Result<bool> writeIfFree(const QString &path, const QByteArray &bytes, int mode) const;
+
     /// Copies \a from to \a to, which must not exist: whole and durable, or not at all.
     Result<> copy(const QString &from, const QString &to) const;
 
@@ -70,9 +73,8 @@ public:
     Result<> makeFolder(const QString &path) const;
 
     /// The file that \a path stands for: symbolic links followed, the last one also where it leads to nothing
-    /// yet. None if the folder does not exist or cannot be reached, or if the path is another user's link,
-    /// with the reason in \a error.
-    std::optional<QString> resolve(const QString &path, QString *error) const;
+    /// yet. Fails if the folder does not exist or cannot be reached, or if the path is another user's link.
+    Result<QString> resolve(const QString &path) const;
 
     /// Removes temporary files that a killed writer left beside \a path. Call under the lock that guards it.
     void removeStrayTemporaries(const QString &path) const;

@@ -124,6 +124,11 @@ int FileLayer::rename(const QByteArray &from, const QByteArray &to)
     return ::rename(from.constData(), to.constData());
 }
 
+int FileLayer::renameToFree(const QByteArray &from, const QByteArray &to)
+{
+    return ::renameat2(AT_FDCWD, from.constData(), AT_FDCWD, to.constData(), RENAME_NOREPLACE);
+}
+
 int FileLayer::link(const QByteArray &existing, const QByteArray &created)
 {
     return ::link(existing.constData(), created.constData());
@@ -144,9 +149,9 @@ int FileLayer::mkdir(const QByteArray &path, mode_t mode)
     return ::mkdir(path.constData(), mode);
 }
 
-std::optional<QByteArray> FileLayer::readlink(const QByteArray &path)
+std::optional<QByteArray> FileLayer::readlinkat(int folder, const char *name)
 {
-    return linkText(AT_FDCWD, path.constData());
+    return linkText(folder, name);
 }
 
 std::optional<QByteArray> FileLayer::realpath(const QByteArray &path)

@@ -48,13 +48,16 @@ public:
     virtual int fsetxattr(int descriptor, const char *name, const void *value, size_t size);
 
     virtual int rename(const QByteArray &from, const QByteArray &to);
+    /// renameat2() with RENAME_NOREPLACE.
+    virtual int renameToFree(const QByteArray &from, const QByteArray &to);
     virtual int link(const QByteArray &existing, const QByteArray &created);
     virtual int symlink(const QByteArray &text, const QByteArray &created);
     virtual int unlink(const QByteArray &path);
     virtual int mkdir(const QByteArray &path, mode_t mode);
 
-    /// The text of a symbolic link; none, with errno, on failure.
-    virtual std::optional<QByteArray> readlink(const QByteArray &path);
+    /// The text of the symbolic link \a name in an open folder, or AT_FDCWD; with an empty name, of the one
+    /// that \a folder is. None, with errno, on failure.
+    virtual std::optional<QByteArray> readlinkat(int folder, const char *name);
     /// The path without symbolic links, "." and ".."; none, with errno, on failure.
     virtual std::optional<QByteArray> realpath(const QByteArray &path);
     /// The names in a folder but "." and ".."; none, with errno, on failure.

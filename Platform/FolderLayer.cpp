@@ -45,11 +45,6 @@ int FolderLayer::faccessat(int folder, const char *name, int mode)
     return ::faccessat(folder, name, mode, AT_EACCESS);
 }
 
-std::optional<QByteArray> FolderLayer::readlinkat(int folder, const char *name)
-{
-    return linkText(folder, name);
-}
-
 int FolderLayer::utimensat(int folder, const char *name, const Times &times)
 {
     return ::utimensat(folder, name, times.data(), AT_SYMLINK_NOFOLLOW);

@@ -26,9 +26,6 @@ public:
     virtual int fstatat(int folder, const char *name, struct stat *result, int flags);
     /// With the effective user's rights.
     virtual int faccessat(int folder, const char *name, int mode);
-    /// The text of the link \a name; with an empty name, of the one that \a folder is. None, with errno, on
-    /// failure.
-    virtual std::optional<QByteArray> readlinkat(int folder, const char *name);
     virtual int utimensat(int folder, const char *name, const Times &times);
     /// Also of a folder that was opened with O_PATH only.
     virtual int chmodOpen(int descriptor, mode_t mode);

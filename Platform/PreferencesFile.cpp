@@ -82,10 +82,9 @@ Result<> PreferencesFile::locate(bool create)
         if (Result<> result = writer_.makeFolder(QFileInfo(path_).path()); !result)
             return result;
     }
-    QString error;
-    const std::optional<QString> target = writer_.resolve(path_, &error);
+    const Result<QString> target = writer_.resolve(path_);
     if (!target)
-        return Result<>::failure(error);
+        return Result<>::failure(target.error);
     target_ = *target;
     backup_ = target_ + backupSuffix;
     return {};

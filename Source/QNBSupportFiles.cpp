@@ -49,7 +49,8 @@ QString linkAbove(const QString &path, const QString &root)
     return {};
 }
 
-Result<> copyIfMissing(const QString &path, const QString &defaults, const QString &supportPath)
+Result<> copyIfMissing(const QString &path, const QString &defaults, const QString &supportPath,
+                       FileLayer &layer)
 {
     if (!leadsDown(path))
         return Result<>::failure(QStringLiteral("the path leads out of the folder"));
@@ -65,12 +66,12 @@ Result<> copyIfMissing(const QString &path, const QString &defaults, const QStri
     struct stat information = {};
     if (!bytes || ::stat(QFile::encodeName(original).constData(), &information) != 0)
         return Result<>::failure(error.isEmpty() ? QStringLiteral("%1 is gone").arg(original) : error);
-    const DurableFileWriter writer;
+    const DurableFileWriter writer(&layer);
     if (Result<> made = writer.makeFolder(QFileInfo(target).path()); !made)
         return made;
-    DurableFileWriter::Options options;
-    options.newFileMode = static_cast<int>((information.st_mode & ACCESSPERMS) | S_IWUSR);
-    return writer.write(target, *bytes, options);
+    const Result<bool> written =
+        writer.writeIfFree(target, *bytes, static_cast<int>((information.st_mode & ACCESSPERMS) | S_IWUSR));
+    return written ? Result<>() : Result<>::failure(written.error);
 }
 
 } // namespace
@@ -94,11 +95,11 @@ QStringList QNBSupportFiles::namedBy(const QNBPresetRecord &preset)
 }
 
 Result<> QNBSupportFiles::copyMissing(const QStringList &paths, const QString &defaults,
-                                      const QString &supportPath)
+                                      const QString &supportPath, FileLayer &layer)
 {
     QStringList failures;
     for (const QString &path : paths) {
-        if (const Result<> copied = copyIfMissing(path, defaults, supportPath); !copied)
+        if (const Result<> copied = copyIfMissing(path, defaults, supportPath, layer); !copied)
             failures << lineText(QStringLiteral("%1: %2").arg(path, copied.error));
     }
     return failures.isEmpty() ? Result<>() : Result<>::failure(failures.join(u'\n'));

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "Platform/FileLayer.h"
 #include "Platform/Result.h"
 
 #include <QStringList>
@@ -18,9 +19,10 @@ QStringList namedBy(const QNBPresetRecord &preset);
 
 /// Copies those of the files \a paths that are missing below \a supportPath from below \a defaults, durably
 /// and with the modes of the originals, except that the owner may always change a copy. What is there is
-/// never touched, be it a link that leads nowhere; a file is not put into a folder that is a link, or is
-/// named by
-/// "..". On failure the error has a line for each file that is still missing; the others have been copied.
-Result<> copyMissing(const QStringList &paths, const QString &defaults, const QString &supportPath);
+/// never touched, be it a link that leads nowhere, or put there meanwhile; a file is not put into a folder
+/// that is a link, or is named by "..". On failure the error has a line for each file that is still missing;
+/// the others have been copied. \a layer stands for the system calls that write.
+Result<> copyMissing(const QStringList &paths, const QString &defaults, const QString &supportPath,
+                     FileLayer &layer = FileLayer::real());
 
 } // namespace QNBSupportFiles

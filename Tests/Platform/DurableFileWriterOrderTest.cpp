@@ -43,6 +43,11 @@ public:
         steps.append("rename to " + to);
         return FileLayer::rename(from, to);
     }
+    int renameToFree(const QByteArray &from, const QByteArray &to) override
+    {
+        steps.append("rename to " + to);
+        return FileLayer::renameToFree(from, to);
+    }
     ssize_t write(int descriptor, const void *buffer, size_t size) override
     {
         const ssize_t written = FileLayer::write(descriptor, buffer, size);

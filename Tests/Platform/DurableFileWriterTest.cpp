@@ -4,9 +4,12 @@
 #include "Platform/DurableFileWriter.h"
 #include "FailingFileLayer.h"
 #include "FileFixture.h"
+#include "KilledAtRename.h"
+#include "Platform/SystemCalls.h"
 #include "Tests/Session/Umask.h"
 
 #include <array>
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
 #include <unistd.h>
@@ -41,9 +44,9 @@ class LinksOfAnother : public FileLayer
 public:
     uid_t owner = ::geteuid() + 1;
 
-    int lstat(const QByteArray &path, struct stat *result) override
+    int fstat(int descriptor, struct stat *result) override
     {
-        const int status = FileLayer::lstat(path, result);
+        const int status = FileLayer::fstat(descriptor, result);
         if (status == 0 && S_ISLNK(result->st_mode))
             result->st_uid = owner;
         return status;
@@ -214,9 +217,9 @@ TEST_F(DurableFileWriterTest, AnotherGroupThatCannotBeGivenGainsNothing)
 {
     class AnotherOwner : public FailingFileLayer
     {
-        int stat(const QByteArray &path, struct stat *result) override
+        int lstat(const QByteArray &path, struct stat *result) override
         {
-            const int status = FailingFileLayer::stat(path, result);
+            const int status = FailingFileLayer::lstat(path, result);
             result->st_uid += 1;
             result->st_gid += 1;
             return status;
@@ -345,11 +348,7 @@ TEST_F(DurableFileWriterTest, FullDiskLeavesTheOldBytesForSmallAndLargeWrites)
 
 TEST_F(DurableFileWriterTest, StrayTemporariesOfThisFileAreRemoved)
 {
-    class Killed : public FileLayer
-    {
-        int rename(const QByteArray &, const QByteArray &) override { return -1; }
-        int unlink(const QByteArray &) override { return -1; }
-    } layer;
+    KilledAtRename layer;
     put(path(), oldBytes);
     EXPECT_FALSE(DurableFileWriter(&layer).write(path(), newBytes, withBackup_));
     EXPECT_FALSE(DurableFileWriter(&layer).write(in(QStringLiteral("neighbour")), newBytes));
@@ -363,7 +362,7 @@ TEST_F(DurableFileWriterTest, StrayTemporariesOfThisFileAreRemoved)
 TEST_F(DurableFileWriterTest, ALinkIsReplacedWhateverFails)
 {
     const QString link = in(QStringLiteral("link"));
-    const auto text = [&link] { return FileLayer::real().readlink(QFile::encodeName(link)); };
+    const auto text = [&link] { return linkText(AT_FDCWD, QFile::encodeName(link).constData()); };
     int failures = 0;
     for (int call = 0;; ++call) {
         ASSERT_TRUE(DurableFileWriter().makeSymbolicLink(link, "old \xff"));

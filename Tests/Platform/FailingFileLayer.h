@@ -107,6 +107,10 @@ public:
     {
         return fails() ? -1 : FileLayer::rename(from, to);
     }
+    int renameToFree(const QByteArray &from, const QByteArray &to) override
+    {
+        return fails() ? -1 : FileLayer::renameToFree(from, to);
+    }
     int link(const QByteArray &existing, const QByteArray &created) override
     {
         if (!hasLinks) {

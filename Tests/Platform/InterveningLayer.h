@@ -104,6 +104,10 @@ public:
     {
         return refuses("rename") ? -1 : FolderLayer::rename(from, to);
     }
+    int renameToFree(const QByteArray &from, const QByteArray &to) override
+    {
+        return refuses("renameToFree") ? -1 : FolderLayer::renameToFree(from, to);
+    }
     int link(const QByteArray &existing, const QByteArray &created) override
     {
         return refuses("link") ? -1 : FolderLayer::link(existing, created);
@@ -117,9 +121,9 @@ public:
     {
         return refuses("mkdir") ? -1 : FolderLayer::mkdir(path, mode);
     }
-    std::optional<QByteArray> readlink(const QByteArray &path) override
+    std::optional<QByteArray> readlinkat(int folder, const char *name) override
     {
-        return refuses("readlink") ? std::nullopt : FolderLayer::readlink(path);
+        return refuses("readlinkat") ? std::nullopt : FolderLayer::readlinkat(folder, name);
     }
     std::optional<QByteArray> realpath(const QByteArray &path) override
     {
@@ -149,10 +153,6 @@ public:
     int faccessat(int folder, const char *name, int mode) override
     {
         return refuses("faccessat") ? -1 : FolderLayer::faccessat(folder, name, mode);
-    }
-    std::optional<QByteArray> readlinkat(int folder, const char *name) override
-    {
-        return refuses("readlinkat") ? std::nullopt : FolderLayer::readlinkat(folder, name);
     }
     int utimensat(int folder, const char *name, const Times &times) override
     {

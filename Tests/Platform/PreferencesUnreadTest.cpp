@@ -51,10 +51,6 @@ public:
     {
         return refuses(path) ? -1 : FileLayer::mkdir(path, mode);
     }
-    std::optional<QByteArray> readlink(const QByteArray &path) override
-    {
-        return refuses(path) ? std::nullopt : FileLayer::readlink(path);
-    }
     std::optional<QByteArray> realpath(const QByteArray &path) override
     {
         return refuses(path) ? std::nullopt : FileLayer::realpath(path);

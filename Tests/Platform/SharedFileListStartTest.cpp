@@ -6,12 +6,13 @@
 #include "Platform/SharedFileList.h"
 
 #include "Platform/DesktopEntry.h"
-#include "Platform/FileLayer.h"
 #include "Platform/FileURL.h"
+#include "Platform/SystemCalls.h"
 #include "SharedFileListFixture.h"
 #include "Tests/Session/ChildProcess.h"
 
 #include <cstdio>
+#include <fcntl.h>
 #include <memory>
 #include <vector>
 
@@ -222,7 +223,7 @@ TEST_F(SharedFileListStartTest, APathThatIsNoTextIsStartedAndNotTheOneThatItLook
     ASSERT_TRUE(start);
     EXPECT_EQ(start->processName, TestApplication::defaultExecutable);
     EXPECT_EQ(start->arguments, QList<QByteArray>());
-    EXPECT_EQ(FileLayer::real().readlink(start->program),
+    EXPECT_EQ(linkText(AT_FDCWD, start->program.constData()),
               path + "/Contents/MacOS/" + TestApplication::defaultExecutable);
     EXPECT_FALSE(alike.wasStarted());
 
@@ -243,7 +244,7 @@ TEST_F(SharedFileListStartTest, AProgramWhoseNameIsNoTextIsStarted)
     QString error;
     const std::optional<DesktopEntry> written = DesktopEntry::parse(contentOf(entry), &error);
     ASSERT_TRUE(written) << qPrintable(error);
-    EXPECT_EQ(FileLayer::real().readlink(written->program()), path);
+    EXPECT_EQ(linkText(AT_FDCWD, written->program().constData()), path);
 }
 
 TEST_F(SharedFileListStartTest, AListThatNoStarterFindsIsNotLedTo)

@@ -4,6 +4,7 @@
 #include "Source/QNBSupportFiles.h"
 
 #include "Source/QNBPresetRecord.h"
+#include "Tests/Platform/InterveningLayer.h"
 
 #include <QDir>
 #include <QFile>
@@ -101,6 +102,16 @@ TEST_F(QNBSupportFilesTest, WhatIsThereStaysAsItIs)
     EXPECT_EQ(read(brief), "mine");
     EXPECT_TRUE(QFileInfo(support + u'/' + script).isSymLink());
     EXPECT_FALSE(QFileInfo::exists(nowhere)) << "the link was not followed";
+}
+
+TEST_F(QNBSupportFilesTest, WhatAppearsMeanwhileStaysAsItIs)
+{
+    InterveningLayer layer;
+    layer.before("renameToFree", 0, [this] { write(support + u'/' + brief, "mine"); });
+    const Result<> copied = QNBSupportFiles::copyMissing({brief}, defaults, support, layer);
+    EXPECT_TRUE(copied) << qPrintable(copied.error);
+    EXPECT_EQ(layer.made().count("renameToFree"), 1);
+    EXPECT_EQ(read(brief), "mine");
 }
 
 TEST_F(QNBSupportFilesTest, NothingIsPutIntoAFolderThatIsALink)
