@@ -67,13 +67,12 @@ QString scriptsFolder()
 
 void runScript(const CreationRequest &request, const QString &name, CreationReport &report)
 {
-    QString error;
-    const std::optional<Script> script = Script::find(name, scriptsFolder(), &error);
+    const Result<Script> script = Script::find(name, scriptsFolder());
     if (!script) {
         report.status = Status::ScriptFailed;
         report.script.outcome = ScriptResult::Outcome::CouldNotStart;
-        report.script.error = error;
-        report.message = error;
+        report.script.error = script.error;
+        report.message = script.error;
         return;
     }
     const ScriptApprovals approvals;

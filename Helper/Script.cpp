@@ -14,6 +14,7 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <algorithm>
 #include <cerrno>
 #include <utility>
 
@@ -29,13 +30,36 @@ bool isBelow(const QString &path, const QString &folder)
     return path.startsWith(folder.endsWith(u'/') ? folder : folder + u'/');
 }
 
+/// The kernel looks at no more of a first line.
+constexpr qsizetype kernelsLine = 256;
+
+/// The word of the first line of a script that is a path relative to the folder in which it runs; empty if
+/// there is none, or no such line.
+QByteArray relativeInterpreter(const QByteArray &content)
+{
+    if (!content.startsWith("#!"))
+        return {};
+    const QByteArray line = content.left(kernelsLine).split('\n').constFirst().mid(2);
+    const QByteArrayList words = line.simplified().split(' ');
+    const QByteArray &interpreter = words.first();
+    if (!interpreter.startsWith('/'))
+        return interpreter;
+    if (!interpreter.endsWith("/env"))
+        return {};
+    // What has no slash it looks for as a shell does.
+    const auto relative = std::find_if(words.cbegin() + 1, words.cend(), [](const QByteArray &word) {
+        return word.contains('/') && !word.startsWith('/') && !word.contains('=');
+    });
+    return relative == words.cend() ? QByteArray() : *relative;
+}
+
 } // namespace
 
-std::optional<Script> Script::find(const QString &name, const QString &scriptsFolder, QString *error)
+Result<Script> Script::find(const QString &name, const QString &scriptsFolder)
 {
-    const auto fail = [&name, error](const QString &reason) {
-        *error = tr("The script \"%1\" cannot be used: %2").arg(lineText(name), reason);
-        return std::nullopt;
+    const auto fail = [&name](const QString &reason) {
+        return Result<Script>::failure(
+            tr("The script \"%1\" cannot be used: %2").arg(lineText(name), reason));
     };
     const Creation::SupportFile entry(FolderLayer::real(), QFile::encodeName(scriptsFolder), name,
                                       Creation::SupportFile::Kind::FileOrFolder);
@@ -58,6 +82,8 @@ std::optional<Script> Script::find(const QString &name, const QString &scriptsFo
         return fail(file.error);
     if (!file->isExecutable)
         return fail(tr("it is not executable"));
+    if (const QByteArray relative = relativeInterpreter(file->content); !relative.isEmpty())
+        return fail(tr("its first line has to name \"%1\" by an absolute path").arg(lineText(relative)));
     const Result<QByteArray> content =
         script.bundlePath_.isEmpty() ? file->content : ScriptCopy::descriptionOf(script.bundlePath_);
     if (!content)

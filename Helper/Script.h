@@ -8,7 +8,6 @@
 
 #include <QByteArray>
 #include <QString>
-#include <optional>
 
 class ScriptCopy;
 
@@ -21,9 +20,11 @@ class ScriptCopy;
 class Script
 {
 public:
-    /// The script \a name of \a scriptsFolder, found as Creation::SupportFile finds it. None if it is not
-    /// there, if it is not executable, or cannot be read, with the reason for people in \a error.
-    static std::optional<Script> find(const QString &name, const QString &scriptsFolder, QString *error);
+    /// The script \a name of \a scriptsFolder, found as Creation::SupportFile finds it. Fails, with a reason
+    /// for people, if it is not there, if it is not executable or cannot be read, and if its first line names
+    /// an interpreter by a relative path: that would be looked for in the target, which a stranger may have
+    /// filled.
+    static Result<Script> find(const QString &name, const QString &scriptsFolder);
 
     /// Of the file that was read, or of the program in the bundle, without links.
     const QString &path() const { return path_; }

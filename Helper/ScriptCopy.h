@@ -13,7 +13,8 @@
 
 /// What runs of a script: a copy that was made of the very bytes that were looked at, alone in a new folder
 /// that is closed to other users. Whoever may write to the folder of scripts, and be it between the look and
-/// the start, changes nothing of it. It goes with its owner.
+/// the start, changes nothing of it. It goes with its owner. Nothing protects it from the user's own
+/// processes, which may change whatever the user may.
 class ScriptCopy
 {
 public:

@@ -48,9 +48,9 @@ struct ScriptResult
 namespace ScriptProcess {
 
 /// Starts \a program with \a arguments in \a folder, without a shell: nothing to read, the environment of
-/// this process, a process group of its own. What it leaves running when it ends goes on, but its output is
-/// not read any more; at the time limit, and at an interruption, it is killed with everything that it has
-/// started, also what has left its process group or its session.
+/// this process as ScriptEnvironment gives it, a process group of its own. What it leaves running when it
+/// ends goes on, but its output is not read any more; at the time limit, and at an interruption, it is killed
+/// with everything that it has started, also what has left its process group or its session.
 ScriptResult run(const QByteArray &program, const QByteArrayList &arguments, const QByteArray &folder,
                  const ScriptLimits &limits);
 

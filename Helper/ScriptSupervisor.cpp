@@ -3,6 +3,7 @@
 
 #include "Helper/ScriptSupervisor.h"
 
+#include "Helper/ScriptEnvironment.h"
 #include "Platform/ProcessStart.h"
 
 #include <algorithm>
@@ -45,10 +46,12 @@ constexpr int mostTriesOfBusyFile = 200;
 class Supervision
 {
 public:
-    Supervision(int socket, const char *program, char *const *arguments, const ProcessStart &beginning)
+    Supervision(int socket, const char *program, char *const *arguments, char *const *environment,
+                const ProcessStart &beginning)
         : socket_(socket)
         , program_(program)
         , arguments_(arguments)
+        , environment_(environment)
         , beginning_(beginning)
     {
     }
@@ -92,7 +95,7 @@ private:
             if (tries > 0)
                 pause();
             error = ::posix_spawn(&script_, program_, &beginning_.actions, &beginning_.attributes, arguments_,
-                                  environ);
+                                  environment_);
         }
         return error;
     }
@@ -229,6 +232,7 @@ private:
     const int socket_;
     const char *const program_;
     char *const *const arguments_;
+    char *const *const environment_;
     const ProcessStart &beginning_;
     int signals_ = -1;
     pid_t script_ = 0;
@@ -275,12 +279,15 @@ std::optional<ScriptSupervisor> ScriptSupervisor::start(const QByteArray &progra
     // All that needs memory is made before there are two.
     QByteArrayList words = QByteArrayList{program} + arguments;
     const std::vector<char *> pointers = ProcessStart::pointersTo(words);
+    QByteArrayList assignments = ScriptEnvironment::assignments();
+    const std::vector<char *> environment = ProcessStart::pointersTo(assignments);
     ProcessStart beginning;
     ::posix_spawn_file_actions_addopen(&beginning.actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
     ::posix_spawn_file_actions_adddup2(&beginning.actions, output, STDOUT_FILENO);
     ::posix_spawn_file_actions_adddup2(&beginning.actions, output, STDERR_FILENO);
     ::posix_spawn_file_actions_addchdir_np(&beginning.actions, folder.constData());
-    Supervision supervision(supervisors.get(), program.constData(), pointers.data(), beginning);
+    Supervision supervision(supervisors.get(), program.constData(), pointers.data(), environment.data(),
+                            beginning);
 
     // No handler of this program is to run in the copy.
     sigset_t all;

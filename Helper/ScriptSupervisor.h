@@ -36,7 +36,8 @@ public:
     };
 
     /// Starts \a program with \a arguments in \a folder: nothing to read, what it writes goes to \a output,
-    /// and otherwise as ProcessStart says. None with the reason in \a error if there is no supervisor for it.
+    /// the environment is that of ScriptEnvironment, and otherwise as ProcessStart says. None with the reason
+    /// in \a error if there is no supervisor for it.
     static std::optional<ScriptSupervisor> start(const QByteArray &program, const QByteArrayList &arguments,
                                                  const QByteArray &folder, int output, QString *error);
     ScriptSupervisor(ScriptSupervisor &&other) noexcept;

@@ -139,6 +139,31 @@ TEST_F(ScriptProcessTest, InheritsTheEnvironment)
     EXPECT_EQ(result.output, "a value\n");
 }
 
+TEST_F(ScriptProcessTest, FindsNoProgramInTheFolderItRunsIn)
+{
+    for (const char *name : {"script", "quenby-test-tool"}) {
+        QFile file(QFile::decodeName(path(name)));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(name == QByteArray("script") ? "#!/usr/bin/env quenby-test-tool\n"
+                                                : "#!/bin/sh\necho of a stranger\n");
+        file.close();
+        ASSERT_TRUE(file.setPermissions(QFile::ReadOwner | QFile::ExeOwner));
+    }
+    const QByteArray before = qgetenv("PATH");
+    const auto printed = [this](const QByteArray &list) {
+        EXPECT_TRUE(qputenv("PATH", list));
+        EXPECT_TRUE(qputenv("LD_LIBRARY_PATH", list));
+        EXPECT_EQ(ScriptProcess::run(path("script"), {}, folder(), limits_).code, 127) << list.constData();
+        return shell("echo $PATH,$LD_LIBRARY_PATH").output;
+    };
+    EXPECT_EQ(printed(":.:/usr/bin:in:/bin:"), "/usr/bin:/bin,/usr/bin:/bin\n");
+    EXPECT_EQ(printed("/usr/bin:/bin"), "/usr/bin:/bin,/usr/bin:/bin\n");
+    EXPECT_EQ(printed("."), "/bin:/usr/bin,\n");
+    EXPECT_EQ(printed(""), "/bin:/usr/bin,\n");
+    qputenv("PATH", before);
+    qunsetenv("LD_LIBRARY_PATH");
+}
+
 TEST_F(ScriptProcessTest, IsEndedAtTheTimeLimitWithEverythingItStarted)
 {
     limits_.duration = 500ms;

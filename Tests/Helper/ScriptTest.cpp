@@ -88,15 +88,9 @@ protected:
         return bundle;
     }
 
-    std::optional<Script> find(const QString &name) { return Script::find(name, scripts(), &error_); }
+    Result<Script> find(const QString &name) const { return Script::find(name, scripts()); }
     /// Why there is no such script; empty if there is one.
-    QString reason(const QString &name)
-    {
-        error_.clear();
-        return find(name) ? QString() : error_;
-    }
-
-    QString error_;
+    QString reason(const QString &name) const { return find(name).error; }
 };
 
 } // namespace
@@ -104,8 +98,8 @@ protected:
 TEST_F(ScriptTest, RunsWithTheTargetAndTheLabelInTheTarget)
 {
     putProgram(scripts() + QStringLiteral("/Sub/a script.sh"));
-    const std::optional<Script> script = find(QStringLiteral("Sub/a script.sh"));
-    ASSERT_TRUE(script) << qPrintable(error_);
+    const Result<Script> script = find(QStringLiteral("Sub/a script.sh"));
+    ASSERT_TRUE(script) << qPrintable(script.error);
     EXPECT_EQ(script->content(), program);
     const ScriptResult result = script->run(target(), QStringLiteral("Label $(touch x); \u00e4"));
     EXPECT_TRUE(result.hasSucceeded()) << qPrintable(result.failure());
@@ -120,8 +114,8 @@ TEST_F(ScriptTest, RunsAloneInAFolderThatIsClosedToOthers)
     putProgram(scripts() + QStringLiteral("/first"),
                "#!/bin/sh\nhere=$(dirname \"$0\")\nls -A \"$here\"; stat -c %a \"$here\" \"$0\"\n");
     putProgram(scripts() + QStringLiteral("/second"));
-    const std::optional<Script> script = find(QStringLiteral("first"));
-    ASSERT_TRUE(script) << qPrintable(error_);
+    const Result<Script> script = find(QStringLiteral("first"));
+    ASSERT_TRUE(script) << qPrintable(script.error);
     EXPECT_EQ(script->run(target(), QStringLiteral("Label")).output, "first\n700\n500\n");
 }
 
@@ -135,7 +129,7 @@ TEST_F(ScriptTest, RunsNothingThatWasNotAllowedWhileFilesAreExchanged)
     {
         const Exchange exchange(path, in(QStringLiteral("evil")));
         while (allowedRuns < runs) {
-            const std::optional<Script> script = find(QStringLiteral("script"));
+            const Result<Script> script = find(QStringLiteral("script"));
             if (!script || script->content() != allowed)
                 continue;
             ASSERT_EQ(script->run(target(), QString()).output, "allowed\n") << "in run " << allowedRuns;
@@ -152,8 +146,8 @@ TEST_F(ScriptTest, OfABundleNothingRunsThatWasNotAllowedWhileFilesAreExchanged)
     const QString words = bundle + QStringLiteral("/Contents/Resources/words");
     put(words, allowed);
     put(in(QStringLiteral("evil")), evil);
-    const std::optional<Script> script = find(QStringLiteral("Tool.app"));
-    ASSERT_TRUE(script) << qPrintable(error_);
+    const Result<Script> script = find(QStringLiteral("Tool.app"));
+    ASSERT_TRUE(script) << qPrintable(script.error);
     const int runs = seriesOf(50, 2000);
     int allowedRuns = 0;
     {
@@ -173,9 +167,8 @@ TEST_F(ScriptTest, LinksInsideTheFolderAreFollowed)
     putProgram(scripts() + QStringLiteral("/Sub/script"));
     ASSERT_TRUE(QFile::link(QStringLiteral("Sub/script"), scripts() + QStringLiteral("/link")));
     ASSERT_TRUE(QFile::link(scripts(), in(QStringLiteral("elsewhere"))));
-    EXPECT_TRUE(find(QStringLiteral("link"))) << qPrintable(error_);
-    EXPECT_TRUE(Script::find(QStringLiteral("link"), in(QStringLiteral("elsewhere")), &error_))
-        << qPrintable(error_);
+    EXPECT_EQ(reason(QStringLiteral("link")), QString());
+    EXPECT_TRUE(Script::find(QStringLiteral("link"), in(QStringLiteral("elsewhere"))));
 }
 
 TEST_F(ScriptTest, NothingOutsideTheFolderIsAScript)
@@ -195,8 +188,8 @@ TEST_F(ScriptTest, ALinkOfTheUsersOwnLeadsToAScriptAnywhere)
     ASSERT_TRUE(QFile::link(QStringLiteral("../outside"), scripts() + QStringLiteral("/link")));
     ASSERT_TRUE(QFile::link(root(), scripts() + QStringLiteral("/Sub/up")));
     for (const char *name : {"link", "Sub/up/outside"}) {
-        const std::optional<Script> script = find(QString::fromLatin1(name));
-        ASSERT_TRUE(script) << qPrintable(error_);
+        const Result<Script> script = find(QString::fromLatin1(name));
+        ASSERT_TRUE(script) << qPrintable(script.error);
         EXPECT_EQ(script->path(), QFileInfo(in(QStringLiteral("outside"))).canonicalFilePath());
         EXPECT_EQ(script->run(target(), QString()).output, "outside\n");
     }
@@ -208,8 +201,8 @@ TEST_F(ScriptTest, ALinkToABundleRunsItsExecutable)
     putProgram(bundle + QStringLiteral("/Contents/MacOS/tool"), "#!/bin/sh\necho tool\n");
     std::filesystem::rename(bundle.toStdString(), in(QStringLiteral("Tool.app")).toStdString());
     ASSERT_TRUE(QFile::link(in(QStringLiteral("Tool.app")), scripts() + QStringLiteral("/link")));
-    const std::optional<Script> script = find(QStringLiteral("link"));
-    ASSERT_TRUE(script) << qPrintable(error_);
+    const Result<Script> script = find(QStringLiteral("link"));
+    ASSERT_TRUE(script) << qPrintable(script.error);
     EXPECT_TRUE(script->content().contains(" - Contents/Resources/words\n"));
     EXPECT_EQ(script->run(target(), QString()).output, "tool\n");
 }
@@ -221,10 +214,10 @@ TEST_F(ScriptTest, ALinkThatAnotherUserMayHaveMadeIsRefused)
     for (const mode_t mode : {0777, 0775, 0757, 01777}) {
         ASSERT_EQ(::chmod(QFile::encodeName(scripts()).constData(), mode), 0);
         EXPECT_FALSE(reason(QStringLiteral("link")).isEmpty()) << mode;
-        EXPECT_TRUE(find(QStringLiteral("script"))) << qPrintable(error_);
+        EXPECT_EQ(reason(QStringLiteral("script")), QString());
     }
     ASSERT_EQ(::chmod(QFile::encodeName(scripts()).constData(), 0755), 0);
-    EXPECT_TRUE(find(QStringLiteral("link"))) << qPrintable(error_);
+    EXPECT_EQ(reason(QStringLiteral("link")), QString());
 }
 
 TEST_F(ScriptTest, APortableApplicationRunsItsStarter)
@@ -233,8 +226,8 @@ TEST_F(ScriptTest, APortableApplicationRunsItsStarter)
     QDir().mkpath(folder + QStringLiteral("/lib"));
     putProgram(folder + QStringLiteral("/AppRun"), "#!/bin/sh\ncat \"$(dirname \"$0\")/lib/words\"\n");
     put(folder + QStringLiteral("/lib/words"), "portable");
-    const std::optional<Script> script = find(QStringLiteral("Portable.app"));
-    ASSERT_TRUE(script) << qPrintable(error_);
+    const Result<Script> script = find(QStringLiteral("Portable.app"));
+    ASSERT_TRUE(script) << qPrintable(script.error);
     EXPECT_TRUE(script->content().contains(" x AppDir/AppRun\n")) << script->content().constData();
     EXPECT_TRUE(script->content().contains(" - AppDir/lib/words\n")) << script->content().constData();
     EXPECT_EQ(script->run(target(), QString()).output, "portable");
@@ -246,7 +239,25 @@ TEST_F(ScriptTest, WhatCannotBeExecutedOrReadIsNoScript)
     ASSERT_EQ(::mkfifo(QFile::encodeName(scripts() + QStringLiteral("/pipe")).constData(), 0700), 0);
     for (const char *name : {"absent", "text", "pipe", "Sub"})
         EXPECT_FALSE(reason(QString::fromLatin1(name)).isEmpty()) << name;
-    EXPECT_FALSE(Script::find(QStringLiteral("text"), in(QStringLiteral("absent")), &error_));
+    EXPECT_FALSE(Script::find(QStringLiteral("text"), in(QStringLiteral("absent"))));
+}
+
+TEST_F(ScriptTest, NoInterpreterIsLookedForInTheTarget)
+{
+    const QString name = QStringLiteral("script");
+    for (const auto &[line, word] :
+         {std::pair{"tool", "tool"}, std::pair{" \t./tool -x", "./tool"}, std::pair{"in/tool", "in/tool"},
+          std::pair{"/usr/bin/env ./tool", "./tool"}, std::pair{"/usr/bin/env -S in/tool -x", "in/tool"}}) {
+        putProgram(scripts() + u'/' + name, QByteArray("#!") + line + "\nexit\n");
+        EXPECT_TRUE(reason(name).contains(QStringLiteral("\"%1\"").arg(QLatin1String(word))))
+            << line << ": " << qPrintable(reason(name));
+    }
+    for (const char *line : {"/bin/sh", " /bin/sh -e", "/usr/bin/env sh", "/usr/bin/env -S A=b/c /bin/sh"}) {
+        putProgram(scripts() + u'/' + name, QByteArray("#!") + line + "\nexit\n");
+        EXPECT_EQ(reason(name), QString()) << line;
+    }
+    putProgram(putBundle("tool") + QStringLiteral("/Contents/MacOS/tool"), "#!tool\n");
+    EXPECT_TRUE(reason(QStringLiteral("Tool.app")).contains(QStringLiteral("\"tool\"")));
 }
 
 TEST_F(ScriptTest, AHugeProgramIsNoScript)
@@ -256,14 +267,14 @@ TEST_F(ScriptTest, AHugeProgramIsNoScript)
     ASSERT_TRUE(QFile::resize(path, ScriptFile::largest + 1));
     EXPECT_FALSE(reason(QStringLiteral("huge")).isEmpty());
     ASSERT_TRUE(QFile::resize(path, ScriptFile::largest));
-    EXPECT_TRUE(find(QStringLiteral("huge"))) << qPrintable(error_);
+    EXPECT_EQ(reason(QStringLiteral("huge")), QString());
 }
 
 TEST_F(ScriptTest, RunsAsItWasReadWhateverBecomesOfTheFile)
 {
     const QString path = scripts() + QStringLiteral("/script");
     putProgram(path, allowed);
-    const std::optional<Script> script = find(QStringLiteral("script"));
+    const Result<Script> script = find(QStringLiteral("script"));
     ASSERT_TRUE(script);
     put(path, evil);
     EXPECT_EQ(script->run(target(), QString()).output, "allowed\n");
@@ -277,7 +288,7 @@ TEST_F(ScriptTest, RunsAsItWasReadWhateverBecomesOfTheFile)
 TEST_F(ScriptTest, DoesNotRunWhereItCannotBeCopied)
 {
     putProgram(scripts() + QStringLiteral("/script"));
-    const std::optional<Script> script = find(QStringLiteral("script"));
+    const Result<Script> script = find(QStringLiteral("script"));
     ASSERT_TRUE(script);
     qputenv("XDG_RUNTIME_DIR", "/proc/nothing");
     qputenv("XDG_STATE_HOME", "/proc/nothing");
@@ -293,8 +304,8 @@ TEST_F(ScriptTest, ABundleRunsItsExecutable)
 {
     const QString bundle = putBundle("tool");
     putProgram(bundle + QStringLiteral("/Contents/MacOS/tool"));
-    const std::optional<Script> script = find(QStringLiteral("Tool.app"));
-    ASSERT_TRUE(script) << qPrintable(error_);
+    const Result<Script> script = find(QStringLiteral("Tool.app"));
+    ASSERT_TRUE(script) << qPrintable(script.error);
     EXPECT_TRUE(script->isText());
     EXPECT_TRUE(script->content().contains(" x Contents/MacOS/tool\n")) << script->content().constData();
     EXPECT_TRUE(script->content().contains(" - Contents/Resources/words\n"));
@@ -307,7 +318,7 @@ TEST_F(ScriptTest, ABundleOfWhichAnythingWasChangedDoesNotRun)
 {
     const QString bundle = putBundle("tool");
     putProgram(bundle + QStringLiteral("/Contents/MacOS/tool"));
-    const std::optional<Script> script = find(QStringLiteral("Tool.app"));
+    const Result<Script> script = find(QStringLiteral("Tool.app"));
     ASSERT_TRUE(script);
     put(bundle + QStringLiteral("/Contents/Resources/words"), "of another");
     EXPECT_EQ(script->run(target(), QString()).outcome, Outcome::CouldNotStart);
@@ -338,8 +349,8 @@ TEST_F(ScriptTest, LinksInABundleLeadToWhatIsInIt)
         ASSERT_TRUE(QFile::remove(link));
     }
     ASSERT_TRUE(QFile::link(QStringLiteral("../Resources/words"), link));
-    const std::optional<Script> script = find(QStringLiteral("Tool.app"));
-    ASSERT_TRUE(script) << qPrintable(error_);
+    const Result<Script> script = find(QStringLiteral("Tool.app"));
+    ASSERT_TRUE(script) << qPrintable(script.error);
     EXPECT_EQ(script->run(target(), QString()).output, "of the tool");
 }
 
@@ -355,7 +366,7 @@ TEST_F(ScriptTest, IsShownWithEveryCharacterThatHides)
 {
     const QString path = scripts() + QStringLiteral("/script");
     putProgram(path, "#!/bin/sh\n\techo \xc3\xa4\r\x1b[2J \xe2\x80\xae\xe2\x80\xa8\x07\n");
-    const std::optional<Script> script = find(QStringLiteral("script"));
+    const Result<Script> script = find(QStringLiteral("script"));
     ASSERT_TRUE(script);
     EXPECT_TRUE(script->isText());
     EXPECT_EQ(script->shownContent(),
@@ -365,7 +376,7 @@ TEST_F(ScriptTest, IsShownWithEveryCharacterThatHides)
 TEST_F(ScriptTest, BytesThatAreNoTextAreShown)
 {
     putProgram(scripts() + QStringLiteral("/latin"), "#!/bin/sh\n# f\xfcr\n");
-    const std::optional<Script> script = find(QStringLiteral("latin"));
+    const Result<Script> script = find(QStringLiteral("latin"));
     ASSERT_TRUE(script);
     EXPECT_TRUE(script->isText());
     EXPECT_EQ(script->shownContent(), QStringLiteral("#!/bin/sh\n# f<0xFC>r\n"));

@@ -28,9 +28,8 @@ protected:
         const QString name = QStringLiteral("script");
         put(in(name), bytes);
         QFile::setPermissions(in(name), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-        QString error;
-        const std::optional<Script> script = Script::find(name, root(), &error);
-        ASSERT_TRUE(script) << qPrintable(error);
+        const Result<Script> script = Script::find(name, root());
+        ASSERT_TRUE(script) << qPrintable(script.error);
         panel_.emplace(CreationOrder{.label = QStringLiteral("Letters"), .folder = root()}, *script,
                        [this](bool mayRun) { answers_.append(mayRun); });
         panel_->show();
