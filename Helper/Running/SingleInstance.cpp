@@ -52,7 +52,8 @@ bool SingleInstance::acquire(const QString &runtimeFolder)
     if (lock)
         lock_.emplace(std::move(*lock));
     else
-        qCInfo(lcInstance) << "another helper runs:" << error;
+        // Held by another helper, or not to be had at all.
+        qCWarning(lcInstance) << "not started:" << error;
     return lock_.has_value();
 }
 
@@ -64,7 +65,7 @@ void SingleInstance::claimName(const std::function<void()> &isTaken)
                    const uint answer = reply.arguments().value(0).toUInt();
                    if (reply.type() == QDBusMessage::ErrorMessage || answer == isOwner || answer == wasOwner)
                        return;
-                   qCInfo(lcInstance) << "another helper runs on the session bus";
+                   qCWarning(lcInstance) << "ends: another helper is on the session bus";
                    isTaken();
                }));
 }

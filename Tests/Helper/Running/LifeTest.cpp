@@ -19,6 +19,7 @@
 #include <gmock/gmock.h>
 
 using ::testing::HasSubstr;
+using ::testing::Not;
 
 namespace {
 
@@ -110,7 +111,7 @@ TEST_F(LifeProgramTest, ASecondOneEndsAtOnceAndLeavesTheFirstAlone)
     const auto second = startIn(environment());
     ASSERT_TRUE(second->waitForEnd(std::chrono::minutes(1)));
     EXPECT_TRUE(second->hasReturned(0));
-    EXPECT_THAT(second->errors().toStdString(), HasSubstr("another helper runs"));
+    EXPECT_THAT(second->errors().toStdString(), HasSubstr("is locked by another process"));
     EXPECT_TRUE(helper->isRunning());
     expectEndOf(*helper);
     const auto third = start();
@@ -124,9 +125,19 @@ TEST_F(LifeProgramTest, ASecondOneEndsAtOnceWithoutABusToo)
     ASSERT_TRUE(waitUntilItHasRead(*helper));
     const auto second = startIn(withoutBus());
     ASSERT_TRUE(second->waitForEnd(std::chrono::minutes(1)));
-    EXPECT_THAT(second->errors().toStdString(), HasSubstr("another helper runs"));
+    EXPECT_THAT(second->errors().toStdString(), HasSubstr("is locked by another process"));
     EXPECT_TRUE(helper->isRunning());
     expectEndOf(*helper);
+}
+
+TEST_F(LifeProgramTest, OneThatCannotLockSaysWhyAndDoesNotClaimThatAnotherOneRuns)
+{
+    store(settings());
+    ASSERT_TRUE(QDir().mkdir(home_.runtimeFolder() + QStringLiteral("/quenby-helper.lock")));
+    const auto helper = startIn(environment());
+    ASSERT_TRUE(helper->waitForEnd(std::chrono::minutes(1)));
+    EXPECT_THAT(helper->errors().toStdString(), HasSubstr("not started: \"cannot open the lock "));
+    EXPECT_THAT(helper->errors().toStdString(), Not(HasSubstr("another")));
 }
 
 TEST_F(LifeProgramTest, ABusThatIsSilentKeepsItNeitherFromRunningNorFromEnding)
