@@ -137,7 +137,9 @@ std::optional<FileLock> History::lock(QString *error) const
     }
     std::optional<FileLock> lock =
         FileLock::acquire(FileLayer::real(), path() + lockSuffix, lockTimeout, error);
-    if (lock)
-        writer.removeStrayTemporaries(path());
+    if (lock) {
+        for (const QString &file : {path(), undoingPath()})
+            writer.removeStrayTemporaries(file);
+    }
     return lock;
 }

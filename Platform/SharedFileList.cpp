@@ -248,6 +248,7 @@ Result<> SharedFileList::insertItemURL(const QUrl &url) const
     DesktopEntry::appendString(entry, urlKey, address.toEncoded());
     const qlonglong place = lastPlace == std::numeric_limits<qlonglong>::max() ? lastPlace : lastPlace + 1;
     DesktopEntry::appendString(entry, placeKey, QByteArray::number(place));
+    writer.removeStrayTemporaries(in(*fileName));
     return writer.write(in(*fileName), entry, {.newFileMode = entryMode});
 }
 

@@ -75,8 +75,12 @@ void RecentFolders::write() const
     Result<> written = Result<>::failure(list.error);
     if (list)
         written = writer.makeFolder(folder_);
-    if (written)
-        written = writer.write(QDir(folder_).filePath(fileName), *list.bytes);
+    if (written) {
+        const QString path = QDir(folder_).filePath(fileName);
+        // Only the one running helper writes here.
+        writer.removeStrayTemporaries(path);
+        written = writer.write(path, *list.bytes);
+    }
     if (!written)
         qCWarning(lcFolders) << "not remembered:" << written.error;
 }

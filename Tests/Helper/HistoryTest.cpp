@@ -4,6 +4,7 @@
 #include "Helper/History.h"
 
 #include "Tests/Platform/FileFixture.h"
+#include "Tests/Platform/KilledAtRename.h"
 
 namespace {
 
@@ -30,6 +31,7 @@ protected:
         creation_.records[0].entries.push_back(entry);
     }
 
+    void unlock() { lock_.reset(); }
     QString file() const { return in(QStringLiteral("state/Quenby/LastCreation.plist")); }
 
     const History history_{in(QStringLiteral("state/Quenby"))};
@@ -37,10 +39,23 @@ protected:
     QString error_;
 
 private:
-    const std::optional<FileLock> lock_;
+    std::optional<FileLock> lock_;
 };
 
 } // namespace
+
+TEST_F(HistoryTest, WhatAKilledWriterLeftGoesWithTheNextLock)
+{
+    KilledAtRename layer;
+    for (const char *name : {"LastCreation.plist", "LastCreation-undoing.plist"})
+        EXPECT_FALSE(DurableFileWriter(&layer).write(
+            in(QStringLiteral("state/Quenby/") + QLatin1String(name)), "half"));
+    const QString folder = in(QStringLiteral("state/Quenby"));
+    EXPECT_EQ(namesIn(folder).size(), 3);
+    unlock();
+    ASSERT_TRUE(history_.lock(&error_));
+    EXPECT_EQ(namesIn(folder), QStringList(QStringLiteral("LastCreation.plist.lock")));
+}
 
 TEST_F(HistoryTest, RemembersTheLastOne)
 {

@@ -3,6 +3,8 @@
 
 #include "Platform/SharedFileList.h"
 
+#include "KilledAtRename.h"
+#include "Platform/DurableFileWriter.h"
 #include "SharedFileListFixture.h"
 #include "Tests/Session/ChildProcess.h"
 
@@ -148,6 +150,17 @@ TEST_F(SharedFileListTest, AProgramIsStartedItself)
     ASSERT_TRUE(insert(path));
     EXPECT_TRUE(contentOf(entryPath()).contains("\nExec=\"" + path.toUtf8() + "\"\n"));
     EXPECT_EQ(resolved(), QStringList{path});
+}
+
+TEST_F(SharedFileListTest, WhatAKilledWriterLeftGoesWithTheNextOne)
+{
+    const QString path = program(QStringLiteral("tool"));
+    ASSERT_TRUE(insert(path));
+    KilledAtRename layer;
+    EXPECT_FALSE(DurableFileWriter(&layer).write(entryPath(), "half"));
+    EXPECT_EQ(namesIn(folder()).size(), 2);
+    ASSERT_TRUE(insert(path));
+    EXPECT_EQ(namesIn(folder()).size(), 1);
 }
 
 TEST_F(SharedFileListTest, WhatCannotBeStartedIsNotAdded)

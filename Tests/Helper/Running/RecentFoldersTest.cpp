@@ -3,6 +3,9 @@
 
 #include "Helper/Running/RecentFolders.h"
 
+#include "Platform/DurableFileWriter.h"
+#include "Tests/Platform/KilledAtRename.h"
+
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
@@ -41,6 +44,18 @@ TEST_F(RecentFoldersTest, TheLastOneIsFirstAndKept)
     folders.add({one});
     EXPECT_THAT(folders.existing(), ElementsAre(one, other));
     EXPECT_THAT(RecentFolders(state()).existing(), ElementsAre(one, other));
+}
+
+TEST_F(RecentFoldersTest, WhatAKilledWriterLeftGoesWithTheNextOne)
+{
+    RecentFolders folders(state());
+    folders.add({made(QStringLiteral("one"))});
+    KilledAtRename layer;
+    const QString file = state() + QStringLiteral("/RecentFolders.plist");
+    EXPECT_FALSE(DurableFileWriter(&layer).write(file, "half"));
+    folders.add({made(QStringLiteral("other"))});
+    EXPECT_THAT(QDir(state()).entryList(QDir::Files | QDir::Hidden),
+                ElementsAre(QStringLiteral("RecentFolders.plist")));
 }
 
 TEST_F(RecentFoldersTest, OneThatIsGoneIsNotShownUntilItIsBack)
