@@ -8,6 +8,7 @@
 #include <QFileInfo>
 #include <QLoggingCategory>
 
+#include <optional>
 #include <sys/stat.h>
 
 namespace {
@@ -35,8 +36,7 @@ Present present(const QString &path)
     const QFileInfo information(path);
     if (!information.exists() && !information.isSymLink())
         return {};
-    QString error;
-    return {true, BoundedFile::read(path, largestFile, &error)};
+    return {true, BoundedFile::read(path, largestFile).value};
 }
 
 void sayThatItIsLeftAlone(const QString &path)

@@ -73,11 +73,10 @@ void Manifest::read()
 {
     if (!isThere(path_))
         return;
-    const std::optional<QByteArray> bytes = BoundedFile::read(path_, largestManifest, &readError_);
+    const Result<QByteArray> bytes = BoundedFile::read(path_, largestManifest);
     const PropertyList::ReadResult list = bytes ? PropertyList::read(*bytes) : PropertyList::ReadResult();
     if (!list || list.value->typeId() != QMetaType::QVariantMap) {
-        if (bytes)
-            readError_ = QStringLiteral("%1 is no list of what was written").arg(path_);
+        readError_ = bytes ? QStringLiteral("%1 is no list of what was written").arg(path_) : bytes.error;
         qCWarning(lcManifest) << readError_ << list.error;
         return;
     }

@@ -41,11 +41,9 @@ Result<> withManifest(const std::function<Result<>(Manifest &)> &action)
     const QString runtimeFolder = DesktopFolders::runtimeDirectory();
     if (stateFolder.isEmpty() || runtimeFolder.isEmpty())
         return Result<>::failure(QStringLiteral("there is no home to write into"));
-    QString error;
-    const std::optional<FileLock> lock =
-        FileLock::acquire(FileLayer::real(), runtimeFolder + lockFile, lockTimeout, &error);
+    const Result<FileLock> lock = FileLock::acquire(FileLayer::real(), runtimeFolder + lockFile, lockTimeout);
     if (!lock)
-        return Result<>::failure(error);
+        return Result<>::failure(lock.error);
     Manifest manifest(stateFolder + manifestFile);
     return action(manifest);
 }

@@ -16,6 +16,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <optional>
 
 using namespace std::chrono_literals;
 
@@ -83,11 +84,10 @@ QByteArray ThunarMenu::actionsOfTheSystem() const
         const QString path = folder + u'/' + relativePath;
         if (!folder.startsWith(u'/') || !QFileInfo::exists(path))
             continue;
-        QString error;
-        if (const std::optional<QByteArray> bytes = BoundedFile::read(path, largestFile, &error)) {
-            if (ThunarActions::withActions(*bytes, {}, &error) == bytes)
-                return *bytes;
-        }
+        const Result<QByteArray> bytes = BoundedFile::read(path, largestFile);
+        QString error = bytes.error;
+        if (bytes && ThunarActions::withActions(*bytes, {}, &error) == *bytes)
+            return *bytes;
         qCWarning(lcThunar) << path << error;
     }
     return ThunarActions::emptyFile();
@@ -148,9 +148,9 @@ Result<> ThunarMenu::write(const PresetMenu &menu, Manifest &manifest) const
     QByteArray present;
     QString error;
     if (isThere(path)) {
-        const std::optional<QByteArray> bytes = BoundedFile::read(path, largestFile, &error);
+        const Result<QByteArray> bytes = BoundedFile::read(path, largestFile);
         if (!bytes)
-            return Result<>::failure(error);
+            return Result<>::failure(bytes.error);
         present = *bytes;
         if (!entries.sharedFiles.contains(path))
             entries.sharedFiles.insert(path, QString());
@@ -183,8 +183,8 @@ Result<> ThunarMenu::remove(Manifest &manifest) const
         writer.removeStrayTemporaries(file.key());
         if (!isThere(file.key()))
             continue;
-        QString error;
-        const std::optional<QByteArray> present = BoundedFile::read(file.key(), largestFile, &error);
+        const Result<QByteArray> present = BoundedFile::read(file.key(), largestFile);
+        QString error = present.error;
         const std::optional<QByteArray> wanted =
             present ? ThunarActions::withActions(*present, {}, &error) : std::nullopt;
         if (!wanted)

@@ -102,10 +102,11 @@ void edit(QUndoStack &history, QNBEditObserver &observer, const QNBPresetRecordP
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
     const QByteArray bytes(reinterpret_cast<const char *>(data), qsizetype(size));
-    QString reason;
-    const QNBPresetRecordPtr preset = QNBPresetFile::read(MemoryFile(bytes).path(), &reason);
-    if (!preset)
+    const Result<QNBPresetRecordPtr> imported = QNBPresetFile::read(MemoryFile(bytes).path());
+    if (!imported)
         return 0;
+    const QNBPresetRecordPtr preset = *imported;
+    QString reason;
     NoObserver observer;
     std::mt19937 random(static_cast<unsigned>(qHash(bytes, 0)));
     {

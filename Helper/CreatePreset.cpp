@@ -21,6 +21,7 @@
 #include <QLoggingCategory>
 
 #include <algorithm>
+#include <optional>
 #include <vector>
 
 namespace {
@@ -257,11 +258,11 @@ CreationReport createPreset(const CreationRequest &request, const Creation::Prog
 UndoReport undoLastCreation()
 {
     const History history;
-    QString error;
-    const std::optional<FileLock> lock = history.lock(&error);
+    const Result<FileLock> lock = history.lock();
     if (!lock)
-        return refused(error);
-    const std::optional<History::Creation> creation = history.read(&error);
+        return refused(lock.error);
+    const auto read = history.read();
+    const std::optional<History::Creation> creation = read.value.value_or(std::nullopt);
     Interrupted interrupted = interruptedCreations(creation);
     // On a disk that is not there now, say: what else there is must not wait for that.
     const auto isAway = [](const Journals::Interrupted &journal) {
@@ -272,8 +273,8 @@ UndoReport undoLastCreation()
     if (!interrupted.empty() && (!creation || interrupted.front().content.begun > creation->begun))
         return undoInterrupted(interrupted, interrupted.front().content.id);
     if (!creation) {
-        if (!error.isEmpty())
-            return refused(error);
+        if (!read)
+            return refused(read.error);
         UndoReport nothing;
         nothing.message = tr("There is nothing to undo");
         return nothing;
@@ -284,12 +285,11 @@ UndoReport undoLastCreation()
 UndoReport undoCreation(const CreationReport &report)
 {
     const History history;
-    QString error;
-    const std::optional<FileLock> lock = history.lock(&error);
+    const Result<FileLock> lock = history.lock();
     if (!lock)
-        return refused(error);
+        return refused(lock.error);
     // It is kept as it is by now: changed by its script, or undone in part.
-    const std::optional<History::Creation> last = history.read(&error);
+    const std::optional<History::Creation> last = history.read().value.value_or(std::nullopt);
     const QString &id = report.step->id();
     if (last && last->id == id)
         return undoKept(history, *last);
@@ -311,8 +311,8 @@ QStringList newsOfInterruptedCreations()
     const Journals journals;
     if (!journals.hasInterrupted())
         return lines;
-    QString error;
-    for (const Journals::Interrupted &journal : interruptedCreations(History().read(&error))) {
+    for (const Journals::Interrupted &journal :
+         interruptedCreations(History().read().value.value_or(std::nullopt))) {
         if (journal.content.isTold)
             continue;
         lines.prepend(tr("The creation of \"%1\" in %2 was interrupted. Undoing it removes what it has made.")

@@ -91,28 +91,27 @@ Result<> History::endUndo() const
     return DurableFileWriter().rename(undoingPath(), path());
 }
 
-std::optional<History::Creation> History::read(QString *error) const
+Result<std::optional<History::Creation>> History::read() const
 {
-    error->clear();
+    using Read = Result<std::optional<Creation>>;
     const bool isBeingUndone = !QFileInfo::exists(path());
     const QString file = isBeingUndone ? undoingPath() : path();
     if (!QFileInfo::exists(file))
-        return std::nullopt;
-    const std::optional<QByteArray> bytes = BoundedFile::read(file, PropertyList::Limits::inputSize, error);
+        return Read(std::nullopt);
+    const Result<QByteArray> bytes = BoundedFile::read(file, PropertyList::Limits::inputSize);
     if (!bytes)
-        return std::nullopt;
+        return Read::failure(bytes.error);
     const PropertyList::ReadResult result = PropertyList::read(*bytes);
     const QVariantMap stored = result ? result.value->toMap() : QVariantMap();
     const std::optional<::Creation::Records> records = recordsIn(stored);
-    if (!records) {
-        *error = file + QStringLiteral(": ") +
-                 (result.error.isEmpty() ? QStringLiteral("not a record of a creation") : result.error);
-        return std::nullopt;
-    }
+    if (!records)
+        return Read::failure(
+            file + QStringLiteral(": ") +
+            (result.error.isEmpty() ? QStringLiteral("not a record of a creation") : result.error));
     // The first version did not say when; it wrote the file right after.
     const qint64 written = QFileInfo(file).lastModified().toMSecsSinceEpoch() * nanosecondsInMillisecond;
-    return Creation{stored.value(idKey).toString(), stored.value(labelKey).toString(), *records,
-                    isBeingUndone, stored.value(begunKey, written).toLongLong()};
+    return std::optional(Creation{stored.value(idKey).toString(), stored.value(labelKey).toString(), *records,
+                                  isBeingUndone, stored.value(begunKey, written).toLongLong()});
 }
 
 bool History::hasCreation() const
@@ -127,16 +126,13 @@ Result<> History::forget() const
     return removed ? writer.remove(path()) : removed;
 }
 
-std::optional<FileLock> History::lock(QString *error) const
+Result<FileLock> History::lock() const
 {
     const DurableFileWriter writer;
     if (const Result<> made = folder_.isEmpty() ? Result<>::failure(noFolder) : writer.makeFolder(folder_);
-        !made) {
-        *error = made.error;
-        return std::nullopt;
-    }
-    std::optional<FileLock> lock =
-        FileLock::acquire(FileLayer::real(), path() + lockSuffix, lockTimeout, error);
+        !made)
+        return Result<FileLock>::failure(made.error);
+    Result<FileLock> lock = FileLock::acquire(FileLayer::real(), path() + lockSuffix, lockTimeout);
     if (lock) {
         for (const QString &file : {path(), undoingPath()})
             writer.removeStrayTemporaries(file);

@@ -40,14 +40,13 @@ public:
     Result<> beginUndo() const;
     /// Takes that back.
     Result<> endUndo() const;
-    /// None without one, and then without an error, or if it cannot be read.
-    std::optional<Creation> read(QString *error) const;
+    /// None if nothing is kept.
+    Result<std::optional<Creation>> read() const;
     Result<> forget() const;
     /// Whether something is kept, readable or not.
     bool hasCreation() const;
 
-    /// None on failure, with the reason in \a error.
-    std::optional<FileLock> lock(QString *error) const;
+    Result<FileLock> lock() const;
 
 private:
     QString path() const;

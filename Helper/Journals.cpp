@@ -43,25 +43,21 @@ Journals::Journals(QString folder)
 {
 }
 
-std::optional<FileLock> Journals::lock(QString *error, int timeout) const
+Result<FileLock> Journals::lock(int timeout) const
 {
     const Result<> made =
         folder_.isEmpty() ? Result<>::failure(noFolder) : DurableFileWriter().makeFolder(folder_);
-    if (!made) {
-        *error = made.error;
-        return std::nullopt;
-    }
-    return FileLock::acquire(FileLayer::real(), folder_ + u'/' + lockName, timeout, error);
+    return made ? FileLock::acquire(FileLayer::real(), folder_ + u'/' + lockName, timeout)
+                : Result<FileLock>::failure(made.error);
 }
 
 Result<std::shared_ptr<Creation::Journal>> Journals::begin(const Creation::JournalContent &content,
                                                            FolderLayer &layer) const
 {
     using Begun = Result<std::shared_ptr<Creation::Journal>>;
-    QString error;
-    const std::optional<FileLock> locked = lock(&error, lockTimeout);
+    const Result<FileLock> locked = lock(lockTimeout);
     if (!locked)
-        return Begun::failure(error);
+        return Begun::failure(locked.error);
     const DurableFileWriter writer;
     QString path;
     for (int number = 1; path.isEmpty() || QFile::exists(path); ++number)
@@ -88,11 +84,11 @@ QStringList Journals::abandoned(int timeout) const
     const QDir folder(folder_);
     const QStringList names =
         folder.entryList({nameTemplate.arg(QLatin1String("*"))}, QDir::Files | QDir::NoSymLinks);
-    QString error;
-    const std::optional<FileLock> locked = names.isEmpty() ? std::nullopt : lock(&error, timeout);
+    if (names.isEmpty())
+        return paths;
+    const Result<FileLock> locked = lock(timeout);
     if (!locked) {
-        if (!names.isEmpty())
-            qCWarning(lcJournals) << "interrupted creations cannot be looked for:" << error;
+        qCWarning(lcJournals) << "interrupted creations cannot be looked for:" << locked.error;
         return paths;
     }
     FileLayer &layer = FileLayer::real();
@@ -113,13 +109,12 @@ std::vector<Journals::Interrupted> Journals::interrupted() const
 {
     std::vector<Interrupted> journals;
     for (const QString &path : abandoned(lockTimeout)) {
-        QString error;
-        const std::optional<QByteArray> bytes = BoundedFile::read(path, largestJournal, &error);
+        const Result<QByteArray> bytes = BoundedFile::read(path, largestJournal);
         const auto content = bytes ? Creation::JournalFormat::read(*bytes) : std::nullopt;
         if (content)
             journals.push_back({path, *content});
         else
-            qCWarning(lcJournals) << "not the journal of a creation:" << path << error;
+            qCWarning(lcJournals) << "not the journal of a creation:" << path << bytes.error;
     }
     std::sort(journals.begin(), journals.end(), [](const Interrupted &one, const Interrupted &other) {
         return one.content.begun > other.content.begun;

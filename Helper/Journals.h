@@ -41,7 +41,7 @@ public:
 
 private:
     /// Waits for \a timeout milliseconds.
-    std::optional<FileLock> lock(QString *error, int timeout) const;
+    Result<FileLock> lock(int timeout) const;
     QStringList abandoned(int timeout) const;
 
     const QString folder_;

@@ -44,12 +44,11 @@ std::optional<QVariantMap> readApprovals(const QString &path)
 {
     if (!QFileInfo::exists(path))
         return QVariantMap();
-    QString error;
-    const std::optional<QByteArray> bytes = BoundedFile::read(path, largestFile, &error);
+    const Result<QByteArray> bytes = BoundedFile::read(path, largestFile);
     const PropertyList::ReadResult result = bytes ? PropertyList::read(*bytes) : PropertyList::ReadResult();
     if (result && result.value->typeId() == QMetaType::QVariantMap)
         return result.value->toMap();
-    qCWarning(lcApprovals) << "no script counts as allowed:" << path << error << result.error;
+    qCWarning(lcApprovals) << "no script counts as allowed:" << path << bytes.error << result.error;
     return std::nullopt;
 }
 
@@ -79,9 +78,8 @@ bool ScriptApprovals::isShipped(const QByteArray &content) const
                       QDirIterator::Subdirectories);
     while (walk.hasNext()) {
         const QString script = walk.next();
-        QString error;
         if (QFileInfo(script).size() == content.size() &&
-            BoundedFile::read(script, ScriptFile::largest, &error) == content)
+            BoundedFile::read(script, ScriptFile::largest).value == content)
             return true;
     }
     return false;
@@ -99,11 +97,9 @@ Result<> ScriptApprovals::allow(const QByteArray &content) const
         return Result<>::failure(QStringLiteral("there is no folder for the program's state"));
     if (Result<> made = writer.makeFolder(folder_); !made)
         return made;
-    QString error;
-    const std::optional<FileLock> lock =
-        FileLock::acquire(FileLayer::real(), path() + lockSuffix, lockTimeout, &error);
+    const Result<FileLock> lock = FileLock::acquire(FileLayer::real(), path() + lockSuffix, lockTimeout);
     if (!lock)
-        return Result<>::failure(error);
+        return Result<>::failure(lock.error);
     writer.removeStrayTemporaries(path());
     QVariantMap approvals = readApprovals(path()).value_or(QVariantMap());
     approvals.insert(digestOf(content), QDateTime::currentDateTimeUtc());

@@ -11,7 +11,6 @@
 
 #include <cerrno>
 #include <fcntl.h>
-#include <optional>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -42,10 +41,9 @@ Result<ScriptFile> ScriptFile::read(const QString &path)
         return Result<ScriptFile>::failure(qt_error_string(errno));
     // That very file, whatever the path has come to mean by now.
     const QByteArray opened = QByteArray("/proc/self/fd/") + QByteArray::number(file.get());
-    QString error;
-    const std::optional<QByteArray> bytes = BoundedFile::read(opened, largest, &error);
+    const Result<QByteArray> bytes = BoundedFile::read(opened, largest);
     if (!bytes)
-        return Result<ScriptFile>::failure(error);
+        return Result<ScriptFile>::failure(bytes.error);
     // Half of one version and half of another is none that anybody made.
     struct stat after = {};
     if (layer.fstat(file.get(), &after) == -1 || !isSameFile(before, after))

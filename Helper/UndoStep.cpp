@@ -98,10 +98,9 @@ QString UndoStep::endAll()
 QString UndoStep::store()
 {
     const History history;
-    QString error;
-    const std::optional<FileLock> lock = history.lock(&error);
+    const Result<FileLock> lock = history.lock();
     if (!lock)
-        return error;
+        return lock.error;
     const Result<> stored = history.store(creation_);
     if (stored || isJournaled_)
         return stored.error;
@@ -127,11 +126,12 @@ QString UndoStep::change(std::size_t place, const Creation::Record &record)
     if (!isStored_)
         return {};
     const History history;
-    QString error;
-    const std::optional<FileLock> lock = history.lock(&error);
-    const std::optional<History::Creation> last = lock ? history.read(&error) : std::nullopt;
+    const Result<FileLock> lock = history.lock();
+    if (!lock)
+        return lock.error;
+    const auto last = history.read();
     // It was undone, or another one followed.
-    if (!error.isEmpty() || !last || last->id != id_ || last->isBeingUndone)
-        return error;
+    if (!last || !*last || (*last)->id != id_ || (*last)->isBeingUndone)
+        return last.error;
     return history.store(creation_).error;
 }

@@ -44,16 +44,15 @@ auto withoutInterruption(Call call)
 
 } // namespace
 
-std::optional<QByteArray> BoundedFile::read(const QString &path, qint64 limit, QString *error)
+Result<QByteArray> BoundedFile::read(const QString &path, qint64 limit)
 {
-    return read(QFile::encodeName(path), limit, error);
+    return read(QFile::encodeName(path), limit);
 }
 
-std::optional<QByteArray> BoundedFile::read(const QByteArray &path, qint64 limit, QString *error)
+Result<QByteArray> BoundedFile::read(const QByteArray &path, qint64 limit)
 {
-    const auto fail = [&path, error](const QString &reason) {
-        *error = QFile::decodeName(path) + QStringLiteral(": ") + reason;
-        return std::nullopt;
+    const auto fail = [&path](const QString &reason) {
+        return Result<QByteArray>::failure(QFile::decodeName(path) + QStringLiteral(": ") + reason);
     };
     const auto failErrno = [&fail] { return fail(QString::fromLocal8Bit(std::strerror(errno))); };
 

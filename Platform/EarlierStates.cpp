@@ -33,8 +33,7 @@ bool isTooOld(qint64 size, const QDateTime &saved, const QList<EarlierStates::St
 bool isKept(const QByteArray &bytes, const QList<EarlierStates::State> &states)
 {
     return std::any_of(states.begin(), states.end(), [&bytes](const EarlierStates::State &state) {
-        QString error;
-        return state.size == bytes.size() && BoundedFile::read(state.path, bytes.size(), &error) == bytes;
+        return state.size == bytes.size() && BoundedFile::read(state.path, bytes.size()).value == bytes;
     });
 }
 

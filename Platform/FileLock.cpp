@@ -30,17 +30,16 @@ FileLock::~FileLock()
         layer_->flock(descriptor_.get(), LOCK_UN);
 }
 
-std::optional<FileLock> FileLock::acquire(FileLayer &layer, const QString &path, int timeout, QString *error)
+Result<FileLock> FileLock::acquire(FileLayer &layer, const QString &path, int timeout)
 {
     const QByteArray name = QFile::encodeName(path);
     const QDeadlineTimer deadline(timeout);
     microseconds pause = firstPause;
     for (;;) {
         FileDescriptor descriptor(layer, layer.open(name, O_RDWR | O_CREAT | O_NOFOLLOW, 0600));
-        if (!descriptor.isOpen()) {
-            *error = systemError(QStringLiteral("cannot open the lock %1").arg(path), errno);
-            return std::nullopt;
-        }
+        if (!descriptor.isOpen())
+            return Result<FileLock>::failure(
+                systemError(QStringLiteral("cannot open the lock %1").arg(path), errno));
         if (layer.flock(descriptor.get(), LOCK_EX | LOCK_NB) == 0) {
             // Whoever cleans old files away may have removed this one between the two calls: then the next
             // process would lock another.
@@ -50,13 +49,10 @@ std::optional<FileLock> FileLock::acquire(FileLayer &layer, const QString &path,
                 held.st_dev == named.st_dev && held.st_ino == named.st_ino)
                 return FileLock(layer, std::move(descriptor));
         } else if (errno != EWOULDBLOCK) {
-            *error = systemError(QStringLiteral("cannot lock %1").arg(path), errno);
-            return std::nullopt;
+            return Result<FileLock>::failure(systemError(QStringLiteral("cannot lock %1").arg(path), errno));
         }
-        if (deadline.hasExpired()) {
-            *error = QStringLiteral("%1 is locked by another process").arg(path);
-            return std::nullopt;
-        }
+        if (deadline.hasExpired())
+            return Result<FileLock>::failure(QStringLiteral("%1 is locked by another process").arg(path));
         std::this_thread::sleep_for(pause);
         pause = std::min(2 * pause, longestPause);
     }

@@ -4,8 +4,7 @@
 #pragma once
 
 #include "Platform/FileDescriptor.h"
-
-#include <optional>
+#include "Platform/Result.h"
 
 /// An advisory lock between processes, and between holders within one, on an empty file of its own. The
 /// kernel lets go of it with its holder, however that ends. The file stays: removing it would let two
@@ -13,9 +12,8 @@
 class FileLock
 {
 public:
-    /// Waits at most \a timeout milliseconds; none on failure, with the reason in \a error.
-    static std::optional<FileLock> acquire(FileLayer &layer, const QString &path, int timeout,
-                                           QString *error);
+    /// Waits at most \a timeout milliseconds.
+    static Result<FileLock> acquire(FileLayer &layer, const QString &path, int timeout);
 
     /// What the lock of \a path is called among the files of the runtime folder: the same for all who mean
     /// that path, another for every other path and every other \a kind of thing.

@@ -27,11 +27,10 @@ PropertyList::ReadResult KeyedUnarchiver::unarchiveObject(const QByteArray &byte
 
 PropertyListDocument::Ptr KeyedUnarchiver::unarchivedDocumentWithFile(const QString &path, QString *error)
 {
-    QString reason;
-    const std::optional<QByteArray> bytes = BoundedFile::read(path, PropertyList::Limits::inputSize, &reason);
+    const Result<QByteArray> bytes = BoundedFile::read(path, PropertyList::Limits::inputSize);
     if (bytes)
         return unarchivedDocument(*bytes, error);
     if (error)
-        *error = reason;
+        *error = bytes.error;
     return {};
 }

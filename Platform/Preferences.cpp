@@ -67,26 +67,21 @@ public:
     }
 
     /// Locates the file and locks it, so that the path still stands for the file that is locked.
-    std::optional<FileLock> lockedFile(PreferencesFile &file, bool create, int timeout, QString *error) const
+    Result<FileLock> lockedFile(PreferencesFile &file, bool create, int timeout) const
     {
-        if (Result<> result = file.locate(create); !result) {
-            *error = result.error;
-            return std::nullopt;
-        }
+        if (Result<> result = file.locate(create); !result)
+            return Result<FileLock>::failure(result.error);
         for (int attempt = 0; attempt < locatingAttempts; ++attempt) {
-            std::optional<FileLock> lock = file.lock(options.lockFolder, timeout, error);
+            Result<FileLock> lock = file.lock(options.lockFolder, timeout);
             if (!lock)
-                return std::nullopt;
+                return lock;
             const QString locked = file.target();
-            if (Result<> result = file.locate(false); !result) {
-                *error = result.error;
-                return std::nullopt;
-            }
+            if (Result<> result = file.locate(false); !result)
+                return Result<FileLock>::failure(result.error);
             if (file.target() == locked)
                 return lock;
         }
-        *error = QStringLiteral("the link %1 changes all the time").arg(path);
-        return std::nullopt;
+        return Result<FileLock>::failure(QStringLiteral("the link %1 changes all the time").arg(path));
     }
 
     Result<> readAgain()
@@ -100,9 +95,8 @@ public:
         }
         if (!straysRemoved && !options.isReadOnly) {
             // Whoever holds the lock now removes them too.
-            QString busy;
             straysRemoved = true;
-            if (const std::optional<FileLock> lock = file.lock(options.lockFolder, 0, &busy))
+            if (const Result<FileLock> lock = file.lock(options.lockFolder, 0))
                 file.removeStrayTemporaries();
         }
         Result<> taken = take(file, file.read(values.bytes()));
@@ -110,12 +104,11 @@ public:
             return taken;
 
         // Other hands are off it while it is moved; what another process has mended meanwhile is read.
-        QString error;
-        const std::optional<FileLock> lock = lockedFile(file, false, options.lockTimeout, &error);
+        const Result<FileLock> lock = lockedFile(file, false, options.lockTimeout);
         if (lock)
             taken = take(file, file.read(values.bytes()));
         if (!lock || (taken && damage))
-            taken = lock ? mend(file) : Result<>::failure(error);
+            taken = lock ? mend(file) : Result<>::failure(lock.error);
         if (!taken)
             unread = taken.error;
         return taken;
@@ -252,10 +245,9 @@ public:
         if (!unread.isEmpty())
             return Result<>::failure(QStringLiteral("what is there could not be read: %1").arg(unread));
         PreferencesFile file(layer, path);
-        QString error;
-        const std::optional<FileLock> lock = lockedFile(file, true, options.lockTimeout, &error);
+        const Result<FileLock> lock = lockedFile(file, true, options.lockTimeout);
         if (!lock)
-            return Result<>::failure(error);
+            return Result<>::failure(lock.error);
         straysRemoved = true;
         file.removeStrayTemporaries();
 
@@ -391,10 +383,8 @@ Result<> Preferences::keepAsideCopy(const QString &reason)
     if (d_->options.isReadOnly)
         return {};
     PreferencesFile file(d_->layer, d_->path);
-    QString error;
-    Result<> result;
-    const std::optional<FileLock> lock = d_->lockedFile(file, false, d_->options.lockTimeout, &error);
-    result = lock ? file.keepCopyAside() : Result<>::failure(error);
+    const Result<FileLock> lock = d_->lockedFile(file, false, d_->options.lockTimeout);
+    const Result<> result = lock ? file.keepCopyAside() : Result<>::failure(lock.error);
     if (result)
         qCWarning(preferencesLog, "%ls is kept aside: %ls", qUtf16Printable(lineText(d_->path)),
                   qUtf16Printable(lineText(reason)));

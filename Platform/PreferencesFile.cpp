@@ -16,6 +16,7 @@
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
+#include <optional>
 
 namespace {
 
@@ -114,16 +115,15 @@ QStringList PreferencesFile::goodStates() const
     return states;
 }
 
-std::optional<FileLock> PreferencesFile::lock(const QString &folder, int timeout, QString *error) const
+Result<FileLock> PreferencesFile::lock(const QString &folder, int timeout) const
 {
     const QString place = folder.isEmpty() ? DesktopFolders::runtimeDirectory() : folder;
-    if (place.isEmpty()) {
-        *error = QStringLiteral("there is no safe folder for the lock of %1").arg(target_);
-        return std::nullopt;
-    }
+    if (place.isEmpty())
+        return Result<FileLock>::failure(
+            QStringLiteral("there is no safe folder for the lock of %1").arg(target_));
     // One lock for each file, so that the same domain of two homes has two, and two names of a file have one.
     const QString name = FileLock::fileNameFor(lockKind, target_);
-    return FileLock::acquire(layer_, QDir(place).filePath(name), timeout, error);
+    return FileLock::acquire(layer_, QDir(place).filePath(name), timeout);
 }
 
 PreferencesFile::Content PreferencesFile::read(const QByteArray &known) const

@@ -50,9 +50,8 @@ public:
     /// file.
     QStringList goodStates() const;
 
-    /// None on failure, with the reason in \a error. \a folder is where locks are, found from the environment
-    /// if empty.
-    std::optional<FileLock> lock(const QString &folder, int timeout, QString *error) const;
+    /// \a folder is where locks are, found from the environment if empty.
+    Result<FileLock> lock(const QString &folder, int timeout) const;
 
     /// \a known are bytes known to be good, not parsed again.
     Content read(const QByteArray &known = {}) const;

@@ -207,9 +207,9 @@ Result<> SharedFileList::insertItemURL(const QUrl &url) const
     const DurableFileWriter writer;
     if (Result<> result = writer.makeFolder(folder_); !result)
         return result;
-    const std::optional<FileLock> lock = acquireLock(&error);
+    const Result<FileLock> lock = acquireLock();
     if (!lock)
-        return Result<>::failure(error);
+        return Result<>::failure(lock.error);
 
     const QUrl address = fileURLOfPath(*path);
     const QString name = entryName(*path);
@@ -291,10 +291,9 @@ Result<> SharedFileList::remove(const Item &item) const
 {
     if (!QFileInfo::exists(folder_))
         return {};
-    QString error;
-    const std::optional<FileLock> lock = acquireLock(&error);
+    const Result<FileLock> lock = acquireLock();
     if (!lock)
-        return Result<>::failure(error);
+        return Result<>::failure(lock.error);
     if (Result<> result = DurableFileWriter().remove(in(item.fileName_)); !result)
         return result;
     if (const std::optional<QByteArray> path = pathOfFileURL(item.url_))
@@ -302,16 +301,15 @@ Result<> SharedFileList::remove(const Item &item) const
     return {};
 }
 
-std::optional<FileLock> SharedFileList::acquireLock(QString *error) const
+Result<FileLock> SharedFileList::acquireLock() const
 {
     const QString place = DesktopFolders::runtimeDirectory();
-    if (place.isEmpty()) {
-        *error = QStringLiteral("there is no safe folder for the lock of %1").arg(folder_);
-        return std::nullopt;
-    }
+    if (place.isEmpty())
+        return Result<FileLock>::failure(
+            QStringLiteral("there is no safe folder for the lock of %1").arg(folder_));
     // However the folder is reached, its lock is one.
     const QString name = FileLock::fileNameFor(lockKind, QFileInfo(folder_).canonicalFilePath());
-    return FileLock::acquire(FileLayer::real(), QDir(place).filePath(name), lockTimeout, error);
+    return FileLock::acquire(FileLayer::real(), QDir(place).filePath(name), lockTimeout);
 }
 
 QList<SharedFileList::Item> SharedFileList::entries() const
@@ -329,8 +327,8 @@ QList<SharedFileList::Item> SharedFileList::entries() const
 
 std::optional<SharedFileList::Item> SharedFileList::read(const QString &fileName) const
 {
-    QString error;
-    const std::optional<QByteArray> bytes = BoundedFile::read(in(fileName), maximumEntrySize, &error);
+    const Result<QByteArray> bytes = BoundedFile::read(in(fileName), maximumEntrySize);
+    QString error = bytes.error;
     const std::optional<DesktopEntry> entry = bytes ? DesktopEntry::parse(*bytes, &error) : std::nullopt;
     if (!entry) {
         qCWarning(lcSharedFileList) << "no login item:" << fileName << error;

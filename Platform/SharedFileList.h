@@ -79,7 +79,7 @@ private:
 
     QString in(const QString &name) const { return folder_ + u'/' + name; }
     /// Held from reading the list until it is changed.
-    std::optional<FileLock> acquireLock(QString *error) const;
+    Result<FileLock> acquireLock() const;
     /// Everything that is an entry, switched off or not, in no order.
     QList<Item> entries() const;
     std::optional<Item> read(const QString &fileName) const;

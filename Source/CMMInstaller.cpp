@@ -40,10 +40,9 @@ const QByteArrayList removalOptions = {QByteArrayLiteral("-rf"), QByteArrayLiter
 std::optional<QString> versionOf(const QByteArray &bundle)
 {
     const QByteArray path = bundle + informationFile;
-    QString error;
-    const std::optional<QByteArray> bytes = BoundedFile::read(path, largestInformationFile, &error);
+    const Result<QByteArray> bytes = BoundedFile::read(path, largestInformationFile);
     if (!bytes) {
-        qCWarning(lcInstaller) << error;
+        qCWarning(lcInstaller) << bytes.error;
         return std::nullopt;
     }
     const PropertyList::ReadResult information = PropertyList::read(*bytes);

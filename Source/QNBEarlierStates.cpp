@@ -34,11 +34,10 @@ QList<QNBEarlierState> QNBEarlierStates::all(const Preferences &preferences)
 {
     QList<QNBEarlierState> result;
     for (const EarlierStates::State &state : preferences.earlierStates()) {
-        QString error;
-        const std::optional<QByteArray> bytes =
-            BoundedFile::read(state.path, PropertyList::Limits::inputSize, &error);
+        const Result<QByteArray> bytes = BoundedFile::read(state.path, PropertyList::Limits::inputSize);
         const Result<QList<QNBPresetRecordPtr>> presets =
-            bytes ? QNBSettingsStore::presetsOf(*bytes) : Result<QList<QNBPresetRecordPtr>>::failure(error);
+            bytes ? QNBSettingsStore::presetsOf(*bytes)
+                  : Result<QList<QNBPresetRecordPtr>>::failure(bytes.error);
         if (presets)
             result.append({state.saved, *presets});
         else

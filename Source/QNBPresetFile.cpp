@@ -59,22 +59,22 @@ Result<> write(const QNBPresetRecord &record, const QString &folder, QString *fi
     return DurableFileWriter().give(QDir(folder).filePath(*fileName), *archive.bytes);
 }
 
-QNBPresetRecordPtr read(const QString &path, QString *error)
+Result<QNBPresetRecordPtr> read(const QString &path)
 {
-    const PropertyListDocument::Ptr document = KeyedUnarchiver::unarchivedDocumentWithFile(path, error);
+    using Read = Result<QNBPresetRecordPtr>;
+    QString error;
+    const PropertyListDocument::Ptr document = KeyedUnarchiver::unarchivedDocumentWithFile(path, &error);
     if (!document)
-        return nullptr;
+        return Read::failure(error);
     const PropertyListNode root = document->root();
-    if (!root.isDictionary() || root.count() == 0) {
-        *error = QStringLiteral("the archive holds no preset record");
-        return nullptr;
-    }
+    if (!root.isDictionary() || root.count() == 0)
+        return Read::failure(QStringLiteral("the archive holds no preset record"));
     QNBPresetRecordPtr record = QNBPresetRecord::fromStored(root);
     if (const QNBHierarchyItem::ReadReport report = record->takeReadReport(); report.losses > 0)
         qCWarning(lcPresetFile) << path << "has" << report.losses
                                 << "entries that its items have no place for, first under" << report.first;
-    if (*error = reasonAgainstStoring(*record); !error->isEmpty())
-        return nullptr;
+    if (const QString reason = reasonAgainstStoring(*record); !reason.isEmpty())
+        return Read::failure(reason);
     record->setValueForKey(labelForPath(path), QNBPresetKey::label);
     return record;
 }

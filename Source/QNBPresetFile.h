@@ -19,8 +19,8 @@ QString fileNameForLabel(const QString &label);
 /// \a fileName receives the name. Who may read a new one the umask decides.
 Result<> write(const QNBPresetRecord &record, const QString &folder, QString *fileName);
 
-/// The preset of a file, labelled with the file's name without its extension; null if the file is unreadable,
-/// holds no entries or what could not be saved among the presets, with the reason in \a error.
-QNBPresetRecordPtr read(const QString &path, QString *error);
+/// The preset of a file, labelled with the file's name without its extension. Fails if the file is
+/// unreadable, holds no entries or what could not be saved among the presets.
+Result<QNBPresetRecordPtr> read(const QString &path);
 
 } // namespace QNBPresetFile

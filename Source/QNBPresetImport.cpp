@@ -53,10 +53,10 @@ void QNBPresetImport::read()
     for (const QString &path : std::as_const(paths_)) {
         if (QThread::currentThread()->isInterruptionRequested())
             return;
-        QString error;
-        if (const QNBPresetRecordPtr preset = QNBPresetFile::read(path, &error)) {
-            presets_.append(preset);
+        if (const Result<QNBPresetRecordPtr> preset = QNBPresetFile::read(path)) {
+            presets_.append(*preset);
         } else {
+            const QString &error = preset.error;
             const QString pathInReason = path + QStringLiteral(": ");
             leftOut_.append({path, error.startsWith(pathInReason) ? error.mid(pathInReason.size()) : error});
             qCWarning(lcPresetImport) << "no preset in" << path << ":" << leftOut_.constLast().reason;

@@ -134,12 +134,11 @@ Result<> QNBRecoveryFile::prepare()
         return made;
     const QString name = QString::number(QRandomGenerator::system()->generate64(), 16) + contentSuffix;
     const QString path = QDir(folder_).filePath(name);
-    QString error;
     // Whoever looks for what was left may have it for a moment.
     constexpr int patience = 1000;
-    std::optional<FileLock> lock = FileLock::acquire(layer_, lockPathOf(path), patience, &error);
+    Result<FileLock> lock = FileLock::acquire(layer_, lockPathOf(path), patience);
     if (!lock)
-        return Result<>::failure(error);
+        return Result<>::failure(lock.error);
     lock_.emplace(std::move(*lock));
     path_ = path;
     return {};
@@ -153,9 +152,8 @@ QNBLeftRecovery::QNBLeftRecovery(FileLayer &layer, QString path, const struct st
     , lock_(std::make_unique<FileLock>(std::move(lock)))
 {
     if (S_ISREG(information.st_mode) && information.st_uid == ::geteuid()) {
-        QString error;
-        const std::optional<QByteArray> bytes =
-            BoundedFile::read(path_, PropertyList::Limits::inputSize, &error);
+        const Result<QByteArray> bytes = BoundedFile::read(path_, PropertyList::Limits::inputSize);
+        QString error = bytes.error;
         const PropertyListDocument::Ptr document =
             bytes ? PropertyListDocument::parse(*bytes, &error) : nullptr;
         settings_ = document ? QNBSettingsStore::decode(document) : Result<QNBSettings>::failure(error);
@@ -182,8 +180,7 @@ std::vector<QNBLeftRecovery> QNBLeftRecovery::allIn(const QString &folder, FileL
         }
     }
     for (const QString &path : paths) {
-        QString busy;
-        std::optional<FileLock> lock = FileLock::acquire(layer, lockPathOf(path), 0, &busy);
+        Result<FileLock> lock = FileLock::acquire(layer, lockPathOf(path), 0);
         if (!lock)
             continue;
         DurableFileWriter(&layer).removeStrayTemporaries(path);

@@ -61,11 +61,10 @@ Result<> copyIfMissing(const QString &path, const QString &defaults, const QStri
         return Result<>::failure(QStringLiteral("%1 is a link").arg(link));
 
     const QString original = defaults + u'/' + path;
-    QString error;
-    const std::optional<QByteArray> bytes = BoundedFile::read(original, largestFile, &error);
+    const Result<QByteArray> bytes = BoundedFile::read(original, largestFile);
     struct stat information = {};
     if (!bytes || ::stat(QFile::encodeName(original).constData(), &information) != 0)
-        return Result<>::failure(error.isEmpty() ? QStringLiteral("%1 is gone").arg(original) : error);
+        return Result<>::failure(bytes ? QStringLiteral("%1 is gone").arg(original) : bytes.error);
     const DurableFileWriter writer(&layer);
     if (Result<> made = writer.makeFolder(QFileInfo(target).path()); !made)
         return made;

@@ -30,11 +30,10 @@ RecentFolders::RecentFolders(const QString &stateFolder)
     const QString path = QDir(folder_).filePath(fileName);
     if (!QFile::exists(path))
         return;
-    QString error;
-    const std::optional<QByteArray> bytes = BoundedFile::read(path, largestFile, &error);
+    const Result<QByteArray> bytes = BoundedFile::read(path, largestFile);
     const PropertyList::ReadResult list = bytes ? PropertyList::read(*bytes) : PropertyList::ReadResult();
     if (!list) {
-        qCWarning(lcFolders) << path << (bytes ? list.error : error);
+        qCWarning(lcFolders) << path << (bytes ? list.error : bytes.error);
         return;
     }
     const QVariantList values = list.value->toList();

@@ -45,15 +45,13 @@ bool SingleInstance::acquire(const QString &runtimeFolder)
 {
     if (runtimeFolder.isEmpty())
         return true;
-    QString error;
     constexpr int withoutWaiting = 0;
-    std::optional<FileLock> lock =
-        FileLock::acquire(FileLayer::real(), runtimeFolder + lockName, withoutWaiting, &error);
+    Result<FileLock> lock = FileLock::acquire(FileLayer::real(), runtimeFolder + lockName, withoutWaiting);
     if (lock)
         lock_.emplace(std::move(*lock));
     else
         // Held by another helper, or not to be had at all.
-        qCWarning(lcInstance) << "not started:" << error;
+        qCWarning(lcInstance) << "not started:" << lock.error;
     return lock_.has_value();
 }
 

@@ -59,10 +59,9 @@ TEST_F(PresetFileExchange, GNUstepsArchivesAreImportedAsPresets)
         peer_.outputOf(QStringLiteral(QUENBY_ARCHIVE_TOOL),
                        {QStringLiteral("write"), QStringLiteral("xml"), QStringLiteral("mutable"),
                         peer_.path(QStringLiteral("content.plist")), peer_.path(imported)});
-        QString error;
-        const QNBPresetRecordPtr read = QNBPresetFile::read(peer_.path(imported), &error);
-        ASSERT_TRUE(read) << error.toStdString();
+        const Result<QNBPresetRecordPtr> read = QNBPresetFile::read(peer_.path(imported));
+        ASSERT_TRUE(read) << read.error.toStdString();
         stored.insert(QNBPresetKey::label, QStringLiteral("Client X"));
-        EXPECT_EQ(canonical(read->toStored()).toStdString(), canonical(stored).toStdString());
+        EXPECT_EQ(canonical((*read)->toStored()).toStdString(), canonical(stored).toStdString());
     }
 }

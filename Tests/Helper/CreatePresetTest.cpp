@@ -242,8 +242,8 @@ TEST_F(CreatePresetTest, OneInSeveralFoldersIsOneStepToUndo)
     const auto inSecond = [&] { return QDir(second.folder).entryList(QDir::Files); };
     request_.step = second.step = std::make_shared<UndoStep>(2);
     createPreset(request_);
-    QString error;
-    EXPECT_EQ(History().read(&error)->id, earlier.step->id()) << "it is not complete yet";
+    EXPECT_EQ(History().read().value.value_or(std::nullopt)->id, earlier.step->id())
+        << "it is not complete yet";
     const CreationReport report = createPreset(second);
     EXPECT_EQ(report.warning, QString());
     EXPECT_EQ(names().size(), 6);
@@ -312,10 +312,9 @@ TEST_F(CreatePresetTest, WhetherThereIsSomethingToUndoIsSaidWithoutWaitingForAno
     QFile killed(stateFolder() + QStringLiteral("/Creation-1.journal"));
     ASSERT_TRUE(killed.open(QIODevice::WriteOnly));
     {
-        QString error;
-        const std::optional<FileLock> lock =
-            FileLock::acquire(FileLayer::real(), stateFolder() + QStringLiteral("/Creation.lock"), 0, &error);
-        ASSERT_TRUE(lock) << qPrintable(error);
+        const Result<FileLock> lock =
+            FileLock::acquire(FileLayer::real(), stateFolder() + QStringLiteral("/Creation.lock"), 0);
+        ASSERT_TRUE(lock) << qPrintable(lock.error);
         QElapsedTimer time;
         time.start();
         EXPECT_FALSE(canUndo());

@@ -6,15 +6,17 @@
 #include "Tests/Platform/FileFixture.h"
 #include "Tests/Platform/KilledAtRename.h"
 
+#include <optional>
+
 namespace {
 
 class HistoryTest : public FileFixture
 {
 protected:
     HistoryTest()
-        : lock_(history_.lock(&error_))
+        : lock_(history_.lock())
     {
-        EXPECT_TRUE(lock_) << qPrintable(error_);
+        EXPECT_EQ(lock_.error, QString());
         creation_.id = QStringLiteral("first");
         creation_.label = QStringLiteral("A preset \u00e4");
         creation_.begun = 1234;
@@ -31,15 +33,21 @@ protected:
         creation_.records[0].entries.push_back(entry);
     }
 
-    void unlock() { lock_.reset(); }
+    /// What is kept, which can be read.
+    std::optional<History::Creation> kept() const
+    {
+        const auto read = history_.read();
+        EXPECT_TRUE(read) << qPrintable(read.error);
+        return read.value.value_or(std::nullopt);
+    }
+    void unlock() { lock_.value.reset(); }
     QString file() const { return in(QStringLiteral("state/Quenby/LastCreation.plist")); }
 
     const History history_{in(QStringLiteral("state/Quenby"))};
     History::Creation creation_;
-    QString error_;
 
 private:
-    std::optional<FileLock> lock_;
+    Result<FileLock> lock_;
 };
 
 } // namespace
@@ -53,19 +61,18 @@ TEST_F(HistoryTest, WhatAKilledWriterLeftGoesWithTheNextLock)
     const QString folder = in(QStringLiteral("state/Quenby"));
     EXPECT_EQ(namesIn(folder).size(), 3);
     unlock();
-    ASSERT_TRUE(history_.lock(&error_));
+    ASSERT_TRUE(history_.lock());
     EXPECT_EQ(namesIn(folder), QStringList(QStringLiteral("LastCreation.plist.lock")));
 }
 
 TEST_F(HistoryTest, RemembersTheLastOne)
 {
-    EXPECT_FALSE(history_.read(&error_));
-    EXPECT_EQ(error_, QString());
+    EXPECT_FALSE(kept());
     ASSERT_TRUE(history_.store(creation_));
     creation_.id = QStringLiteral("second");
     ASSERT_TRUE(history_.store(creation_));
-    const std::optional<History::Creation> read = history_.read(&error_);
-    ASSERT_TRUE(read) << qPrintable(error_);
+    const std::optional<History::Creation> read = kept();
+    ASSERT_TRUE(read);
     EXPECT_EQ(read->id, QStringLiteral("second"));
     EXPECT_EQ(read->label, creation_.label);
     EXPECT_EQ(read->begun, 1234);
@@ -83,8 +90,7 @@ TEST_F(HistoryTest, Forgets)
 {
     ASSERT_TRUE(history_.store(creation_));
     ASSERT_TRUE(history_.forget());
-    EXPECT_FALSE(history_.read(&error_));
-    EXPECT_EQ(error_, QString());
+    EXPECT_FALSE(kept());
     EXPECT_TRUE(history_.forget()) << "nothing to do is no failure";
 }
 
@@ -92,23 +98,23 @@ TEST_F(HistoryTest, KnowsWhatIsBeingUndone)
 {
     EXPECT_TRUE(history_.beginUndo()) << "nothing to do is no failure";
     ASSERT_TRUE(history_.store(creation_));
-    EXPECT_FALSE(history_.read(&error_)->isBeingUndone);
+    EXPECT_FALSE(kept()->isBeingUndone);
     ASSERT_TRUE(history_.beginUndo());
     ASSERT_TRUE(history_.beginUndo());
     EXPECT_TRUE(history_.hasCreation());
-    std::optional<History::Creation> read = history_.read(&error_);
-    ASSERT_TRUE(read) << qPrintable(error_);
+    std::optional<History::Creation> read = kept();
+    ASSERT_TRUE(read);
     EXPECT_TRUE(read->isBeingUndone);
     EXPECT_EQ(read->id, creation_.id);
 
     read->records[0].entries.clear();
     ASSERT_TRUE(history_.store(*read));
-    read = history_.read(&error_);
+    read = kept();
     EXPECT_TRUE(read->isBeingUndone);
     EXPECT_TRUE(read->records[0].entries.empty());
 
     ASSERT_TRUE(history_.endUndo());
-    EXPECT_FALSE(history_.read(&error_)->isBeingUndone);
+    EXPECT_FALSE(kept()->isBeingUndone);
     ASSERT_TRUE(history_.beginUndo());
     ASSERT_TRUE(history_.forget());
     EXPECT_FALSE(history_.hasCreation());
@@ -120,8 +126,8 @@ TEST_F(HistoryTest, ANewCreationCountsAndNotTheOneThatWasBeingUndone)
     ASSERT_TRUE(history_.beginUndo());
     creation_.id = QStringLiteral("second");
     ASSERT_TRUE(history_.store(creation_));
-    const std::optional<History::Creation> read = history_.read(&error_);
-    ASSERT_TRUE(read) << qPrintable(error_);
+    const std::optional<History::Creation> read = kept();
+    ASSERT_TRUE(read);
     EXPECT_EQ(read->id, QStringLiteral("second"));
     EXPECT_FALSE(read->isBeingUndone);
     ASSERT_TRUE(history_.forget());
@@ -134,14 +140,13 @@ TEST_F(HistoryTest, TellsWhatItCannotReadOrWrite)
     for (const QByteArray &damaged :
          {QByteArray(), QByteArray("bplist00"), QByteArray("<plist version=\"1.0\"><dict/></plist>")}) {
         put(file(), damaged);
-        EXPECT_FALSE(history_.read(&error_));
-        EXPECT_FALSE(error_.isEmpty()) << damaged.constData();
+        EXPECT_FALSE(history_.read().error.isEmpty()) << damaged.constData();
     }
     put(in(QStringLiteral("file")), "no folder");
     const History nowhere(in(QStringLiteral("file/Quenby")));
     EXPECT_FALSE(nowhere.store(creation_));
-    EXPECT_FALSE(nowhere.lock(&error_));
-    EXPECT_FALSE(History(QString()).lock(&error_));
+    EXPECT_FALSE(nowhere.lock());
+    EXPECT_FALSE(History(QString()).lock());
 }
 
 TEST_F(HistoryTest, IsClosedToOthers)
@@ -155,8 +160,8 @@ TEST_F(HistoryTest, ReadsWhatTheFirstVersionWrote)
     QFile written(QStringLiteral(QUENBY_TEST_DATA "/LastCreation-first-version.plist"));
     ASSERT_TRUE(written.open(QIODevice::ReadOnly));
     put(file(), written.readAll());
-    const std::optional<History::Creation> read = history_.read(&error_);
-    ASSERT_TRUE(read) << qPrintable(error_);
+    const std::optional<History::Creation> read = kept();
+    ASSERT_TRUE(read);
     EXPECT_EQ(read->label, QStringLiteral("Letters"));
     EXPECT_GT(read->begun, 0);
     ASSERT_EQ(read->records.size(), 1U);

@@ -117,10 +117,9 @@ protected:
     /// Of the creation that is stored as the last one.
     QString lastCreation() const
     {
-        QString error;
-        const auto last = History(home_.stateFolder() + text("/Quenby")).read(&error);
-        EXPECT_EQ(error, QString());
-        return last ? last->id : QString();
+        const auto last = History(home_.stateFolder() + text("/Quenby")).read();
+        EXPECT_EQ(last.error, QString());
+        return last && *last ? (*last)->id : QString();
     }
 
     /// Expects that the first undo takes back what a killed creation in \a folders made, and nothing else,

@@ -49,22 +49,21 @@ qint64 peakMemory()
 TEST_F(BoundedFileTest, ReadsARegularFileUpToTheLimit)
 {
     for (const qint64 size : {qint64(0), qint64(1), limit - 1, limit}) {
-        const std::optional<QByteArray> bytes =
-            BoundedFile::read(fileOfSize(QStringLiteral("f"), size), limit, &error_);
-        ASSERT_TRUE(bytes) << error_.toStdString();
+        const Result<QByteArray> bytes = BoundedFile::read(fileOfSize(QStringLiteral("f"), size), limit);
+        ASSERT_TRUE(bytes) << bytes.error.toStdString();
         EXPECT_EQ(*bytes, QByteArray(qsizetype(size), '\0'));
     }
-    EXPECT_FALSE(BoundedFile::read(fileOfSize(QStringLiteral("f"), limit + 1), limit, &error_));
-    EXPECT_THAT(error_.toStdString(), ::testing::HasSubstr("larger than 1000 bytes"));
+    const Result<QByteArray> refused = BoundedFile::read(fileOfSize(QStringLiteral("f"), limit + 1), limit);
+    EXPECT_FALSE(refused);
+    EXPECT_THAT(refused.error.toStdString(), ::testing::HasSubstr("larger than 1000 bytes"));
 }
 
 TEST_F(BoundedFileTest, ReadsAFileThatDoesNotSayItsSize)
 {
-    const std::optional<QByteArray> bytes =
-        BoundedFile::read(QStringLiteral("/proc/self/status"), 100'000, &error_);
-    ASSERT_TRUE(bytes) << error_.toStdString();
+    const Result<QByteArray> bytes = BoundedFile::read(QStringLiteral("/proc/self/status"), 100'000);
+    ASSERT_TRUE(bytes) << bytes.error.toStdString();
     EXPECT_TRUE(bytes->contains("VmHWM:"));
-    EXPECT_FALSE(BoundedFile::read(QStringLiteral("/proc/self/status"), 100, &error_));
+    EXPECT_FALSE(BoundedFile::read(QStringLiteral("/proc/self/status"), 100));
 }
 
 TEST_F(BoundedFileTest, RefusesWhatIsNoRegularFile)
@@ -73,9 +72,9 @@ TEST_F(BoundedFileTest, RefusesWhatIsNoRegularFile)
     ASSERT_EQ(::symlink("loop", QFile::encodeName(path(QStringLiteral("loop"))).constData()), 0);
     for (const QString &name : {path(QStringLiteral("fifo")), path(QStringLiteral("loop")),
                                 path(QStringLiteral("none")), folder_.path(), QStringLiteral("/dev/zero")}) {
-        error_.clear();
-        EXPECT_FALSE(BoundedFile::read(name, limit, &error_)) << name.toStdString();
-        EXPECT_THAT(error_.toStdString(), ::testing::StartsWith(name.toStdString() + ": "));
+        const Result<QByteArray> refused = BoundedFile::read(name, limit);
+        EXPECT_FALSE(refused) << name.toStdString();
+        EXPECT_THAT(refused.error.toStdString(), ::testing::StartsWith(name.toStdString() + ": "));
     }
 }
 

@@ -331,10 +331,10 @@ TEST_F(PreferencesDamageTest, WhatCannotBeKeptAsideNowStaysInItsPlaceAndNothingI
 {
     saveTwice();
     put(file(), "damaged");
-    const auto lock = [this](FileLayer &layer, QString *error) {
+    const auto lock = [this](FileLayer &layer) {
         PreferencesFile locked(layer, file());
         EXPECT_TRUE(locked.locate(false));
-        return locked.lock(in(QStringLiteral("locks")), 0, error);
+        return locked.lock(in(QStringLiteral("locks")), 0);
     };
     const auto expectUnread = [this](Preferences &first, const QString &obstacle) {
         const Result<> read = first.read();
@@ -350,12 +350,11 @@ TEST_F(PreferencesDamageTest, WhatCannotBeKeptAsideNowStaysInItsPlaceAndNothingI
         EXPECT_EQ(contentOf(file()), "damaged");
         EXPECT_EQ(namesIn(folder()).size(), 2);
     };
-    QString error;
-    std::optional<FileLock> held = lock(FileLayer::real(), &error);
-    ASSERT_TRUE(held) << qPrintable(error);
+    Result<FileLock> held = lock(FileLayer::real());
+    ASSERT_TRUE(held) << qPrintable(held.error);
     const auto waiting = preferences();
     expectUnread(*waiting, QStringLiteral("is locked by another process"));
-    held.reset();
+    held.value.reset();
 
     FailingFileLayer full;
     full.hasLinks = false;

@@ -73,13 +73,12 @@ Cost readAndWrite(const QString &folder, bool isPreset)
     const PeakMemory memory;
     double start = processorSeconds();
     QList<QNBPresetRecordPtr> presets;
-    QString error;
     Preferences preferences(QStringLiteral("hostile"), {.folder = folder, .lockFolder = folder});
     QNBSettings settings;
     if (isPreset) {
-        if (const QNBPresetRecordPtr preset =
-                QNBPresetFile::read(folder + QStringLiteral("/hostile.plist"), &error))
-            presets.append(preset);
+        if (const Result<QNBPresetRecordPtr> preset =
+                QNBPresetFile::read(folder + QStringLiteral("/hostile.plist")))
+            presets.append(*preset);
         cost.isRead = !presets.isEmpty();
     } else {
         const Result<> read = QNBSettingsStore::read(preferences, {}, settings);

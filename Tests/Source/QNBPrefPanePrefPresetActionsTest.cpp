@@ -362,10 +362,9 @@ TEST_F(QNBPrefPanePrefPresetActions, ExportWritesIntoTheChosenFolder)
     press(Qt::Key_E, Qt::ControlModifier);
     ASSERT_EQ(filePanels.size(), 1);
     EXPECT_EQ(filePanels.constFirst().kind, FilePanel::Kind::Folder);
-    QString error;
-    const QNBPresetRecordPtr exported = QNBPresetFile::read(folder + QStringLiteral("/A.qnbp"), &error);
-    ASSERT_TRUE(exported) << qPrintable(error);
-    EXPECT_EQ(exported->toStored(), record(0)->toStored());
+    const Result<QNBPresetRecordPtr> exported = QNBPresetFile::read(folder + QStringLiteral("/A.qnbp"));
+    ASSERT_TRUE(exported) << qPrintable(exported.error);
+    EXPECT_EQ((*exported)->toStored(), record(0)->toStored());
     EXPECT_TRUE(alerts.isEmpty());
 }
 
@@ -376,12 +375,11 @@ TEST_F(QNBPrefPanePrefPresetActions, ExportAsksBeforeItReplacesAFile)
     writeFile(QStringLiteral("out/A.qnbp"), "mine");
     filePanelAnswers << QStringList(folder) << QStringList(folder);
     alertAnswers << AlertPanel::Answer::Alternate << AlertPanel::Answer::Default;
-    QString error;
     pane->exportSelectedPreset();
-    EXPECT_FALSE(QNBPresetFile::read(file, &error));
+    EXPECT_FALSE(QNBPresetFile::read(file));
     EXPECT_TRUE(alerts.constFirst().message.contains(u"A.qnbp"));
     pane->exportSelectedPreset();
-    EXPECT_TRUE(QNBPresetFile::read(file, &error)) << qPrintable(error);
+    EXPECT_EQ(QNBPresetFile::read(file).error, QString());
 }
 
 TEST_F(QNBPrefPanePrefPresetActions, ALabelOfUnsafeCharactersThatWasTypedExportsAsQNBPreset)
@@ -407,10 +405,9 @@ TEST_F(QNBPrefPanePrefPresetActions, ExportingTwiceLeavesOneFileTheLaterWrite)
     press(Qt::Key_1, Qt::ControlModifier);
     press(Qt::Key_E, Qt::ControlModifier);
     EXPECT_EQ(QDir(folder).entryList(QDir::Files), QStringList(QStringLiteral("A.qnbp")));
-    QString error;
-    const QNBPresetRecordPtr exported = QNBPresetFile::read(folder + QStringLiteral("/A.qnbp"), &error);
-    ASSERT_TRUE(exported) << qPrintable(error);
-    EXPECT_EQ(exported->fileHierarchy()->childAtIndex(0)->colorName(), u"red");
+    const Result<QNBPresetRecordPtr> exported = QNBPresetFile::read(folder + QStringLiteral("/A.qnbp"));
+    ASSERT_TRUE(exported) << qPrintable(exported.error);
+    EXPECT_EQ((*exported)->fileHierarchy()->childAtIndex(0)->colorName(), u"red");
 }
 
 TEST_F(QNBPrefPanePrefPresetActions, AFailedExportIsTold)

@@ -95,12 +95,11 @@ protected:
         FAIL() << qPrintable(title);
     }
     /// What another program that saves holds.
-    std::optional<FileLock> lockOfDomain() const
+    Result<FileLock> lockOfDomain() const
     {
         PreferencesFile file(FileLayer::real(), domain());
-        QString error;
         EXPECT_TRUE(file.locate(false));
-        return file.lock(path(QStringLiteral("config")), 0, &error);
+        return file.lock(path(QStringLiteral("config")), 0);
     }
     QString told(Kind kind) const { return listener.notices.value(kind).text; }
 
@@ -154,7 +153,7 @@ TEST_F(QNBPrefPanePrefStoredStatesTest, WhatCannotBeKeptBeforeEditedPresetsRepla
     pane->addPreset();
     mount();
     {
-        const std::optional<FileLock> busy = lockOfDomain();
+        const Result<FileLock> busy = lockOfDomain();
         ASSERT_TRUE(busy);
         EXPECT_FALSE(pane->save());
     }
@@ -305,7 +304,7 @@ TEST_F(QNBPrefPanePrefStoredStatesTest, WhatCannotBeReplacedNowIsToldWithTheReas
     storeTwice();
     write(domain(), "damaged");
     {
-        const std::optional<FileLock> busy = lockOfDomain();
+        const Result<FileLock> busy = lockOfDomain();
         ASSERT_TRUE(busy);
         openPane();
         EXPECT_EQ(shown(), QStringList{mine}) << "the backup";
@@ -331,7 +330,7 @@ TEST_F(QNBPrefPanePrefStoredStatesTest, WhatTheUserMadeOfTheBackupMeanwhileTakes
     storeTwice();
     write(domain(), "damaged");
     {
-        const std::optional<FileLock> busy = lockOfDomain();
+        const Result<FileLock> busy = lockOfDomain();
         ASSERT_TRUE(busy);
         openPane();
         pane->addPreset();

@@ -43,13 +43,12 @@ protected:
         EXPECT_TRUE(written) << qPrintable(written.error);
         return name;
     }
-    QNBPresetRecordPtr read(const QString &name)
+    Result<QNBPresetRecordPtr> read(const QString &name) const
     {
-        return QNBPresetFile::read(folder_.filePath(name), &error_);
+        return QNBPresetFile::read(folder_.filePath(name));
     }
 
     QTemporaryDir folder_;
-    QString error_;
 };
 
 TEST_F(QNBPresetFileTest, ALabelWithSlashOrColonIsExportedUnderItsCleanedUpName)
@@ -69,8 +68,9 @@ TEST_F(QNBPresetFileTest, ImportIsLabelledByTheFileNameWhateverLabelItHolds)
 {
     const QString name = write(*preset(QStringLiteral("Another Label")));
     ASSERT_TRUE(QFile::rename(folder_.filePath(name), folder_.filePath(QStringLiteral("Client X.qnbp"))));
-    const QNBPresetRecordPtr imported = read(QStringLiteral("Client X.qnbp"));
-    ASSERT_TRUE(imported) << qPrintable(error_);
+    const Result<QNBPresetRecordPtr> read = this->read(QStringLiteral("Client X.qnbp"));
+    ASSERT_TRUE(read) << qPrintable(read.error);
+    const QNBPresetRecordPtr imported = *read;
     EXPECT_EQ(imported->label(), QStringLiteral("Client X"));
 }
 
@@ -82,8 +82,9 @@ TEST_F(QNBPresetFileTest, TheFilesExtensionIsNotChecked)
           std::pair{QStringLiteral("plain"), QStringLiteral("plain")},
           std::pair{QStringLiteral(".qnbp"), QStringLiteral(".qnbp")}}) {
         ASSERT_TRUE(QFile::copy(folder_.filePath(name), folder_.filePath(file)));
-        const QNBPresetRecordPtr imported = read(file);
-        ASSERT_TRUE(imported) << qPrintable(error_);
+        const Result<QNBPresetRecordPtr> read = this->read(file);
+        ASSERT_TRUE(read) << qPrintable(read.error);
+        const QNBPresetRecordPtr imported = *read;
         EXPECT_EQ(imported->label(), label);
     }
 }
@@ -91,8 +92,9 @@ TEST_F(QNBPresetFileTest, TheFilesExtensionIsNotChecked)
 TEST_F(QNBPresetFileTest, EveryKeyAndTheTreeSurviveWithoutUids)
 {
     const QNBPresetRecordPtr original = preset(QStringLiteral("A"));
-    const QNBPresetRecordPtr imported = read(write(*original));
-    ASSERT_TRUE(imported) << qPrintable(error_);
+    const Result<QNBPresetRecordPtr> read = this->read(write(*original));
+    ASSERT_TRUE(read) << qPrintable(read.error);
+    const QNBPresetRecordPtr imported = *read;
     EXPECT_EQ(imported->toStored(), original->toStored());
     EXPECT_NE(imported->fileHierarchy()->uid(), original->fileHierarchy()->uid());
     QFile file(folder_.filePath(QStringLiteral("A.qnbp")));
@@ -120,7 +122,7 @@ TEST_F(QNBPresetFileTest, AnExistingFileOfThatNameIsReplaced)
     const QNBPresetRecordPtr record = preset(QStringLiteral("A"));
     write(*record);
     record->setValueForKey(QStringLiteral("new"), QStringLiteral("extra"));
-    EXPECT_EQ(read(write(*record))->valueForKey(QStringLiteral("extra")), QVariant(QStringLiteral("new")));
+    EXPECT_EQ((*read(write(*record)))->valueForKey(QStringLiteral("extra")), QVariant(QStringLiteral("new")));
 }
 
 TEST_F(QNBPresetFileTest, TheUmaskDecidesWhoMayReadAnExportedPreset)
@@ -143,7 +145,7 @@ TEST_F(QNBPresetFileTest, ALinkPlantedInASharedFolderIsReplacedAndNotFollowed)
     ASSERT_TRUE(QFile::link(victim.fileName(), folder_.filePath(QStringLiteral("Invoice.qnbp"))));
     const QString name = write(*preset(QStringLiteral("Invoice")));
     EXPECT_FALSE(QFileInfo(folder_.filePath(name)).isSymLink());
-    EXPECT_TRUE(read(name)) << qPrintable(error_);
+    EXPECT_EQ(read(name).error, QString());
     ASSERT_TRUE(victim.open(QIODevice::ReadOnly));
     EXPECT_EQ(victim.readAll(), "mine");
 }
@@ -181,14 +183,12 @@ TEST_F(QNBPresetFileTest, AFileIsRefusedThatTheListOfPresetsCouldNotBeSavedWith)
     QNBPresetRecord record;
     record.setFileHierarchy(root);
     QString name;
-    QString error;
     ASSERT_TRUE(QNBPresetFile::write(record, folder_.path(), &name));
-    EXPECT_TRUE(QNBPresetFile::read(folder_.filePath(name), &error)) << qPrintable(error);
+    EXPECT_EQ(read(name).error, QString());
 
     addLevel();
     ASSERT_TRUE(QNBPresetFile::write(record, folder_.path(), &name));
-    EXPECT_FALSE(QNBPresetFile::read(folder_.filePath(name), &error));
-    EXPECT_FALSE(error.isEmpty());
+    EXPECT_FALSE(read(name).error.isEmpty());
 }
 
 TEST_F(QNBPresetFileTest, FilesWithoutEntriesAreNoPresets)
@@ -198,8 +198,8 @@ TEST_F(QNBPresetFileTest, FilesWithoutEntriesAreNoPresets)
         EXPECT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
         file.write(bytes);
         file.close();
-        error_.clear();
-        return !read(QStringLiteral("x.qnbp")) && !error_.isEmpty();
+        const Result<QNBPresetRecordPtr> result = read(QStringLiteral("x.qnbp"));
+        return !result && !result.error.isEmpty();
     };
     EXPECT_TRUE(refused({}));
     EXPECT_TRUE(refused("not an archive"));
