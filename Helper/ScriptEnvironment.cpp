@@ -34,11 +34,13 @@ QByteArray systemsList()
 QByteArrayList ScriptEnvironment::assignments()
 {
     QByteArrayList assignments;
+    bool hasPrograms = false;
     for (char *const *variable = environ; *variable; ++variable) {
         const QByteArray assignment(*variable);
         if (assignment.startsWith(programs)) {
             const QByteArray absolute = absoluteOf(assignment.mid(programs.size()));
             assignments.append(programs + (absolute.isEmpty() ? systemsList() : absolute));
+            hasPrograms = true;
         } else if (assignment.startsWith(libraries)) {
             const QByteArray absolute = absoluteOf(assignment.mid(libraries.size()).replace(';', ':'));
             if (!absolute.isEmpty())
@@ -47,5 +49,7 @@ QByteArrayList ScriptEnvironment::assignments()
             assignments.append(assignment);
         }
     }
+    if (!hasPrograms)
+        assignments.append(programs + systemsList());
     return assignments;
 }

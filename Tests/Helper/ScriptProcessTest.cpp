@@ -160,6 +160,8 @@ TEST_F(ScriptProcessTest, FindsNoProgramInTheFolderItRunsIn)
     EXPECT_EQ(printed("/usr/bin:/bin"), "/usr/bin:/bin,/usr/bin:/bin\n");
     EXPECT_EQ(printed("."), "/bin:/usr/bin,\n");
     EXPECT_EQ(printed(""), "/bin:/usr/bin,\n");
+    qunsetenv("PATH");
+    EXPECT_EQ(shell("exec /usr/bin/env | grep ^PATH").output, "PATH=/bin:/usr/bin\n");
     qputenv("PATH", before);
     qunsetenv("LD_LIBRARY_PATH");
 }
