@@ -85,6 +85,14 @@ TEST_F(EarlierStatesTest, OneThatWouldBeTheFirstToGoIsNotWritten)
     EXPECT_TRUE(contents().contains("young"));
 }
 
+TEST_F(EarlierStatesTest, OneForWhichTheYoungerLeaveNoRoomIsNotWritten)
+{
+    ASSERT_TRUE(keepAt(0, QByteArray(EarlierStates::sizeKept - 1, 'a')));
+    FailingFileLayer layer;
+    ASSERT_TRUE(EarlierStates(folder(), &layer).keep("old", start_.addDays(-1), start_.addYears(1)));
+    EXPECT_EQ(layer.calls, 0);
+}
+
 TEST_F(EarlierStatesTest, TheOldestGoWhenTheyAreTooLarge)
 {
     const qsizetype third = EarlierStates::sizeKept / 3;
