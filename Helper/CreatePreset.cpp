@@ -90,8 +90,9 @@ void runScript(const CreationRequest &request, const QString &name, CreationRepo
     const ScriptChanges changes;
     report.script = script->run(target, report.label, request.scriptLimits);
     if (changes.takeInto(report.record)) {
-        if (const QString problem = report.step->change(report.place, report.record); !problem.isEmpty())
-            qCWarning(lcCreate) << "what the script has changed cannot be undone:" << problem;
+        const QString problem = report.step->change(report.place, report.record);
+        if (!problem.isEmpty() && report.warning.isEmpty())
+            report.warning = tr("What the script has changed cannot be undone later: %1").arg(problem);
     }
     if (report.script.hasSucceeded())
         return;

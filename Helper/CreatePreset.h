@@ -52,7 +52,8 @@ struct CreationReport
     Creation::Plan plan;
     /// What happened, for people.
     QString message;
-    /// Why it cannot be undone, for people; empty if it can, or if more folders follow.
+    /// Why it cannot be undone, or what its script changed cannot, for people; empty if it can, or if more
+    /// folders follow.
     QString warning;
     /// What undoCreation() undoes, and the place of this creation in it.
     std::shared_ptr<UndoStep> step;

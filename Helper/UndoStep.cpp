@@ -89,6 +89,7 @@ QString UndoStep::endAll()
     }
     // They say the same, and are read like those of a creation that was killed.
     qCWarning(lcUndoStep) << "the journals are kept instead:" << problem;
+    reasonForJournals_ = problem;
     for (const std::shared_ptr<Creation::Journal> &journal : journals_)
         Journals().setTold(journal->path());
     journals_.clear();
@@ -123,8 +124,8 @@ void UndoStep::removeJournals()
 QString UndoStep::change(std::size_t place, const Creation::Record &record)
 {
     creation_.records[place] = record;
-    if (!isStored_)
-        return {};
+    if (!isStored_ || !reasonForJournals_.isEmpty())
+        return reasonForJournals_;
     const History history;
     const Result<FileLock> lock = history.lock();
     if (!lock)

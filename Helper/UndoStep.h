@@ -54,4 +54,6 @@ private:
     bool isStored_ = false;
     /// Whether each folder has a journal, in which no note is missing.
     bool isJournaled_ = true;
+    /// Why they are kept instead of a record: they cannot say what changed after the creation.
+    QString reasonForJournals_;
 };

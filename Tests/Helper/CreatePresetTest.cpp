@@ -218,6 +218,34 @@ TEST_F(CreatePresetTest, OnAFullDiskItIsUndoneOrNotRememberedAndAnEarlierOneIsNo
     });
 }
 
+TEST_F(CreatePresetTest, WhatAScriptChangedAndCannotBeRememberedIsTold)
+{
+    ASSERT_TRUE(QDir().mkpath(stateFolder()));
+    const QString script = home_.dataFolder() + QStringLiteral("/Quenby/Scripts/mine.sh");
+    ASSERT_TRUE(QDir().mkpath(QFileInfo(script).path()));
+    put(script, "#!/bin/sh\nhead -c 100000000 /dev/zero >'" + QFile::encodeName(stateFolder()) +
+                    "/filler'\nfor file in one*; do echo changed >\"$file\"; done\n");
+    ASSERT_TRUE(QFile::setPermissions(script, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+    request_.preset->setValueForKey(QStringLiteral("mine.sh"), QNBPresetKey::scriptFile);
+    request_.allowScript = [](const Script &) { return true; };
+    for (const bool isFullBefore : {false, true}) {
+        ForkedProcess::run([this, isFullBefore] {
+            qputenv("XDG_DATA_HOME", home_.dataFolder().toUtf8());
+            qputenv("XDG_RUNTIME_DIR", home_.path().toUtf8());
+            SmallDisk disk(stateFolder());
+            const CreationReport report = createPreset(request_, [&](qsizetype, qsizetype) {
+                // Then the journal is kept, which cannot say what the script does.
+                if (isFullBefore) {
+                    EXPECT_TRUE(disk.fill(0));
+                }
+                return true;
+            });
+            EXPECT_EQ(report.status, CreationReport::Status::Created) << qPrintable(report.message);
+            EXPECT_THAT(report.warning.toStdString(), HasSubstr("What the script has changed"));
+        });
+    }
+}
+
 TEST_F(CreatePresetTest, NothingIsUndoneThatCannotBeMarkedOrForgotten)
 {
     ASSERT_TRUE(QDir().mkpath(stateFolder()));
