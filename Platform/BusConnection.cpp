@@ -24,6 +24,9 @@ const QString busPath = QStringLiteral("/org/freedesktop/DBus");
 const QString localPath = QStringLiteral("/org/freedesktop/DBus/Local");
 const QString localInterface = QStringLiteral("org.freedesktop.DBus.Local");
 
+/// For a bus that has just been silent.
+constexpr auto secondTimeout = 200ms;
+
 /// Between two looks for a bus; each is twice as long as the one before.
 constexpr auto firstPause = 500ms;
 constexpr auto longestPause = 30000ms;
@@ -128,19 +131,21 @@ void BusConnection::watch(SessionBus::Changed changed)
         changed(state_ == State::There ? connection_ : std::nullopt);
 }
 
-bool BusConnection::connectToBus()
+bool BusConnection::connectToBus(bool evenIfSilent)
 {
     if (connection_ && connection_->isConnected())
         return true;
     if (connection_)
         leave();
-    if (!silentUntil_.hasExpired())
+    const bool wasSilent = !silentUntil_.hasExpired();
+    if (wasSilent && !evenIfSilent)
         return false;
 
     // The library waits half a minute for a bus that says nothing, and the end of the process waits for the
     // library; so it only meets buses that have just answered.
-    const BusProbe::Answer answer = BusProbe::ask(address_, SessionBus::answerTimeout);
-    if (answer == BusProbe::Answer::Silence)
+    const BusProbe::Answer answer =
+        BusProbe::ask(address_, wasSilent ? secondTimeout : SessionBus::answerTimeout);
+    if (answer == BusProbe::Answer::Silence && !wasSilent)
         silentUntil_.setRemainingTime(pause_);
     if (answer != BusProbe::Answer::Yes) {
         if (state_ != State::Absent)
@@ -227,7 +232,8 @@ void BusConnection::tell(State state)
 void BusConnection::roundTrip(std::chrono::milliseconds timeout,
                               const std::function<void(bool allTaken)> &done)
 {
-    if (!connectToBus() || !unsent_.isEmpty()) {
+    // Somebody waits: the bus may answer by now.
+    if (!connectToBus(true) || !unsent_.isEmpty()) {
         done(false);
         return;
     }

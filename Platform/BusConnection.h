@@ -58,7 +58,8 @@ private Q_SLOTS:
 private:
     enum class State { Unknown, Absent, There };
 
-    bool connectToBus();
+    /// A bus that has just been silent is asked again, for a shorter time, only if \a evenIfSilent.
+    bool connectToBus(bool evenIfSilent = false);
     void beginUse();
     void tellOnceUsed();
     void leave();

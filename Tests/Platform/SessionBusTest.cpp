@@ -74,6 +74,15 @@ TEST_F(SessionBusTest, WhatIsSentToABusThatIsStoppedIsSentOnceWhenItGoesOn)
     EXPECT_EQ(listener.count("Changed"), 1);
 }
 
+TEST_F(SessionBusTest, WhoWaitsForABusThatWasSilentHasItAskedAtOnce)
+{
+    stop();
+    bus_.send(signal());
+    EXPECT_FALSE(bus_.flush());
+    goOn();
+    EXPECT_TRUE(bus_.flush());
+}
+
 TEST_F(SessionBusTest, WhatIsSentToABusThatStopsWhileItIsUsedArrivesOnceItGoesOn)
 {
     NotificationListener listener(daemon_.address());
