@@ -8,7 +8,7 @@
 
 QString CajaMenu::name() const
 {
-    return QStringLiteral("caja");
+    return QStringLiteral("Caja");
 }
 
 QString CajaMenu::program() const

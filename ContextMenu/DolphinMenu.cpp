@@ -20,7 +20,7 @@ QByteArray actionName(qsizetype index)
 
 QString DolphinMenu::name() const
 {
-    return QStringLiteral("dolphin");
+    return QStringLiteral("Dolphin");
 }
 
 QString DolphinMenu::program() const

@@ -21,8 +21,10 @@ public:
     /// Those that are known.
     static std::vector<std::unique_ptr<FileManager>> all();
 
-    /// By which it is known in the manifest, and to people.
+    /// By which it is known to people.
     virtual QString name() const = 0;
+    /// Of its executable; by which it is known in the manifest.
+    virtual QString program() const = 0;
 
     /// Whether the user has it: its program, or what it keeps of the user.
     bool isPresent() const;
@@ -35,8 +37,6 @@ public:
     virtual Result<> remove(Manifest &manifest) const = 0;
 
 protected:
-    /// Of its executable.
-    virtual QString program() const = 0;
     /// Where it keeps its settings.
     virtual QString configurationFolder() const = 0;
 };

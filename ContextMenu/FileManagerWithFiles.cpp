@@ -65,13 +65,13 @@ Result<> FileManagerWithFiles::remove(Manifest &manifest) const
 {
     Result<> result = synchronize({}, manifest);
     if (result)
-        manifest.removeEntries(name());
+        manifest.removeEntries(program());
     return result;
 }
 
 Result<> FileManagerWithFiles::synchronize(const QList<File> &files, Manifest &manifest) const
 {
-    const Manifest::Entries before = manifest.entries(name());
+    const Manifest::Entries before = manifest.entries(program());
     Manifest::Entries after;
 
     // Whatever happens from here on, what we write is known.
@@ -95,7 +95,7 @@ Result<> FileManagerWithFiles::synchronize(const QList<File> &files, Manifest &m
         if (current.content != file.content)
             changed.append(file);
     }
-    manifest.setEntries(name(), meanwhile);
+    manifest.setEntries(program(), meanwhile);
     if (Result<> saved = manifest.save(); !saved)
         return saved;
 
@@ -129,7 +129,7 @@ Result<> FileManagerWithFiles::synchronize(const QList<File> &files, Manifest &m
             after.files.insert(old.key(), old.value());
         keep(result, std::move(removed));
     }
-    manifest.setEntries(name(), after);
+    manifest.setEntries(program(), after);
     manifest.removeEmptyFolders();
     keep(result, manifest.save());
     return result;

@@ -8,7 +8,7 @@
 
 QString NautilusMenu::name() const
 {
-    return QStringLiteral("nautilus");
+    return QStringLiteral("Nautilus");
 }
 
 QString NautilusMenu::program() const

@@ -8,7 +8,7 @@
 
 QString NemoMenu::name() const
 {
-    return QStringLiteral("nemo");
+    return QStringLiteral("Nemo");
 }
 
 QString NemoMenu::program() const

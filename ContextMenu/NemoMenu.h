@@ -11,9 +11,9 @@ class NemoMenu final : public FileManagerWithFiles
 {
 public:
     QString name() const override;
+    QString program() const override;
     QList<File> files(const PresetMenu &menu) const override;
 
 protected:
-    QString program() const override;
     QString configurationFolder() const override;
 };

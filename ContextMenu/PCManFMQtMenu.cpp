@@ -35,7 +35,7 @@ void appendConditions(QByteArray &entry)
 
 QString PCManFMQtMenu::name() const
 {
-    return QStringLiteral("pcmanfm-qt");
+    return QStringLiteral("PCManFM-Qt");
 }
 
 QString PCManFMQtMenu::program() const

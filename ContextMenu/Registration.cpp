@@ -53,7 +53,7 @@ Result<> writeAll(Manifest &manifest, const QByteArray &helper)
 {
     for (const std::unique_ptr<FileManager> &manager : FileManager::all()) {
         if (manager->isPresent())
-            manifest.setEntries(manager->name(), manifest.entries(manager->name()));
+            manifest.setEntries(manager->program(), manifest.entries(manager->program()));
     }
     if (helper.isEmpty()) {
         qCWarning(lcRegistration) << "the helper was not found; the menu is written when it starts";
@@ -67,7 +67,7 @@ Result<> writeAll(Manifest &manifest, const QByteArray &helper)
     if (!menu)
         return Result<>::failure(menu.error);
     for (const std::unique_ptr<FileManager> &manager : FileManager::all()) {
-        if (registered.contains(manager->name()))
+        if (registered.contains(manager->program()))
             keep(result, manager->write(*menu, manifest));
     }
     return result;
@@ -99,6 +99,21 @@ Result<> Registration::unregister()
         keep(result, manifest.fileManagers().isEmpty() ? manifest.remove() : manifest.save());
         return result;
     });
+}
+
+Result<QString> Registration::list()
+{
+    QString lines;
+    const Result<> read = withManifest([&lines](Manifest &manifest) {
+        for (const std::unique_ptr<FileManager> &manager : FileManager::all()) {
+            const Manifest::Entries entries = manifest.entries(manager->program());
+            const bool hasEntries = !entries.files.isEmpty() || !entries.sharedFiles.isEmpty();
+            if (hasEntries || manager->isPresent())
+                lines += manager->name() + QLatin1StringView(hasEntries ? "\tyes\n" : "\tno\n");
+        }
+        return manifest.readError().isEmpty() ? Result<>() : Result<>::failure(manifest.readError());
+    });
+    return read ? Result<QString>(lines) : Result<QString>::failure(read.error);
 }
 
 Result<PresetMenu> Registration::menuFor(const QByteArray &helper)

@@ -25,6 +25,10 @@ Result<> refresh(const QByteArray &helper);
 /// Removes what was written.
 Result<> unregister();
 
+/// A line for each file manager that is present or has entries: its name, a tab, and "yes" if it has them,
+/// else "no".
+Result<QString> list();
+
 /// The presets of the user, or those that the pane of \a helper comes with if none were ever stored. Fails
 /// while the user's cannot be read.
 Result<PresetMenu> menuFor(const QByteArray &helper);

@@ -56,7 +56,7 @@ bool isThere(const QString &path)
 
 QString ThunarMenu::name() const
 {
-    return QStringLiteral("thunar");
+    return QStringLiteral("Thunar");
 }
 
 QString ThunarMenu::program() const
@@ -144,7 +144,7 @@ QByteArrayList ThunarMenu::actions(const PresetMenu &menu, bool withSubmenu)
 Result<> ThunarMenu::write(const PresetMenu &menu, Manifest &manifest) const
 {
     const QString path = actionsFile();
-    Manifest::Entries entries = manifest.entries(name());
+    Manifest::Entries entries = manifest.entries(program());
     QByteArray present;
     QString error;
     if (isThere(path)) {
@@ -163,7 +163,7 @@ Result<> ThunarMenu::write(const PresetMenu &menu, Manifest &manifest) const
         ThunarActions::withActions(present, actions(menu, knowsSubmenus(present)), &error);
     if (!wanted)
         return Result<>::failure(QStringLiteral("%1 is left alone, it is damaged: %2").arg(path, error));
-    manifest.setEntries(name(), entries);
+    manifest.setEntries(program(), entries);
     if (Result<> saved = manifest.save(); !saved)
         return saved;
     if (*wanted == present)
@@ -177,7 +177,7 @@ Result<> ThunarMenu::write(const PresetMenu &menu, Manifest &manifest) const
 
 Result<> ThunarMenu::remove(Manifest &manifest) const
 {
-    const Manifest::Entries entries = manifest.entries(name());
+    const Manifest::Entries entries = manifest.entries(program());
     const DurableFileWriter writer;
     for (auto file = entries.sharedFiles.begin(); file != entries.sharedFiles.end(); ++file) {
         writer.removeStrayTemporaries(file.key());
@@ -198,6 +198,6 @@ Result<> ThunarMenu::remove(Manifest &manifest) const
         if (!result)
             return result;
     }
-    manifest.removeEntries(name());
+    manifest.removeEntries(program());
     return {};
 }

@@ -12,6 +12,7 @@ class ThunarMenu final : public FileManager
 {
 public:
     QString name() const override;
+    QString program() const override;
     Result<> write(const PresetMenu &menu, Manifest &manifest) const override;
     Result<> remove(Manifest &manifest) const override;
 
@@ -20,7 +21,6 @@ public:
     static QByteArrayList actions(const PresetMenu &menu, bool withSubmenu);
 
 protected:
-    QString program() const override;
     QString configurationFolder() const override;
 
 private:

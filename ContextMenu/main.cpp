@@ -20,6 +20,7 @@ constexpr int wrongUse = 2;
 constexpr char usage[] = R"(Usage: QNBContextMenu register [HELPER]
        QNBContextMenu refresh [HELPER]
        QNBContextMenu unregister
+       QNBContextMenu list
        QNBContextMenu --help | --version
 
 Puts a submenu "Quenby" of the presets into the context menus of the file
@@ -34,6 +35,8 @@ Commands:
               and writes those that are missing, also for a file manager that
               was installed later. Does nothing if nothing is registered.
   unregister  Removes exactly what was written.
+  list        Prints a line for each file manager that is there or has entries:
+              its name, a tab, and "yes" if it has them, else "no".
 
 HELPER is the path of the executable QNBHelper. Without it the helper is looked
 for: beside this plug-in, among the login items, in the folders of settings
@@ -83,8 +86,15 @@ Result<> perform(const QStringList &arguments)
         return home;
     if (arguments.constFirst() == u"register")
         return Registration::registerWith(helper(arguments));
-    return arguments.constFirst() == u"refresh" ? Registration::refresh(helper(arguments))
-                                                : Registration::unregister();
+    if (arguments.constFirst() == u"refresh")
+        return Registration::refresh(helper(arguments));
+    if (arguments.constFirst() == u"unregister")
+        return Registration::unregister();
+    const Result<QString> list = Registration::list();
+    if (!list)
+        return Result<>::failure(list.error);
+    std::fputs(qPrintable(linesText(*list)), stdout);
+    return {};
 }
 
 } // namespace
@@ -99,7 +109,7 @@ int main(int argc, char **argv)
         std::fputs(usage, stderr);
         return wrongUse;
     }
-    if (mayNameHelper || command == u"unregister")
+    if (mayNameHelper || command == u"unregister" || command == u"list")
         return exitStatus(perform(arguments));
     if (command == u"--help" || command == u"-h") {
         std::fputs(usage, stdout);

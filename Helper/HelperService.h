@@ -3,6 +3,8 @@
 
 #pragma once
 
+#include "Shared/Source/QNBShared.h"
+
 #include <QString>
 #include <QStringList>
 #include <optional>
@@ -12,7 +14,7 @@ class SessionBus;
 /// The running helper as other programs find it on the session bus.
 namespace HelperService {
 
-inline const QString name = QStringLiteral("org.quenby.QNBHelper");
+inline const QString name = QNBHelperServiceName();
 inline const QString path = QStringLiteral("/org/quenby/QNBHelper");
 inline const QString interfaceName = name;
 /// A label; which of the presets that have it, from 1, or 0 for the only one; the folders. Older command

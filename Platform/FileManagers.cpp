@@ -19,35 +19,52 @@ namespace {
 
 Q_LOGGING_CATEGORY(lcFileManagers, "quenby.platform.filemanagers")
 
-const QByteArray registerCommand = QByteArrayLiteral("register");
+/// In bytes; some lines are expected.
+constexpr qsizetype longestAnswer = 64 * 1024;
+
+/// The last line of \a errors, which sums up, without the name of who says it.
+QString reasonOf(const QByteArray &errors, int status)
+{
+    const QString line = QString::fromUtf8(errors.trimmed().split('\n').constLast());
+    const qsizetype afterName = line.indexOf(u": ") + 2;
+    if (!line.isEmpty())
+        return afterName < 2 ? line : line.mid(afterName);
+    return WIFSIGNALED(status) ? QStringLiteral("it did not end in time, or was ended")
+                               : QStringLiteral("it ended with the status %1").arg(WEXITSTATUS(status));
+}
 
 } // namespace
 
-bool FileManagers::registerPlugin(const QString &plugin, std::chrono::milliseconds timeout)
+void FileManagers::ask(const QString &plugin, const QByteArray &command, const Answered &answered,
+                       std::chrono::milliseconds timeout)
 {
+    const auto fail = [answered, plugin](const QString &reason) {
+        qCWarning(lcFileManagers) << plugin << reason;
+        answered(Result<QString>::failure(reason));
+    };
     const std::optional<Bundle> bundle = Bundle::bundleWithPath(plugin);
     const QString executable = bundle ? bundle->executablePath() : QString();
     if (executable.isEmpty()) {
-        qCWarning(lcFileManagers) << "nothing to be registered in" << plugin;
-        return false;
+        fail(QStringLiteral("there is nothing to be run in %1").arg(plugin));
+        return;
     }
-    const auto registration = std::make_shared<Subprocess>();
-    if (const Result<> started = registration->start(QFile::encodeName(executable), {registerCommand});
-        !started) {
-        qCWarning(lcFileManagers) << started.error;
-        return false;
+    const auto process = std::make_shared<Subprocess>();
+    process->keepOutput();
+    if (const Result<> started = process->start(QFile::encodeName(executable), {command}); !started) {
+        fail(started.error);
+        return;
     }
-    registration->closeInput();
+    process->closeInput();
     // Holds what it waits for: nobody else does.
-    registration->setEndHandler([registration, executable](int status) {
-        if (!WIFEXITED(status) || WEXITSTATUS(status) != 0)
-            qCWarning(lcFileManagers) << executable << "did not register well, status" << status;
+    process->setEndHandler([process, answered, fail](int status) {
+        if (WIFEXITED(status) && WEXITSTATUS(status) == 0)
+            answered(QString::fromUtf8(process->output(longestAnswer)));
+        else
+            fail(reasonOf(process->errors(longestAnswer), status));
     });
-    QTimer::singleShot(timeout, QCoreApplication::instance(),
-                       [registration = std::weak_ptr(registration), executable] {
-                           const std::shared_ptr<Subprocess> late = registration.lock();
-                           if (late && late->signal(SIGKILL))
-                               qCWarning(lcFileManagers) << executable << "took too long to register";
-                       });
-    return true;
+    QTimer::singleShot(timeout, QCoreApplication::instance(), [process = std::weak_ptr(process), plugin] {
+        const std::shared_ptr<Subprocess> late = process.lock();
+        if (late && late->signal(SIGKILL))
+            qCWarning(lcFileManagers) << plugin << "took too long";
+    });
 }

@@ -8,11 +8,12 @@
 /// What kind of system this is.
 namespace Gestalt {
 
-/// The version whose file-manager plug-in interface this layer provides, coded in binary: two digits of the
-/// major version, one of the minor, one of the correction (10.5.8).
-inline constexpr qint32 providedSystemVersion = 0x1058;
-
-/// The system version, coded like that.
-qint32 systemVersion();
+/// The system version, coded in binary: two digits of the major version, one of the minor, one of the
+/// correction, 0x1058 for 10.5.8. A desktop of today is newer than the last system that loads contextual-menu
+/// plug-ins, 10.5.x.
+constexpr qint32 systemVersion()
+{
+    return 0x1060;
+}
 
 } // namespace Gestalt

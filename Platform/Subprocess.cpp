@@ -10,9 +10,11 @@
 #include <QFile>
 #include <QSocketNotifier>
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <fcntl.h>
+#include <sys/mman.h>
 #include <sys/socket.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
@@ -98,6 +100,10 @@ Subprocess::~Subprocess()
 {
     closeInput();
     setEndHandler({});
+    for (const int descriptor : {output_, errors_}) {
+        if (descriptor != -1)
+            ::close(descriptor);
+    }
 }
 
 Result<> Subprocess::start(const QByteArray &program, const QByteArrayList &arguments,
@@ -113,8 +119,18 @@ Result<> Subprocess::start(const QByteArray &program, const QByteArrayList &argu
     QByteArrayList assignments = environmentWith(environment);
     ProcessStart beginning;
     ::posix_spawn_file_actions_adddup2(&beginning.actions, ends[1], STDIN_FILENO);
-    ::posix_spawn_file_actions_addopen(&beginning.actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
-    ::posix_spawn_file_actions_adddup2(&beginning.actions, STDOUT_FILENO, STDERR_FILENO);
+    if (keepsOutput_) {
+        output_ = ::memfd_create("output", MFD_CLOEXEC);
+        errors_ = ::memfd_create("errors", MFD_CLOEXEC);
+    }
+    const auto lead = [&beginning](int stream, int kept) {
+        if (kept != -1)
+            ::posix_spawn_file_actions_adddup2(&beginning.actions, kept, stream);
+        else
+            ::posix_spawn_file_actions_addopen(&beginning.actions, stream, "/dev/null", O_WRONLY, 0);
+    };
+    lead(STDOUT_FILENO, output_);
+    lead(STDERR_FILENO, errors_);
     const int error =
         ::posix_spawn(&pid_, program.constData(), &beginning.actions, &beginning.attributes,
                       ProcessStart::pointersTo(words).data(), ProcessStart::pointersTo(assignments).data());
@@ -134,6 +150,14 @@ Result<> Subprocess::start(const QByteArray &program, const QByteArrayList &argu
     }
     watch_ = new Watch(pid_, descriptor);
     return {};
+}
+
+QByteArray Subprocess::kept(int descriptor, qsizetype limit)
+{
+    QByteArray bytes(limit, Qt::Uninitialized);
+    const ssize_t size = ::pread(descriptor, bytes.data(), static_cast<std::size_t>(limit), 0);
+    bytes.resize(std::max<qsizetype>(size, 0));
+    return bytes;
 }
 
 bool Subprocess::isRunning() const

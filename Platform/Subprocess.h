@@ -13,7 +13,7 @@
 #include <sys/types.h>
 
 /// A child of this process that outlives its owner and this process if need be: nobody ever waits for it, and
-/// no zombie is left while there is an event loop. Its output goes nowhere.
+/// no zombie is left while there is an event loop. Its output goes nowhere, unless it is kept.
 class Subprocess
 {
 public:
@@ -26,6 +26,8 @@ public:
     Subprocess(const Subprocess &) = delete;
     Subprocess &operator=(const Subprocess &) = delete;
 
+    /// Before start(): what it writes to its standard output and to its standard error is kept.
+    void keepOutput() { keepsOutput_ = true; }
     /// Once. \a program is a path; \a environment holds assignments that go before those of this process.
     Result<> start(const QByteArray &program, const QByteArrayList &arguments,
                    const QByteArrayList &environment = {});
@@ -34,6 +36,10 @@ public:
     bool isRunning() const;
     void setEndHandler(EndHandler handler);
 
+    /// What was kept so far, no more of it than \a limit bytes.
+    QByteArray output(qsizetype limit) const { return kept(output_, limit); }
+    QByteArray errors(qsizetype limit) const { return kept(errors_, limit); }
+
     /// Sends \a bytes, a few, to its input; false if nobody reads it any more.
     bool write(const QByteArray &bytes);
     void closeInput();
@@ -41,8 +47,14 @@ public:
     bool signal(int number);
 
 private:
+    static QByteArray kept(int descriptor, qsizetype limit);
+
     class Watch;
     QPointer<Watch> watch_;
     pid_t pid_ = 0;
     int input_ = -1;
+    bool keepsOutput_ = false;
+    /// Files without a name; -1 unless output is kept.
+    int output_ = -1;
+    int errors_ = -1;
 };

@@ -5,7 +5,6 @@
 
 #include "Platform/BoundedFile.h"
 #include "Platform/DesktopFolders.h"
-#include "Platform/FileManagers.h"
 #include "Platform/FileOperations.h"
 #include "Platform/Gestalt.h"
 #include "Platform/PropertyList.h"
@@ -30,6 +29,9 @@ const QByteArray pluginName = QByteArrayLiteral("/QNBContextMenu.plugin");
 const QByteArray codeFolder = QByteArrayLiteral("/Contents/MacOS");
 const QByteArray informationFile = QByteArrayLiteral("/Contents/Info.plist");
 const QString versionKey = QStringLiteral("CFBundleShortVersionString");
+const QByteArray registerCommand = QByteArrayLiteral("register");
+const QByteArray listCommand = QByteArrayLiteral("list");
+const QByteArray unregisterCommand = QByteArrayLiteral("unregister");
 constexpr qint64 largestInformationFile = qint64(1) << 20;
 
 const QByteArray removalTool = QByteArrayLiteral("/bin/rm");
@@ -78,8 +80,10 @@ CMMInstaller::Services CMMInstaller::Services::standard(
         .setAppValue = [&preferences](const QString &key,
                                       const QVariant &value) { preferences.setAppValue(key, value); },
         .createAuthorization = [] { return std::make_unique<Authorization>(); },
-        .restartFileManager =
-            [](const QByteArray &path) { return FileManagers::registerPlugin(QFile::decodeName(path)); },
+        .askPlugin =
+            [](const QByteArray &path, const QByteArray &command, const FileManagers::Answered &answered) {
+                FileManagers::ask(QFile::decodeName(path), command, answered);
+            },
         .fileExists = FileOperations::exists,
         .createDirectory = [library = home + libraryFolder](
                                const QByteArray &path) { return createDirectoryInLibrary(library, path); },
@@ -118,8 +122,7 @@ QByteArray CMMInstaller::ownPlugin() const
 
 void CMMInstaller::offerToInstallCMM()
 {
-    if (services_.homeFolder.isEmpty() || services_.paneBundlePath.isEmpty() ||
-        !services_.fileExists(ownPlugin())) {
+    if (!canInstall()) {
         qCInfo(lcInstaller) << "there is no plug-in to be installed, or no home for it";
         return;
     }
@@ -147,11 +150,9 @@ CMMInstaller::Offer CMMInstaller::shouldAskToInstallCMM() const
     // Having declined once does not keep the question from being asked again.
     services_.copyAppValue(QNBPreferenceKey::alreadyAskedToInstallCMM);
 
-    if (!services_.fileExists(installedPlugin() + informationFile))
+    if (!isInstalled())
         return AskToInstall;
-    const std::optional<QString> installed = versionOf(installedPlugin());
-    const bool isCurrent = installed && installed == versionOf(services_.paneBundlePath);
-    return isCurrent ? DoNotAsk : AskToUpgrade;
+    return isCurrent() ? DoNotAsk : AskToUpgrade;
 }
 
 bool CMMInstaller::doTheyWantCMMInstalled()
@@ -164,7 +165,7 @@ bool CMMInstaller::doTheyWantCMMInstalled()
          .defaultButton = tr("Install and Restart Finder"),
          .alternateButton = tr("Don't Install")});
     if (answer == AlertPanel::Answer::Alternate)
-        services_.setAppValue(QNBPreferenceKey::alreadyAskedToInstallCMM, true);
+        setOffered();
     return answer == AlertPanel::Answer::Default;
 }
 
@@ -178,7 +179,7 @@ bool CMMInstaller::doTheyWantCMMUpgraded()
                 .alternateButton = tr("Don't Upgrade")}) == AlertPanel::Answer::Default;
 }
 
-void CMMInstaller::installCMM()
+bool CMMInstaller::installCMM()
 {
     if (services_.fileExists(machineWidePlugin())) {
         const bool isThePaneThere =
@@ -189,7 +190,7 @@ void CMMInstaller::installCMM()
                                 .defaultButton = {}})
                 .has_value();
         if (!isThePaneThere || !requestAuthorization())
-            return;
+            return false;
         deleteFile(machineWidePlugin());
     }
 
@@ -198,7 +199,7 @@ void CMMInstaller::installCMM()
             // The number stands there on purpose: it tells this failure from the other one.
             reportFailure(tr("Failed to install contextual menu2"),
                           tr("Installing the contextual menu failed with error: %1").arg(created.error));
-            return;
+            return false;
         }
     }
 
@@ -207,14 +208,59 @@ void CMMInstaller::installCMM()
         removed = services_.removeItem(installedPlugin());
     const Result<> copied = services_.copyItem(ownPlugin(), installedPlugin());
     if (removed && copied) {
-        if (!services_.restartFileManager(installedPlugin()))
-            qCWarning(lcInstaller) << "the file managers do not know yet of" << installedPlugin();
-        return;
+        services_.askPlugin(installedPlugin(), registerCommand, services_.registered);
+        return true;
     }
     // What could not be removed is also in the way of the copy: the first error is the cause.
     reportFailure(tr("Failed to install contextual menu"),
                   tr("Installing the contextual menu failed with error: %1 and %2")
                       .arg(removed ? copied.error : removed.error, QFile::decodeName(ownPlugin())));
+    return false;
+}
+
+void CMMInstaller::removeCMM(const std::function<void(const Result<> &)> &done)
+{
+    // What was written is known to every plug-in of this user.
+    services_.askPlugin(
+        ownPlugin(), unregisterCommand,
+        [services = services_, installed = installedPlugin(), done](const Result<QString> &answer) {
+            if (!answer)
+                done(Result<>::failure(answer.error));
+            else
+                done(services.fileExists(installed) ? services.removeItem(installed) : Result<>());
+        });
+}
+
+void CMMInstaller::listFileManagers(const FileManagers::Answered &answered) const
+{
+    services_.askPlugin(ownPlugin(), listCommand, answered);
+}
+
+bool CMMInstaller::canInstall() const
+{
+    return !services_.homeFolder.isEmpty() && !services_.paneBundlePath.isEmpty() &&
+           services_.fileExists(ownPlugin());
+}
+
+bool CMMInstaller::isInstalled() const
+{
+    return services_.fileExists(installedPlugin() + informationFile);
+}
+
+bool CMMInstaller::isCurrent() const
+{
+    const std::optional<QString> installed = versionOf(installedPlugin());
+    return installed && installed == versionOf(services_.paneBundlePath);
+}
+
+bool CMMInstaller::wasOffered() const
+{
+    return services_.copyAppValue(QNBPreferenceKey::alreadyAskedToInstallCMM).toBool();
+}
+
+void CMMInstaller::setOffered()
+{
+    services_.setAppValue(QNBPreferenceKey::alreadyAskedToInstallCMM, true);
 }
 
 bool CMMInstaller::requestAuthorization()

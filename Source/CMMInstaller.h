@@ -6,6 +6,7 @@
 #include "Platform/Authorization.h"
 #include "Platform/Bundle.h"
 #include "Platform/DurableFileWriter.h"
+#include "Platform/FileManagers.h"
 #include "Platform/Preferences.h"
 #include "Toolkit/AlertPanel.h"
 
@@ -37,8 +38,12 @@ public:
         std::function<QVariant(const QString &key)> copyAppValue;
         std::function<void(const QString &key, const QVariant &value)> setAppValue;
         std::function<std::unique_ptr<Authorization>()> createAuthorization;
-        /// Makes the plug-in at \a path known to the file managers.
-        std::function<bool(const QByteArray &path)> restartFileManager;
+        /// Has the plug-in at \a path do as \a command says.
+        std::function<void(const QByteArray &path, const QByteArray &command,
+                           const FileManagers::Answered &answered)>
+            askPlugin;
+        /// Told what the plug-in that was installed said when it was made known.
+        FileManagers::Answered registered = [](const Result<QString> &) {};
 
         std::function<bool(const QByteArray &path)> fileExists;
         /// Makes one folder. The folder of a user's library is always there for the installer: a desktop that
@@ -71,8 +76,23 @@ public:
     Offer shouldAskToInstallCMM() const;
     bool doTheyWantCMMInstalled();
     bool doTheyWantCMMUpgraded();
-    /// Reports failures itself.
-    void installCMM();
+    /// Whether it is installed; then Services::registered will be told what the plug-in said. Reports
+    /// failures itself.
+    bool installCMM();
+    /// The opposite: has the entries taken out of the file managers' menus, then removes the user's plug-in.
+    /// \a done is told what went wrong; the plug-in stays if its entries do.
+    void removeCMM(const std::function<void(const Result<> &)> &done);
+    /// Has the pane's own plug-in list the file managers.
+    void listFileManagers(const FileManagers::Answered &answered) const;
+
+    /// Whether this pane carries a plug-in, and there is a home for it.
+    bool canInstall() const;
+    bool isInstalled() const;
+    /// Whether what is installed is of the pane's version.
+    bool isCurrent() const;
+    /// Whether the user was told of the plug-in, in one way or another; remembered with the settings.
+    bool wasOffered() const;
+    void setOffered();
     /// Whether the user authenticated as an administrator, who may remove the machine-wide plug-in, and that
     /// alone.
     bool requestAuthorization();

@@ -77,7 +77,7 @@ void QNBPrefPanePref::awakeFromNib()
 
     _ui_versionLabel->setText(versionFormat.arg(configValueForKey(versionKey).toString()));
     setUpHelperControl();
-    scheduleOfferToInstallCMM();
+    setUpGeneralTab();
 }
 
 void QNBPrefPanePref::placeDetachedViews()

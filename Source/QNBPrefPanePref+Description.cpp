@@ -34,6 +34,9 @@ bool QNBPrefPanePref::eventFilter(QObject *watched, QEvent *event)
         _descriptionPaneIsPlaced = true;
         showHideDescriptionPane(_descriptionToggle->checkState());
     }
+    if (watched == _ui_generalViewContainer &&
+        (event->type() == QEvent::Show || event->type() == QEvent::WindowActivate))
+        updateGeneralTab();
     if (watched == _ui_websiteLink && event->type() == QEvent::PaletteChange)
         showWebsiteLink();
     if (watched == _ui_presetDescription && event->type() == QEvent::FocusOut)

@@ -4,6 +4,7 @@
 #include "Source/QNBPrefPanePref.h"
 
 #include "Platform/PropertyList.h"
+#include "Source/QNBFileManagersRow.h"
 #include "Source/QNBPaneLog.h"
 #include "Toolkit/KeyComboRecorder.h"
 
@@ -31,6 +32,7 @@ const QString stoppedStatus = QStringLiteral("Status: Quenby is stopped");
 /// A helper that was told to start or to end is given this time before its state is looked at.
 constexpr std::chrono::microseconds helperPause(250'000);
 constexpr std::chrono::milliseconds installerDelay(1000);
+constexpr std::chrono::milliseconds endOfHelper(1000);
 
 /// Has the helper leave the present shortcut to the recorder: else its keys would show the presets. \a post
 /// is kept no longer than \a pane lives; the view may outlive that.
@@ -125,20 +127,39 @@ void QNBPrefPanePref::shortcutRecorderKeyComboDidChange(const KeyComboRecorder &
     (void)writePreferences();
 }
 
-void QNBPrefPanePref::scheduleOfferToInstallCMM()
+void QNBPrefPanePref::setUpGeneralTab()
 {
     // The pane may be left while the installer waits for an answer.
-    const auto ask = [pane = QPointer<QNBPrefPanePref>(this)](const AlertPanel &alert) {
+    const auto ask = [pane = QPointer(this)](const AlertPanel &alert) {
         return pane ? pane->answerTo(alert) : std::nullopt;
     };
-    const auto installer =
-        std::make_shared<CMMInstaller>(_services.installerServices(*_services.preferences, ourBundle(), ask));
+    const auto world = [this, ask] {
+        return _services.installerServices(*_services.preferences, ourBundle(), ask);
+    };
+    _fileManagersRow = std::make_unique<QNBFileManagersRow>(*_mainView, world, [this] { return _listener; });
+    const auto installer = std::make_shared<CMMInstaller>(world());
     auto *timer = new QTimer(this);
     timer->setSingleShot(true);
     timer->setTimerType(Qt::PreciseTimer);
-    connect(timer, &QTimer::timeout, this, [timer, installer] {
+    connect(timer, &QTimer::timeout, this, [this, timer, installer] {
         timer->deleteLater();
+        _fileManagersRow->updateAndTell();
         installer->offerToInstallCMM();
     });
     timer->start(installerDelay);
+
+    _ui_generalViewContainer->installEventFilter(this);
+    _services.watchHelper([pane = QPointer(this)] {
+        if (!pane || !pane->_mainView)
+            return;
+        pane->updateStatus();
+        // It leaves the bus some time before it ends.
+        QTimer::singleShot(endOfHelper, pane, &QNBPrefPanePref::updateStatus);
+    });
+}
+
+void QNBPrefPanePref::updateGeneralTab()
+{
+    updateStatus();
+    _fileManagersRow->update();
 }

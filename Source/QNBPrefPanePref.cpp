@@ -6,11 +6,13 @@
 #include "Platform/DesktopFolders.h"
 #include "Platform/DistributedNotificationCenter.h"
 #include "Platform/FileViewer.h"
+#include "Platform/Mailbox.h"
 #include "Platform/ProcessTable.h"
 #include "Platform/SessionBus.h"
 #include "Platform/Workspace.h"
 #include "Shared/Source/QNBShared.h"
 #include "Source/HJSLoginItemController.h"
+#include "Source/QNBFileManagersRow.h"
 #include "Source/QNBPaneLog.h"
 #include "Toolkit/OutlineView.h"
 
@@ -34,7 +36,7 @@ QString folderForRecovery()
 
 } // namespace
 
-QNBPrefPanePref::Services QNBPrefPanePref::Services::standard()
+QNBPaneServices QNBPaneServices::standard()
 {
     const auto bus = std::make_shared<SessionBus>();
     const auto center = std::make_shared<DistributedNotificationCenter>(bus);
@@ -57,6 +59,10 @@ QNBPrefPanePref::Services QNBPrefPanePref::Services::standard()
                 HJSLoginItemController::addLoginItemOpenAtLogin(path, openAtLogin);
             },
         .sleep = [](std::chrono::microseconds duration) { std::this_thread::sleep_for(duration); },
+        .watchHelper =
+            [bus, mailbox = std::make_shared<Mailbox>()](const std::function<void()> &changed) {
+                bus->watchOwner(QNBHelperServiceName(), mailbox->bound<>(changed));
+            },
         .installerServices = &CMMInstaller::Services::standard,
         .recoveryFolder = folderForRecovery(),
     };

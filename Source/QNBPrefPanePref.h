@@ -3,23 +3,17 @@
 
 #pragma once
 
-#include "Platform/Bundle.h"
-#include "Platform/Preferences.h"
-#include "Source/CMMInstaller.h"
 #include "Source/QNBDraggedItem.h"
-#include "Source/QNBEarlierStatesDialog.h"
 #include "Source/QNBEditCommand.h"
 #include "Source/QNBFolderMenu.h"
 #include "Source/QNBHoverButton.h"
 #include "Source/QNBItemStep.h"
 #include "Source/QNBOutlineViewAdditions.h"
+#include "Source/QNBPaneServices.h"
 #include "Source/QNBPermissions.h"
 #include "Source/QNBSettingsStore.h"
 #include "Source/QNBSharedLabels.h"
 #include "Source/QNBUnsavedState.h"
-#include "Source/TQProcess.h"
-#include "Toolkit/AlertPanel.h"
-#include "Toolkit/FilePanel.h"
 #include "Toolkit/OutlineViewDataSource.h"
 #include "Toolkit/PreferencePane.h"
 #include "Toolkit/TableView.h"
@@ -45,7 +39,6 @@ class QMenu;
 class QPlainTextEdit;
 class QPushButton;
 class QSplitter;
-class QUrl;
 class QWidget;
 class QWindow;
 QT_END_NAMESPACE
@@ -55,6 +48,7 @@ class KeyComboRecorder;
 struct KeyCombo;
 class MenuViewAction;
 class OutlineView;
+class QNBFileManagersRow;
 
 /// The preference pane: edits the presets and options that it shares with the helper through the product's
 /// preference domain, and saves them whenever it is left or one of the process's windows loses the keyboard.
@@ -70,49 +64,7 @@ class QNBPrefPanePref final : public QObject,
     Q_DECLARE_TR_FUNCTIONS(QNBPrefPanePref)
 
 public:
-    /// The world outside.
-    struct Services
-    {
-        /// None once the pane was left.
-        using AlertAnswers = std::function<std::optional<AlertPanel::Answer>(const AlertPanel &alert)>;
-
-        std::unique_ptr<Preferences> preferences;
-        /// Posts a system-wide notification.
-        std::function<void(const QString &name)> postNotificationName;
-        std::function<bool(const QUrl &url)> openURL;
-        /// The bundles loaded in this process.
-        std::function<QList<Bundle>()> allBundles;
-        QString applicationSupportPath;
-        /// Opens a file or folder with the program that the desktop chooses for it.
-        std::function<bool(const QString &path)> openFile;
-        /// Shows a file or folder in the file manager.
-        std::function<bool(const QString &path)> selectFile;
-        AlertPanel::Runner runAlertPanel;
-        FilePanel::Runner runFilePanel;
-        /// The running processes of a name.
-        std::function<QList<TQProcess>(const QString &name)> everyProcessNamed;
-        /// Sends a signal, if that process still runs.
-        std::function<void(const TQProcess &process, int signal)> kill;
-        /// Adds to the session's login items, or takes away, what is at \a path.
-        std::function<void(const QString &path, bool openAtLogin)> addLoginItem;
-        /// Blocks the window.
-        std::function<void(std::chrono::microseconds duration)> sleep;
-        /// What the installer of the file managers' plug-in asks of the world.
-        std::function<CMMInstaller::Services(Preferences &preferences,
-                                             const std::optional<Bundle> &paneBundle,
-                                             const AlertAnswers &runAlertPanel)>
-            installerServices;
-        QNBEarlierStatesDialog::Runner chooseEarlierState = QNBEarlierStatesDialog::runner();
-        /// Where what is not saved is kept; nowhere if empty.
-        QString recoveryFolder = {};
-        /// How long an edit may be in memory only.
-        std::chrono::milliseconds recoveryDelay = std::chrono::seconds(2);
-        /// What the window may stand still for without telling why.
-        std::chrono::milliseconds unexplainedWait = std::chrono::seconds(1);
-
-        /// The user's own.
-        static Services standard();
-    };
+    using Services = QNBPaneServices;
 
     explicit QNBPrefPanePref(Services services = Services::standard());
     ~QNBPrefPanePref() override;
@@ -296,7 +248,9 @@ private:
     QString helperPath() const;
     /// Shows whether the helper runs, and what the button would do.
     void updateStatus();
-    void scheduleOfferToInstallCMM();
+    /// Keeps the tab up to date, and schedules the offer of the file managers' plug-in.
+    void setUpGeneralTab();
+    void updateGeneralTab();
 
     // Settings
     void readPreferences();
@@ -491,6 +445,7 @@ private:
     std::weak_ptr<QNBHierarchyItem> _levelWithChildNames;
     bool showMenubar = true;
     QNBKeyCombo shortcutCombo;
+    std::unique_ptr<QNBFileManagersRow> _fileManagersRow;
 
     /// Every change of presets, their trees and their order, one step per action of the user. Its commands
     /// act through the controller and this object: the first to go.

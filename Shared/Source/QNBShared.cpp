@@ -42,6 +42,11 @@ QString QNBProductIdentifier()
     return QStringLiteral(QUENBY_IDENTIFIER);
 }
 
+QString QNBHelperServiceName()
+{
+    return QStringLiteral("org.quenby.QNBHelper");
+}
+
 QString stringByRemovingCharactersInSet(const QString &string, QStringView characters)
 {
     QString result = string;

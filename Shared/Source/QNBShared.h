@@ -15,6 +15,9 @@ QString QNBApplicationSupportPath();
 /// The product's identifier: names the preference domain and the pane's bundle.
 QString QNBProductIdentifier();
 
+/// What the running helper is called on the session bus.
+QString QNBHelperServiceName();
+
 /// \a string without the UTF-16 units that are in \a characters; the order of the rest is unchanged.
 QString stringByRemovingCharactersInSet(const QString &string, QStringView characters);
 

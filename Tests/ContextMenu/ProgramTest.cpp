@@ -236,6 +236,16 @@ TEST_F(ProgramTest, ARelativePathOfTheHelperIsMadeAbsolute)
                     .contains("exec '" + calledHelper().toUtf8() + '\''));
 }
 
+TEST_F(ProgramTest, TheListSaysWhichFileManagersAreThereAndWhichHaveTheEntries)
+{
+    const QByteArray without = run({QStringLiteral("list")}).output;
+    EXPECT_EQ(without, "Dolphin\tno\nNautilus\tno\nNemo\tno\nThunar\tno\nPCManFM-Qt\tno\nCaja\tno\n");
+    ASSERT_EQ(run({QStringLiteral("register"), calledHelper()}).code, 0);
+    EXPECT_EQ(run({QStringLiteral("list")}).output, QByteArray(without).replace("\tno", "\tyes"));
+    ASSERT_EQ(run({QStringLiteral("unregister")}).code, 0);
+    EXPECT_EQ(run({QStringLiteral("list")}).output, without);
+}
+
 TEST_F(ProgramTest, AFailureIsToldByItsStatus)
 {
     put(config(QStringLiteral("Thunar/uca.xml")), "<actions>");

@@ -75,7 +75,7 @@ TEST_F(RegistrationTest, FileManagersAreThereByTheirProgramOrTheirFolder)
     EXPECT_EQ(present(), QStringList());
     programs_.add(QStringLiteral("dolphin"));
     programs_.add(QStringLiteral("pcmanfm-qt"));
-    EXPECT_EQ(present(), QStringList({QStringLiteral("dolphin"), QStringLiteral("pcmanfm-qt")}));
+    EXPECT_EQ(present(), QStringList({QStringLiteral("Dolphin"), QStringLiteral("PCManFM-Qt")}));
     haveAllFileManagers();
     EXPECT_EQ(present().size(), 6);
 }

@@ -27,6 +27,12 @@ const QByteArray contextMenuInformation = R"(<?xml version="1.0" encoding="UTF-8
 
 const QByteArray contextMenuProgram = R"(#!/bin/sh
 printf '%s\n' "$@" >>"$QUENBY_PLUG_IN_REPORT"
+entries="$QUENBY_PLUG_IN_REPORT.entries"
+case $1 in
+list) if [ -e "$entries" ]; then printf 'Thunar\tyes\n'; else printf 'Thunar\tno\n'; fi ;;
+register) : >"$entries" ;;
+unregister) rm -f "$entries" ;;
+esac
 )";
 
 void write(const QString &path, const QByteArray &bytes)

@@ -24,7 +24,7 @@ public:
     QString helperProgram() const;
 
     /// Adds a bundle that stands in for the file managers' plug-in: its program writes its arguments, a line
-    /// each, to the file that the variable QUENBY_PLUG_IN_REPORT names.
+    /// each, to the file that the variable QUENBY_PLUG_IN_REPORT names, and knows of one file manager.
     void addContextMenu() const;
     QString contextMenuPath() const;
 

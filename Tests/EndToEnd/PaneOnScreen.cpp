@@ -114,6 +114,12 @@ QRect PaneOnScreen::button(const QString &name) const
     return found ? found->extents() : QRect();
 }
 
+bool PaneOnScreen::canPress(const QString &name) const
+{
+    const auto found = program_.find(buttonRole, name);
+    return found && found->has(Accessible::State::Enabled);
+}
+
 QRect PaneOnScreen::placeOfLabel(const QString &text) const
 {
     const auto found = program_.find(labelRole, text);

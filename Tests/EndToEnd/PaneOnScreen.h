@@ -36,6 +36,8 @@ public:
     QRect itemTree() const { return itemTree_.extents(); }
     /// What the pane's window holds otherwise.
     QRect button(const QString &name) const;
+    /// Whether there is such a button, and it does something.
+    bool canPress(const QString &name) const;
     bool label(const QString &text) const { return !placeOfLabel(text).isEmpty(); }
     QRect placeOfLabel(const QString &text) const;
     /// The texts of the alert above the pane, its buttons last; empty if there is none.

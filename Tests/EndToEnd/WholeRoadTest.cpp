@@ -3,7 +3,6 @@
 
 // From the pane to the disk: nothing stands in for anything.
 
-#include "Tests/EndToEnd/ContextMenuQuestion.h"
 #include "Tests/EndToEnd/HelperFixture.h"
 #include "Tests/EndToEnd/HelperProcesses.h"
 #include "Tests/Session/FakeTray.h"
@@ -139,7 +138,9 @@ protected:
 TEST_F(WholeRoadTest, APresetComesFromThePaneToTheDisk)
 {
     ASSERT_NO_FATAL_FAILURE(openPane());
-    ASSERT_NO_FATAL_FAILURE(answerAlert(contextMenuQuestion, QStringLiteral("Return")));
+    user_.presses(QStringLiteral("alt+g"));
+    ASSERT_TRUE(waitUntil([&] { return pane_.canPress(QStringLiteral("Install")); }, patience));
+    user_.presses(QStringLiteral("alt+i"));
     EXPECT_TRUE(waitUntil([&] { return contentOf(actions_).contains("Quenby"); }, patience))
         << "the plug-in has registered itself";
     ASSERT_TRUE(waitUntil([] { return helpers().size() == 1; }, patience));

@@ -7,6 +7,9 @@
 #include "Tests/Session/ChildProcess.h"
 #include "Tests/Session/StandInPrograms.h"
 
+#include <optional>
+#include <utility>
+
 namespace {
 
 const QString plugin = QStringLiteral("plug-in");
@@ -40,11 +43,24 @@ protected:
     }
     QString bundle() const { return in(QStringLiteral("with \"quotes\" & blanks.plugin")); }
 
+    void ask(std::chrono::milliseconds timeout = FileManagers::answerTimeout)
+    {
+        FileManagers::ask(
+            bundle(), "register", [this](const Result<QString> &answer) { answer_ = answer; }, timeout);
+    }
+    /// Waits for the plug-in's.
+    Result<QString> takeAnswer()
+    {
+        EXPECT_TRUE(waitUntil([this] { return answer_.has_value(); }));
+        return std::exchange(answer_, std::nullopt).value_or(Result<QString>::failure({}));
+    }
+
     const QStringList fileManagers = {QStringLiteral("nautilus"), QStringLiteral("thunar"),
                                       QStringLiteral("pcmanfm-qt")};
     StandInPrograms programs;
 
 private:
+    std::optional<Result<QString>> answer_;
     const QByteArray path_ = qgetenv("PATH");
 };
 
@@ -53,8 +69,8 @@ private:
 TEST_F(FileManagersTest, ThePluginRegistersItself)
 {
     makePlugin();
-    EXPECT_TRUE(FileManagers::registerPlugin(bundle()));
-    EXPECT_TRUE(waitUntil(hasNoChild));
+    ask();
+    EXPECT_TRUE(takeAnswer());
     EXPECT_EQ(programs.starts(plugin), (QList<QByteArrayList>{{"register"}}));
 }
 
@@ -67,34 +83,51 @@ TEST_F(FileManagersTest, AFileManagerThatRunsIsLeftAlone)
     {
         ChildProcess process(program);
         ASSERT_TRUE(waitUntil([&process] { return process.output() == "started\n"; }));
-        EXPECT_TRUE(FileManagers::registerPlugin(bundle()));
-        EXPECT_TRUE(waitUntil([this] {
-            const QList<int> registrations = programs.processes(plugin);
-            return registrations.size() == 1 &&
-                   !QFile::exists(QStringLiteral("/proc/%1").arg(registrations.constFirst()));
-        }));
+        ask();
+        EXPECT_TRUE(takeAnswer());
     }
     EXPECT_TRUE(waitUntil(hasNoChild));
     for (const QString &manager : fileManagers)
         EXPECT_EQ(programs.starts(manager), notStarted) << qPrintable(manager);
 }
 
+TEST_F(FileManagersTest, WhatThePluginSaysIsPassedOn)
+{
+    makePlugin("echo one; echo two; echo all is well >&2");
+    ask();
+    EXPECT_EQ(takeAnswer().value, QStringLiteral("one\ntwo\n"));
+    for (const auto &[commands, reason] :
+         {std::pair(
+              "echo a line; echo 'a line of the log' >&2; echo 'QNBContextMenu: no: really' >&2; exit 1",
+              "no: really"),
+          std::pair("exit 3", "it ended with the status 3"),
+          std::pair("kill -9 $$", "it did not end in time, or was ended")}) {
+        makePlugin(commands);
+        ask();
+        EXPECT_EQ(takeAnswer().error, QString::fromLatin1(reason));
+    }
+}
+
 TEST_F(FileManagersTest, APluginThatTakesTooLongIsEnded)
 {
     makePlugin("trap '' TERM\nwhile :; do sleep 0.01; done");
-    EXPECT_TRUE(FileManagers::registerPlugin(bundle(), std::chrono::milliseconds(300)));
+    ask(std::chrono::milliseconds(300));
+    EXPECT_EQ(takeAnswer().error, QStringLiteral("it did not end in time, or was ended"));
     EXPECT_TRUE(waitUntil(hasNoChild));
 }
 
 TEST_F(FileManagersTest, WithoutAPluginNothingIsRegistered)
 {
-    EXPECT_FALSE(FileManagers::registerPlugin(bundle()));
+    ask();
+    EXPECT_FALSE(takeAnswer());
     makePlugin();
     const QString executable = bundle() + QStringLiteral("/Contents/MacOS/register it");
     ASSERT_TRUE(QFile::setPermissions(executable, QFile::ReadOwner));
-    EXPECT_FALSE(FileManagers::registerPlugin(bundle()));
+    ask();
+    EXPECT_FALSE(takeAnswer());
     ASSERT_TRUE(QFile::remove(executable));
-    EXPECT_FALSE(FileManagers::registerPlugin(bundle()));
+    ask();
+    EXPECT_FALSE(takeAnswer());
     EXPECT_TRUE(waitUntil(hasNoChild));
     EXPECT_EQ(programs.starts(plugin), notStarted);
 }

@@ -5,7 +5,8 @@
 
 #include <gtest/gtest.h>
 
-TEST(GestaltTest, ProvidesThePluginInterfaceOfTenFiveEight)
+TEST(GestaltTest, ADesktopOfTodayIsNewerThanTheLastSystemThatLoadsContextualMenuPlugins)
 {
-    EXPECT_EQ(Gestalt::systemVersion(), 0x1058);
+    constexpr qint32 lastOfTenFive = 0x105F;
+    EXPECT_GT(Gestalt::systemVersion(), lastOfTenFive);
 }

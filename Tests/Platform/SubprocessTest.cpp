@@ -51,6 +51,17 @@ TEST_F(SubprocessTest, TellsItsEnd)
     EXPECT_FALSE(process.signal(SIGTERM));
 }
 
+TEST_F(SubprocessTest, ItsOutputIsKeptForWhoWantsIt)
+{
+    Subprocess process;
+    process.keepOutput();
+    ASSERT_TRUE(startShell(process, "echo said; echo complained >&2"));
+    EXPECT_TRUE(waitUntil([&process] { return !process.isRunning(); }));
+    EXPECT_EQ(process.output(100), "said\n");
+    EXPECT_EQ(process.errors(100), "complained\n");
+    EXPECT_EQ(process.output(2), "sa");
+}
+
 TEST_F(SubprocessTest, ReadsWhatIsWrittenUntilItsInputIsClosed)
 {
     Subprocess process;

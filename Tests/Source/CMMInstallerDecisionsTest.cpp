@@ -33,7 +33,7 @@ struct Outcome
     QStringList events;
     QVariantMap stored;
     QList<QByteArrayList> requests;
-    QByteArrayList restarts;
+    QByteArrayList asked;
     bool userFolderExists = false;
     /// Which plug-in is there; empty if none.
     QByteArray installed;
@@ -87,7 +87,7 @@ Outcome observe(const InstallerWorld &world)
             .events = world.events,
             .stored = world.stored,
             .requests = world.requests,
-            .restarts = world.restarts,
+            .asked = world.asked,
             .userFolderExists = FileOperations::exists(world.userFolder()),
             .installed = InstallerWorld::markOf(world.installed()),
             .machineWide = InstallerWorld::markOf(world.machineWide()),
@@ -138,8 +138,8 @@ void expectInstallation(Outcome &outcome, const InstallerWorld &world, const Sit
             .defaultButton = QStringLiteral("OK")};
         return;
     }
-    outcome.events << QStringLiteral("restart");
-    outcome.restarts << world.installed();
+    outcome.events << QStringLiteral("register");
+    outcome.asked << world.installed();
     outcome.installed = "own";
 }
 
@@ -200,7 +200,7 @@ TEST_P(CMMInstallerDecisionsTest, WhateverElseIsTheCase)
                     EXPECT_EQ(seen.events, wanted.events);
                     EXPECT_EQ(seen.stored, wanted.stored);
                     EXPECT_EQ(seen.requests, wanted.requests);
-                    EXPECT_EQ(seen.restarts, wanted.restarts);
+                    EXPECT_EQ(seen.asked, wanted.asked);
                     EXPECT_EQ(seen.userFolderExists, wanted.userFolderExists);
                     EXPECT_EQ(seen.installed, wanted.installed);
                     EXPECT_EQ(seen.machineWide, wanted.machineWide);

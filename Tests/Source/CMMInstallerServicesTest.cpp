@@ -36,6 +36,8 @@ protected:
             });
         machineLibraryFolder = result.machineLibraryFolder;
         result.machineLibraryFolder = world.machineLibrary();
+        // The last system on which anything is offered.
+        result.systemVersion = [] { return 0x105F; };
         return result;
     }
 
@@ -62,6 +64,15 @@ TEST_F(CMMInstallerServicesTest, TheFoldersAreWhereTheyBelong)
     EXPECT_EQ(installer.machineWidePlugin(), "/Library/Contextual Menu Items/QNBContextMenu.plugin");
     EXPECT_EQ(CMMInstaller(services()).ownPlugin(), world.pane() + "/Contents/MacOS/QNBContextMenu.plugin");
     EXPECT_EQ(machineLibraryFolder, "/Library");
+}
+
+TEST_F(CMMInstallerServicesTest, NothingIsOfferedOnADesktopOfToday)
+{
+    CMMInstaller::Services today = services();
+    today.systemVersion = CMMInstaller::Services::standard(preferences, std::nullopt, {}).systemVersion;
+    CMMInstaller(today).offerToInstallCMM();
+    EXPECT_TRUE(alerts.isEmpty());
+    EXPECT_FALSE(FileOperations::exists(home + "/Library"));
 }
 
 TEST_F(CMMInstallerServicesTest, InstallsAndLetsThePluginRegister)

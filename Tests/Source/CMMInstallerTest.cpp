@@ -64,7 +64,7 @@ TEST_F(CMMInstallerTest, OnlyInTheMachineWideFolderItIsRemovedThereAndInstalledF
     world.offer();
     EXPECT_EQ(titles(), (QStringList{installQuestion, QStringLiteral("Upgrade Finder Contextual Menu")}));
     EXPECT_EQ(world.events.join(u' '),
-              QStringLiteral("alert alert rights remove as administrator create copy restart"));
+              QStringLiteral("alert alert rights remove as administrator create copy register"));
     EXPECT_FALSE(FileOperations::exists(world.machineWide()));
     EXPECT_EQ(InstallerWorld::markOf(world.installed()), "own");
 }
@@ -173,7 +173,7 @@ TEST_F(CMMInstallerTest, ARemovalThatFailsWithTheRightIsNotNoticed)
     world.canAdministratorRemove = false;
     world.offer();
     EXPECT_EQ(world.events.join(u' '),
-              QStringLiteral("alert alert rights remove as administrator create copy restart"));
+              QStringLiteral("alert alert rights remove as administrator create copy register"));
     EXPECT_EQ(InstallerWorld::markOf(world.machineWide()), "machine-wide");
     EXPECT_EQ(InstallerWorld::markOf(world.installed()), "own");
 }
@@ -196,7 +196,7 @@ TEST_F(CMMInstallerTest, PercentSignsInAnErrorAreShownAsTheyAre)
                            "<b>it</b>")))
             << qPrintable(world.alerts.constLast().message);
     }
-    EXPECT_TRUE(world.restarts.isEmpty());
+    EXPECT_TRUE(world.asked.isEmpty());
 }
 
 TEST_F(CMMInstallerTest, TheErrorToldIsTheCause)
@@ -216,7 +216,7 @@ TEST_F(CMMInstallerTest, TheErrorToldIsTheCause)
         EXPECT_EQ(alert.message, QStringLiteral("Installing the contextual menu failed with error: first "
                                                 "and %1")
                                      .arg(QFile::decodeName(world.ownPlugin())));
-    EXPECT_TRUE(world.restarts.isEmpty());
+    EXPECT_TRUE(world.asked.isEmpty());
 }
 
 TEST_F(CMMInstallerTest, ALinkPlantedAtTheDestinationIsRemovedAndNotFollowed)
@@ -226,7 +226,7 @@ TEST_F(CMMInstallerTest, ALinkPlantedAtTheDestinationIsRemovedAndNotFollowed)
     for (const QByteArray &text : {world.root + "/elsewhere", world.root + "/nowhere"}) {
         link(text, world.installed());
         world.offer();
-        EXPECT_EQ(world.events.join(u' '), QStringLiteral("alert remove copy restart"));
+        EXPECT_EQ(world.events.join(u' '), QStringLiteral("alert remove copy register"));
         EXPECT_EQ(InstallerWorld::markOf(world.installed()), "own");
         EXPECT_EQ(InstallerWorld::markOf(world.root + "/elsewhere"), "elsewhere");
         EXPECT_FALSE(FileOperations::exists(world.root + "/nowhere"));
@@ -255,7 +255,7 @@ TEST_F(CMMInstallerTest, AFolderOfTheUsersThatIsALinkServesAsWell)
     InstallerWorld::makeFolders(world.root + "/elsewhere");
     link(world.root + "/elsewhere", world.userFolder());
     world.offer();
-    EXPECT_EQ(world.events.join(u' '), QStringLiteral("alert copy restart"));
+    EXPECT_EQ(world.events.join(u' '), QStringLiteral("alert copy register"));
     EXPECT_EQ(InstallerWorld::markOf(world.root + "/elsewhere/QNBContextMenu.plugin"), "own");
 }
 
@@ -317,7 +317,37 @@ TEST_F(CMMInstallerTest, AnyFolderNameGoesUnharmed)
         EXPECT_FALSE(FileOperations::exists(strange.machineWide())) << name.constData();
         EXPECT_EQ(InstallerWorld::markOf(strange.machineLibrary() + "/neighbour"), "neighbour");
         EXPECT_EQ(InstallerWorld::markOf(strange.installed()), "own") << name.constData();
-        EXPECT_EQ(strange.restarts, QByteArrayList{strange.installed()});
+        EXPECT_EQ(strange.asked, QByteArrayList{strange.installed()});
         EXPECT_EQ(InstallerWorld::namesIn(strange.root).size(), 3) << name.constData();
     }
+}
+
+TEST_F(CMMInstallerTest, WhatThePluginSaysWhenItRegistersIsPassedOn)
+{
+    world.answerOfPlugin = Result<QString>::failure(world.reason);
+    EXPECT_TRUE(CMMInstaller(world.services()).installCMM());
+    EXPECT_EQ(world.answers, QStringList(world.reason));
+    EXPECT_TRUE(world.alerts.isEmpty());
+    world.failure = InstallerWorld::Failure::Copy;
+    EXPECT_FALSE(CMMInstaller(world.services()).installCMM());
+    EXPECT_EQ(world.answers.size(), 1) << "there is nothing to register";
+}
+
+TEST_F(CMMInstallerTest, RemovingTakesTheEntriesOutFirstAndKeepsThePluginIfThatFails)
+{
+    InstallerWorld::makePlugin(world.installed(), "1.0", "installed");
+    QStringList problems;
+    const auto remove = [&] {
+        CMMInstaller(world.services()).removeCMM([&](const Result<> &removed) { problems << removed.error; });
+    };
+    world.answerOfPlugin = Result<QString>::failure(world.reason);
+    remove();
+    EXPECT_EQ(InstallerWorld::markOf(world.installed()), "installed");
+    world.answerOfPlugin = QString();
+    remove();
+    EXPECT_EQ(InstallerWorld::markOf(world.installed()), "");
+    remove();
+    EXPECT_EQ(problems, QStringList({world.reason, QString(), QString()}));
+    EXPECT_EQ(world.asked, QByteArrayList(3, world.ownPlugin()));
+    EXPECT_EQ(world.events.join(u' '), QStringLiteral("unregister unregister remove unregister"));
 }

@@ -70,12 +70,14 @@ CMMInstaller::Services InstallerWorld::services()
             },
         .setAppValue = [this](const QString &key, const QVariant &value) { stored.insert(key, value); },
         .createAuthorization = [this] { return std::make_unique<FakeAuthorization>(*this); },
-        .restartFileManager =
-            [this](const QByteArray &path) {
-                events.append(QStringLiteral("restart"));
-                restarts.append(path);
-                return true;
+        .askPlugin =
+            [this](const QByteArray &path, const QByteArray &command,
+                   const FileManagers::Answered &answered) {
+                events.append(QString::fromLatin1(command));
+                asked.append(path);
+                answered(answerOfPlugin);
             },
+        .registered = [this](const Result<QString> &said) { answers.append(said.error); },
         .fileExists = FileOperations::exists,
         .createDirectory =
             [this](const QByteArray &path) {

@@ -59,13 +59,18 @@ public:
     QString reason = QStringLiteral("no reason at all");
 
     QList<AlertPanel> alerts;
-    /// "alert", "rights", "remove as administrator", "create", "remove", "copy", "restart".
+    /// "alert", "rights", "remove as administrator", "create", "remove", "copy", and what a
+    /// plug-in was asked.
     QStringList events;
     QVariantMap stored;
     QStringList keysRead;
     /// What rights were asked for: the tool and its arguments.
     QList<QByteArrayList> requests;
-    QByteArrayList restarts;
+    /// The plug-ins that were asked for something, and what any says.
+    QByteArrayList asked;
+    Result<QString> answerOfPlugin = QString();
+    /// The reasons that came of registering, empty if it went well.
+    QStringList answers;
 
 private:
     class FakeAuthorization;

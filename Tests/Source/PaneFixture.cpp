@@ -187,6 +187,7 @@ QNBPrefPanePref::Services PaneFixture::services()
             [this](std::chrono::microseconds duration) {
                 helperSteps << QStringLiteral("sleep %1").arg(duration.count());
             },
+        .watchHelper = [this](const std::function<void()> &changed) { helperChanged = changed; },
         .installerServices =
             [this](Preferences &preferences, const std::optional<Bundle> &bundle,
                    const QNBPrefPanePref::Services::AlertAnswers &runAlertPanel) {
@@ -196,7 +197,11 @@ QNBPrefPanePref::Services PaneFixture::services()
                 };
                 world.homeFolder = QFile::encodeName(home.path());
                 world.machineLibraryFolder = QFile::encodeName(path(QStringLiteral("Machine/Library")));
-                world.restartFileManager = [](const QByteArray &) { return true; };
+                world.askPlugin = [this](const QByteArray &, const QByteArray &command,
+                                         const FileManagers::Answered &answered) {
+                    pluginCommands << QString::fromLatin1(command);
+                    answered(pluginAnswers.value(pluginCommands.constLast(), QString()));
+                };
                 return world;
             },
         .chooseEarlierState = [this](QWidget *, const QList<QNBEarlierState> &states,

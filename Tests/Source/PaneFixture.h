@@ -121,6 +121,11 @@ protected:
     QStringList helperSteps;
     /// The installer offers nothing on a system that does not tell its version.
     std::optional<qint32> installerSystemVersion;
+    /// What the file managers' plug-in was asked, and what it says to that; else nothing.
+    QStringList pluginCommands;
+    QMap<QString, Result<QString>> pluginAnswers;
+    /// Tells the pane that the helper has come or gone.
+    std::function<void()> helperChanged;
     /// Shared by the installer for as long as there is one.
     std::shared_ptr<int> installerLifetime = std::make_shared<int>();
     std::unique_ptr<QNBPrefPanePref> pane;

@@ -10,6 +10,7 @@
 #include <QElapsedTimer>
 #include <QLabel>
 #include <QPushButton>
+#include <QTabWidget>
 #include <QTest>
 #include <QTimer>
 #include <algorithm>
@@ -73,6 +74,11 @@ protected:
         const auto world = services();
         world.preferences->setAppValue(QNBPreferenceKey::launchHelperOnStart, choice);
         ASSERT_TRUE(world.preferences->appSynchronize());
+    }
+    void showGeneralTab() const
+    {
+        auto *page = outlet<QWidget>(QStringLiteral("_ui_generalViewContainer"));
+        view->findChild<QTabWidget *>()->setCurrentWidget(page);
     }
     void expectRunning() const
     {
@@ -303,16 +309,55 @@ TEST_F(QNBPrefPanePrefHelperControl, WithoutAHelperBundleAHelperCanStillBeEnded)
     EXPECT_EQ(storedChoice(), QVariant(true)) << "in step with the login item";
 }
 
-TEST_F(QNBPrefPanePrefHelperControl, TheStatusIsLookedAtWhenToggledAndNotBetween)
+TEST_F(QNBPrefPanePrefHelperControl, TheStatusIsLookedAtWhenToggled)
 {
     addHelper();
     openPane();
     expectRunning();
     helpers.clear();
-    expectRunning();
     button().click();
     EXPECT_EQ(helperSteps.filter(QStringLiteral("signal")).size(), 0);
     expectStopped();
+}
+
+TEST_F(QNBPrefPanePrefHelperControl, TheStatusIsLookedAtWhenTheTabIsShownAndWhenTheWindowIsActivated)
+{
+    addHelper();
+    openPane();
+    expectRunning();
+    helpers.clear();
+    showGeneralTab();
+    expectStopped();
+    startHelper();
+    loseKeyboardAndRegainIt();
+    expectRunning();
+}
+
+TEST_F(QNBPrefPanePrefHelperControl, TheStatusIsLookedAtWhenTheHelperComesAndGoesUntilItHasEnded)
+{
+    addHelper();
+    storeChoice(false);
+    openPane();
+    expectStopped();
+    startHelper();
+    helperChanged();
+    expectRunning();
+    // It has left the bus, and has not ended yet.
+    helperChanged();
+    expectRunning();
+    helpers.clear();
+    EXPECT_TRUE(QTest::qWaitFor([this] { return button().text() == u"Start"; }));
+    expectStopped();
+    EXPECT_TRUE(notifications.isEmpty());
+    EXPECT_THAT(helperSteps, IsEmpty());
+}
+
+TEST_F(QNBPrefPanePrefHelperControl, AHelperThatComesWhenThePaneHasGoneConcernsNobody)
+{
+    openPane();
+    const std::function<void()> changed = helperChanged;
+    closePane();
+    changed();
 }
 
 TEST_F(QNBPrefPanePrefHelperControl, TheMenuOptionIsWrittenThroughAndTold)

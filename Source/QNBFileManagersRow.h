@@ -1,0 +1,64 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "Source/CMMInstaller.h"
+#include "Toolkit/PreferencePane.h"
+
+#include <QCoreApplication>
+#include <QObject>
+#include <QStringList>
+
+#include <functional>
+
+QT_BEGIN_NAMESPACE
+class QLabel;
+class QPushButton;
+class QWidget;
+QT_END_NAMESPACE
+
+/// The row "File managers" of the tab General: in whose menus the presets are, and what puts them there or
+/// takes them out, by the plug-in that the pane carries. What the plug-in says is shown; nobody waits for it.
+class QNBFileManagersRow : public QObject
+{
+    Q_DECLARE_TR_FUNCTIONS(QNBFileManagersRow)
+
+public:
+    using InstallerServices = std::function<CMMInstaller::Services()>;
+    using Listener = std::function<PreferencePaneListener *()>;
+
+    /// The row's controls are found in \a view by name.
+    QNBFileManagersRow(QWidget &view, InstallerServices services, Listener listener);
+
+    /// Looks anew which file managers there are, and which have the entries.
+    void update();
+    /// The same; then, once in a user's life, if there are file managers and nothing was installed, tells in
+    /// the strip above the pane that there is this row.
+    void updateAndTell();
+
+private:
+    void install();
+    void remove();
+    /// Something is done from now on; until it has been done, and \a problem came of it, or none if empty.
+    void begin(const QString &sentence);
+    void end(const QString &problem);
+    void showAnswer(const Result<QString> &answer);
+    void show(const QStringList &sentences, bool canInstall, bool canRemove);
+    void tellOnce(CMMInstaller &installer);
+    void takeBackHint();
+    /// Shows the tab with the row.
+    void reveal();
+    CMMInstaller installer();
+
+    const InstallerServices services_;
+    const Listener listener_;
+    QLabel *state_;
+    QPushButton *installButton_;
+    QPushButton *removeButton_;
+    /// Of what was done last; empty if all went well.
+    QString problem_;
+    QStringList without_;
+    bool isToTell_ = false;
+    bool isBusy_ = false;
+};
