@@ -51,9 +51,9 @@ HelperService::Answer ask(SessionBus &bus, const QString &method, const QVariant
     *error = outcome->reply.errorMessage();
     if (outcome->reply.errorName() == noOwnerError)
         return Answer::NotRunning;
-    switch (QDBusError(outcome->reply).type()) {
-    case QDBusError::Disconnected:
+    if (outcome->reply.errorName() == SessionBus::notSentError)
         return Answer::NoBus;
+    switch (QDBusError(outcome->reply).type()) {
     case QDBusError::ServiceUnknown:
     case QDBusError::UnknownMethod:
     case QDBusError::UnknownObject:

@@ -94,7 +94,7 @@ void BusConnection::call(const QDBusMessage &message, std::chrono::milliseconds 
                          SessionBus::Received answered)
 {
     if (!connectToBus()) {
-        answered(QDBusMessage::createError(QDBusError::Disconnected, QStringLiteral("There is no bus")));
+        answered(QDBusMessage::createError(SessionBus::notSentError, QStringLiteral("There is no bus")));
         return;
     }
     ++unanswered_;

@@ -51,11 +51,15 @@ public:
     SessionBus(const SessionBus &) = delete;
     SessionBus &operator=(const SessionBus &) = delete;
 
+    /// What call() answers with if its message was not sent, and will not be. Any other error may come after
+    /// the message has arrived.
+    inline static const QString notSentError = QStringLiteral("org.quenby.Error.NotSent");
+
     /// Sends \a signal once there is a bus. Of equal ones that wait for it one is sent.
     void send(const QDBusMessage &signal);
 
     /// Calls \a answered once, unless this object goes first, with the answer or an error. Without a bus, or
-    /// with one that is silent, that is an error, and \a message will not be sent.
+    /// with one that is silent, that is notSentError.
     void call(const QDBusMessage &message, std::chrono::milliseconds timeout, Received answered);
 
     /// Calls \a received for each such signal from now on, whenever there is a bus.

@@ -11,7 +11,9 @@
 #include <QDBusMessage>
 #include <QDBusVirtualObject>
 
+#include <functional>
 #include <gmock/gmock.h>
+#include <utility>
 
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
@@ -25,10 +27,13 @@ const QString connectionName = QStringLiteral("fake-helper");
 class FakeHelper final : public QDBusVirtualObject
 {
 public:
-    enum class Manner { Helpful, Refusing, Misunderstanding };
+    enum class Manner { Helpful, Refusing, Misunderstanding, Silent };
 
-    FakeHelper(const QString &busAddress, Manner manner)
+    /// Calls \a asked for each order, before it answers.
+    FakeHelper(
+        const QString &busAddress, Manner manner, std::function<void()> asked = [] {})
         : manner_(manner)
+        , asked_(std::move(asked))
     {
         QDBusConnection connection = QDBusConnection::connectToBus(busAddress, connectionName);
         EXPECT_TRUE(connection.registerVirtualObject(text("/org/quenby/QNBHelper"), this));
@@ -46,7 +51,10 @@ private:
                        .arg(message.interface(), message.member(), message.signature(),
                             arguments.value(0).toString(), arguments.value(1).toString(),
                             arguments.value(2).toStringList().join(u' '));
+        asked_();
         switch (manner_) {
+        case Manner::Silent:
+            break;
         case Manner::Helpful:
             connection.send(message.createReply());
             break;
@@ -62,6 +70,7 @@ private:
     QString introspect(const QString &) const override { return {}; }
 
     const Manner manner_;
+    const std::function<void()> asked_;
     QStringList orders_;
 };
 
@@ -166,6 +175,16 @@ TEST_F(NotifyProgramTest, AHelperThatRefusesIsNotGoneBehind)
     EXPECT_THAT(refused.errors.toStdString(), HasSubstr("not now"));
     EXPECT_THAT(tree(), IsEmpty());
     EXPECT_EQ(desktop.shown().size(), 1);
+}
+
+TEST_F(NotifyProgramTest, AnOrderThatABusTookBeforeItWentIsNotCarriedOutHereToo)
+{
+    const FakeHelper helper(bus_.address(), FakeHelper::Manner::Silent, [this] { bus_.kill(); });
+    const Ended unanswered = createAndNotify(bus_.address());
+    EXPECT_EQ(helper.orders().size(), 1);
+    EXPECT_EQ(unanswered.code, 4);
+    EXPECT_THAT(unanswered.errors.toStdString(), HasSubstr("The running helper did not do it"));
+    EXPECT_THAT(tree(), IsEmpty());
 }
 
 TEST_F(NotifyProgramTest, AHelperThatKnowsNoSuchPresetIsBelieved)
