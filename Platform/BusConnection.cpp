@@ -81,7 +81,8 @@ BusConnection::~BusConnection()
 
 void BusConnection::send(const QDBusMessage &signal)
 {
-    if (connectToBus() && connection_->send(signal))
+    // What no bus can take fails on a connection that lasts; the library logs why.
+    if (connectToBus() && (connection_->send(signal) || connection_->isConnected()))
         return;
     qCDebug(lcBus) << "waits for a bus:" << signal.member();
     if (std::none_of(unsent_.cbegin(), unsent_.cend(),
@@ -147,20 +148,19 @@ bool BusConnection::connectToBus(bool evenIfSilent)
         BusProbe::ask(address_, wasSilent ? secondTimeout : SessionBus::answerTimeout);
     if (answer == BusProbe::Answer::Silence && !wasSilent)
         silentUntil_.setRemainingTime(pause_);
-    if (answer != BusProbe::Answer::Yes) {
-        if (state_ != State::Absent)
-            qCInfo(lcBus) << "no bus at" << address_;
-        tell(State::Absent);
-        return false;
-    }
-    connection_.emplace(QDBusConnection::connectToBus(address_, connectionName_));
-    if (!connection_->isConnected()) {
+    if (answer == BusProbe::Answer::Yes) {
+        connection_.emplace(QDBusConnection::connectToBus(address_, connectionName_));
+        if (connection_->isConnected()) {
+            beginUse();
+            return true;
+        }
         connection_.reset();
         QDBusConnection::disconnectFromBus(connectionName_);
-        return false;
     }
-    beginUse();
-    return true;
+    if (state_ != State::Absent)
+        qCInfo(lcBus) << "no bus at" << address_;
+    tell(State::Absent);
+    return false;
 }
 
 void BusConnection::beginUse()
@@ -233,7 +233,7 @@ void BusConnection::roundTrip(std::chrono::milliseconds timeout,
                               const std::function<void(bool allTaken)> &done)
 {
     // Somebody waits: the bus may answer by now.
-    if (!connectToBus(true) || !unsent_.isEmpty()) {
+    if (!connectToBus(true)) {
         done(false);
         return;
     }

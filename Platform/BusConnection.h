@@ -47,8 +47,7 @@ public:
     void call(const QDBusMessage &message, std::chrono::milliseconds timeout, SessionBus::Received answered);
     void listen(const SessionBus::Signal &signal, SessionBus::Received received);
     void watch(SessionBus::Changed changed);
-    /// Calls \a done with false if something has not reached a bus, or the bus says nothing within \a
-    /// timeout.
+    /// Calls \a done with false if there is no bus, or it says nothing within \a timeout.
     void roundTrip(std::chrono::milliseconds timeout, const std::function<void(bool allTaken)> &done);
     void endThreadWhenAnswered();
 
@@ -75,6 +74,7 @@ private:
     State state_ = State::Unknown;
     std::vector<std::unique_ptr<BusListener>> listeners_;
     QList<SessionBus::Changed> watchers_;
+    /// None while there is a connection.
     QList<QDBusMessage> unsent_;
     int unanswered_ = 0;
     bool isToEnd_ = false;

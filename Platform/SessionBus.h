@@ -55,7 +55,8 @@ public:
     /// the message has arrived.
     inline static const QString notSentError = QStringLiteral("org.quenby.Error.NotSent");
 
-    /// Sends \a signal once there is a bus. Of equal ones that wait for it one is sent.
+    /// Sends \a signal once there is a bus. Of equal ones that wait for it one is sent. One that no bus can
+    /// take, because of its names or arguments, is dropped with a line in the log.
     void send(const QDBusMessage &signal);
 
     /// Calls \a answered once, unless this object goes first, with the answer or an error. Without a bus, or

@@ -6,15 +6,19 @@
 #include "Platform/Mailbox.h"
 #include "Tests/Session/NotificationListener.h"
 #include "Tests/Session/PrivateBus.h"
+#include "Tests/Session/SilentSocket.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QElapsedTimer>
+#include <QSocketNotifier>
 #include <QThread>
 
 #include <csignal>
 #include <gmock/gmock.h>
 #include <memory>
+#include <sys/socket.h>
+#include <unistd.h>
 
 using namespace std::chrono_literals;
 using ::testing::ElementsAre;
@@ -35,6 +39,43 @@ QDBusMessage signal(const QString &member = QStringLiteral("Changed"))
     return QDBusMessage::createSignal(QStringLiteral("/org/quenby/DistributedNotificationCenter"),
                                       QStringLiteral("org.quenby.DistributedNotificationCenter"), member);
 }
+
+/// A bus that takes whoever asks whether it is there, but not the connections of the library.
+class RefusingBus
+{
+public:
+    RefusingBus()
+        : notifier_(socket_.descriptor(), QSocketNotifier::Read)
+    {
+        QObject::connect(&notifier_, &QSocketNotifier::activated, &notifier_, [this] { refuse(); });
+    }
+    QString address() const { return socket_.busAddress(); }
+
+private:
+    void refuse()
+    {
+        const int client = ::accept(socket_.descriptor(), nullptr, nullptr);
+        if (lineOf(client).contains("AUTH") && ::send(client, "OK 0\r\n", 6, MSG_NOSIGNAL) == 6 &&
+            lineOf(client).startsWith("BEGIN"))
+            ::send(client, "l\2", 2, MSG_NOSIGNAL);
+        ::close(client);
+    }
+    static QByteArray lineOf(int client)
+    {
+        QByteArray result;
+        char buffer[512];
+        while (!result.contains("\r\n")) {
+            const ssize_t count = ::recv(client, buffer, sizeof buffer, 0);
+            if (count <= 0)
+                return {};
+            result.append(buffer, count);
+        }
+        return result;
+    }
+
+    SilentSocket socket_;
+    QSocketNotifier notifier_;
+};
 
 /// A bus whose daemon can be stopped, and one who uses it.
 class SessionBusTest : public ::testing::Test
@@ -109,6 +150,13 @@ TEST_F(SessionBusTest, ACallToABusThatIsStoppedFailsAndIsNotMadeLater)
     EXPECT_FALSE(answer.arguments().value(0).toBool());
 }
 
+TEST_F(SessionBusTest, ASignalThatNoBusCanTakeKeepsNothingElseBack)
+{
+    ASSERT_TRUE(bus_.flush());
+    bus_.send(signal(QStringLiteral("not a name")));
+    EXPECT_TRUE(bus_.flush());
+}
+
 TEST_F(SessionBusTest, ACallThatIsNotAnsweredBeforeTheBusGoesFails)
 {
     ASSERT_TRUE(bus_.flush());
@@ -139,6 +187,17 @@ TEST_F(SessionBusTest, WhoWatchesIsToldThatItIsStoppedThenThereThenGoneThenThere
     daemon_.start();
     EXPECT_TRUE(waitFor(4));
     EXPECT_THAT(told, ElementsAre(false, true, false, true));
+}
+
+TEST_F(SessionBusTest, WhoWatchesIsToldOfABusThatAnswersAndTakesNoConnection)
+{
+    const RefusingBus refusing;
+    SessionBus bus(refusing.address());
+    QList<bool> told;
+    bus.watch(mailbox_.bound<const std::optional<QDBusConnection> &>(
+        [&](const std::optional<QDBusConnection> &connection) { told.append(connection.has_value()); }));
+    EXPECT_TRUE(waitUntil([&] { return !told.isEmpty(); }));
+    EXPECT_THAT(told, ElementsAre(false));
 }
 
 TEST_F(SessionBusTest, WhoWatchesAnOwnerIsToldWhenItChanges)

@@ -17,6 +17,8 @@ public:
 
     /// As the address of a bus.
     QString busAddress() const;
+    /// Listens; still this object's.
+    int descriptor() const { return descriptor_; }
 
 private:
     QTemporaryDir folder_;
