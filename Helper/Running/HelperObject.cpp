@@ -16,6 +16,7 @@ Q_LOGGING_CATEGORY(lcObject, "quenby.helper.bus")
 HelperObject::HelperObject(QDBusConnection bus, Handlers handlers)
     : bus_(std::move(bus))
     , handlers_(std::move(handlers))
+    , menuChanged_(mailbox_.bound<>([this] { showLatestMenu(); }))
 {
     thread_.setObjectName(QStringLiteral("orders"));
     moveToThread(&thread_);
@@ -38,11 +39,6 @@ void HelperObject::Create(const QString &label, const QStringList &folders)
 
 void HelperObject::Create(const QString &label, int position, const QStringList &folders)
 {
-    const auto refuseAsTooMuch = [this] {
-        sendErrorReply(QDBusError::LimitsExceeded,
-                       tr("Nothing of it was begun: more than %1 folders would be waiting")
-                           .arg(CreationWorker::mostWaiting));
-    };
     if (folders.size() > CreationWorker::mostWaiting) {
         refuseAsTooMuch();
         return;
@@ -57,6 +53,32 @@ void HelperObject::Create(const QString &label, int position, const QStringList 
 
 void HelperObject::ShowMenu(const QStringList &folders)
 {
-    if (const Result<> shown = handlers_.showMenu(folders); !shown)
-        sendErrorReply(QDBusError::InvalidArgs, shown.error);
+    if (folders.size() > CreationWorker::mostWaiting) {
+        refuseAsTooMuch();
+        return;
+    }
+    const Result<QStringList> labels = handlers_.labelsFor(folders);
+    if (!labels) {
+        sendErrorReply(QDBusError::InvalidArgs, labels.error);
+        return;
+    }
+    const QMutexLocker lock(&menuLock_);
+    if (!std::exchange(menu_, Menu{*labels, folders}))
+        menuChanged_();
+}
+
+void HelperObject::refuseAsTooMuch()
+{
+    sendErrorReply(QDBusError::LimitsExceeded,
+                   tr("Nothing of it was begun: more than %1 folders would be waiting")
+                       .arg(CreationWorker::mostWaiting));
+}
+
+void HelperObject::showLatestMenu()
+{
+    QMutexLocker lock(&menuLock_);
+    const std::optional<Menu> menu = std::exchange(menu_, std::nullopt);
+    lock.unlock();
+    if (menu)
+        handlers_.showMenu(menu->labels, menu->folders);
 }

@@ -5,16 +5,19 @@
 
 #include "Helper/HelperService.h"
 #include "Helper/Running/CreationWorker.h"
+#include "Platform/Mailbox.h"
 #include "Platform/Result.h"
 
 #include <QDBusConnection>
 #include <QDBusContext>
+#include <QMutex>
 #include <QObject>
 #include <QString>
 #include <QStringList>
 #include <QThread>
 
 #include <functional>
+#include <optional>
 
 /// The running helper as other programs find it on the session bus, see HelperService. What they ask for is
 /// understood, and answered, on a thread of its own: whatever they send, menus and windows go on living.
@@ -24,7 +27,7 @@ class HelperObject : public QObject, protected QDBusContext
     Q_CLASSINFO("D-Bus Interface", "org.quenby.QNBHelper")
 
 public:
-    /// All are called on the object's thread.
+    /// All but showMenu are called on the object's thread.
     struct Handlers
     {
         /// What is to be done to create a preset in some folders; fails, with the reason for people, if that
@@ -34,9 +37,11 @@ public:
             understand;
         /// False if too much is to be done already.
         std::function<bool(const QList<CreationOrder> &orders)> give;
-        /// Shows the presets, to be created in \a folders; fails, with the reason for people, if that makes
-        /// no sense.
-        std::function<Result<>(const QStringList &folders)> showMenu = {};
+        /// The labels of the presets, of which one may be created in \a folders; fails, with the reason for
+        /// people, if that makes no sense.
+        std::function<Result<QStringList>(const QStringList &folders)> labelsFor = {};
+        /// Shows a menu of them. On the thread that made the object.
+        std::function<void(const QStringList &labels, const QStringList &folders)> showMenu = {};
     };
 
     HelperObject(QDBusConnection bus, Handlers handlers);
@@ -49,7 +54,21 @@ public Q_SLOTS:
     void ShowMenu(const QStringList &folders);
 
 private:
+    struct Menu
+    {
+        QStringList labels;
+        QStringList folders;
+    };
+
+    void refuseAsTooMuch();
+    void showLatestMenu();
+
     QDBusConnection bus_;
     const Handlers handlers_;
+    QMutex menuLock_;
+    /// What is to be shown next: of menus that wait for the other thread only the latest is.
+    std::optional<Menu> menu_;
+    const Mailbox mailbox_;
+    const std::function<void()> menuChanged_;
     QThread thread_;
 };

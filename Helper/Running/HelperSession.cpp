@@ -139,7 +139,9 @@ void HelperSession::busChanged(const std::optional<QDBusConnection> &connection)
                     HelperObject::Handlers{
                         .understand = ordersFor,
                         .give = [this](const QList<CreationOrder> &orders) { return createAll(orders); },
-                        .showMenu = [this](const QStringList &folders) { return showMenu(folders); },
+                        .labelsFor = labelsFor,
+                        .showMenu = [this](const QStringList &labels,
+                                           const QStringList &folders) { showMenu(labels, folders); },
                     });
     instance_.claimName([this] { quit(); });
 }
@@ -309,25 +311,24 @@ Result<QList<CreationOrder>> HelperSession::ordersFor(const HelperService::Prese
     return ordersIn(folders, settings->presets.indexOf(record), record->label());
 }
 
-Result<> HelperSession::showMenu(const QStringList &folders)
+Result<QStringList> HelperSession::labelsFor(const QStringList &folders)
 {
+    using Labels = Result<QStringList>;
     if (folders.isEmpty())
-        return Result<>::failure(translated("No folder is named"));
-    if (Result<> absolute = checkAbsolute(folders); !absolute)
-        return absolute;
+        return Labels::failure(translated("No folder is named"));
+    if (const Result<> absolute = checkAbsolute(folders); !absolute)
+        return Labels::failure(absolute.error);
     // Read here and now: nobody need have told of the last changes.
     const Result<QNBSettings> settings = readSettings();
     if (!settings)
-        return Result<>::failure(settings.error);
+        return Labels::failure(settings.error);
     QStringList labels;
     for (const QNBPresetRecordPtr &preset : settings->presets)
         labels.append(preset->label());
-    QMetaObject::invokeMethod(
-        this, [this, labels, folders] { showMenuOf(labels, folders); }, Qt::QueuedConnection);
-    return {};
+    return labels;
 }
 
-void HelperSession::showMenuOf(const QStringList &labels, const QStringList &folders)
+void HelperSession::showMenu(const QStringList &labels, const QStringList &folders)
 {
     if (isQuitting_)
         return;

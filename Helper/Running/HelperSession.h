@@ -63,8 +63,8 @@ private:
     /// The same, and tells the user if it is too much.
     void createOrTell(const QList<CreationOrder> &orders);
     /// On the thread of the bus's orders.
-    Result<> showMenu(const QStringList &folders);
-    void showMenuOf(const QStringList &labels, const QStringList &folders);
+    static Result<QStringList> labelsFor(const QStringList &folders);
+    void showMenu(const QStringList &labels, const QStringList &folders);
     void remember(const QList<CreationOrder> &orders);
     void settingsChanged();
     void askAboutScript(const CreationOrder &order, const Script &script);

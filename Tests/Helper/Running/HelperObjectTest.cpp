@@ -51,6 +51,24 @@ protected:
     {
         return ask(HelperService::createMethod, {preset, position, folders});
     }
+    QDBusPendingCall askForMenu(const QStringList &folders)
+    {
+        return ask(HelperService::showMenuMethod, {folders});
+    }
+    /// For an object that knows one preset, and appends the labels and the folders of its menus to \a shown.
+    static HelperObject::Handlers menuHandlers(QList<QStringList> &shown)
+    {
+        return {.understand = [](const HelperService::Preset &,
+                                 const QStringList &) { return Orders::failure(preset); },
+                .give = [](const QList<CreationOrder> &) { return true; },
+                .labelsFor =
+                    [](const QStringList &folders) {
+                        return folders.isEmpty() ? Result<QStringList>::failure(preset)
+                                                 : Result<QStringList>(QStringList(preset));
+                    },
+                .showMenu = [&shown](const QStringList &labels,
+                                     const QStringList &folders) { shown.append(labels + folders); }};
+    }
     /// The error; none for the answer of one that is content.
     QDBusError answerTo(const QStringList &folders) { return answerTo(ask(folders)); }
     static QDBusError answerTo(const QDBusPendingCall &call)
@@ -121,20 +139,34 @@ TEST_F(HelperObjectTest, AnOrderOfTheFirstVersionHasNoPosition)
 
 TEST_F(HelperObjectTest, TheMenuIsShownForTheFoldersOrRefusedWithTheReason)
 {
-    const HelperObject object(serving_,
-                              {.understand = [](const HelperService::Preset &,
-                                                const QStringList &) { return Orders::failure(preset); },
-                               .give = [](const QList<CreationOrder> &) { return true; },
-                               .showMenu =
-                                   [](const QStringList &folders) {
-                                       return folders.size() == 2 ? Result<>() : Result<>::failure(preset);
-                                   }});
-    const auto answer = [this](const QStringList &folders) {
-        return answerTo(ask(HelperService::showMenuMethod, {folders}));
+    QList<QStringList> shown;
+    const HelperObject object(serving_, menuHandlers(shown));
+    const QStringList folders = {QStringLiteral("/a"), QStringLiteral("/b")};
+    EXPECT_FALSE(answerTo(askForMenu(folders)).isValid());
+    EXPECT_TRUE(waitUntil([&] { return !shown.isEmpty(); }));
+    EXPECT_EQ(shown, QList({QStringList(preset) + folders}));
+    const QDBusError error = answerTo(askForMenu({}));
+    EXPECT_EQ(error.type(), QDBusError::InvalidArgs);
+    EXPECT_EQ(error.message(), preset);
+}
+
+TEST_F(HelperObjectTest, OfMenusThatWaitToBeShownTheLatestIs)
+{
+    QList<QStringList> shown;
+    const HelperObject object(serving_, menuHandlers(shown));
+    const auto askAndWait = [this](const QString &folder) {
+        // Nothing else is done on this thread meanwhile.
+        QDBusPendingCall call = askForMenu({folder});
+        call.waitForFinished();
+        EXPECT_FALSE(call.isError());
     };
-    EXPECT_FALSE(answer({QStringLiteral("/a"), QStringLiteral("/b")}).isValid());
-    EXPECT_EQ(answer({}).type(), QDBusError::InvalidArgs);
-    EXPECT_EQ(answer({}).message(), preset);
+    askAndWait(QStringLiteral("/a"));
+    askAndWait(QStringLiteral("/b"));
+    EXPECT_TRUE(waitUntil([&] { return !shown.isEmpty(); }));
+    EXPECT_FALSE(answerTo(askForMenu({QStringLiteral("/c")})).isValid());
+    EXPECT_TRUE(waitUntil([&] { return shown.size() > 1; }));
+    EXPECT_EQ(shown, QList({QStringList({preset, QStringLiteral("/b")}),
+                            QStringList({preset, QStringLiteral("/c")})}));
 }
 
 TEST_F(HelperObjectTest, MoreFoldersThanMayWaitAreNotLookedAt)
@@ -145,9 +177,15 @@ TEST_F(HelperObjectTest, MoreFoldersThanMayWaitAreNotLookedAt)
                                                  isAsked = true;
                                                  return Orders::failure(preset);
                                              },
-                                         .give = [](const QList<CreationOrder> &) { return true; }});
+                                         .give = [](const QList<CreationOrder> &) { return true; },
+                                         .labelsFor =
+                                             [&isAsked](const QStringList &) {
+                                                 isAsked = true;
+                                                 return Result<QStringList>::failure(preset);
+                                             }});
     const QStringList folders(CreationWorker::mostWaiting + 1, QStringLiteral("/a"));
     EXPECT_EQ(answerTo(folders).type(), QDBusError::LimitsExceeded);
+    EXPECT_EQ(answerTo(askForMenu(folders)).type(), QDBusError::LimitsExceeded);
     EXPECT_FALSE(isAsked);
 }
 
