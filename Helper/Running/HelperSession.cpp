@@ -201,6 +201,7 @@ void HelperSession::reload()
         if (!std::exchange(isOutOfDate_, true))
             notices_.showProblem(translated("The presets in the menus are not up to date"),
                                  lineText(settings.error));
+        updateTray();
         return;
     }
     isOutOfDate_ = false;
@@ -222,7 +223,7 @@ void HelperSession::reload()
 void HelperSession::updateTray()
 {
     const bool isShown = trayIcon_.has_value();
-    const bool isWanted = tray_ && showsInTray_;
+    const bool isWanted = tray_ && hasRead_ && showsInTray_;
     if (isWanted == isShown)
         return;
     trayIcon_.reset();

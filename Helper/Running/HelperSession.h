@@ -73,10 +73,11 @@ private:
     const std::shared_ptr<SessionBus> bus_;
     SingleInstance &instance_;
     bool isQuitting_ = false;
+    /// The settings were looked at, and could be read or not.
     bool hasRead_ = false;
     RecentFolders folders_;
     QStringList labels_;
-    /// By default, until the settings were read.
+    /// By default, while the settings cannot be read.
     bool showsInTray_ = true;
     /// The settings could not be read when they were looked at last, and the user knows it.
     bool isOutOfDate_ = false;

@@ -11,6 +11,7 @@ namespace {
 
 constexpr quint8 sentMask = 0x80;
 constexpr quint32 requestDock = 0;
+constexpr auto selectionName = "_NET_SYSTEM_TRAY_S0";
 
 } // namespace
 
@@ -18,28 +19,32 @@ ScreenTray::ScreenTray(const QString &display)
     : connection_(xcb_connect(display.toLatin1().constData(), nullptr))
 {
     EXPECT_EQ(xcb_connection_has_error(connection_), 0);
-    const xcb_screen_t *screen = xcb_setup_roots_iterator(xcb_get_setup(connection_)).data;
+    root_ = xcb_setup_roots_iterator(xcb_get_setup(connection_)).data->root;
     window_ = xcb_generate_id(connection_);
-    xcb_create_window(connection_, XCB_COPY_FROM_PARENT, window_, screen->root, 0, 0, 10, 10, 0,
+    xcb_create_window(connection_, XCB_COPY_FROM_PARENT, window_, root_, 0, 0, 10, 10, 0,
                       XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, 0, nullptr);
     opcodeAtom_ = atom("_NET_SYSTEM_TRAY_OPCODE");
-    const xcb_atom_t selection = atom("_NET_SYSTEM_TRAY_S0");
-    xcb_set_selection_owner(connection_, window_, selection, XCB_CURRENT_TIME);
-    xcb_client_message_event_t announcement = {};
-    announcement.response_type = XCB_CLIENT_MESSAGE;
-    announcement.format = 32;
-    announcement.window = screen->root;
-    announcement.type = atom("MANAGER");
-    announcement.data.data32[1] = selection;
-    announcement.data.data32[2] = window_;
-    xcb_send_event(connection_, false, screen->root, XCB_EVENT_MASK_STRUCTURE_NOTIFY,
-                   reinterpret_cast<const char *>(&announcement));
-    xcb_flush(connection_);
+    xcb_set_selection_owner(connection_, window_, atom(selectionName), XCB_CURRENT_TIME);
+    announce();
 }
 
 ScreenTray::~ScreenTray()
 {
     xcb_disconnect(connection_);
+}
+
+void ScreenTray::announce()
+{
+    xcb_client_message_event_t announcement = {};
+    announcement.response_type = XCB_CLIENT_MESSAGE;
+    announcement.format = 32;
+    announcement.window = root_;
+    announcement.type = atom("MANAGER");
+    announcement.data.data32[1] = atom(selectionName);
+    announcement.data.data32[2] = window_;
+    xcb_send_event(connection_, false, root_, XCB_EVENT_MASK_STRUCTURE_NOTIFY,
+                   reinterpret_cast<const char *>(&announcement));
+    xcb_flush(connection_);
 }
 
 xcb_atom_t ScreenTray::atom(const QByteArray &name) const

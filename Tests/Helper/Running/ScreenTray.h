@@ -18,6 +18,8 @@ public:
     ScreenTray(const ScreenTray &) = delete;
     ScreenTray &operator=(const ScreenTray &) = delete;
 
+    /// Tells every client that it is there; so does the constructor.
+    void announce();
     /// Whether something has asked to be docked by now.
     bool hasIcon();
 
@@ -25,6 +27,7 @@ private:
     xcb_atom_t atom(const QByteArray &name) const;
 
     xcb_connection_t *connection_;
+    xcb_window_t root_ = XCB_NONE;
     xcb_window_t window_ = XCB_NONE;
     xcb_atom_t opcodeAtom_ = XCB_ATOM_NONE;
     bool hasIcon_ = false;
