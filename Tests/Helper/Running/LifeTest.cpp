@@ -201,7 +201,13 @@ TEST_F(LifeProgramTest, ABusThatStartsAgainIsUsedAgain)
     store(settings());
     const auto helper = start();
     bus_.kill();
+    ASSERT_TRUE(waitUntil([&] { return helper->errors().contains("the bus has gone"); }));
+    // Nobody can tell of this change.
+    QNBSettings fewer = settings();
+    fewer.presets.removeLast();
+    store(fewer);
     bus_.start();
+    EXPECT_TRUE(waitUntil([&] { return helper->errors().contains("presets in the menu: 1"); }));
     FakeTray tray(bus_.address());
     expectToUseTheBus(tray, *helper);
     expectEndOf(*helper);
