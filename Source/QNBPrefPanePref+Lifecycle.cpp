@@ -71,7 +71,7 @@ void QNBPrefPanePref::mainViewDidLoad()
     _ui_presetHierarchyView->setDataCell(std::move(cell));
     buildTreesWhenIdle();
     // Else when what is stored is known.
-    if (!_standsIn)
+    if (!_standIn)
         _unsavedState.offerWhatWasLeft();
 }
 

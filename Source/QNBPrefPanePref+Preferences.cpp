@@ -17,12 +17,14 @@ void QNBPrefPanePref::readPreferences()
 {
     QNBSettings settings;
     const Result<> read = QNBSettingsStore::read(*_services.preferences, ourBundle(), settings);
-    _standsIn = !read;
-    if (_standsIn) {
+    if (!read) {
+        const std::optional<Preferences::Damage> &damage = _services.preferences->damage();
+        _standIn = damage ? damage->backup : QDateTime();
         qCCritical(lcPane) << "the settings could not be read:" << _services.preferences->path()
                            << read.error;
         tellUnread(read);
     } else {
+        _standIn.reset();
         tellMended(true);
     }
     takeSettings(settings);
@@ -33,9 +35,14 @@ void QNBPrefPanePref::tellUnread(const Result<> &read)
     if (!_listener)
         return;
     // They were read, and cannot be kept aside, as they have to be before edited ones replace them.
-    if (!_services.preferences->isUnread())
+    if (!_services.preferences->isUnread()) {
+        _listener->takeBackNotice(PaneNotice::Kind::Unreadable);
         return _listener->saved(read);
-    PaneNotice notice = QNBStoredNotice::ofUnread(read.error, _services.preferences->damage());
+    }
+    const bool isEdited = _mainView && (!_history.isClean() || _ui_showMenubar->isChecked() != showMenubar ||
+                                        _ui_shortcutRecorderControl->keyCombo() != shortcutCombo);
+    PaneNotice notice = QNBStoredNotice::ofUnread(read.error, _services.preferences->damage(),
+                                                  _standIn.value_or(QDateTime()), isEdited);
     notice.actions = {{tr("Try Again"), [this] {
                            endEditing();
                            if (const Result<> again = catchUpWithStored(); !again)
@@ -73,6 +80,8 @@ Result<> QNBPrefPanePref::catchUpWithStored()
     if (Result<> read = QNBSettingsStore::read(*_services.preferences, ourBundle(), stored); !read)
         return read;
     const bool isEdited = !_history.isClean();
+    // Here, for the next read knows nothing of it.
+    tellMended(!isEdited);
     if (!isEdited) {
         _history.clear();
         _ui_presetListController->setContent({stored.presets.begin(), stored.presets.end()});
@@ -90,10 +99,9 @@ Result<> QNBPrefPanePref::catchUpWithStored()
     takeSettings(stored);
     showOptions(showMenubar, shortcutCombo);
     buildTreesWhenIdle();
-    _standsIn = false;
+    _standIn.reset();
     if (_listener)
         _listener->takeBackNotice(PaneNotice::Kind::Unreadable);
-    tellMended(!isEdited);
     _unsavedState.offerWhatWasLeft();
     return {};
 }
@@ -117,7 +125,7 @@ QNBUnsavedState::Pane QNBPrefPanePref::paneOfUnsavedState()
 {
     return {
         .shownSettings = [this] { return shownSettings(); },
-        .isEdited = [this] { return !_standsIn || !_history.isClean(); },
+        .isEdited = [this] { return !_standIn || !_history.isClean(); },
         .restore =
             [this](const QNBSettings &settings, const QString &step) {
                 endEditing();
@@ -138,7 +146,7 @@ Result<> QNBPrefPanePref::writePreferences()
 {
     if (!_mainView)
         return {};
-    if (_standsIn) {
+    if (_standIn) {
         if (Result<> caughtUp = catchUpWithStored(); !caughtUp) {
             qCCritical(lcPane) << "nothing is saved over settings that could not be read:"
                                << _services.preferences->path() << caughtUp.error;

@@ -20,6 +20,7 @@
 #include "Toolkit/WorkspaceIcons.h"
 
 #include <QCoreApplication>
+#include <QDateTime>
 #include <QHash>
 #include <QIcon>
 #include <QObject>
@@ -341,8 +342,9 @@ private:
     /// The window with the keyboard as last heard; compared, never followed.
     const QWindow *_keyWindow = nullptr;
     bool _isSelected = false;
-    /// What is shown stands in for settings that could not be read.
-    bool _standsIn = false;
+    /// Set if what is shown stands in for settings that could not be read: those of the backup of that time,
+    /// or if it is invalid the default ones, with what the user has changed since.
+    std::optional<QDateTime> _standIn;
     bool _descriptionPaneIsPlaced = false;
     int _descriptionTyping = 0;
     int _descriptionParagraphs = 0;

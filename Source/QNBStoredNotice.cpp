@@ -10,23 +10,27 @@
 using Cause = Preferences::Damage::Cause;
 using Kind = PaneNotice::Kind;
 
-PaneNotice QNBStoredNotice::ofUnread(const QString &reason, const std::optional<Preferences::Damage> &damage)
+PaneNotice QNBStoredNotice::ofUnread(const QString &reason, const std::optional<Preferences::Damage> &damage,
+                                     const QDateTime &shown, bool isEdited)
 {
     const QString shortly = lineText(NoticeStrip::shortReason(reason));
+    QString meanwhile;
+    if (isEdited)
+        meanwhile = tr("Your changes cannot be saved yet.");
+    else if (shown.isValid())
+        meanwhile = tr("Those of %1, from the backup, are shown.").arg(QNBShownTime(shown));
+    else
+        meanwhile = tr("The default presets are shown.");
     if (!damage)
         return {.kind = Kind::Unreadable,
-                .text = tr("Your presets and options cannot be read: %1. Those that are shown are not yours, "
-                           "and nothing is saved in place of yours.")
-                            .arg(shortly),
+                .text = QStringList{tr("Your presets and options cannot be read: %1.").arg(shortly),
+                                    meanwhile, tr("Nothing is saved in place of what is stored.")}
+                            .join(u' '),
                 .details = reason};
-    const QString shown =
-        damage->backup.isValid()
-            ? tr("Those of %1, from the backup, are shown.").arg(QNBShownTime(damage->backup))
-            : tr("The default presets are shown.");
     const QString obstacle =
         tr("Nothing can be saved before the file is replaced, which is not possible now: %1.").arg(shortly);
     return {.kind = Kind::Unreadable,
-            .text = QStringList{whatHappened(*damage), shown, obstacle}.join(u' '),
+            .text = QStringList{whatHappened(*damage), meanwhile, obstacle}.join(u' '),
             .details = QStringList{damage->reason, reason}.join(u'\n')};
 }
 

@@ -4,6 +4,7 @@
 // Settings that cannot be read at the start, and those of earlier times.
 
 #include "PaneFixture.h"
+#include "Platform/FileLayer.h"
 #include "Platform/PreferencesFile.h"
 #include "Platform/PropertyList.h"
 #include "Shared/Source/QNBShared.h"
@@ -15,6 +16,7 @@
 #include <QFile>
 #include <QLocale>
 
+#include <cerrno>
 #include <unistd.h>
 
 namespace {
@@ -23,6 +25,17 @@ using Kind = PaneNotice::Kind;
 
 const QString mine = QStringLiteral("Mine");
 const QString defaults = QStringLiteral("Default");
+
+/// Has no room for a copy of a file.
+class NoCopies final : public FileLayer
+{
+public:
+    int renameToFree(const QByteArray &, const QByteArray &) override
+    {
+        errno = ENOSPC;
+        return -1;
+    }
+};
 
 class QNBPrefPanePrefStoredStatesTest : public PaneFixture
 {
@@ -43,6 +56,13 @@ protected:
         ASSERT_TRUE(QDir().mkpath(unmounted()));
         ASSERT_TRUE(QFile::rename(domain(), unmounted() + QStringLiteral("/domain.plist")));
         ASSERT_TRUE(QFile::link(mounted() + QStringLiteral("/domain.plist"), domain()));
+    }
+    /// What is there then cannot be read, and has a good backup.
+    void damageOutOfReach()
+    {
+        const QString file = unmounted() + QStringLiteral("/domain.plist");
+        ASSERT_TRUE(QFile::rename(file, file + QStringLiteral(".backup")));
+        write(file, "damaged");
     }
     void mount() { ASSERT_TRUE(QDir().rename(unmounted(), mounted())); }
     QStringList shown() const
@@ -104,6 +124,8 @@ protected:
     QString told(Kind kind) const { return listener.notices.value(kind).text; }
 
     inline static const QDateTime longAgo{QDate(2026, 2, 3), QTime(4, 5, 6)};
+    inline static const QString changesWait = QStringLiteral("Your changes cannot be saved yet.");
+    inline static const QString defaultsAreShown = QStringLiteral("The default presets are shown.");
     inline static const QString tryAgain = QStringLiteral("Try Again");
     inline static const QString restoreEarlier = QStringLiteral("Restore an Earlier State…");
 };
@@ -133,8 +155,12 @@ TEST_F(QNBPrefPanePrefStoredStatesTest, WhatTheUserMadeMeanwhileAndWhatWasThereB
 {
     storeOutOfReach();
     openPane();
+    EXPECT_TRUE(told(Kind::Unreadable).contains(defaultsAreShown)) << qPrintable(told(Kind::Unreadable));
+    EXPECT_FALSE(told(Kind::Unreadable).contains(changesWait));
     pane->addPreset();
     loseKeyboardAndRegainIt();
+    EXPECT_TRUE(told(Kind::Unreadable).contains(changesWait)) << qPrintable(told(Kind::Unreadable));
+    EXPECT_FALSE(told(Kind::Unreadable).contains(u"are shown")) << qPrintable(told(Kind::Unreadable));
     mount();
     loseKeyboardAndRegainIt();
     EXPECT_EQ(storedLabels(), (QStringList{defaults, QStringLiteral("Untitled Preset")}));
@@ -159,6 +185,7 @@ TEST_F(QNBPrefPanePrefStoredStatesTest, WhatCannotBeKeptBeforeEditedPresetsRepla
     }
     ASSERT_EQ(listener.results.size(), 1);
     EXPECT_TRUE(listener.results.constFirst().error.contains(u"is locked by another process"));
+    EXPECT_FALSE(listener.notices.contains(Kind::Unreadable)) << "they were read";
     EXPECT_EQ(storedLabels(), QStringList{mine});
     EXPECT_TRUE(pane->save());
     EXPECT_TRUE(listener.results.constLast());
@@ -170,8 +197,10 @@ TEST_F(QNBPrefPanePrefStoredStatesTest, AnOptionThatWasChosenMeanwhileStaysAndRe
 {
     storeOutOfReach();
     openPane();
-    mount();
     outlet<QCheckBox>(QStringLiteral("_ui_showMenubar"))->click();
+    EXPECT_TRUE(told(Kind::Unreadable).contains(changesWait)) << qPrintable(told(Kind::Unreadable));
+    mount();
+    ASSERT_NO_FATAL_FAILURE(choose(Kind::Unreadable, tryAgain));
     EXPECT_EQ(shown(), QStringList{mine});
     loseKeyboardAndRegainIt();
     EXPECT_FALSE(stored().showMenubar);
@@ -333,11 +362,69 @@ TEST_F(QNBPrefPanePrefStoredStatesTest, WhatTheUserMadeOfTheBackupMeanwhileTakes
         const Result<FileLock> busy = lockOfDomain();
         ASSERT_TRUE(busy);
         openPane();
+        EXPECT_TRUE(told(Kind::Unreadable).contains(u"from the backup, are shown"));
         pane->addPreset();
+        EXPECT_FALSE(pane->save());
+        EXPECT_TRUE(told(Kind::Unreadable).contains(changesWait)) << qPrintable(told(Kind::Unreadable));
+        EXPECT_FALSE(told(Kind::Unreadable).contains(u"are shown")) << qPrintable(told(Kind::Unreadable));
     }
     EXPECT_TRUE(pane->save());
     EXPECT_EQ(storedLabels(), (QStringList{mine, QStringLiteral("Untitled Preset")}));
     EXPECT_TRUE(told(Kind::Replaced).contains(u"What is shown")) << qPrintable(told(Kind::Replaced));
+}
+
+TEST_F(QNBPrefPanePrefStoredStatesTest, WhatIsSaidToBeShownIsWhatIsShown)
+{
+    // The default presets, though there is a backup by now.
+    storeOutOfReach();
+    openPane();
+    damageOutOfReach();
+    mount();
+    {
+        const Result<FileLock> busy = lockOfDomain();
+        ASSERT_TRUE(busy);
+        ASSERT_NO_FATAL_FAILURE(choose(Kind::Unreadable, tryAgain));
+        EXPECT_EQ(shown(), QStringList{defaults});
+        EXPECT_TRUE(told(Kind::Unreadable).contains(u"was damaged")) << qPrintable(told(Kind::Unreadable));
+        EXPECT_TRUE(told(Kind::Unreadable).contains(defaultsAreShown)) << qPrintable(told(Kind::Unreadable));
+        closePane();
+
+        // The backup, though the file cannot be reached by now.
+        openPane();
+        EXPECT_EQ(shown(), QStringList{mine});
+        ASSERT_TRUE(QDir().rename(mounted(), unmounted()));
+        EXPECT_FALSE(pane->save());
+        EXPECT_EQ(shown(), QStringList{mine});
+        EXPECT_TRUE(told(Kind::Unreadable).contains(u"No such file")) << qPrintable(told(Kind::Unreadable));
+        EXPECT_TRUE(told(Kind::Unreadable).contains(u"from the backup, are shown"))
+            << qPrintable(told(Kind::Unreadable));
+    }
+    mount();
+    ASSERT_NO_FATAL_FAILURE(choose(Kind::Unreadable, tryAgain));
+    EXPECT_EQ(shown(), QStringList{mine});
+}
+
+TEST_F(QNBPrefPanePrefStoredStatesTest,
+       DamageIsToldThoughTheRestoredFileCannotBeKeptBeforeEditedOnesReplaceIt)
+{
+    storeOutOfReach();
+    NoCopies layer;
+    QNBPrefPanePref::Services world = services();
+    world.preferences = std::make_unique<Preferences>(
+        QNBProductIdentifier(), Preferences::Options{.folder = path(QStringLiteral("config")),
+                                                     .lockFolder = path(QStringLiteral("config")),
+                                                     .layer = &layer});
+    openPane(std::move(world));
+    pane->addPreset();
+    damageOutOfReach();
+    mount();
+    EXPECT_FALSE(pane->save());
+    EXPECT_EQ(listener.results.size(), 1);
+    EXPECT_EQ(storedLabels(), QStringList{mine});
+    const QStringList kept = QDir(mounted()).entryList({QStringLiteral("*.damaged-*")}, QDir::Files);
+    ASSERT_EQ(kept.size(), 1);
+    EXPECT_TRUE(told(Kind::Replaced).contains(kept.constFirst())) << qPrintable(told(Kind::Replaced));
+    closePane();
 }
 
 TEST_F(QNBPrefPanePrefStoredStatesTest, PresetsTooLargeWithoutABackupAreNotSavedOver)

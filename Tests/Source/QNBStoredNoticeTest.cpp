@@ -75,18 +75,21 @@ TEST(QNBStoredNotice, TheDetailsNameTheReasonAndAllThatIsKept)
 TEST(QNBStoredNotice, SaysWhatKeepsTheSettingsFromBeingRead)
 {
     const QString reason = QStringLiteral("cannot open /home/u/domain.plist: Permission denied");
-    const PaneNotice notice = QNBStoredNotice::ofUnread(reason, std::nullopt);
+    const PaneNotice notice = QNBStoredNotice::ofUnread(reason, std::nullopt, {}, false);
     EXPECT_EQ(notice.kind, PaneNotice::Kind::Unreadable);
-    EXPECT_EQ(notice.text, QStringLiteral("Your presets and options cannot be read: Permission denied. Those "
-                                          "that are shown are not yours, and nothing is saved in place of "
-                                          "yours."));
+    EXPECT_EQ(notice.text, QStringLiteral("Your presets and options cannot be read: Permission denied. The "
+                                          "default presets are shown. Nothing is saved in place of what is "
+                                          "stored."));
     EXPECT_EQ(notice.details, reason);
+    EXPECT_TRUE(QNBStoredNotice::ofUnread(reason, std::nullopt, saved, false)
+                    .text.contains(filled(" Those of DATE, from the backup, are shown. Nothing is saved")));
 }
 
 TEST(QNBStoredNotice, SaysWhatKeepsADamagedFileFromBeingReplaced)
 {
     const QString reason = QStringLiteral("cannot write /home/u/x: No space left on device");
-    const PaneNotice notice = QNBStoredNotice::ofUnread(reason, damage(Cause::Broken, saved, {}));
+    const PaneNotice notice =
+        QNBStoredNotice::ofUnread(reason, damage(Cause::Broken, saved, {}), saved, false);
     EXPECT_EQ(notice.kind, PaneNotice::Kind::Unreadable);
     EXPECT_EQ(
         notice.text,
@@ -94,8 +97,18 @@ TEST(QNBStoredNotice, SaysWhatKeepsADamagedFileFromBeingReplaced)
                "backup, are shown. Nothing can be saved before the file is replaced, which is not "
                "possible now: No space left on device."));
     EXPECT_EQ(notice.details, QStringLiteral("the reason\n") + reason);
-    EXPECT_TRUE(QNBStoredNotice::ofUnread(reason, damage(Cause::Broken, {}, {}))
-                    .text.contains(u"The default presets are shown. "));
+    EXPECT_TRUE(QNBStoredNotice::ofUnread(reason, damage(Cause::Broken, saved, {}), {}, false)
+                    .text.contains(u"The default presets are shown. "))
+        << "the backup came later";
+}
+
+TEST(QNBStoredNotice, SaysThatChangesCannotBeSavedInPlaceOfWhatIsShown)
+{
+    for (const auto &found : {std::optional<Damage>(), std::optional(damage(Cause::Broken, saved, {}))}) {
+        const QString text = QNBStoredNotice::ofUnread(QStringLiteral("x"), found, saved, true).text;
+        EXPECT_TRUE(text.contains(u" Your changes cannot be saved yet. Nothing ")) << qPrintable(text);
+        EXPECT_FALSE(text.contains(u"are shown")) << qPrintable(text);
+    }
 }
 
 TEST(QNBStoredNotice, APathStaysOneLine)
