@@ -212,7 +212,8 @@ public:
     }
 
     /// Puts the last good backup in the place of a damaged file, which is kept aside: at no moment is there
-    /// neither. Without a good backup both just go, the file last.
+    /// neither. Without a good backup both just go, the file last; one that a link leads to stays until it is
+    /// saved over, so that the link does not lead nowhere.
     Result<> mend(const PreferencesFile &file)
     {
         Result<> result = keepDamaged(file);
@@ -224,7 +225,7 @@ public:
         }
         if (result)
             result = file.removeBackup();
-        return result ? file.remove() : result;
+        return result && !file.isLink() ? file.remove() : result;
     }
 
     void logDamage() const
@@ -254,9 +255,7 @@ public:
         const Content content = file.read(values.bytes());
         if (content.state == Content::Unreadable)
             return Result<>::failure(content.error);
-        const bool wasBlind = isBlind;
         const Result<> taken = take(file, content);
-        isBlind = wasBlind;
         // The file was read before: the next save looks again.
         unread.clear();
         if (!taken)

@@ -20,7 +20,8 @@
 ///
 /// What is there is never lost to somebody who does not know it:
 /// - A file that cannot be parsed, or is too large to be, is kept aside as `<domain>.plist.damaged-<UTC
-///   time>`, and the backup takes its place; so does that of a file that is gone. damage() tells of it.
+///   time>`, and the backup takes its place; so does that of a file that is gone, unless a link leads to it.
+///   damage() tells of it.
 /// - Only where nothing is, neither file nor backup nor folder, is there no domain yet. Anything else that
 ///   keeps the file from being read (rights, a disk that fails, a home that is not there now, a link that
 ///   leads nowhere, another user's link, a size over the limit without a good backup, a damaged file that

@@ -102,6 +102,12 @@ bool PreferencesFile::isMissing() const
     }
 }
 
+bool PreferencesFile::isLink() const
+{
+    struct stat information = {};
+    return layer_.lstat(QFile::encodeName(path_), &information) == 0 && S_ISLNK(information.st_mode);
+}
+
 QStringList PreferencesFile::goodStates() const
 {
     const QFileInfo backup(backup_);
@@ -128,7 +134,13 @@ Result<FileLock> PreferencesFile::lock(const QString &folder, int timeout) const
 
 PreferencesFile::Content PreferencesFile::read(const QByteArray &known) const
 {
-    return readFile(target_, known);
+    Content content = readFile(target_, known);
+    if (content.state == Content::Missing && isLink()) {
+        content.state = Content::Unreadable;
+        content.error =
+            QStringLiteral("cannot read %1: the link leads to %2, which is not there").arg(path_, target_);
+    }
+    return content;
 }
 
 PreferencesFile::Content PreferencesFile::readBackup() const
@@ -147,7 +159,8 @@ PreferencesFile::Content PreferencesFile::readFile(const QString &path, const QB
         content.error = systemError(QStringLiteral("cannot open %1").arg(path), errno);
         return content;
     }
-    content.modified = QDateTime::fromSecsSinceEpoch(information.st_mtim.tv_sec, Qt::UTC);
+    content.modified = QDateTime::fromMSecsSinceEpoch(
+        qint64(information.st_mtim.tv_sec) * 1000 + information.st_mtim.tv_nsec / 1'000'000, Qt::UTC);
     if (!S_ISREG(information.st_mode)) {
         content.state = Content::Unreadable;
         content.error = QStringLiteral("%1 is no regular file").arg(path);

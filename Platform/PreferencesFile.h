@@ -28,7 +28,7 @@ public:
         };
         State state = Missing;
         QByteArray bytes;
-        /// When the file was written.
+        /// When the file was written, to the millisecond.
         QDateTime modified;
         /// Of a Good one; null if the bytes are those that were known.
         PropertyListDocument::Ptr document;
@@ -44,6 +44,8 @@ public:
     /// Whether locate() failed, if it did, because nothing is there yet: of what the path names only folders
     /// exist, and no link.
     bool isMissing() const;
+    /// Whether the path is a symbolic link.
+    bool isLink() const;
 
     const QString &target() const { return target_; }
     /// The files that hold other states of this one: the backup, and the copies that were kept of a good
@@ -53,7 +55,8 @@ public:
     /// \a folder is where locks are, found from the environment if empty.
     Result<FileLock> lock(const QString &folder, int timeout) const;
 
-    /// \a known are bytes known to be good, not parsed again.
+    /// \a known are bytes known to be good, not parsed again. What a link leads to, and is not there, is
+    /// Unreadable: it may be on a disk that is not mounted.
     Content read(const QByteArray &known = {}) const;
     Content readBackup() const;
 

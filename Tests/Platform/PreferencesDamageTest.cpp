@@ -4,6 +4,7 @@
 // What Preferences does with a file that it cannot read.
 
 #include "FailingFileLayer.h"
+#include "InterveningLayer.h"
 #include "Platform/PreferencesFile.h"
 #include "PreferencesFixture.h"
 #include "UnreadableFile.h"
@@ -34,7 +35,7 @@ protected:
     }
     static QDateTime modified(const QString &path) { return QFileInfo(path).lastModified().toUTC(); }
 
-    inline static const QDateTime savedBefore{QDate(2026, 2, 3), QTime(4, 5, 6), Qt::UTC};
+    inline static const QDateTime savedBefore{QDate(2026, 2, 3), QTime(4, 5, 6, 789), Qt::UTC};
 };
 
 /// A size that no file can have that is read.
@@ -310,6 +311,22 @@ TEST_F(PreferencesDamageTest, WithoutAGoodBackupTheDamageSaysSoOnce)
         EXPECT_FALSE(next->damage());
     }
     EXPECT_EQ(asides().size(), 2);
+}
+
+TEST_F(PreferencesDamageTest, WhatAnotherProcessMendsMeanwhileIsReadAndNotReplaced)
+{
+    saveTwice();
+    const QByteArray good = contentOf(file());
+    put(file(), "damaged");
+    InterveningLayer layer;
+    // The first two are of the lock under which strays are removed.
+    layer.before("flock", 2, [&] { put(file(), good); });
+    const auto first = preferences(&layer);
+    ASSERT_TRUE(first->read());
+    EXPECT_FALSE(first->damage());
+    EXPECT_EQ(first->copyAppValue(one), QVariant(2LL));
+    EXPECT_EQ(contentOf(file()), good);
+    EXPECT_TRUE(asides().isEmpty());
 }
 
 TEST_F(PreferencesDamageTest, DamageBeforeASaveIsToldOnceItIsSaved)

@@ -178,13 +178,62 @@ TEST_F(PreferencesUnreadTest, OnlyWhereNothingIsThereIsNoDomainYet)
     EXPECT_TRUE(isUnreadIn(QStringLiteral("dangling/below")));
     put(in(QStringLiteral("file")), {});
     EXPECT_TRUE(isUnreadIn(QStringLiteral("file")));
-    // The domain's own link may be there before the file that it is for, and its folder not.
     const QByteArray link = QFile::encodeName(in(QStringLiteral("empty/org.example.Test.plist")));
-    ASSERT_EQ(::symlink("../config/target", link.constData()), 0);
-    EXPECT_FALSE(isUnreadIn(QStringLiteral("empty")));
-    ASSERT_EQ(::unlink(link.constData()), 0);
-    ASSERT_EQ(::symlink("../gone/target", link.constData()), 0);
-    EXPECT_TRUE(isUnreadIn(QStringLiteral("empty")));
+    for (const char *target : {"../config/target", "../gone/target"}) {
+        ASSERT_EQ(::symlink(target, link.constData()), 0);
+        EXPECT_TRUE(isUnreadIn(QStringLiteral("empty"))) << target;
+        ASSERT_EQ(::unlink(link.constData()), 0);
+    }
+}
+
+TEST_F(PreferencesUnreadTest, NothingIsSavedBelowAMountPointThatTheDomainsLinkLeadsTo)
+{
+    const QString disk = in(QStringLiteral("disk"));
+    const QString mountPoint = in(QStringLiteral("mounted"));
+    ASSERT_TRUE(QDir().mkdir(disk));
+    ASSERT_TRUE(QFile::rename(file(), disk + QStringLiteral("/target.plist")));
+    ASSERT_TRUE(QFile::link(mountPoint + QStringLiteral("/target.plist"), file()));
+    ASSERT_TRUE(QDir().rename(disk, mountPoint));
+    const auto known = preferences();
+    ASSERT_TRUE(known->read());
+
+    ASSERT_TRUE(QDir().rename(mountPoint, disk));
+    ASSERT_TRUE(QDir().mkdir(mountPoint));
+    const auto unknown = preferences();
+    const Result<> read = unknown->read();
+    EXPECT_TRUE(read.error.endsWith(u"/mounted/target.plist, which is not there")) << qPrintable(read.error);
+    EXPECT_TRUE(unknown->isUnread());
+    for (Preferences *each : {known.get(), unknown.get()}) {
+        each->setAppValue(two, 2LL);
+        EXPECT_FALSE(each->appSynchronize());
+    }
+    EXPECT_EQ(namesIn(mountPoint), QStringList());
+    // Nor is a backup that was left there put in its place.
+    put(mountPoint + QStringLiteral("/target.plist.backup"), before_);
+    EXPECT_FALSE(unknown->read());
+    EXPECT_EQ(namesIn(mountPoint).size(), 1);
+
+    ASSERT_TRUE(QDir(mountPoint).removeRecursively());
+    ASSERT_TRUE(QDir().rename(disk, mountPoint));
+    ASSERT_TRUE(known->appSynchronize());
+    EXPECT_EQ(onDisk(), (QVariantMap{{one, 1LL}, {two, 2LL}}));
+    EXPECT_TRUE(unknown->read());
+}
+
+TEST_F(PreferencesUnreadTest, ADamagedFileThatALinkLeadsToStaysUntilASaveReplacesIt)
+{
+    put(in(QStringLiteral("target.plist")), "damaged");
+    ASSERT_TRUE(QFile::remove(file()));
+    ASSERT_TRUE(QFile::link(in(QStringLiteral("target.plist")), file()));
+    const auto first = preferences();
+    ASSERT_TRUE(first->read());
+    ASSERT_TRUE(first->damage());
+    EXPECT_EQ(first->damage()->kept.size(), 1);
+    first->setAppValue(one, 2LL);
+    const Result<> saved = first->appSynchronize();
+    EXPECT_TRUE(saved) << qPrintable(saved.error);
+    EXPECT_EQ(onDisk(), (QVariantMap{{one, 2LL}}));
+    EXPECT_TRUE(QFileInfo(file()).isSymLink());
 }
 
 TEST_F(PreferencesUnreadTest, AReadThatFailsLaterTakesNothingAway)
