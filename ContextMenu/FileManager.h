@@ -29,6 +29,9 @@ public:
     /// Whether the user has it: its program, or what it keeps of the user.
     bool isPresent() const;
 
+    /// Whether something of what \a manifest notes for it is really there.
+    virtual bool hasEntries(const Manifest &manifest) const = 0;
+
     /// Makes its entries show \a menu. What is as it should be is not written again; what its user has
     /// changed stays as it is, with a line in the log. \a manifest is saved as needed.
     virtual Result<> write(const PresetMenu &menu, Manifest &manifest) const = 0;

@@ -8,6 +8,7 @@
 #include <QFileInfo>
 #include <QLoggingCategory>
 
+#include <algorithm>
 #include <optional>
 #include <sys/stat.h>
 
@@ -55,6 +56,13 @@ void keep(Result<> &kept, Result<> result)
 }
 
 } // namespace
+
+bool FileManagerWithFiles::hasEntries(const Manifest &manifest) const
+{
+    const QStringList paths = manifest.entries(program()).files.keys();
+    return std::any_of(paths.begin(), paths.end(),
+                       [](const QString &path) { return QFileInfo::exists(path); });
+}
 
 Result<> FileManagerWithFiles::write(const PresetMenu &menu, Manifest &manifest) const
 {

@@ -16,6 +16,7 @@ public:
         bool isExecutable = false;
     };
 
+    bool hasEntries(const Manifest &manifest) const final;
     Result<> write(const PresetMenu &menu, Manifest &manifest) const final;
     Result<> remove(Manifest &manifest) const final;
 

@@ -106,8 +106,7 @@ Result<QString> Registration::list()
     QString lines;
     const Result<> read = withManifest([&lines](Manifest &manifest) {
         for (const std::unique_ptr<FileManager> &manager : FileManager::all()) {
-            const Manifest::Entries entries = manifest.entries(manager->program());
-            const bool hasEntries = !entries.files.isEmpty() || !entries.sharedFiles.isEmpty();
+            const bool hasEntries = manager->hasEntries(manifest);
             if (hasEntries || manager->isPresent())
                 lines += manager->name() + QLatin1StringView(hasEntries ? "\tyes\n" : "\tno\n");
         }

@@ -141,6 +141,18 @@ QByteArrayList ThunarMenu::actions(const PresetMenu &menu, bool withSubmenu)
     return actions;
 }
 
+bool ThunarMenu::hasEntries(const Manifest &manifest) const
+{
+    const QStringList paths = manifest.entries(program()).sharedFiles.keys();
+    return std::any_of(paths.begin(), paths.end(), [](const QString &path) {
+        const Result<QByteArray> bytes = BoundedFile::read(path, largestFile);
+        QString error;
+        const std::optional<QByteArray> others =
+            bytes ? ThunarActions::withActions(*bytes, {}, &error) : std::nullopt;
+        return others && *others != *bytes;
+    });
+}
+
 Result<> ThunarMenu::write(const PresetMenu &menu, Manifest &manifest) const
 {
     const QString path = actionsFile();

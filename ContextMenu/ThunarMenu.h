@@ -13,6 +13,7 @@ class ThunarMenu final : public FileManager
 public:
     QString name() const override;
     QString program() const override;
+    bool hasEntries(const Manifest &manifest) const override;
     Result<> write(const PresetMenu &menu, Manifest &manifest) const override;
     Result<> remove(Manifest &manifest) const override;
 

@@ -290,12 +290,32 @@ TEST_F(RegistrationTest, OneFailureKeepsNoneOfTheOthers)
     EXPECT_EQ(contentOf(config(QStringLiteral("Thunar/uca.xml"))), damaged);
     EXPECT_EQ(nautilusScripts().size(), 3);
     EXPECT_TRUE(QFile::exists(config(QStringLiteral("caja/scripts/Quenby/a"))));
+    EXPECT_EQ(
+        Registration::list().value,
+        QStringLiteral("Dolphin\tno\nNautilus\tyes\nNemo\tyes\nThunar\tno\nPCManFM-Qt\tyes\nCaja\tyes\n"));
 
     ASSERT_TRUE(QFile::remove(data(QStringLiteral("kio"))));
     ASSERT_TRUE(QFile::remove(config(QStringLiteral("Thunar/uca.xml"))));
     EXPECT_TRUE(Registration::refresh(helper()));
     EXPECT_TRUE(QFile::exists(serviceMenu()));
     EXPECT_TRUE(Registration::unregister());
+}
+
+TEST_F(RegistrationTest, EntriesThatTheirUserHasTakenOutAreListedNoMore)
+{
+    storeAB();
+    makeFolder(data(QStringLiteral("dolphin")));
+    makeFolder(config(QStringLiteral("Thunar")));
+    const QString actions = config(QStringLiteral("Thunar/uca.xml"));
+    ASSERT_TRUE(Registration::registerWith(helper()));
+    EXPECT_EQ(Registration::list().value, QStringLiteral("Dolphin\tyes\nThunar\tyes\n"));
+    ASSERT_TRUE(QFile::remove(serviceMenu()));
+    put(actions, "<actions>\n<action><name>quenby-like</name></action>\n</actions>\n");
+    EXPECT_EQ(Registration::list().value, QStringLiteral("Dolphin\tno\nThunar\tno\n"));
+    ASSERT_TRUE(QFile::remove(actions));
+    EXPECT_EQ(Registration::list().value, QStringLiteral("Dolphin\tno\nThunar\tno\n"));
+    ASSERT_TRUE(Registration::registerWith(helper()));
+    EXPECT_EQ(Registration::list().value, QStringLiteral("Dolphin\tyes\nThunar\tyes\n"));
 }
 
 TEST_F(RegistrationTest, AManifestThatCannotBeReadCountsAsNone)
