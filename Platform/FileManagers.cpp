@@ -22,15 +22,16 @@ Q_LOGGING_CATEGORY(lcFileManagers, "quenby.platform.filemanagers")
 /// In bytes; some lines are expected.
 constexpr qsizetype longestAnswer = 64 * 1024;
 
-/// The last line of \a errors, which sums up, without the name of who says it.
+/// The last line of \a errors, which sums up unless a signal came first, without the name of who says it.
 QString reasonOf(const QByteArray &errors, int status)
 {
+    if (WIFSIGNALED(status))
+        return QStringLiteral("it did not end in time, or was ended");
     const QString line = QString::fromUtf8(errors.trimmed().split('\n').constLast());
     const qsizetype afterName = line.indexOf(u": ") + 2;
     if (!line.isEmpty())
         return afterName < 2 ? line : line.mid(afterName);
-    return WIFSIGNALED(status) ? QStringLiteral("it did not end in time, or was ended")
-                               : QStringLiteral("it ended with the status %1").arg(WEXITSTATUS(status));
+    return QStringLiteral("it ended with the status %1").arg(WEXITSTATUS(status));
 }
 
 } // namespace

@@ -101,7 +101,7 @@ TEST_F(FileManagersTest, WhatThePluginSaysIsPassedOn)
               "echo a line; echo 'a line of the log' >&2; echo 'QNBContextMenu: no: really' >&2; exit 1",
               "no: really"),
           std::pair("exit 3", "it ended with the status 3"),
-          std::pair("kill -9 $$", "it did not end in time, or was ended")}) {
+          std::pair("echo 'a line of the log' >&2; kill -9 $$", "it did not end in time, or was ended")}) {
         makePlugin(commands);
         ask();
         EXPECT_EQ(takeAnswer().error, QString::fromLatin1(reason));
@@ -110,7 +110,7 @@ TEST_F(FileManagersTest, WhatThePluginSaysIsPassedOn)
 
 TEST_F(FileManagersTest, APluginThatTakesTooLongIsEnded)
 {
-    makePlugin("trap '' TERM\nwhile :; do sleep 0.01; done");
+    makePlugin("trap '' TERM\necho 'a line of the log' >&2\nwhile :; do sleep 0.01; done");
     ask(std::chrono::milliseconds(300));
     EXPECT_EQ(takeAnswer().error, QStringLiteral("it did not end in time, or was ended"));
     EXPECT_TRUE(waitUntil(hasNoChild));
