@@ -19,6 +19,8 @@ const QString installButtonName = QStringLiteral("_installMenusButton");
 const QString removeButtonName = QStringLiteral("_removeMenusButton");
 /// In the plug-in's list, after the name of a file manager.
 const QString hasEntries = QStringLiteral("yes");
+/// Of those in the list, they read their entries only when they start.
+const QStringList needRestart = {QStringLiteral("Thunar"), QStringLiteral("PCManFM-Qt")};
 
 QString inLine(const QStringList &names)
 {
@@ -43,8 +45,10 @@ CMMInstaller QNBFileManagersRow::installer()
 {
     CMMInstaller::Services services = services_();
     services.registered = [row = QPointer(this)](const Result<QString> &answer) {
-        if (row)
-            row->end(answer.error);
+        if (!row)
+            return;
+        row->wasInstalled_ = true;
+        row->end(answer.error);
     };
     return CMMInstaller(std::move(services));
 }
@@ -52,6 +56,7 @@ CMMInstaller QNBFileManagersRow::installer()
 void QNBFileManagersRow::begin(const QString &sentence)
 {
     isBusy_ = true;
+    wasInstalled_ = false;
     takeBackHint();
     show({sentence}, false, false);
 }
@@ -60,6 +65,7 @@ void QNBFileManagersRow::end(const QString &problem)
 {
     isBusy_ = false;
     problem_ = problem;
+    without_.clear();
     update();
 }
 
@@ -87,10 +93,12 @@ void QNBFileManagersRow::updateAndTell()
 void QNBFileManagersRow::showAnswer(const Result<QString> &answer)
 {
     QStringList with;
-    without_.clear();
+    const bool wasMissing = !std::exchange(without_, {}).isEmpty();
     const QStringList lines = answer ? answer->split(u'\n', Qt::SkipEmptyParts) : QStringList();
     for (const QString &line : lines)
         (line.section(u'\t', 1) == hasEntries ? with : without_).append(line.section(u'\t', 0, 0));
+    if (answer && wasMissing && without_.isEmpty())
+        problem_.clear();
 
     QStringList sentences;
     if (!with.isEmpty())
@@ -102,6 +110,10 @@ void QNBFileManagersRow::showAnswer(const Result<QString> &answer)
             without_.isEmpty()
                 ? QStringList(tr("No file manager was found that takes entries for its menus."))
                 : QStringList(tr("The presets are not in the menus of %1 yet.").arg(inLine(without_)));
+    QStringList late = needRestart;
+    late.removeIf([&with](const QString &name) { return !with.contains(name); });
+    if (wasInstalled_ && !late.isEmpty())
+        sentences.append(tr("In %1 they show up once the file manager is started again.").arg(inLine(late)));
     const QString problem = answer ? problem_ : answer.error;
     if (!problem.isEmpty())
         sentences.append(tr("Not everything went well: %1").arg(lineText(problem)));
@@ -109,7 +121,8 @@ void QNBFileManagersRow::showAnswer(const Result<QString> &answer)
     const bool isOld = ours.isInstalled() && !ours.isCurrent();
     if (isOld)
         sentences.append(tr("What is installed comes from another version of Quenby."));
-    show(sentences, isOld || !without_.isEmpty() || (!with.isEmpty() && !problem.isEmpty()),
+    // To install is also what repairs a list that cannot be read.
+    show(sentences, !answer || isOld || !without_.isEmpty() || (!with.isEmpty() && !problem.isEmpty()),
          !with.isEmpty() || ours.isInstalled());
     if (std::exchange(isToTell_, false) && with.isEmpty() && !without_.isEmpty())
         tellOnce(ours);

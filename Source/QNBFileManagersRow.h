@@ -56,9 +56,11 @@ private:
     QLabel *state_;
     QPushButton *installButton_;
     QPushButton *removeButton_;
-    /// Of what was done last; empty if all went well.
+    /// Of what was done last; empty if all went well, or what was missing after it is there by now.
     QString problem_;
     QStringList without_;
+    /// What was done last was to install.
+    bool wasInstalled_ = false;
     bool isToTell_ = false;
     bool isBusy_ = false;
 };

@@ -112,7 +112,8 @@ TEST_F(QNBFileManagersRowTest, InstallInstallsAndRemoveTakesItBack)
     installButton().click();
     EXPECT_THAT(pluginCommands, ElementsAre(QStringLiteral("register"), listCommand));
     EXPECT_TRUE(QFile::exists(installed()));
-    EXPECT_EQ(state(), u"The presets are in the menus of Dolphin, Thunar.");
+    EXPECT_EQ(state(), u"The presets are in the menus of Dolphin, Thunar.\n"
+                       "In Thunar they show up once the file manager is started again.");
     EXPECT_TRUE(removeButton().isEnabled());
 
     pluginAnswers.insert(listCommand, bothWithout);
@@ -134,7 +135,8 @@ TEST_F(QNBFileManagersRowTest, APluginOfAnotherVersionCanBeInstalledAnew)
                        "What is installed comes from another version of Quenby.");
     ASSERT_TRUE(installButton().isEnabled());
     installButton().click();
-    EXPECT_EQ(state(), u"The presets are in the menus of Dolphin, Thunar.");
+    EXPECT_EQ(state(), u"The presets are in the menus of Dolphin, Thunar.\n"
+                       "In Thunar they show up once the file manager is started again.");
     EXPECT_FALSE(installButton().isEnabled());
 }
 
@@ -155,6 +157,27 @@ TEST_F(QNBFileManagersRowTest, WhatThePluginComplainsOfIsShown)
     pluginAnswers.insert(listCommand, Result<QString>::failure(QStringLiteral("nobody knows")));
     loseKeyboardAndRegainIt();
     EXPECT_EQ(state(), u"Not everything went well: nobody knows");
+    EXPECT_TRUE(installButton().isEnabled()) << "it writes anew what could not be read";
+}
+
+TEST_F(QNBFileManagersRowTest, AComplaintEndsWhenNothingIsMissingAnyMore)
+{
+    ASSERT_TRUE(QDir().mkpath(path(QStringLiteral("Library"))));
+    openTab(oneWith);
+    pluginAnswers.insert(QStringLiteral("register"), Result<QString>::failure(QStringLiteral("no")));
+    installButton().click();
+    EXPECT_TRUE(state().endsWith(u"Not everything went well: no"));
+    pluginAnswers.insert(listCommand, bothWith);
+    loseKeyboardAndRegainIt();
+    EXPECT_FALSE(state().contains(u"Not everything")) << qPrintable(state());
+    EXPECT_FALSE(installButton().isEnabled());
+
+    // What was not removed is complained of although nothing is missing.
+    pluginAnswers.insert(QStringLiteral("unregister"), Result<QString>::failure(QStringLiteral("never")));
+    removeButton().click();
+    EXPECT_TRUE(state().endsWith(u"Not everything went well: never"));
+    loseKeyboardAndRegainIt();
+    EXPECT_TRUE(state().endsWith(u"Not everything went well: never"));
 }
 
 TEST_F(QNBFileManagersRowTest, WhatCannotBeInstalledIsToldByTheInstaller)
