@@ -114,6 +114,12 @@ void TableView::setPlaceholderText(const QString &text)
 
 void TableView::keyPressEvent(QKeyEvent *event)
 {
+    // An editor leaves these keys over, which move a row where nothing is typed: here they would end the
+    // edit.
+    if (isEditing() && event->modifiers().testFlag(Qt::AltModifier)) {
+        event->ignore();
+        return;
+    }
     const QModelIndex first = SelectionStart::rowForKey(*this, *event);
     if (first.isValid() && controller_)
         controller_->setSelectionIndex(first.row());

@@ -27,6 +27,23 @@ protected:
         outline().setFocus();
     }
 
+    /// Two presets, the first of which is selected, and its first item; their labels.
+    QStringList openTwo()
+    {
+        const QStringList names{QStringLiteral("file"), QStringLiteral("folder/")};
+        store({preset(QStringLiteral("A"), names), preset(QStringLiteral("B"), names)});
+        openPane();
+        outline().selectRow(0);
+        return labels();
+    }
+    QStringList labels() const
+    {
+        QStringList labels;
+        for (int row = 0; row < list().model()->rowCount(); ++row)
+            labels.append(list().model()->index(row, 1).data().toString());
+        return labels;
+    }
+
     QNBHierarchyItem &item(int row) const
     {
         return *static_cast<QNBHierarchyItem *>(outline().itemAtRow(row).get());
@@ -141,29 +158,31 @@ TEST_F(QNBPrefPanePrefAttributeActions, ShortcutsNeedASelectedItem)
 
 TEST_F(QNBPrefPanePrefAttributeActions, ShortcutsRestWhileANameIsEdited)
 {
-    open();
-    outline().selectRow(0);
+    const QStringList asStored = openTwo();
     list().setFocus();
     press(Qt::Key_F2);
     ASSERT_TRUE(list().isEditing());
     press(Qt::Key_1, Qt::ControlModifier);
     press(Qt::Key_I, Qt::ControlModifier);
+    press(Qt::Key_Down, Qt::AltModifier);
     EXPECT_EQ(item(0).colorName(), u"");
     EXPECT_FALSE(menu().isVisible());
     EXPECT_TRUE(list().isEditing());
+    EXPECT_EQ(item(0).filename(), u"file");
+    EXPECT_EQ(labels(), asStored);
 }
 
 TEST_F(QNBPrefPanePrefAttributeActions, ShortcutsRestWhileTheDescriptionIsTyped)
 {
-    open();
-    outline().selectRow(0);
+    const QStringList asStored = openTwo();
     outlet<QPlainTextEdit>(QStringLiteral("_ui_presetDescription"))->setFocus();
     press(Qt::Key_1, Qt::ControlModifier);
     press(Qt::Key_I, Qt::ControlModifier);
     press(Qt::Key_Down, Qt::AltModifier);
     EXPECT_EQ(item(0).colorName(), u"");
     EXPECT_FALSE(menu().isVisible());
-    EXPECT_EQ(list().selectedRow(), 0);
+    EXPECT_EQ(item(0).filename(), u"file");
+    EXPECT_EQ(labels(), asStored);
 }
 
 TEST_F(QNBPrefPanePrefAttributeActions, TheLabelMenuNamesColorsShortcutsAndTheCurrentOne)
