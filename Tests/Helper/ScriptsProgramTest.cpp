@@ -262,6 +262,19 @@ TEST_F(ScriptsProgramTest, WhatTheScriptChangedCanBeUndone)
     EXPECT_THAT(tree(), IsEmpty());
 }
 
+TEST_F(ScriptsProgramTest, WhatTheScriptChangedAndCannotBeRememberedIsTold)
+{
+    // Something else is where the creation is remembered.
+    const QByteArray state = QFile::encodeName(home_.stateFolder()) + "/Quenby";
+    putScript(text("mine.sh"),
+              "#!/bin/sh\nrm -r '" + state + "'\necho >'" + state + "'\necho by the script > made\n");
+    storePreset(text("mine.sh"));
+    const Ended created = createPreset({text("--allow-script")});
+    EXPECT_EQ(created.code, 0);
+    EXPECT_THAT(created.errors.toStdString(),
+                HasSubstr("What the script has changed cannot be undone later"));
+}
+
 TEST_F(ScriptsProgramTest, WhatWasChangedAfterTheScriptCannotBeUndone)
 {
     putScript(text("mine.sh"), "#!/bin/sh\necho by the script > made\n");
