@@ -19,8 +19,8 @@ class QDBusMessage;
 QT_END_NAMESPACE
 
 /// The session bus, for everybody in the process who uses it: one connection, made when it is first needed
-/// and used on a thread of its own. No function but flush() and the destructor waits for the bus, whatever it
-/// does.
+/// and used on a thread of its own. No function but flush(), close() and the destructor waits for the bus,
+/// whatever it does.
 ///
 /// A bus that is absent or silent is looked for again, with growing pauses, as long as somebody listens or
 /// something is to be sent. The log has one line for each time that it was missed.

@@ -70,7 +70,7 @@ void HelperObject::ShowMenu(const QStringList &folders)
 void HelperObject::refuseAsTooMuch()
 {
     sendErrorReply(QDBusError::LimitsExceeded,
-                   tr("Nothing of it was begun: more than %1 folders would be waiting")
+                   tr("Nothing of it was begun: no more than %1 folders may wait at a time")
                        .arg(CreationWorker::mostWaiting));
 }
 
