@@ -160,6 +160,17 @@ TEST_F(QNBFileManagersRowTest, WhatThePluginComplainsOfIsShown)
     EXPECT_TRUE(installButton().isEnabled()) << "it writes anew what could not be read";
 }
 
+TEST_F(QNBFileManagersRowTest, AComplaintIsShownAlthoughNothingIsMissingAfterIt)
+{
+    ASSERT_TRUE(QDir().mkpath(path(QStringLiteral("Library"))));
+    openTab(bothWithout);
+    pluginAnswers.insert(QStringLiteral("register"), Result<QString>::failure(QStringLiteral("no")));
+    pluginAnswers.insert(listCommand, bothWith);
+    installButton().click();
+    EXPECT_TRUE(state().endsWith(u"Not everything went well: no")) << qPrintable(state());
+    EXPECT_TRUE(installButton().isEnabled());
+}
+
 TEST_F(QNBFileManagersRowTest, AComplaintEndsWhenNothingIsMissingAnyMore)
 {
     ASSERT_TRUE(QDir().mkpath(path(QStringLiteral("Library"))));
