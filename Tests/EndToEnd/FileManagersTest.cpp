@@ -11,7 +11,8 @@ namespace {
 const QString toldKey = QStringLiteral("QNBAlreadyAskedToInstallCMM");
 const QString hint = QStringLiteral("The presets can be put into the menus of Thunar.");
 const QString without = QStringLiteral("The presets are not in the menus of Thunar yet.");
-const QString with = QStringLiteral("The presets are in the menus of Thunar.");
+const QString with = QStringLiteral("The presets are in the menus of Thunar.\n"
+                                    "In Thunar they show up once the file manager is started again.");
 
 /// The pane with a plug-in for the file managers inside.
 class FileManagersTest : public EditorFixture
