@@ -3,46 +3,14 @@
 
 #include "Platform/BoundedFile.h"
 
+#include "Platform/FileDescriptor.h"
+
 #include <QFile>
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
-
-namespace {
-
-class Descriptor
-{
-public:
-    explicit Descriptor(int number)
-        : number_(number)
-    {
-    }
-    ~Descriptor()
-    {
-        if (number_ >= 0)
-            ::close(number_);
-    }
-    Descriptor(const Descriptor &) = delete;
-    Descriptor &operator=(const Descriptor &) = delete;
-    int number() const { return number_; }
-
-private:
-    int number_;
-};
-
-template <typename Call>
-auto withoutInterruption(Call call)
-{
-    auto result = call();
-    while (result == -1 && errno == EINTR)
-        result = call();
-    return result;
-}
-
-} // namespace
 
 Result<QByteArray> BoundedFile::read(const QString &path, qint64 limit)
 {
@@ -57,10 +25,10 @@ Result<QByteArray> BoundedFile::read(const QByteArray &path, qint64 limit)
     const auto failErrno = [&fail] { return fail(QString::fromLocal8Bit(std::strerror(errno))); };
 
     // Without O_NONBLOCK, opening a fifo waits for a writer. It changes nothing for a regular file.
-    const Descriptor file(withoutInterruption(
-        [&path] { return ::open(path.constData(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC); }));
+    FileLayer &layer = FileLayer::real();
+    const FileDescriptor file(layer, layer.open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY));
     struct stat status;
-    if (file.number() == -1 || ::fstat(file.number(), &status) == -1)
+    if (!file.isOpen() || layer.fstat(file.get(), &status) == -1)
         return failErrno();
     if (!S_ISREG(status.st_mode))
         return fail(QStringLiteral("not a regular file"));
@@ -73,8 +41,7 @@ Result<QByteArray> BoundedFile::read(const QByteArray &path, qint64 limit)
     QByteArray bytes(qsizetype(status.st_size) + 1, Qt::Uninitialized);
     qsizetype size = 0;
     while (true) {
-        const ssize_t got = withoutInterruption(
-            [&] { return ::read(file.number(), bytes.data() + size, std::size_t(bytes.size() - size)); });
+        const ssize_t got = layer.read(file.get(), bytes.data() + size, std::size_t(bytes.size() - size));
         if (got == -1)
             return failErrno();
         if (got == 0)

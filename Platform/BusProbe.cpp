@@ -3,6 +3,8 @@
 
 #include "Platform/BusProbe.h"
 
+#include "Platform/FileDescriptor.h"
+
 #include <QByteArray>
 #include <QDBusConnection>
 #include <QDeadlineTimer>
@@ -29,26 +31,6 @@ Q_LOGGING_CATEGORY(lcBus, "quenby.platform.bus", QtInfoMsg)
 /// What Qt calls its own connection to the session bus. Whoever asks it for that connection gets the one of
 /// this name, if there is one.
 const QString libraryConnection = QStringLiteral("qt_default_session_bus");
-
-class Descriptor
-{
-public:
-    explicit Descriptor(int fd)
-        : fd_(fd)
-    {
-    }
-    ~Descriptor()
-    {
-        if (fd_ >= 0)
-            ::close(fd_);
-    }
-    Descriptor(const Descriptor &) = delete;
-    Descriptor &operator=(const Descriptor &) = delete;
-    int get() const { return fd_; }
-
-private:
-    int fd_;
-};
 
 struct SocketAddress
 {
@@ -178,8 +160,9 @@ QByteArray helloMessage()
 BusProbe::Answer askSocket(const SocketAddress &address, const QDeadlineTimer &deadline)
 {
     using BusProbe::Answer;
-    const Descriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
-    if (socket.get() < 0)
+    const FileDescriptor socket(FileLayer::real(),
+                                ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    if (!socket.isOpen())
         return Answer::Nobody;
     if (::connect(socket.get(), reinterpret_cast<const sockaddr *>(&address.storage), address.length) != 0) {
         // A full queue of connections means that somebody is there and does not take them.
