@@ -10,7 +10,7 @@ namespace {
 
 const QByteArray createOption = QByteArrayLiteral("--create");
 const QByteArray positionOption = QByteArrayLiteral("--position");
-const QByteArray menuOption = QByteArrayLiteral("--menu");
+const QByteArray launcherOption = QByteArrayLiteral("--launcher");
 const QByteArray notifyOption = QByteArrayLiteral("--notify");
 
 /// The kernel takes 128 KiB as one argument; quoting may make four bytes of one, and some file managers hand
@@ -49,7 +49,7 @@ PresetMenu PresetMenu::of(const QList<QNBPresetRecordPtr> &presets, const QByteA
 {
     PresetMenu menu;
     menu.helper = helper;
-    const QByteArrayList more = {menuOption, notifyOption};
+    const QByteArrayList more = {launcherOption, notifyOption};
     QHash<QString, int> positions;
     for (const QNBPresetRecordPtr &preset : presets) {
         const QString label = preset->label();

@@ -11,7 +11,7 @@
 #include <QString>
 
 /// What every file manager shows, in whatever form it wants it: a submenu of the presets by name, each of
-/// which calls the helper, and an entry behind them that has the helper show the presets of now.
+/// which calls the helper, and an entry behind them that opens the launcher for the folder.
 ///
 /// A file manager may show an old menu for days. So each entry calls the helper with what it shows: the
 /// label, and which of the presets that have it is meant. What is no longer there is then refused, and

@@ -6,9 +6,9 @@
 #include "Helper/CommandLineJson.h"
 #include "Helper/FolderPath.h"
 #include "Helper/HelperService.h"
-#include "Helper/MenuRequest.h"
 #include "Helper/Notifications.h"
 #include "Helper/Presets.h"
+#include "Platform/ActivationToken.h"
 #include "Platform/HomeOwner.h"
 #include "Platform/LineText.h"
 #include "Platform/SessionBus.h"
@@ -107,8 +107,8 @@ ExitCode CommandLine::perform(const CommandLineOptions &options)
     }
     if (options.command == Command::Undo)
         return undo(options);
-    if (options.command == Command::Menu)
-        return menu(options);
+    if (options.command == Command::Launcher)
+        return launcher(options);
     return options.command == Command::List ? list(options) : create(options);
 }
 
@@ -158,7 +158,7 @@ ExitCode CommandLine::create(const CommandLineOptions &options)
         return code;
     if (code == ExitCode::NoSuchPreset) {
         // Who chose it has an old list in view.
-        if (const Result<> shown = showMenu(folders); !shown)
+        if (const Result<> shown = showLauncher(folders); !shown)
             tell(shown.error);
     }
     const bool isCreated = code == ExitCode::Done || code == ExitCode::Script;
@@ -167,9 +167,9 @@ ExitCode CommandLine::create(const CommandLineOptions &options)
     return code;
 }
 
-ExitCode CommandLine::menu(const CommandLineOptions &options)
+ExitCode CommandLine::launcher(const CommandLineOptions &options)
 {
-    const Result<> shown = showMenu(shortened(options.folders));
+    const Result<> shown = showLauncher(shortened(options.folders));
     if (shown)
         return ExitCode::Done;
     tell(shown.error);
@@ -178,9 +178,24 @@ ExitCode CommandLine::menu(const CommandLineOptions &options)
     return ExitCode::Failed;
 }
 
-Result<> CommandLine::showMenu(const QStringList &folders)
+Result<> CommandLine::showLauncher(const QStringList &folders)
 {
-    return MenuRequest::send(*bus(), folders);
+    using HelperService::Answer;
+    QString error;
+    switch (HelperService::showLauncher(*bus(), folders, ActivationToken::ofThisProcess(), &error)) {
+    case Answer::Taken:
+        return {};
+    case Answer::NoBus:
+    case Answer::NotRunning:
+        if (qEnvironmentVariableIsEmpty("DISPLAY") && qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY"))
+            return Result<>::failure(tr("There is no display on which the presets could be shown."));
+        launcherFolders_ = folders;
+        return {};
+    case Answer::NotUnderstood:
+    case Answer::Failed:
+        break;
+    }
+    return Result<>::failure(error);
 }
 
 ExitCode CommandLine::createHere(const CommandLineOptions &options, const QStringList &folders)

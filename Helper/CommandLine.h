@@ -43,6 +43,9 @@ public:
 
     /// Does what \a arguments (the first one is the program) ask for.
     ExitCode run(const QStringList &arguments);
+    /// After run(): for which folders, if any, the launcher is still to be shown. The caller does that: this
+    /// has no window.
+    const std::optional<QStringList> &launcherFolders() const { return launcherFolders_; }
 
 private:
     ExitCode perform(const CommandLineOptions &options);
@@ -51,8 +54,9 @@ private:
     ExitCode list(const CommandLineOptions &options);
     ExitCode create(const CommandLineOptions &options);
     ExitCode createHere(const CommandLineOptions &options, const QStringList &folders);
-    ExitCode menu(const CommandLineOptions &options);
-    Result<> showMenu(const QStringList &folders);
+    ExitCode launcher(const CommandLineOptions &options);
+    /// By the running helper, or leaves it to the caller of run().
+    Result<> showLauncher(const QStringList &folders);
     ExitCode createIn(const CommandLineOptions &options, const QList<CreationRequest> &requests);
     ExitCode dryRun(const CommandLineOptions &options, const QList<CreationRequest> &requests);
     void printCreations(const CommandLineOptions &options, const QList<CreationRequest> &requests,
@@ -76,4 +80,5 @@ private:
     Console console_;
     std::shared_ptr<SessionBus> bus_;
     QStringList told_;
+    std::optional<QStringList> launcherFolders_;
 };

@@ -30,8 +30,12 @@ struct Parser
                                 tr("Which of the presets with this label is meant, the first one being 1. "
                                    "\"#\" begins no number then."),
                                 tr("number")};
-    QCommandLineOption menu{QStringLiteral("menu"),
-                            tr("Has the running helper show the presets in a menu, to create one.")};
+    QCommandLineOption launcher{
+        QStringLiteral("launcher"),
+        tr("Opens a window in which a preset is chosen and created: the running helper's, if there is one.")};
+    QCommandLineOption menu{
+        QStringLiteral("menu"),
+        tr("The same, for folders; as file managers' entries of earlier versions call it.")};
     QCommandLineOption in{QStringLiteral("in"),
                           tr("The folder in which it is created; may be given several times."), tr("folder")};
     QCommandLineOption dryRun{QStringLiteral("dry-run"), tr("Prints what would be done, and does nothing.")};
@@ -60,8 +64,8 @@ struct Parser
         parser.setApplicationDescription(
             tr("Creates structures of folders and files from presets. Without arguments it runs in the "
                "background and offers the presets there."));
-        parser.addOptions({list, create, position, menu, in, dryRun, json, onConflict, noScript, allowScript,
-                           scriptTimeLimit, notify, undo, help, version});
+        parser.addOptions({list, create, position, launcher, menu, in, dryRun, json, onConflict, noScript,
+                           allowScript, scriptTimeLimit, notify, undo, help, version});
     }
 };
 
@@ -74,13 +78,13 @@ bool isFreeOfCreationOptions(const Parser &options)
            !given.isSet(options.allowScript) && !given.isSet(options.scriptTimeLimit);
 }
 
-/// What creations and menus have in common. What is wrong with it; empty if nothing is.
+/// What creations and the launcher have in common. What is wrong with it; empty if nothing is.
 QString readFolders(const Parser &options, CommandLineOptions &result)
 {
     const QCommandLineParser &given = options.parser;
     result.folders = given.values(options.in);
     result.notify = given.isSet(options.notify);
-    if (result.folders.isEmpty())
+    if (result.folders.isEmpty() && !given.isSet(options.launcher))
         return tr("Say by --in in which folder to create it.");
     return result.folders.contains(QString()) ? tr("A folder has an empty name.") : QString();
 }
@@ -120,12 +124,12 @@ QString readCreation(const Parser &options, CommandLineOptions &result)
     return {};
 }
 
-/// The same for a menu.
-QString readMenu(const Parser &options, CommandLineOptions &result)
+/// The same for the launcher.
+QString readLauncher(const Parser &options, CommandLineOptions &result)
 {
     return isFreeOfCreationOptions(options) && !result.isJson
                ? readFolders(options, result)
-               : tr("Of the other options only --in and --notify go with --menu.");
+               : tr("Of the other options only --in and --notify go with --launcher and --menu.");
 }
 
 } // namespace
@@ -147,18 +151,20 @@ std::optional<CommandLineOptions> CommandLineOptions::parse(const QStringList &a
         return result;
     }
 
+    const bool isForLauncher = given.isSet(options.launcher) || given.isSet(options.menu);
     const int commands = int(given.isSet(options.list)) + int(given.isSet(options.create)) +
-                         int(given.isSet(options.menu)) + int(given.isSet(options.undo));
+                         int(given.isSet(options.launcher)) + int(given.isSet(options.menu)) +
+                         int(given.isSet(options.undo));
     if (commands == 0)
-        *error = tr("Say what to do: --list, --create, --menu or --undo.");
+        *error = tr("Say what to do: --list, --create, --launcher or --undo.");
     else if (commands > 1)
-        *error = tr("Only one of --list, --create, --menu and --undo can be done.");
+        *error = tr("Only one of --list, --create, --launcher, --menu and --undo can be done.");
     else if (!given.positionalArguments().isEmpty())
         *error = tr("What is \"%1\" for?").arg(given.positionalArguments().constFirst());
     else if (given.isSet(options.create))
         *error = readCreation(options, result);
-    else if (given.isSet(options.menu))
-        *error = readMenu(options, result);
+    else if (isForLauncher)
+        *error = readLauncher(options, result);
     else if (!isFreeOfCreationOptions(options) || given.isSet(options.in) || given.isSet(options.notify))
         *error = tr("An option for --create is given without it.");
     else
@@ -166,7 +172,7 @@ std::optional<CommandLineOptions> CommandLineOptions::parse(const QStringList &a
     if (!error->isEmpty())
         return std::nullopt;
     result.command = given.isSet(options.create) ? Command::Create
-                     : given.isSet(options.menu) ? Command::Menu
+                     : isForLauncher             ? Command::Launcher
                      : given.isSet(options.list) ? Command::List
                                                  : Command::Undo;
     return result;

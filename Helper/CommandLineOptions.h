@@ -11,7 +11,7 @@
 /// What the command line asks for.
 struct CommandLineOptions
 {
-    enum class Command { List, Create, Menu, Undo, Help, Version };
+    enum class Command { List, Create, Launcher, Undo, Help, Version };
     Command command = Command::Help;
     /// A label, or "#" and a number of the list.
     QString preset;

@@ -74,7 +74,8 @@ HelperService::Answer HelperService::create(SessionBus &bus, const Preset &prese
     return ask(bus, createMethod, {preset.label, preset.position.value_or(0), folders}, error);
 }
 
-HelperService::Answer HelperService::showMenu(SessionBus &bus, const QStringList &folders, QString *error)
+HelperService::Answer HelperService::showLauncher(SessionBus &bus, const QStringList &folders,
+                                                  const QByteArray &activationToken, QString *error)
 {
-    return ask(bus, showMenuMethod, {folders}, error);
+    return ask(bus, showLauncherMethod, {folders, QString::fromUtf8(activationToken)}, error);
 }

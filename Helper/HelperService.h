@@ -21,8 +21,9 @@ inline const QString interfaceName = name;
 /// lines leave out the number.
 inline const QString createMethod = QStringLiteral("Create");
 
-/// The folders.
-inline const QString showMenuMethod = QStringLiteral("ShowMenu");
+/// The folders, which may be none; the desktop's leave to bring a window to the front, or an empty text, see
+/// ActivationToken.
+inline const QString showLauncherMethod = QStringLiteral("ShowLauncher");
 
 /// What an entry of a menu shows, see presetShown().
 struct Preset
@@ -32,7 +33,7 @@ struct Preset
 };
 
 enum class Answer {
-    /// It has taken the order, and will tell the user the result; or it shows the menu.
+    /// It has taken the order, and will tell the user the result; or it shows the launcher.
     Taken,
     /// Nothing happened: there is no bus on which it could be asked.
     NoBus,
@@ -46,7 +47,8 @@ enum class Answer {
 
 /// Asks the helper on \a bus; waits for its answer for a bounded time.
 Answer create(SessionBus &bus, const Preset &preset, const QStringList &folders, QString *error);
-/// The same for its menu of the presets, of which one is to be created in \a folders.
-Answer showMenu(SessionBus &bus, const QStringList &folders, QString *error);
+/// The same for the launcher, to create a preset in \a folders if there are any.
+Answer showLauncher(SessionBus &bus, const QStringList &folders, const QByteArray &activationToken,
+                    QString *error);
 
 } // namespace HelperService

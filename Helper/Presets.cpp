@@ -65,6 +65,14 @@ Result<QNBSettings> readSettings()
     return settings;
 }
 
+QStringList labelsOf(const QList<QNBPresetRecordPtr> &presets)
+{
+    QStringList labels;
+    for (const QNBPresetRecordPtr &preset : presets)
+        labels.append(preset->label());
+    return labels;
+}
+
 QNBPresetRecordPtr presetNamed(const QList<QNBPresetRecordPtr> &presets, const QString &name, QString *error)
 {
     const qlonglong number = name.mid(1).toLongLong();

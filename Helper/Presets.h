@@ -24,6 +24,9 @@ std::optional<Bundle> paneBundle(const QString &executableFolder);
 /// trees has been asked for. Fails, with a sentence for the user, while nothing is known of the settings.
 Result<QNBSettings> readSettings();
 
+/// The labels of \a presets, in their order.
+QStringList labelsOf(const QList<QNBPresetRecordPtr> &presets);
+
 /// The preset that people name \a name: the one with that label or, if none has it, the one of that number,
 /// "#1" being the first. None if there is no such preset, or more than one, with the reason for people in \a
 /// error.

@@ -26,8 +26,6 @@ Q_LOGGING_CATEGORY(lcWindow, "quenby.host.window")
 /// What a page of the host begins with at least; as small as its content allows is for the user to choose.
 constexpr QSize usualSize(480, 320);
 
-constexpr char activationTokenVariable[] = "XDG_ACTIVATION_TOKEN";
-
 } // namespace
 
 HostWindow::HostWindow(QWidget *parent)
@@ -125,18 +123,6 @@ void HostWindow::leaveWithoutDisplay()
     // The process ends with a failure in any case.
     if (session_)
         (void)session_->end();
-}
-
-void HostWindow::bringToFront(const QByteArray &activationToken)
-{
-    setWindowState(windowState() & ~Qt::WindowMinimized);
-    show();
-    raise();
-    // The only way to hand the platform plug-in a token; it takes it from there with the request.
-    if (!activationToken.isEmpty())
-        qputenv(activationTokenVariable, activationToken);
-    activateWindow();
-    qunsetenv(activationTokenVariable);
 }
 
 void HostWindow::showEvent(QShowEvent *event)

@@ -35,9 +35,6 @@ public:
     Result<> leave();
     /// Leaves the pane for good when the display may have gone: its view stays, and so does the noted place.
     void leaveWithoutDisplay();
-    /// Before the other windows, with the focus; \a activationToken is the desktop's leave to do that, or
-    /// empty.
-    void bringToFront(const QByteArray &activationToken);
 
 Q_SIGNALS:
     /// The user wants the window closed, and the pane has saved or may go without. It and the pane, which may

@@ -5,12 +5,14 @@
 #include "Host/HostWindow.h"
 #include "Host/InstanceGuard.h"
 #include "Host/PaneFinder.h"
+#include "Platform/ActivationToken.h"
 #include "Platform/BusProbe.h"
 #include "Platform/DesktopFolders.h"
 #include "Platform/ExitHandler.h"
 #include "Platform/HomeOwner.h"
 #include "Platform/LineText.h"
 #include "Platform/TerminationSignals.h"
+#include "Toolkit/WindowActivation.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -101,7 +103,7 @@ int main(int argc, char **argv)
     }
 
     // The platform plug-in takes it away.
-    const QByteArray activationToken = qgetenv("XDG_ACTIVATION_TOKEN");
+    const QByteArray activationToken = ActivationToken::ofThisProcess();
     BusProbe::keepLibraryFromWaiting(busTimeout);
     QGuiApplication::setDesktopFileName(QStringLiteral(QUENBY_IDENTIFIER));
     QApplication application(argc, argv);
@@ -156,7 +158,7 @@ int main(int argc, char **argv)
     guard.handleWith([&](const InstanceGuard::Request &request) {
         if (!request.panePath.isEmpty() && QThread::currentThread()->loopLevel() == 1)
             window.showPane(request.panePath);
-        window.bringToFront(request.activationToken);
+        WindowActivation::bringToFront(window, request.activationToken);
     });
     signals.handleWith(end);
     // Without its display the library ends the process from within the event loop.

@@ -89,9 +89,10 @@ void CreationNotices::show(const CreationOrder &order, const std::shared_ptr<Cre
         reports_.removeFirst();
     Notifications::Notice notice{title(*report), text(order, *report)};
     notice.actions = {{showFolderAction, translated("Show folder")}, {undoAction, translated("Undo")}};
-    notice.handler = [this, kept = std::weak_ptr(report), folder = order.folder](const QString &action) {
-        act(action, kept, folder);
-    };
+    if (undo_)
+        notice.handler = [this, kept = std::weak_ptr(report), folder = order.folder](const QString &action) {
+            act(action, kept, folder);
+        };
     if (report->status != Status::Created || !report->warning.isEmpty())
         notice.notShown = [this, notice] { showWindow(notice.title, notice.text); };
     notifications_.show(notice);

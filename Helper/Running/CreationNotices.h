@@ -18,12 +18,16 @@ class CreationNotices : public QObject
 public:
     using UndoHandler = std::function<void(const std::shared_ptr<CreationReport> &report)>;
 
-    /// \a undo is called when the user chooses to undo a creation in its notice.
+    /// \a undo is called when the user chooses to undo a creation in its notice. Without it notices have no
+    /// actions.
     CreationNotices(std::shared_ptr<SessionBus> bus, UndoHandler undo);
 
     void show(const CreationOrder &order, const std::shared_ptr<CreationReport> &report);
     void show(const UndoReport &report);
     void showProblem(const QString &title, const QString &text);
+
+    /// Waits until it is known of each notice whether it is shown, or for \a timeout.
+    void flush(std::chrono::milliseconds timeout) { notifications_.flush(timeout); }
 
 private:
     /// The creations that can be undone in their notices, the last ones; a desktop may show those for ever.

@@ -11,12 +11,15 @@ namespace {
 
 Q_LOGGING_CATEGORY(lcObject, "quenby.helper.bus")
 
+/// Many times what desktops give, in characters.
+constexpr qsizetype longestToken = 1024;
+
 } // namespace
 
 HelperObject::HelperObject(QDBusConnection bus, Handlers handlers)
     : bus_(std::move(bus))
     , handlers_(std::move(handlers))
-    , menuChanged_(mailbox_.bound<>([this] { showLatestMenu(); }))
+    , requestChanged_(mailbox_.bound<>([this] { openLatest(); }))
 {
     thread_.setObjectName(QStringLiteral("orders"));
     moveToThread(&thread_);
@@ -51,20 +54,26 @@ void HelperObject::Create(const QString &label, int position, const QStringList 
         refuseAsTooMuch();
 }
 
-void HelperObject::ShowMenu(const QStringList &folders)
+void HelperObject::ShowLauncher(const QStringList &folders, const QString &activationToken)
 {
     if (folders.size() > CreationWorker::mostWaiting) {
         refuseAsTooMuch();
         return;
     }
-    const Result<QStringList> labels = handlers_.labelsFor(folders);
-    if (!labels) {
-        sendErrorReply(QDBusError::InvalidArgs, labels.error);
+    const Result<Launcher::Content> content = handlers_.contentFor(folders);
+    if (!content) {
+        sendErrorReply(QDBusError::InvalidArgs, content.error);
         return;
     }
-    const QMutexLocker lock(&menuLock_);
-    if (!std::exchange(menu_, Menu{*labels, folders}))
-        menuChanged_();
+    const bool isToken = activationToken.size() <= longestToken;
+    const QMutexLocker lock(&requestLock_);
+    if (!std::exchange(request_, Request{*content, isToken ? activationToken.toUtf8() : QByteArray()}))
+        requestChanged_();
+}
+
+void HelperObject::ShowMenu(const QStringList &folders)
+{
+    ShowLauncher(folders, {});
 }
 
 void HelperObject::refuseAsTooMuch()
@@ -74,11 +83,11 @@ void HelperObject::refuseAsTooMuch()
                        .arg(CreationWorker::mostWaiting));
 }
 
-void HelperObject::showLatestMenu()
+void HelperObject::openLatest()
 {
-    QMutexLocker lock(&menuLock_);
-    const std::optional<Menu> menu = std::exchange(menu_, std::nullopt);
+    QMutexLocker lock(&requestLock_);
+    const std::optional<Request> request = std::exchange(request_, std::nullopt);
     lock.unlock();
-    if (menu)
-        handlers_.showMenu(menu->labels, menu->folders);
+    if (request)
+        handlers_.openLauncher(request->content, request->activationToken);
 }

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "Helper/HelperService.h"
+#include "Helper/Launcher/Launcher.h"
 #include "Helper/Running/CreationWorker.h"
 #include "Platform/Mailbox.h"
 #include "Platform/Result.h"
@@ -27,7 +28,7 @@ class HelperObject : public QObject, protected QDBusContext
     Q_CLASSINFO("D-Bus Interface", "org.quenby.QNBHelper")
 
 public:
-    /// All but showMenu are called on the object's thread.
+    /// All but openLauncher are called on the object's thread.
     struct Handlers
     {
         /// What is to be done to create a preset in some folders; fails, with the reason for people, if that
@@ -37,11 +38,11 @@ public:
             understand;
         /// False if too much is to be done already.
         std::function<bool(const QList<CreationOrder> &orders)> give;
-        /// The labels of the presets, of which one may be created in \a folders; fails, with the reason for
-        /// people, if that makes no sense.
-        std::function<Result<QStringList>(const QStringList &folders)> labelsFor = {};
-        /// Shows a menu of them. On the thread that made the object.
-        std::function<void(const QStringList &labels, const QStringList &folders)> showMenu = {};
+        /// What the launcher shows for \a folders; fails, with the reason for people, if that makes no sense.
+        std::function<Result<Launcher::Content>(const QStringList &folders)> contentFor = {};
+        /// Opens the launcher. On the thread that made the object.
+        std::function<void(const Launcher::Content &content, const QByteArray &activationToken)>
+            openLauncher = {};
     };
 
     HelperObject(QDBusConnection bus, Handlers handlers);
@@ -51,24 +52,26 @@ public:
 public Q_SLOTS:
     void Create(const QString &label, int position, const QStringList &folders);
     void Create(const QString &label, const QStringList &folders);
+    void ShowLauncher(const QStringList &folders, const QString &activationToken);
+    /// What older command lines know.
     void ShowMenu(const QStringList &folders);
 
 private:
-    struct Menu
+    struct Request
     {
-        QStringList labels;
-        QStringList folders;
+        Launcher::Content content;
+        QByteArray activationToken;
     };
 
     void refuseAsTooMuch();
-    void showLatestMenu();
+    void openLatest();
 
     QDBusConnection bus_;
     const Handlers handlers_;
-    QMutex menuLock_;
-    /// What is to be shown next: of menus that wait for the other thread only the latest is.
-    std::optional<Menu> menu_;
+    QMutex requestLock_;
+    /// What is to be opened next: of requests that wait for the other thread only the latest counts.
+    std::optional<Request> request_;
     const Mailbox mailbox_;
-    const std::function<void()> menuChanged_;
+    const std::function<void()> requestChanged_;
     QThread thread_;
 };

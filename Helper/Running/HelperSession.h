@@ -3,15 +3,13 @@
 
 #pragma once
 
+#include "Helper/Launcher/Launcher.h"
 #include "Helper/Running/ContextMenuRefresh.h"
-#include "Helper/Running/CreationNotices.h"
-#include "Helper/Running/CreationPanel.h"
-#include "Helper/Running/CreationWorker.h"
-#include "Helper/Running/FolderMenu.h"
+#include "Helper/Running/Creations.h"
 #include "Helper/Running/HelperObject.h"
 #include "Helper/Running/HotKeys.h"
 #include "Helper/Running/PresetMenu.h"
-#include "Helper/Running/RecentFolders.h"
+#include "Helper/Running/SettingsWatch.h"
 #include "Helper/Running/SingleInstance.h"
 #include "Helper/Running/TrayIcon.h"
 #include "Helper/Running/TrayWatch.h"
@@ -19,11 +17,8 @@
 #include "Platform/SessionBus.h"
 
 #include <QDBusConnection>
-#include <QDeadlineTimer>
 #include <QObject>
-#include <QPointer>
 #include <QStringList>
-#include <QTimer>
 
 #include <memory>
 #include <optional>
@@ -48,55 +43,33 @@ public:
 private:
     void busChanged(const std::optional<QDBusConnection> &connection);
     void beginAnew();
-    void reload();
+    void update(const Result<QNBSettings> &settings);
     void updateTray();
     void fill(PresetMenu &menu) const;
-    void popUpMenu();
     PresetMenu::Handlers menuHandlers();
 
     void create(qsizetype preset, const QString &folder);
     void chooseFolder(qsizetype preset);
-    /// On the thread of the bus's orders.
-    static Result<QList<CreationOrder>> ordersFor(const HelperService::Preset &preset,
-                                                  const QStringList &folders);
-    bool createAll(const QList<CreationOrder> &orders);
-    /// The same, and tells the user if it is too much.
-    void createOrTell(const QList<CreationOrder> &orders);
-    /// On the thread of the bus's orders.
-    static Result<QStringList> labelsFor(const QStringList &folders);
-    void showMenu(const QStringList &labels, const QStringList &folders);
-    void remember(const QList<CreationOrder> &orders);
-    void settingsChanged();
-    void askAboutScript(const CreationOrder &order, const Script &script);
-    void openPane();
+    /// With the presets as they are known here, for the hot key and the tray.
+    void openLauncher();
 
     const std::shared_ptr<SessionBus> bus_;
     SingleInstance &instance_;
     bool isQuitting_ = false;
     /// The settings were looked at, and could be read or not.
     bool hasRead_ = false;
-    RecentFolders folders_;
     QStringList labels_;
     /// By default, while the settings cannot be read.
     bool showsInTray_ = true;
     /// The settings could not be read when they were looked at last, and the user knows it.
     bool isOutOfDate_ = false;
     ContextMenuRefresh contextMenu_;
-    std::optional<CreationWorker> worker_;
-    CreationPanel panel_;
-    CreationNotices notices_;
-    /// Of a burst of changes the last one is read; of one without an end, one now and then.
-    QTimer reloadTimer_;
-    QDeadlineTimer latestReload_;
-    /// Settings that cannot be read are tried again, each time after a longer pause.
-    QTimer retryTimer_;
+    Creations creations_;
+    SettingsWatch settings_;
     DistributedNotificationCenter notificationCenter_;
     std::optional<HelperObject> object_;
+    Launcher launcher_;
     HotKeys hotKeys_;
-    /// For the hot key.
-    std::optional<PresetMenu> popupMenu_;
-    /// For a file manager.
-    std::optional<FolderMenu> folderMenu_;
     /// Once there is one.
     std::optional<TrayWatch::Tray> tray_;
     std::optional<TrayWatch> trayWatch_;

@@ -8,9 +8,6 @@
 /// Names that anybody may have chosen, as the texts of menu entries.
 namespace MenuText {
 
-/// The longest that is shown of a name, in characters.
-inline constexpr qsizetype longest = 80;
-
 /// Who reads the marks of access keys in a text.
 enum class Reader {
     /// The library: "&" marks, "&&" is one.
@@ -20,11 +17,7 @@ enum class Reader {
     Tray,
 };
 
-/// The text that is read as \a name, as a line that shows every character, shortened in its middle if it is
-/// long.
+/// The text that is read as ShownName::ofName() of \a name.
 QString forName(const QString &name, Reader reader);
-
-/// The path \a folder as people write it, to be shown by forName().
-QString shownFolder(const QString &folder);
 
 } // namespace MenuText

@@ -4,7 +4,9 @@
 #include "Helper/Running/PaneLauncher.h"
 
 #include "Helper/Presets.h"
+#include "Helper/Running/CreationNotices.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
 #include <QProcess>
@@ -16,9 +18,12 @@ const QString programName = QStringLiteral("quenby-preferences");
 /// Where it lies as seen from the pane's bundle: beside it, or as both are installed.
 const QStringList placesByPane = {QStringLiteral("/../"), QStringLiteral("/../../../bin/")};
 
-} // namespace
+QString translated(const char *text)
+{
+    return QCoreApplication::translate("PaneLauncher", text);
+}
 
-bool PaneLauncher::launch()
+bool launch()
 {
     const std::optional<Bundle> pane = paneBundle();
     const QStringList arguments = pane ? QStringList{pane->bundlePath()} : QStringList();
@@ -31,4 +36,13 @@ bool PaneLauncher::launch()
     if (program.isEmpty())
         program = QStandardPaths::findExecutable(programName);
     return !program.isEmpty() && QProcess::startDetached(program, arguments);
+}
+
+} // namespace
+
+void PaneLauncher::launchOrTell(CreationNotices &notices)
+{
+    if (!launch())
+        notices.showProblem(translated("Quenby could not be opened"),
+                            translated("Its settings program was not found."));
 }

@@ -3,10 +3,12 @@
 
 #pragma once
 
-/// Opens the pane, in the program that shows panes.
+class CreationNotices;
+
 namespace PaneLauncher {
 
-/// False if the program was not found or cannot be started.
-bool launch();
+/// Opens the pane, in the program that shows panes. Tells the user, by \a notices, if that was not found or
+/// cannot be started.
+void launchOrTell(CreationNotices &notices);
 
 } // namespace PaneLauncher

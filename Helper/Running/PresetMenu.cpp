@@ -3,6 +3,8 @@
 
 #include "Helper/Running/PresetMenu.h"
 
+#include "Helper/ShownName.h"
+
 #include <QCoreApplication>
 #include <QDir>
 
@@ -86,7 +88,7 @@ void PresetMenu::rebuildPresets()
 void PresetMenu::fill(QMenu &menu, qsizetype preset)
 {
     for (const QString &folder : std::as_const(folders_)) {
-        QObject::connect(menu.addAction(text(MenuText::shownFolder(folder))), &QAction::triggered, &menu_,
+        QObject::connect(menu.addAction(text(ShownName::ofFolder(folder))), &QAction::triggered, &menu_,
                          [this, preset, folder] { handlers_.create(preset, folder); });
     }
     if (!folders_.isEmpty())

@@ -5,12 +5,14 @@
 
 #include "Helper/Running/HelperSession.h"
 #include "Helper/Running/RunningHelper.h"
+#include "Helper/Running/RunningLauncher.h"
 #include "Platform/BusProbe.h"
 #include "Platform/LineText.h"
 #include "Platform/SessionBus.h"
 
 #include <QApplication>
 #include <QFile>
+#include <QSessionManager>
 
 #include <array>
 #include <cerrno>
@@ -46,21 +48,49 @@ private:
     std::array<struct sigaction, numbers.size()> actions_ = {};
 };
 
+/// Before the application is made.
+void prepareApplication()
+{
+    BusProbe::keepLibraryFromWaiting(SessionBus::answerTimeout);
+    QGuiApplication::setDesktopFileName(QStringLiteral(QUENBY_IDENTIFIER));
+}
+
+/// Login items start the helper again, and the user the launcher; not the session manager.
+void leaveToOthersToStart(QApplication &application)
+{
+    QObject::connect(
+        &application, &QGuiApplication::saveStateRequest, &application,
+        [](QSessionManager &manager) { manager.setRestartHint(QSessionManager::RestartNever); },
+        Qt::DirectConnection);
+}
+
 } // namespace
 
 extern "C" Q_DECL_EXPORT RunningCode::Run runInBackground;
+extern "C" Q_DECL_EXPORT RunningCode::RunLauncher runLauncher;
 
 int runInBackground(int &argc, char **argv)
 {
     const Beginning beginning;
-    BusProbe::keepLibraryFromWaiting(SessionBus::answerTimeout);
-    QGuiApplication::setDesktopFileName(QStringLiteral(QUENBY_IDENTIFIER));
+    prepareApplication();
     std::optional<QApplication> application(std::in_place, argc, argv);
+    leaveToOthersToStart(*application);
     const QString program = QCoreApplication::applicationFilePath();
-    const int result = runHelper(*application);
+    const int result = runHelper();
     application.reset();
     if (result != HelperSession::beginAnewCode)
         return result;
     beginning.repeat(program, argv);
     return EXIT_FAILURE;
+}
+
+int runLauncher(char *program, const QStringList &folders)
+{
+    prepareApplication();
+    // The other arguments are not the library's.
+    int argc = 1;
+    char *argv[] = {program, nullptr};
+    QApplication application(argc, argv);
+    leaveToOthersToStart(application);
+    return runLauncherAlone(folders);
 }

@@ -17,21 +17,14 @@
 #include <QApplication>
 #include <QFile>
 #include <QLoggingCategory>
-#include <QSessionManager>
 
-#include <chrono>
 #include <cstdlib>
 #include <memory>
 #include <optional>
 
-using namespace std::chrono_literals;
-
 namespace {
 
 Q_LOGGING_CATEGORY(lcRunning, "quenby.helper")
-
-/// To undo takes less than to create.
-constexpr auto exitLimit = 60s;
 
 /// If it is started with the session, it goes on being so after it was moved.
 void followWithLoginItem()
@@ -47,7 +40,7 @@ void followWithLoginItem()
 
 } // namespace
 
-int runHelper(QApplication &application)
+int runHelper()
 {
     TerminationSignals signals;
     const auto bus = std::make_shared<SessionBus>();
@@ -56,12 +49,6 @@ int runHelper(QApplication &application)
         return EXIT_SUCCESS;
 
     QApplication::setQuitOnLastWindowClosed(false);
-    // Login items start it again, not the session manager.
-    QObject::connect(
-        &application, &QGuiApplication::saveStateRequest, &application,
-        [](QSessionManager &manager) { manager.setRestartHint(QSessionManager::RestartNever); },
-        Qt::DirectConnection);
-
     followWithLoginItem();
     HelperSession session(bus, instance);
     session.start();
@@ -71,6 +58,6 @@ int runHelper(QApplication &application)
         session.quit();
     });
     // Without its display the library ends the process from within the event loop.
-    const ExitHandler exitHandler([&] { session.leave(); }, exitLimit);
+    const ExitHandler exitHandler([&] { session.leave(); }, undoLimit);
     return QApplication::exec();
 }

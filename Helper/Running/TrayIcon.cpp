@@ -4,7 +4,6 @@
 #include "Helper/Running/TrayIcon.h"
 
 #include <QCoreApplication>
-#include <QCursor>
 #include <QIcon>
 #include <QPainter>
 #include <QPixmap>
@@ -52,15 +51,15 @@ QIcon icon()
 
 } // namespace
 
-TrayIcon::TrayIcon(PresetMenu &menu)
+TrayIcon::TrayIcon(PresetMenu &menu, const std::function<void()> &activated)
     : icon_(icon())
 {
     icon_.setToolTip(QCoreApplication::translate("TrayIcon", "Quenby: create a preset"));
     icon_.setContextMenu(&menu.menu());
     QObject::connect(&icon_, &QSystemTrayIcon::activated, &icon_,
-                     [&menu](QSystemTrayIcon::ActivationReason reason) {
+                     [activated](QSystemTrayIcon::ActivationReason reason) {
                          if (reason == QSystemTrayIcon::Trigger)
-                             menu.menu().popup(QCursor::pos());
+                             activated();
                      });
     icon_.show();
 }

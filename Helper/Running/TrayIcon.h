@@ -7,12 +7,15 @@
 
 #include <QSystemTrayIcon>
 
+#include <functional>
+
 /// The menu of presets in the desktop's tray, for as long as this lives. There has to be a tray, see
-/// TrayWatch.
+/// TrayWatch; it shows the menu, as it shows those of other programs.
 class TrayIcon
 {
 public:
-    explicit TrayIcon(PresetMenu &menu);
+    /// \a activated is called when the icon itself is clicked.
+    TrayIcon(PresetMenu &menu, const std::function<void()> &activated);
     TrayIcon(const TrayIcon &) = delete;
     TrayIcon &operator=(const TrayIcon &) = delete;
 

@@ -85,7 +85,7 @@ TEST_F(DesktopEntriesTest, DolphinHasOneExecutableServiceMenu)
     EXPECT_EQ(shown(entry, dolphinAction(0)), QStringLiteral("a"));
     EXPECT_EQ(shown(entry, dolphinAction(1)), QStringLiteral("b"));
     EXPECT_EQ(shown(entry, dolphinAction(2)), QStringLiteral("More…"));
-    expectStarts(entry, dolphinAction(2), {"--menu", "--notify", "--in", folder});
+    expectStarts(entry, dolphinAction(2), {"--launcher", "--notify", "--in", folder});
 }
 
 TEST_F(DesktopEntriesTest, DolphinsServiceMenuIsValid)
@@ -135,7 +135,7 @@ TEST_F(DesktopEntriesTest, PCManFMQtHasAMenuOfActions)
     EXPECT_EQ(shown(action, mainGroup), QStringLiteral("100%% R&&D"));
     EXPECT_EQ(ExecLine::value(action, "X-Action-Profile folder", "MimeTypes"), "inode/directory;");
     EXPECT_EQ(shown(files.at(2).content, mainGroup), QStringLiteral("More…"));
-    expectStarts(files.at(2).content, "X-Action-Profile folder", {"--menu", "--notify", "--in", folder});
+    expectStarts(files.at(2).content, "X-Action-Profile folder", {"--launcher", "--notify", "--in", folder});
 }
 
 TEST_F(DesktopEntriesTest, PCManFMQtsActionsStartTheHelper)

@@ -15,7 +15,7 @@ protected:
     {
         return {"--create", label, "--position", position, "--notify"};
     }
-    const QByteArrayList more_ = {"--menu", "--notify"};
+    const QByteArrayList more_ = {"--launcher", "--notify"};
 };
 
 } // namespace

@@ -60,7 +60,7 @@ TEST_F(ScriptsFolderTest, EachPresetIsAScriptOfItsName)
     const QList<File> files = NautilusMenu().files(menuOf({QStringLiteral("b"), QStringLiteral("a c")}));
     ASSERT_EQ(files.size(), 3);
     EXPECT_EQ(files.at(2).path, data(QStringLiteral("nautilus/scripts/Quenby/More…")));
-    EXPECT_TRUE(files.at(2).content.contains("'--menu' '--notify' \"$@\""))
+    EXPECT_TRUE(files.at(2).content.contains("'--launcher' '--notify' \"$@\""))
         << files.at(2).content.constData();
     EXPECT_EQ(files.at(0).path, data(QStringLiteral("nautilus/scripts/Quenby/b")));
     EXPECT_EQ(files.at(1).path, data(QStringLiteral("nautilus/scripts/Quenby/a c")));

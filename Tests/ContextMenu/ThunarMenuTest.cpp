@@ -53,7 +53,7 @@ TEST_F(ThunarMenuTest, ActionsAreInASubmenu)
     EXPECT_EQ(texts(QStringLiteral("submenu")), QStringList(3, QStringLiteral("Quenby")));
     EXPECT_EQ(texts(QStringLiteral("command")).last(),
               u'\'' + QString::fromUtf8(helper()).replace(u'\'', QStringLiteral("'\\''")) +
-                  QStringLiteral("' '--menu' '--notify' --in %f"));
+                  QStringLiteral("' '--launcher' '--notify' --in %f"));
     EXPECT_EQ(
         texts(QStringLiteral("unique-id")),
         QStringList({QStringLiteral("quenby-1"), QStringLiteral("quenby-2"), QStringLiteral("quenby-3")}));

@@ -87,10 +87,10 @@ protected:
         press({KEY_SPACE});
         ASSERT_TRUE(waitForLog("the hot key is left to who records one", ++recordings_));
     }
-    bool hasMenu() const { return !screen_.windowsOf(helper_->pid()).isEmpty(); }
-    bool waitForMenu(bool isShown) const
+    bool hasLauncher() const { return !screen_.windowsOf(helper_->pid()).isEmpty(); }
+    bool waitForItsEnd() const
     {
-        return waitUntil([&] { return hasMenu() == isShown; }, patience);
+        return waitUntil([&] { return !hasLauncher(); }, patience);
     }
     KeyCombo stored()
     {
@@ -119,15 +119,17 @@ TEST_P(HotKeyLayoutsTest, WhatIsRecordedIsHeardByTheSameKey)
             isStored && waitUntil(
                             [&] {
                                 press(chord.keys);
-                                return waitUntil([&] { return hasMenu(); }, std::chrono::seconds(1));
+                                return waitUntil([&] { return hasLauncher(); }, std::chrono::seconds(1));
                             },
                             patience);
         EXPECT_TRUE(isHeard);
         const KeyCombo found = stored();
         std::printf("%-3s %-24s code %3lld flags %8llu %s\n", GetParam(), chord.name, (long long)found.code,
                     (unsigned long long)found.flags, isHeard ? "heard" : "NOT HEARD");
+        const QString launcher = screen_.windowOf(helper_->pid());
+        ASSERT_TRUE(waitUntil([&] { return screen_.hasKeyboard(launcher); }, patience));
         screen_.typeKey(QStringLiteral("Escape"));
-        ASSERT_TRUE(waitForMenu(false));
+        ASSERT_TRUE(waitForItsEnd());
         ASSERT_TRUE(waitUntil([&] { return screen_.hasKeyboard(window_); }, patience));
     }
 }

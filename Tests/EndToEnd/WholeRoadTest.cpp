@@ -82,6 +82,14 @@ protected:
         ASSERT_NO_FATAL_FAILURE(openMenu(QStringLiteral("alt+s")));
         ASSERT_NO_FATAL_FAILURE(chooseEntry(QStringLiteral("Write Contents List.sh")));
     }
+    /// Finds the preset by a part of its label in the window that the helper opens, and creates it.
+    void chooseInLauncher(qint64 helper)
+    {
+        const QString launcher = screen_.windowOf(helper);
+        ASSERT_TRUE(waitUntil([&] { return screen_.hasKeyboard(launcher); }, patience));
+        user_.types(wedding.right(4));
+        user_.presses(QStringLiteral("Return"));
+    }
     void chooseHotKey()
     {
         ASSERT_NO_FATAL_FAILURE(goToGeneralTab());
@@ -150,7 +158,6 @@ TEST_F(WholeRoadTest, APresetComesFromThePaneToTheDisk)
 
     ASSERT_NO_FATAL_FAILURE(chooseHotKey());
     ASSERT_NO_FATAL_FAILURE(addPreset());
-    const qsizetype place = pane_.presets().indexOf(wedding);
     ASSERT_NO_FATAL_FAILURE(leave());
     EXPECT_TRUE(waitUntil([&] { return contentOf(actions_).contains(wedding.toUtf8()); }, patience))
         << "the helper has the new preset put into the file managers' menus";
@@ -179,17 +186,21 @@ TEST_F(WholeRoadTest, APresetComesFromThePaneToTheDisk)
     ASSERT_NO_FATAL_FAILURE(expectWedding(client));
 
     // By the hot key, into the folder that was used last; what is there stays.
-    user_.presses(hotKey);
-    ASSERT_TRUE(waitUntil([&] { return !screen_.windowsOf(helper).isEmpty(); }, patience));
-    user_.presses(QStringList(place + 1, QStringLiteral("Down")) +
-                  QStringList{QStringLiteral("Right"), QStringLiteral("Return")});
     const QString another = client + QStringLiteral("/Planning/Budget-%1.csv");
+    user_.presses(hotKey);
+    ASSERT_NO_FATAL_FAILURE(chooseInLauncher(helper));
     EXPECT_TRUE(waitUntil([&] { return QFileInfo::exists(another.arg(1)); }, patience));
 
     const FakeTray::Entry folders = tray_.menuWith(wedding).child(wedding);
     ASSERT_FALSE(folders.children.isEmpty());
     tray_.click(folders.children.constFirst());
     EXPECT_TRUE(waitUntil([&] { return QFileInfo::exists(another.arg(2)); }, patience));
+
+    // By the last entry of the file manager's menu, for its folder.
+    ASSERT_NO_FATAL_FAILURE(thunar.openMenuOfBackground());
+    ASSERT_NO_FATAL_FAILURE(thunar.choosePreset(QStringLiteral("Quenby"), QStringLiteral("More…")));
+    ASSERT_NO_FATAL_FAILURE(chooseInLauncher(helper));
+    EXPECT_TRUE(waitUntil([&] { return QFileInfo::exists(another.arg(3)); }, patience));
 
     ASSERT_EQ(::kill(pid_t(helper), SIGTERM), 0);
     EXPECT_TRUE(waitUntil([] { return helpers().isEmpty(); }, patience));

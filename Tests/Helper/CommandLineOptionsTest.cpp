@@ -64,13 +64,16 @@ TEST(CommandLineOptionsTest, ACreationWithEverything)
     EXPECT_EQ(parse("--create a --in b --on-conflict unique")->onConflict, Creation::OnConflict::UniqueName);
 }
 
-TEST(CommandLineOptionsTest, AMenu)
+TEST(CommandLineOptionsTest, TheLauncher)
 {
-    const auto options = parse("--menu --in /a --in b --notify");
+    const auto options = parse("--launcher --in /a --in b --notify");
     ASSERT_TRUE(options);
-    EXPECT_EQ(options->command, Command::Menu);
+    EXPECT_EQ(options->command, Command::Launcher);
     EXPECT_THAT(options->folders, ElementsAre(QStringLiteral("/a"), QStringLiteral("b")));
     EXPECT_TRUE(options->notify);
+    EXPECT_TRUE(parse("--launcher")->folders.isEmpty());
+    // As file managers' entries of earlier versions have it.
+    EXPECT_EQ(parse("--menu --notify --in a")->command, Command::Launcher);
 }
 
 TEST(CommandLineOptionsTest, WhatMakesNoSense)
@@ -95,9 +98,12 @@ TEST(CommandLineOptionsTest, WhatMakesNoSense)
                              "--undo --in x",
                              "--list --position 1",
                              "--menu",
-                             "--menu --in a --json",
-                             "--menu --in a --no-script",
                              "--menu --create a --in b",
+                             "--launcher --json",
+                             "--launcher --in a --no-script",
+                             "--launcher --create a --in b",
+                             "--launcher --menu --in a",
+                             "--launcher more",
                              "--list --in a",
                              "--create a --in b --position 0",
                              "--create a --in b --position #1",
@@ -110,8 +116,8 @@ TEST(CommandLineOptionsTest, WhatMakesNoSense)
 TEST(CommandLineOptionsTest, HelpNamesEveryOption)
 {
     const QString help = CommandLineOptions::help();
-    for (const char *option :
-         {"--list", "--create", "--in", "--dry-run", "--json", "--on-conflict", "--no-script",
-          "--allow-script", "--script-time-limit", "--notify", "--undo", "--help", "--version"})
+    for (const char *option : {"--list", "--create", "--launcher", "--menu", "--in", "--dry-run", "--json",
+                               "--on-conflict", "--no-script", "--allow-script", "--script-time-limit",
+                               "--notify", "--undo", "--help", "--version"})
         EXPECT_TRUE(help.contains(QString::fromLatin1(option))) << option;
 }

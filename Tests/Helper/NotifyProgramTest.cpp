@@ -3,6 +3,7 @@
 
 #include "Tests/Helper/FakeDesktop.h"
 #include "Tests/Helper/HelperFixture.h"
+#include "Tests/Session/ChildProcess.h"
 #include "Tests/Session/KilledProcess.h"
 #include "Tests/Session/PrivateBus.h"
 #include "Tests/Session/SilentSocket.h"
@@ -198,32 +199,46 @@ TEST_F(NotifyProgramTest, AHelperThatKnowsNoSuchPresetIsBelieved)
     EXPECT_EQ(desktop.shown().size(), 1);
 }
 
-TEST_F(NotifyProgramTest, ARunningHelperIsAskedForItsMenu)
+TEST_F(NotifyProgramTest, ARunningHelperIsAskedForTheLauncherWithTheLeaveToComeToTheFront)
 {
     const FakeHelper helper(bus_.address(), FakeHelper::Manner::Helpful);
-    EXPECT_EQ(run({text("--menu"), text("--in"), target(), text("--in"), text("other")}, bus_.address()).code,
-              0);
-    ASSERT_EQ(helper.orders().size(), 1);
-    EXPECT_THAT(helper.orders()[0].toStdString(), HasSubstr("org.quenby.QNBHelper.ShowMenu(as)"));
+    const auto openIn = [this](const QStringList &arguments, const QString &variable) {
+        QProcessEnvironment environment = home_.environment(bus_.address());
+        environment.insert(variable, text("token"));
+        ChildProcess process(program(), arguments, environment);
+        EXPECT_TRUE(waitUntil([&] { return !process.isRunning(); }));
+        EXPECT_TRUE(process.waitForEnd() && process.hasReturned(0)) << process.errors().constData();
+    };
+    openIn({text("--launcher"), text("--in"), target(), text("--in"), text("other")},
+           text("XDG_ACTIVATION_TOKEN"));
+    openIn({text("--menu"), text("--in"), target()}, text("DESKTOP_STARTUP_ID"));
+    openIn({text("--launcher")}, text("UNRELATED"));
+    const QString call = text("org.quenby.QNBHelper.ShowLauncher(ass) %1 %2 in ");
+    // The fake prints a list as a text only if it has one entry.
+    EXPECT_EQ(helper.orders(),
+              QStringList({call.arg(QString(), text("token")), call.arg(target(), text("token")),
+                           call.arg(QString(), QString())}));
 }
 
-TEST_F(NotifyProgramTest, AMenuThatCannotBeShownIsToldWithTheReason)
+TEST_F(NotifyProgramTest, AHelperThatRefusesTheLauncherIsBelieved)
+{
+    const FakeHelper helper(bus_.address(), FakeHelper::Manner::Misunderstanding);
+    const FakeDesktop desktop(bus_.address(), {});
+    const Ended refused = run({text("--launcher"), text("--notify")}, bus_.address());
+    EXPECT_EQ(refused.code, 4);
+    EXPECT_THAT(refused.errors.toStdString(), HasSubstr("no such thing"));
+    EXPECT_EQ(desktop.shown().size(), 1);
+}
+
+TEST_F(NotifyProgramTest, WithoutADisplayTheLauncherIsRefusedWithTheReason)
 {
     const FakeDesktop desktop(bus_.address(), {});
-    const QStringList menu = {text("--menu"), text("--notify"), text("--in"), target()};
-    const Ended withoutDisplay = run(menu, bus_.address());
+    const Ended withoutDisplay = run({text("--launcher"), text("--notify")}, bus_.address());
     EXPECT_EQ(withoutDisplay.code, 4);
     EXPECT_THAT(withoutDisplay.errors.toStdString(), HasSubstr("There is no display"));
     ASSERT_EQ(desktop.shown().size(), 1);
     EXPECT_EQ(desktop.shown()[0].title, text("The presets were not shown"));
     EXPECT_THAT(desktop.shown()[0].text.toStdString(), HasSubstr("There is no display"));
-
-    const SilentSocket silence;
-    for (const QString &address : {QString(), silence.busAddress()}) {
-        const Ended withoutBus = run(menu, address);
-        EXPECT_EQ(withoutBus.code, 4);
-        EXPECT_THAT(withoutBus.errors.toStdString(), HasSubstr("There is no session bus"));
-    }
 }
 
 TEST_F(NotifyProgramTest, WithoutABusItDoesItAllTheSame)

@@ -20,9 +20,13 @@ const QString helper = QStringLiteral("Helper");
 const QString contextMenu = QStringLiteral("ContextMenu");
 
 /// The contract with a pane, and what every host shows around one.
-const QStringList hostsToolkit = {QStringLiteral("Toolkit/FilePanel.h"),
-                                  QStringLiteral("Toolkit/NoticeStrip.h"),
-                                  QStringLiteral("Toolkit/PreferencePane.h")};
+const QStringList hostsToolkit = {
+    QStringLiteral("Toolkit/FilePanel.h"), QStringLiteral("Toolkit/NoticeStrip.h"),
+    QStringLiteral("Toolkit/PreferencePane.h"), QStringLiteral("Toolkit/WindowActivation.h")};
+/// What windows of every kind need.
+const QStringList helpersToolkit = {QStringLiteral("Toolkit/EmptyState.h"),
+                                    QStringLiteral("Toolkit/ReadablePlaceholders.h"),
+                                    QStringLiteral("Toolkit/WindowActivation.h")};
 /// How every window shows the words of strangers.
 const QString plainText = QStringLiteral("Toolkit/PlainText.h");
 
@@ -80,7 +84,8 @@ const QMap<QString, QString> reasons = {
     {creation, QStringLiteral("What creates the structures works without the helper around it: it uses the "
                               "model, Shared/Source and Platform only.")},
     {helper,
-     QStringLiteral("The helper uses the model, Shared/Source, Keyboard and Platform, never the pane.")},
+     QStringLiteral("The helper uses the model, Shared/Source, Keyboard and Platform, of Toolkit what "
+                    "every window needs, never the pane.")},
     {contextMenu, QStringLiteral("The context-menu plug-in uses the model, Shared/Source and Platform, never "
                                  "the pane.")},
 };
@@ -124,6 +129,7 @@ QStringList IncludeRules::violationsOfDirection(const SourceFile &file)
                                                       "of the tree, and never a test's.")));
         else if (!target.isEmpty() && !allowedRooms[room].contains(target) &&
                  !(room == host && hostsToolkit.contains(path)) &&
+                 !(room == helper && helpersToolkit.contains(path)) &&
                  !((room == host || room == helper) && path == plainText))
             violations.append(describe(file, include, reasons[room]));
     }

@@ -154,6 +154,15 @@ FakeTray::Entry FakeTray::menuWith(const QString &label)
     return result;
 }
 
+void FakeTray::activate()
+{
+    constexpr int anywhere = 0;
+    const QDBusMessage answer =
+        ask(itemPath, itemInterface, QStringLiteral("Activate"), {anywhere, anywhere});
+    if (answer.type() != QDBusMessage::ReplyMessage)
+        qWarning("the item is not clicked: %s", qPrintable(answer.errorMessage()));
+}
+
 void FakeTray::click(const Entry &entry)
 {
     const QDBusReply<QDBusVariant> path =

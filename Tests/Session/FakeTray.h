@@ -39,6 +39,8 @@ public:
     Entry menuWith(const QString &label);
     Entry menu();
     void click(const Entry &entry);
+    /// A click on the item itself.
+    void activate();
 
 private:
     bool handleMessage(const QDBusMessage &message, const QDBusConnection &connection) override;

@@ -22,6 +22,8 @@ namespace {
 const QString servingName = QStringLiteral("serving");
 const QString askingName = QStringLiteral("asking");
 const QString preset = QStringLiteral("Letters");
+const QString refused = QStringLiteral("/refused");
+const QString givenToken = QStringLiteral("token");
 constexpr int position = 2;
 
 using Orders = Result<QList<CreationOrder>>;
@@ -51,23 +53,28 @@ protected:
     {
         return ask(HelperService::createMethod, {preset, position, folders});
     }
-    QDBusPendingCall askForMenu(const QStringList &folders)
+    QDBusPendingCall askForLauncher(const QStringList &folders, const QString &token = {})
     {
-        return ask(HelperService::showMenuMethod, {folders});
+        return ask(HelperService::showLauncherMethod, {folders, token});
     }
-    /// For an object that knows one preset, and appends the labels and the folders of its menus to \a shown.
-    static HelperObject::Handlers menuHandlers(QList<QStringList> &shown)
+    /// For an object that knows one preset and refuses "/refused", and appends what is opened to \a opened:
+    /// the labels, the folders and the token.
+    static HelperObject::Handlers launcherHandlers(QList<QStringList> &opened)
     {
         return {.understand = [](const HelperService::Preset &,
                                  const QStringList &) { return Orders::failure(preset); },
                 .give = [](const QList<CreationOrder> &) { return true; },
-                .labelsFor =
+                .contentFor =
                     [](const QStringList &folders) {
-                        return folders.isEmpty() ? Result<QStringList>::failure(preset)
-                                                 : Result<QStringList>(QStringList(preset));
+                        using Content = Result<Launcher::Content>;
+                        return folders.contains(refused)
+                                   ? Content::failure(preset)
+                                   : Content(Launcher::Content{.labels = {preset}, .named = folders});
                     },
-                .showMenu = [&shown](const QStringList &labels,
-                                     const QStringList &folders) { shown.append(labels + folders); }};
+                .openLauncher =
+                    [&opened](const Launcher::Content &content, const QByteArray &token) {
+                        opened.append(content.labels + content.named + QStringList(QString::fromUtf8(token)));
+                    }};
     }
     /// The error; none for the answer of one that is content.
     QDBusError answerTo(const QStringList &folders) { return answerTo(ask(folders)); }
@@ -137,36 +144,49 @@ TEST_F(HelperObjectTest, AnOrderOfTheFirstVersionHasNoPosition)
     EXPECT_EQ(asked, std::nullopt);
 }
 
-TEST_F(HelperObjectTest, TheMenuIsShownForTheFoldersOrRefusedWithTheReason)
+TEST_F(HelperObjectTest, TheLauncherIsOpenedForTheFoldersOrRefusedWithTheReason)
 {
-    QList<QStringList> shown;
-    const HelperObject object(serving_, menuHandlers(shown));
+    QList<QStringList> opened;
+    const HelperObject object(serving_, launcherHandlers(opened));
     const QStringList folders = {QStringLiteral("/a"), QStringLiteral("/b")};
-    EXPECT_FALSE(answerTo(askForMenu(folders)).isValid());
-    EXPECT_TRUE(waitUntil([&] { return !shown.isEmpty(); }));
-    EXPECT_EQ(shown, QList({QStringList(preset) + folders}));
-    const QDBusError error = answerTo(askForMenu({}));
+    EXPECT_FALSE(answerTo(askForLauncher(folders, givenToken)).isValid());
+    EXPECT_TRUE(waitUntil([&] { return opened.size() == 1; }));
+    EXPECT_EQ(opened.constLast(), QStringList(preset) + folders + QStringList(givenToken));
+    // What older command lines call.
+    EXPECT_FALSE(answerTo(ask(QStringLiteral("ShowMenu"), {folders})).isValid());
+    EXPECT_TRUE(waitUntil([&] { return opened.size() == 2; }));
+    EXPECT_EQ(opened.constLast(), QStringList(preset) + folders + QStringList(QString()));
+    const QDBusError error = answerTo(askForLauncher({refused}));
     EXPECT_EQ(error.type(), QDBusError::InvalidArgs);
     EXPECT_EQ(error.message(), preset);
 }
 
-TEST_F(HelperObjectTest, OfMenusThatWaitToBeShownTheLatestIs)
+TEST_F(HelperObjectTest, ATokenThatIsNoneIsNotUsed)
 {
-    QList<QStringList> shown;
-    const HelperObject object(serving_, menuHandlers(shown));
+    QList<QStringList> opened;
+    const HelperObject object(serving_, launcherHandlers(opened));
+    EXPECT_FALSE(answerTo(askForLauncher({}, givenToken.repeated(1000))).isValid());
+    EXPECT_TRUE(waitUntil([&] { return !opened.isEmpty(); }));
+    EXPECT_EQ(opened, QList({QStringList({preset, QString()})}));
+}
+
+TEST_F(HelperObjectTest, OfLaunchersThatWaitToBeOpenedTheLatestIs)
+{
+    QList<QStringList> opened;
+    const HelperObject object(serving_, launcherHandlers(opened));
     const auto askAndWait = [this](const QString &folder) {
         // Nothing else is done on this thread meanwhile.
-        QDBusPendingCall call = askForMenu({folder});
+        QDBusPendingCall call = askForLauncher({folder});
         call.waitForFinished();
         EXPECT_FALSE(call.isError());
     };
     askAndWait(QStringLiteral("/a"));
     askAndWait(QStringLiteral("/b"));
-    EXPECT_TRUE(waitUntil([&] { return !shown.isEmpty(); }));
-    EXPECT_FALSE(answerTo(askForMenu({QStringLiteral("/c")})).isValid());
-    EXPECT_TRUE(waitUntil([&] { return shown.size() > 1; }));
-    EXPECT_EQ(shown, QList({QStringList({preset, QStringLiteral("/b")}),
-                            QStringList({preset, QStringLiteral("/c")})}));
+    EXPECT_TRUE(waitUntil([&] { return !opened.isEmpty(); }));
+    EXPECT_FALSE(answerTo(askForLauncher({QStringLiteral("/c")})).isValid());
+    EXPECT_TRUE(waitUntil([&] { return opened.size() > 1; }));
+    EXPECT_EQ(opened, QList({QStringList({preset, QStringLiteral("/b"), QString()}),
+                             QStringList({preset, QStringLiteral("/c"), QString()})}));
 }
 
 TEST_F(HelperObjectTest, MoreFoldersThanMayWaitAreNotLookedAt)
@@ -178,14 +198,14 @@ TEST_F(HelperObjectTest, MoreFoldersThanMayWaitAreNotLookedAt)
                                                  return Orders::failure(preset);
                                              },
                                          .give = [](const QList<CreationOrder> &) { return true; },
-                                         .labelsFor =
+                                         .contentFor =
                                              [&isAsked](const QStringList &) {
                                                  isAsked = true;
-                                                 return Result<QStringList>::failure(preset);
+                                                 return Result<Launcher::Content>::failure(preset);
                                              }});
     const QStringList folders(CreationWorker::mostWaiting + 1, QStringLiteral("/a"));
     EXPECT_EQ(answerTo(folders).type(), QDBusError::LimitsExceeded);
-    EXPECT_EQ(answerTo(askForMenu(folders)).type(), QDBusError::LimitsExceeded);
+    EXPECT_EQ(answerTo(askForLauncher(folders)).type(), QDBusError::LimitsExceeded);
     EXPECT_FALSE(isAsked);
 }
 

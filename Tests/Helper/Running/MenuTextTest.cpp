@@ -29,16 +29,3 @@ TEST(MenuTextTest, ANameIsOneLineThatShowsEveryCharacter)
     EXPECT_EQ(MenuText::forName(QStringLiteral("a\nb\tc \u202Ed\u009B"), Reader::Library),
               QStringLiteral("a␊b␉c <U+202E>d<U+009B>"));
 }
-
-TEST(MenuTextTest, ALongNameIsShortenedInItsMiddleAndNoCharacterIsCut)
-{
-    const QString face = QString::fromUtf8("\xf0\x9f\x98\x80");
-    for (qsizetype offset = 0; offset < 2; ++offset) {
-        const QString text = MenuText::forName(QString(offset, u'x') + face.repeated(200), Reader::Library);
-        EXPECT_LE(text.size(), MenuText::longest);
-        EXPECT_TRUE(text.contains(u'…'));
-        EXPECT_TRUE(text.isValidUtf16());
-    }
-    const QString fits(MenuText::longest, u'x');
-    EXPECT_EQ(MenuText::forName(fits, Reader::Library), fits);
-}

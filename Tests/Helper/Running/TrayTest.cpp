@@ -289,6 +289,24 @@ TEST_F(TrayProgramTest, ChooseAsksForTheFolder)
     expectEndOf(*helper);
 }
 
+TEST_F(TrayProgramTest, AClickOnTheIconOpensTheLauncher)
+{
+    store(settings());
+    useTarget();
+    FakeTray tray(bus_.address());
+    FakeDesktop desktop(bus_.address(), {});
+    const auto helper = start();
+    ASSERT_EQ(tray.menuWith(letters).labels().constFirst(), letters);
+    tray.activate();
+    const QString window = screen_.windowOf(helper->pid());
+    ASSERT_FALSE(window.isEmpty());
+    ASSERT_TRUE(waitUntil([&] { return screen_.hasKeyboard(window); }));
+    screen_.typeKey(QStringLiteral("Return"));
+    ASSERT_TRUE(waitUntil([&] { return !desktop.shown().isEmpty(); }));
+    EXPECT_EQ(tree(), letterTree());
+    expectEndOf(*helper);
+}
+
 TEST_F(TrayProgramTest, QuitEndsIt)
 {
     store(settings());

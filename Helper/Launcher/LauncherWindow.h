@@ -1,0 +1,59 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "Helper/Launcher/PresetMatches.h"
+
+#include <QDialog>
+#include <QString>
+#include <QStringList>
+
+#include <functional>
+
+QT_BEGIN_NAMESPACE
+class QLineEdit;
+class QPushButton;
+QT_END_NAMESPACE
+class PlacePicker;
+class PresetListView;
+
+/// Chooses a preset by what is typed of its label, and where it is created.
+class LauncherWindow : public QDialog
+{
+public:
+    struct Handlers
+    {
+        /// The user wants the preset at \a place of the list, which is called \a label, in \a folders,
+        /// absolute paths, of which there is one at least. The window closes after that.
+        std::function<void(qsizetype place, const QString &label, const QStringList &folders)> create;
+        std::function<void()> openPane;
+    };
+
+    explicit LauncherWindow(Handlers handlers);
+    ~LauncherWindow() override;
+
+    /// The labels of the presets, in their order; those known last if they cannot be read now. What is typed
+    /// stays, and so does the chosen preset if it is still there.
+    void setPresets(const QStringList &labels, bool areKnown);
+    /// See PlacePicker. What was typed is chosen, to be typed over.
+    void setPlaces(const QStringList &named, const QStringList &recent);
+
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+private:
+    void layOut();
+    void choose(int row);
+    void tellChoice();
+    void filter(const QString &typed);
+    void create();
+
+    const Handlers handlers_;
+    PresetMatches presets_;
+    bool areKnown_ = true;
+    QLineEdit *field_;
+    PresetListView *list_;
+    PlacePicker *places_;
+    QPushButton *create_;
+    QPushButton *openPane_;
+};

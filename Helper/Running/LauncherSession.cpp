@@ -1,0 +1,89 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Helper/Running/LauncherSession.h"
+
+#include "Helper/Running/PaneLauncher.h"
+#include "Platform/SessionBus.h"
+
+#include <QApplication>
+
+#include <algorithm>
+#include <chrono>
+#include <utility>
+
+using namespace std::chrono_literals;
+
+namespace {
+
+/// The desktop's program for notifications may have to be started first.
+constexpr auto notificationTimeout = 10s;
+
+bool hasWindows()
+{
+    const QWidgetList windows = QApplication::topLevelWidgets();
+    return std::any_of(windows.begin(), windows.end(),
+                       [](const QWidget *window) { return window->isVisible(); });
+}
+
+} // namespace
+
+LauncherSession::LauncherSession(std::shared_ptr<SessionBus> bus)
+    : bus_(std::move(bus))
+    , creations_(bus_, Creations::Answers::None, [this] { endIfDone(); })
+    , settings_([this](const Result<QNBSettings> &settings) {
+        if (settings)
+            labels_ = labelsOf(settings->presets);
+        areKnown_ = bool(settings);
+        launcher_.setPresets(labels_, areKnown_);
+    })
+    , notificationCenter_(bus_)
+    , launcher_({.create =
+                     [this](qsizetype place, const QString &label, const QStringList &folders) {
+                         creations_.createOrTell(Creations::ordersIn(folders, place, label));
+                     },
+                 .openPane = [this] { PaneLauncher::launchOrTell(creations_.notices()); }},
+                [this] { endIfDone(); })
+{
+    connect(qApp, &QGuiApplication::lastWindowClosed, this, &LauncherSession::endIfDone);
+}
+
+LauncherSession::~LauncherSession() = default;
+
+void LauncherSession::start(const QStringList &folders)
+{
+    notificationCenter_.addObserver(QNBPresetConfigurationChangedNotification,
+                                    [this] { settings_.changed(); });
+    settings_.read();
+    launcher_.open(
+        {.labels = labels_, .areKnown = areKnown_, .named = folders, .recent = creations_.recentFolders()},
+        {});
+}
+
+void LauncherSession::endIfDone()
+{
+    if (isEnding_ || launcher_.isOpen() || creations_.isBusy())
+        return;
+    isEnding_ = true;
+    // Where nobody shows notifications, what went wrong comes in a window, which is waited for.
+    if (!isQuitting_)
+        creations_.notices().flush(notificationTimeout);
+    isEnding_ = false;
+    if (isQuitting_ || !hasWindows())
+        QCoreApplication::exit();
+}
+
+void LauncherSession::quit()
+{
+    isQuitting_ = true;
+    creations_.cancelAll();
+    if (!creations_.isBusy())
+        QCoreApplication::exit();
+}
+
+void LauncherSession::leave()
+{
+    isQuitting_ = true;
+    bus_->close();
+    creations_.leave();
+}

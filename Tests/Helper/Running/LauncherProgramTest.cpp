@@ -1,0 +1,229 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+// The launcher as the command line opens it: in the running helper, or in a process of its own.
+
+#include "Helper/HelperService.h"
+#include "Tests/Helper/FakeDesktop.h"
+#include "Tests/Helper/Running/RunningFixture.h"
+
+#include <QDBusConnection>
+#include <QDBusConnectionInterface>
+#include <QDir>
+#include <QFile>
+
+#include <gmock/gmock.h>
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+
+namespace {
+
+const QString launcherOption = QStringLiteral("--launcher");
+const QString inOption = QStringLiteral("--in");
+const QString connectionName = QStringLiteral("launcher-test");
+const QString letters = QStringLiteral("Letters");
+
+class LauncherProgramTest : public RunningFixture
+{
+protected:
+    LauncherProgramTest() { store(settings()); }
+
+    std::unique_ptr<ChildProcess> begin(const QStringList &arguments) const
+    {
+        return begin(arguments, environment());
+    }
+    std::unique_ptr<ChildProcess> begin(const QStringList &arguments,
+                                        const QProcessEnvironment &environment) const
+    {
+        return std::make_unique<ChildProcess>(program(), arguments, environment);
+    }
+    static void expectReturn(ChildProcess &process, int code)
+    {
+        // A fake of the test may have to answer meanwhile.
+        EXPECT_TRUE(waitUntil([&] { return !process.isRunning(); }, std::chrono::minutes(1)));
+        EXPECT_TRUE(process.waitForEnd());
+        EXPECT_TRUE(process.hasReturned(code)) << process.errors().constData();
+    }
+    void call(const QStringList &arguments, int code = 0) const { expectReturn(*begin(arguments), code); }
+
+    bool hasLauncher(const ChildProcess &process) const
+    {
+        return !screen_.windowsOf(process.pid()).isEmpty();
+    }
+    /// Waits for the launcher of \a process to have the keyboard, and types there.
+    void type(const ChildProcess &process, const QString &text, const QString &key) const
+    {
+        const QString window = screen_.windowOf(process.pid());
+        ASSERT_FALSE(window.isEmpty());
+        ASSERT_TRUE(waitUntil([&] { return screen_.hasKeyboard(window); }));
+        screen_.ask(QStringLiteral("xdotool"), {QStringLiteral("type"), text});
+        screen_.typeKey(key);
+    }
+    void typeReturn(const ChildProcess &process, const QString &text) const
+    {
+        type(process, text, QStringLiteral("Return"));
+    }
+    bool isNamedOnBus(const QString &name) const
+    {
+        const QDBusConnection bus = QDBusConnection::connectToBus(bus_.address(), connectionName);
+        const bool isNamed = bus.interface()->isServiceRegistered(name);
+        QDBusConnection::disconnectFromBus(connectionName);
+        return isNamed;
+    }
+    QString other() const
+    {
+        const QString folder = home_.filePath(QStringLiteral("other"));
+        EXPECT_TRUE(QDir().mkpath(folder));
+        return folder;
+    }
+};
+
+} // namespace
+
+TEST_F(LauncherProgramTest, TheRunningHelperOpensItAndCreatesInTheFoldersAsOneStep)
+{
+    const FakeDesktop desktop(bus_.address(), {});
+    const auto helper = start();
+    // Nobody tells of this.
+    QNBSettings changed = settings();
+    changed.presets.removeFirst();
+    store(changed);
+    call({launcherOption, inOption, target(), inOption, other()});
+    ASSERT_NO_FATAL_FAILURE(typeReturn(*helper, QStringLiteral("photo")));
+    ASSERT_TRUE(waitUntil([&] { return desktop.shown().size() == 2; }));
+    EXPECT_THAT(tree(), ElementsAre(QStringLiteral("Raw/")));
+    EXPECT_THAT(tree(other()), ElementsAre(QStringLiteral("Raw/")));
+    call({QStringLiteral("--undo")});
+    EXPECT_THAT(tree(), IsEmpty());
+    EXPECT_THAT(tree(other()), IsEmpty());
+    expectEndOf(*helper);
+}
+
+TEST_F(LauncherProgramTest, APresetThatIsAddedWhileItIsOpenIsShown)
+{
+    useTarget();
+    const FakeDesktop desktop(bus_.address(), {});
+    const auto helper = start();
+    call({launcherOption});
+    ASSERT_NO_FATAL_FAILURE(type(*helper, QStringLiteral("mor"), QStringLiteral("Right")));
+    QNBSettings more = settings();
+    more.presets.append(record(preset(QStringLiteral("More"), {folder(QStringLiteral("Made"), {})})));
+    storeAndPost(more);
+    ASSERT_TRUE(waitUntil([&] { return helper->errors().contains("presets in the menu: 3"); }));
+    screen_.typeKey(QStringLiteral("Return"));
+    ASSERT_TRUE(waitUntil([&] { return desktop.shown().size() == 1; }));
+    EXPECT_THAT(tree(), ElementsAre(QStringLiteral("Made/")));
+    expectEndOf(*helper);
+}
+
+TEST_F(LauncherProgramTest, WithoutAHelperItIsAProcessOfItsOwnThatEndsWhenAllIsDone)
+{
+    const FakeDesktop desktop(bus_.address(), {QStringLiteral("actions")});
+    const auto launcher = begin({launcherOption, inOption, target()});
+    ASSERT_NO_FATAL_FAILURE(typeReturn(*launcher, QStringLiteral("let")));
+    expectReturn(*launcher, 0);
+    EXPECT_THAT(tree(), ElementsAre(QStringLiteral("In/"), QStringLiteral("In/a.txt")));
+    ASSERT_EQ(desktop.shown().size(), 1);
+    EXPECT_EQ(desktop.shown().constFirst().title, QStringLiteral("\"Letters\" was created"));
+    EXPECT_THAT(desktop.shown().constFirst().actions, IsEmpty()) << "nobody is there to hear of them";
+    EXPECT_FALSE(isNamedOnBus(HelperService::name)) << "whether the helper runs is the user's choice";
+    // The folder is remembered, for this process and for a helper.
+    const auto again = begin({launcherOption});
+    ASSERT_NO_FATAL_FAILURE(typeReturn(*again, QStringLiteral("photo")));
+    expectReturn(*again, 0);
+    EXPECT_THAT(tree(),
+                ElementsAre(QStringLiteral("In/"), QStringLiteral("In/a.txt"), QStringLiteral("Raw/")));
+}
+
+TEST_F(LauncherProgramTest, WithoutABusItCreatesAllTheSameAndTellsAFailureInAWindow)
+{
+    const QProcessEnvironment withoutBus = screen_.environmentFrom(home_.environment());
+    const auto launcher = begin({launcherOption, inOption, target()}, withoutBus);
+    ASSERT_NO_FATAL_FAILURE(typeReturn(*launcher, QStringLiteral("let")));
+    expectReturn(*launcher, 0);
+    EXPECT_THAT(tree(), ElementsAre(QStringLiteral("In/"), QStringLiteral("In/a.txt")));
+
+    const auto failing =
+        begin({launcherOption, inOption, home_.filePath(QStringLiteral("gone"))}, withoutBus);
+    ASSERT_NO_FATAL_FAILURE(typeReturn(*failing, QStringLiteral("let")));
+    const QString told = screen_.windowNamed(QStringLiteral("Quenby"));
+    ASSERT_FALSE(told.isEmpty());
+    ASSERT_TRUE(screen_.activate(told));
+    screen_.typeKey(QStringLiteral("Return"));
+    expectReturn(*failing, 0);
+}
+
+TEST_F(LauncherProgramTest, EscapeEndsAProcessOfItsOwnAndASignalDoesToo)
+{
+    const auto launcher = begin({launcherOption});
+    ASSERT_NO_FATAL_FAILURE(type(*launcher, QStringLiteral("let"), QStringLiteral("Escape")));
+    expectReturn(*launcher, 0);
+    const auto ended = begin({launcherOption});
+    ASSERT_FALSE(screen_.windowOf(ended->pid()).isEmpty());
+    expectEndOf(*ended);
+    EXPECT_THAT(tree(), IsEmpty());
+}
+
+TEST_F(LauncherProgramTest, TheEntryThatAnEarlierVersionGaveFileManagersOpensIt)
+{
+    const FakeDesktop desktop(bus_.address(), {});
+    const auto helper = start();
+    call({QStringLiteral("--menu"), QStringLiteral("--notify"), inOption, target()});
+    ASSERT_NO_FATAL_FAILURE(typeReturn(*helper, QStringLiteral("raw")));
+    // Nothing matches: a part of the label counts, not of what is in the preset.
+    EXPECT_TRUE(hasLauncher(*helper));
+    for (int i = 0; i < 3; ++i)
+        screen_.typeKey(QStringLiteral("BackSpace"));
+    screen_.typeKey(QStringLiteral("Return"));
+    ASSERT_TRUE(waitUntil([&] { return desktop.shown().size() == 1; }));
+    EXPECT_THAT(tree(), ElementsAre(QStringLiteral("In/"), QStringLiteral("In/a.txt")));
+    expectEndOf(*helper);
+}
+
+TEST_F(LauncherProgramTest, WhatAnOldMenuShowsAndIsGoneIsNotCreatedAndTheOthersAreShown)
+{
+    const FakeDesktop desktop(bus_.address(), {});
+    const auto helper = start();
+    for (const QStringList &entry :
+         {QStringList{QStringLiteral("Gone"), QStringLiteral("--position"), QStringLiteral("1")},
+          QStringList{letters, QStringLiteral("--position"), QStringLiteral("2")},
+          // As entries were written once.
+          QStringList{QStringLiteral("#2")}}) {
+        const qsizetype told = desktop.shown().size();
+        call(QStringList{QStringLiteral("--create")} + entry +
+                 QStringList{QStringLiteral("--notify"), inOption, target()},
+             2);
+        ASSERT_TRUE(waitUntil([&] { return desktop.shown().size() > told; }));
+        EXPECT_THAT(desktop.shown().constLast().title.toStdString(), HasSubstr("was not created"));
+        EXPECT_THAT(desktop.shown().constLast().text.toStdString(),
+                    HasSubstr(entry.constFirst().toStdString()));
+        ASSERT_NO_FATAL_FAILURE(type(*helper, QStringLiteral("let"), QStringLiteral("Escape")));
+        EXPECT_TRUE(waitUntil([&] { return !hasLauncher(*helper); }));
+        EXPECT_THAT(tree(), IsEmpty());
+    }
+    expectEndOf(*helper);
+}
+
+TEST_F(LauncherProgramTest, PresetsThatCannotBeReadAreToldOfInAProcessOfItsOwn)
+{
+    const QString domain = home_.configFolder() + QStringLiteral("/" QUENBY_IDENTIFIER ".plist");
+    const QString aside = home_.filePath(QStringLiteral("aside"));
+    ASSERT_TRUE(QFile::rename(domain, aside));
+    // What a folder in its place holds nobody can say.
+    ASSERT_TRUE(QDir().mkdir(domain));
+    const FakeDesktop desktop(bus_.address(), {});
+    const auto launcher = begin({launcherOption, inOption, target()});
+    ASSERT_NO_FATAL_FAILURE(typeReturn(*launcher, QStringLiteral("let")));
+    EXPECT_TRUE(hasLauncher(*launcher));
+    // It is tried again, and what was typed stays.
+    ASSERT_TRUE(QDir().rmdir(domain));
+    ASSERT_TRUE(QFile::rename(aside, domain));
+    ASSERT_TRUE(waitUntil([&] {
+        screen_.typeKey(QStringLiteral("Return"));
+        return !launcher->isRunning();
+    }));
+    expectReturn(*launcher, 0);
+    EXPECT_THAT(tree(), ElementsAre(QStringLiteral("In/"), QStringLiteral("In/a.txt")));
+}
