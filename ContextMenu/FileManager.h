@@ -32,12 +32,14 @@ public:
     /// Whether something of what \a manifest notes for it is really there.
     virtual bool hasEntries(const Manifest &manifest) const = 0;
 
-    /// Makes its entries show \a menu. What is as it should be is not written again; what its user has
-    /// changed stays as it is, with a line in the log. \a manifest is saved as needed.
-    virtual Result<> write(const PresetMenu &menu, Manifest &manifest) const = 0;
+    /// Makes its entries show \a menu. What is as it should be is not written again. \a manifest is saved as
+    /// needed. Gives what is not in the menu now and why, a sentence each: what its user has changed stays as
+    /// it is.
+    virtual Result<QStringList> write(const PresetMenu &menu, Manifest &manifest) const = 0;
 
-    /// Removes what was written, and the file manager from \a manifest, which the caller saves.
-    virtual Result<> remove(Manifest &manifest) const = 0;
+    /// Removes what was written, and the file manager from \a manifest, which the caller saves. Gives a
+    /// sentence for each thing that stays because its user has changed it.
+    virtual Result<QStringList> remove(Manifest &manifest) const = 0;
 
 protected:
     /// Where it keeps its settings.

@@ -3,18 +3,16 @@
 
 #include "ContextMenu/FileManagerWithFiles.h"
 
+#include "ContextMenu/Outcome.h"
 #include "Platform/BoundedFile.h"
 
 #include <QFileInfo>
-#include <QLoggingCategory>
 
 #include <algorithm>
 #include <optional>
 #include <sys/stat.h>
 
 namespace {
-
-Q_LOGGING_CATEGORY(lcFiles, "quenby.contextmenu.files")
 
 /// One of ours has a few kilobytes.
 constexpr qint64 largestFile = qint64(64) << 20;
@@ -40,19 +38,9 @@ Present present(const QString &path)
     return {true, BoundedFile::read(path, largestFile).value};
 }
 
-void sayThatItIsLeftAlone(const QString &path)
+QString leftAlone(const QString &path)
 {
-    qCWarning(lcFiles) << "left alone, it is not as it was written:" << path;
-}
-
-/// Keeps the first of several failures.
-void keep(Result<> &kept, Result<> result)
-{
-    if (result)
-        return;
-    qCWarning(lcFiles) << result.error;
-    if (kept)
-        kept = std::move(result);
+    return QStringLiteral("%1 was changed since it was written, and is left alone").arg(path);
 }
 
 } // namespace
@@ -64,23 +52,24 @@ bool FileManagerWithFiles::hasEntries(const Manifest &manifest) const
                        [](const QString &path) { return QFileInfo::exists(path); });
 }
 
-Result<> FileManagerWithFiles::write(const PresetMenu &menu, Manifest &manifest) const
+Result<QStringList> FileManagerWithFiles::write(const PresetMenu &menu, Manifest &manifest) const
 {
     return synchronize(files(menu), manifest);
 }
 
-Result<> FileManagerWithFiles::remove(Manifest &manifest) const
+Result<QStringList> FileManagerWithFiles::remove(Manifest &manifest) const
 {
-    Result<> result = synchronize({}, manifest);
+    Result<QStringList> result = synchronize({}, manifest);
     if (result)
         manifest.removeEntries(program());
     return result;
 }
 
-Result<> FileManagerWithFiles::synchronize(const QList<File> &files, Manifest &manifest) const
+Result<QStringList> FileManagerWithFiles::synchronize(const QList<File> &files, Manifest &manifest) const
 {
     const Manifest::Entries before = manifest.entries(program());
     Manifest::Entries after;
+    Outcome outcome;
 
     // Whatever happens from here on, what we write is known.
     Manifest::Entries meanwhile = before;
@@ -90,7 +79,7 @@ Result<> FileManagerWithFiles::synchronize(const QList<File> &files, Manifest &m
         const Present current = present(file.path);
         if (current.isThere && current.content != file.content &&
             !current.isOneOf(before.files.value(file.path))) {
-            sayThatItIsLeftAlone(file.path);
+            outcome.remark(leftAlone(file.path));
             if (before.files.contains(file.path))
                 after.files.insert(file.path, before.files.value(file.path));
             continue;
@@ -105,9 +94,8 @@ Result<> FileManagerWithFiles::synchronize(const QList<File> &files, Manifest &m
     }
     manifest.setEntries(program(), meanwhile);
     if (Result<> saved = manifest.save(); !saved)
-        return saved;
+        return Result<QStringList>::failure(saved.error);
 
-    Result<> result;
     const DurableFileWriter writer;
     for (const File &file : std::as_const(changed)) {
         Result<> written = writer.makeFolder(QFileInfo(file.path).path());
@@ -119,7 +107,7 @@ Result<> FileManagerWithFiles::synchronize(const QList<File> &files, Manifest &m
         // It may hold either content now.
         if (!written)
             after.files[file.path] = meanwhile.files.value(file.path);
-        keep(result, std::move(written));
+        outcome.add(written);
     }
     for (auto old = before.files.begin(); old != before.files.end(); ++old) {
         if (after.files.contains(old.key()))
@@ -129,16 +117,16 @@ Result<> FileManagerWithFiles::synchronize(const QList<File> &files, Manifest &m
         if (!current.isThere)
             continue;
         if (!current.isOneOf(old.value())) {
-            sayThatItIsLeftAlone(old.key());
+            outcome.remark(leftAlone(old.key()));
             continue;
         }
-        Result<> removed = writer.remove(old.key());
+        const Result<> removed = writer.remove(old.key());
         if (!removed)
             after.files.insert(old.key(), old.value());
-        keep(result, std::move(removed));
+        outcome.add(removed);
     }
     manifest.setEntries(program(), after);
     manifest.removeEmptyFolders();
-    keep(result, manifest.save());
-    return result;
+    outcome.add(manifest.save());
+    return outcome.result();
 }

@@ -17,12 +17,12 @@ public:
     };
 
     bool hasEntries(const Manifest &manifest) const final;
-    Result<> write(const PresetMenu &menu, Manifest &manifest) const final;
-    Result<> remove(Manifest &manifest) const final;
+    Result<QStringList> write(const PresetMenu &menu, Manifest &manifest) const final;
+    Result<QStringList> remove(Manifest &manifest) const final;
 
     /// What there should be for \a menu.
     virtual QList<File> files(const PresetMenu &menu) const = 0;
 
 private:
-    Result<> synchronize(const QList<File> &files, Manifest &manifest) const;
+    Result<QStringList> synchronize(const QList<File> &files, Manifest &manifest) const;
 };

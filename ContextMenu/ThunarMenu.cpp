@@ -114,14 +114,15 @@ bool ThunarMenu::knowsSubmenus(const QByteArray &file) const
     return version.isNull() || version >= firstVersionWithSubmenus;
 }
 
-QByteArrayList ThunarMenu::actions(const PresetMenu &menu, bool withSubmenu)
+QByteArrayList ThunarMenu::actions(const PresetMenu &menu, bool withSubmenu, QStringList &remarks)
 {
     QByteArrayList actions;
     for (const PresetMenu::Item &item : menu.items) {
         const QByteArray command = MenuText::shellCommandLine(menu.commandLine(item), "%f");
         const QString commandText = QString::fromUtf8(command);
         if (!isXML(commandText) || !isXML(item.title) || commandText.toUtf8() != command) {
-            qCWarning(lcThunar) << "not in the menu, XML has no form for it:" << item.title;
+            remarks.append(QStringLiteral("%1 is not in the menu of Thunar, whose file has no form for it")
+                               .arg(item.title));
             continue;
         }
         const QString title = MenuText::withoutMnemonics(
@@ -153,7 +154,7 @@ bool ThunarMenu::hasEntries(const Manifest &manifest) const
     });
 }
 
-Result<> ThunarMenu::write(const PresetMenu &menu, Manifest &manifest) const
+Result<QStringList> ThunarMenu::write(const PresetMenu &menu, Manifest &manifest) const
 {
     const QString path = actionsFile();
     Manifest::Entries entries = manifest.entries(program());
@@ -162,7 +163,7 @@ Result<> ThunarMenu::write(const PresetMenu &menu, Manifest &manifest) const
     if (isThere(path)) {
         const Result<QByteArray> bytes = BoundedFile::read(path, largestFile);
         if (!bytes)
-            return Result<>::failure(bytes.error);
+            return Result<QStringList>::failure(bytes.error);
         present = *bytes;
         if (!entries.sharedFiles.contains(path))
             entries.sharedFiles.insert(path, QString());
@@ -171,23 +172,26 @@ Result<> ThunarMenu::write(const PresetMenu &menu, Manifest &manifest) const
         present = actionsOfTheSystem();
         entries.sharedFiles.insert(path, Manifest::hashOf(present));
     }
+    QStringList remarks;
     const std::optional<QByteArray> wanted =
-        ThunarActions::withActions(present, actions(menu, knowsSubmenus(present)), &error);
+        ThunarActions::withActions(present, actions(menu, knowsSubmenus(present), remarks), &error);
     if (!wanted)
-        return Result<>::failure(QStringLiteral("%1 is left alone, it is damaged: %2").arg(path, error));
+        return Result<QStringList>::failure(
+            QStringLiteral("%1 is left alone, it is damaged: %2").arg(path, error));
     manifest.setEntries(program(), entries);
     if (Result<> saved = manifest.save(); !saved)
-        return saved;
+        return Result<QStringList>::failure(saved.error);
     if (*wanted == present)
-        return {};
+        return remarks;
     const DurableFileWriter writer;
     if (Result<> made = writer.makeFolder(QFileInfo(path).path()); !made)
-        return made;
+        return Result<QStringList>::failure(made.error);
     writer.removeStrayTemporaries(path);
-    return writer.write(path, *wanted);
+    const Result<> written = writer.write(path, *wanted);
+    return written ? remarks : Result<QStringList>::failure(written.error);
 }
 
-Result<> ThunarMenu::remove(Manifest &manifest) const
+Result<QStringList> ThunarMenu::remove(Manifest &manifest) const
 {
     const Manifest::Entries entries = manifest.entries(program());
     const DurableFileWriter writer;
@@ -200,7 +204,7 @@ Result<> ThunarMenu::remove(Manifest &manifest) const
         const std::optional<QByteArray> wanted =
             present ? ThunarActions::withActions(*present, {}, &error) : std::nullopt;
         if (!wanted)
-            return Result<>::failure(
+            return Result<QStringList>::failure(
                 QStringLiteral("%1 is left alone, it is damaged: %2").arg(file.key(), error));
         Result<> result;
         if (Manifest::hashOf(*wanted) == file.value())
@@ -208,8 +212,8 @@ Result<> ThunarMenu::remove(Manifest &manifest) const
         else if (*wanted != *present)
             result = writer.write(file.key(), *wanted);
         if (!result)
-            return result;
+            return Result<QStringList>::failure(result.error);
     }
     manifest.removeEntries(program());
-    return {};
+    return QStringList();
 }

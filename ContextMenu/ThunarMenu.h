@@ -14,12 +14,12 @@ public:
     QString name() const override;
     QString program() const override;
     bool hasEntries(const Manifest &manifest) const override;
-    Result<> write(const PresetMenu &menu, Manifest &manifest) const override;
-    Result<> remove(Manifest &manifest) const override;
+    Result<QStringList> write(const PresetMenu &menu, Manifest &manifest) const override;
+    Result<QStringList> remove(Manifest &manifest) const override;
 
     /// The elements for \a menu. Before version 4.17 the program knows no submenus, and refuses a file that
-    /// has any.
-    static QByteArrayList actions(const PresetMenu &menu, bool withSubmenu);
+    /// has any. \a remarks get a sentence for each preset that the file has no form for.
+    static QByteArrayList actions(const PresetMenu &menu, bool withSubmenu, QStringList &remarks);
 
 protected:
     QString configurationFolder() const override;

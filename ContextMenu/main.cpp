@@ -43,8 +43,8 @@ for: beside this plug-in, among the login items, in the folders of settings
 panes, in PATH. If it is not found, "register" notes what is
 there, and the helper has the entries written when it starts.
 
-A file of ours that was changed is left alone, and named on the standard error
-output. In Thunar's file, which holds others' actions too, only those are touched
+A file of ours that was changed is left alone. What is not in a menu, and why, is
+printed. In Thunar's file, which holds others' actions too, only those are touched
 whose identifier begins with "quenby-".
 
 Thunar and PCManFM-Qt read their entries once, and show what has changed after
@@ -65,14 +65,6 @@ Exit status: 0 if all was done, 1 if something could not be, or if the home
 folder belongs to another user, 2 for wrong use.
 )";
 
-int exitStatus(const Result<> &result)
-{
-    if (result)
-        return EXIT_SUCCESS;
-    std::fputs(qPrintable(linesText(QStringLiteral("QNBContextMenu: %1\n").arg(result.error))), stderr);
-    return EXIT_FAILURE;
-}
-
 /// The helper that was named, else the one that is found.
 QByteArray helper(const QStringList &arguments)
 {
@@ -80,21 +72,29 @@ QByteArray helper(const QStringList &arguments)
                                 : HelperFinder::find(QCoreApplication::applicationFilePath());
 }
 
-Result<> perform(const QStringList &arguments)
+Result<QStringList> perform(const QStringList &arguments)
 {
-    if (Result<> home = HomeOwner::check(); !home)
-        return home;
+    if (const Result<> home = HomeOwner::check(); !home)
+        return Result<QStringList>::failure(home.error);
     if (arguments.constFirst() == u"register")
         return Registration::registerWith(helper(arguments));
     if (arguments.constFirst() == u"refresh")
         return Registration::refresh(helper(arguments));
     if (arguments.constFirst() == u"unregister")
         return Registration::unregister();
-    const Result<QString> list = Registration::list();
-    if (!list)
-        return Result<>::failure(list.error);
-    std::fputs(qPrintable(linesText(*list)), stdout);
-    return {};
+    return Registration::list();
+}
+
+/// Prints what came of it, and gives the exit status.
+int print(const Result<QStringList> &lines)
+{
+    if (!lines) {
+        std::fputs(qPrintable(linesText(QStringLiteral("QNBContextMenu: %1\n").arg(lines.error))), stderr);
+        return EXIT_FAILURE;
+    }
+    for (const QString &line : *lines)
+        std::puts(qPrintable(linesText(line)));
+    return EXIT_SUCCESS;
 }
 
 } // namespace
@@ -110,7 +110,7 @@ int main(int argc, char **argv)
         return wrongUse;
     }
     if (mayNameHelper || command == u"unregister" || command == u"list")
-        return exitStatus(perform(arguments));
+        return print(perform(arguments));
     if (command == u"--help" || command == u"-h") {
         std::fputs(usage, stdout);
         return EXIT_SUCCESS;

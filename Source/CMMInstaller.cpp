@@ -218,16 +218,15 @@ bool CMMInstaller::installCMM()
     return false;
 }
 
-void CMMInstaller::removeCMM(const std::function<void(const Result<> &)> &done)
+void CMMInstaller::removeCMM(const FileManagers::Answered &done)
 {
     // What was written is known to every plug-in of this user.
     services_.askPlugin(
         ownPlugin(), unregisterCommand,
         [services = services_, installed = installedPlugin(), done](const Result<QString> &answer) {
-            if (!answer)
-                done(Result<>::failure(answer.error));
-            else
-                done(services.fileExists(installed) ? services.removeItem(installed) : Result<>());
+            const Result<> removed =
+                answer && services.fileExists(installed) ? services.removeItem(installed) : Result<>();
+            done(removed ? answer : Result<QString>::failure(removed.error));
         });
 }
 

@@ -80,8 +80,8 @@ public:
     /// failures itself.
     bool installCMM();
     /// The opposite: has the entries taken out of the file managers' menus, then removes the user's plug-in.
-    /// \a done is told what went wrong; the plug-in stays if its entries do.
-    void removeCMM(const std::function<void(const Result<> &)> &done);
+    /// \a done is told what the plug-in said, or what went wrong; the plug-in stays if its entries do.
+    void removeCMM(const FileManagers::Answered &done);
     /// Has the pane's own plug-in list the file managers.
     void listFileManagers(const FileManagers::Answered &answered) const;
 

@@ -48,7 +48,7 @@ CMMInstaller QNBFileManagersRow::installer()
         if (!row)
             return;
         row->wasInstalled_ = true;
-        row->end(answer.error);
+        row->end(answer);
     };
     return CMMInstaller(std::move(services));
 }
@@ -57,14 +57,14 @@ void QNBFileManagersRow::begin(const QString &sentence)
 {
     isBusy_ = true;
     wasInstalled_ = false;
-    takeBackHint();
+    takeBackTip();
     show({sentence}, false, false);
 }
 
-void QNBFileManagersRow::end(const QString &problem)
+void QNBFileManagersRow::end(const Result<QString> &answer)
 {
     isBusy_ = false;
-    problem_ = problem;
+    problem_ = answer ? answer->trimmed() : answer.error;
     without_.clear();
     update();
 }
@@ -92,12 +92,19 @@ void QNBFileManagersRow::updateAndTell()
 
 void QNBFileManagersRow::showAnswer(const Result<QString> &answer)
 {
+    CMMInstaller ours = installer();
+    const auto notWell = [](const QString &problem) {
+        return tr("Not everything went well: %1").arg(lineText(problem));
+    };
+    // To install is also what repairs a list that cannot be read.
+    if (!answer)
+        return show({notWell(answer.error)}, true, ours.isInstalled());
     QStringList with;
     const bool wasMissing = !std::exchange(without_, {}).isEmpty();
-    const QStringList lines = answer ? answer->split(u'\n', Qt::SkipEmptyParts) : QStringList();
+    const QStringList lines = answer->split(u'\n', Qt::SkipEmptyParts);
     for (const QString &line : lines)
         (line.section(u'\t', 1) == hasEntries ? with : without_).append(line.section(u'\t', 0, 0));
-    if (answer && wasMissing && without_.isEmpty())
+    if (wasMissing && without_.isEmpty())
         problem_.clear();
 
     QStringList sentences;
@@ -105,7 +112,7 @@ void QNBFileManagersRow::showAnswer(const Result<QString> &answer)
         sentences.append(tr("The presets are in the menus of %1.").arg(inLine(with)));
     if (!without_.isEmpty())
         sentences.append(tr("They are not in the menus of %1.").arg(inLine(without_)));
-    if (answer && with.isEmpty())
+    if (with.isEmpty())
         sentences =
             without_.isEmpty()
                 ? QStringList(tr("No file manager was found that takes entries for its menus."))
@@ -114,15 +121,12 @@ void QNBFileManagersRow::showAnswer(const Result<QString> &answer)
     late.removeIf([&with](const QString &name) { return !with.contains(name); });
     if (wasInstalled_ && !late.isEmpty())
         sentences.append(tr("In %1 they show up once the file manager is started again.").arg(inLine(late)));
-    const QString problem = answer ? problem_ : answer.error;
-    if (!problem.isEmpty())
-        sentences.append(tr("Not everything went well: %1").arg(lineText(problem)));
-    CMMInstaller ours = installer();
+    if (!problem_.isEmpty())
+        sentences.append(notWell(problem_));
     const bool isOld = ours.isInstalled() && !ours.isCurrent();
     if (isOld)
         sentences.append(tr("What is installed comes from another version of Quenby."));
-    // To install is also what repairs a list that cannot be read.
-    show(sentences, !answer || isOld || !without_.isEmpty() || (!with.isEmpty() && !problem.isEmpty()),
+    show(sentences, isOld || !without_.isEmpty() || (!with.isEmpty() && !problem_.isEmpty()),
          !with.isEmpty() || ours.isInstalled());
     if (std::exchange(isToTell_, false) && with.isEmpty() && !without_.isEmpty())
         tellOnce(ours);
@@ -141,15 +145,15 @@ void QNBFileManagersRow::install()
     // It may ask questions, during which the pane may go.
     const QPointer row(this);
     if (!installer().installCMM() && row)
-        end({});
+        end(QString());
 }
 
 void QNBFileManagersRow::remove()
 {
     begin(tr("The presets are being taken out of the menus…"));
-    installer().removeCMM([row = QPointer(this)](const Result<> &removed) {
+    installer().removeCMM([row = QPointer(this)](const Result<QString> &answer) {
         if (row)
-            row->end(removed.error);
+            row->end(answer);
     });
 }
 
@@ -159,7 +163,7 @@ void QNBFileManagersRow::tellOnce(CMMInstaller &installer)
     if (!listener || installer.isInstalled() || installer.wasOffered())
         return;
     installer.setOffered();
-    listener->showNotice({.kind = PaneNotice::Kind::Hint,
+    listener->showNotice({.kind = PaneNotice::Kind::Tip,
                           .text = tr("The presets can be put into the menus of %1.").arg(inLine(without_)),
                           .actions = {{tr("Show Me"), [row = QPointer(this)] {
                                            if (row)
@@ -167,15 +171,15 @@ void QNBFileManagersRow::tellOnce(CMMInstaller &installer)
                                        }}}});
 }
 
-void QNBFileManagersRow::takeBackHint()
+void QNBFileManagersRow::takeBackTip()
 {
     if (PreferencePaneListener *const listener = listener_())
-        listener->takeBackNotice(PaneNotice::Kind::Hint);
+        listener->takeBackNotice(PaneNotice::Kind::Tip);
 }
 
 void QNBFileManagersRow::reveal()
 {
-    takeBackHint();
+    takeBackTip();
     for (QWidget *page = installButton_; page; page = page->parentWidget()) {
         auto *tabs =
             page->parentWidget() ? qobject_cast<QTabWidget *>(page->parentWidget()->parentWidget()) : nullptr;

@@ -40,13 +40,13 @@ public:
 private:
     void install();
     void remove();
-    /// Something is done from now on; until it has been done, and \a problem came of it, or none if empty.
+    /// Something is done from now on; until it has been done, and the plug-in said \a answer to it.
     void begin(const QString &sentence);
-    void end(const QString &problem);
+    void end(const Result<QString> &answer);
     void showAnswer(const Result<QString> &answer);
     void show(const QStringList &sentences, bool canInstall, bool canRemove);
     void tellOnce(CMMInstaller &installer);
-    void takeBackHint();
+    void takeBackTip();
     /// Shows the tab with the row.
     void reveal();
     CMMInstaller installer();
@@ -56,7 +56,8 @@ private:
     QLabel *state_;
     QPushButton *installButton_;
     QPushButton *removeButton_;
-    /// Of what was done last; empty if all went well, or what was missing after it is there by now.
+    /// Of what was done last: why it failed, or what the plug-in remarked; empty if all went well, or what
+    /// was missing after it is there by now.
     QString problem_;
     QStringList without_;
     /// What was done last was to install.

@@ -41,7 +41,7 @@ protected:
 bool isDismissible(PaneNotice::Kind kind)
 {
     return kind == PaneNotice::Kind::Replaced || kind == PaneNotice::Kind::LeftOut ||
-           kind == PaneNotice::Kind::Hint;
+           kind == PaneNotice::Kind::Hint || kind == PaneNotice::Kind::Tip;
 }
 
 /// Screen readers announce an alert when it appears.

@@ -25,6 +25,8 @@ struct PaneNotice
         LeftOut,
         /// Worth knowing once; may be dismissed.
         Hint,
+        /// Something that the user may not know can be done; may be dismissed.
+        Tip,
     };
 
     /// One button. What it does is called on the main thread; the notice stays until it is taken back.

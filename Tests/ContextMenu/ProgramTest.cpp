@@ -246,6 +246,17 @@ TEST_F(ProgramTest, TheListSaysWhichFileManagersAreThereAndWhichHaveTheEntries)
     EXPECT_EQ(run({QStringLiteral("list")}).output, without);
 }
 
+TEST_F(ProgramTest, WhatIsLeftAloneIsPrinted)
+{
+    ASSERT_EQ(run({QStringLiteral("register"), calledHelper()}).output, "");
+    const QString script = data(QStringLiteral("nemo/scripts/Quenby/") + scriptName_);
+    put(script, "mine");
+    const Result result = run({QStringLiteral("register"), calledHelper()});
+    EXPECT_EQ(result.code, 0) << result.errors.constData();
+    EXPECT_TRUE(result.output.contains("nemo/scripts/Quenby/") && result.output.contains("is left alone\n"))
+        << result.output.constData();
+}
+
 TEST_F(ProgramTest, AFailureIsToldByItsStatus)
 {
     put(config(QStringLiteral("Thunar/uca.xml")), "<actions>");

@@ -195,7 +195,8 @@ TEST_F(RegistrationTest, WithoutAHelperTheMenuWaitsForIt)
 {
     storeAB();
     makeFolder(data(QStringLiteral("dolphin")));
-    ASSERT_TRUE(Registration::registerWith({}));
+    EXPECT_EQ(Registration::registerWith({}).value,
+              QStringList(QStringLiteral("the helper was not found, it writes the menu when it starts")));
     EXPECT_FALSE(QFile::exists(serviceMenu()));
     ASSERT_TRUE(Registration::refresh(helper()));
     EXPECT_TRUE(contentOf(serviceMenu()).contains("Name=a\n"));
@@ -237,8 +238,10 @@ TEST_F(RegistrationTest, WhatItsUserHasChangedIsLeftAlone)
     ASSERT_TRUE(Registration::registerWith(helper()));
     put(nautilusScript("a"), "mine now");
     put(serviceMenu(), "mine too");
-    ASSERT_TRUE(Registration::refresh(helper()));
-    ASSERT_TRUE(Registration::registerWith(helper()));
+    const QString suffix = QStringLiteral(" was changed since it was written, and is left alone");
+    const QStringList changed{serviceMenu() + suffix, nautilusScript("a") + suffix};
+    EXPECT_EQ(Registration::refresh(helper()).value, changed);
+    EXPECT_EQ(Registration::registerWith(helper()).value, changed);
     storePresets({QStringLiteral("b"), QStringLiteral("c")});
     ASSERT_TRUE(Registration::refresh(helper()));
     EXPECT_EQ(contentOf(nautilusScript("a")), "mine now");
@@ -285,14 +288,15 @@ TEST_F(RegistrationTest, OneFailureKeepsNoneOfTheOthers)
     put(config(QStringLiteral("Thunar/uca.xml")), damaged);
     // No folder can be made where a file is.
     put(data(QStringLiteral("kio")), "");
-    const Result<> result = Registration::registerWith(helper());
+    const Result<QStringList> result = Registration::registerWith(helper());
     EXPECT_FALSE(result);
+    EXPECT_TRUE(result.error.contains(u"uca.xml") && result.error.contains(u"kio")) << "every reason is told";
     EXPECT_EQ(contentOf(config(QStringLiteral("Thunar/uca.xml"))), damaged);
     EXPECT_EQ(nautilusScripts().size(), 3);
     EXPECT_TRUE(QFile::exists(config(QStringLiteral("caja/scripts/Quenby/a"))));
     EXPECT_EQ(
-        Registration::list().value,
-        QStringLiteral("Dolphin\tno\nNautilus\tyes\nNemo\tyes\nThunar\tno\nPCManFM-Qt\tyes\nCaja\tyes\n"));
+        Registration::list()->join(u'\n'),
+        QStringLiteral("Dolphin\tno\nNautilus\tyes\nNemo\tyes\nThunar\tno\nPCManFM-Qt\tyes\nCaja\tyes"));
 
     ASSERT_TRUE(QFile::remove(data(QStringLiteral("kio"))));
     ASSERT_TRUE(QFile::remove(config(QStringLiteral("Thunar/uca.xml"))));
@@ -308,14 +312,18 @@ TEST_F(RegistrationTest, EntriesThatTheirUserHasTakenOutAreListedNoMore)
     makeFolder(config(QStringLiteral("Thunar")));
     const QString actions = config(QStringLiteral("Thunar/uca.xml"));
     ASSERT_TRUE(Registration::registerWith(helper()));
-    EXPECT_EQ(Registration::list().value, QStringLiteral("Dolphin\tyes\nThunar\tyes\n"));
+    EXPECT_EQ(Registration::list().value,
+              (QStringList{QStringLiteral("Dolphin\tyes"), QStringLiteral("Thunar\tyes")}));
     ASSERT_TRUE(QFile::remove(serviceMenu()));
     put(actions, "<actions>\n<action><name>quenby-like</name></action>\n</actions>\n");
-    EXPECT_EQ(Registration::list().value, QStringLiteral("Dolphin\tno\nThunar\tno\n"));
+    EXPECT_EQ(Registration::list().value,
+              (QStringList{QStringLiteral("Dolphin\tno"), QStringLiteral("Thunar\tno")}));
     ASSERT_TRUE(QFile::remove(actions));
-    EXPECT_EQ(Registration::list().value, QStringLiteral("Dolphin\tno\nThunar\tno\n"));
+    EXPECT_EQ(Registration::list().value,
+              (QStringList{QStringLiteral("Dolphin\tno"), QStringLiteral("Thunar\tno")}));
     ASSERT_TRUE(Registration::registerWith(helper()));
-    EXPECT_EQ(Registration::list().value, QStringLiteral("Dolphin\tyes\nThunar\tyes\n"));
+    EXPECT_EQ(Registration::list().value,
+              (QStringList{QStringLiteral("Dolphin\tyes"), QStringLiteral("Thunar\tyes")}));
 }
 
 TEST_F(RegistrationTest, AManifestThatCannotBeReadCountsAsNone)
@@ -336,7 +344,7 @@ TEST_F(RegistrationTest, WithAManifestThatCannotBeReadNothingPassesForUnregister
     makeFolder(data(QStringLiteral("dolphin")));
     ASSERT_TRUE(Registration::registerWith(helper()));
     put(manifest(), "no property list");
-    const Result<> unknown = Registration::unregister();
+    const Result<QStringList> unknown = Registration::unregister();
     EXPECT_FALSE(unknown);
     EXPECT_TRUE(unknown.error.contains(manifest())) << qPrintable(unknown.error);
     EXPECT_TRUE(QFile::exists(serviceMenu()));

@@ -57,6 +57,18 @@ TEST_F(ThunarOnScreenTest, APresetIsChosenOnAFolder)
     expectCall(label, {(folder_ + u'/' + inside_).toUtf8()});
 }
 
+TEST_F(ThunarOnScreenTest, AfterAChangeOfThePresetsAnEntryStillCallsForWhatItSays)
+{
+    const QString label = QStringLiteral("Client Project");
+    storePresets({QStringLiteral("Another"), label});
+    ASSERT_NO_FATAL_FAILURE(open(helper()));
+    storePresets({label, QStringLiteral("New"), QStringLiteral("Another")});
+    ASSERT_TRUE(Registration::refresh(helper()));
+    ASSERT_NO_FATAL_FAILURE(thunar_.openMenuOfInside(inside_));
+    ASSERT_NO_FATAL_FAILURE(choosePreset(label));
+    expectCall(label, {(folder_ + u'/' + inside_).toUtf8()});
+}
+
 TEST_F(ThunarOnScreenTest, APresetChosenOnTheBackgroundIsCreatedThere)
 {
     const QString label = QStringLiteral("Client Project");

@@ -338,7 +338,7 @@ TEST_F(CMMInstallerTest, RemovingTakesTheEntriesOutFirstAndKeepsThePluginIfThatF
     InstallerWorld::makePlugin(world.installed(), "1.0", "installed");
     QStringList problems;
     const auto remove = [&] {
-        CMMInstaller(world.services()).removeCMM([&](const Result<> &removed) { problems << removed.error; });
+        CMMInstaller(world.services()).removeCMM([&](const Result<QString> &removed) { problems << removed.error; });
     };
     world.answerOfPlugin = Result<QString>::failure(world.reason);
     remove();

@@ -61,7 +61,7 @@ protected:
     }
     const PaneNotice *hint() const
     {
-        const auto found = listener.notices.constFind(PaneNotice::Kind::Hint);
+        const auto found = listener.notices.constFind(PaneNotice::Kind::Tip);
         return found == listener.notices.constEnd() ? nullptr : &*found;
     }
 };
@@ -160,6 +160,22 @@ TEST_F(QNBFileManagersRowTest, WhatThePluginComplainsOfIsShown)
     EXPECT_TRUE(installButton().isEnabled()) << "it writes anew what could not be read";
 }
 
+TEST_F(QNBFileManagersRowTest, WhatThePluginRemarksIsShownAlthoughItDidNotFail)
+{
+    ASSERT_TRUE(QDir().mkpath(path(QStringLiteral("Library"))));
+    openTab(bothWithout);
+    pluginAnswers.insert(QStringLiteral("register"), QStringLiteral("one was changed\none is odd\n"));
+    pluginAnswers.insert(listCommand, bothWith);
+    installButton().click();
+    EXPECT_TRUE(state().endsWith(u"Not everything went well: one was changed\u240Aone is odd"))
+        << qPrintable(state());
+    pluginAnswers.insert(QStringLiteral("unregister"), QStringLiteral("one stays\n"));
+    pluginAnswers.insert(listCommand, bothWithout);
+    removeButton().click();
+    EXPECT_TRUE(state().endsWith(u"Not everything went well: one stays")) << qPrintable(state());
+    EXPECT_FALSE(QFile::exists(installed()));
+}
+
 TEST_F(QNBFileManagersRowTest, AComplaintIsShownAlthoughNothingIsMissingAfterIt)
 {
     ASSERT_TRUE(QDir().mkpath(path(QStringLiteral("Library"))));
@@ -189,6 +205,34 @@ TEST_F(QNBFileManagersRowTest, AComplaintEndsWhenNothingIsMissingAnyMore)
     EXPECT_TRUE(state().endsWith(u"Not everything went well: never"));
     loseKeyboardAndRegainIt();
     EXPECT_TRUE(state().endsWith(u"Not everything went well: never"));
+}
+
+TEST_F(QNBFileManagersRowTest, AComplaintOutlastsAListThatCannotBeRead)
+{
+    ASSERT_TRUE(QDir().mkpath(path(QStringLiteral("Library"))));
+    openTab(oneWith);
+    pluginAnswers.insert(QStringLiteral("register"), Result<QString>::failure(QStringLiteral("no")));
+    installButton().click();
+    pluginAnswers.insert(listCommand, Result<QString>::failure(QStringLiteral("nobody knows")));
+    loseKeyboardAndRegainIt();
+    EXPECT_EQ(state(), u"Not everything went well: nobody knows");
+    pluginAnswers.insert(listCommand, oneWith);
+    loseKeyboardAndRegainIt();
+    EXPECT_TRUE(state().endsWith(u"Not everything went well: no")) << qPrintable(state());
+    pluginAnswers.insert(listCommand, Result<QString>::failure(QStringLiteral("nobody knows")));
+    loseKeyboardAndRegainIt();
+    pluginAnswers.insert(listCommand, bothWith);
+    loseKeyboardAndRegainIt();
+    EXPECT_FALSE(state().contains(u"Not everything")) << "nothing is missing by now";
+}
+
+TEST_F(QNBFileManagersRowTest, WhatItDoesLeavesTheNoticesOfOthers)
+{
+    ASSERT_TRUE(QDir().mkpath(path(QStringLiteral("Library"))));
+    openTab(bothWithout);
+    listener.showNotice({.kind = PaneNotice::Kind::Hint, .text = QStringLiteral("Nothing is kept.")});
+    installButton().click();
+    EXPECT_TRUE(listener.notices.contains(PaneNotice::Kind::Hint));
 }
 
 TEST_F(QNBFileManagersRowTest, WhatCannotBeInstalledIsToldByTheInstaller)
