@@ -39,10 +39,8 @@ void QNBPrefPanePref::tellUnread(const Result<> &read)
         _listener->takeBackNotice(PaneNotice::Kind::Unreadable);
         return _listener->saved(read);
     }
-    const bool isEdited = _mainView && (!_history.isClean() || _ui_showMenubar->isChecked() != showMenubar ||
-                                        _ui_shortcutRecorderControl->keyCombo() != shortcutCombo);
     PaneNotice notice = QNBStoredNotice::ofUnread(read.error, _services.preferences->damage(),
-                                                  _standIn.value_or(QDateTime()), isEdited);
+                                                  _standIn.value_or(QDateTime()), _mainView && isEdited());
     notice.actions = {{tr("Try Again"), [this] {
                            endEditing();
                            if (const Result<> again = catchUpWithStored(); !again)
@@ -71,6 +69,13 @@ void QNBPrefPanePref::takeSettings(const QNBSettings &settings)
     shortcutCombo = settings.shortcutCombo;
 }
 
+/// Whether presets or options are shown that differ from those that were read, or that stand in for them.
+bool QNBPrefPanePref::isEdited() const
+{
+    return !_history.isClean() || _ui_showMenubar->isChecked() != showMenubar ||
+           _ui_shortcutRecorderControl->keyCombo() != shortcutCombo;
+}
+
 /// What is shown instead of settings that could not be read must not replace them: they are shown if they can
 /// be read by now. Presets that the user has edited meanwhile replace them, with a copy kept; so does an
 /// option that the user has chosen.
@@ -79,10 +84,9 @@ Result<> QNBPrefPanePref::catchUpWithStored()
     QNBSettings stored;
     if (Result<> read = QNBSettingsStore::read(*_services.preferences, ourBundle(), stored); !read)
         return read;
-    const bool isEdited = !_history.isClean();
     // Here, for the next read knows nothing of it.
-    tellMended(!isEdited);
-    if (!isEdited) {
+    tellMended(_history.isClean());
+    if (_history.isClean()) {
         _history.clear();
         _ui_presetListController->setContent({stored.presets.begin(), stored.presets.end()});
     } else if (Result<> kept = _services.preferences->keepAsideCopy(
@@ -151,7 +155,8 @@ Result<> QNBPrefPanePref::writePreferences()
             qCCritical(lcPane) << "nothing is saved over settings that could not be read:"
                                << _services.preferences->path() << caughtUp.error;
             tellUnread(caughtUp);
-            return caughtUp;
+            // What nobody has changed need not be saved.
+            return isEdited() ? caughtUp : Result<>();
         }
     }
     const Result<> saved = QNBSettingsStore::write(*_services.preferences, shownSettings());

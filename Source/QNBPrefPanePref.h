@@ -258,6 +258,7 @@ private:
     void takeSettings(const QNBSettings &settings);
     void tellUnread(const Result<> &read);
     void tellMended(bool isShown);
+    bool isEdited() const;
     Result<> catchUpWithStored();
     /// The presets as they are shown, and what the controls say.
     QNBSettings shownSettings() const;
