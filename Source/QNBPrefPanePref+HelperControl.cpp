@@ -9,6 +9,7 @@
 #include "Toolkit/KeyComboRecorder.h"
 
 #include <QCheckBox>
+#include <QDeadlineTimer>
 #include <QLabel>
 #include <QPushButton>
 #include <QTimer>
@@ -32,7 +33,10 @@ const QString stoppedStatus = QStringLiteral("Status: Quenby is stopped");
 /// A helper that was told to start or to end is given this time before its state is looked at.
 constexpr std::chrono::microseconds helperPause(250'000);
 constexpr std::chrono::milliseconds installerDelay(1000);
-constexpr std::chrono::milliseconds endOfHelper(1000);
+/// A helper that has left the bus is looked at so often until it has ended, and so long: it may have to undo
+/// something first.
+constexpr std::chrono::milliseconds pauseBetweenLooks(1000);
+constexpr std::chrono::seconds longestEnd(90);
 
 /// Has the helper leave the present shortcut to the recorder: else its keys would show the presets. \a post
 /// is kept no longer than \a pane lives; the view may outlive that.
@@ -149,12 +153,20 @@ void QNBPrefPanePref::setUpGeneralTab()
     timer->start(installerDelay);
 
     _ui_generalViewContainer->installEventFilter(this);
-    _services.watchHelper([pane = QPointer(this)] {
-        if (!pane || !pane->_mainView)
+    auto *const looks = new QTimer(_mainView);
+    looks->setInterval(pauseBetweenLooks);
+    const auto last = std::make_shared<QDeadlineTimer>();
+    connect(looks, &QTimer::timeout, this, [this, looks, last] {
+        updateStatus();
+        if (last->hasExpired() || _ui_startStopButton->text() == startTitle)
+            looks->stop();
+    });
+    _services.watchHelper([pane = QPointer(this), looks = QPointer(looks), last] {
+        if (!pane || !looks)
             return;
         pane->updateStatus();
-        // It leaves the bus some time before it ends.
-        QTimer::singleShot(endOfHelper, pane, &QNBPrefPanePref::updateStatus);
+        *last = QDeadlineTimer(longestEnd);
+        looks->start();
     });
 }
 

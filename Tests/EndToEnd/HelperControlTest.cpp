@@ -1,12 +1,16 @@
 // SPDX-FileCopyrightText: Quenby contributors
 // SPDX-License-Identifier: MIT
 
+#include "Platform/SessionBus.h"
+#include "Shared/Source/QNBShared.h"
 #include "Tests/EndToEnd/HelperFixture.h"
 #include "Tests/EndToEnd/HelperProcesses.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+
+#include <csignal>
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
@@ -172,6 +176,21 @@ TEST_F(HelperControlTest, ARunningHelperIsNotToggled)
     ASSERT_NO_FATAL_FAILURE(leave());
     EXPECT_TRUE(helper->isRunning());
     EXPECT_EQ(session_.domain().value(launchKey), "none") << "nobody has chosen";
+}
+
+TEST_F(HelperControlTest, AHelperThatComesOrGoesOnTheBusIsShown)
+{
+    const auto helper = startHelper();
+    ASSERT_NO_FATAL_FAILURE(openGeneralView());
+    expectStatus(runningStatus, stopTitle);
+    helper->signal(SIGKILL);
+    ASSERT_TRUE(helper->waitForEnd());
+    SessionBus bus(session_.busAddress());
+    const QString daemon = QStringLiteral("org.freedesktop.DBus");
+    QDBusMessage request = QDBusMessage::createMethodCall(daemon, QStringLiteral("/org/freedesktop/DBus"),
+                                                          daemon, QStringLiteral("RequestName"));
+    bus.call(request << QNBHelperServiceName() << 0U, patience, [](const QDBusMessage &) {});
+    expectStatus(stoppedStatus, startTitle);
 }
 
 TEST_F(HelperControlTest, StopEndsBothOfTwoHelpers)

@@ -169,7 +169,10 @@ QNBPrefPanePref::Services PaneFixture::services()
                 return filePanelAnswers.isEmpty() ? QStringList() : filePanelAnswers.takeFirst();
             },
         .everyProcessNamed =
-            [this](const QString &name) { return name == u"QNBHelper" ? helpers : QList<TQProcess>(); },
+            [this](const QString &name) {
+                ++processLooks;
+                return name == u"QNBHelper" ? helpers : QList<TQProcess>();
+            },
         .kill =
             [this](const TQProcess &process, int signal) {
                 const ProcessSerialNumber number = process.processSerialNumber();

@@ -115,6 +115,8 @@ protected:
     /// The processes that are called like the helper. One is added when its bundle is opened, and goes when
     /// it is told to end, unless it fails to.
     QList<TQProcess> helpers;
+    /// How often the pane has looked for running processes.
+    int processLooks = 0;
     bool helperStarts = true;
     bool helperEnds = true;
     /// What was done about the helper, step by step.

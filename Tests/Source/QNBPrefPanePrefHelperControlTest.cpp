@@ -342,8 +342,10 @@ TEST_F(QNBPrefPanePrefHelperControl, TheStatusIsLookedAtWhenTheHelperComesAndGoe
     startHelper();
     helperChanged();
     expectRunning();
-    // It has left the bus, and has not ended yet.
+    // It has left the bus, and ends some time later.
     helperChanged();
+    const int before = processLooks;
+    EXPECT_TRUE(QTest::qWaitFor([&] { return processLooks > before + 1; }));
     expectRunning();
     helpers.clear();
     EXPECT_TRUE(QTest::qWaitFor([this] { return button().text() == u"Start"; }));
