@@ -9,6 +9,7 @@ namespace {
 
 const QByteArray programs = "PATH=";
 const QByteArray libraries = "LD_LIBRARY_PATH=";
+const QByteArrayList modules = {"NODE_PATH=", "PERL5LIB=", "PERLLIB=", "PYTHONPATH=", "RUBYLIB="};
 
 QByteArray absoluteOf(const QByteArray &list)
 {
@@ -37,14 +38,17 @@ QByteArrayList ScriptEnvironment::assignments()
     bool hasPrograms = false;
     for (char *const *variable = environ; *variable; ++variable) {
         const QByteArray assignment(*variable);
-        if (assignment.startsWith(programs)) {
-            const QByteArray absolute = absoluteOf(assignment.mid(programs.size()));
+        const QByteArray name = assignment.left(assignment.indexOf('=') + 1);
+        QByteArray list = assignment.mid(name.size());
+        if (name == programs) {
+            const QByteArray absolute = absoluteOf(list);
             assignments.append(programs + (absolute.isEmpty() ? systemsList() : absolute));
             hasPrograms = true;
-        } else if (assignment.startsWith(libraries)) {
-            const QByteArray absolute = absoluteOf(assignment.mid(libraries.size()).replace(';', ':'));
+        } else if (name == libraries || modules.contains(name)) {
+            // Semicolons separate libraries, too.
+            const QByteArray absolute = absoluteOf(name == libraries ? list.replace(';', ':') : list);
             if (!absolute.isEmpty())
-                assignments.append(libraries + absolute);
+                assignments.append(name + absolute);
         } else {
             assignments.append(assignment);
         }

@@ -152,18 +152,19 @@ TEST_F(ScriptProcessTest, FindsNoProgramInTheFolderItRunsIn)
     const QByteArray before = qgetenv("PATH");
     const auto printed = [this](const QByteArray &list) {
         EXPECT_TRUE(qputenv("PATH", list));
-        EXPECT_TRUE(qputenv("LD_LIBRARY_PATH", list));
+        EXPECT_TRUE(qputenv("LD_LIBRARY_PATH", list) && qputenv("PYTHONPATH", list));
         EXPECT_EQ(ScriptProcess::run(path("script"), {}, folder(), limits_).code, 127) << list.constData();
-        return shell("echo $PATH,$LD_LIBRARY_PATH").output;
+        return shell("echo $PATH,$LD_LIBRARY_PATH,$PYTHONPATH").output;
     };
-    EXPECT_EQ(printed(":.:/usr/bin:in:/bin:"), "/usr/bin:/bin,/usr/bin:/bin\n");
-    EXPECT_EQ(printed("/usr/bin:/bin"), "/usr/bin:/bin,/usr/bin:/bin\n");
-    EXPECT_EQ(printed("."), "/bin:/usr/bin,\n");
-    EXPECT_EQ(printed(""), "/bin:/usr/bin,\n");
+    EXPECT_EQ(printed(":.:/usr/bin:in:/bin:"), "/usr/bin:/bin,/usr/bin:/bin,/usr/bin:/bin\n");
+    EXPECT_EQ(printed("/usr/bin:/bin"), "/usr/bin:/bin,/usr/bin:/bin,/usr/bin:/bin\n");
+    EXPECT_EQ(printed("."), "/bin:/usr/bin,,\n");
+    EXPECT_EQ(printed(""), "/bin:/usr/bin,,\n");
     qunsetenv("PATH");
     EXPECT_EQ(shell("exec /usr/bin/env | grep ^PATH").output, "PATH=/bin:/usr/bin\n");
     qputenv("PATH", before);
     qunsetenv("LD_LIBRARY_PATH");
+    qunsetenv("PYTHONPATH");
 }
 
 TEST_F(ScriptProcessTest, IsEndedAtTheTimeLimitWithEverythingItStarted)
