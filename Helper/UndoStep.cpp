@@ -54,10 +54,6 @@ Creation::Journal *UndoStep::beginFolder(const QString &label, const Creation::P
 
 std::size_t UndoStep::add(const Creation::Record &record)
 {
-    if (const auto &journal = journals_.back(); journal && !journal->error().isEmpty()) {
-        qCWarning(lcUndoStep) << "the journal does not say all that was made:" << journal->error();
-        isJournaled_ = false;
-    }
     creation_.records.push_back(record);
     return creation_.records.size() - 1;
 }
@@ -93,20 +89,26 @@ QString UndoStep::endAll()
     for (const std::shared_ptr<Creation::Journal> &journal : journals_)
         Journals().setTold(journal->path());
     journals_.clear();
-    return {};
+    return hasChanged_ ? problem : QString();
 }
 
 QString UndoStep::store()
 {
     const History history;
     const Result<FileLock> lock = history.lock();
-    if (!lock)
-        return lock.error;
-    const Result<> stored = history.store(creation_);
-    if (stored || isJournaled_)
-        return stored.error;
+    const Result<> stored = lock ? history.store(creation_) : Result<>::failure(lock.error);
+    if (stored)
+        return {};
+    for (const std::shared_ptr<Creation::Journal> &journal : journals_) {
+        const Result<> kept = journal ? journal->store() : Result<>();
+        if (!kept) {
+            qCWarning(lcUndoStep) << "the journal does not say all that was made:" << kept.error;
+            isJournaled_ = false;
+        }
+    }
     // Nor is the one before taken for the last one.
-    if (const Result<> forgotten = history.forget(); !forgotten)
+    const Result<> forgotten = lock && !isJournaled_ ? history.forget() : Result<>();
+    if (!forgotten)
         qCWarning(lcUndoStep) << "a creation that cannot be undone is remembered:" << forgotten.error;
     return stored.error;
 }
@@ -124,6 +126,7 @@ void UndoStep::removeJournals()
 QString UndoStep::change(std::size_t place, const Creation::Record &record)
 {
     creation_.records[place] = record;
+    hasChanged_ = true;
     if (!isStored_ || !reasonForJournals_.isEmpty())
         return reasonForJournals_;
     const History history;

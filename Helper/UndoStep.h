@@ -52,8 +52,10 @@ private:
     qsizetype folders_;
     std::vector<std::shared_ptr<Creation::Journal>> journals_;
     bool isStored_ = false;
-    /// Whether each folder has a journal, in which no note is missing.
+    /// Whether each folder has a journal, in which no note is known to be missing.
     bool isJournaled_ = true;
+    /// What journals cannot say.
+    bool hasChanged_ = false;
     /// Why they are kept instead of a record: they cannot say what changed after the creation.
     QString reasonForJournals_;
 };

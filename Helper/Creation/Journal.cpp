@@ -100,4 +100,12 @@ void Journal::note(qsizetype operation, const Record::Entry &entry)
         error_ = cannotUse(path_, written == -1 ? errno : EIO);
 }
 
+Result<> Journal::store() const
+{
+    if (!error_.isEmpty())
+        return Result<>::failure(error_);
+    // Some file systems say here only that there was no room for what was written.
+    return layer_.fsync(file_.get()) == 0 ? Result<>() : Result<>::failure(cannotUse(path_, errno));
+}
+
 } // namespace Creation

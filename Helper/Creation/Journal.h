@@ -37,6 +37,8 @@ public:
     void note(qsizetype operation, const Record::Entry &entry);
     /// Why a note is missing; empty if none is.
     const QString &error() const { return error_; }
+    /// Fails if a note may be missing, or may be missing after a power failure.
+    Result<> store() const;
 
 private:
     Journal(FolderLayer &layer, QString path, FileDescriptor file, char *mapping,

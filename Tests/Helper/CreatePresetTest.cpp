@@ -348,6 +348,46 @@ TEST_F(CreatePresetTest, WhereTheDiskFillsUpMeanwhileTheJournalIsKept)
     });
 }
 
+TEST_F(CreatePresetTest, WhatAScriptChangedBeforeTheRecordCouldNotBeStoredIsTold)
+{
+    ASSERT_TRUE(QDir().mkpath(stateFolder()));
+    ForkedProcess::run([this] {
+        SmallDisk disk(stateFolder());
+        request_.step = std::make_shared<UndoStep>(2);
+        const CreationReport first = createPreset(request_);
+        EXPECT_EQ(request_.step->change(first.place, first.record), QString()) << "nothing is stored yet";
+        request_.folder = home_.filePath(QStringLiteral("second"));
+        ASSERT_TRUE(QDir().mkpath(request_.folder));
+        const QString warning = createPreset(request_, [&](qsizetype done, qsizetype) {
+                                    if (done == 1) {
+                                        EXPECT_TRUE(disk.fill(0));
+                                    }
+                                    return true;
+                                }).warning;
+        EXPECT_THAT(warning.toStdString(), HasSubstr("cannot be undone later"));
+    });
+}
+
+TEST_F(CreatePresetTest, AJournalThatTheDiskDoesNotTakeIsNotKeptForTheRecord)
+{
+    ASSERT_TRUE(QDir().mkpath(stateFolder()));
+    ForkedProcess::run([this] {
+        SmallDisk disk(stateFolder());
+        UnreservedDisk layer;
+        layer.isLate = true;
+        request_.step = std::make_shared<UndoStep>(1, layer);
+        const QString warning = createPreset(request_, [&](qsizetype done, qsizetype) {
+                                    if (done == 1) {
+                                        EXPECT_TRUE(disk.fill(0));
+                                    }
+                                    return true;
+                                }).warning;
+        EXPECT_THAT(warning.toStdString(), HasSubstr("cannot be undone later"));
+        request_.step.reset();
+        EXPECT_EQ(undoLastCreation().status, UndoReport::Status::NothingToUndo);
+    });
+}
+
 TEST_F(CreatePresetTest, AJournalInWhichANoteIsMissingIsNotKeptForTheRecord)
 {
     ASSERT_TRUE(QDir().mkpath(stateFolder()));

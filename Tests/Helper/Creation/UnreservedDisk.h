@@ -14,6 +14,8 @@ class UnreservedDisk : public InterveningLayer
 public:
     /// Whether the disk has no room for what is written at a place of a file.
     bool isFull = false;
+    /// Whether it says that only when what was written is to be stored.
+    bool isLate = false;
 
     int fstatfs(int descriptor, struct statfs *result) override
     {
@@ -25,6 +27,13 @@ public:
     {
         if (!isFull)
             return InterveningLayer::pwrite(descriptor, buffer, size, place);
+        errno = ENOSPC;
+        return -1;
+    }
+    int fsync(int descriptor) override
+    {
+        if (!isLate)
+            return InterveningLayer::fsync(descriptor);
         errno = ENOSPC;
         return -1;
     }
