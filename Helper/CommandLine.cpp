@@ -162,8 +162,9 @@ ExitCode CommandLine::create(const CommandLineOptions &options)
             tell(shown.error);
     }
     const bool isCreated = code == ExitCode::Done || code == ExitCode::Script;
-    notify(isCreated ? tr("\"%1\" was created").arg(options.preset)
-                     : tr("\"%1\" was not created").arg(options.preset));
+    notify(isCreated                        ? tr("\"%1\" was created").arg(options.preset)
+           : handedOver == ExitCode::Failed ? tr("\"%1\" may not have been created").arg(options.preset)
+                                            : tr("\"%1\" was not created").arg(options.preset));
     return code;
 }
 
@@ -192,6 +193,7 @@ Result<> CommandLine::showLauncher(const QStringList &folders)
         launcherFolders_ = folders;
         return {};
     case Answer::NotUnderstood:
+    case Answer::Refused:
     case Answer::Failed:
         break;
     }
@@ -354,10 +356,13 @@ std::optional<ExitCode> CommandLine::handOver(const CommandLineOptions &options,
     case HelperService::Answer::NotUnderstood:
         tell(error);
         return ExitCode::NoSuchPreset;
+    case HelperService::Answer::Refused:
+        tell(tr("The running helper did not do it: %1").arg(error));
+        return ExitCode::Failed;
     case HelperService::Answer::Failed:
         break;
     }
-    tell(tr("The running helper did not do it: %1").arg(error));
+    tell(tr("Whether the running helper has done it is not known: %1").arg(error));
     return ExitCode::Failed;
 }
 

@@ -61,8 +61,13 @@ HelperService::Answer ask(SessionBus &bus, const QString &method, const QVariant
         return Answer::NotRunning;
     case QDBusError::InvalidArgs:
         return Answer::NotUnderstood;
-    default:
+    case QDBusError::NoReply:
+    case QDBusError::Timeout:
+    case QDBusError::TimedOut:
+    case QDBusError::Disconnected:
         return Answer::Failed;
+    default:
+        return Answer::Refused;
     }
 }
 

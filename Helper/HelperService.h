@@ -41,6 +41,8 @@ enum class Answer {
     NotRunning,
     /// Nothing happened: it knows no such preset, or more than one, or cannot read the presets.
     NotUnderstood,
+    /// Nothing happened: it does not take the order now, or the bus does not.
+    Refused,
     /// It may or may not have taken the order.
     Failed,
 };

@@ -173,7 +173,7 @@ TEST_F(NotifyProgramTest, AHelperThatRefusesIsNotGoneBehind)
     const FakeDesktop desktop(bus_.address(), {});
     const Ended refused = createAndNotify(bus_.address());
     EXPECT_EQ(refused.code, 4);
-    EXPECT_THAT(refused.errors.toStdString(), HasSubstr("not now"));
+    EXPECT_THAT(refused.errors.toStdString(), HasSubstr("The running helper did not do it: not now"));
     EXPECT_THAT(tree(), IsEmpty());
     EXPECT_EQ(desktop.shown().size(), 1);
 }
@@ -184,7 +184,7 @@ TEST_F(NotifyProgramTest, AnOrderThatABusTookBeforeItWentIsNotCarriedOutHereToo)
     const Ended unanswered = createAndNotify(bus_.address());
     EXPECT_EQ(helper.orders().size(), 1);
     EXPECT_EQ(unanswered.code, 4);
-    EXPECT_THAT(unanswered.errors.toStdString(), HasSubstr("The running helper did not do it"));
+    EXPECT_THAT(unanswered.errors.toStdString(), HasSubstr("Whether the running helper has done it is not known"));
     EXPECT_THAT(tree(), IsEmpty());
 }
 

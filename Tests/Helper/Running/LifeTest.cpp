@@ -245,7 +245,7 @@ TEST_F(LifeProgramTest, AnOrderForTooManyFoldersIsRefusedWithTheReasonAndOthersA
         folders.append(home_.filePath(QStringLiteral("folder %1").arg(i)));
     QString reason;
     SessionBus bus(bus_.address());
-    EXPECT_EQ(HelperService::create(bus, {letters}, folders, &reason), HelperService::Answer::Failed);
+    EXPECT_EQ(HelperService::create(bus, {letters}, folders, &reason), HelperService::Answer::Refused);
     EXPECT_THAT(reason.toStdString(), HasSubstr("more than 1000 folders"));
     EXPECT_EQ(HelperService::create(bus, {letters}, {target()}, &reason), HelperService::Answer::Taken);
     EXPECT_TRUE(waitUntil([&] { return tree().size() == 2; }));
