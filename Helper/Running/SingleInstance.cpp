@@ -60,8 +60,12 @@ void SingleInstance::claimName(const std::function<void()> &isTaken)
     bus_->call(busCall(QStringLiteral("RequestName")) << HelperService::name << doNotQueue,
                SessionBus::answerTimeout,
                mailbox_.bound<const QDBusMessage &>([isTaken](const QDBusMessage &reply) {
+                   if (reply.type() == QDBusMessage::ErrorMessage) {
+                       qCWarning(lcInstance) << "without its name on the session bus:" << reply.errorMessage();
+                       return;
+                   }
                    const uint answer = reply.arguments().value(0).toUInt();
-                   if (reply.type() == QDBusMessage::ErrorMessage || answer == isOwner || answer == wasOwner)
+                   if (answer == isOwner || answer == wasOwner)
                        return;
                    qCWarning(lcInstance) << "ends: another helper is on the session bus";
                    isTaken();
