@@ -45,14 +45,11 @@ BusListener::BusListener(SessionBus::Signal signal, SessionBus::Received handler
 {
 }
 
-bool BusListener::connectTo(QDBusConnection &connection)
+void BusListener::connectTo(QDBusConnection &connection)
 {
-    const bool isConnected =
-        connection.connect(signal_.service, signal_.path, signal_.interfaceName, signal_.name,
-                           signal_.arguments, QString(), this, SLOT(received(QDBusMessage)));
-    if (!isConnected)
+    if (!connection.connect(signal_.service, signal_.path, signal_.interfaceName, signal_.name,
+                            signal_.arguments, QString(), this, SLOT(received(QDBusMessage))))
         qCWarning(lcBus) << "not heard:" << signal_.name << connection.lastError().message();
-    return isConnected;
 }
 
 void BusListener::received(const QDBusMessage &message)
@@ -111,22 +108,20 @@ void BusConnection::call(const QDBusMessage &message, std::chrono::milliseconds 
 
 void BusConnection::listen(const SessionBus::Signal &signal, SessionBus::Received received)
 {
-    // A new connection is told of every listener.
-    const bool isConnected = connectToBus();
     BusListener &listener =
         *listeners_.emplace_back(std::make_unique<BusListener>(signal, std::move(received)));
-    if (isConnected)
+    // A new connection is told of every listener, before it is asked whether it has understood.
+    if (connection_ && connection_->isConnected())
         listener.connectTo(*connection_);
     else
-        tryLater();
+        connectToBus();
 }
 
 void BusConnection::watch(SessionBus::Changed changed)
 {
     const State before = state_;
     watchers_.append(changed);
-    if (!connectToBus())
-        tryLater();
+    connectToBus();
     // Else it is told when that is known, or has been.
     if (state_ == before && state_ != State::Unknown)
         changed(state_ == State::There ? connection_ : std::nullopt);
@@ -138,6 +133,14 @@ bool BusConnection::connectToBus(bool evenIfSilent)
         return true;
     if (connection_)
         leave();
+    if (lookForBus(evenIfSilent))
+        return true;
+    tryLater();
+    return false;
+}
+
+bool BusConnection::lookForBus(bool evenIfSilent)
+{
     const bool wasSilent = !silentUntil_.hasExpired();
     if (wasSilent && !evenIfSilent)
         return false;
@@ -171,7 +174,7 @@ void BusConnection::beginUse()
     for (const auto &listener : listeners_)
         listener->connectTo(*connection_);
     for (const QDBusMessage &signal : std::exchange(unsent_, {}))
-        connection_->send(signal);
+        send(signal);
     tellOnceUsed();
 }
 
@@ -201,8 +204,7 @@ void BusConnection::leave()
 
 void BusConnection::disconnected()
 {
-    if (!connectToBus())
-        tryLater();
+    connectToBus();
 }
 
 void BusConnection::tryLater()
@@ -217,8 +219,7 @@ void BusConnection::tryLater()
 void BusConnection::retry()
 {
     silentUntil_ = QDeadlineTimer();
-    if (!connectToBus())
-        tryLater();
+    connectToBus();
 }
 
 void BusConnection::tell(State state)

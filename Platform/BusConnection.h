@@ -22,8 +22,8 @@ class BusListener : public QObject
 
 public:
     BusListener(SessionBus::Signal signal, SessionBus::Received handler);
-    /// Whether \a connection passes them on from now on.
-    bool connectTo(QDBusConnection &connection);
+    /// From now on \a connection passes them on.
+    void connectTo(QDBusConnection &connection);
 
 private Q_SLOTS:
     void received(const QDBusMessage &message);
@@ -57,8 +57,10 @@ private Q_SLOTS:
 private:
     enum class State { Unknown, Absent, There };
 
-    /// A bus that has just been silent is asked again, for a shorter time, only if \a evenIfSilent.
+    /// A bus that has just been silent is asked again, for a shorter time, only if \a evenIfSilent. Tries again
+    /// later if there is none.
     bool connectToBus(bool evenIfSilent = false);
+    bool lookForBus(bool evenIfSilent);
     void beginUse();
     void tellOnceUsed();
     void leave();

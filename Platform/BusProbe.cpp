@@ -110,7 +110,8 @@ template <typename Enough>
 BusProbe::Answer receive(int fd, QByteArray &into, const QDeadlineTimer &deadline, Enough isEnough)
 {
     while (!isEnough(into)) {
-        if (!waitFor(fd, POLLIN, deadline))
+        // Who never stops to send is not listened to for longer.
+        if (deadline.hasExpired() || !waitFor(fd, POLLIN, deadline))
             return BusProbe::Answer::Silence;
         char buffer[512];
         const ssize_t count = ::recv(fd, buffer, sizeof buffer, MSG_DONTWAIT);

@@ -6,6 +6,7 @@
 #include "Tests/Session/PrivateBus.h"
 #include "Tests/Session/SilentSocket.h"
 
+#include <QDBusConnection>
 #include <QElapsedTimer>
 #include <QTemporaryDir>
 
@@ -13,6 +14,7 @@
 #include <gtest/gtest.h>
 #include <sys/socket.h>
 #include <sys/un.h>
+#include <thread>
 #include <unistd.h>
 
 using namespace std::chrono_literals;
@@ -72,6 +74,7 @@ TEST_F(BusProbeAddressTest, OneThatIsSilentKeepsNobodyWaitingAndStaysInTheEnviro
     EXPECT_FALSE(BusProbe::libraryHasBus());
     EXPECT_LT(time.elapsed(), 1000);
     EXPECT_EQ(qgetenv(BusProbe::addressVariable), silent.busAddress().toUtf8());
+    QDBusConnection::disconnectFromBus(QStringLiteral("qt_default_session_bus"));
 }
 
 TEST(BusProbeTest, ARunningBusAnswers)
@@ -111,6 +114,19 @@ TEST(BusProbeTest, ASilentSocketIsWaitedForUntilTheTimeout)
     EXPECT_EQ(BusProbe::ask(silent.busAddress(), 100ms), Answer::Silence);
     EXPECT_GE(timer.elapsed(), 99);
     EXPECT_LT(timer.elapsed(), 1000);
+}
+
+TEST(BusProbeTest, OneThatNeverStopsToSendIsSilence)
+{
+    const SilentSocket socket;
+    std::thread sender([&socket] {
+        const int client = ::accept(socket.descriptor(), nullptr, nullptr);
+        while (::send(client, "no line", 7, MSG_NOSIGNAL) > 0) {
+        }
+        ::close(client);
+    });
+    EXPECT_EQ(BusProbe::ask(socket.busAddress(), 300ms), Answer::Silence);
+    sender.join();
 }
 
 TEST(BusProbeTest, AFullQueueOfConnectionsIsSilence)

@@ -200,6 +200,26 @@ TEST_F(SessionBusTest, WhoWatchesIsToldOfABusThatAnswersAndTakesNoConnection)
     EXPECT_THAT(told, ElementsAre(false));
 }
 
+TEST_F(SessionBusTest, ABusThatIsAwayIsLookedForAfterPausesThatGrow)
+{
+    SilentSocket socket;
+    QList<qint64> times;
+    QElapsedTimer time;
+    time.start();
+    QSocketNotifier notifier(socket.descriptor(), QSocketNotifier::Read);
+    QObject::connect(&notifier, &QSocketNotifier::activated, &notifier, [&] {
+        ::close(::accept(socket.descriptor(), nullptr, nullptr));
+        times.append(time.elapsed());
+    });
+    SessionBus bus(socket.busAddress());
+    bus.watch([](const std::optional<QDBusConnection> &) {});
+    ASSERT_TRUE(waitUntil([&] { return times.size() == 4; }, longTime));
+    // In milliseconds, a little less than the pauses: a timer may be early by a twentieth.
+    EXPECT_GT(times.at(1) - times.at(0), 450);
+    EXPECT_GT(times.at(2) - times.at(1), 900);
+    EXPECT_GT(times.at(3) - times.at(2), 1800);
+}
+
 TEST_F(SessionBusTest, WhoWatchesAnOwnerIsToldWhenItChanges)
 {
     int changes = 0;
