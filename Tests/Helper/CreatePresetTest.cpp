@@ -67,6 +67,15 @@ protected:
     }
     QString stateFolder() const { return home_.stateFolder() + QStringLiteral("/Quenby"); }
 
+    /// Creates, and once an item is made fills \a disk.
+    CreationReport createWhileItFills(SmallDisk &disk) const
+    {
+        return createPreset(request_, [&disk](qsizetype done, qsizetype) {
+            EXPECT_TRUE(done != 1 || disk.fill(0));
+            return true;
+        });
+    }
+
     QStringList names() const { return QDir(request_.folder).entryList(QDir::Files, QDir::Name); }
 
     TemporaryHome home_;
@@ -329,12 +338,7 @@ TEST_F(CreatePresetTest, WhereTheDiskFillsUpMeanwhileTheJournalIsKept)
     ForkedProcess::run([this] {
         SmallDisk disk(stateFolder());
         createPreset(request_);
-        const CreationReport second = createPreset(request_, [&](qsizetype done, qsizetype) {
-            if (done == 1) {
-                EXPECT_TRUE(disk.fill(0));
-            }
-            return true;
-        });
+        const CreationReport second = createWhileItFills(disk);
         EXPECT_EQ(second.warning, QString());
         EXPECT_NE(second.step->change(second.place, second.record), QString()) << "a journal cannot say it";
         // A limit on files also forbids to note in the journal that there is nothing to be told.
@@ -358,12 +362,7 @@ TEST_F(CreatePresetTest, WhatAScriptChangedBeforeTheRecordCouldNotBeStoredIsTold
         EXPECT_EQ(request_.step->change(first.place, first.record), QString()) << "nothing is stored yet";
         request_.folder = home_.filePath(QStringLiteral("second"));
         ASSERT_TRUE(QDir().mkpath(request_.folder));
-        const QString warning = createPreset(request_, [&](qsizetype done, qsizetype) {
-                                    if (done == 1) {
-                                        EXPECT_TRUE(disk.fill(0));
-                                    }
-                                    return true;
-                                }).warning;
+        const QString warning = createWhileItFills(disk).warning;
         EXPECT_THAT(warning.toStdString(), HasSubstr("cannot be undone later"));
     });
 }
@@ -376,12 +375,7 @@ TEST_F(CreatePresetTest, AJournalThatTheDiskDoesNotTakeIsNotKeptForTheRecord)
         UnreservedDisk layer;
         layer.isLate = true;
         request_.step = std::make_shared<UndoStep>(1, layer);
-        const QString warning = createPreset(request_, [&](qsizetype done, qsizetype) {
-                                    if (done == 1) {
-                                        EXPECT_TRUE(disk.fill(0));
-                                    }
-                                    return true;
-                                }).warning;
+        const QString warning = createWhileItFills(disk).warning;
         EXPECT_THAT(warning.toStdString(), HasSubstr("cannot be undone later"));
         request_.step.reset();
         EXPECT_EQ(undoLastCreation().status, UndoReport::Status::NothingToUndo);
@@ -398,12 +392,7 @@ TEST_F(CreatePresetTest, AJournalInWhichANoteIsMissingIsNotKeptForTheRecord)
         request_.step = std::make_shared<UndoStep>(1, layer);
         EXPECT_EQ(createPreset(request_).warning, QString()) << "the record says all";
         request_.step = std::make_shared<UndoStep>(1, layer);
-        const QString warning = createPreset(request_, [&](qsizetype done, qsizetype) {
-                                    if (done == 1) {
-                                        EXPECT_TRUE(disk.fill(0));
-                                    }
-                                    return true;
-                                }).warning;
+        const QString warning = createWhileItFills(disk).warning;
         EXPECT_THAT(warning.toStdString(), HasSubstr("cannot be undone later"));
         EXPECT_EQ(names().size(), 6);
         request_.step.reset();
