@@ -80,10 +80,11 @@ void HelperSession::busChanged(const std::optional<QDBusConnection> &connection)
     object_.reset();
     if (isQuitting_)
         return;
-    if (connection && !BusProbe::libraryHasBus()) {
+    if (connection && !BusProbe::libraryHasBus())
         beginAnew();
+    // Until nothing is in use here, orders are taken all the same.
+    if (isQuitting_)
         return;
-    }
     hotKeys_.setBus(connection);
     // The bus knows by now that we listen for changes; there may have been some before.
     if (connection || !hasRead_)
@@ -114,12 +115,15 @@ void HelperSession::beginAnew()
         return window->isVisible() &&
                (qobject_cast<const QDialog *>(window) || qobject_cast<const QMenu *>(window));
     });
+    if (isQuitting_)
+        return;
+    // No order comes between the look at what is being done and the end.
+    if (!isUsed && !creations_.isBusy())
+        object_.reset();
     if (isUsed || creations_.isBusy()) {
         QTimer::singleShot(idlePause, this, &HelperSession::beginAnew);
         return;
     }
-    if (isQuitting_)
-        return;
     qCInfo(lcSession) << "there is a session bus now: beginning anew";
     isQuitting_ = true;
     QCoreApplication::exit(beginAnewCode);

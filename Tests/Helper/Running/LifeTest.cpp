@@ -196,6 +196,23 @@ TEST_F(LifeProgramTest, ABusThatIsStoppedAtItsStartIsUsedOnceItAnswers)
     expectEndOf(*helper);
 }
 
+TEST_F(LifeProgramTest, OrdersAreTakenWhileAWindowKeepsItFromBeginningAnewForTheBus)
+{
+    ASSERT_TRUE(QDir().mkpath(home_.configFolder() + QStringLiteral("/" QUENBY_IDENTIFIER ".plist")));
+    bus_.process().signal(SIGSTOP);
+    const auto helper = startIn(environment());
+    EXPECT_FALSE(screen_.windowOf(helper->pid()).isEmpty()) << "it tells that the presets cannot be read";
+    bus_.process().signal(SIGCONT);
+    SessionBus bus(bus_.address());
+    QString reason;
+    EXPECT_TRUE(waitUntil([&] {
+        return HelperService::create(bus, {letters}, {target()}, &reason) ==
+               HelperService::Answer::NotUnderstood;
+    })) << qPrintable(reason);
+    EXPECT_FALSE(screen_.windowOf(helper->pid()).isEmpty());
+    expectEndOf(*helper);
+}
+
 TEST_F(LifeProgramTest, ABusThatStartsAgainIsUsedAgain)
 {
     store(settings());
