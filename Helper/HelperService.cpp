@@ -23,12 +23,12 @@ constexpr auto longestWait = answerTimeout + 2 * SessionBus::answerTimeout;
 /// What the bus says of a name that nobody has, if it is not to start a program for it.
 const QString noOwnerError = QStringLiteral("org.freedesktop.DBus.Error.NameHasNoOwner");
 
-HelperService::Answer ask(SessionBus &bus, const QString &method, const QVariantList &arguments,
-                          QString *error)
+HelperService::Answer ask(SessionBus &bus, const QString &service, const QString &method,
+                          const QVariantList &arguments, QString *error)
 {
     using HelperService::Answer;
-    QDBusMessage message = QDBusMessage::createMethodCall(HelperService::name, HelperService::path,
-                                                          HelperService::interfaceName, method);
+    QDBusMessage message =
+        QDBusMessage::createMethodCall(service, HelperService::path, HelperService::interfaceName, method);
     message.setAutoStartService(false);
     message.setArguments(arguments);
 
@@ -76,11 +76,14 @@ HelperService::Answer ask(SessionBus &bus, const QString &method, const QVariant
 HelperService::Answer HelperService::create(SessionBus &bus, const Preset &preset, const QStringList &folders,
                                             QString *error)
 {
-    return ask(bus, createMethod, {preset.label, preset.position.value_or(0), folders}, error);
+    return ask(bus, name, createMethod, {preset.label, preset.position.value_or(0), folders}, error);
 }
 
 HelperService::Answer HelperService::showLauncher(SessionBus &bus, const QStringList &folders,
                                                   const QByteArray &activationToken, QString *error)
 {
-    return ask(bus, showLauncherMethod, {folders, QString::fromUtf8(activationToken)}, error);
+    const QVariantList arguments = {folders, QString::fromUtf8(activationToken)};
+    const Answer answer = ask(bus, name, showLauncherMethod, arguments, error);
+    return answer == Answer::NotRunning ? ask(bus, launcherName, showLauncherMethod, arguments, error)
+                                        : answer;
 }

@@ -15,6 +15,8 @@ class SessionBus;
 namespace HelperService {
 
 inline const QString name = QNBHelperServiceName();
+/// That of a launcher in a process of its own, at the same path, where no helper runs.
+inline const QString launcherName = name + QStringLiteral(".Launcher");
 inline const QString path = QStringLiteral("/org/quenby/QNBHelper");
 inline const QString interfaceName = name;
 /// A label; which of the presets that have it, from 1, or 0 for the only one; the folders. Older command
@@ -49,7 +51,8 @@ enum class Answer {
 
 /// Asks the helper on \a bus; waits for its answer for a bounded time.
 Answer create(SessionBus &bus, const Preset &preset, const QStringList &folders, QString *error);
-/// The same for the launcher, to create a preset in \a folders if there are any.
+/// The same for the launcher, to create a preset in \a folders if there are any: the helper's or, if none
+/// runs, one that is open in a process of its own.
 Answer showLauncher(SessionBus &bus, const QStringList &folders, const QByteArray &activationToken,
                     QString *error);
 

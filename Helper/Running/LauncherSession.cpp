@@ -3,6 +3,7 @@
 
 #include "Helper/Running/LauncherSession.h"
 
+#include "Helper/Running/BusOrders.h"
 #include "Helper/Running/PaneLauncher.h"
 #include "Platform/SessionBus.h"
 
@@ -18,6 +19,11 @@ namespace {
 
 /// The desktop's program for notifications may have to be started first.
 constexpr auto notificationTimeout = 10s;
+
+QString translated(const char *text)
+{
+    return QCoreApplication::translate("LauncherSession", text);
+}
 
 bool hasWindows()
 {
@@ -44,6 +50,7 @@ LauncherSession::LauncherSession(std::shared_ptr<SessionBus> bus)
                      },
                  .openPane = [this] { PaneLauncher::launchOrTell(creations_.notices()); }},
                 [this] { endIfDone(); })
+    , instance_(bus_, HelperService::launcherName)
 {
     connect(qApp, &QGuiApplication::lastWindowClosed, this, &LauncherSession::endIfDone);
 }
@@ -54,10 +61,35 @@ void LauncherSession::start(const QStringList &folders)
 {
     notificationCenter_.addObserver(QNBPresetConfigurationChangedNotification,
                                     [this] { settings_.changed(); });
+    bus_->watch(mailbox_.bound<const std::optional<QDBusConnection> &>(
+        [this](const std::optional<QDBusConnection> &connection) { busChanged(connection); }));
     settings_.read();
     launcher_.open(
         {.labels = labels_, .areKnown = areKnown_, .named = folders, .recent = creations_.recentFolders()},
         {});
+}
+
+void LauncherSession::busChanged(const std::optional<QDBusConnection> &connection)
+{
+    object_.reset();
+    if (!connection || isQuitting_)
+        return;
+    object_.emplace(*connection, HelperObject::Handlers{
+                                     .understand =
+                                         [](const HelperService::Preset &, const QStringList &) {
+                                             return Result<QList<CreationOrder>>::failure(
+                                                 translated("No helper is running"));
+                                         },
+                                     .give = [](const QList<CreationOrder> &) { return false; },
+                                     .contentFor = BusOrders::launcher,
+                                     .openLauncher =
+                                         [this](Launcher::Content content, const QByteArray &token) {
+                                             content.recent = creations_.recentFolders();
+                                             launcher_.open(content, token);
+                                         },
+                                 });
+    // Two windows do no harm, if two were opened at once.
+    instance_.claimName([] {});
 }
 
 void LauncherSession::endIfDone()
@@ -76,6 +108,7 @@ void LauncherSession::endIfDone()
 void LauncherSession::quit()
 {
     isQuitting_ = true;
+    object_.reset();
     creations_.cancelAll();
     if (!creations_.isBusy())
         QCoreApplication::exit();
@@ -84,6 +117,7 @@ void LauncherSession::quit()
 void LauncherSession::leave()
 {
     isQuitting_ = true;
+    object_.reset();
     bus_->close();
     creations_.leave();
 }

@@ -5,19 +5,23 @@
 
 #include "Helper/Launcher/Launcher.h"
 #include "Helper/Running/Creations.h"
+#include "Helper/Running/HelperObject.h"
 #include "Helper/Running/SettingsWatch.h"
+#include "Helper/Running/SingleInstance.h"
 #include "Platform/DistributedNotificationCenter.h"
+#include "Platform/Mailbox.h"
 
 #include <QObject>
 #include <QStringList>
 
 #include <memory>
+#include <optional>
 
 class SessionBus;
 
 /// The launcher in a process of its own, where no helper runs: one window, what is created from it, and how
-/// the user is told of that. There is no tray, no hot key, nothing that others could order, and nothing that
-/// outlives it; whether the helper runs stays the user's choice.
+/// the user is told of that. There is no tray, no hot key, nothing that outlives it, and nothing that others
+/// could order but to open the window for their folders; whether the helper runs stays the user's choice.
 class LauncherSession : public QObject
 {
 public:
@@ -33,6 +37,7 @@ public:
     void leave();
 
 private:
+    void busChanged(const std::optional<QDBusConnection> &connection);
     void endIfDone();
 
     const std::shared_ptr<SessionBus> bus_;
@@ -44,4 +49,7 @@ private:
     SettingsWatch settings_;
     DistributedNotificationCenter notificationCenter_;
     Launcher launcher_;
+    SingleInstance instance_;
+    std::optional<HelperObject> object_;
+    const Mailbox mailbox_;
 };

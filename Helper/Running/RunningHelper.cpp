@@ -3,6 +3,7 @@
 
 #include "Helper/Running/RunningHelper.h"
 
+#include "Helper/HelperService.h"
 #include "Helper/Presets.h"
 #include "Helper/Running/HelperSession.h"
 #include "Helper/Running/SingleInstance.h"
@@ -44,7 +45,7 @@ int runHelper()
 {
     TerminationSignals signals;
     const auto bus = std::make_shared<SessionBus>();
-    SingleInstance instance(bus);
+    SingleInstance instance(bus, HelperService::name);
     if (!instance.acquire(DesktopFolders::runtimeDirectory()))
         return EXIT_SUCCESS;
 

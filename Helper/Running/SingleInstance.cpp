@@ -3,7 +3,6 @@
 
 #include "Helper/Running/SingleInstance.h"
 
-#include "Helper/HelperService.h"
 #include "Platform/FileLayer.h"
 #include "Platform/SessionBus.h"
 
@@ -31,8 +30,9 @@ QDBusMessage busCall(const QString &method)
 
 } // namespace
 
-SingleInstance::SingleInstance(std::shared_ptr<SessionBus> bus)
+SingleInstance::SingleInstance(std::shared_ptr<SessionBus> bus, const QString &name)
     : bus_(std::move(bus))
+    , name_(name)
 {
 }
 
@@ -57,8 +57,7 @@ bool SingleInstance::acquire(const QString &runtimeFolder)
 
 void SingleInstance::claimName(const std::function<void()> &isTaken)
 {
-    bus_->call(busCall(QStringLiteral("RequestName")) << HelperService::name << doNotQueue,
-               SessionBus::answerTimeout,
+    bus_->call(busCall(QStringLiteral("RequestName")) << name_ << doNotQueue, SessionBus::answerTimeout,
                mailbox_.bound<const QDBusMessage &>([isTaken](const QDBusMessage &reply) {
                    if (reply.type() == QDBusMessage::ErrorMessage) {
                        qCWarning(lcInstance) << "without its name on the session bus:" << reply.errorMessage();
@@ -67,14 +66,14 @@ void SingleInstance::claimName(const std::function<void()> &isTaken)
                    const uint answer = reply.arguments().value(0).toUInt();
                    if (answer == isOwner || answer == wasOwner)
                        return;
-                   qCWarning(lcInstance) << "ends: another helper is on the session bus";
+                   qCWarning(lcInstance) << "another process has the name on the session bus";
                    isTaken();
                }));
 }
 
 void SingleInstance::release()
 {
-    bus_->call(busCall(QStringLiteral("ReleaseName")) << HelperService::name, SessionBus::answerTimeout,
+    bus_->call(busCall(QStringLiteral("ReleaseName")) << name_, SessionBus::answerTimeout,
                [](const QDBusMessage &) {});
     lock_.reset();
 }

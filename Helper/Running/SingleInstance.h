@@ -20,7 +20,8 @@ class SessionBus;
 class SingleInstance
 {
 public:
-    explicit SingleInstance(std::shared_ptr<SessionBus> bus);
+    /// \a name is the one on the bus.
+    SingleInstance(std::shared_ptr<SessionBus> bus, const QString &name);
     ~SingleInstance();
     SingleInstance(const SingleInstance &) = delete;
     SingleInstance &operator=(const SingleInstance &) = delete;
@@ -34,6 +35,7 @@ public:
 
 private:
     const std::shared_ptr<SessionBus> bus_;
+    const QString name_;
     std::optional<FileLock> lock_;
     const Mailbox mailbox_;
 };

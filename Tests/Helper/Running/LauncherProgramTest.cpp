@@ -155,6 +155,23 @@ TEST_F(LauncherProgramTest, WithoutABusItCreatesAllTheSameAndTellsAFailureInAWin
     expectReturn(*failing, 0);
 }
 
+TEST_F(LauncherProgramTest, ASecondCallComesToTheWindowThatIsOpenAlsoWithoutAHelper)
+{
+    const FakeDesktop desktop(bus_.address(), {});
+    const auto launcher = begin({launcherOption, inOption, other()});
+    ASSERT_TRUE(waitUntil([&] { return isNamedOnBus(HelperService::launcherName); }));
+    ASSERT_NO_FATAL_FAILURE(type(*launcher, QStringLiteral("pho"), QStringLiteral("Right")));
+    call({launcherOption, inOption, target()});
+    EXPECT_EQ(screen_.windowsOf(launcher->pid()).size(), 1);
+    QString error;
+    EXPECT_FALSE(order(letters, &error)) << "it is no helper";
+    // What was typed is typed over, and the folder is the new one.
+    ASSERT_NO_FATAL_FAILURE(typeReturn(*launcher, QStringLiteral("let")));
+    expectReturn(*launcher, 0);
+    EXPECT_THAT(tree(), ElementsAre(QStringLiteral("In/"), QStringLiteral("In/a.txt")));
+    EXPECT_THAT(tree(other()), IsEmpty());
+}
+
 TEST_F(LauncherProgramTest, EscapeEndsAProcessOfItsOwnAndASignalDoesToo)
 {
     const auto launcher = begin({launcherOption});
