@@ -175,3 +175,9 @@ bool WindowManager::activateProcess(pid_t pid, Windows windows)
     return !found.empty() && std::all_of(found.begin(), found.end(),
                                          [&screen](xcb_window_t window) { return screen.activate(window); });
 }
+
+bool WindowManager::activateWindow(std::uint32_t window)
+{
+    const Screen screen;
+    return screen.isManagedWith(::activeWindow) && screen.activate(window);
+}

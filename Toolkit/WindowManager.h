@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <sys/types.h>
 
@@ -24,5 +25,9 @@ enum class Windows {
 /// Asks that the windows of the process be raised, in the order that they have, and the topmost of them get
 /// the focus. False if it has none there, or nobody who could do it.
 bool activateProcess(pid_t pid, Windows windows);
+
+/// The same for one window, by its id on the screen, that the user has asked for and that is shown already. A
+/// manager may refuse what a program asks for by itself. False if there is nobody who could do it.
+bool activateWindow(std::uint32_t window);
 
 } // namespace WindowManager

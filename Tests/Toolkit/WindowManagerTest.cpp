@@ -86,6 +86,7 @@ void expectNothing()
     EXPECT_FALSE(WindowManager::activeProcess());
     EXPECT_FALSE(WindowManager::activateProcess(::getpid(), Windows::All));
     EXPECT_FALSE(WindowManager::activateProcess(::getpid(), Windows::Front));
+    EXPECT_FALSE(WindowManager::activateWindow(1));
     EXPECT_LT(timer.elapsed(), 1000);
 }
 
@@ -117,6 +118,12 @@ TEST_F(WindowManagerTest, TheFrontWindowIsRaisedAlone)
 {
     EXPECT_TRUE(WindowManager::activateProcess(ofTwo(), Windows::Front));
     EXPECT_TRUE(becomes(beta, {alpha, gamma_, beta}));
+}
+
+TEST_F(WindowManagerTest, OneWindowIsRaisedAlone)
+{
+    EXPECT_TRUE(WindowManager::activateWindow(windows[alpha].toUInt()));
+    EXPECT_TRUE(becomes(alpha, {beta, gamma_, alpha}));
 }
 
 TEST_F(WindowManagerTest, AProcessWithoutWindowsIsNotActivated)
