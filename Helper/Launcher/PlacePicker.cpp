@@ -22,6 +22,10 @@
 
 namespace {
 
+/// Around a path among words that are written from right to left, where its first sign would come last.
+constexpr QChar leftToRight(0x2066);
+constexpr QChar endOfThat(0x2069);
+
 QString translated(const char *text)
 {
     return QCoreApplication::translate("PlacePicker", text);
@@ -96,7 +100,10 @@ void PlacePicker::setPlaces(const QStringList &named, const QStringList &recent)
 
 void PlacePicker::insertPlace(int index, const QStringList &folders)
 {
-    places_->insertItem(index, shownPlace(folders), folders);
+    QString text = shownPlace(folders);
+    if (folders.size() == 1 && isRightToLeft())
+        text = leftToRight + text + endOfThat;
+    places_->insertItem(index, text, folders);
 }
 
 QStringList PlacePicker::folders() const

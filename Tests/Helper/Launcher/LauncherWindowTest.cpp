@@ -142,6 +142,15 @@ TEST_F(LauncherWindowTest, ThePlaceThatIsNamedComesFirstAndOnce)
     EXPECT_THAT(created_, ElementsAre(QStringLiteral("Letters 0 in /over/there, /some/where")));
 }
 
+TEST_F(LauncherWindowTest, APathIsReadFromLeftToRightAmongWordsThatAreNot)
+{
+    window_.setLayoutDirection(Qt::RightToLeft);
+    window_.setPlaces({here}, {});
+    EXPECT_EQ(places().currentText(), QChar(0x2066) + here + QChar(0x2069));
+    press(Qt::Key_Return);
+    EXPECT_THAT(created_, ElementsAre(QStringLiteral("Letters 0 in /some/where")));
+}
+
 TEST_F(LauncherWindowTest, WithoutAPlaceOneIsAskedForFirst)
 {
     const QTemporaryDir folder;
