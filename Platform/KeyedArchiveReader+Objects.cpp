@@ -8,6 +8,8 @@
 
 #include <QStringDecoder>
 
+#include <utility>
+
 using namespace KeyedArchiveFormat;
 
 bool KeyedArchiveReader::readObject(Slot slot)
@@ -332,7 +334,7 @@ std::optional<KeyedArchiveReader::Kind> KeyedArchiveReader::kindOf(Handle descri
         {nullClass, Kind::Null},
         {numberClass, Kind::Number},
     };
-    for (const QString &className : qAsConst(classes)) {
+    for (const QString &className : std::as_const(classes)) {
         for (const auto &[known, kind] : kinds) {
             if (className != known)
                 continue;

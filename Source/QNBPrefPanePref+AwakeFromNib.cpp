@@ -97,8 +97,8 @@ void QNBPrefPanePref::placeDetachedViews()
 
     // The pane gets its height when it is first laid out.
     _leftColumnSplit->installEventFilter(this);
-    connect(_descriptionToggle, &QCheckBox::stateChanged, this,
-            [this](int state) { showHideDescriptionPane(static_cast<Qt::CheckState>(state)); });
+    connect(_descriptionToggle, &QCheckBox::toggled, this,
+            [this] { showHideDescriptionPane(_descriptionToggle->checkState()); });
     connect(_leftColumnSplit, &QSplitter::splitterMoved, this, [this] {
         const QSignalBlocker blocker(_descriptionToggle);
         _descriptionToggle->setChecked(_leftColumnSplit->sizes().constLast() > 0);

@@ -143,8 +143,10 @@ private:
         const auto reply = property(window, atom(name), type);
         if (!reply || reply->format != bitsOfANumber)
             return {};
-        const auto *first = static_cast<const std::uint32_t *>(xcb_get_property_value(reply.get()));
-        return {first, first + xcb_get_property_value_length(reply.get()) / int(sizeof *first)};
+        std::vector<std::uint32_t> values(xcb_get_property_value_length(reply.get()) / sizeof(std::uint32_t));
+        std::copy_n(static_cast<const std::uint32_t *>(xcb_get_property_value(reply.get())), values.size(),
+                    values.begin());
+        return values;
     }
 
     std::unique_ptr<xcb_connection_t, Disconnected> connection_;

@@ -22,8 +22,10 @@ if(QUENBY_PRECOMPILE)
   _quenby_headers(core LIBRARIES Qt6::Core HEADERS <QtCore> ${standard_headers})
   _quenby_headers(windows LIBRARIES Qt6::Widgets HEADERS <QtWidgets> ${standard_headers})
   if(QUENBY_BUILD_TESTS)
-    # Not Qt6::Test: it defines where each of the programs is built. Not optimised, as the tests.
-    _quenby_headers(tests LIBRARIES Qt6::Core GTest::gmock OPTIONS ${QUENBY_TEST_OPTIONS}
+    # Not Qt6::Test: it defines where each of the programs is built. Compiled as the tests, which are programs: with
+    # their kind of position-independent code, and not optimised.
+    _quenby_headers(tests LIBRARIES Qt6::Core GTest::gmock
+                    OPTIONS ${CMAKE_CXX_COMPILE_OPTIONS_PIE} ${QUENBY_TEST_OPTIONS}
                     HEADERS <gmock/gmock.h> <gtest/gtest.h> <QtCore> ${standard_headers})
   endif()
 endif()

@@ -79,7 +79,6 @@ int SupportFile::enter(FileDescriptor folder)
 {
     if (!folder.isOpen() || layer_.fstat(folder.get(), &folderInformation_) == -1)
         return errno;
-    folder_.reset();
     folder_.emplace(std::move(folder));
     return success;
 }

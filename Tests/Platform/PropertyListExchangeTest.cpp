@@ -37,7 +37,8 @@ class PropertyListExchange : public testing::TestWithParam<Form>
 QByteArray throughLibplist(const QByteArray &bytes, Form form)
 {
     plist_t list = nullptr;
-    plist_from_memory(bytes.constData(), uint32_t(bytes.size()), &list);
+    const auto read = form == Form::Binary ? plist_from_bin : plist_from_xml;
+    read(bytes.constData(), uint32_t(bytes.size()), &list);
     if (!list)
         return {};
     char *written = nullptr;

@@ -11,6 +11,7 @@
 
 #include <QApplication>
 #include <QTimer>
+#include <QTreeView>
 
 #include <chrono>
 #include <cstdio>
@@ -68,8 +69,10 @@ int main(int argc, char **argv)
     const std::unique_ptr<QWidget> view(pane.loadMainView());
     pane.mainViewDidLoad();
     pane.didSelect();
-    auto &list = *view->findChild<TableView *>(QStringLiteral("_ui_presetListView"));
-    auto &tree = *view->findChild<OutlineView *>(QStringLiteral("_ui_presetHierarchyView"));
+    auto &list =
+        dynamic_cast<TableView &>(*view->findChild<QTreeView *>(QStringLiteral("_ui_presetListView")));
+    auto &tree =
+        dynamic_cast<OutlineView &>(*view->findChild<QTreeView *>(QStringLiteral("_ui_presetHierarchyView")));
     auto &presets = *view->findChild<ArrayController *>();
     if (presets.arrangedObjects().isEmpty()) {
         pane.addPreset();
