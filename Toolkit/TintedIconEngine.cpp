@@ -3,10 +3,24 @@
 
 #include "Toolkit/TintedIconEngine.h"
 
+#include <QLibraryInfo>
 #include <QPainter>
 #include <QPixmapCache>
+#include <QVersionNumber>
 
 #include <utility>
+
+namespace {
+
+/// Whether the library asks for scaled icons by their size in points, as it does since its version 6.8, or in
+/// pixels. It need not be the version that this was built with.
+bool sizesAreInPoints()
+{
+    static const bool result = QLibraryInfo::version() >= QVersionNumber(6, 8);
+    return result;
+}
+
+} // namespace
 
 TintedIconEngine::TintedIconEngine(QIcon source, const QColor &tint)
     : source_(std::move(source))
@@ -26,7 +40,7 @@ QPixmap TintedIconEngine::pixmap(const QSize &size, QIcon::Mode mode, QIcon::Sta
 
 QPixmap TintedIconEngine::scaledPixmap(const QSize &size, QIcon::Mode mode, QIcon::State state, qreal scale)
 {
-    return tinted((QSizeF(size) / scale).toSize(), scale, mode, state);
+    return tinted(sizesAreInPoints() ? size : (QSizeF(size) / scale).toSize(), scale, mode, state);
 }
 
 QSize TintedIconEngine::actualSize(const QSize &size, QIcon::Mode mode, QIcon::State state)
