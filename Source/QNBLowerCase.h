@@ -22,12 +22,28 @@ public:
         });
         constexpr char16_t firstBeyondAscii = 0x80;
         if (all >= firstBeyondAscii)
-            other_ = name.toLower();
+            other_ = name.isValidUtf16() ? name.toLower() : eachInLowerCase(name);
     }
 
     QStringView view() const { return other_.isNull() ? QStringView(ascii_) : QStringView(other_); }
 
 private:
+    /// The library's function makes one character of unpaired surrogates, but of which depends on what stands
+    /// before them, and on its version.
+    static QString eachInLowerCase(const QString &name)
+    {
+        QString result;
+        for (qsizetype i = 0; i < name.size(); ++i) {
+            const bool isPair =
+                name[i].isHighSurrogate() && i + 1 < name.size() && name[i + 1].isLowSurrogate();
+            if (isPair)
+                result += name.mid(i++, 2).toLower();
+            else
+                result += name[i].isSurrogate() ? QString(name[i]) : QString(name[i]).toLower();
+        }
+        return result;
+    }
+
     QVarLengthArray<char16_t, 128> ascii_;
     QString other_;
 };

@@ -57,10 +57,9 @@ std::optional<QString> uniqueNameAmong(const QNBChildNames &names, const QString
 QNBUniqueNameSearch::QNBUniqueNameSearch(const QString &base, const QString &extension)
     : base_(base)
     , suffix_(suffixOf(extension))
-    , plain_((base_ + suffix_).toLower())
-    , prefix_((base_ + separator).toLower())
-    // Not the suffix alone: QString::toLower() treats lone surrogates after what stands before them.
-    , tail_((base_ + separator + u'1' + suffix_).toLower().sliced(prefix_.size() + 1))
+    , plain_(QNBLowerCase(base_ + suffix_).view().toString())
+    , prefix_(QNBLowerCase(base_ + separator).view().toString())
+    , tail_(QNBLowerCase(suffix_).view().toString())
     , longest_(std::max(plain_.size(), prefix_.size() + mostDigits + tail_.size()))
 {
 }

@@ -26,17 +26,31 @@ QStringList names(std::initializer_list<const char *> utf8)
     return list;
 }
 
+/// Unpaired surrogates become other characters that have no case: the library's own function makes one
+/// character of all that it comes to.
+QString lowerCase(QString name)
+{
+    constexpr int privateUse = 0xE000;
+    for (qsizetype i = 0; i < name.size(); ++i) {
+        if (name[i].isHighSurrogate() && i + 1 < name.size() && name[i + 1].isLowSurrogate())
+            ++i;
+        else if (name[i].isSurrogate())
+            name[i] = QChar(privateUse + name[i].unicode() % 0x800);
+    }
+    return name.toLower();
+}
+
 /// The rule word by word: a set of the lower-case names, and one candidate after the other.
 QString literally(const QString &base, const QString &extension, const QStringList &taken)
 {
-    QSet<QString> lowerCase;
+    QSet<QString> lowerCaseNames;
     for (const QString &name : taken) {
         if (!name.isEmpty())
-            lowerCase.insert(name.toLower());
+            lowerCaseNames.insert(lowerCase(name));
     }
     const QString suffix = extension.isEmpty() ? QString() : u'.' + extension;
     QString candidate = base + suffix;
-    for (int counter = 1; lowerCase.contains(candidate.toLower()); ++counter)
+    for (int counter = 1; lowerCaseNames.contains(lowerCase(candidate)); ++counter)
         candidate = base + u'-' + QString::number(counter) + suffix;
     return candidate;
 }
@@ -98,6 +112,18 @@ TEST(QNBUniqueNameTest, CaseIsIgnoredBeyondAscii)
     // One character that becomes two in lower case, and two letters that are one only in upper case.
     EXPECT_EQ(QNBUniqueName(text("İ"), {}, names({"i\u0307", "İ-1"})), u"İ-2");
     EXPECT_EQ(QNBUniqueName(text("ΟΔΟΣ"), {}, names({"οδος"})), u"ΟΔΟΣ");
+}
+
+TEST(QNBUniqueNameTest, CaseIsIgnoredBesideUnpairedSurrogates)
+{
+    for (const QChar unpaired : {QChar(0xD801), QChar(0xDC00)}) {
+        EXPECT_EQ(QNBUniqueName(text("A") + unpaired, {}, QStringList{text("a") + unpaired}),
+                  text("A") + unpaired + text("-1"));
+        EXPECT_EQ(QNBUniqueName(text("İ"), QString(unpaired), QStringList{text("i\u0307.") + unpaired}),
+                  text("İ-1.") + unpaired);
+        EXPECT_EQ(QNBUniqueName(text("A") + unpaired, {}, names({"a\uFFFD"})), text("A") + unpaired)
+            << "another character";
+    }
 }
 
 TEST(QNBUniqueNameTest, AHundredThousandNumberedNames)
