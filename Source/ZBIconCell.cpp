@@ -72,12 +72,14 @@ void ZBIconCell::drawWithFrame(const QRect &cellFrame, const QStyleOptionViewIte
         return;
     }
     const Division division = divide(cellFrame, option.direction);
-    // Some styles select texts alone: in the column they find none.
     QStyleOptionViewItem column(option);
     column.rect = division.imageColumn;
     column.viewItemPosition = positionOfColumn(option.viewItemPosition);
     column.features = QStyleOptionViewItem::None;
     column.text.clear();
+    // Some styles select texts alone, and there is none in the column.
+    if (!option.showDecorationSelected)
+        column.state.setFlag(QStyle::State_Selected, false);
     const QStyle &style = option.widget ? *option.widget->style() : *QApplication::style();
     style.drawPrimitive(QStyle::PE_PanelItemViewItem, &column, &painter, option.widget);
 
