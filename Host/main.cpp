@@ -11,6 +11,7 @@
 #include "Platform/ExitHandler.h"
 #include "Platform/HomeOwner.h"
 #include "Platform/LineText.h"
+#include "Platform/NoDisplayExit.h"
 #include "Platform/TerminationSignals.h"
 #include "Toolkit/WindowActivation.h"
 
@@ -106,7 +107,10 @@ int main(int argc, char **argv)
     const QByteArray activationToken = ActivationToken::ofThisProcess();
     BusProbe::keepLibraryFromWaiting(busTimeout);
     QGuiApplication::setDesktopFileName(QStringLiteral(QUENBY_IDENTIFIER));
-    QApplication application(argc, argv);
+    QApplication application = [&] {
+        const NoDisplayExit atFailure;
+        return QApplication(argc, argv);
+    }();
     parser.process(application);
     const QStringList arguments = parser.positionalArguments();
     if (arguments.size() > 1) {

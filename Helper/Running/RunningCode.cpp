@@ -8,6 +8,7 @@
 #include "Helper/Running/RunningLauncher.h"
 #include "Platform/BusProbe.h"
 #include "Platform/LineText.h"
+#include "Platform/NoDisplayExit.h"
 #include "Platform/SessionBus.h"
 
 #include <QApplication>
@@ -20,7 +21,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <optional>
+#include <memory>
 #include <unistd.h>
 
 namespace {
@@ -48,20 +49,19 @@ private:
     std::array<struct sigaction, numbers.size()> actions_ = {};
 };
 
-/// Before the application is made.
-void prepareApplication()
+/// Ends the process with a sentence if there is no display.
+std::unique_ptr<QApplication> makeApplication(int &argc, char **argv)
 {
     BusProbe::keepLibraryFromWaiting(SessionBus::answerTimeout);
     QGuiApplication::setDesktopFileName(QStringLiteral(QUENBY_IDENTIFIER));
-}
-
-/// Login items start the helper again, and the user the launcher; not the session manager.
-void leaveToOthersToStart(QApplication &application)
-{
+    const NoDisplayExit atFailure;
+    auto application = std::make_unique<QApplication>(argc, argv);
+    // Login items start the helper again, and the user the launcher; not the session manager.
     QObject::connect(
-        &application, &QGuiApplication::saveStateRequest, &application,
+        application.get(), &QGuiApplication::saveStateRequest, application.get(),
         [](QSessionManager &manager) { manager.setRestartHint(QSessionManager::RestartNever); },
         Qt::DirectConnection);
+    return application;
 }
 
 } // namespace
@@ -72,9 +72,7 @@ extern "C" Q_DECL_EXPORT RunningCode::RunLauncher runLauncher;
 int runInBackground(int &argc, char **argv)
 {
     const Beginning beginning;
-    prepareApplication();
-    std::optional<QApplication> application(std::in_place, argc, argv);
-    leaveToOthersToStart(*application);
+    auto application = makeApplication(argc, argv);
     const QString program = QCoreApplication::applicationFilePath();
     const int result = runHelper();
     application.reset();
@@ -86,11 +84,9 @@ int runInBackground(int &argc, char **argv)
 
 int runLauncher(char *program, const QStringList &folders)
 {
-    prepareApplication();
     // The other arguments are not the library's.
     int argc = 1;
     char *argv[] = {program, nullptr};
-    QApplication application(argc, argv);
-    leaveToOthersToStart(application);
+    const auto application = makeApplication(argc, argv);
     return runLauncherAlone(folders);
 }

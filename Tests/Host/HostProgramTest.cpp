@@ -13,9 +13,10 @@
 
 #include <chrono>
 #include <csignal>
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 using namespace std::chrono_literals;
+using ::testing::HasSubstr;
 
 namespace {
 
@@ -128,6 +129,21 @@ TEST_F(HostProgramTest, TellsItsUseWithoutAScreen)
     const QByteArray output = host.output();
     EXPECT_TRUE(output.contains("[options] [pane]")) << output.constData();
     EXPECT_TRUE(output.contains("--version")) << output.constData();
+}
+
+TEST_F(HostProgramTest, SaysThatThereIsNoDisplayAndEnds)
+{
+    for (const QString &variable : {QStringLiteral("DISPLAY"), QStringLiteral("WAYLAND_DISPLAY")})
+        environment_.remove(variable);
+    for (const char *platform : {"", "xcb", "wayland", "no-such-plug-in"}) {
+        environment_.insert(QStringLiteral("QT_QPA_PLATFORM"), QString::fromLatin1(platform));
+        ChildProcess host(program(), {}, environment_);
+        ASSERT_TRUE(host.waitForEnd()) << platform;
+        EXPECT_TRUE(host.hasReturned(1)) << platform;
+        EXPECT_THAT(host.errors().toStdString(),
+                    HasSubstr("\nquenby-preferences: No window can be shown: no display answers"))
+            << platform;
+    }
 }
 
 TEST_F(HostProgramTest, RefusesWhatItDoesNotKnow)

@@ -85,6 +85,23 @@ TEST_F(LifeProgramTest, ItIsFoundByItsName)
     expectEndOf(*helper);
 }
 
+TEST_F(LifeProgramTest, WithoutADisplayItSaysSoAndEnds)
+{
+    store(settings());
+    QProcessEnvironment environment = this->environment();
+    environment.insert(QStringLiteral("DISPLAY"), QStringLiteral(":65000"));
+    for (const char *platform : {"xcb", "wayland"}) {
+        environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QString::fromLatin1(platform));
+        for (const QStringList &arguments : {QStringList(), QStringList(QStringLiteral("--launcher"))}) {
+            ChildProcess helper(program(), arguments, environment);
+            ASSERT_TRUE(helper.waitForEnd(std::chrono::minutes(1))) << platform;
+            EXPECT_TRUE(helper.hasReturned(1)) << platform;
+            EXPECT_THAT(helper.errors().toStdString(), HasSubstr("\nQNBHelper: No window can be shown: "))
+                << platform;
+        }
+    }
+}
+
 TEST_F(LifeProgramTest, ItsLoginItemFollowsItToANewPlace)
 {
     store(settings());
