@@ -44,6 +44,7 @@ public:
     {
         window_.setPresets(presets, true);
         window_.setPlaces({}, {QStringLiteral("/some/where")});
+        window_.beginTyping();
     }
     QWidget &window() { return window_; }
 

@@ -45,14 +45,17 @@ Launcher::~Launcher()
 
 void Launcher::open(const Content &content, const QByteArray &activationToken)
 {
-    if (!isOpen()) {
+    const bool wasOpen = isOpen();
+    if (!wasOpen) {
         // One that was closed goes by itself.
         window_ = new LauncherWindow(handlers_);
         window_->setAttribute(Qt::WA_DeleteOnClose);
         QObject::connect(window_, &QDialog::finished, window_, [this] { closed_(); });
     }
     window_->setPresets(content.labels, content.areKnown);
-    window_->setPlaces(content.named, content.recent);
+    if (!wasOpen || !content.named.isEmpty())
+        window_->setPlaces(content.named, content.recent);
+    window_->beginTyping();
     place(*window_);
     WindowActivation::bringToFront(*window_, activationToken);
 }

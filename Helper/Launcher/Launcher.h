@@ -32,7 +32,7 @@ public:
 
     /// Opens the window, before all others and with the keyboard as far as the desktop gives leave (see
     /// WindowActivation), where the pointer is if windows may say where they are. One that is open already
-    /// comes there, and keeps what was typed.
+    /// comes there, and keeps what was typed and, unless folders are named, where it is to be created.
     void open(const Content &content, const QByteArray &activationToken);
     /// Presets that have changed; nothing if the window is closed.
     void setPresets(const QStringList &labels, bool areKnown);

@@ -43,14 +43,14 @@ LauncherWindow::LauncherWindow(Handlers handlers)
     connect(list_->selectionModel(), &QItemSelectionModel::currentChanged, this, &LauncherWindow::tellChoice);
     // Return goes to the default button, also from the list.
     connect(list_, &QAbstractItemView::doubleClicked, this, &LauncherWindow::create);
-    create_->setDefault(true);
     connect(create_, &QPushButton::clicked, this, &LauncherWindow::create);
-    openPane_->setAutoDefault(false);
     connect(openPane_, &QPushButton::clicked, this, [this] {
         handlers_.openPane();
         reject();
     });
     layOut();
+    // Once it is in the window; a button that has the keyboard takes Return for itself meanwhile.
+    create_->setDefault(true);
     new ReadablePlaceholders(*this);
     setPresets({}, true);
     setPlaces({}, {});
@@ -73,20 +73,26 @@ void LauncherWindow::layOut()
 
 void LauncherWindow::setPresets(const QStringList &labels, bool areKnown)
 {
+    const bool wasEmpty = presets_.rowCount() == 0;
     const int row = list_->currentIndex().row();
     const qsizetype place = row < 0 ? -1 : presets_.placeAt(row);
     const QString label = presets_.labels().value(place);
     areKnown_ = areKnown;
     presets_.setLabels(labels);
-    choose(place < 0 ? 0 : presets_.rowOf(place, label));
+    // Another one in place of a choice that is gone would be created by a Return that was meant for that.
+    choose(wasEmpty ? 0 : place < 0 ? -1 : presets_.rowOf(place, label));
 }
 
 void LauncherWindow::setPlaces(const QStringList &named, const QStringList &recent)
 {
     places_->setPlaces(named, recent);
+    tellChoice();
+}
+
+void LauncherWindow::beginTyping()
+{
     field_->setFocus();
     field_->selectAll();
-    tellChoice();
 }
 
 void LauncherWindow::filter(const QString &typed)
@@ -97,7 +103,7 @@ void LauncherWindow::filter(const QString &typed)
 
 void LauncherWindow::choose(int row)
 {
-    list_->setCurrentIndex(presets_.index(std::max(row, 0)));
+    list_->setCurrentIndex(presets_.index(row));
     tellChoice();
 }
 
@@ -109,9 +115,10 @@ void LauncherWindow::tellChoice()
     create_->setText(places_->folders().isEmpty() ? translated("&Create…") : translated("&Create"));
     QString reason;
     if (!choice.isValid())
-        reason = !presets_.labels().isEmpty() ? translated("No preset has that in its name.")
-                 : areKnown_                  ? translated("There are no presets. Design them in Quenby.")
-                                              : translated("The presets cannot be read.");
+        reason = presets_.rowCount() > 0        ? translated("The chosen preset is not there any more.")
+                 : !presets_.labels().isEmpty() ? translated("No preset has that in its name.")
+                 : areKnown_                    ? translated("There are no presets. Design them in Quenby.")
+                                                : translated("The presets cannot be read.");
     list_->setEmptyText(reason);
     // The keyboard is in the field while the choice moves: who does not see it hears of it there.
     field_->setAccessibleDescription(choice.isValid() ? choice.data().toString() : reason);
@@ -122,14 +129,16 @@ void LauncherWindow::create()
     const QModelIndex choice = list_->currentIndex();
     if (!choice.isValid())
         return;
-    const QStringList folders = places_->folders();
-    if (folders.isEmpty()) {
-        places_->chooseFolder([this] { create(); });
-        return;
-    }
     const qsizetype place = presets_.placeAt(choice.row());
-    handlers_.create(place, presets_.labels().at(place), folders);
-    accept();
+    // The presets may be others by the time a folder is chosen.
+    const auto createThis = [this, place, label = presets_.labels().at(place)] {
+        handlers_.create(place, label, places_->folders());
+        accept();
+    };
+    if (places_->folders().isEmpty())
+        places_->chooseFolder(createThis);
+    else
+        createThis();
 }
 
 bool LauncherWindow::eventFilter(QObject *watched, QEvent *event)

@@ -34,15 +34,18 @@ public:
     ~LauncherWindow() override;
 
     /// The labels of the presets, in their order; those known last if they cannot be read now. What is typed
-    /// stays, and so does the chosen preset if it is still there.
+    /// stays, and so does the chosen preset; if it is not there any more, none is chosen.
     void setPresets(const QStringList &labels, bool areKnown);
-    /// See PlacePicker. What was typed is chosen, to be typed over.
+    /// See PlacePicker.
     void setPlaces(const QStringList &named, const QStringList &recent);
+    /// Gives the keyboard to the field. What was typed is selected, to be typed over.
+    void beginTyping();
 
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
     void layOut();
+    /// None if \a row is negative.
     void choose(int row);
     void tellChoice();
     void filter(const QString &typed);

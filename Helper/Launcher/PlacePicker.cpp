@@ -75,7 +75,6 @@ PlacePicker::PlacePicker(std::function<void()> changed)
     auto *label = PlainText::label(translated("Create &in:"));
     label->setBuddy(places_);
     auto *choose = new QPushButton(translated("C&hoose…"));
-    choose->setAutoDefault(false);
     connect(choose, &QPushButton::clicked, this, [this] { chooseFolder(); });
 
     auto *layout = new QHBoxLayout(this);

@@ -33,7 +33,7 @@ void PresetMatches::setTyped(const QString &typed)
 int PresetMatches::rowOf(qsizetype place, const QString &label) const
 {
     if (labels_.value(place) != label)
-        place = labels_.indexOf(label);
+        place = counts_.value(label) == 1 ? labels_.indexOf(label) : -1;
     return int(places_.indexOf(place));
 }
 

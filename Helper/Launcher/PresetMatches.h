@@ -20,7 +20,8 @@ public:
     const QStringList &labels() const { return labels_; }
     /// The place of the preset of \a row in the list of all.
     qsizetype placeAt(int row) const { return places_.at(row); }
-    /// The row of the preset that has this label, the one at \a place if it does; -1 if it matches no more.
+    /// The row of the preset that has this label: the one at \a place if it does, otherwise the only one; -1
+    /// if there is none, or it matches no more.
     int rowOf(qsizetype place, const QString &label) const;
 
     int rowCount(const QModelIndex &parent = {}) const override;

@@ -44,7 +44,6 @@ Result<Launcher::Content> BusOrders::launcher(const QStringList &folders)
     if (const Result<> absolute = checkAbsolute(folders); !absolute)
         return Content::failure(absolute.error);
     const Result<QNBSettings> settings = readSettings();
-    if (!settings)
-        return Content::failure(settings.error);
-    return Launcher::Content{.labels = labelsOf(settings->presets), .named = folders};
+    return settings ? Launcher::Content{.labels = labelsOf(settings->presets), .named = folders}
+                    : Launcher::Content{.areKnown = false, .named = folders};
 }

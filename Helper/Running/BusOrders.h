@@ -14,7 +14,8 @@ namespace BusOrders {
 /// What is to be done to create \a preset in \a folders.
 Result<QList<CreationOrder>> creations(const HelperService::Preset &preset, const QStringList &folders);
 
-/// What the launcher shows for \a folders, which may be none, but for those that were used before.
+/// What the launcher shows for \a folders, which may be none, but for those that were used before; without
+/// labels while the presets cannot be read.
 Result<Launcher::Content> launcher(const QStringList &folders);
 
 } // namespace BusOrders

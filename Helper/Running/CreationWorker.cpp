@@ -5,7 +5,6 @@
 
 #include "Helper/Presets.h"
 
-#include <QCoreApplication>
 #include <QLoggingCategory>
 #include <QSemaphore>
 #include <QThread>
@@ -13,6 +12,7 @@
 #include <atomic>
 #include <cerrno>
 #include <cstring>
+#include <optional>
 #include <sys/eventfd.h>
 #include <unistd.h>
 #include <utility>
@@ -20,11 +20,6 @@
 namespace {
 
 Q_LOGGING_CATEGORY(lcWorker, "quenby.helper.worker")
-
-QString translated(const char *text)
-{
-    return QCoreApplication::translate("CreationWorker", text);
-}
 
 /// The preset of an order, in the list as it is now.
 Result<QNBPresetRecordPtr> presetOf(const CreationOrder &order)
@@ -36,11 +31,10 @@ Result<QNBPresetRecordPtr> presetOf(const CreationOrder &order)
     const QList<QNBPresetRecordPtr> &presets = settings->presets;
     if (order.place < presets.size() && presets[order.place]->label() == order.label)
         return presets[order.place];
-    for (const QNBPresetRecordPtr &preset : presets) {
-        if (preset->label() == order.label)
-            return preset;
-    }
-    return Preset::failure(translated("There is no such preset any more"));
+    // The list has changed since the order was given.
+    QString error;
+    const QNBPresetRecordPtr preset = presetShown(presets, order.label, std::nullopt, &error);
+    return preset ? Preset(preset) : Preset::failure(error);
 }
 
 } // namespace

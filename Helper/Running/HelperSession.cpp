@@ -97,13 +97,8 @@ void HelperSession::busChanged(const std::optional<QDBusConnection> &connection)
             .understand = BusOrders::creations,
             .give = [this](const QList<CreationOrder> &orders) { return creations_.create(orders); },
             .contentFor = BusOrders::launcher,
-            .openLauncher =
-                [this](Launcher::Content content, const QByteArray &token) {
-                    if (isQuitting_)
-                        return;
-                    content.recent = creations_.recentFolders();
-                    launcher_.open(content, token);
-                },
+            .openLauncher = [this](const Launcher::Content &content,
+                                   const QByteArray &token) { openLauncher(content, token); },
         });
     instance_.claimName([this] { quit(); });
 }
@@ -190,10 +185,19 @@ void HelperSession::updateTray()
 
 void HelperSession::openLauncher()
 {
-    if (!isQuitting_)
-        launcher_.open(
-            {.labels = labels_, .areKnown = hasRead_ && !isOutOfDate_, .recent = creations_.recentFolders()},
-            {});
+    openLauncher({.labels = labels_, .areKnown = hasRead_ && !isOutOfDate_}, {});
+}
+
+void HelperSession::openLauncher(Launcher::Content content, const QByteArray &activationToken)
+{
+    if (isQuitting_)
+        return;
+    if (!content.areKnown)
+        content.labels = labels_;
+    content.recent = creations_.recentFolders();
+    launcher_.open(content, activationToken);
+    // Nobody need have told of the last changes.
+    settings_.changed();
 }
 
 void HelperSession::fill(PresetMenu &menu) const
@@ -233,10 +237,8 @@ void HelperSession::chooseFolder(qsizetype preset)
     const QStringList last = creations_.recentFolders();
     dialog->setDirectory(last.isEmpty() ? DesktopFolders::home() : last.constFirst());
     connect(dialog, &QFileDialog::fileSelected, this, [this, preset, label](const QString &folder) {
-        // The list may have changed meanwhile.
-        const qsizetype place =
-            preset < labels_.size() && labels_[preset] == label ? preset : labels_.indexOf(label);
-        create(place < 0 ? labels_.size() : place, QDir::cleanPath(folder));
+        if (!isQuitting_)
+            creations_.createOrTell(Creations::ordersIn({QDir::cleanPath(folder)}, preset, label));
     });
     OwnedWindow::show(dialog, this);
 }

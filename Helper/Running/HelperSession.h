@@ -52,6 +52,7 @@ private:
     void chooseFolder(qsizetype preset);
     /// With the presets as they are known here, for the hot key and the tray.
     void openLauncher();
+    void openLauncher(Launcher::Content content, const QByteArray &activationToken);
 
     const std::shared_ptr<SessionBus> bus_;
     SingleInstance &instance_;

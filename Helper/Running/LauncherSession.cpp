@@ -84,8 +84,11 @@ void LauncherSession::busChanged(const std::optional<QDBusConnection> &connectio
                                      .contentFor = BusOrders::launcher,
                                      .openLauncher =
                                          [this](Launcher::Content content, const QByteArray &token) {
+                                             if (!content.areKnown)
+                                                 content.labels = labels_;
                                              content.recent = creations_.recentFolders();
                                              launcher_.open(content, token);
+                                             settings_.changed();
                                          },
                                  });
     // Two windows do no harm, if two were opened at once.

@@ -6,6 +6,7 @@
 #include "Tests/Session/ChildProcess.h"
 
 #include <QApplication>
+#include <QComboBox>
 #include <QLineEdit>
 #include <QScreen>
 #include <QTest>
@@ -53,6 +54,25 @@ TEST_F(LauncherTest, ItIsOneWindowThatGoesWhenItIsClosed)
     EXPECT_TRUE(launcher_.isOpen());
     EXPECT_TRUE(waitUntil([] { return windows().size() == 1; }));
     EXPECT_EQ(windows().constFirst()->findChild<QLineEdit *>()->text(), QString());
+}
+
+TEST_F(LauncherTest, CalledAgainForNoFoldersItKeepsTheOneThatIsChosen)
+{
+    const QString here = QStringLiteral("/some/where");
+    const QString there = QStringLiteral("/over/there");
+    launcher_.open({.labels = {letters}, .named = {here}, .recent = {there}}, {});
+    const auto *places = windows().constFirst()->findChild<QComboBox *>();
+    auto *field = windows().constFirst()->findChild<QLineEdit *>();
+    field->setText(QStringLiteral("let"));
+    launcher_.open({.labels = {letters}, .recent = {there}}, {});
+    EXPECT_EQ(places->currentText(), here);
+    EXPECT_EQ(field->selectedText(), QStringLiteral("let")) << "to be typed over";
+    launcher_.open({.labels = {letters}, .named = {there}}, {});
+    EXPECT_EQ(places->currentText(), there);
+    windows().constFirst()->close();
+    launcher_.open({.labels = {letters}, .recent = {here}}, {});
+    EXPECT_TRUE(waitUntil([] { return windows().size() == 1; }));
+    EXPECT_EQ(windows().constFirst()->findChild<QComboBox *>()->currentText(), here);
 }
 
 TEST_F(LauncherTest, ItIsADialogOfOneWidthWithinTheScreen)

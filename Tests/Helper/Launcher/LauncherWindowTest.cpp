@@ -38,6 +38,12 @@ protected:
     {
         window_.setPresets({letters, photos, phone}, true);
         window_.setPlaces({}, {here, there});
+        window_.beginTyping();
+        show();
+    }
+
+    void show()
+    {
         window_.show();
         window_.activateWindow();
         EXPECT_TRUE(QTest::qWaitForWindowActive(&window_));
@@ -192,12 +198,58 @@ TEST_F(LauncherWindowTest, PresetsThatChangeAreShownAndTheChoiceStays)
     window_.setPresets({phone, letters, QStringLiteral("More"), photos}, true);
     EXPECT_EQ(chosen(), photos);
     EXPECT_EQ(list().model()->rowCount(), 4);
-    window_.setPresets({phone, letters}, true);
-    EXPECT_EQ(chosen(), phone);
     type("more");
+    window_.setPresets({phone, letters}, true);
     EXPECT_EQ(chosen(), QString());
     window_.setPresets({phone, QStringLiteral("More")}, true);
     EXPECT_EQ(chosen(), QStringLiteral("More")) << "what is typed stays";
+}
+
+TEST_F(LauncherWindowTest, InPlaceOfAChosenPresetThatGoesNoOtherIsChosen)
+{
+    press(Qt::Key_Down);
+    ASSERT_EQ(chosen(), photos);
+    window_.setPresets({phone, letters}, true);
+    EXPECT_EQ(chosen(), QString());
+    EXPECT_EQ(field().accessibleDescription(), QStringLiteral("The chosen preset is not there any more."));
+    window_.setPresets({letters, phone}, true);
+    press(Qt::Key_Return);
+    EXPECT_THAT(created_, IsEmpty());
+    EXPECT_TRUE(window_.isVisible());
+    press(Qt::Key_Down);
+    EXPECT_EQ(chosen(), letters);
+}
+
+TEST_F(LauncherWindowTest, WhatIsCreatedIsWhatWasChosenBeforeTheFolderWasAskedFor)
+{
+    window_.setPlaces({}, {});
+    type("pho");
+    ASSERT_EQ(chosen(), photos);
+    press(Qt::Key_Return);
+    auto *dialog = window_.findChild<QFileDialog *>();
+    ASSERT_TRUE(dialog);
+    window_.setPresets({letters, phone}, true);
+    Q_EMIT dialog->fileSelected(here);
+    EXPECT_THAT(created_, ElementsAre(QStringLiteral("Photos 1 in /some/where")));
+}
+
+TEST_F(LauncherWindowTest, ReturnOnAButtonIsForThatButton)
+{
+    button(QStringLiteral("C&hoose…")).setFocus();
+    press(Qt::Key_Return);
+    auto *dialog = window_.findChild<QFileDialog *>();
+    EXPECT_TRUE(dialog);
+    EXPECT_THAT(created_, IsEmpty());
+    delete dialog;
+    show();
+    field().setFocus();
+    press(Qt::Key_Return);
+    EXPECT_THAT(created_, ElementsAre(QStringLiteral("Letters 0 in /some/where")));
+    show();
+    button(QStringLiteral("&Open Quenby…")).setFocus();
+    press(Qt::Key_Return);
+    EXPECT_EQ(panes_, 1);
+    EXPECT_EQ(created_.size(), 1);
 }
 
 TEST_F(LauncherWindowTest, WhereThereIsNothingToChooseItSaysWhy)
@@ -243,7 +295,8 @@ TEST_F(LauncherWindowTest, WhoDoesNotSeeItHearsTheChoice)
 TEST_F(LauncherWindowTest, AFieldThatIsOpenedAgainIsTypedOver)
 {
     type("pho");
-    window_.setPlaces({here}, {});
+    list().setFocus();
+    window_.beginTyping();
     type("let");
     EXPECT_EQ(field().text(), QStringLiteral("let"));
 }

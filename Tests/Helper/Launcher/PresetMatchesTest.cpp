@@ -54,8 +54,9 @@ TEST_F(PresetMatchesTest, APresetIsFoundAgainAfterAChange)
     const QString letters = QStringLiteral("Letters");
     matches_.setLabels({QStringLiteral("New"), letters, letters});
     EXPECT_EQ(matches_.rowOf(2, letters), 2);
-    EXPECT_EQ(matches_.rowOf(0, letters), 1) << "the first of that label if it is not where it was";
-    EXPECT_EQ(matches_.rowOf(5, letters), 1);
+    EXPECT_EQ(matches_.rowOf(0, letters), -1) << "it may be either of them";
+    EXPECT_EQ(matches_.rowOf(5, letters), -1);
+    EXPECT_EQ(matches_.rowOf(5, QStringLiteral("New")), 0);
     EXPECT_EQ(matches_.rowOf(0, QStringLiteral("Gone")), -1);
     matches_.setTyped(QStringLiteral("new"));
     EXPECT_EQ(matches_.rowOf(2, letters), -1);

@@ -13,6 +13,8 @@
 #include <gmock/gmock.h>
 #include <thread>
 
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 
 namespace {
@@ -145,4 +147,31 @@ TEST_F(CreationWorkerTest, WhatIsCancelledWhileItIsCreatedIsUndone)
     ASSERT_TRUE(created_);
     EXPECT_EQ(created_->status, CreationReport::Status::Cancelled) << qPrintable(created_->message);
     EXPECT_THAT(tree(), IsEmpty());
+}
+
+TEST_F(CreationWorkerTest, OfPresetsThatShareALabelNoneIsTakenForAnother)
+{
+    const QString same = QStringLiteral("Same");
+    const QVariantMap first = preset(same, {folder(QStringLiteral("First"), {})});
+    const QVariantMap second = preset(same, {folder(QStringLiteral("Second"), {})});
+    storePresets({preset(large, {}), first, second});
+    CreationWorker worker(handlers());
+    const auto create = [&](qsizetype place) {
+        ASSERT_TRUE(worker.create({{place, same, target()}}));
+        ASSERT_TRUE(waitUntil([&] { return !worker.isBusy(); }, longTime));
+        ASSERT_TRUE(created_);
+    };
+    ASSERT_NO_FATAL_FAILURE(create(0));
+    EXPECT_THAT(created_->message.toStdString(), HasSubstr("#2, #3"));
+    EXPECT_THAT(tree(), IsEmpty());
+    ASSERT_NO_FATAL_FAILURE(create(2));
+    EXPECT_THAT(tree(), ElementsAre(QStringLiteral("Second/")));
+    // The only one is found wherever it is.
+    storePresets({second});
+    worker.undo(created_);
+    ASSERT_NO_FATAL_FAILURE(create(2));
+    EXPECT_THAT(tree(), ElementsAre(QStringLiteral("Second/")));
+    storePresets({});
+    ASSERT_NO_FATAL_FAILURE(create(0));
+    EXPECT_THAT(created_->message.toStdString(), HasSubstr("no preset"));
 }

@@ -12,6 +12,7 @@
 #include <QDir>
 #include <QFile>
 
+#include <algorithm>
 #include <gmock/gmock.h>
 
 using ::testing::ElementsAre;
@@ -72,6 +73,7 @@ protected:
         QDBusConnection::disconnectFromBus(connectionName);
         return isNamed;
     }
+    QString domain() const { return home_.configFolder() + QStringLiteral("/" QUENBY_IDENTIFIER ".plist"); }
     QString other() const
     {
         const QString folder = home_.filePath(QStringLiteral("other"));
@@ -91,6 +93,8 @@ TEST_F(LauncherProgramTest, TheRunningHelperOpensItAndCreatesInTheFoldersAsOneSt
     changed.presets.removeFirst();
     store(changed);
     call({launcherOption, inOption, target(), inOption, other()});
+    EXPECT_TRUE(waitUntil([&] { return helper->errors().contains("presets in the menu: 1"); }))
+        << "the tray and the hot key go by what was found";
     ASSERT_NO_FATAL_FAILURE(typeReturn(*helper, QStringLiteral("photo")));
     ASSERT_TRUE(waitUntil([&] { return desktop.shown().size() == 2; }));
     EXPECT_THAT(tree(), ElementsAre(QStringLiteral("Raw/")));
@@ -223,20 +227,37 @@ TEST_F(LauncherProgramTest, WhatAnOldMenuShowsAndIsGoneIsNotCreatedAndTheOthersA
     expectEndOf(*helper);
 }
 
+TEST_F(LauncherProgramTest, TheRunningHelperOpensItWithThePresetsItKnewLastIfTheyCannotBeRead)
+{
+    const FakeDesktop desktop(bus_.address(), {});
+    const auto helper = start();
+    ASSERT_TRUE(QFile::rename(domain(), home_.filePath(QStringLiteral("aside"))));
+    // What a folder in its place holds nobody can say.
+    ASSERT_TRUE(QDir().mkdir(domain()));
+    call({launcherOption, inOption, target()});
+    ASSERT_NO_FATAL_FAILURE(typeReturn(*helper, QStringLiteral("let")));
+    EXPECT_TRUE(waitUntil([&] {
+        const auto &shown = desktop.shown();
+        return std::any_of(shown.begin(), shown.end(), [](const auto &notice) {
+            return notice.title == QStringLiteral("\"Letters\" was not created");
+        });
+    }));
+    expectEndOf(*helper);
+}
+
 TEST_F(LauncherProgramTest, PresetsThatCannotBeReadAreToldOfInAProcessOfItsOwn)
 {
-    const QString domain = home_.configFolder() + QStringLiteral("/" QUENBY_IDENTIFIER ".plist");
     const QString aside = home_.filePath(QStringLiteral("aside"));
-    ASSERT_TRUE(QFile::rename(domain, aside));
+    ASSERT_TRUE(QFile::rename(domain(), aside));
     // What a folder in its place holds nobody can say.
-    ASSERT_TRUE(QDir().mkdir(domain));
+    ASSERT_TRUE(QDir().mkdir(domain()));
     const FakeDesktop desktop(bus_.address(), {});
     const auto launcher = begin({launcherOption, inOption, target()});
     ASSERT_NO_FATAL_FAILURE(typeReturn(*launcher, QStringLiteral("let")));
     EXPECT_TRUE(hasLauncher(*launcher));
     // It is tried again, and what was typed stays.
-    ASSERT_TRUE(QDir().rmdir(domain));
-    ASSERT_TRUE(QFile::rename(aside, domain));
+    ASSERT_TRUE(QDir().rmdir(domain()));
+    ASSERT_TRUE(QFile::rename(aside, domain()));
     ASSERT_TRUE(waitUntil([&] {
         screen_.typeKey(QStringLiteral("Return"));
         return !launcher->isRunning();
