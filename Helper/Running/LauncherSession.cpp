@@ -97,14 +97,17 @@ void LauncherSession::busChanged(const std::optional<QDBusConnection> &connectio
 
 void LauncherSession::endIfDone()
 {
-    if (isEnding_ || launcher_.isOpen() || creations_.isBusy())
+    const auto isInUse = [this] { return creations_.isBusy() || (!isQuitting_ && hasWindows()); };
+    if (isEnding_ || isInUse())
         return;
-    isEnding_ = true;
-    // Where nobody shows notifications, what went wrong comes in a window, which is waited for.
-    if (!isQuitting_)
+    if (!isQuitting_) {
+        isEnding_ = true;
+        // Where nobody shows notifications, what went wrong comes in a window now.
         creations_.notices().flush(notificationTimeout);
-    isEnding_ = false;
-    if (isQuitting_ || !hasWindows())
+        isEnding_ = false;
+    }
+    // The window may have been opened again meanwhile.
+    if (!isInUse())
         QCoreApplication::exit();
 }
 
