@@ -31,8 +31,13 @@ const DragData *DragData::from(const QMimeData &data)
 
 void DragData::announcePromise()
 {
-    if (promised_ && DirectSave::isAvailable())
+    if (!promised_)
+        return;
+    // Elsewhere than on an X screen the release of the mouse is not told to the program that drags.
+    if (DirectSave::isAvailable())
         directSave_.announce(promised_->probableName());
+    else
+        promised_->giveWhenAsked();
 }
 
 void DragData::drop()
@@ -61,12 +66,16 @@ QStringList DragData::formats() const
     return formats;
 }
 
-QVariant DragData::retrieveData(const QString &format, QMetaType) const
+QVariant DragData::retrieveData(const QString &format, QMetaType type) const
 {
     if (promised_ && format == DirectSave::format)
         return saveDirectly();
+    // Who asks for a list of addresses may take nothing else; from bytes the library makes all other types.
+    const bool asksForList = type == QMetaType::fromType<QList<QUrl>>();
     if (promised_ && format == PasteboardType::filenames)
-        return uriList();
+        return asksForList ? QVariant::fromValue(promisedUrls()) : QVariant(uriList());
+    if (asksForList)
+        return QVariant::fromValue(declared_->urls());
     return declared_->data(format);
 }
 
@@ -78,8 +87,16 @@ QByteArray DragData::saveDirectly() const
     return promised_->writeTo(path) ? DirectSave::saved : DirectSave::failed;
 }
 
-QByteArray DragData::uriList() const
+QList<QUrl> DragData::promisedUrls() const
 {
     const QUrl url = promised_->url();
-    return url.isValid() ? url.toEncoded() + "\r\n" : QByteArray();
+    return url.isValid() ? QList<QUrl>{url} : QList<QUrl>();
+}
+
+QByteArray DragData::uriList() const
+{
+    QByteArray list;
+    for (const QUrl &url : promisedUrls())
+        list += url.toEncoded() + "\r\n";
+    return list;
 }

@@ -7,7 +7,9 @@
 #include "Toolkit/DraggingInfo.h"
 #include "Toolkit/PromisedFile.h"
 
+#include <QList>
 #include <QMimeData>
+#include <QUrl>
 #include <memory>
 
 /// The data of a drag that begins in one of our views.
@@ -28,7 +30,8 @@ public:
     static const DragData *from(const QMimeData &data);
 
     DragOperations mask() const { return mask_; }
-    /// The drag has begun: other programs may ask how the promised file is called.
+    /// The drag has begun: other programs may ask how the promised file is called, or for the file itself
+    /// where nobody tells us of the drop before they do.
     void announcePromise();
     /// Another program takes it.
     void drop();
@@ -41,6 +44,7 @@ protected:
 
 private:
     QByteArray saveDirectly() const;
+    QList<QUrl> promisedUrls() const;
     QByteArray uriList() const;
 
     std::unique_ptr<QMimeData> declared_;

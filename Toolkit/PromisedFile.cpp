@@ -30,7 +30,7 @@ PromisedFile::PromisedFile(const QString &probableName, Writer writer)
 
 void PromisedFile::drop()
 {
-    isDropped_ = true;
+    giveWhenAsked();
     // Whoever was told before may look there now, without asking again.
     if (wasTold_)
         write();
@@ -38,7 +38,7 @@ void PromisedFile::drop()
 
 QUrl PromisedFile::url()
 {
-    if (isDropped_)
+    if (isDue_)
         return write() ? QUrl::fromLocalFile(path_) : QUrl();
     if (!isPlainName(probableName_) || !makeFolder())
         return {};
@@ -48,7 +48,7 @@ QUrl PromisedFile::url()
 
 bool PromisedFile::writeTo(const QString &path)
 {
-    isDropped_ = true;
+    isDue_ = true;
     if (!write())
         return false;
     QFile file(path_);

@@ -10,7 +10,8 @@
 #include <memory>
 #include <vector>
 
-/// A file that does not exist before the drag that promised it is dropped outside of this process.
+/// A file that does not exist before the drag that promised it is dropped outside of this process, or before
+/// another program asks for it where nobody tells of the drop in time.
 ///
 /// It is written by whoever promised it, once at most, into a private folder that lives as long as this, and
 /// goes from there to where it is wanted. Whoever delivered a file keeps this as long as the other program
@@ -26,11 +27,13 @@ public:
 
     QString probableName() const { return probableName_; }
 
-    /// From here on who asks for the file gets it: until then it is only told where the file will be.
+    /// From here on who asks for the file gets it: until then they are only told where it will be.
+    void giveWhenAsked() { isDue_ = true; }
+    /// The same; and who asked before finds the file now.
     void drop();
     bool isWritten() const { return state_ == State::Written; }
 
-    /// Where the file is, after the drop, or will be. Invalid if it could not be written.
+    /// Where the file is, or will be after the drop. Invalid if it could not be written.
     QUrl url();
     /// Writes the file to \a path, which another program chose, and replaces what is there; a link is never
     /// followed.
@@ -49,7 +52,7 @@ private:
     /// Where it is now; in the private folder, or where another program wanted it.
     QString path_;
     State state_ = State::Promised;
-    bool isDropped_ = false;
+    bool isDue_ = false;
     /// Somebody knows by now where the file will be.
     bool wasTold_ = false;
 };
