@@ -5,8 +5,6 @@
 
 namespace {
 
-/// So often in a row the picture of a drag has to be in the same place below the pointer.
-constexpr int timesAtRest = 3;
 const QString xdotool = QStringLiteral("xdotool");
 const QString leftButton = QStringLiteral("1");
 const QString rightButton = QStringLiteral("3");
@@ -38,46 +36,12 @@ void DesktopUser::rightClicks(QPoint place) const
     does(move(place) + QStringList{QStringLiteral("click"), rightButton});
 }
 
-bool DesktopUser::drags(QPoint from, QPoint to, const ChildProcess &dragging) const
+bool DesktopUser::drags(QPoint from, QPoint to, ChildProcess &dragging) const
 {
-    const QStringList windowsBefore = screen_.windowsOf(dragging.pid());
-    std::optional<QPoint> distance;
-    int atRest = 0;
-    const auto hasArrived = [&] {
-        for (const QString &window : screen_.windowsOf(dragging.pid())) {
-            if (windowsBefore.contains(window))
-                continue;
-            const QPoint next = distanceToPointer(window);
-            atRest = distance == next ? atRest + 1 : 0;
-            distance = next;
-        }
-        return atRest >= timesAtRest;
-    };
-    const bool result = screen_.drag(from, to, hasArrived);
+    const bool result = screen_.drag(from, to, screen_.arrivalOfDrag(dragging));
     if (!result)
         presses(QStringLiteral("Escape"));
     screen_.releaseMouse();
-    return result;
-}
-
-QPoint DesktopUser::distanceToPointer(const QString &window) const
-{
-    const QList<QByteArray> lines =
-        screen_
-            .ask(xdotool, {QStringLiteral("getmouselocation"), QStringLiteral("--shell"),
-                           QStringLiteral("getwindowgeometry"), QStringLiteral("--shell"), window})
-            .split('\n');
-    QPoint result;
-    int sign = -1;
-    for (const QByteArray &line : lines) {
-        // The pointer's come first.
-        if (line.startsWith("X="))
-            result.rx() += sign * line.mid(2).toInt();
-        if (line.startsWith("Y=")) {
-            result.ry() += sign * line.mid(2).toInt();
-            sign = 1;
-        }
-    }
     return result;
 }
 

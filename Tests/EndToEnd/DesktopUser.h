@@ -3,19 +3,17 @@
 
 #pragma once
 
-#include "Tests/Session/VirtualScreen.h"
+#include "Tests/Session/Screen.h"
 
 #include <QPoint>
 #include <QStringList>
-
-#include <optional>
 
 /// A person with a keyboard and a mouse in front of a screen. What they do reaches the window with the
 /// keyboard, or the one below the pointer, in the order in which it was done.
 class DesktopUser
 {
 public:
-    explicit DesktopUser(const VirtualScreen &screen)
+    explicit DesktopUser(const Screen &screen)
         : screen_(screen)
     {
     }
@@ -27,14 +25,12 @@ public:
     void types(const QString &text) const;
     void clicks(QPoint place) const;
     void rightClicks(QPoint place) const;
-    /// Drags what is at \a from to \a to, and drops it there, once what \a dragging shows below the pointer
-    /// has come along. False if it does not come; the drag is given up then.
-    bool drags(QPoint from, QPoint to, const ChildProcess &dragging) const;
+    /// Drags what is at \a from, in a window of \a dragging, to \a to, and drops it there once it has come
+    /// along with the mouse. False if it does not come; the drag is given up then.
+    bool drags(QPoint from, QPoint to, ChildProcess &dragging) const;
 
 private:
-    /// How far from the pointer a window is.
-    QPoint distanceToPointer(const QString &window) const;
     void does(const QStringList &arguments) const;
 
-    const VirtualScreen &screen_;
+    const Screen &screen_;
 };

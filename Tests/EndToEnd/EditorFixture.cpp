@@ -3,41 +3,21 @@
 
 #include "Tests/EndToEnd/EditorFixture.h"
 
-#include <algorithm>
-#include <csignal>
-
 using ::testing::ElementsAreArray;
 
-namespace {
-
-/// A folder's menu is shorter.
-constexpr int longestMenu = 60;
-
-} // namespace
-
 EditorFixture::EditorFixture(QSize screenSize)
-    : screen_(session_.home(), screenSize)
-    , reader_(session_.busAddress(),
-              screen_.environmentFrom(session_.home().environment(session_.busAddress())))
-    , user_(screen_)
-    , pane_(reader_)
+    : PaneFixture([screenSize](const TemporaryHome &home) {
+        return std::make_unique<VirtualScreen>(home, screenSize);
+    })
+    , screen_(static_cast<VirtualScreen &>(*anyScreen_))
 {
 }
 
 void EditorFixture::openPane()
 {
-    host_ = session_.startHost(&screen_);
+    ASSERT_NO_FATAL_FAILURE(PaneFixture::openPane());
     window_ = screen_.windowOf(host_->pid());
-    ASSERT_FALSE(window_.isEmpty()) << host_->errors().constData();
-    ASSERT_TRUE(waitUntil([&] { return screen_.hasKeyboard(window_); }));
-    ASSERT_TRUE(pane_.isThere()) << host_->errors().constData();
-}
-
-void EditorFixture::leave()
-{
-    host_->signal(SIGTERM);
-    ASSERT_TRUE(host_->waitForEnd());
-    EXPECT_TRUE(host_->hasReturned(0)) << host_->errors().constData();
+    ASSERT_FALSE(window_.isEmpty());
 }
 
 void EditorFixture::start()
@@ -105,84 +85,11 @@ void EditorFixture::undoAllAndRedoAll()
     }
 }
 
-void EditorFixture::addItem(const QString &key, const QString &name)
-{
-    user_.presses(key);
-    user_.types(name);
-    user_.presses(QStringLiteral("Return"));
-    ASSERT_TRUE(waitUntil([&] { return pane_.selectedItems() == QStringList(name); }, patience))
-        << qPrintable(name) << " in\n"
-        << qPrintable(pane_.tree().join(u'\n'));
-}
-
-void EditorFixture::goToItem(const QString &name)
-{
-    const qsizetype row = pane_.items().indexOf(name);
-    ASSERT_GE(row, 0) << qPrintable(name) << " in\n" << qPrintable(pane_.tree().join(u'\n'));
-    // The mnemonic of the tree.
-    user_.presses(QStringList{QStringLiteral("alt+f"), QStringLiteral("Home")} +
-                  QStringList(row, QStringLiteral("Down")));
-    ASSERT_TRUE(waitUntil([&] { return pane_.selectedItems() == QStringList(name); }, patience))
-        << qPrintable(name) << ", not " << qPrintable(pane_.selectedItems().join(u' '));
-}
-
-void EditorFixture::goToPreset(const QString &label)
-{
-    const qsizetype row = pane_.presets().indexOf(label);
-    ASSERT_GE(row, 0) << qPrintable(label) << " in\n" << qPrintable(pane_.presets().join(u'\n'));
-    user_.presses(QStringList{QStringLiteral("alt+r"), QStringLiteral("Home")} +
-                  QStringList(row, QStringLiteral("Down")));
-    ASSERT_TRUE(waitUntil([&] { return pane_.selectedPresets() == QStringList(label); }, patience))
-        << qPrintable(label) << ", not " << qPrintable(pane_.selectedPresets().join(u' '));
-}
-
 void EditorFixture::openMenu(const QString &key)
 {
     const qsizetype windows = screen_.windowsOf(host_->pid()).size();
     user_.presses(key);
     ASSERT_TRUE(waitUntil([&] { return screen_.windowsOf(host_->pid()).size() > windows; }, patience));
-}
-
-void EditorFixture::goToEntry(const QString &name)
-{
-    QStringList seen;
-    while (seen.size() < longestMenu) {
-        const Accessible before = reader_.focus();
-        user_.presses(QStringLiteral("Down"));
-        ASSERT_TRUE(waitUntil([&] { return !(reader_.focus() == before); }, patience)) << qPrintable(name);
-        // The shortcut stands behind the name.
-        seen.append(reader_.focus().name().section(u'\t', 0, 0));
-        if (seen.constLast() == name)
-            return;
-    }
-    FAIL() << qPrintable(name) << " is not in\n" << qPrintable(seen.join(u'\n'));
-}
-
-void EditorFixture::walkTo(const QString &name, const QStringList &keys)
-{
-    user_.presses(keys);
-    ASSERT_TRUE(waitUntil([&] { return reader_.focus().name() == name; }, patience))
-        << qPrintable(name) << ", not " << qPrintable(reader_.focus().name());
-}
-
-void EditorFixture::goToGeneralTab()
-{
-    user_.presses(QStringLiteral("alt+g"));
-    // A control of the page has it before.
-    for (int steps = 0; steps < 5; ++steps) {
-        const Accessible before = reader_.focus();
-        user_.presses(QStringLiteral("shift+Tab"));
-        ASSERT_TRUE(waitUntil([&] { return !(reader_.focus() == before); }, patience));
-        if (reader_.focus().name() == QStringLiteral("General"))
-            return;
-    }
-    FAIL() << qPrintable(reader_.focus().name());
-}
-
-void EditorFixture::chooseEntry(const QString &name)
-{
-    ASSERT_NO_FATAL_FAILURE(goToEntry(name));
-    user_.presses(QStringLiteral("Return"));
 }
 
 void EditorFixture::answerAlert(const QStringList &texts, const QString &key)
@@ -201,18 +108,4 @@ void EditorFixture::answerAlert(const QStringList &texts, const QString &key)
     ASSERT_TRUE(waitUntil([&] { return screen_.hasKeyboard(window_) && pane_.alert().isEmpty(); }, patience));
     // The pane's window has lost the keyboard to the alert, and the alert has lost it again.
     saves_ += 2;
-}
-
-void EditorFixture::expectTree(const QStringList &tree)
-{
-    ASSERT_FALSE(HasFatalFailure());
-    ASSERT_TRUE(waitUntil([&] { return pane_.tree() == tree; }, patience))
-        << qPrintable(pane_.tree().join(u'\n'));
-}
-
-void EditorFixture::expectPresets(const QStringList &presets)
-{
-    ASSERT_FALSE(HasFatalFailure());
-    ASSERT_TRUE(waitUntil([&] { return pane_.presets() == presets; }, patience))
-        << qPrintable(pane_.presets().join(u'\n'));
 }

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "Tests/EndToEnd/QuenbySession.h"
+#include "Tests/Session/VirtualScreen.h"
 
 #include <QElapsedTimer>
 

@@ -14,7 +14,7 @@ QuenbySession::QuenbySession()
 {
 }
 
-std::unique_ptr<ChildProcess> QuenbySession::startHost(const VirtualScreen *screen) const
+std::unique_ptr<ChildProcess> QuenbySession::startHost(const Screen *screen) const
 {
     return std::make_unique<ChildProcess>(QStringLiteral(QUENBY_PREFERENCES), QStringList(pane_.path()),
                                           screen ? screen->environmentFrom(environment()) : environment());

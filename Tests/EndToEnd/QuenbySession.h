@@ -8,8 +8,8 @@
 #include "Tests/Session/ChildProcess.h"
 #include "Tests/Session/NotificationListener.h"
 #include "Tests/Session/PrivateBus.h"
+#include "Tests/Session/Screen.h"
 #include "Tests/Session/TemporaryHome.h"
-#include "Tests/Session/VirtualScreen.h"
 
 #include <gtest/gtest.h>
 #include <memory>
@@ -25,7 +25,7 @@ public:
     /// What the host opens.
     const PaneCopy &pane() const { return pane_; }
     /// Starts the host, on \a screen if there is one, else with windows that nobody sees.
-    std::unique_ptr<ChildProcess> startHost(const VirtualScreen *screen = nullptr) const;
+    std::unique_ptr<ChildProcess> startHost(const Screen *screen = nullptr) const;
     /// What the desktop gives to programs.
     QProcessEnvironment environment() const;
     /// Waits until \a host could be asked to end without losing anything.

@@ -4,6 +4,7 @@
 #include "Tests/EndToEnd/QuenbySession.h"
 #include "Tests/Session/NotificationListener.h"
 #include "Tests/Session/SilentSocket.h"
+#include "Tests/Session/VirtualScreen.h"
 
 #include <QElapsedTimer>
 #include <QRegularExpression>

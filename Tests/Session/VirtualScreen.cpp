@@ -4,37 +4,21 @@
 #include "Tests/Session/VirtualScreen.h"
 
 #include <csignal>
+#include <optional>
 
 namespace {
 
-const QString xdotool = QStringLiteral("xdotool");
 const QString xprop = QStringLiteral("xprop");
-const QString leftButton = QStringLiteral("1");
-const QString displayVariable = QStringLiteral("DISPLAY");
-constexpr int stepsOfADrag = 8;
+/// So often in a row the picture of a drag has to be in the same place below the pointer.
+constexpr int timesAtRest = 3;
 
 } // namespace
 
 VirtualScreen::VirtualScreen(const TemporaryHome &home, QSize size)
-    : environment_(home.environment())
+    : Screen(home, size)
+    , windowManager_(std::make_unique<ChildProcess>(
+          QStringLiteral("openbox"), QStringList{QStringLiteral("--sm-disable")}, ownEnvironment()))
 {
-    server_ = std::make_unique<ChildProcess>(
-        QStringLiteral("Xvfb"),
-        // Without repeated keys: on a loaded machine a key is held for long, and nobody means to.
-        QStringList{QStringLiteral("-r"), QStringLiteral("-displayfd"), QStringLiteral("1"),
-                    QStringLiteral("-screen"), QStringLiteral("0"),
-                    QStringLiteral("%1x%2x24").arg(size.width()).arg(size.height()),
-                    QStringLiteral("-nolisten"), QStringLiteral("tcp"), QStringLiteral("-noreset")},
-        environment_);
-    if (!waitUntil([this] { return server_->output().contains('\n'); }))
-        qFatal("no screen: %s", server_->errors().constData());
-    environment_.insert(displayVariable, u':' + QString::fromLatin1(server_->output().trimmed()));
-
-    // It finds its theme where the system has it.
-    QProcessEnvironment systemData = environment_;
-    systemData.remove(QStringLiteral("XDG_DATA_DIRS"));
-    windowManager_ = std::make_unique<ChildProcess>(QStringLiteral("openbox"),
-                                                    QStringList{QStringLiteral("--sm-disable")}, systemData);
     // The last of what it announces when it starts.
     const auto isReady = [this] {
         return !windowManager_->isRunning() ||
@@ -46,17 +30,36 @@ VirtualScreen::VirtualScreen(const TemporaryHome &home, QSize size)
 
 QProcessEnvironment VirtualScreen::environmentFrom(QProcessEnvironment environment) const
 {
-    environment.insert(displayVariable, environment_.value(displayVariable));
+    environment.insert(displayVariable, display());
     environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("xcb"));
     environment.insert(QStringLiteral("QT_LINUX_ACCESSIBILITY_ALWAYS_ON"), QStringLiteral("1"));
     return environment;
 }
 
-QByteArray VirtualScreen::ask(const QString &program, const QStringList &arguments) const
+bool VirtualScreen::givesKeyboardTo(ChildProcess &program) const
 {
-    ChildProcess tool(program, arguments, environment_);
-    tool.waitForEnd();
-    return tool.output().trimmed();
+    const QString window = activeWindow();
+    return windowsOf(program.pid()).contains(window) && hasKeyboard(window);
+}
+
+std::function<bool()> VirtualScreen::arrivalOfDrag(ChildProcess &dragging) const
+{
+    // The picture of what is dragged is a window of its own.
+    return [this, pid = dragging.pid(), windowsBefore = windowsOf(dragging.pid()),
+            distance = std::optional<QPoint>(), atRest = 0]() mutable {
+        const QStringList windows = windowsOf(pid);
+        for (const QString &window : windows) {
+            if (windowsBefore.contains(window))
+                continue;
+            const QPoint next = distanceToPointer(window);
+            atRest = distance == next ? atRest + 1 : 0;
+            distance = next;
+        }
+        if (atRest < timesAtRest)
+            return false;
+        atRest = 0;
+        return true;
+    };
 }
 
 QStringList VirtualScreen::windowsOf(qint64 pid) const
@@ -111,11 +114,6 @@ QRect VirtualScreen::placeOf(const QString &window) const
             number("Height:")};
 }
 
-QString VirtualScreen::display() const
-{
-    return environment_.value(displayVariable);
-}
-
 bool VirtualScreen::activate(const QString &window) const
 {
     // Another window that appears only now may take the keyboard away again.
@@ -125,49 +123,28 @@ bool VirtualScreen::activate(const QString &window) const
     });
 }
 
-void VirtualScreen::typeKey(const QString &key) const
-{
-    ask(xdotool, {QStringLiteral("key"), QStringLiteral("--clearmodifiers"), key});
-}
-
-void VirtualScreen::moveMouse(const QPoint &point) const
-{
-    ask(xdotool, {QStringLiteral("mousemove"), QString::number(point.x()), QString::number(point.y())});
-}
-
-void VirtualScreen::pressMouse() const
-{
-    ask(xdotool, {QStringLiteral("mousedown"), leftButton});
-}
-
-void VirtualScreen::releaseMouse() const
-{
-    ask(xdotool, {QStringLiteral("mouseup"), leftButton});
-}
-
-bool VirtualScreen::drag(const QPoint &from, const QPoint &to, const std::function<bool()> &hasArrived) const
-{
-    moveMouse(from);
-    pressMouse();
-    for (int step = 1; step < stepsOfADrag; ++step)
-        moveMouse(from + (to - from) * step / stepsOfADrag);
-    // The programs may still be busy with the steps so far; a mouse that rests tells them nothing.
-    int jitter = 0;
-    return waitUntil([&] {
-        jitter = 1 - jitter;
-        moveMouse(to + QPoint(jitter, 0));
-        return hasArrived();
-    });
-}
-
 void VirtualScreen::killWindowManager()
 {
     windowManager_->signal(SIGKILL);
     windowManager_->waitForEnd();
 }
 
-void VirtualScreen::kill()
+QPoint VirtualScreen::distanceToPointer(const QString &window) const
 {
-    server_->signal(SIGKILL);
-    server_->waitForEnd();
+    const QList<QByteArray> lines =
+        ask(xdotool, {QStringLiteral("getmouselocation"), QStringLiteral("--shell"),
+                      QStringLiteral("getwindowgeometry"), QStringLiteral("--shell"), window})
+            .split('\n');
+    QPoint result;
+    int sign = -1;
+    for (const QByteArray &line : lines) {
+        // The pointer's come first.
+        if (line.startsWith("X="))
+            result.rx() += sign * line.mid(2).toInt();
+        if (line.startsWith("Y=")) {
+            result.ry() += sign * line.mid(2).toInt();
+            sign = 1;
+        }
+    }
+    return result;
 }

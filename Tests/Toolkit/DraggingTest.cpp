@@ -79,12 +79,7 @@ protected:
     /// Goes on with a drag that is somewhere else.
     bool dragOn(const QPoint &to, ChildProcess &program, const QByteArray &until)
     {
-        int jitter = 0;
-        return waitUntil([&] {
-            jitter = 1 - jitter;
-            screen.moveMouse(to + QPoint(jitter, 0));
-            return lastLine(program) == until;
-        });
+        return screen.dragOn(to, [&] { return lastLine(program) == until; });
     }
     bool isDone()
     {
