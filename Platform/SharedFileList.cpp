@@ -23,6 +23,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QLoggingCategory>
+#include <QRegularExpression>
 
 #include <algorithm>
 #include <fcntl.h>
@@ -48,11 +49,13 @@ constexpr char placeKey[] = "X-Quenby-Place";
 const QString nameKey = QStringLiteral("CFBundleDisplayName");
 const QString commentKey = QStringLiteral("CFBundleGetInfoString");
 const QString iconKey = QStringLiteral("CFBundleIconFile");
+const QString identifierKey = QStringLiteral("CFBundleIdentifier");
 
 /// The entries of large programs, with their names in every language, have a tenth of that.
 constexpr qint64 maximumEntrySize = 1 << 20;
 /// As much of a name as leaves room in a file name for a hash, a number and a suffix.
 constexpr qsizetype maximumNameSize = 64;
+constexpr qsizetype maximumIdSize = 200;
 /// Files of one name and hash that are not ours are there on purpose; some day we give up.
 constexpr int maximumFileNames = 100;
 constexpr int entryMode = 0644;
@@ -103,8 +106,9 @@ bool isPlain(const QByteArray &path)
     return !path.endsWith(' ') && std::none_of(path.begin(), path.end(), isMisread);
 }
 
-/// What the entry of the file at \a path is called, apart from its suffix: readable, and the file's own.
-QString entryName(const QByteArray &path)
+/// What the folder of links to the file at \a path is called, and its entry if it has no better name:
+/// readable, and the file's own.
+QString nameOfPath(const QByteArray &path)
 {
     QString name = QFileInfo(QFile::decodeName(path)).completeBaseName().left(maximumNameSize);
     for (QChar &character : name) {
@@ -172,6 +176,29 @@ std::optional<Started> startedProgram(const QByteArray &path, QString *error)
     return std::nullopt;
 }
 
+/// Whether a desktop takes it for the identifier of an application.
+bool isApplicationId(const QString &text)
+{
+    static const QRegularExpression form(QRegularExpression::anchoredPattern(
+        QStringLiteral("[A-Za-z_][A-Za-z0-9_]*(\\.[A-Za-z_][A-Za-z0-9_]*)+")));
+    return text.size() <= maximumIdSize && form.match(text).hasMatch();
+}
+
+/// What the entry that starts \a started for the file at \a path is called, apart from its suffix. Desktops
+/// take that for the identifier of what they have started, and some refuse programs without one.
+QString entryName(const Started &started, const QByteArray &path)
+{
+    const QString identifier = started.text(identifierKey);
+    return isApplicationId(identifier) ? identifier : nameOfPath(path);
+}
+
+/// Whether the entry in \a fileName was named by an earlier version, which knew no identifiers.
+bool hasEarlierName(const QString &fileName, const Started &started, const QByteArray &path)
+{
+    const QString earlier = nameOfPath(path);
+    return entryName(started, path) != earlier && fileName.startsWith(earlier);
+}
+
 } // namespace
 
 std::optional<SharedFileList> SharedFileList::create()
@@ -212,23 +239,25 @@ Result<> SharedFileList::insertItemURL(const QUrl &url) const
         return Result<>::failure(lock.error);
 
     const QUrl address = fileURLOfPath(*path);
-    const QString name = entryName(*path);
     std::optional<QString> fileName;
+    QStringList earlierFileNames;
     qlonglong lastPlace = 0;
     const QList<Item> present = entries();
     for (const Item &item : present) {
-        if (item.url_ == address && !fileName)
+        if (item.url_ == address && hasEarlierName(item.fileName_, *started, *path))
+            earlierFileNames.append(item.fileName_);
+        else if (item.url_ == address && !fileName)
             fileName = item.fileName_;
         else
             lastPlace = std::max(lastPlace, item.place_);
     }
     if (!fileName)
-        fileName = unusedFileName(name);
+        fileName = unusedFileName(entryName(*started, *path));
     if (!fileName)
         return Result<>::failure(QStringLiteral("no name is left for an entry in %1").arg(folder_));
 
     QByteArray reachable;
-    if (Result<> result = makeReachable(started->program, name, &reachable); !result)
+    if (Result<> result = makeReachable(started->program, nameOfPath(*path), &reachable); !result)
         return result;
 
     QByteArray entry = QByteArray("[") + DesktopEntryKeys::group + "]\n";
@@ -249,19 +278,31 @@ Result<> SharedFileList::insertItemURL(const QUrl &url) const
     const qlonglong place = lastPlace == std::numeric_limits<qlonglong>::max() ? lastPlace : lastPlace + 1;
     DesktopEntry::appendString(entry, placeKey, QByteArray::number(place));
     writer.removeStrayTemporaries(in(*fileName));
-    return writer.write(in(*fileName), entry, {.newFileMode = entryMode});
+    Result<> result = writer.write(in(*fileName), entry, {.newFileMode = entryMode});
+    for (const QString &earlier : std::as_const(earlierFileNames)) {
+        if (result)
+            result = writer.remove(in(earlier));
+    }
+    return result;
 }
 
-Result<> SharedFileList::replaceMoved(const QUrl &url) const
+Result<> SharedFileList::replaceOutdated(const QUrl &url) const
 {
     const QUrl address = url.adjusted(QUrl::StripTrailingSlash);
+    const QByteArray path = pathOfFileURL(address).value_or(QByteArray());
+    QString error;
+    const std::optional<Started> started = startedProgram(path, &error);
     const QList<Item> items = copySnapshot();
     for (const Item &item : items) {
-        if (!item.url_.isValid() || item.url_.fileName() != address.fileName() || resolve(item))
+        const bool isMoved =
+            item.url_.isValid() && item.url_.fileName() == address.fileName() && !resolve(item);
+        const bool isEarlier =
+            item.url_ == address && started && hasEarlierName(item.fileName_, *started, path);
+        if (!isMoved && !isEarlier)
             continue;
         if (Result<> inserted = insertItemURL(address); !inserted)
             return inserted;
-        if (Result<> removed = remove(item); !removed)
+        if (Result<> removed = isMoved ? remove(item) : Result<>(); !removed)
             return removed;
     }
     return {};
@@ -297,7 +338,7 @@ Result<> SharedFileList::remove(const Item &item) const
     if (Result<> result = DurableFileWriter().remove(in(item.fileName_)); !result)
         return result;
     if (const std::optional<QByteArray> path = pathOfFileURL(item.url_))
-        removeLinks(entryName(*path));
+        removeLinks(nameOfPath(*path));
     return {};
 }
 

@@ -53,13 +53,16 @@ public:
     ///
     /// An application need not be fit to be started now; its entry starts nothing until it is. Its entry has
     /// the name, the comment and the icon that its information names (`CFBundleDisplayName`,
-    /// `CFBundleGetInfoString`, `CFBundleIconFile`), else the name of its file alone.
+    /// `CFBundleGetInfoString`, `CFBundleIconFile`), else the name of its file alone. The entry's file is
+    /// called after the application's identifier (`CFBundleIdentifier`); one that an earlier version wrote
+    /// under another name is replaced.
     Result<> insertItemURL(const QUrl &url) const;
 
     /// Puts \a url into the place of each active entry that carries the address of a file of the same name
-    /// which is no longer there: it was moved, and the entry would start nothing. Entries of other programs,
-    /// and of files that are there, are left alone.
-    Result<> replaceMoved(const QUrl &url) const;
+    /// which is no longer there: it was moved, and the entry would start nothing; and of the entry that an
+    /// earlier version wrote for \a url under another name. Entries of other programs, and of other files
+    /// that are there, are left alone.
+    Result<> replaceOutdated(const QUrl &url) const;
 
     /// In the order of the list: by number of place, then by file name.
     QList<Item> copySnapshot() const;

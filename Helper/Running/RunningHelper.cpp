@@ -35,7 +35,7 @@ void followWithLoginItem()
     if (!loginItems || !Bundle::isNamedLikeAnApplication(path))
         return;
     const QUrl url = fileURLOfPath(QFile::encodeName(path));
-    if (const Result<> replaced = loginItems->replaceMoved(url); !replaced)
+    if (const Result<> replaced = loginItems->replaceOutdated(url); !replaced)
         qCWarning(lcRunning) << "the login item names an old place:" << replaced.error;
 }
 

@@ -16,12 +16,24 @@
 #include <sys/stat.h>
 #include <vector>
 
+using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 
 namespace {
 
 class SharedFileListTest : public SharedFileListFixture
 {
+protected:
+    /// Has the application at \a path say what it is.
+    static void identify(const QString &path, const QByteArray &identifier)
+    {
+        QFile information(path + QStringLiteral("/Contents/Info.plist"));
+        ASSERT_TRUE(information.open(QIODevice::WriteOnly));
+        information.write("<plist version=\"1.0\"><dict><key>CFBundleExecutable</key><string>" +
+                          QByteArray(TestApplication::defaultExecutable) +
+                          "</string><key>CFBundleIdentifier</key><string>" + identifier +
+                          "</string></dict></plist>");
+    }
 };
 
 } // namespace
@@ -119,14 +131,14 @@ TEST_F(SharedFileListTest, AnEntryFollowsAnApplicationThatWasMoved)
     const QString place = in(QStringLiteral("new/Some.app"));
     ASSERT_TRUE(QDir().mkpath(in(QStringLiteral("new"))));
     TestApplication::makeBundle(place, QStringLiteral("Some"));
-    ASSERT_TRUE(list().replaceMoved(urlOf(place)));
+    ASSERT_TRUE(list().replaceOutdated(urlOf(place)));
     EXPECT_EQ(resolved(), (QStringList{old, other})) << "it is still there";
 
     ASSERT_TRUE(QDir(old).removeRecursively());
     ASSERT_TRUE(QDir(other).removeRecursively());
-    ASSERT_TRUE(list().replaceMoved(urlOf(place)));
+    ASSERT_TRUE(list().replaceOutdated(urlOf(place)));
     EXPECT_EQ(resolved(), (QStringList{QString(), place})) << "another application's is left alone";
-    ASSERT_TRUE(list().replaceMoved(urlOf(place)));
+    ASSERT_TRUE(list().replaceOutdated(urlOf(place)));
     EXPECT_EQ(fileNames().size(), 2);
 }
 
@@ -139,7 +151,7 @@ TEST_F(SharedFileListTest, OnlyAnActiveEntryOfOursFollowsAnApplicationThatWasMov
     put(folder() + QStringLiteral("/theirs.desktop"), theirs);
     const QStringList before = fileNames();
     ASSERT_TRUE(QDir(old).removeRecursively());
-    ASSERT_TRUE(list().replaceMoved(urlOf(application(QStringLiteral("new/Some.app")))));
+    ASSERT_TRUE(list().replaceOutdated(urlOf(application(QStringLiteral("new/Some.app")))));
     EXPECT_EQ(fileNames(), before);
     EXPECT_EQ(contentOf(folder() + QStringLiteral("/theirs.desktop")), theirs);
 }
@@ -249,6 +261,60 @@ TEST_F(SharedFileListTest, AnEntryThatWasRenamedIsStillTheOne)
     ASSERT_TRUE(QFile::rename(entryPath(), renamed));
     ASSERT_TRUE(insert(path));
     EXPECT_EQ(entryPath(), renamed);
+}
+
+TEST_F(SharedFileListTest, AnEntryIsCalledAfterTheIdentifierOfItsApplication)
+{
+    const QString one = application(QStringLiteral("one/Some.app"));
+    const QString two = application(QStringLiteral("two/Some.app"));
+    for (const QString &path : {one, two})
+        identify(path, "org.example.Some");
+    ASSERT_TRUE(insert(one));
+    ASSERT_TRUE(insert(two));
+    EXPECT_THAT(fileNames(), ElementsAre(QStringLiteral("org.example.Some.desktop"),
+                                         QStringLiteral("org.example.Some-2.desktop")));
+    EXPECT_EQ(resolved(), (QStringList{one, two}));
+}
+
+TEST_F(SharedFileListTest, WhatNoDesktopTakesForAnIdentifierNamesNoEntry)
+{
+    const QString path = application(QStringLiteral("Some.app"));
+    for (const QByteArray &identifier :
+         {QByteArray("Some"), QByteArray("org.1st.Some"), QByteArray("org..Some"), QByteArray("../a.b"),
+          QByteArray("org.example.S\u00f6me"), "org." + QByteArray(300, 'a')}) {
+        identify(path, identifier);
+        ASSERT_TRUE(insert(path));
+        EXPECT_TRUE(fileNames().value(0).startsWith(u"Some-")) << identifier.constData();
+    }
+    EXPECT_EQ(fileNames().size(), 1);
+}
+
+TEST_F(SharedFileListTest, AnEntryThatAnEarlierVersionNamedIsReplaced)
+{
+    // It is started through a link.
+    const QString path = application(QStringLiteral("100%/Some.app"));
+    ASSERT_TRUE(insert(path));
+    const QByteArray earlier = contentOf(entryPath());
+    const QString earlierPath = entryPath();
+    identify(path, "org.example.Some");
+    ASSERT_TRUE(insert(path));
+    const QString name = QStringLiteral("org.example.Some.desktop");
+    EXPECT_THAT(fileNames(), ElementsAre(name));
+    EXPECT_FALSE(QFile::exists(earlierPath));
+
+    put(earlierPath, earlier);
+    ASSERT_TRUE(list().replaceOutdated(urlOf(path)));
+    EXPECT_THAT(fileNames(), ElementsAre(name)) << "both were there, as after a kill";
+    const QRegularExpressionMatch program = QRegularExpression(QStringLiteral("\nTryExec=(.*)\n"))
+                                                .match(QString::fromUtf8(contentOf(entryPath())));
+    EXPECT_TRUE(QFile::exists(program.captured(1))) << qPrintable(program.captured(1));
+
+    // Switched off by the user, it stays so.
+    ASSERT_TRUE(QFile::remove(entryPath()));
+    put(earlierPath, earlier + "Hidden=true\n");
+    ASSERT_TRUE(list().replaceOutdated(urlOf(path)));
+    EXPECT_EQ(contentOf(earlierPath), earlier + "Hidden=true\n");
+    EXPECT_TRUE(fileNames().isEmpty());
 }
 
 TEST_F(SharedFileListTest, ApplicationsOfOneNameHaveEntriesOfTheirOwn)

@@ -18,6 +18,7 @@
 #include <csignal>
 #include <gmock/gmock.h>
 
+using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::Not;
 
@@ -114,7 +115,7 @@ TEST_F(LifeProgramTest, ItsLoginItemFollowsItToANewPlace)
     entry.close();
     const auto helper = start();
     const QStringList entries = QDir(folder).entryList(QDir::Files);
-    ASSERT_EQ(entries.size(), 1);
+    ASSERT_THAT(entries, ElementsAre(QStringLiteral("org.quenby.QNBHelper.desktop")));
     QFile written(folder + u'/' + entries.constFirst());
     ASSERT_TRUE(written.open(QIODevice::ReadOnly));
     EXPECT_THAT(written.readAll().toStdString(), HasSubstr(program().toStdString()));
