@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "Shared/Source/QNBHelperState.h"
 #include "Shared/Source/QNBShared.h"
 
 #include <QString>
@@ -17,7 +18,7 @@ namespace HelperService {
 inline const QString name = QNBHelperServiceName();
 /// That of a launcher in a process of its own, at the same path, where no helper runs.
 inline const QString launcherName = name + QStringLiteral(".Launcher");
-inline const QString path = QStringLiteral("/org/quenby/QNBHelper");
+inline const QString path = QNBHelperObjectPath;
 inline const QString interfaceName = name;
 /// A label; which of the presets that have it, from 1, or 0 for the only one; the folders. Older command
 /// lines leave out the number.

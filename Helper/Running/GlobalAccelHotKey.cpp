@@ -115,7 +115,7 @@ void GlobalAccelHotKey::grab(const KeyCombo &combo)
         isRegistered_ = true;
         setKeys([this](bool isSet) {
             if (isSet)
-                handlers_.granted();
+                handlers_.granted({});
             else
                 handlers_.refused(QStringLiteral("something else has it"));
         });
@@ -169,7 +169,7 @@ void GlobalAccelHotKey::call(const QString &method, const QVariantList &argument
         watcher->deleteLater();
         if (watcher->isError()) {
             const QString reason = watcher->error().message();
-            handlers_.refused(reason);
+            handlers_.missing(reason);
         } else {
             then(watcher->reply());
         }

@@ -76,6 +76,18 @@ void HelperObject::ShowMenu(const QStringList &folders)
     ShowLauncher(folders, {});
 }
 
+void HelperObject::setState(const QVariantMap &state)
+{
+    const QMutexLocker lock(&stateLock_);
+    state_ = state;
+}
+
+QVariantMap HelperObject::State()
+{
+    const QMutexLocker lock(&stateLock_);
+    return state_;
+}
+
 void HelperObject::refuseAsTooMuch()
 {
     sendErrorReply(QDBusError::LimitsExceeded,

@@ -16,6 +16,7 @@
 #include <QString>
 #include <QStringList>
 #include <QThread>
+#include <QVariantMap>
 
 #include <functional>
 #include <optional>
@@ -46,6 +47,8 @@ public:
     };
 
     HelperObject(QDBusConnection bus, Handlers handlers);
+    /// What State() answers from now on.
+    void setState(const QVariantMap &state);
     /// Waits for what is being understood.
     ~HelperObject() override;
 
@@ -55,6 +58,8 @@ public Q_SLOTS:
     void ShowLauncher(const QStringList &folders, const QString &activationToken);
     /// What older command lines know.
     void ShowMenu(const QStringList &folders);
+    /// See QNBHelperState.
+    QVariantMap State();
 
 private:
     struct Request
@@ -68,6 +73,8 @@ private:
 
     QDBusConnection bus_;
     const Handlers handlers_;
+    QMutex stateLock_;
+    QVariantMap state_;
     QMutex requestLock_;
     /// What is to be opened next: of requests that wait for the other thread only the latest counts.
     std::optional<Request> request_;

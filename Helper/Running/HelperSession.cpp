@@ -52,7 +52,13 @@ HelperSession::HelperSession(std::shared_ptr<SessionBus> bus, SingleInstance &in
                          creations_.createOrTell(Creations::ordersIn(folders, place, label));
                      },
                  .openPane = [this] { PaneLauncher::launchOrTell(creations_.notices()); }})
-    , hotKeys_([this] { openLauncher(); })
+    , hotKeys_({.pressed = [this] { openLauncher(); },
+                .stateChanged =
+                    [this](QNBHelperState::HotKey hotKey, const QString &keys) {
+                        state_.hotKey = hotKey;
+                        state_.keys = keys;
+                        stateChanged();
+                    }})
 {
 }
 
@@ -69,6 +75,8 @@ void HelperSession::start()
         [this](const std::optional<QDBusConnection> &connection) { busChanged(connection); }));
     trayWatch_.emplace(bus_, [this](TrayWatch::Tray tray) {
         tray_ = tray;
+        state_.hasTray = true;
+        stateChanged();
         updateTray();
     });
     if (const QStringList news = newsOfInterruptedCreations(); !news.isEmpty())
@@ -100,7 +108,16 @@ void HelperSession::busChanged(const std::optional<QDBusConnection> &connection)
             .openLauncher = [this](const Launcher::Content &content,
                                    const QByteArray &token) { openLauncher(content, token); },
         });
+    stateChanged();
     instance_.claimName([this] { quit(); });
+}
+
+void HelperSession::stateChanged()
+{
+    if (!object_)
+        return;
+    object_->setState(state_.toMap());
+    notificationCenter_.postNotificationName(QNBHelperStateChangedNotification);
 }
 
 void HelperSession::beginAnew()

@@ -15,6 +15,7 @@
 #include "Helper/Running/TrayWatch.h"
 #include "Platform/DistributedNotificationCenter.h"
 #include "Platform/SessionBus.h"
+#include "Shared/Source/QNBHelperState.h"
 
 #include <QDBusConnection>
 #include <QObject>
@@ -42,6 +43,8 @@ public:
 
 private:
     void busChanged(const std::optional<QDBusConnection> &connection);
+    /// Tells the pane.
+    void stateChanged();
     void beginAnew();
     void update(const Result<QNBSettings> &settings);
     void updateTray();
@@ -70,6 +73,7 @@ private:
     DistributedNotificationCenter notificationCenter_;
     std::optional<HelperObject> object_;
     Launcher launcher_;
+    QNBHelperState state_;
     HotKeys hotKeys_;
     /// Once there is one.
     std::optional<TrayWatch::Tray> tray_;

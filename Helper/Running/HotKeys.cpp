@@ -22,14 +22,13 @@ Q_LOGGING_CATEGORY(lcHotKey, "quenby.helper.hotkey")
 
 const QString busService = QStringLiteral("org.freedesktop.DBus");
 const QString busPath = QStringLiteral("/org/freedesktop/DBus");
-/// How the library calls its windows there: this, or with the kind of graphics after it.
-const QString waylandPlatform = QStringLiteral("wayland");
+const QString waylandSession = QStringLiteral("wayland");
 const QString globalAccelService = QStringLiteral("org.kde.kglobalaccel");
 
 } // namespace
 
-HotKeys::HotKeys(std::function<void()> pressed)
-    : pressed_(std::move(pressed))
+HotKeys::HotKeys(Handlers handlers)
+    : handlers_(std::move(handlers))
     , keyboardWatch_([this] {
         if (hotKey_)
             hotKey_->keyboardChanged();
@@ -99,8 +98,10 @@ void HotKeys::start()
 {
     if (combo_.isEmpty()) {
         qCInfo(lcHotKey) << "there is no hot key";
+        handlers_.stateChanged(QNBHelperState::HotKey::None, {});
         return;
     }
+    wasRefused_ = false;
     if (KeyCodes::withCode(combo_.code))
         tryWay(Way::GlobalAccel);
     else
@@ -126,23 +127,46 @@ void HotKeys::tryWay(Way way)
         if (bus_)
             askForGlobalAccel();
         else
-            tryWay(Way::X11);
+            tryWay(nextAfter(way));
         break;
     case Way::Portal:
-        if (bus_ && QGuiApplication::platformName().startsWith(waylandPlatform))
-            grabBy(Way::Portal);
+        if (bus_ && isWaylandSession())
+            grabBy(way);
         else
-            tryWay(Way::X11);
+            tryWay(nextAfter(way));
         break;
     case Way::X11:
-        if (XConnection::get())
-            grabBy(Way::X11);
+        if (XConnection::get() && !isWaylandSession())
+            grabBy(way);
         else
-            tryWay(Way::None);
+            tryWay(nextAfter(way));
         break;
     case Way::None:
         qCWarning(lcHotKey) << "there is no way to hear of the hot key here";
+        handlers_.stateChanged(
+            wasRefused_ ? QNBHelperState::HotKey::Refused : QNBHelperState::HotKey::Impossible, {});
         break;
+    }
+}
+
+bool HotKeys::isWaylandSession()
+{
+    // Whatever the windows are on: with an X server for older programs that may be an X screen.
+    return !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") ||
+           qEnvironmentVariable("XDG_SESSION_TYPE") == waylandSession;
+}
+
+QNBHelperState::HotKey HotKeys::heardBy(Way way)
+{
+    switch (way) {
+    case Way::GlobalAccel:
+        return QNBHelperState::HotKey::ByDesktop;
+    case Way::Portal:
+        return QNBHelperState::HotKey::ByPortal;
+    case Way::X11:
+        return QNBHelperState::HotKey::ByScreen;
+    default:
+        return QNBHelperState::HotKey::None;
     }
 }
 
@@ -162,28 +186,34 @@ void HotKeys::askForGlobalAccel()
 
 void HotKeys::grabBy(Way way)
 {
+    const auto next = [this, way, generation = generation_](const QString &reason, bool isRefusal) {
+        qCWarning(lcHotKey) << "not by" << qUtf8Printable(hotKey_->name()) << reason;
+        wasRefused_ = wasRefused_ || isRefusal;
+        // It is still at work.
+        QMetaObject::invokeMethod(
+            this,
+            [this, way, generation] {
+                if (generation != generation_)
+                    return;
+                letGo();
+                tryWay(nextAfter(way));
+            },
+            Qt::QueuedConnection);
+    };
     HotKey::Handlers handlers{
         .pressed =
             [this] {
                 if (!pause_.isActive())
-                    pressed_();
+                    handlers_.pressed();
             },
+        .asking = [this] { handlers_.stateChanged(QNBHelperState::HotKey::Asking, {}); },
         .granted =
-            [this] { qCInfo(lcHotKey) << "the hot key is heard by" << qUtf8Printable(hotKey_->name()); },
-        .refused =
-            [this, way, generation = generation_](const QString &reason) {
-                qCWarning(lcHotKey) << "not by" << qUtf8Printable(hotKey_->name()) << reason;
-                // It is still at work.
-                QMetaObject::invokeMethod(
-                    this,
-                    [this, way, generation] {
-                        if (generation != generation_)
-                            return;
-                        letGo();
-                        tryWay(nextAfter(way));
-                    },
-                    Qt::QueuedConnection);
+            [this](const QString &keys) {
+                qCInfo(lcHotKey) << "the hot key is heard by" << qUtf8Printable(hotKey_->name());
+                handlers_.stateChanged(heardBy(way_), keys);
             },
+        .refused = [next](const QString &reason) { next(reason, true); },
+        .missing = [next](const QString &reason) { next(reason, false); },
     };
     if (way == Way::GlobalAccel)
         hotKey_ = std::make_unique<GlobalAccelHotKey>(*bus_, std::move(handlers));

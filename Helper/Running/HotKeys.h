@@ -6,6 +6,7 @@
 #include "Helper/Running/HotKey.h"
 #include "Helper/Running/X11KeyboardWatch.h"
 #include "Platform/KeyCodes.h"
+#include "Shared/Source/QNBHelperState.h"
 
 #include <QDBusConnection>
 #include <QObject>
@@ -17,11 +18,20 @@
 #include <optional>
 
 /// The user's hot key, by the first of the desktop's ways that takes it: the desktop's own hot keys, then its
-/// portal on Wayland, or a grab on an X screen. If none does there is no hot key, and the log says so.
+/// portal in a Wayland session, or a grab in an X session. In a Wayland session nothing is grabbed though
+/// there may be an X screen: only the windows on that would hear of the key. If no way takes it there is no
+/// hot key, and the log says so.
 class HotKeys : public QObject
 {
 public:
-    explicit HotKeys(std::function<void()> pressed);
+    struct Handlers
+    {
+        std::function<void()> pressed;
+        /// The keys are those of HotKey::Handlers::granted.
+        std::function<void(QNBHelperState::HotKey state, const QString &keys)> stateChanged;
+    };
+
+    explicit HotKeys(Handlers handlers);
     ~HotKeys() override;
 
     /// The session bus is used from now on, or is not; the hot key is asked for anew.
@@ -44,8 +54,10 @@ private:
     void tryWay(Way way);
     void askForGlobalAccel();
     void grabBy(Way way);
+    static bool isWaylandSession();
+    static QNBHelperState::HotKey heardBy(Way way);
 
-    const std::function<void()> pressed_;
+    const Handlers handlers_;
     std::optional<QDBusConnection> bus_;
     KeyCombo combo_;
     /// Of the settings, to tell answers to earlier ones.
@@ -53,6 +65,8 @@ private:
     std::unique_ptr<HotKey> hotKey_;
     /// The one's.
     Way way_ = Way::None;
+    /// One of the ways was there, and did not take it.
+    bool wasRefused_ = false;
     X11KeyboardWatch keyboardWatch_;
     /// Active while paused.
     QTimer pause_;

@@ -4,12 +4,14 @@
 #include "Helper/Running/PortalHotKey.h"
 
 #include "Helper/Running/PortalTrigger.h"
+#include "Shared/Source/QNBShared.h"
 
 #include <QCoreApplication>
 #include <QDBusArgument>
 #include <QDBusMessage>
 #include <QDBusMetaType>
 #include <QDBusPendingCallWatcher>
+#include <QLoggingCategory>
 #include <QUuid>
 
 #include <utility>
@@ -40,11 +42,18 @@ const QDBusArgument &operator>>(const QDBusArgument &argument, PortalShortcut &s
 
 namespace {
 
+Q_LOGGING_CATEGORY(lcPortal, "quenby.helper.hotkey.portal")
+
 const QString service = QStringLiteral("org.freedesktop.portal.Desktop");
 const QString objectPath = QStringLiteral("/org/freedesktop/portal/desktop");
 const QString shortcutsInterface = QStringLiteral("org.freedesktop.portal.GlobalShortcuts");
 const QString requestInterface = QStringLiteral("org.freedesktop.portal.Request");
 const QString sessionInterface = QStringLiteral("org.freedesktop.portal.Session");
+
+/// Where there is one: programs that are no packages of their own say there which application they are.
+const QString registryInterface = QStringLiteral("org.freedesktop.host.portal.Registry");
+/// By which some desktops know the session again: the same in each run.
+const QString sessionToken = QStringLiteral("quenby");
 
 const QString shortcutId = QStringLiteral("show-presets");
 /// What a request is answered with: else the user has cancelled it, or it went wrong.
@@ -56,9 +65,16 @@ QString newToken()
     return QStringLiteral("quenby_") + QUuid::createUuid().toString(QUuid::Id128);
 }
 
-QDBusMessage call(const QString &method)
+QDBusMessage shortcutsCall(const QString &method)
 {
     return QDBusMessage::createMethodCall(service, objectPath, shortcutsInterface, method);
+}
+
+/// How the desktop describes the keys of the first of the shortcuts in \a results.
+QString describedKeys(const QVariantMap &results)
+{
+    const auto shortcuts = qdbus_cast<QList<PortalShortcut>>(results.value(QStringLiteral("shortcuts")));
+    return shortcuts.value(0).options.value(QStringLiteral("trigger_description")).toString();
 }
 
 } // namespace
@@ -88,9 +104,21 @@ void PortalHotKey::grab(const KeyCombo &combo)
     combo_ = combo;
     bus_.connect(service, objectPath, shortcutsInterface, QStringLiteral("Activated"), this,
                  SLOT(activated(QDBusMessage)));
+    // Before anything else is asked of the portal. It is refused where the application is known already.
+    call(QDBusMessage::createMethodCall(service, objectPath, registryInterface, QStringLiteral("Register"))
+             << QNBProductIdentifier() << QVariantMap(),
+         [this](const QDBusMessage &reply) {
+             if (reply.type() == QDBusMessage::ErrorMessage)
+                 qCInfo(lcPortal) << "the application is not registered:" << reply.errorMessage();
+             createSession();
+         });
+}
+
+void PortalHotKey::createSession()
+{
     QVariantMap options = requestOptions(SLOT(sessionAnswered(uint, QVariantMap)));
-    options.insert(QStringLiteral("session_handle_token"), newToken());
-    request(call(QStringLiteral("CreateSession")) << options);
+    options.insert(QStringLiteral("session_handle_token"), sessionToken);
+    request(shortcutsCall(QStringLiteral("CreateSession")) << options);
 }
 
 QVariantMap PortalHotKey::requestOptions(const char *slot)
@@ -105,13 +133,19 @@ QVariantMap PortalHotKey::requestOptions(const char *slot)
 
 void PortalHotKey::request(const QDBusMessage &message)
 {
+    call(message, [this](const QDBusMessage &reply) {
+        if (reply.type() == QDBusMessage::ErrorMessage)
+            (session_.path().isEmpty() ? handlers_.missing : handlers_.refused)(reply.errorMessage());
+    });
+}
+
+void PortalHotKey::call(const QDBusMessage &message,
+                        const std::function<void(const QDBusMessage &reply)> &then)
+{
     auto *watcher = new QDBusPendingCallWatcher(bus_.asyncCall(message), this);
-    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher] {
+    connect(watcher, &QDBusPendingCallWatcher::finished, this, [watcher, then] {
         watcher->deleteLater();
-        if (watcher->isError()) {
-            const QString reason = watcher->error().message();
-            handlers_.refused(reason);
-        }
+        then(watcher->reply());
     });
 }
 
@@ -119,7 +153,7 @@ void PortalHotKey::sessionAnswered(uint response, const QVariantMap &results)
 {
     const QString path = results.value(QStringLiteral("session_handle")).toString();
     if (response != granted || path.isEmpty()) {
-        handlers_.refused(QStringLiteral("it opens no session"));
+        handlers_.missing(QStringLiteral("it opens no session"));
         return;
     }
     session_.setPath(path);
@@ -130,15 +164,16 @@ void PortalHotKey::sessionAnswered(uint response, const QVariantMap &results)
     if (!trigger.isEmpty())
         shortcut.options.insert(QStringLiteral("preferred_trigger"), trigger);
     const QString noParentWindow = QStringLiteral("");
-    request(call(QStringLiteral("BindShortcuts"))
+    handlers_.asking();
+    request(shortcutsCall(QStringLiteral("BindShortcuts"))
             << QVariant::fromValue(session_) << QVariant::fromValue(QList<PortalShortcut>{shortcut})
             << noParentWindow << requestOptions(SLOT(bindingAnswered(uint, QVariantMap))));
 }
 
-void PortalHotKey::bindingAnswered(uint response, const QVariantMap &)
+void PortalHotKey::bindingAnswered(uint response, const QVariantMap &results)
 {
     if (response == granted)
-        handlers_.granted();
+        handlers_.granted(describedKeys(results));
     else
         handlers_.refused(QStringLiteral("the user does not want it"));
 }

@@ -10,12 +10,15 @@
 #include <QObject>
 #include <QVariantMap>
 
+#include <functional>
+
 QT_BEGIN_NAMESPACE
 class QDBusMessage;
 QT_END_NAMESPACE
 
 /// A hot key by the desktop's portal, `org.freedesktop.portal.GlobalShortcuts`. The combination is a wish
-/// there: the desktop asks the user for the real one, and remembers it.
+/// there: the desktop asks the user for the real one, and remembers it for the application, which says before
+/// which one it is.
 class PortalHotKey : public QObject, public HotKey
 {
     Q_OBJECT
@@ -33,9 +36,11 @@ private Q_SLOTS:
     void activated(const QDBusMessage &signal);
 
 private:
+    void createSession();
     /// Options with a token for the request, whose answer is given to \a slot.
     QVariantMap requestOptions(const char *slot);
     void request(const QDBusMessage &message);
+    void call(const QDBusMessage &message, const std::function<void(const QDBusMessage &reply)> &then);
 
     QDBusConnection bus_;
     const Handlers handlers_;

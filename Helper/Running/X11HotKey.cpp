@@ -70,7 +70,7 @@ void X11HotKey::grab(const KeyCombo &combo)
     if (const QString reason = grabNow(); !reason.isEmpty())
         handlers_.refused(reason);
     else
-        handlers_.granted();
+        handlers_.granted({});
 }
 
 void X11HotKey::keyboardChanged()

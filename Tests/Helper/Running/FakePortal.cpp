@@ -6,9 +6,34 @@
 #include <QDBusArgument>
 #include <QDBusConnection>
 #include <QDBusMessage>
+#include <QDBusMetaType>
 #include <QDBusObjectPath>
 
 #include <gtest/gtest.h>
+
+/// A shortcut on the bus.
+struct FakePortalShortcut
+{
+    QString id;
+    QVariantMap properties;
+};
+Q_DECLARE_METATYPE(FakePortalShortcut)
+
+QDBusArgument &operator<<(QDBusArgument &argument, const FakePortalShortcut &shortcut)
+{
+    argument.beginStructure();
+    argument << shortcut.id << shortcut.properties;
+    argument.endStructure();
+    return argument;
+}
+
+const QDBusArgument &operator>>(const QDBusArgument &argument, FakePortalShortcut &shortcut)
+{
+    argument.beginStructure();
+    argument >> shortcut.id >> shortcut.properties;
+    argument.endStructure();
+    return argument;
+}
 
 namespace {
 
@@ -28,6 +53,8 @@ QString senderOf(const QDBusMessage &message)
 FakePortal::FakePortal(const QString &busAddress, Manner manner)
     : manner_(manner)
 {
+    qDBusRegisterMetaType<FakePortalShortcut>();
+    qDBusRegisterMetaType<QList<FakePortalShortcut>>();
     QDBusConnection connection = QDBusConnection::connectToBus(busAddress, connectionName);
     EXPECT_TRUE(connection.registerVirtualObject(objectPath, this, QDBusConnection::SubPath));
     EXPECT_TRUE(connection.registerService(QStringLiteral("org.freedesktop.portal.Desktop")));
@@ -49,6 +76,16 @@ bool FakePortal::handleMessage(const QDBusMessage &message, const QDBusConnectio
         connection.send(message.createReply());
         return true;
     }
+    if (message.interface() == u"org.freedesktop.host.portal.Registry") {
+        if (manner_ == Manner::WithoutRegistry)
+            return false;
+        EXPECT_EQ(message.member(), QStringLiteral("Register"));
+        EXPECT_EQ(message.signature(), QStringLiteral("sa{sv}"));
+        EXPECT_TRUE(session_.isEmpty()) << "it comes first";
+        application_ = arguments.value(0).toString();
+        connection.send(message.createReply());
+        return true;
+    }
     EXPECT_EQ(message.interface(), QStringLiteral("org.freedesktop.portal.GlobalShortcuts"));
     if (message.member() == u"CreateSession") {
         EXPECT_EQ(message.signature(), QStringLiteral("a{sv}"));
@@ -57,8 +94,8 @@ bool FakePortal::handleMessage(const QDBusMessage &message, const QDBusConnectio
             answer(message, options, failed, {}, connection);
             return true;
         }
-        session_ = objectPath + QStringLiteral("/session/") + senderOf(message) + u'/' +
-                   options.value(QStringLiteral("session_handle_token")).toString();
+        sessionToken_ = options.value(QStringLiteral("session_handle_token")).toString();
+        session_ = objectPath + QStringLiteral("/session/") + senderOf(message) + u'/' + sessionToken_;
         answer(message, options, granted, {{QStringLiteral("session_handle"), session_}}, connection);
         return true;
     }
@@ -77,7 +114,10 @@ bool FakePortal::handleMessage(const QDBusMessage &message, const QDBusConnectio
     shortcuts.endStructure();
     EXPECT_TRUE(shortcuts.atEnd());
     shortcuts.endArray();
-    answer(message, options, granted, {}, connection);
+    const FakePortalShortcut bound{shortcut_, {{QStringLiteral("trigger_description"), givenKeys}}};
+    answer(message, options, granted,
+           {{QStringLiteral("shortcuts"), QVariant::fromValue(QList<FakePortalShortcut>{bound})}},
+           connection);
     return true;
 }
 

@@ -12,8 +12,13 @@
 class FakePortal final : public QDBusVirtualObject
 {
 public:
+    /// What it calls the keys that it gives.
+    static inline const QString givenKeys = QStringLiteral("Super+P");
+
     enum class Manner {
         Granting,
+        /// The same of an earlier desktop, which takes no names of applications.
+        WithoutRegistry,
         /// There is no such portal.
         Unknown,
         /// It opens no session.
@@ -28,6 +33,10 @@ public:
     /// Of the shortcut that was bound; empty if none is.
     QString shortcut() const { return shortcut_; }
     QVariantMap shortcutOptions() const { return options_; }
+    /// Which application said that it asks.
+    QString application() const { return application_; }
+    /// What the session is known by.
+    QString sessionToken() const { return sessionToken_; }
     bool hasSession() const { return !session_.isEmpty(); }
     /// The user presses the keys of a shortcut.
     void activate(const QString &shortcut);
@@ -41,7 +50,9 @@ private:
                        const QVariantMap &results, const QDBusConnection &connection);
 
     const Manner manner_;
+    QString application_;
     QString session_;
+    QString sessionToken_;
     QString shortcut_;
     QVariantMap options_;
 };

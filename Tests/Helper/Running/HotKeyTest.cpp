@@ -2,9 +2,14 @@
 // SPDX-License-Identifier: MIT
 
 #include "Platform/KeyCodes.h"
+#include "Platform/Mailbox.h"
+#include "Platform/SessionBus.h"
+#include "Shared/Source/QNBHelperState.h"
 #include "Tests/Helper/FakeDesktop.h"
 #include "Tests/Helper/Running/FakeGlobalAccel.h"
+#include "Tests/Helper/Running/FakePortal.h"
 #include "Tests/Helper/Running/RunningFixture.h"
+#include "Tests/Session/NotificationListener.h"
 
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
@@ -19,6 +24,8 @@ constexpr QNBKeyCombo controlAltP{KeyCodes::commandFlag | KeyCodes::optionFlag, 
 constexpr QNBKeyCombo controlF12{KeyCodes::commandFlag, 111};
 const QString typedControlAltP = QStringLiteral("ctrl+alt+p");
 const QString typedControlF12 = QStringLiteral("ctrl+F12");
+
+using HotKeyState = QNBHelperState::HotKey;
 
 class HotKeyProgramTest : public RunningFixture
 {
@@ -39,6 +46,35 @@ protected:
         auto other = startIn(environmentOf(otherHome_));
         EXPECT_TRUE(waitUntilHeard(*other));
         return other;
+    }
+    /// The windows are on an X screen all the same, as those of older programs are there.
+    std::unique_ptr<ChildProcess> startInWaylandSession()
+    {
+        QProcessEnvironment wayland = environment();
+        wayland.insert(QStringLiteral("WAYLAND_DISPLAY"), QStringLiteral("wayland-0"));
+        auto helper = startIn(wayland);
+        EXPECT_TRUE(waitUntil([this] { return isOnBus(); }));
+        return helper;
+    }
+    /// What it says of itself.
+    QNBHelperState state() const
+    {
+        SessionBus bus(bus_.address());
+        std::optional<QNBHelperState> state;
+        bool isKnown = false;
+        const Mailbox mailbox;
+        QNBHelperState::ask(bus, mailbox.bound<const std::optional<QNBHelperState> &>(
+                                     [&](const std::optional<QNBHelperState> &answer) {
+                                         state = answer;
+                                         isKnown = true;
+                                     }));
+        EXPECT_TRUE(waitUntil([&] { return isKnown; }));
+        EXPECT_TRUE(state);
+        return state.value_or(QNBHelperState());
+    }
+    bool waitForState(HotKeyState expected) const
+    {
+        return waitUntil([&] { return state().hotKey == expected; });
     }
     /// The only window that it shows then.
     bool hasLauncher(const ChildProcess &helper) const { return !screen_.windowsOf(helper.pid()).isEmpty(); }
@@ -85,6 +121,67 @@ TEST_F(HotKeyProgramTest, ItOpensTheLauncherAtThePointerAndThePresetIsCreatedByT
     ASSERT_TRUE(waitUntil([&] { return !desktop.shown().isEmpty(); }));
     EXPECT_THAT(tree(), ElementsAre(QStringLiteral("In/"), QStringLiteral("In/a.txt")));
     EXPECT_FALSE(hasLauncher(*helper));
+    expectEndOf(*helper);
+}
+
+TEST_F(HotKeyProgramTest, InAWaylandSessionThePortalIsAskedAlsoFromAnXScreen)
+{
+    store(with(controlAltP));
+    FakePortal portal(bus_.address());
+    const auto helper = startInWaylandSession();
+    ASSERT_TRUE(waitUntilHeard(*helper));
+    EXPECT_TRUE(waitForState(HotKeyState::ByPortal));
+    EXPECT_EQ(state().keys, FakePortal::givenKeys);
+    portal.activate(portal.shortcut());
+    EXPECT_TRUE(waitForLauncher(*helper));
+    expectEndOf(*helper);
+}
+
+TEST_F(HotKeyProgramTest, InAWaylandSessionNothingIsGrabbedOnAnXScreen)
+{
+    store(with(controlAltP));
+    const auto helper = startInWaylandSession();
+    ASSERT_TRUE(waitForLog(*helper, "there is no way to hear of the hot key here"));
+    EXPECT_TRUE(waitForState(HotKeyState::Impossible));
+    // Nobody has it, or this one would not get it.
+    const auto other = startOther(controlAltP);
+    screen_.typeKey(typedControlAltP);
+    EXPECT_TRUE(waitForLauncher(*other));
+    EXPECT_FALSE(hasLauncher(*helper));
+    expectEndOf(*other);
+    expectEndOf(*helper);
+}
+
+TEST_F(HotKeyProgramTest, AUserWhoDoesNotWantItIsARefusalAndNothingIsGrabbed)
+{
+    store(with(controlAltP));
+    FakePortal portal(bus_.address(), FakePortal::Manner::Cancelling);
+    const auto helper = startInWaylandSession();
+    EXPECT_TRUE(waitForState(HotKeyState::Refused));
+    expectEndOf(*helper);
+}
+
+TEST_F(HotKeyProgramTest, ThePaneIsToldWhatBecomesOfIt)
+{
+    store(with({}));
+    NotificationListener listener(bus_.address());
+    const auto helper = start();
+    EXPECT_EQ(state(), QNBHelperState());
+    const int before = listener.count("QNBHelperStateChangedNotification");
+    storeAndPost(with(controlAltP));
+    ASSERT_TRUE(waitUntil([&] { return listener.count("QNBHelperStateChangedNotification") > before; }));
+    EXPECT_TRUE(waitForState(HotKeyState::ByScreen));
+    {
+        FakeGlobalAccel service(bus_.address());
+        storeAndPost(with(controlF12));
+        EXPECT_TRUE(waitForState(HotKeyState::ByDesktop));
+    }
+    const auto other = startOther(controlAltP);
+    storeAndPost(with(controlAltP));
+    EXPECT_TRUE(waitForState(HotKeyState::Refused));
+    storeAndPost(with({}));
+    EXPECT_TRUE(waitForState(HotKeyState::None));
+    expectEndOf(*other);
     expectEndOf(*helper);
 }
 

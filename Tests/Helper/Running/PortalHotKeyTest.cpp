@@ -34,17 +34,30 @@ protected:
     {
         hotKey_.emplace(QDBusConnection::connectToBus(bus_.address(), connectionName),
                         HotKey::Handlers{.pressed = [this] { ++pressed_; },
-                                         .granted = [this] { ++granted_; },
-                                         .refused = [this](const QString &) { ++refused_; }});
+                                         .asking =
+                                             [this] {
+                                                 EXPECT_EQ(granted_ + refused_, 0);
+                                                 ++asking_;
+                                             },
+                                         .granted =
+                                             [this](const QString &keys) {
+                                                 ++granted_;
+                                                 keys_ = keys;
+                                             },
+                                         .refused = [this](const QString &) { ++refused_; },
+                                         .missing = [this](const QString &) { ++missing_; }});
         hotKey_->grab(controlAltP);
-        ASSERT_TRUE(waitUntil([this] { return granted_ + refused_ > 0; }));
+        ASSERT_TRUE(waitUntil([this] { return granted_ + refused_ + missing_ > 0; }));
     }
 
     PrivateBus bus_;
     std::optional<PortalHotKey> hotKey_;
     int pressed_ = 0;
+    int asking_ = 0;
     int granted_ = 0;
     int refused_ = 0;
+    int missing_ = 0;
+    QString keys_;
 };
 
 } // namespace
@@ -63,6 +76,36 @@ TEST_F(PortalHotKeyTest, AsksForItsCombinationAndHearsOfIt)
     ASSERT_TRUE(waitUntil([this] { return pressed_ > 0; }));
     EXPECT_EQ(pressed_, 1);
     EXPECT_EQ(refused_, 0);
+}
+
+TEST_F(PortalHotKeyTest, SaysWhichApplicationItIsBeforeAndHowTheDesktopCallsTheKeys)
+{
+    FakePortal portal(bus_.address());
+    grab();
+    EXPECT_EQ(portal.application(), QStringLiteral("org.quenby.Quenby"));
+    EXPECT_EQ(asking_, 1);
+    EXPECT_EQ(keys_, FakePortal::givenKeys);
+}
+
+TEST_F(PortalHotKeyTest, IsGrantedByADesktopThatTakesNoNamesOfApplications)
+{
+    FakePortal portal(bus_.address(), FakePortal::Manner::WithoutRegistry);
+    grab();
+    EXPECT_EQ(granted_, 1);
+}
+
+TEST_F(PortalHotKeyTest, ItsSessionIsKnownAgainInEachRun)
+{
+    FakePortal portal(bus_.address());
+    grab();
+    const QString token = portal.sessionToken();
+    EXPECT_FALSE(token.isEmpty());
+    hotKey_.reset();
+    ASSERT_TRUE(waitUntil([&] { return !portal.hasSession(); }));
+    QDBusConnection::disconnectFromBus(connectionName);
+    granted_ = 0;
+    grab();
+    EXPECT_EQ(portal.sessionToken(), token);
 }
 
 TEST_F(PortalHotKeyTest, OnlyThePortalIsBelieved)
@@ -91,24 +134,24 @@ TEST_F(PortalHotKeyTest, ClosesItsSession)
     EXPECT_TRUE(waitUntil([&] { return !portal.hasSession(); }));
 }
 
-TEST_F(PortalHotKeyTest, ADesktopWithoutSuchAPortalIsARefusal)
+TEST_F(PortalHotKeyTest, WhereADesktopHasNoSuchPortalThereIsNoSuchWay)
 {
     FakePortal portal(bus_.address(), FakePortal::Manner::Unknown);
     grab();
-    EXPECT_EQ(refused_, 1);
+    EXPECT_EQ(missing_, 1);
 }
 
-TEST_F(PortalHotKeyTest, ABusWithoutAPortalIsARefusal)
+TEST_F(PortalHotKeyTest, OnABusWithoutAPortalThereIsNoSuchWay)
 {
     grab();
-    EXPECT_EQ(refused_, 1);
+    EXPECT_EQ(missing_, 1);
 }
 
-TEST_F(PortalHotKeyTest, NoSessionIsARefusal)
+TEST_F(PortalHotKeyTest, WithoutASessionThereIsNoSuchWay)
 {
     FakePortal portal(bus_.address(), FakePortal::Manner::Failing);
     grab();
-    EXPECT_EQ(refused_, 1);
+    EXPECT_EQ(missing_, 1);
 }
 
 TEST_F(PortalHotKeyTest, AUserWhoCancelsIsARefusal)
