@@ -7,6 +7,7 @@
 #include "Platform/Preferences.h"
 #include "Source/CMMInstaller.h"
 #include "Source/QNBEarlierStatesDialog.h"
+#include "Source/QNBHelperNotes.h"
 #include "Source/TQProcess.h"
 #include "Toolkit/AlertPanel.h"
 #include "Toolkit/FilePanel.h"
@@ -50,8 +51,10 @@ struct QNBPaneServices
     std::function<void(const QString &path, bool openAtLogin)> addLoginItem;
     /// Blocks the window.
     std::function<void(std::chrono::microseconds duration)> sleep;
-    /// Calls \a changed, on the main thread, whenever the helper may have come or gone.
+    /// Calls \a changed, on the main thread, whenever the helper may have come or gone, or says otherwise.
     std::function<void(const std::function<void()> &changed)> watchHelper;
+    /// What the running helper says of itself; answered on the main thread.
+    QNBHelperNotes::Ask askHelper;
     /// What the installer of the file managers' plug-in asks of the world.
     std::function<CMMInstaller::Services(Preferences &preferences, const std::optional<Bundle> &paneBundle,
                                          const AlertAnswers &runAlertPanel)>

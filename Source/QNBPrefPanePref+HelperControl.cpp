@@ -12,6 +12,7 @@
 #include <QDeadlineTimer>
 #include <QLabel>
 #include <QPushButton>
+#include <QStandardPaths>
 #include <QTimer>
 #include <csignal>
 #include <functional>
@@ -78,6 +79,14 @@ QString QNBPrefPanePref::helperPath() const
     return bundle ? bundle->pathForResource(helperName, applicationType, helperFolder) : QString();
 }
 
+QString QNBPrefPanePref::launcherCommand() const
+{
+    const std::optional<Bundle> helper = Bundle::bundleWithPath(helperPath());
+    const bool isInPath = !QStandardPaths::findExecutable(helperName).isEmpty();
+    const QString program = isInPath || !helper ? helperName : helper->expectedExecutablePath();
+    return (program.contains(u' ') ? u'"' + program + u'"' : program) + QStringLiteral(" --launcher");
+}
+
 void QNBPrefPanePref::updateStatus()
 {
     const bool isRunning = !_services.everyProcessNamed(helperName).isEmpty();
@@ -141,6 +150,8 @@ void QNBPrefPanePref::setUpGeneralTab()
         return _services.installerServices(*_services.preferences, ourBundle(), ask);
     };
     _fileManagersRow = std::make_unique<QNBFileManagersRow>(*_mainView, world, [this] { return _listener; });
+    _helperNotes = std::make_unique<QNBHelperNotes>(*_mainView, _services.askHelper,
+                                                    [this] { return launcherCommand(); });
     const auto installer = std::make_shared<CMMInstaller>(world());
     auto *timer = new QTimer(this);
     timer->setSingleShot(true);
@@ -165,6 +176,7 @@ void QNBPrefPanePref::setUpGeneralTab()
         if (!pane || !looks)
             return;
         pane->updateStatus();
+        pane->_helperNotes->update();
         *last = QDeadlineTimer(longestEnd);
         looks->start();
     });
@@ -173,5 +185,6 @@ void QNBPrefPanePref::setUpGeneralTab()
 void QNBPrefPanePref::updateGeneralTab()
 {
     updateStatus();
+    _helperNotes->update();
     _fileManagersRow->update();
 }

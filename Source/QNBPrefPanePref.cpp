@@ -10,9 +10,11 @@
 #include "Platform/ProcessTable.h"
 #include "Platform/SessionBus.h"
 #include "Platform/Workspace.h"
+#include "Shared/Source/QNBHelperState.h"
 #include "Shared/Source/QNBShared.h"
 #include "Source/HJSLoginItemController.h"
 #include "Source/QNBFileManagersRow.h"
+#include "Source/QNBHelperNotes.h"
 #include "Source/QNBPaneLog.h"
 #include "Toolkit/OutlineView.h"
 
@@ -60,8 +62,13 @@ QNBPaneServices QNBPaneServices::standard()
             },
         .sleep = [](std::chrono::microseconds duration) { std::this_thread::sleep_for(duration); },
         .watchHelper =
-            [bus, mailbox = std::make_shared<Mailbox>()](const std::function<void()> &changed) {
+            [bus, center, mailbox = std::make_shared<Mailbox>()](const std::function<void()> &changed) {
                 bus->watchOwner(QNBHelperServiceName(), mailbox->bound<>(changed));
+                center->addObserver(QNBHelperStateChangedNotification, changed);
+            },
+        .askHelper =
+            [bus, mailbox = std::make_shared<Mailbox>()](const auto &answered) {
+                QNBHelperState::ask(*bus, mailbox->bound<const std::optional<QNBHelperState> &>(answered));
             },
         .installerServices = &CMMInstaller::Services::standard,
         .recoveryFolder = folderForRecovery(),

@@ -247,6 +247,8 @@ private:
     void setUpHelperControl();
     /// The helper's bundle inside ours; empty if it is not there.
     QString helperPath() const;
+    /// What shows the presets, for the desktop's settings.
+    QString launcherCommand() const;
     /// Shows whether the helper runs, and what the button would do.
     void updateStatus();
     /// Keeps the tab up to date, and schedules the offer of the file managers' plug-in.
@@ -449,6 +451,7 @@ private:
     bool showMenubar = true;
     QNBKeyCombo shortcutCombo;
     std::unique_ptr<QNBFileManagersRow> _fileManagersRow;
+    std::unique_ptr<QNBHelperNotes> _helperNotes;
 
     /// Every change of presets, their trees and their order, one step per action of the user. Its commands
     /// act through the controller and this object: the first to go.

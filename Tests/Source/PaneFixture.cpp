@@ -191,6 +191,7 @@ QNBPrefPanePref::Services PaneFixture::services()
                 helperSteps << QStringLiteral("sleep %1").arg(duration.count());
             },
         .watchHelper = [this](const std::function<void()> &changed) { helperChanged = changed; },
+        .askHelper = [this](const auto &answered) { answered(helperState); },
         .installerServices =
             [this](Preferences &preferences, const std::optional<Bundle> &bundle,
                    const QNBPrefPanePref::Services::AlertAnswers &runAlertPanel) {

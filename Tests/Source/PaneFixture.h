@@ -128,6 +128,8 @@ protected:
     QMap<QString, Result<QString>> pluginAnswers;
     /// Tells the pane that the helper has come or gone.
     std::function<void()> helperChanged;
+    /// What it answers at once; nothing without a helper.
+    std::optional<QNBHelperState> helperState;
     /// Shared by the installer for as long as there is one.
     std::shared_ptr<int> installerLifetime = std::make_shared<int>();
     std::unique_ptr<QNBPrefPanePref> pane;

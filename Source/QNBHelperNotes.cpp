@@ -1,0 +1,84 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Source/QNBHelperNotes.h"
+
+#include "Platform/LineText.h"
+
+#include <QLabel>
+#include <QPointer>
+
+#include <utility>
+
+namespace {
+
+const QString shortcutNoteName = QStringLiteral("_shortcutNote");
+const QString trayNoteName = QStringLiteral("_trayNote");
+
+void showText(QLabel &label, const QString &text)
+{
+    label.setText(text);
+    label.setVisible(!text.isEmpty());
+}
+
+} // namespace
+
+QNBHelperNotes::QNBHelperNotes(QWidget &view, Ask ask, std::function<QString()> command)
+    : ask_(std::move(ask))
+    , command_(std::move(command))
+    , shortcutNote_(view.findChild<QLabel *>(shortcutNoteName))
+    , trayNote_(view.findChild<QLabel *>(trayNoteName))
+{
+    show(std::nullopt);
+}
+
+void QNBHelperNotes::update()
+{
+    ask_([notes = QPointer(this)](const std::optional<QNBHelperState> &state) {
+        if (notes)
+            notes->show(state);
+    });
+}
+
+void QNBHelperNotes::show(const std::optional<QNBHelperState> &state)
+{
+    showText(*shortcutNote_, state ? textOf(*state) : QString());
+    const bool isWithoutTray = state && !state->hasTray;
+    showText(*trayNote_, isWithoutTray ? tr("This desktop shows no icons of programs in a panel. The presets "
+                                            "are reached by the shortcut, by the command %1, in the menus of "
+                                            "file managers, and here.")
+                                             .arg(lineText(command_()))
+                                       : QString());
+}
+
+QString QNBHelperNotes::textOf(const QNBHelperState &state) const
+{
+    switch (state.hotKey) {
+    case QNBHelperState::HotKey::None:
+        break;
+    case QNBHelperState::HotKey::ByDesktop:
+        return tr("The desktop itself listens for the shortcut.");
+    case QNBHelperState::HotKey::Asking:
+        return tr("The desktop asks you first whether it may pass the shortcut on.");
+    case QNBHelperState::HotKey::ByPortal:
+        return state.keys.isEmpty()
+                   ? tr("The desktop has asked you, and passes on the shortcut that is chosen in its "
+                        "settings.")
+                   : tr("The desktop has asked you, and passes on the shortcut as it is chosen in its "
+                        "settings: %1.")
+                         .arg(lineText(state.keys));
+    case QNBHelperState::HotKey::ByScreen:
+        return tr("The shortcut is heard whichever window has the keyboard.");
+    case QNBHelperState::HotKey::Refused:
+        return tr("The shortcut is not heard: the desktop does not give it, or another program has it. "
+                  "Choose "
+                  "another one, or bind the command %1 to a key in the desktop's own settings.")
+            .arg(lineText(command_()));
+    case QNBHelperState::HotKey::Impossible:
+        return tr("The shortcut is not heard: this desktop passes none on to programs. Bind the command %1 "
+                  "to "
+                  "a key in the desktop's own settings.")
+            .arg(lineText(command_()));
+    }
+    return {};
+}
