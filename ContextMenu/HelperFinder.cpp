@@ -4,6 +4,7 @@
 #include "ContextMenu/HelperFinder.h"
 
 #include "Platform/FileURL.h"
+#include "Platform/PaneFolders.h"
 #include "Platform/SharedFileList.h"
 
 #include <QDir>
@@ -16,7 +17,6 @@ namespace {
 const QString helperName = QStringLiteral("QNBHelper");
 const QString helperBundle = QStringLiteral("QNBHelper.app");
 const QString paneSuffix = QStringLiteral(".prefPane");
-const QString panesFolder = QStringLiteral("/PreferencePanes");
 const QString codeFolder = QStringLiteral("/Contents/MacOS/");
 
 bool isHelper(const QString &path)
@@ -62,9 +62,9 @@ QString loginItem()
 
 QString inPane()
 {
-    const QStringList dataFolders = QStandardPaths::standardLocations(QStandardPaths::GenericDataLocation);
-    for (const QString &dataFolder : dataFolders) {
-        const QDir panes(dataFolder + panesFolder);
+    const QStringList folders = PaneFolders::installed();
+    for (const QString &folder : folders) {
+        const QDir panes(folder);
         const QStringList names =
             panes.entryList({u'*' + paneSuffix}, QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name);
         for (const QString &name : names) {

@@ -3,14 +3,14 @@
 
 #include "Host/PaneFinder.h"
 
+#include "Platform/PaneFolders.h"
+
 #include <QCoreApplication>
 #include <QDir>
-#include <QStandardPaths>
 
 namespace {
 
 const QString paneExtension = QStringLiteral(".prefPane");
-const QString paneFolder = QStringLiteral("/PreferencePanes");
 
 } // namespace
 
@@ -18,10 +18,8 @@ QStringList PaneFinder::searchFolders()
 {
     const QString ownFolder = QCoreApplication::applicationDirPath();
     QStringList folders = {ownFolder,
-                           QDir::cleanPath(ownFolder + u'/' + QStringLiteral(QUENBY_PANES_BESIDE_PROGRAM))};
-    const QStringList dataFolders = QStandardPaths::standardLocations(QStandardPaths::GenericDataLocation);
-    for (const QString &dataFolder : dataFolders)
-        folders.append(QDir::cleanPath(dataFolder + paneFolder));
+                           QDir::cleanPath(ownFolder + u'/' + QStringLiteral(QUENBY_PANES_FROM_PROGRAMS))};
+    folders += PaneFolders::installed();
     folders.removeDuplicates();
     return folders;
 }

@@ -11,7 +11,7 @@
 namespace PaneFinder {
 
 /// The folders that are looked through, the most particular first: the program's own, the panes installed
-/// with it, the user's and the system's `PreferencePanes` data folders.
+/// with it, and PaneFolders::installed().
 QStringList searchFolders();
 
 /// The paths of all `*.prefPane` folders in \a folders. Of several with one name only the first counts. That

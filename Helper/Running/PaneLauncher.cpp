@@ -16,7 +16,7 @@ namespace {
 
 const QString programName = QStringLiteral("quenby-preferences");
 /// Where it lies as seen from the pane's bundle: beside it, or as both are installed.
-const QStringList placesByPane = {QStringLiteral("/../"), QStringLiteral("/../../../bin/")};
+const QStringList placesByPane = {QStringLiteral("/../"), QStringLiteral("/" QUENBY_PROGRAMS_FROM_PANE "/")};
 
 QString translated(const char *text)
 {
