@@ -9,15 +9,18 @@
 #include "Host/PaneLoader.h"
 #include "Host/WindowPlaces.h"
 
+#include <QApplication>
 #include <QCloseEvent>
-#include <QCoreApplication>
 #include <QFileInfo>
 #include <QIcon>
 #include <QLoggingCategory>
 #include <QScreen>
 #include <QShortcut>
 #include <QStyle>
+#include <QThread>
 #include <QVBoxLayout>
+
+#include <utility>
 
 namespace {
 
@@ -25,6 +28,9 @@ Q_LOGGING_CATEGORY(lcWindow, "quenby.host.window")
 
 /// What a page of the host begins with at least; as small as its content allows is for the user to choose.
 constexpr QSize usualSize(480, 320);
+
+/// Until it is looked again whether the pane can take files.
+constexpr std::chrono::milliseconds waitingFilesPause(200);
 
 } // namespace
 
@@ -34,6 +40,8 @@ HostWindow::HostWindow(QWidget *parent)
 {
     setObjectName(QStringLiteral("hostWindow"));
     layout_->setContentsMargins({});
+    waitingFilesTimer_.setSingleShot(true);
+    connect(&waitingFilesTimer_, &QTimer::timeout, this, &HostWindow::openWaitingFiles);
     for (const int key : {Qt::Key_Q, Qt::Key_W}) {
         auto *const shortcut = new QShortcut(QKeySequence(Qt::CTRL | key), this);
         connect(shortcut, &QShortcut::activated, this, &QWidget::close);
@@ -57,6 +65,25 @@ void HostWindow::showPane(const QString &path)
     begin(PaneLoader::load(path));
     if (isPainted_)
         updateIcon();
+}
+
+void HostWindow::openFiles(const QStringList &paths)
+{
+    waitingFiles_ += paths;
+    openWaitingFiles();
+}
+
+void HostWindow::openWaitingFiles()
+{
+    if (waitingFiles_.isEmpty())
+        return;
+    const bool isBusy = QThread::currentThread()->loopLevel() > 1 || QApplication::activeModalWidget() ||
+                        QApplication::activePopupWidget();
+    // Nor before the first paint, which they would hold up.
+    if (session_ && isPainted_ && !isBusy)
+        session_->openFiles(std::exchange(waitingFiles_, {}));
+    else
+        waitingFilesTimer_.start(waitingFilesPause);
 }
 
 void HostWindow::showError(const QString &reason)

@@ -6,7 +6,8 @@
 #include "Host/ContentScroller.h"
 #include "Host/PaneSession.h"
 
-#include <QString>
+#include <QStringList>
+#include <QTimer>
 #include <QWidget>
 
 #include <memory>
@@ -29,6 +30,9 @@ public:
     void showPane(const QString &path);
     /// Lets the user choose among the panes at \a paths.
     void showChooser(const QStringList &paths);
+    /// Has the pane take in these files: the one that is shown or else the next one, once no panel of it
+    /// waits for an answer.
+    void openFiles(const QStringList &paths);
     /// Shows a page with \a reason.
     void showError(const QString &reason);
     /// Leaves the pane for good, and asks nobody. What became of its last save; success without a pane.
@@ -51,6 +55,7 @@ private:
     bool mayLeave();
     void begin(std::unique_ptr<PreferencePane> pane);
     void setContent(QWidget *content);
+    void openWaitingFiles();
     void updateIcon();
     void restorePlace();
     void savePlace() const;
@@ -61,5 +66,7 @@ private:
     std::unique_ptr<PaneSession> session_;
     std::unique_ptr<QWidget> chooser_;
     QString panePath_;
+    QStringList waitingFiles_;
+    QTimer waitingFilesTimer_;
     bool isPainted_ = false;
 };

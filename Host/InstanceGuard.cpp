@@ -25,8 +25,8 @@ namespace {
 
 Q_LOGGING_CATEGORY(lcInstance, "quenby.host.instance")
 
-/// A request is one packet; a path and a token fit many times.
-constexpr size_t largestRequest = 32 * 1024;
+/// A request is one packet; hundreds of paths fit.
+constexpr size_t largestRequest = 128 * 1024;
 constexpr char taken = '+';
 constexpr int retryInterval = 20;
 /// How long the first waits for a packet of one that has connected, which sends it at once.
@@ -155,7 +155,7 @@ bool InstanceGuard::hand(const Request &request, int timeout) const
     const SocketAddress address(socketPath_);
     QByteArray packet;
     QDataStream stream(&packet, QIODevice::WriteOnly);
-    stream << request.panePath << request.activationToken;
+    stream << request.panePath << request.activationToken << request.files;
 
     const int connection = ::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
     char answer = 0;
@@ -190,7 +190,7 @@ void InstanceGuard::accept(const std::function<void(const Request &)> &handler) 
     if (size > 0) {
         packet.truncate(size);
         QDataStream stream(packet);
-        stream >> request.panePath >> request.activationToken;
+        stream >> request.panePath >> request.activationToken >> request.files;
         if (stream.status() == QDataStream::Ok) {
             ::send(connection, &taken, 1, MSG_NOSIGNAL);
             handler(request);

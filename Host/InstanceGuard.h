@@ -5,7 +5,7 @@
 
 #include <QByteArray>
 #include <QSocketNotifier>
-#include <QString>
+#include <QStringList>
 
 #include <chrono>
 #include <functional>
@@ -24,6 +24,8 @@ public:
         QString panePath;
         /// The desktop's leave to come to the front, or empty.
         QByteArray activationToken;
+        /// For the pane; their paths are absolute.
+        QStringList files = {};
     };
 
     enum class Outcome {

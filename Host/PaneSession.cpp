@@ -61,6 +61,12 @@ Result<> PaneSession::saveCopy(const QString &path)
     return pane_ ? pane_->saveCopy(path) : Result<>();
 }
 
+void PaneSession::openFiles(const QStringList &paths)
+{
+    if (pane_)
+        pane_->openFiles(paths);
+}
+
 Result<> PaneSession::unselect()
 {
     if (std::exchange(isSelected_, false))

@@ -32,6 +32,8 @@ public:
     Result<> save();
     /// Has the pane write to \a path what it would save; success when the pane has ended.
     Result<> saveCopy(const QString &path);
+    /// Has the pane take in these files, unless it has ended.
+    void openFiles(const QStringList &paths);
     /// Leaves the pane, and ends it; the view stays until the session goes. What became of the last save,
     /// which is tried once more if it failed.
     Result<> end();

@@ -17,6 +17,7 @@
 
 #include <QApplication>
 #include <QCommandLineParser>
+#include <QFileInfo>
 #include <QStandardPaths>
 #include <QThread>
 
@@ -52,6 +53,8 @@ void setUp(QCommandLineParser &parser)
         QStringLiteral("pane"),
         tr("The pane to open: the path or the name of a .prefPane bundle. By default the only one found."),
         QStringLiteral("[pane]"));
+    parser.addPositionalArgument(QStringLiteral("file"), tr("Files that the pane is to take in."),
+                                 QStringLiteral("[file...]"));
 }
 
 /// Whether the program is only asked about itself, which needs no screen.
@@ -63,6 +66,19 @@ bool isQuestion(int argc, char **argv)
                !std::strcmp(argument, "--version");
     };
     return std::any_of(argv + 1, argv + std::max(argc, 1), asks);
+}
+
+/// Takes out of \a arguments, and returns, what is a file: panes are folders.
+QStringList takeFiles(QStringList &arguments)
+{
+    QStringList files;
+    arguments.removeIf([&](const QString &argument) {
+        const QFileInfo information(argument);
+        if (information.isFile())
+            files.append(information.absoluteFilePath());
+        return information.isFile();
+    });
+    return files;
 }
 
 void showRequestedPane(HostWindow &window, const Result<QString> &requested)
@@ -112,7 +128,8 @@ int main(int argc, char **argv)
         return QApplication(argc, argv);
     }();
     parser.process(application);
-    const QStringList arguments = parser.positionalArguments();
+    QStringList arguments = parser.positionalArguments();
+    const QStringList files = takeFiles(arguments);
     if (arguments.size() > 1) {
         std::fputs(qPrintable(linesText(tr("More than one pane is named.") + u'\n')), stderr);
         return EXIT_FAILURE;
@@ -126,7 +143,7 @@ int main(int argc, char **argv)
     InstanceGuard guard(QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation),
                         DesktopFolders::runtimeDirectory());
     const InstanceGuard::Outcome outcome =
-        guard.begin({requested.value.value_or(QString()), activationToken}, otherInstanceTimeout);
+        guard.begin({requested.value.value_or(QString()), activationToken, files}, otherInstanceTimeout);
     if (outcome == InstanceGuard::Outcome::Handed)
         return requested ? EXIT_SUCCESS : EXIT_FAILURE;
 
@@ -158,10 +175,12 @@ int main(int argc, char **argv)
     else
         showRequestedPane(window, requested);
     window.show();
+    window.openFiles(files);
 
     guard.handleWith([&](const InstanceGuard::Request &request) {
         if (!request.panePath.isEmpty() && QThread::currentThread()->loopLevel() == 1)
             window.showPane(request.panePath);
+        window.openFiles(request.files);
         WindowActivation::bringToFront(window, request.activationToken);
     });
     signals.handleWith(end);

@@ -99,7 +99,11 @@ void QNBPrefPanePref::importPresetsFromFiles()
     if (paths.isEmpty())
         return;
     _exchangeFolder = QFileInfo(paths.constFirst()).path();
+    openFiles(paths);
+}
 
+void QNBPrefPanePref::openFiles(const QStringList &paths)
+{
     QMimeData data;
     Pasteboard pasteboard(data);
     pasteboard.declareTypes({PasteboardType::filenames});

@@ -82,6 +82,8 @@ public:
     Result<> save() override;
     /// The same keys and values as in the domain: the file could take its place.
     Result<> saveCopy(const QString &path) override;
+    /// Presets: they are inserted below the selected one, which is one step of the history.
+    void openFiles(const QStringList &paths) override;
 
     /// Commits what is being typed, then saves.
     void windowDidResignKey();

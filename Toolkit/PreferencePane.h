@@ -6,6 +6,7 @@
 #include "Platform/Result.h"
 #include "Toolkit/PaneNotice.h"
 
+#include <QStringList>
 #include <QtPlugin>
 
 QT_BEGIN_NAMESPACE
@@ -54,6 +55,10 @@ public:
     virtual Result<> save() = 0;
     /// Writes all that save() would store to the file \a path, in place of what it may hold.
     virtual Result<> saveCopy(const QString &path) = 0;
+
+    /// Takes in the files \a paths, which the user has opened, as by a drop; while the pane is selected. It
+    /// tells of what it cannot take. A pane that has no files of its own does nothing.
+    virtual void openFiles(const QStringList &paths) { (void)paths; }
 };
 
 /// What a pane's plug-in exports: a factory, so that the host decides when the pane lives.
@@ -65,5 +70,5 @@ public:
     virtual PreferencePane *createPane() = 0;
 };
 
-#define QUENBY_PREFERENCE_PANE_IID "org.quenby.PreferencePaneFactory/2"
+#define QUENBY_PREFERENCE_PANE_IID "org.quenby.PreferencePaneFactory/3"
 Q_DECLARE_INTERFACE(PreferencePaneFactory, QUENBY_PREFERENCE_PANE_IID)

@@ -331,6 +331,33 @@ TEST_F(HostProgramTest, ASecondStartMayAskForAnotherPane)
     })) << record().constData();
 }
 
+TEST_F(HostProgramTest, FilesGoToThePaneAlsoByASecondStart)
+{
+    for (const char *name : {"one.qnbp", "two.qnbp"}) {
+        QFile file(home_.filePath(QString::fromLatin1(name)));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    }
+    const QString one = home_.filePath(QStringLiteral("one.qnbp"));
+    const QString two = home_.filePath(QStringLiteral("two.qnbp"));
+    ChildProcess first(program(), {one, two}, environment_);
+    ASSERT_TRUE(waitForRecord("openFiles " + one.toUtf8() + ' ' + two.toUtf8())) << record().constData();
+    ChildProcess second(program(), {two}, environment_);
+    ASSERT_TRUE(second.waitForEnd());
+    EXPECT_TRUE(second.hasReturned(0));
+    EXPECT_TRUE(waitForRecord("openFiles " + two.toUtf8())) << record().constData();
+    EXPECT_EQ(record().count("created"), 1);
+}
+
+TEST_F(HostProgramTest, FilesWaitForTheAnswerToAQuestion)
+{
+    QFile file(home_.filePath(QStringLiteral("one.qnbp")));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    setBehaviour(QStringLiteral("ask for a while"));
+    ChildProcess host(program(), {file.fileName()}, environment_);
+    ASSERT_TRUE(waitForRecord("openFiles " + file.fileName().toUtf8()));
+    EXPECT_LT(record().indexOf("asked\n"), record().indexOf("openFiles")) << record().constData();
+}
+
 TEST_F(HostProgramTest, ASecondStartDuringTheStartOfTheFirstWaitsForIt)
 {
     setBehaviour(QStringLiteral("start slowly"));

@@ -59,11 +59,14 @@ TEST_F(InstanceGuardTest, ALaterOneHandsOverWhatItWasAskedFor)
     ASSERT_EQ(first_->begin({}, 0ms), Outcome::First);
     QList<Request> requests;
     first_->handleWith([&](const Request &request) { requests.append(request); });
-    auto outcome = beginSecond({QStringLiteral("/panes/Ünïcode.prefPane"), "token"});
+    // More than a screen of a file manager shows.
+    const QStringList files(400, QStringLiteral("/home/somebody/Documents/Presets of mine/Preset.qnbp"));
+    auto outcome = beginSecond({QStringLiteral("/panes/Ünïcode.prefPane"), "token", files});
     EXPECT_EQ(result(outcome), Outcome::Handed);
     ASSERT_TRUE(waitUntil([&] { return requests.size() == 1; }));
     EXPECT_EQ(requests.constFirst().panePath, QStringLiteral("/panes/Ünïcode.prefPane"));
     EXPECT_EQ(requests.constFirst().activationToken, "token");
+    EXPECT_EQ(requests.constFirst().files, files);
 }
 
 TEST_F(InstanceGuardTest, ALaterOneWaitsForAFirstThatIsStillStarting)

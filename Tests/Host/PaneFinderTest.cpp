@@ -33,8 +33,9 @@ TEST_F(PaneFinderTest, LooksBesideTheProgramThenAtThoseInstalledWithItThenAtAllT
     const QStringList folders = PaneFinder::searchFolders();
     ASSERT_GT(folders.size(), 2);
     EXPECT_EQ(folders.at(0), QCoreApplication::applicationDirPath());
-    EXPECT_EQ(folders.at(1), QDir::cleanPath(QCoreApplication::applicationDirPath() +
-                                             QStringLiteral("/../" QUENBY_INSTALL_LIBDIR "/PreferencePanes")));
+    EXPECT_EQ(folders.at(1),
+              QDir::cleanPath(QCoreApplication::applicationDirPath() +
+                              QStringLiteral("/../" QUENBY_INSTALL_LIBDIR "/PreferencePanes")));
     EXPECT_EQ(folders.mid(2), PaneFolders::installed());
 }
 

@@ -18,11 +18,11 @@ namespace {
 constexpr int exitCode = 1;
 
 /// Appends a line to the file that the test names.
-void record(const char *call)
+void record(const QByteArray &call)
 {
     QFile file(qEnvironmentVariable("QUENBY_TEST_RECORD"));
     if (file.open(QIODevice::WriteOnly | QIODevice::Append))
-        file.write(QByteArray(call) + '\n');
+        file.write(call + '\n');
 }
 
 /// How the pane misbehaves, if it is to.
@@ -75,7 +75,8 @@ public:
     void didSelect() override
     {
         record("didSelect");
-        if (isAskedFor("ask a question") || isAskedFor("exit from a question"))
+        if (isAskedFor("ask a question") || isAskedFor("ask for a while") ||
+            isAskedFor("exit from a question"))
             QTimer::singleShot(0, view_, [this] { ask(); });
         if (isAskedFor("exit"))
             QTimer::singleShot(0, view_, [] { std::exit(exitCode); });
@@ -97,6 +98,8 @@ public:
         return isWritten ? Result<>() : Result<>::failure(copy.errorString());
     }
 
+    void openFiles(const QStringList &paths) override { record("openFiles " + paths.join(u' ').toUtf8()); }
+
 private:
     static Result<> result()
     {
@@ -110,6 +113,8 @@ private:
         QTimer::singleShot(0, &question, [] { record("asking"); });
         if (isAskedFor("exit from a question"))
             QTimer::singleShot(0, &question, [] { std::exit(exitCode); });
+        if (isAskedFor("ask for a while"))
+            QTimer::singleShot(1000, &question, &QMessageBox::accept);
         question.exec();
         record("asked");
     }
