@@ -142,7 +142,10 @@ ExitCode CommandLine::undo(const CommandLineOptions &options)
     tell(report.message);
     if (options.isJson)
         console_.print(text(QJsonDocument(CommandLineJson::undo(report))));
-    return report.status == UndoReport::Status::Undone ? ExitCode::Done : ExitCode::NotUndone;
+    const bool isUndone = report.status == UndoReport::Status::Undone;
+    if (options.notify)
+        notify(isUndone ? tr("The last creation was undone") : tr("The last creation was not undone"));
+    return isUndone ? ExitCode::Done : ExitCode::NotUndone;
 }
 
 ExitCode CommandLine::create(const CommandLineOptions &options)

@@ -83,7 +83,6 @@ QString readFolders(const Parser &options, CommandLineOptions &result)
 {
     const QCommandLineParser &given = options.parser;
     result.folders = given.values(options.in);
-    result.notify = given.isSet(options.notify);
     if (result.folders.isEmpty() && !given.isSet(options.launcher))
         return tr("Say by --in in which folder to create it.");
     return result.folders.contains(QString()) ? tr("A folder has an empty name.") : QString();
@@ -144,6 +143,7 @@ std::optional<CommandLineOptions> CommandLineOptions::parse(const QStringList &a
     }
     CommandLineOptions result;
     result.isJson = given.isSet(options.json);
+    result.notify = given.isSet(options.notify);
     if (given.isSet(options.help))
         return result;
     if (given.isSet(options.version)) {
@@ -165,7 +165,8 @@ std::optional<CommandLineOptions> CommandLineOptions::parse(const QStringList &a
         *error = readCreation(options, result);
     else if (isForLauncher)
         *error = readLauncher(options, result);
-    else if (!isFreeOfCreationOptions(options) || given.isSet(options.in) || given.isSet(options.notify))
+    else if (!isFreeOfCreationOptions(options) || given.isSet(options.in) ||
+             (result.notify && given.isSet(options.list)))
         *error = tr("An option for --create is given without it.");
     else
         error->clear();

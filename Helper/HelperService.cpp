@@ -3,6 +3,7 @@
 
 #include "Helper/HelperService.h"
 
+#include "Helper/Presets.h"
 #include "Platform/SessionBus.h"
 
 #include <QDBusError>
@@ -22,14 +23,19 @@ constexpr auto longestWait = answerTimeout + 2 * SessionBus::answerTimeout;
 
 /// What the bus says of a name that nobody has, if it is not to start a program for it.
 const QString noOwnerError = QStringLiteral("org.freedesktop.DBus.Error.NameHasNoOwner");
+/// How the names of its errors begin if it was to, and the program did not start or ended.
+const QString notStartedError = QStringLiteral("org.freedesktop.DBus.Error.Spawn.");
+
+/// If nobody has the name.
+enum class Activation { None, ByTheBus };
 
 HelperService::Answer ask(SessionBus &bus, const QString &service, const QString &method,
-                          const QVariantList &arguments, QString *error)
+                          const QVariantList &arguments, Activation activation, QString *error)
 {
     using HelperService::Answer;
     QDBusMessage message =
         QDBusMessage::createMethodCall(service, HelperService::path, HelperService::interfaceName, method);
-    message.setAutoStartService(false);
+    message.setAutoStartService(activation == Activation::ByTheBus);
     message.setArguments(arguments);
 
     struct Outcome
@@ -49,7 +55,7 @@ HelperService::Answer ask(SessionBus &bus, const QString &service, const QString
     if (outcome->reply.type() != QDBusMessage::ErrorMessage)
         return Answer::Taken;
     *error = outcome->reply.errorMessage();
-    if (outcome->reply.errorName() == noOwnerError)
+    if (outcome->reply.errorName() == noOwnerError || outcome->reply.errorName().startsWith(notStartedError))
         return Answer::NotRunning;
     if (outcome->reply.errorName() == SessionBus::notSentError)
         return Answer::NoBus;
@@ -76,14 +82,19 @@ HelperService::Answer ask(SessionBus &bus, const QString &service, const QString
 HelperService::Answer HelperService::create(SessionBus &bus, const Preset &preset, const QStringList &folders,
                                             QString *error)
 {
-    return ask(bus, name, createMethod, {preset.label, preset.position.value_or(0), folders}, error);
+    const QVariantList arguments = {preset.label, preset.position.value_or(0), folders};
+    const Answer answer = ask(bus, name, createMethod, arguments, Activation::None, error);
+    return answer == Answer::NotRunning && helperIsWanted()
+               ? ask(bus, name, createMethod, arguments, Activation::ByTheBus, error)
+               : answer;
 }
 
 HelperService::Answer HelperService::showLauncher(SessionBus &bus, const QStringList &folders,
                                                   const QByteArray &activationToken, QString *error)
 {
     const QVariantList arguments = {folders, QString::fromUtf8(activationToken)};
-    const Answer answer = ask(bus, name, showLauncherMethod, arguments, error);
-    return answer == Answer::NotRunning ? ask(bus, launcherName, showLauncherMethod, arguments, error)
-                                        : answer;
+    const Answer answer = ask(bus, name, showLauncherMethod, arguments, Activation::None, error);
+    return answer == Answer::NotRunning
+               ? ask(bus, launcherName, showLauncherMethod, arguments, Activation::None, error)
+               : answer;
 }

@@ -50,10 +50,11 @@ enum class Answer {
     Failed,
 };
 
-/// Asks the helper on \a bus; waits for its answer for a bounded time.
+/// Asks the helper on \a bus; waits for its answer for a bounded time. If none runs, and the user wants one
+/// to, the bus may start one that is installed.
 Answer create(SessionBus &bus, const Preset &preset, const QStringList &folders, QString *error);
-/// The same for the launcher, to create a preset in \a folders if there are any: the helper's or, if none
-/// runs, one that is open in a process of its own.
+/// Asks for the launcher, to create a preset in \a folders if there are any: the helper's or, if none
+/// runs, one that is open in a process of its own. The bus starts none for it.
 Answer showLauncher(SessionBus &bus, const QStringList &folders, const QByteArray &activationToken,
                     QString *error);
 

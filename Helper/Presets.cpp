@@ -73,6 +73,12 @@ QStringList labelsOf(const QList<QNBPresetRecordPtr> &presets)
     return labels;
 }
 
+bool helperIsWanted()
+{
+    Preferences preferences(QNBProductIdentifier(), {.isReadOnly = true});
+    return preferences.read() && QNBSettingsStore::wantsHelper(preferences);
+}
+
 QNBPresetRecordPtr presetNamed(const QList<QNBPresetRecordPtr> &presets, const QString &name, QString *error)
 {
     const qlonglong number = name.mid(1).toLongLong();

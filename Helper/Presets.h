@@ -27,6 +27,9 @@ Result<QNBSettings> readSettings();
 /// The labels of \a presets, in their order.
 QStringList labelsOf(const QList<QNBPresetRecordPtr> &presets);
 
+/// Whether the user wants the helper to run; not if that cannot be read.
+bool helperIsWanted();
+
 /// The preset that people name \a name: the one with that label or, if none has it, the one of that number,
 /// "#1" being the first. None if there is no such preset, or more than one, with the reason for people in \a
 /// error.

@@ -3,7 +3,6 @@
 
 #include "Source/QNBPrefPanePref.h"
 
-#include "Platform/PropertyList.h"
 #include "Source/QNBFileManagersRow.h"
 #include "Source/QNBPaneLog.h"
 #include "Toolkit/KeyComboRecorder.h"
@@ -65,10 +64,8 @@ void QNBPrefPanePref::setUpHelperControl()
             });
     tellOfRecording(*_ui_shortcutRecorderControl, *this, _services.postNotificationName);
 
-    const QVariant launchHelper = _services.preferences->copyAppValue(QNBPreferenceKey::launchHelperOnStart);
-    // Who never chose wants it.
-    const bool shouldRun = !launchHelper.isValid() || PropertyList::boolValue(launchHelper).value_or(false);
-    if (shouldRun && _services.everyProcessNamed(helperName).isEmpty())
+    if (QNBSettingsStore::wantsHelper(*_services.preferences) &&
+        _services.everyProcessNamed(helperName).isEmpty())
         toggleHelperStatus();
     updateStatus();
 }

@@ -278,6 +278,12 @@ Result<QNBSettings> decode(const PropertyListDocument::Ptr &document)
     return settings;
 }
 
+bool wantsHelper(Preferences &preferences)
+{
+    const QVariant value = preferences.copyAppValue(QNBPreferenceKey::launchHelperOnStart);
+    return !value.isValid() || PropertyList::boolValue(value).value_or(false);
+}
+
 QVariant configValueForKey(const std::optional<Bundle> &bundle, const QString &key)
 {
     const QString path =

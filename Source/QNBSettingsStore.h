@@ -95,6 +95,10 @@ Result<QNBSettings> decode(const PropertyListDocument::Ptr &document);
 /// The time that is stored there; invalid if there is none.
 QDateTime takenAt(const PropertyListDocument::Ptr &document);
 
+/// Whether the user wants the helper to run: who never chose does, and who chose by a value that is neither
+/// yes nor no does not.
+bool wantsHelper(Preferences &preferences);
+
 /// The value of \a key in the bundle's information property list. A parse failure is logged; invalid then, as
 /// without a bundle or key.
 QVariant configValueForKey(const std::optional<Bundle> &bundle, const QString &key);

@@ -27,6 +27,9 @@ namespace {
 
 Q_LOGGING_CATEGORY(lcRunning, "quenby.helper")
 
+/// Set by a bus for what it starts. It goes on waiting for the name of a program that ended well.
+constexpr char startedByBusVariable[] = "DBUS_STARTER_ADDRESS";
+
 /// If it is started with the session, it goes on being so after it was moved.
 void followWithLoginItem()
 {
@@ -47,7 +50,7 @@ int runHelper()
     const auto bus = std::make_shared<SessionBus>();
     SingleInstance instance(bus, HelperService::name);
     if (!instance.acquire(DesktopFolders::runtimeDirectory()))
-        return EXIT_SUCCESS;
+        return qEnvironmentVariableIsSet(startedByBusVariable) ? EXIT_FAILURE : EXIT_SUCCESS;
 
     QApplication::setQuitOnLastWindowClosed(false);
     followWithLoginItem();

@@ -73,6 +73,7 @@ TEST(CommandLineOptionsTest, TheLauncher)
     EXPECT_TRUE(options->notify);
     EXPECT_TRUE(parse("--launcher")->folders.isEmpty());
     // As file managers' entries of earlier versions have it.
+    EXPECT_TRUE(parse("--undo --notify")->notify);
     EXPECT_EQ(parse("--menu --notify --in a")->command, Command::Launcher);
 }
 

@@ -1,6 +1,8 @@
 // SPDX-FileCopyrightText: Quenby contributors
 // SPDX-License-Identifier: MIT
 
+#include "Platform/Preferences.h"
+#include "Source/QNBSettingsStore.h"
 #include "Tests/Helper/FakeDesktop.h"
 #include "Tests/Helper/HelperFixture.h"
 #include "Tests/Session/ChildProcess.h"
@@ -11,7 +13,10 @@
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusVirtualObject>
+#include <QFile>
+#include <QFileInfo>
 
+#include <csignal>
 #include <functional>
 #include <gmock/gmock.h>
 #include <utility>
@@ -85,6 +90,41 @@ protected:
         return create(text("A preset"), QStringList{text("--notify")} + more, busAddress);
     }
 
+    /// Has the bus start \a command under the name of the helper.
+    void offer(const QString &command) const
+    {
+        QFile service(bus_.servicesFolder() + text("/org.quenby.QNBHelper.service"));
+        ASSERT_TRUE(service.open(QIODevice::WriteOnly));
+        service.write("[D-BUS Service]\nName=org.quenby.QNBHelper\nExec=" + command.toUtf8() + '\n');
+    }
+    /// The helper of this user, as a bus starts it, which has none of our variables.
+    QString startedHelper() const
+    {
+        QStringList words = {text("/usr/bin/env")};
+        const QProcessEnvironment environment = home_.environment(bus_.address());
+        for (const QString &name : environment.keys())
+            words << text("\"%1=%2\"").arg(name, environment.value(name));
+        return (words << program()).join(u' ');
+    }
+    void storeThatTheHelperIsStopped() const
+    {
+        Preferences preferences(text(QUENBY_IDENTIFIER), {home_.configFolder(), home_.runtimeFolder()});
+        preferences.setAppValue(QNBPreferenceKey::launchHelperOnStart, false);
+        ASSERT_TRUE(preferences.appSynchronize());
+    }
+    /// The process that has the helper's name; 0 if none has.
+    qint64 owner() const
+    {
+        const QString busName = text("org.freedesktop.DBus");
+        QDBusMessage question = QDBusMessage::createMethodCall(busName, text("/org/freedesktop/DBus"),
+                                                               busName, text("GetConnectionUnixProcessID"));
+        question << text("org.quenby.QNBHelper");
+        const QString connection = text("asking-for-the-owner");
+        const QDBusMessage answer = QDBusConnection::connectToBus(bus_.address(), connection).call(question);
+        QDBusConnection::disconnectFromBus(connection);
+        return answer.type() == QDBusMessage::ReplyMessage ? answer.arguments().constFirst().toUInt() : 0;
+    }
+
     PrivateBus bus_;
 };
 
@@ -146,6 +186,51 @@ TEST_F(NotifyProgramTest, WithoutOneItDoesItAndNotifies)
     EXPECT_THAT(desktop.shown()[0].text.toStdString(), HasSubstr(target().toStdString()));
 }
 
+TEST_F(NotifyProgramTest, TheBusStartsAnInstalledHelperThatDoesIt)
+{
+    const FakeDesktop desktop(bus_.address(), {});
+    offer(startedHelper());
+    const Ended asked = createAndNotify(bus_.address());
+    EXPECT_EQ(asked.code, 0) << asked.errors.constData();
+    const qint64 started = owner();
+    EXPECT_GT(started, 0) << "it goes on running";
+    EXPECT_TRUE(waitUntil([&] { return tree() == QStringList(text("made")); }));
+    if (started > 0)
+        ::kill(pid_t(started), SIGTERM);
+    EXPECT_TRUE(waitUntil([&] { return owner() == 0; }));
+}
+
+TEST_F(NotifyProgramTest, AHelperThatTheUserHasStoppedIsNotStarted)
+{
+    const FakeDesktop desktop(bus_.address(), {});
+    const QString trace = home_.filePath(text("trace"));
+    offer(text("/usr/bin/touch ") + trace);
+    storeThatTheHelperIsStopped();
+    EXPECT_EQ(createAndNotify(bus_.address()).code, 0);
+    EXPECT_THAT(tree(), ElementsAre(text("made")));
+    EXPECT_FALSE(QFileInfo::exists(trace));
+}
+
+TEST_F(NotifyProgramTest, WhereTheBusCannotStartOneItDoesItItself)
+{
+    const FakeDesktop desktop(bus_.address(), {});
+    offer(text("/bin/false"));
+    EXPECT_EQ(createAndNotify(bus_.address()).code, 0);
+    EXPECT_THAT(tree(), ElementsAre(text("made")));
+}
+
+TEST_F(NotifyProgramTest, OneThatRunsWithoutThisBusDoesNotHoldItUp)
+{
+    const FakeDesktop desktop(bus_.address(), {});
+    ChildProcess other(program(), {}, home_.environment());
+    const QString lock = home_.runtimeFolder() + text("/quenby-helper.lock");
+    ASSERT_TRUE(waitUntil([&] { return QFileInfo::exists(lock); }));
+    offer(startedHelper());
+    const Ended created = createAndNotify(bus_.address());
+    EXPECT_EQ(created.code, 0) << created.errors.constData();
+    EXPECT_THAT(tree(), ElementsAre(text("made")));
+}
+
 TEST_F(NotifyProgramTest, WhatIsAskedForEspeciallyIsDoneHere)
 {
     const FakeHelper helper(bus_.address(), FakeHelper::Manner::Helpful);
@@ -154,6 +239,17 @@ TEST_F(NotifyProgramTest, WhatIsAskedForEspeciallyIsDoneHere)
     EXPECT_THAT(helper.orders(), IsEmpty());
     EXPECT_THAT(tree(), ElementsAre(text("made")));
     EXPECT_EQ(desktop.shown().size(), 1);
+}
+
+TEST_F(NotifyProgramTest, AnUndoIsNotifiedToo)
+{
+    const FakeDesktop desktop(bus_.address(), {});
+    ASSERT_EQ(create(text("A preset")).code, 0);
+    EXPECT_EQ(run({text("--undo"), text("--notify")}, bus_.address()).code, 0);
+    EXPECT_EQ(run({text("--undo"), text("--notify")}, bus_.address()).code, 6);
+    ASSERT_EQ(desktop.shown().size(), 2);
+    EXPECT_EQ(desktop.shown()[0].title, text("The last creation was undone"));
+    EXPECT_EQ(desktop.shown()[1].title, text("The last creation was not undone"));
 }
 
 TEST_F(NotifyProgramTest, AFailureIsNotifiedToo)

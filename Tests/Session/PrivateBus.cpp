@@ -3,6 +3,7 @@
 
 #include "Tests/Session/PrivateBus.h"
 
+#include <QDir>
 #include <QFile>
 
 #include <csignal>
@@ -16,6 +17,7 @@ const QString configuration = QStringLiteral(R"(<!DOCTYPE busconfig PUBLIC
   <type>session</type>
   <listen>%1</listen>
   <auth>EXTERNAL</auth>
+  <servicedir>%2</servicedir>
   <policy context="default">
     <allow send_destination="*" eavesdrop="true"/>
     <allow eavesdrop="true"/>
@@ -43,9 +45,11 @@ void PrivateBus::start()
 {
     const QString configurationPath = folder_.filePath(QStringLiteral("bus.conf"));
     QFile file(configurationPath);
-    if (!file.open(QIODevice::WriteOnly) || file.write(configuration.arg(address_).toUtf8()) < 0)
+    if (!file.open(QIODevice::WriteOnly) ||
+        file.write(configuration.arg(address_, servicesFolder()).toUtf8()) < 0)
         qFatal("%s", qPrintable(file.errorString()));
     file.close();
+    QDir().mkpath(servicesFolder());
     QFile::remove(folder_.filePath(QStringLiteral("bus")));
     process_ = std::make_unique<ChildProcess>(
         QStringLiteral("dbus-daemon"),

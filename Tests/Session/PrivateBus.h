@@ -10,12 +10,15 @@
 
 #include <memory>
 
-/// A message bus of the test's own, which starts no services. It runs from construction on.
+/// A message bus of the test's own, which starts the services of its own folder only. It runs from
+/// construction on.
 class PrivateBus
 {
 public:
     PrivateBus();
     QString address() const { return address_; }
+    /// For `*.service` files; looked at again when a service is asked for that is not known.
+    QString servicesFolder() const { return folder_.filePath(QStringLiteral("services")); }
     /// The bus dies, without a word to its clients.
     void kill();
     /// Starts again at the same address after kill().
