@@ -85,7 +85,7 @@ TEST(DocumentationTest, EveryPackageIsExplained)
 TEST(DocumentationTest, TheMetainfoNamesThisVersionFirst)
 {
     static const QRegularExpression release(QStringLiteral("<release version=\"([^\"]+)\""));
-    EXPECT_EQ(
-        release.match(textOf(top + QStringLiteral("Resources/org.quenby.Quenby.metainfo.xml"))).captured(1),
-        QStringLiteral(QUENBY_VERSION));
+    EXPECT_EQ(release.match(textOf(top + QStringLiteral("Resources/org.quenby.quenby.metainfo.xml.in")))
+                  .captured(1),
+              QStringLiteral(QUENBY_VERSION));
 }
