@@ -7,6 +7,7 @@
 #include <QFileInfo>
 #include <QProcess>
 #include <QRegularExpression>
+#include <QTemporaryFile>
 #include <gmock/gmock.h>
 
 using ::testing::Contains;
@@ -80,6 +81,34 @@ TEST(DocumentationTest, EveryPackageIsExplained)
     for (const QString &package : packages)
         EXPECT_TRUE(readMe.contains(u'`' + package + u'`'))
             << "README.md does not say what " << qPrintable(package) << " is for";
+}
+
+TEST(DocumentationTest, ThePackagesOfOtherDistributionsAreThoseOfTheTable)
+{
+    const QString readMe = textOf(top + QStringLiteral("README.md"));
+    const QStringList rows =
+        readMe.mid(readMe.indexOf(u"| Debian | Fedora | Arch | openSUSE |")).split(u'\n');
+    int column = 1;
+    for (const char *system :
+         {"ID=fedora", "ID=endeavouros\nID_LIKE=arch", "ID=\"opensuse-leap\"\nID_LIKE=\"suse opensuse\""}) {
+        ++column;
+        QTemporaryFile release;
+        ASSERT_TRUE(release.open());
+        release.write(system);
+        release.close();
+        QProcess command;
+        command.start(top + QStringLiteral("scripts/packages-elsewhere"), {release.fileName()});
+        ASSERT_TRUE(command.waitForFinished()) << qPrintable(command.errorString());
+        const QString line = QString::fromUtf8(command.readAllStandardOutput()).trimmed();
+        QStringList named;
+        for (qsizetype row = 2; rows.value(row).startsWith(u'|'); ++row)
+            named += rows[row].split(u'|').value(column).remove(u'`').remove(u' ').split(u',');
+        EXPECT_GT(named.size(), 9);
+        EXPECT_TRUE(line.startsWith(u"sudo ") && line.endsWith(u' ' + named.join(u' '))) << qPrintable(line);
+    }
+    EXPECT_NE(
+        QProcess::execute(top + QStringLiteral("scripts/packages-elsewhere"), {QStringLiteral("/dev/null")}),
+        0);
 }
 
 TEST(DocumentationTest, TheMetainfoNamesThisVersionFirst)
