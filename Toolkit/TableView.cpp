@@ -11,6 +11,7 @@
 #include "Toolkit/TableViewModel.h"
 
 #include <QHeaderView>
+#include <QKeyEvent>
 
 void TableViewDelegate::tableViewSetObjectValue(TableView &tableView, const QVariant &value,
                                                 const TableColumn &column, int row)
