@@ -118,3 +118,10 @@ TEST(DocumentationTest, TheMetainfoNamesThisVersionFirst)
                   .captured(1),
               QStringLiteral(QUENBY_VERSION));
 }
+
+TEST(DocumentationTest, ThePackageIsOfThisVersion)
+{
+    static const QRegularExpression entry(QStringLiteral("\\Aquenby \\(([^)]+)-[^-)]+\\) "));
+    EXPECT_EQ(entry.match(textOf(top + QStringLiteral("packaging/debian/changelog"))).captured(1),
+              QStringLiteral(QUENBY_VERSION));
+}

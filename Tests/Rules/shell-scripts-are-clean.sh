@@ -7,5 +7,5 @@
 set -eu
 
 cd "$2"
-find .ci scripts Tests Resources -type f \( -path '.ci/*' -o -path 'scripts/*' -o -name '*.sh' \) \
-    -exec "$1" -x {} +
+find .ci scripts Tests Resources packaging/debian/tests -type f ! -name control \
+    \( -path '.ci/*' -o -path 'scripts/*' -o -path 'packaging/*' -o -name '*.sh' \) -exec "$1" -x {} +
