@@ -3,70 +3,67 @@
 
 #include "Shared/Source/CocoaCryptoHashing.h"
 
-// MD5() is marked deprecated since libcrypto 3.0 as an algorithm, not as an interface; identifiers need no
-// cryptographic strength.
+// SHA1_Init() and MD5() are marked deprecated since libcrypto 3.0 as algorithms, not as interfaces;
+// identifiers need no cryptographic strength.
 #define OPENSSL_SUPPRESS_DEPRECATED
 #include <memory>
-#include <openssl/evp.h>
 #include <openssl/md5.h>
-#include <openssl/objects.h>
 #include <openssl/sha.h>
 
 namespace CocoaCryptoHashing {
-
-static const unsigned char *unsignedBytes(QByteArrayView bytes)
-{
-    return reinterpret_cast<const unsigned char *>(bytes.data());
-}
 
 static QString hexadecimal(const QByteArray &digest)
 {
     return QString::fromLatin1(digest.toHex());
 }
 
-/// SHA1() looks the algorithm up anew at each call, which takes longer than the digest of a short input: 30
-/// ms instead of 12 ms for 100,000 names.
-SHA1Digest sha1Digest(QByteArrayView bytes)
+static void update(SHA_CTX &state, QByteArrayView bytes)
 {
-    static const std::unique_ptr<EVP_MD, decltype(&EVP_MD_free)> algorithm(
-        EVP_MD_fetch(nullptr, SN_sha1, nullptr), EVP_MD_free);
+    SHA1_Update(&state, bytes.data(), static_cast<std::size_t>(bytes.size()));
+}
+
+/// Of what \a state has seen, and \a rest after it.
+static SHA1Digest finish(SHA_CTX state, QByteArrayView rest)
+{
     SHA1Digest digest;
     static_assert(digest.size() == SHA_DIGEST_LENGTH);
-    const auto size = static_cast<std::size_t>(bytes.size());
-    if (!algorithm || !EVP_Digest(bytes.data(), size, digest.data(), nullptr, algorithm.get(), nullptr))
-        SHA1(unsignedBytes(bytes), size, digest.data());
+    update(state, rest);
+    SHA1_Final(digest.data(), &state);
     return digest;
+}
+
+/// SHA1() would set up the whole library for the first digest, its settings file included, and look the
+/// algorithm up anew for each.
+SHA1Digest sha1Digest(QByteArrayView bytes)
+{
+    SHA_CTX state;
+    SHA1_Init(&state);
+    return finish(state, bytes);
 }
 
 SHA1Beginning::SHA1Beginning(QByteArrayView beginning)
 {
     const auto state = std::make_shared<SHA_CTX>();
     SHA1_Init(state.get());
-    SHA1_Update(state.get(), beginning.data(), static_cast<std::size_t>(beginning.size()));
+    update(*state, beginning);
     state_ = state;
 }
 
 SHA1Digest SHA1Beginning::digestWith(QByteArrayView rest) const
 {
-    SHA_CTX state = *state_;
-    SHA1Digest digest;
-    SHA1_Update(&state, rest.data(), static_cast<std::size_t>(rest.size()));
-    SHA1_Final(digest.data(), &state);
-    return digest;
+    return finish(*state_, rest);
 }
 
 QByteArray sha1Hash(QByteArrayView bytes)
 {
-    QByteArray digest(SHA_DIGEST_LENGTH, Qt::Uninitialized);
-    SHA1(unsignedBytes(bytes), static_cast<std::size_t>(bytes.size()),
-         reinterpret_cast<unsigned char *>(digest.data()));
-    return digest;
+    const SHA1Digest digest = sha1Digest(bytes);
+    return {reinterpret_cast<const char *>(digest.data()), static_cast<qsizetype>(digest.size())};
 }
 
 QByteArray md5Hash(QByteArrayView bytes)
 {
     QByteArray digest(MD5_DIGEST_LENGTH, Qt::Uninitialized);
-    MD5(unsignedBytes(bytes), static_cast<std::size_t>(bytes.size()),
+    MD5(reinterpret_cast<const unsigned char *>(bytes.data()), static_cast<std::size_t>(bytes.size()),
         reinterpret_cast<unsigned char *>(digest.data()));
     return digest;
 }
