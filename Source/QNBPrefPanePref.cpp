@@ -98,3 +98,10 @@ std::optional<Bundle> QNBPrefPanePref::ourBundle(const QList<Bundle> &allBundles
     });
     return ours == allBundles.end() ? std::nullopt : std::optional(*ours);
 }
+
+std::optional<Bundle> QNBPrefPanePref::ourBundle() const
+{
+    if (!_bundle)
+        _bundle = ourBundle(_services.allBundles());
+    return _bundle;
+}

@@ -210,7 +210,7 @@ private:
     void buildTreesWhenIdle();
     void focusWindowChanged(QWindow *window);
     void endEditing();
-    std::optional<Bundle> ourBundle() const { return ourBundle(_services.allBundles()); }
+    std::optional<Bundle> ourBundle() const;
 
     // The interface description's parts that no description can hold
     void placeDetachedViews();
@@ -339,6 +339,8 @@ private:
     void cancelTracking();
 
     Services _services;
+    /// Found once: what is loaded stays.
+    mutable std::optional<Bundle> _bundle;
     PreferencePaneListener *_listener = nullptr;
     QNBUnsavedState _unsavedState;
     QPointer<QWidget> _mainView;
