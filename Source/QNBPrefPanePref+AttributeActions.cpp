@@ -5,6 +5,7 @@
 
 #include "Source/QNBInterfaceProperties.h"
 #include "Source/QNBShortcutWidgets.h"
+#include "Toolkit/PaintedIcon.h"
 
 #include <QActionGroup>
 #include <QCheckBox>
@@ -23,20 +24,12 @@ QIcon swatchIcon(const QString &colorName)
     const auto gel = QNBHoverCell::colorForGel(colorName);
     if (!gel)
         return {};
-    QIcon icon;
-    for (const int side : {16, 24, 32, 48}) {
-        QPixmap pixmap(side, side);
-        pixmap.fill(Qt::transparent);
-        const QRectF square =
-            QRectF(pixmap.rect()).adjusted(side / 8.0, side / 8.0, -side / 8.0, -side / 8.0);
-        QPainter painter(&pixmap);
-        painter.setRenderHint(QPainter::Antialiasing);
-        painter.setPen(Qt::NoPen);
+    return paintedIcon([gel](QPainter &painter, const QRectF &rect) {
+        const qreal side = rect.width();
+        const QRectF square = rect.adjusted(side / 8, side / 8, -side / 8, -side / 8);
         painter.setBrush(QNBHoverCell::gradient(*gel, square));
-        painter.drawRoundedRect(square, side / 12.0, side / 12.0);
-        icon.addPixmap(pixmap);
-    }
-    return icon;
+        painter.drawRoundedRect(square, side / 12, side / 12);
+    });
 }
 
 } // namespace

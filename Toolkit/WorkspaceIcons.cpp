@@ -4,13 +4,14 @@
 #include "Toolkit/WorkspaceIcons.h"
 
 #include "Platform/Bundle.h"
+#include "Toolkit/PaintedIcon.h"
 #include "Toolkit/TintedIconEngine.h"
 
-#include <QApplication>
 #include <QFile>
 #include <QFileInfo>
 #include <QMimeDatabase>
-#include <QStyle>
+#include <QPainter>
+#include <QPainterPath>
 
 namespace {
 
@@ -19,6 +20,8 @@ constexpr qsizetype longestExtension = 64;
 
 constexpr float tintOpacity = 0.5F;
 
+const QString folderIconName = QStringLiteral("folder");
+const QString documentIconName = QStringLiteral("text-x-generic");
 const QString scriptIconName = QStringLiteral("text-x-script");
 const QString programIconName = QStringLiteral("application-x-executable");
 constexpr char interpreterMark[] = {'#', '!'};
@@ -28,6 +31,39 @@ QIcon themeIcon(const QString &name, const QIcon &otherwise)
 {
     const QIcon icon = QIcon::fromTheme(name);
     return icon.availableSizes().isEmpty() ? otherwise : icon;
+}
+
+// Our own icons, for a desktop without a theme, in sixteenths of their side.
+
+/// Maps them to \a rect.
+void useSixteenths(QPainter &painter, const QRectF &rect)
+{
+    painter.translate(rect.topLeft());
+    painter.scale(rect.width() / 16, rect.height() / 16);
+}
+
+void paintFolder(QPainter &painter, const QRectF &rect)
+{
+    useSixteenths(painter, rect);
+    painter.setBrush(QColor(0x4F, 0x7D, 0xAC));
+    painter.drawRoundedRect(QRectF(1, 2, 7, 6), 1, 1);
+    painter.drawRoundedRect(QRectF(1, 4, 14, 10), 1, 1);
+    painter.setBrush(QColor(0x7F, 0xAB, 0xD6));
+    painter.drawRoundedRect(QRectF(1, 6, 14, 8), 1, 1);
+}
+
+void paintDocument(QPainter &painter, const QRectF &rect)
+{
+    useSixteenths(painter, rect);
+    const QColor ink(0x7F, 0x86, 0x8D);
+    QPainterPath page;
+    page.addPolygon(QPolygonF({{2.5, 1.5}, {9.5, 1.5}, {13.5, 5.5}, {13.5, 14.5}, {2.5, 14.5}}));
+    page.closeSubpath();
+    painter.setBrush(QColor(0xFB, 0xFB, 0xFB));
+    painter.setPen(ink);
+    painter.drawPath(page);
+    painter.setBrush(ink);
+    painter.drawPolygon(QPolygonF({{9.5, 1.5}, {13.5, 5.5}, {9.5, 5.5}}));
 }
 
 /// What follows the last dot; a name that only begins with one has no extension.
@@ -85,7 +121,7 @@ QIcon WorkspaceIcons::folderIcon()
 {
     followDesktop();
     if (folder_.isNull())
-        folder_ = QApplication::style()->standardIcon(QStyle::SP_DirIcon);
+        folder_ = themeIcon(folderIconName, paintedIcon(paintFolder));
     return folder_;
 }
 
@@ -105,11 +141,9 @@ QIcon WorkspaceIcons::tintedIcon(const QIcon &icon, const QColor &color)
 void WorkspaceIcons::followDesktop()
 {
     const QString theme = QIcon::themeName();
-    const QStyle *style = QApplication::style();
-    if (theme == theme_ && style == style_)
+    if (theme == theme_)
         return;
     theme_ = theme;
-    style_ = style;
     types_.clear();
     tinted_.clear();
     folder_ = {};
@@ -119,6 +153,6 @@ void WorkspaceIcons::followDesktop()
 const QIcon &WorkspaceIcons::documentIcon()
 {
     if (document_.isNull())
-        document_ = QApplication::style()->standardIcon(QStyle::SP_FileIcon);
+        document_ = themeIcon(documentIconName, paintedIcon(paintDocument));
     return document_;
 }

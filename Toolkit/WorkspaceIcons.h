@@ -8,15 +8,11 @@
 #include <QIcon>
 #include <QString>
 
-QT_BEGIN_NAMESPACE
-class QStyle;
-QT_END_NAMESPACE
-
-/// The icons that the desktop shows for files and folders: those of its icon theme, or the widget style's own
-/// where it has no theme. No answer is ever null, and each serves any size and scale.
+/// The icons that the desktop shows for files and folders: those of its icon theme, or our own where it has
+/// no theme. No answer is ever null, and each serves any size and scale.
 ///
-/// What was found is kept, within bounds, until the desktop changes its theme or style; equal questions get
-/// the same icon.
+/// What was found is kept, within bounds, until the desktop changes its theme; equal questions get the same
+/// icon.
 class WorkspaceIcons
 {
 public:
@@ -36,7 +32,7 @@ public:
     QIcon tintedIcon(const QIcon &icon, const QColor &color);
 
 private:
-    /// What was kept for another theme or style is forgotten.
+    /// What was kept for another theme is forgotten.
     void followDesktop();
     const QIcon &documentIcon();
 
@@ -45,8 +41,6 @@ private:
     QIcon folder_;
     QIcon document_;
     QString theme_;
-    /// Compared, never followed.
-    const QStyle *style_ = nullptr;
 
     /// More kinds of files than a person has; a preset may hold a hundred thousand extensions.
     static constexpr qsizetype maximumTypes = 1024;
