@@ -26,9 +26,18 @@ const QString scriptIconName = QStringLiteral("text-x-script");
 const QString programIconName = QStringLiteral("application-x-executable");
 constexpr char interpreterMark[] = {'#', '!'};
 
+/// In the theme to which every other falls back, programs have put icons of their own; those of files and
+/// folders are for the others. Whoever looks through it reads for longer than a window takes to open.
+bool isIconTheme(const QString &name)
+{
+    return !name.isEmpty() && name != u"hicolor";
+}
+
 /// A theme that lacks an icon may also answer with one that has no content.
 QIcon themeIcon(const QString &name, const QIcon &otherwise)
 {
+    if (!isIconTheme(QIcon::themeName()))
+        return otherwise;
     const QIcon icon = QIcon::fromTheme(name);
     return icon.availableSizes().isEmpty() ? otherwise : icon;
 }
@@ -87,7 +96,7 @@ bool namesInterpreter(const QString &path)
 QIcon WorkspaceIcons::iconForFileType(const QString &extension)
 {
     followDesktop();
-    if (extension.isEmpty() || extension.size() > longestExtension)
+    if (extension.isEmpty() || extension.size() > longestExtension || !isIconTheme(theme_))
         return documentIcon();
     const QString key = extension.toLower();
     if (const QIcon *known = types_.object(key))

@@ -198,6 +198,16 @@ TEST_F(WorkspaceIconsTest, APipeIsNotReadFrom)
     EXPECT_TRUE(looksLike(icons.iconForFile(path(QStringLiteral("pipe"))), document()));
 }
 
+TEST_F(WorkspaceIconsTest, WhatProgramsHaveInstalledForEveryThemeIsNoTheme)
+{
+    const QImage folder = imageOf(icons.folderIcon());
+    const QImage file = imageOf(icons.iconForFileType(QStringLiteral("png")));
+    installTheme(QStringLiteral("hicolor"),
+                 {{QStringLiteral("folder"), Qt::yellow}, {QStringLiteral("image-x-generic"), Qt::green}});
+    EXPECT_EQ(imageOf(icons.folderIcon()), folder);
+    EXPECT_EQ(imageOf(icons.iconForFileType(QStringLiteral("png"))), file);
+}
+
 TEST_F(WorkspaceIconsTest, FollowsAChangeOfTheTheme)
 {
     const QColor before = colorOf(icons.iconForFileType(QStringLiteral("png")));
