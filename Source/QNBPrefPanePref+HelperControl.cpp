@@ -64,10 +64,17 @@ void QNBPrefPanePref::setUpHelperControl()
             });
     tellOfRecording(*_ui_shortcutRecorderControl, *this, _services.postNotificationName);
 
-    if (QNBSettingsStore::wantsHelper(*_services.preferences) &&
-        _services.everyProcessNamed(helperName).isEmpty())
-        toggleHelperStatus();
+    // One look at all processes serves the choice and the status, if nothing was started in between.
+    const bool isRunning = isHelperRunning();
+    if (isRunning || !QNBSettingsStore::wantsHelper(*_services.preferences))
+        return showStatus(isRunning);
+    toggleHelperStatus();
     updateStatus();
+}
+
+bool QNBPrefPanePref::isHelperRunning() const
+{
+    return !_services.everyProcessNamed(helperName).isEmpty();
 }
 
 QString QNBPrefPanePref::helperPath() const
@@ -86,7 +93,11 @@ QString QNBPrefPanePref::launcherCommand() const
 
 void QNBPrefPanePref::updateStatus()
 {
-    const bool isRunning = !_services.everyProcessNamed(helperName).isEmpty();
+    showStatus(isHelperRunning());
+}
+
+void QNBPrefPanePref::showStatus(bool isRunning)
+{
     _ui_statusLabel->setText(isRunning ? runningStatus : stoppedStatus);
     _ui_startStopButton->setText(isRunning ? stopTitle : startTitle);
     const bool isPossible = isRunning || !helperPath().isEmpty();

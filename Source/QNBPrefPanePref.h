@@ -251,8 +251,10 @@ private:
     QString helperPath() const;
     /// What shows the presets, for the desktop's settings.
     QString launcherCommand() const;
+    bool isHelperRunning() const;
     /// Shows whether the helper runs, and what the button would do.
     void updateStatus();
+    void showStatus(bool isRunning);
     /// Keeps the tab up to date, and schedules the offer of the file managers' plug-in.
     void setUpGeneralTab();
     void updateGeneralTab();

@@ -180,6 +180,18 @@ TEST_F(QNBPrefPanePrefHelperControl, WithTheHelperRunningOpeningThePaneDoesNotTo
     EXPECT_FALSE(storedChoice().isValid());
 }
 
+TEST_F(QNBPrefPanePrefHelperControl, OpeningThePaneLooksOnceAtAllProcessesIfItStartsNothing)
+{
+    addHelper();
+    startHelper();
+    openPane();
+    EXPECT_EQ(processLooks, 1);
+    closePane();
+    storeChoice(false);
+    openPane();
+    EXPECT_EQ(processLooks, 2);
+}
+
 TEST_F(QNBPrefPanePrefHelperControl, EitherOfTwoHelpersSuppressesTheStart)
 {
     addHelper();
