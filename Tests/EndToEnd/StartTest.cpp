@@ -1,0 +1,147 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "Tests/EndToEnd/DomainFile.h"
+#include "Tests/EndToEnd/PaneCopy.h"
+#include "Tests/Session/ChildProcess.h"
+#include "Tests/Session/PrivateBus.h"
+#include "Tests/Session/TemporaryHome.h"
+
+#include <QFile>
+#include <QRegularExpression>
+#include <QSet>
+
+#include <gtest/gtest.h>
+
+using namespace std::chrono_literals;
+
+namespace {
+
+/// What a program has asked of the system until its window was painted.
+struct Start
+{
+    /// The paths of what it has opened, as often as it has, without the names of other processes.
+    QStringList opened;
+    /// Method calls and signals for the session bus.
+    int messages = 0;
+    bool isPainted = false;
+
+    QSet<QString> libraries() const
+    {
+        static const QRegularExpression library(QStringLiteral("/[^/]+\\.so[.0-9]*$"));
+        const QStringList found = opened.filter(library);
+        return {found.begin(), found.end()};
+    }
+    int timesOpened(const QString &path) const { return int(opened.count(path)); }
+};
+
+Start read(const QByteArray &trace)
+{
+    static const QRegularExpression open(QStringLiteral("open(?:at)?\\([^\"]*\"([^\"]+)\""));
+    // How a message begins: the order of its bytes, its kind, its flags, the version.
+    static const QRegularExpression message(
+        QStringLiteral("send(?:to|msg)\\(.*[lB]\\\\[14]\\\\[0-9]\\\\1\\\\"));
+    Start start;
+    for (const QByteArray &bytes : trace.split('\n')) {
+        const QString line = QString::fromUtf8(bytes);
+        if (line.contains(u"first-paint-ns")) {
+            start.isPainted = true;
+            break;
+        }
+        const QRegularExpressionMatch match = open.match(line);
+        if (match.hasMatch() && !line.contains(u" = -1 ") && !match.captured(1).endsWith(u"/comm"))
+            start.opened.append(match.captured(1));
+        if (message.match(line).hasMatch())
+            ++start.messages;
+    }
+    return start;
+}
+
+/// The real program with the pane, beside an empty window, on a desktop with a bus and with a home in which
+/// both have been before.
+class StartTest : public ::testing::Test
+{
+protected:
+    StartTest()
+        : pane_(home_.path())
+    {
+    }
+
+    void SetUp() override
+    {
+        ASSERT_TRUE(DomainFile(home_.configFolder()).write(DomainFile::Form::Binary));
+        startOf(QStringLiteral(QUENBY_PREFERENCES), {pane_.path()});
+        empty_ = startOf(QStringLiteral(QUENBY_EMPTY_WINDOW), {});
+        host_ = startOf(QStringLiteral(QUENBY_PREFERENCES), {pane_.path()});
+        ASSERT_TRUE(empty_.isPainted);
+        ASSERT_TRUE(host_.isPainted);
+    }
+
+    Start startOf(const QString &program, const QStringList &arguments) const
+    {
+        const QString trace = home_.filePath(QStringLiteral("trace"));
+        QProcessEnvironment environment = home_.environment(bus_.address());
+        environment.insert(QStringLiteral("QUENBY_REPORT_FIRST_PAINT"), QStringLiteral("1"));
+        // What looks for leaks cannot do so while somebody traces it.
+        environment.insert(QStringLiteral("ASAN_OPTIONS"), QStringLiteral("detect_leaks=0"));
+        ChildProcess process(QStringLiteral("strace"),
+                             QStringList{QStringLiteral("-f"), QStringLiteral("-qq"), QStringLiteral("-o"),
+                                         trace, QStringLiteral("-e"),
+                                         QStringLiteral("trace=open,openat,write,sendmsg,sendto"), program} +
+                                 arguments,
+                             environment);
+        EXPECT_TRUE(process.waitForEnd(60s));
+        EXPECT_TRUE(process.hasReturned(0)) << process.errors().constData();
+        QFile file(trace);
+        EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+        return read(file.readAll());
+    }
+
+    /// What the host opens more often than the empty window.
+    QStringList more() const
+    {
+        QStringList rest = host_.opened;
+        for (const QString &path : empty_.opened)
+            rest.removeOne(path);
+        return rest;
+    }
+
+    const TemporaryHome home_;
+    const PaneCopy pane_;
+    const PrivateBus bus_;
+    Start empty_;
+    Start host_;
+};
+
+std::string listed(const QStringList &paths)
+{
+    return paths.join(u'\n').toStdString();
+}
+
+} // namespace
+
+TEST_F(StartTest, NoMoreIsOpenedBeforeTheWindowIsPainted)
+{
+    EXPECT_LE(more().size(), 30) << listed(more());
+    // The bus may answer before that, too: then it is looked whether the helper has come meanwhile.
+    EXPECT_LE(host_.timesOpened(QStringLiteral("/proc")), 2);
+    EXPECT_LE(host_.timesOpened(pane_.path() + QStringLiteral("/Contents/Info.plist")), 5);
+    // Twice to follow links, once to be read.
+    EXPECT_LE(host_.timesOpened(DomainFile(home_.configFolder()).path()), 3);
+}
+
+TEST_F(StartTest, NoMoreLibrariesAreLoadedBeforeTheWindowIsPainted)
+{
+    const QSet<QString> libraries = host_.libraries() - empty_.libraries();
+    EXPECT_LE(libraries.size(), 4) << listed(libraries.values());
+    // Whoever reads one picture loads every plug-in for pictures that is installed.
+    EXPECT_EQ(listed(host_.opened.filter(QStringLiteral("/imageformats/"))), "");
+    // Read by whoever has libcrypto set itself up.
+    EXPECT_EQ(listed(host_.opened.filter(QStringLiteral("openssl.cnf"))), "");
+}
+
+TEST_F(StartTest, NoMoreIsAskedOfTheBusBeforeTheWindowIsPainted)
+{
+    EXPECT_GT(host_.messages, 0) << "there is a bus";
+    EXPECT_LE(host_.messages, 6);
+}
