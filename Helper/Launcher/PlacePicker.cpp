@@ -31,6 +31,15 @@ QString translated(const char *text)
     return QCoreApplication::translate("PlacePicker", text);
 }
 
+/// Of the folders of one place, in its tool tip.
+constexpr qsizetype mostListed = 20;
+
+QString listed(const QStringList &folders)
+{
+    const QString list = folders.first(std::min(folders.size(), mostListed)).join(u'\n');
+    return folders.size() > mostListed ? list + QStringLiteral("\n…") : list;
+}
+
 QString shownPlace(const QStringList &folders)
 {
     if (folders.size() == 1)
@@ -71,6 +80,8 @@ PlacePicker::PlacePicker(std::function<void()> changed)
     , places_(new PathBox)
 {
     places_->setPlaceholderText(translated("No folder yet"));
+    connect(places_, &QComboBox::currentIndexChanged, places_,
+            [this] { places_->setToolTip(PlainText::toolTip(listed(folders()))); });
     places_->setAccessibleName(translated("Folder to create it in"));
     auto *label = PlainText::label(translated("Create &in:"));
     label->setBuddy(places_);

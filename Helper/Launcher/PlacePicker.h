@@ -20,7 +20,7 @@ QT_END_NAMESPACE
 class PlacePicker : public QWidget
 {
 public:
-    /// \a changed is called when there is a place for the first time.
+    /// \a changed is called when the user has chosen a folder.
     explicit PlacePicker(std::function<void()> changed);
 
     /// The first of these places is chosen: all of \a named, as one place, if there are any; then the folders

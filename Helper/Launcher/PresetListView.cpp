@@ -3,10 +3,14 @@
 
 #include "Helper/Launcher/PresetListView.h"
 
+#include "Helper/Launcher/PresetMatches.h"
 #include "Toolkit/EmptyState.h"
+#include "Toolkit/PlainText.h"
 
 #include <QCoreApplication>
+#include <QHelpEvent>
 #include <QKeyEvent>
+#include <QToolTip>
 
 #include <algorithm>
 
@@ -23,7 +27,8 @@ PresetListView::PresetListView()
     setSpacing(1);
     setSelectionMode(SingleSelection);
     setEditTriggers(NoEditTriggers);
-    setTextElideMode(Qt::ElideRight);
+    // Labels that begin alike differ at their ends.
+    setTextElideMode(Qt::ElideMiddle);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setAccessibleName(QCoreApplication::translate("PresetListView", "Presets"));
 }
@@ -55,6 +60,21 @@ QSize PresetListView::sizeHint() const
 {
     const int row = std::max(sizeHintForRow(0), fontMetrics().lineSpacing()) + 2 * spacing();
     return {fontMetrics().averageCharWidth() * shownCharacters, row * shownRows + 2 * frameWidth()};
+}
+
+bool PresetListView::viewportEvent(QEvent *event)
+{
+    if (event->type() != QEvent::ToolTip)
+        return QListView::viewportEvent(event);
+    const auto *help = static_cast<QHelpEvent *>(event);
+    const QModelIndex index = indexAt(help->pos());
+    if (index.isValid())
+        QToolTip::showText(help->globalPos(),
+                           PlainText::toolTip(index.data(PresetMatches::wholeTextRole).toString()),
+                           viewport(), visualRect(index));
+    else
+        QToolTip::hideText();
+    return true;
 }
 
 void PresetListView::paintEvent(QPaintEvent *event)

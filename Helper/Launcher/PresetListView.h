@@ -5,7 +5,8 @@
 
 #include <QListView>
 
-/// A list of which one row is always chosen, and that says why if it has none.
+/// The presets that match. A label that does not fit is whole in its tool tip, and a list without rows says
+/// why.
 class PresetListView : public QListView
 {
 public:
@@ -19,6 +20,7 @@ public:
     QSize sizeHint() const override;
 
 protected:
+    bool viewportEvent(QEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
 
 private:

@@ -4,6 +4,7 @@
 #include "Helper/Launcher/PresetMatches.h"
 
 #include "Helper/ShownName.h"
+#include "Platform/LineText.h"
 #include "Source/QNBNumberedPresetName.h"
 
 #include <QCoreApplication>
@@ -15,7 +16,11 @@ void PresetMatches::setLabels(const QStringList &labels)
     counts_.clear();
     for (const QString &label : labels)
         ++counts_[label];
-    filter_ = PresetFilter(labels);
+    QStringList searched;
+    searched.reserve(labels.size());
+    for (qsizetype place = 0; place < labels.size(); ++place)
+        searched.append(distinct(place, lineText(labels[place])));
+    filter_ = PresetFilter(searched);
     places_ = filter_.placesFor(typed_);
     endResetModel();
 }
@@ -44,12 +49,23 @@ int PresetMatches::rowCount(const QModelIndex &parent) const
 
 QVariant PresetMatches::data(const QModelIndex &index, int role) const
 {
-    if (!checkIndex(index, CheckIndexOption::IndexIsValid) || role != Qt::DisplayRole)
+    if (!checkIndex(index, CheckIndexOption::IndexIsValid))
         return {};
     const qsizetype place = places_.at(index.row());
     const QString &label = labels_.at(place);
-    QString shown = ShownName::ofName(label);
-    if (shown.trimmed().isEmpty())
-        shown = QCoreApplication::translate("PresetMatches", "(no name)");
-    return counts_.value(label) < 2 ? shown : shown + u' ' + QNBNumberedPresetName(place);
+    switch (role) {
+    case Qt::DisplayRole:
+        return distinct(place, ShownName::ofName(label));
+    case wholeTextRole:
+        return distinct(place, lineText(label));
+    default:
+        return {};
+    }
+}
+
+QString PresetMatches::distinct(qsizetype place, const QString &name) const
+{
+    const QString shown =
+        name.trimmed().isEmpty() ? QCoreApplication::translate("PresetMatches", "(no name)") : name;
+    return counts_.value(labels_.at(place)) < 2 ? shown : shown + u' ' + QNBNumberedPresetName(place);
 }

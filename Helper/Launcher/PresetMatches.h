@@ -8,11 +8,14 @@
 #include <QAbstractListModel>
 #include <QHash>
 
-/// The presets whose labels match what is typed, the best match first. Of presets that share a label each is
-/// shown with its number in the list of the settings.
+/// The presets that match what is typed, the best match first: their labels as they are shown. Of presets
+/// that share a label each is shown with its number in the list of the settings.
 class PresetMatches : public QAbstractListModel
 {
 public:
+    /// What is shown of a preset, but not shortened.
+    static constexpr int wholeTextRole = Qt::UserRole;
+
     /// In their order.
     void setLabels(const QStringList &labels);
     void setTyped(const QString &typed);
@@ -28,6 +31,9 @@ public:
     QVariant data(const QModelIndex &index, int role) const override;
 
 private:
+    /// \a name, of the preset at \a place, with what else tells it from the others.
+    QString distinct(qsizetype place, const QString &name) const;
+
     QStringList labels_;
     /// How many presets have each label.
     QHash<QString, int> counts_;

@@ -60,6 +60,12 @@ QList<CreationOrder> Creations::ordersIn(const QStringList &folders, qsizetype p
     return orders;
 }
 
+void Creations::tellOfInterrupted()
+{
+    if (const QStringList news = newsOfInterruptedCreations(); !news.isEmpty())
+        notices_.showProblem(translated("A creation was interrupted"), news.join(u'\n'));
+}
+
 bool Creations::create(const QList<CreationOrder> &orders)
 {
     if (!worker_->create(orders))

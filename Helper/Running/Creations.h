@@ -37,6 +37,8 @@ public:
     /// To create one preset in all of \a folders, in one step.
     static QList<CreationOrder> ordersIn(const QStringList &folders, qsizetype place, const QString &label);
 
+    /// Tells the user of creations that were killed in the middle, unless that has been told.
+    void tellOfInterrupted();
     /// Of any thread. False, and none of \a orders is taken, if too much would wait.
     bool create(const QList<CreationOrder> &orders);
     /// The same, and tells the user if it is too much.

@@ -79,8 +79,7 @@ void HelperSession::start()
         stateChanged();
         updateTray();
     });
-    if (const QStringList news = newsOfInterruptedCreations(); !news.isEmpty())
-        creations_.notices().showProblem(translated("A creation was interrupted"), news.join(u'\n'));
+    creations_.tellOfInterrupted();
 }
 
 void HelperSession::busChanged(const std::optional<QDBusConnection> &connection)
@@ -197,7 +196,7 @@ void HelperSession::updateTray()
     trayMenu_.emplace(tray_ == TrayWatch::Tray::OnBus ? MenuText::Reader::Tray : MenuText::Reader::Library,
                       menuHandlers());
     fill(*trayMenu_);
-    trayIcon_.emplace(*trayMenu_, [this] { openLauncher(); });
+    trayIcon_.emplace(*trayMenu_);
 }
 
 void HelperSession::openLauncher()

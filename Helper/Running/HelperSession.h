@@ -53,7 +53,7 @@ private:
 
     void create(qsizetype preset, const QString &folder);
     void chooseFolder(qsizetype preset);
-    /// With the presets as they are known here, for the hot key and the tray.
+    /// With the presets as they are known here, for the hot key.
     void openLauncher();
     void openLauncher(Launcher::Content content, const QByteArray &activationToken);
 

@@ -63,6 +63,7 @@ void LauncherSession::start(const QStringList &folders)
                                     [this] { settings_.changed(); });
     bus_->watch(mailbox_.bound<const std::optional<QDBusConnection> &>(
         [this](const std::optional<QDBusConnection> &connection) { busChanged(connection); }));
+    creations_.tellOfInterrupted();
     settings_.read();
     launcher_.open(
         {.labels = labels_, .areKnown = areKnown_, .named = folders, .recent = creations_.recentFolders()},

@@ -5,6 +5,8 @@
 
 #include "Platform/BoundedFile.h"
 #include "Platform/DurableFileWriter.h"
+#include "Platform/FileLayer.h"
+#include "Platform/FileLock.h"
 #include "Platform/PropertyList.h"
 
 #include <QDir>
@@ -22,64 +24,81 @@ const QString fileName = QStringLiteral("RecentFolders.plist");
 /// Many times what mostKept paths can take.
 constexpr qint64 largestFile = 1 << 20;
 
+const QString lockSuffix = QStringLiteral(".lock");
+/// Many times what another writer takes, in milliseconds.
+constexpr int lockTimeout = 1000;
+
+/// \a folders, the last of \a added being the first of them now.
+QStringList merged(QStringList folders, const QStringList &added)
+{
+    for (const QString &folder : added) {
+        folders.removeAll(folder);
+        folders.prepend(folder);
+    }
+    return folders.mid(0, RecentFolders::mostKept);
+}
+
 } // namespace
 
 RecentFolders::RecentFolders(const QString &stateFolder)
-    : folder_(stateFolder)
+    : path_(QDir(stateFolder).filePath(fileName))
 {
-    const QString path = QDir(folder_).filePath(fileName);
-    if (!QFile::exists(path))
-        return;
-    const Result<QByteArray> bytes = BoundedFile::read(path, largestFile);
-    const PropertyList::ReadResult list = bytes ? PropertyList::read(*bytes) : PropertyList::ReadResult();
-    if (!list) {
-        qCWarning(lcFolders) << path << (bytes ? list.error : bytes.error);
-        return;
-    }
-    const QVariantList values = list.value->toList();
-    for (const QVariant &value : values) {
-        const QString folder = value.toString();
-        if (QDir::isAbsolutePath(folder) && folders_.size() < mostKept)
-            folders_.append(folder);
-    }
 }
 
 void RecentFolders::add(const QStringList &folders)
 {
-    const QStringList before = folders_;
-    for (const QString &folder : folders.last(std::min(folders.size(), mostKept))) {
-        folders_.removeAll(folder);
-        folders_.prepend(folder);
-    }
-    folders_ = folders_.mid(0, mostKept);
-    if (folders_ != before)
-        write();
+    unwritten_.append(folders);
+    unwritten_ = unwritten_.last(std::min(unwritten_.size(), mostKept));
+    if (const Result<> written = write(); written)
+        unwritten_.clear();
+    else
+        qCWarning(lcFolders) << "not remembered:" << written.error;
 }
 
 QStringList RecentFolders::existing() const
 {
     QStringList found;
-    for (const QString &folder : folders_) {
+    for (const QString &folder : merged(read(), unwritten_)) {
         if (found.size() < mostShown && QFileInfo(folder).isDir())
             found.append(folder);
     }
     return found;
 }
 
-void RecentFolders::write() const
+QStringList RecentFolders::read() const
 {
-    const PropertyList::WriteResult list =
-        PropertyList::write(QVariantList(folders_.begin(), folders_.end()), PropertyList::Form::Binary);
-    const DurableFileWriter writer;
-    Result<> written = Result<>::failure(list.error);
-    if (list)
-        written = writer.makeFolder(folder_);
-    if (written) {
-        const QString path = QDir(folder_).filePath(fileName);
-        // Only the one running helper writes here.
-        writer.removeStrayTemporaries(path);
-        written = writer.write(path, *list.bytes);
+    if (!QFile::exists(path_))
+        return {};
+    const Result<QByteArray> bytes = BoundedFile::read(path_, largestFile);
+    const PropertyList::ReadResult list = bytes ? PropertyList::read(*bytes) : PropertyList::ReadResult();
+    if (!list) {
+        qCWarning(lcFolders) << path_ << (bytes ? list.error : bytes.error);
+        return {};
     }
-    if (!written)
-        qCWarning(lcFolders) << "not remembered:" << written.error;
+    QStringList folders;
+    const QVariantList values = list.value->toList();
+    for (const QVariant &value : values) {
+        const QString folder = value.toString();
+        if (QDir::isAbsolutePath(folder) && folders.size() < mostKept)
+            folders.append(folder);
+    }
+    return folders;
+}
+
+Result<> RecentFolders::write() const
+{
+    const DurableFileWriter writer;
+    if (const Result<> made = writer.makeFolder(QFileInfo(path_).path()); !made)
+        return made;
+    const Result<FileLock> lock = FileLock::acquire(FileLayer::real(), path_ + lockSuffix, lockTimeout);
+    if (!lock)
+        return Result<>::failure(lock.error);
+    writer.removeStrayTemporaries(path_);
+    const QStringList before = read();
+    const QStringList folders = merged(before, unwritten_);
+    if (folders == before)
+        return {};
+    const PropertyList::WriteResult list =
+        PropertyList::write(QVariantList(folders.begin(), folders.end()), PropertyList::Form::Binary);
+    return list ? writer.write(path_, *list.bytes) : Result<>::failure(list.error);
 }

@@ -3,10 +3,13 @@
 
 #pragma once
 
+#include "Platform/Result.h"
+
 #include <QString>
 #include <QStringList>
 
-/// The folders that presets were last created in, the last one first. Kept in a file, across restarts.
+/// The folders that presets were last created in, the last one first. Kept in a file, across restarts, which
+/// the running helper and launchers of their own share.
 class RecentFolders
 {
 public:
@@ -16,14 +19,16 @@ public:
     /// \a stateFolder need not exist.
     explicit RecentFolders(const QString &stateFolder);
 
-    /// The last of \a folders is the last one now. They are written once, at most mostKept of them.
+    /// The last of \a folders is the last one now. They are written once, at most mostKept of them; what
+    /// cannot be written is known here until it can.
     void add(const QStringList &folders);
     /// Those that are there now; at most mostShown.
     QStringList existing() const;
 
 private:
-    void write() const;
+    QStringList read() const;
+    Result<> write() const;
 
-    const QString folder_;
-    QStringList folders_;
+    const QString path_;
+    QStringList unwritten_;
 };

@@ -51,15 +51,10 @@ QIcon icon()
 
 } // namespace
 
-TrayIcon::TrayIcon(PresetMenu &menu, const std::function<void()> &activated)
+TrayIcon::TrayIcon(PresetMenu &menu)
     : icon_(icon())
 {
     icon_.setToolTip(QCoreApplication::translate("TrayIcon", "Quenby: create a preset"));
     icon_.setContextMenu(&menu.menu());
-    QObject::connect(&icon_, &QSystemTrayIcon::activated, &icon_,
-                     [activated](QSystemTrayIcon::ActivationReason reason) {
-                         if (reason == QSystemTrayIcon::Trigger)
-                             activated();
-                     });
     icon_.show();
 }

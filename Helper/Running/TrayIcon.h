@@ -7,15 +7,12 @@
 
 #include <QSystemTrayIcon>
 
-#include <functional>
-
 /// The menu of presets in the desktop's tray, for as long as this lives. There has to be a tray, see
 /// TrayWatch; it shows the menu, as it shows those of other programs.
 class TrayIcon
 {
 public:
-    /// \a activated is called when the icon itself is clicked.
-    TrayIcon(PresetMenu &menu, const std::function<void()> &activated);
+    explicit TrayIcon(PresetMenu &menu);
     TrayIcon(const TrayIcon &) = delete;
     TrayIcon &operator=(const TrayIcon &) = delete;
 

@@ -6,11 +6,13 @@
 #include <QAccessible>
 #include <QComboBox>
 #include <QFileDialog>
+#include <QHelpEvent>
 #include <QLineEdit>
 #include <QListView>
 #include <QPushButton>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QToolTip>
 
 #include <gmock/gmock.h>
 
@@ -290,6 +292,23 @@ TEST_F(LauncherWindowTest, WhoDoesNotSeeItHearsTheChoice)
     EXPECT_FALSE(names.contains(QString()));
     names.removeDuplicates();
     EXPECT_GE(names.size(), 6);
+}
+
+TEST_F(LauncherWindowTest, WhatIsTooLongToBeShownIsInAToolTip)
+{
+    EXPECT_EQ(list().textElideMode(), Qt::ElideMiddle) << "labels differ at their ends";
+    const QString folder = QStringLiteral("/long").repeated(100);
+    window_.setPlaces({folder, here}, {there});
+    EXPECT_TRUE(places().toolTip().contains(folder));
+    EXPECT_TRUE(places().toolTip().contains(here));
+    places().setCurrentIndex(1);
+    EXPECT_FALSE(places().toolTip().contains(folder));
+    const QString label = QStringLiteral("<b>Project ").repeated(20);
+    window_.setPresets({label}, true);
+    const QPoint row = list().visualRect(list().model()->index(0, 0)).center();
+    QHelpEvent help(QEvent::ToolTip, row, list().viewport()->mapToGlobal(row));
+    QCoreApplication::sendEvent(list().viewport(), &help);
+    EXPECT_TRUE(QToolTip::text().contains(label.toHtmlEscaped())) << qPrintable(QToolTip::text());
 }
 
 TEST_F(LauncherWindowTest, AFieldThatIsOpenedAgainIsTypedOver)

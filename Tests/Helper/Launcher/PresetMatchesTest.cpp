@@ -49,6 +49,24 @@ TEST_F(PresetMatchesTest, ALabelIsALineAndOneThatIsSharedHasItsNumber)
                             QStringLiteral("(no name)"), QStringLiteral("Same #5")));
 }
 
+TEST_F(PresetMatchesTest, WhatIsShownIsFound)
+{
+    const QString same = QStringLiteral("Same");
+    matches_.setLabels({QStringLiteral("Letters"), same, QString(), same, QStringLiteral("\t"), QString()});
+    matches_.setTyped(QStringLiteral("same #4"));
+    EXPECT_THAT(shown(), ElementsAre(QStringLiteral("Same #4")));
+    matches_.setTyped(QStringLiteral("(no name)"));
+    EXPECT_THAT(shown(), ElementsAre(QStringLiteral("(no name) #3"), QStringLiteral("(no name) #6")));
+}
+
+TEST_F(PresetMatchesTest, ALongLabelIsToBeHadWhole)
+{
+    const QString label = QStringLiteral("<b>Project ").repeated(20) + QStringLiteral("A");
+    matches_.setLabels({label});
+    EXPECT_EQ(matches_.index(0).data(PresetMatches::wholeTextRole).toString(), label);
+    EXPECT_LT(shown().constFirst().size(), label.size());
+}
+
 TEST_F(PresetMatchesTest, APresetIsFoundAgainAfterAChange)
 {
     const QString letters = QStringLiteral("Letters");

@@ -50,6 +50,17 @@ protected:
         result.presets = {record(preset(letters, {folder(QStringLiteral("Many"), files)}))};
         return result;
     }
+    /// Has a helper begin to create a preset in the target, and kills it in the middle.
+    void killACreation()
+    {
+        store(withManyFiles(100'000));
+        const auto killed = start();
+        ASSERT_TRUE(order(letters));
+        ASSERT_TRUE(waitUntil([&] { return QFile::exists(target() + QStringLiteral("/Many/file 0")); },
+                              std::chrono::minutes(2)));
+        killed->signal(SIGKILL);
+        ASSERT_TRUE(killed->waitForEnd());
+    }
     /// Waits for the window of that \a title, and presses \a key in it.
     void answer(const QString &title, const QString &key)
     {
@@ -250,14 +261,8 @@ TEST_F(CreationProgramTest, AnOrderForTwoFoldersIsUndoneInBoth)
 
 TEST_F(CreationProgramTest, TheNextStartTellsOfACreationThatWasKilled)
 {
-    store(withManyFiles(100'000));
     FakeDesktop desktop(bus_.address(), withActions);
-    const auto killed = start();
-    ASSERT_TRUE(order(letters));
-    ASSERT_TRUE(waitUntil([&] { return QFile::exists(target() + QStringLiteral("/Many/file 0")); },
-                          std::chrono::minutes(2)));
-    killed->signal(SIGKILL);
-    ASSERT_TRUE(killed->waitForEnd());
+    ASSERT_NO_FATAL_FAILURE(killACreation());
     const auto helper = start();
     ASSERT_TRUE(waitUntil([&] { return desktop.shown().size() == 1; }));
     EXPECT_EQ(desktop.shown().constFirst().title, QStringLiteral("A creation was interrupted"));
@@ -265,6 +270,17 @@ TEST_F(CreationProgramTest, TheNextStartTellsOfACreationThatWasKilled)
     EXPECT_EQ(run({QStringLiteral("--undo")}).code, 0);
     EXPECT_THAT(tree(), IsEmpty());
     expectEndOf(*helper);
+}
+
+TEST_F(CreationProgramTest, SoDoesALauncherOfItsOwn)
+{
+    FakeDesktop desktop(bus_.address(), withActions);
+    ASSERT_NO_FATAL_FAILURE(killACreation());
+    ChildProcess launcher(program(), {QStringLiteral("--launcher")}, environment());
+    EXPECT_TRUE(waitUntil([&] { return desktop.shown().size() == 1; }));
+    EXPECT_EQ(desktop.shown().value(0).title, QStringLiteral("A creation was interrupted"));
+    EXPECT_FALSE(screen_.windowOf(launcher.pid()).isEmpty());
+    expectEndOf(launcher);
 }
 
 TEST_F(CreationProgramTest, WhatIsBeingCreatedWhenTheScreenDiesIsUndone)

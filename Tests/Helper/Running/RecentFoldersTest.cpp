@@ -4,6 +4,8 @@
 #include "Helper/Running/RecentFolders.h"
 
 #include "Platform/DurableFileWriter.h"
+#include "Platform/FileLayer.h"
+#include "Platform/FileLock.h"
 #include "Tests/Platform/KilledAtRename.h"
 
 #include <QDir>
@@ -54,8 +56,41 @@ TEST_F(RecentFoldersTest, WhatAKilledWriterLeftGoesWithTheNextOne)
     const QString file = state() + QStringLiteral("/RecentFolders.plist");
     EXPECT_FALSE(DurableFileWriter(&layer).write(file, "half"));
     folders.add({made(QStringLiteral("other"))});
-    EXPECT_THAT(QDir(state()).entryList(QDir::Files | QDir::Hidden),
-                ElementsAre(QStringLiteral("RecentFolders.plist")));
+    EXPECT_THAT(
+        QDir(state()).entryList(QDir::Files | QDir::Hidden),
+        ElementsAre(QStringLiteral("RecentFolders.plist"), QStringLiteral("RecentFolders.plist.lock")));
+}
+
+TEST_F(RecentFoldersTest, OfSeveralProgramsEachKeepsWhatTheOthersAdd)
+{
+    const QString one = made(QStringLiteral("one"));
+    const QString other = made(QStringLiteral("other"));
+    RecentFolders helper(state());
+    RecentFolders launcher(state());
+    helper.add({one});
+    EXPECT_THAT(launcher.existing(), ElementsAre(one));
+    launcher.add({other});
+    EXPECT_THAT(helper.existing(), ElementsAre(other, one));
+    helper.add({one});
+    EXPECT_THAT(launcher.existing(), ElementsAre(one, other));
+}
+
+TEST_F(RecentFoldersTest, WhatAnotherProgramIsWritingStays)
+{
+    ASSERT_TRUE(QDir().mkpath(state()));
+    const QString file = state() + QStringLiteral("/RecentFolders.plist");
+    const QString one = made(QStringLiteral("one"));
+    const QString other = made(QStringLiteral("other"));
+    RecentFolders folders(state());
+    {
+        const Result<FileLock> lock = FileLock::acquire(FileLayer::real(), file + QStringLiteral(".lock"), 0);
+        ASSERT_TRUE(lock);
+        folders.add({one});
+        EXPECT_FALSE(QFile::exists(file));
+        EXPECT_THAT(folders.existing(), ElementsAre(one)) << "it is known here all the same";
+    }
+    folders.add({other});
+    EXPECT_THAT(RecentFolders(state()).existing(), ElementsAre(other, one));
 }
 
 TEST_F(RecentFoldersTest, OneThatIsGoneIsNotShownUntilItIsBack)
