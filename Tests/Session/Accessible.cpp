@@ -4,7 +4,9 @@
 #include "Tests/Session/Accessible.h"
 
 #include <QDBusArgument>
+#include <QDBusPendingCallWatcher>
 #include <QDBusVariant>
+#include <QEventLoop>
 
 namespace {
 
@@ -37,7 +39,13 @@ QDBusMessage Accessible::call(const QString &interface, const QString &member,
 {
     QDBusMessage message = QDBusMessage::createMethodCall(service_, path_, interface, member);
     message.setArguments(arguments);
-    return bus_.call(message, QDBus::Block, callTimeout);
+    // Who is asked may itself wait for something that this process plays, such as a tray.
+    QDBusPendingCallWatcher answer(bus_.asyncCall(message, callTimeout));
+    QEventLoop loop;
+    QObject::connect(&answer, &QDBusPendingCallWatcher::finished, &loop, &QEventLoop::quit);
+    if (!answer.isFinished())
+        loop.exec();
+    return answer.reply();
 }
 
 QString Accessible::name() const
