@@ -8,6 +8,8 @@
 namespace {
 
 const QString leftButton = QStringLiteral("1");
+/// Of any screen, at which the mouse stops.
+constexpr QPoint beyondCorner(9999, 9999);
 
 } // namespace
 
@@ -70,6 +72,10 @@ void Screen::releaseMouse() const
 
 bool Screen::drag(const QPoint &from, const QPoint &to, const std::function<bool()> &hasArrived) const
 {
+    // A nested compositor follows the mouse by steps, may miss the first, and keeps it inside: from corner to
+    // corner it catches up with it.
+    moveMouse(beyondCorner);
+    moveMouse(QPoint());
     moveMouse(from);
     pressMouse();
     for (int step = 1; step < stepsOfADrag; ++step)
