@@ -77,7 +77,8 @@ TEST_F(DragsTest, PresetsGoBetweenRowsAndNotOntoThem)
     const QString first = presets.constFirst();
     ASSERT_NO_FATAL_FAILURE(dragPreset(first, on(pane_.preset(presets.at(2)))));
     ASSERT_NO_FATAL_FAILURE(dragPreset(presets.at(1), below(pane_.preset(presets.at(1)))));
-    EXPECT_EQ(pane_.presets(), presets);
+    // Rows that are read one by one while the drop is dealt with are not all there.
+    ASSERT_NO_FATAL_FAILURE(expectPresets(presets));
 
     ASSERT_NO_FATAL_FAILURE(dragPreset(first, below(pane_.preset(presets.constLast()))));
     presets.move(0, presets.size() - 1);
