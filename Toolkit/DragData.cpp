@@ -7,6 +7,15 @@
 
 #include <utility>
 
+namespace {
+
+QVariant listOf(const QList<QUrl> &urls)
+{
+    return QVariantList(urls.begin(), urls.end());
+}
+
+} // namespace
+
 DragData::DragData(std::unique_ptr<QMimeData> declared, DragOperations mask,
                    std::shared_ptr<PromisedFile> promised, std::weak_ptr<PromisedFiles> delivered)
     : declared_(std::move(declared))
@@ -70,13 +79,12 @@ QVariant DragData::retrieveData(const QString &format, QMetaType type) const
 {
     if (promised_ && format == DirectSave::format)
         return saveDirectly();
-    // Who asks for a list of addresses may take nothing else; from bytes the library makes all other types.
-    const bool asksForList = type == QMetaType::fromType<QList<QUrl>>();
+    // This is how the library asks for addresses, and it may take nothing else then; from bytes it makes all
+    // other types.
+    const bool asksForUrls = type == QMetaType::fromType<QVariantList>();
     if (promised_ && format == PasteboardType::filenames)
-        return asksForList ? QVariant::fromValue(promisedUrls()) : QVariant(uriList());
-    if (asksForList)
-        return QVariant::fromValue(declared_->urls());
-    return declared_->data(format);
+        return asksForUrls ? listOf(promisedUrls()) : QVariant(uriList());
+    return asksForUrls ? listOf(declared_->urls()) : QVariant(declared_->data(format));
 }
 
 QByteArray DragData::saveDirectly() const

@@ -11,7 +11,10 @@ using ::testing::ElementsAre;
 
 namespace {
 
-/// What the library asks for, by its own way and in its own words, which are others in each of its versions.
+/// The type in which every version of the library asks for addresses.
+constexpr QMetaType listOfAddresses = QMetaType::fromType<QVariantList>();
+
+/// What the library asks for, by its own way: not every version of it makes a list of what is none.
 QVariant retrieved(const DragData &data, const QString &format, QMetaType type)
 {
     struct Asking : QMimeData
@@ -36,10 +39,10 @@ TEST(DragDataTest, AFileIsPromisedInEveryTypeInWhichAListOfAddressesIsAskedFor)
 {
     const DragData data(std::make_unique<QMimeData>(), DragOperation::Move, promised(), {});
     const QString format = PasteboardType::filenames;
-    const auto urls = retrieved(data, format, QMetaType::fromType<QList<QUrl>>());
-    ASSERT_EQ(urls.metaType(), QMetaType::fromType<QList<QUrl>>());
-    ASSERT_EQ(urls.value<QList<QUrl>>().size(), 1);
-    const QUrl url = urls.value<QList<QUrl>>().constFirst();
+    const QVariant urls = retrieved(data, format, listOfAddresses);
+    ASSERT_EQ(urls.metaType(), listOfAddresses);
+    ASSERT_EQ(urls.toList().size(), 1);
+    const QUrl url = urls.toList().constFirst().toUrl();
     EXPECT_EQ(url.fileName(), QStringLiteral("a b.txt"));
     EXPECT_EQ(retrieved(data, format, QMetaType::fromType<QByteArray>()).toByteArray(),
               url.toEncoded() + "\r\n");
@@ -53,9 +56,8 @@ TEST(DragDataTest, AddressesThatWereDeclaredAreFoundInThatTypeToo)
     auto declared = std::make_unique<QMimeData>();
     declared->setUrls({url});
     const DragData data(std::move(declared), DragOperation::Move, {}, {});
-    EXPECT_THAT(
-        retrieved(data, PasteboardType::filenames, QMetaType::fromType<QList<QUrl>>()).value<QList<QUrl>>(),
-        ElementsAre(url));
+    EXPECT_EQ(retrieved(data, PasteboardType::filenames, listOfAddresses), QVariant(QVariantList{url}));
+    EXPECT_THAT(data.urls(), ElementsAre(url));
 }
 
 TEST(DragDataTest, WhereNobodyTellsOfTheDropTheFileIsThereOnceItWasAskedFor)
