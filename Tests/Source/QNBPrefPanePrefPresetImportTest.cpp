@@ -67,6 +67,16 @@ protected:
 
 } // namespace
 
+TEST_F(QNBPrefPanePrefPresetImport, AFileThatTheUserOpensGoesBelowTheSelectedPreset)
+{
+    ASSERT_EQ(list().selectedRow(), 0);
+    pane->openFiles({presetFile(QStringLiteral("File A.qnbp"))});
+    EXPECT_EQ(labels(), QStringList({a, QStringLiteral("File A"), b, c}));
+    EXPECT_EQ(stepToTakeBack(), u"&Undo Import Preset");
+    pane->openFiles({file(QStringLiteral("no preset.qnbp"), "nothing")});
+    EXPECT_FALSE(leftOut().text.isEmpty());
+}
+
 TEST_F(QNBPrefPanePrefPresetImport, DroppingFilesABCAtRow0YieldsCBALabelledByFileName)
 {
     const QStringList files{presetFile(QStringLiteral("File A.qnbp")),
