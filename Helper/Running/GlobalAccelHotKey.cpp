@@ -108,11 +108,12 @@ QString GlobalAccelHotKey::name() const
 void GlobalAccelHotKey::grab(const KeyCombo &combo)
 {
     combo_ = combo;
-    // Of whatever object of the service, which gives the component one of its own; of no other program.
-    bus_.connect(service, QString(), componentInterface, pressedSignal, this,
-                 SLOT(pressed(QString, QString, qlonglong)));
-    call(QStringLiteral("doRegister"), {actionId()}, [this](const QDBusMessage &) {
+    call(QStringLiteral("doRegister"), {actionId()}, [this](const QDBusMessage &reply) {
         isRegistered_ = true;
+        // Of whatever object of the service, which gives the component one of its own; of no other program.
+        // By the name that is the program's own: for any other the library would wait for the bus.
+        bus_.connect(reply.service(), QString(), componentInterface, pressedSignal, this,
+                     SLOT(pressed(QString, QString, qlonglong)));
         setKeys([this](bool isSet) {
             if (isSet)
                 handlers_.granted({});

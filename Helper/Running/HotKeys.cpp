@@ -104,8 +104,10 @@ void HotKeys::start()
     wasRefused_ = false;
     if (KeyCodes::withCode(combo_.code))
         tryWay(Way::GlobalAccel);
-    else
+    else {
         qCWarning(lcHotKey) << "there is no such key as that of the hot key:" << combo_.code;
+        handlers_.stateChanged(QNBHelperState::HotKey::Refused, {});
+    }
 }
 
 HotKeys::Way HotKeys::nextAfter(Way way)

@@ -102,14 +102,20 @@ QString PortalHotKey::name() const
 void PortalHotKey::grab(const KeyCombo &combo)
 {
     combo_ = combo;
-    bus_.connect(service, objectPath, shortcutsInterface, QStringLiteral("Activated"), this,
-                 SLOT(activated(QDBusMessage)));
     // Before anything else is asked of the portal. It is refused where the application is known already.
     call(QDBusMessage::createMethodCall(service, objectPath, registryInterface, QStringLiteral("Register"))
              << QNBProductIdentifier() << QVariantMap(),
          [this](const QDBusMessage &reply) {
              if (reply.type() == QDBusMessage::ErrorMessage)
                  qCInfo(lcPortal) << "the application is not registered:" << reply.errorMessage();
+             if (reply.service().isEmpty()) {
+                 handlers_.missing(reply.errorMessage());
+                 return;
+             }
+             // The program's own name: for any other the library would wait for the bus.
+             portal_ = reply.service();
+             bus_.connect(portal_, objectPath, shortcutsInterface, QStringLiteral("Activated"), this,
+                          SLOT(activated(QDBusMessage)));
              createSession();
          });
 }
@@ -127,7 +133,7 @@ QVariantMap PortalHotKey::requestOptions(const char *slot)
     // The answer may come before the reply that names the request: its path is known beforehand.
     const QString sender = bus_.baseService().mid(1).replace(u'.', u'_');
     const QString path = objectPath + QStringLiteral("/request/") + sender + u'/' + token;
-    bus_.connect(service, path, requestInterface, QStringLiteral("Response"), this, slot);
+    bus_.connect(portal_, path, requestInterface, QStringLiteral("Response"), this, slot);
     return {{QStringLiteral("handle_token"), token}};
 }
 

@@ -43,6 +43,8 @@ private:
     void call(const QDBusMessage &message, const std::function<void(const QDBusMessage &reply)> &then);
 
     QDBusConnection bus_;
+    /// The name that the bus gave to the program that answered first.
+    QString portal_;
     const Handlers handlers_;
     KeyCombo combo_;
     QDBusObjectPath session_;

@@ -11,7 +11,9 @@
 #include <QCoreApplication>
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
+#include <QElapsedTimer>
 
+#include <csignal>
 #include <gtest/gtest.h>
 #include <optional>
 
@@ -32,6 +34,12 @@ protected:
 
     void grab()
     {
+        begin();
+        ASSERT_TRUE(waitUntil([this] { return granted_ + refused_ + missing_ > 0; }));
+    }
+
+    void begin()
+    {
         hotKey_.emplace(QDBusConnection::connectToBus(bus_.address(), connectionName),
                         HotKey::Handlers{.pressed = [this] { ++pressed_; },
                                          .asking =
@@ -47,7 +55,6 @@ protected:
                                          .refused = [this](const QString &) { ++refused_; },
                                          .missing = [this](const QString &) { ++missing_; }});
         hotKey_->grab(controlAltP);
-        ASSERT_TRUE(waitUntil([this] { return granted_ + refused_ + missing_ > 0; }));
     }
 
     PrivateBus bus_;
@@ -91,6 +98,21 @@ TEST_F(PortalHotKeyTest, IsGrantedByADesktopThatTakesNoNamesOfApplications)
 {
     FakePortal portal(bus_.address(), FakePortal::Manner::WithoutRegistry);
     grab();
+    EXPECT_EQ(granted_, 1);
+}
+
+TEST_F(PortalHotKeyTest, ABusThatIsStoppedHoldsNobodyUp)
+{
+    FakePortal portal(bus_.address());
+    QDBusConnection::connectToBus(bus_.address(), connectionName);
+    bus_.process().signal(SIGSTOP);
+    QElapsedTimer timer;
+    timer.start();
+    begin();
+    // The library waits up to 25 s for an answer.
+    EXPECT_FALSE(timer.hasExpired(5000));
+    bus_.process().signal(SIGCONT);
+    ASSERT_TRUE(waitUntil([this] { return granted_ + refused_ + missing_ > 0; }));
     EXPECT_EQ(granted_, 1);
 }
 
