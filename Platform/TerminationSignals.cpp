@@ -14,7 +14,8 @@ namespace {
 
 constexpr std::array handledSignals = {SIGTERM, SIGINT, SIGHUP};
 
-/// The pipe from the handler, which may do no more than write, to the event loop.
+/// The pipe from the handler, which may do no more than write, to the event loop. It stays until the process
+/// ends, as the handler does.
 int readEnd = -1;
 int writeEnd = -1;
 
@@ -50,14 +51,10 @@ TerminationSignals::TerminationSignals()
     }
 }
 
-TerminationSignals::~TerminationSignals()
+bool TerminationSignals::hasUnhandled()
 {
-    // The process is about to end of itself, and is not to be interrupted at it.
-    for (const int number : handledSignals)
-        ::signal(number, SIG_IGN);
-    notifier_.reset();
-    ::close(readEnd);
-    ::close(writeEnd);
+    char number = 0;
+    return ::read(readEnd, &number, 1) == 1;
 }
 
 void TerminationSignals::handleWith(std::function<void()> handler)

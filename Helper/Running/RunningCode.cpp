@@ -10,6 +10,7 @@
 #include "Platform/LineText.h"
 #include "Platform/NoDisplayExit.h"
 #include "Platform/SessionBus.h"
+#include "Platform/TerminationSignals.h"
 
 #include <QApplication>
 #include <QFile>
@@ -35,13 +36,17 @@ public:
         for (size_t i = 0; i < numbers.size(); ++i)
             ::sigaction(numbers[i], nullptr, &actions_[i]);
     }
-    /// Keeps the process, its name and environment. Returns if that is not possible.
-    void repeat(const QString &program, char **argv) const
+    /// Keeps the process, its name and environment. Returns what the process ends with if it is told to end,
+    /// or cannot begin again.
+    int repeat(const QString &program, char **argv) const
     {
         for (size_t i = 0; i < numbers.size(); ++i)
             ::sigaction(numbers[i], &actions_[i], nullptr);
+        if (TerminationSignals::hasUnhandled())
+            return EXIT_SUCCESS;
         ::execv(QFile::encodeName(program).constData(), argv);
         std::fprintf(stderr, "QNBHelper: %s: %s\n", qPrintable(lineText(program)), std::strerror(errno));
+        return EXIT_FAILURE;
     }
 
 private:
@@ -76,10 +81,7 @@ int runInBackground(int &argc, char **argv)
     const QString program = QCoreApplication::applicationFilePath();
     const int result = runHelper();
     application.reset();
-    if (result != HelperSession::beginAnewCode)
-        return result;
-    beginning.repeat(program, argv);
-    return EXIT_FAILURE;
+    return result == HelperSession::beginAnewCode ? beginning.repeat(program, argv) : result;
 }
 
 int runLauncher(char *program, const QStringList &folders)

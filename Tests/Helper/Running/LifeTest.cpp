@@ -231,6 +231,18 @@ TEST_F(LifeProgramTest, OrdersAreTakenWhileAWindowKeepsItFromBeginningAnewForThe
     expectEndOf(*helper);
 }
 
+TEST_F(LifeProgramTest, ToldToEndWhileItBeginsAnewItEnds)
+{
+    store(settings());
+    bus_.process().signal(SIGSTOP);
+    const auto helper = startIn(environment());
+    ASSERT_TRUE(waitUntilItHasRead(*helper));
+    bus_.process().signal(SIGCONT);
+    ASSERT_TRUE(waitUntil([&] { return helper->errors().contains("beginning anew"); }));
+    helper->signal(SIGTERM);
+    EXPECT_TRUE(helper->waitForEnd(std::chrono::minutes(1)));
+}
+
 TEST_F(LifeProgramTest, ABusThatStartsAgainIsUsedAgain)
 {
     store(settings());
