@@ -12,6 +12,7 @@
 
 namespace {
 
+const QString shortcutHintName = QStringLiteral("_shortcutHint");
 const QString shortcutNoteName = QStringLiteral("_shortcutNote");
 const QString trayNoteName = QStringLiteral("_trayNote");
 
@@ -26,6 +27,7 @@ void showText(QLabel &label, const QString &text)
 QNBHelperNotes::QNBHelperNotes(QWidget &view, Ask ask, std::function<QString()> command)
     : ask_(std::move(ask))
     , command_(std::move(command))
+    , shortcutHint_(view.findChild<QLabel *>(shortcutHintName))
     , shortcutNote_(view.findChild<QLabel *>(shortcutNoteName))
     , trayNote_(view.findChild<QLabel *>(trayNoteName))
 {
@@ -42,13 +44,17 @@ void QNBHelperNotes::update()
 
 void QNBHelperNotes::show(const std::optional<QNBHelperState> &state)
 {
+    // It says what the keys do.
+    shortcutHint_->setVisible(!state || (state->hotKey != QNBHelperState::HotKey::Refused &&
+                                         state->hotKey != QNBHelperState::HotKey::Impossible));
     showText(*shortcutNote_, state ? textOf(*state) : QString());
     const bool isWithoutTray = state && !state->hasTray;
-    showText(*trayNote_, isWithoutTray ? tr("This desktop shows no icons of programs in a panel. The presets "
-                                            "are reached by the shortcut, by the command %1, in the menus of "
-                                            "file managers, and here.")
-                                             .arg(lineText(command_()))
-                                       : QString());
+    showText(*trayNote_, isWithoutTray
+                             ? tr("This desktop shows no icons of programs in a panel. The presets "
+                                  "are reached by the shortcut, by the command %1, by the actions of "
+                                  "the program's entry, in the menus of file managers, and here.")
+                                   .arg(lineText(command_()))
+                             : QString());
 }
 
 QString QNBHelperNotes::textOf(const QNBHelperState &state) const

@@ -42,6 +42,7 @@ private:
 
     const Ask ask_;
     const std::function<QString()> command_;
+    QLabel *shortcutHint_;
     QLabel *shortcutNote_;
     QLabel *trayNote_;
 };

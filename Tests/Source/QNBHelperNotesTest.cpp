@@ -29,6 +29,7 @@ protected:
         helperChanged();
     }
     std::string shortcutNote() const { return shown(QStringLiteral("_shortcutNote")); }
+    bool isHintShown() const { return !outlet<QLabel>(QStringLiteral("_shortcutHint"))->isHidden(); }
     std::string trayNote() const { return shown(QStringLiteral("_trayNote")); }
 
 private:
@@ -48,6 +49,7 @@ TEST_F(QNBHelperNotesTest, WithoutAHelperNothingIsSaid)
     openTab();
     EXPECT_EQ(shortcutNote(), "");
     EXPECT_EQ(trayNote(), "");
+    EXPECT_TRUE(isHintShown());
 }
 
 TEST_F(QNBHelperNotesTest, ItIsSaidByWhichWayTheShortcutIsHeard)
@@ -66,6 +68,7 @@ TEST_F(QNBHelperNotesTest, ItIsSaidByWhichWayTheShortcutIsHeard)
     EXPECT_THAT(shortcutNote(), HasSubstr("that is chosen in its settings."));
     change({.hotKey = QNBHelperState::HotKey::ByScreen, .hasTray = true});
     EXPECT_THAT(shortcutNote(), HasSubstr("whichever window has the keyboard"));
+    EXPECT_TRUE(isHintShown());
     EXPECT_EQ(trayNote(), "");
 }
 
@@ -74,9 +77,11 @@ TEST_F(QNBHelperNotesTest, WhereItIsNotHeardTheCommandForTheDesktopsSettingsIsNa
     helperState = QNBHelperState{.hotKey = QNBHelperState::HotKey::Impossible, .hasTray = true};
     openTab();
     EXPECT_THAT(shortcutNote(), HasSubstr("passes none on to programs"));
+    EXPECT_FALSE(isHintShown()) << "these keys do nothing";
     EXPECT_THAT(shortcutNote(), HasSubstr("QNBHelper --launcher"));
     change({.hotKey = QNBHelperState::HotKey::Refused, .hasTray = true});
     EXPECT_THAT(shortcutNote(), HasSubstr("another program has it"));
+    EXPECT_FALSE(isHintShown());
     EXPECT_THAT(shortcutNote(), HasSubstr("QNBHelper --launcher"));
 }
 
