@@ -74,5 +74,7 @@ int main(int argc, char **argv)
         code = static_cast<int>(commandLine.run(QCoreApplication::arguments()));
         launcherFolders = commandLine.launcherFolders();
     }
+    if (launcherFolders && interruption.isRequested())
+        return static_cast<int>(ExitCode::Interrupted);
     return launcherFolders ? std::max(code, runLauncher(argv[0], *launcherFolders)) : code;
 }

@@ -66,6 +66,12 @@ void Launcher::setPresets(const QStringList &labels, bool areKnown)
         window_->setPresets(labels, areKnown);
 }
 
+void Launcher::close()
+{
+    if (window_)
+        window_->close();
+}
+
 bool Launcher::isOpen() const
 {
     return window_ && window_->isVisible();

@@ -37,6 +37,8 @@ public:
     /// Presets that have changed; nothing if the window is closed.
     void setPresets(const QStringList &labels, bool areKnown);
     bool isOpen() const;
+    /// Nothing is created.
+    void close();
 
     /// Where the top left corner of a window of this size goes: to \a pointer, but into \a screen as far as
     /// it fits, and with its top left corner if it does not.

@@ -47,12 +47,12 @@ HelperSession::HelperSession(std::shared_ptr<SessionBus> bus, SingleInstance &in
                  })
     , settings_([this](const Result<QNBSettings> &settings) { update(settings); })
     , notificationCenter_(bus_)
-    , launcher_({.create =
-                     [this](qsizetype place, const QString &label, const QStringList &folders) {
-                         creations_.createOrTell(Creations::ordersIn(folders, place, label));
-                     },
-                 .openPane = [this] { PaneLauncher::launchOrTell(creations_.notices()); }})
-    , hotKeys_({.pressed = [this] { openLauncher(); },
+    , launcher_(creations_, [this] { settings_.changed(); })
+    , hotKeys_({.pressed =
+                    [this] {
+                        if (!isQuitting_)
+                            launcher_.open();
+                    },
                 .stateChanged =
                     [this](QNBHelperState::HotKey hotKey, const QString &keys) {
                         state_.hotKey = hotKey;
@@ -105,7 +105,7 @@ void HelperSession::busChanged(const std::optional<QDBusConnection> &connection)
             .give = [this](const QList<CreationOrder> &orders) { return creations_.create(orders); },
             .contentFor = BusOrders::launcher,
             .openLauncher = [this](const Launcher::Content &content,
-                                   const QByteArray &token) { openLauncher(content, token); },
+                                   const QByteArray &token) { launcher_.open(content, token); },
         });
     stateChanged();
     instance_.claimName([this] { quit(); });
@@ -121,15 +121,15 @@ void HelperSession::stateChanged()
 
 void HelperSession::beginAnew()
 {
+    if (isQuitting_)
+        return;
     const QWidgetList windows = QApplication::topLevelWidgets();
     const bool isUsed = std::any_of(windows.cbegin(), windows.cend(), [](const QWidget *window) {
         return window->isVisible() &&
                (qobject_cast<const QDialog *>(window) || qobject_cast<const QMenu *>(window));
     });
-    if (isQuitting_)
-        return;
-    // No order comes between the look at what is being done and the end.
     if (!isUsed && !creations_.isBusy())
+        // One that comes between this look and the next is carried out, then no more come.
         object_.reset();
     if (isUsed || creations_.isBusy()) {
         QTimer::singleShot(idlePause, this, &HelperSession::beginAnew);
@@ -142,10 +142,10 @@ void HelperSession::beginAnew()
 
 void HelperSession::quit()
 {
-    if (isQuitting_)
-        return;
+    // Also if it was about to begin anew.
     isQuitting_ = true;
     object_.reset();
+    launcher_.close();
     creations_.cancelAll();
     if (!creations_.isBusy())
         QCoreApplication::exit();
@@ -162,23 +162,21 @@ void HelperSession::leave()
 void HelperSession::update(const Result<QNBSettings> &settings)
 {
     hasRead_ = true;
+    launcher_.setSettings(settings);
     if (!settings) {
         // The menus keep what they have. Told once: further changes may find the same.
         if (!std::exchange(isOutOfDate_, true))
             creations_.notices().showProblem(translated("The presets in the menus are not up to date"),
                                              lineText(settings.error));
-        launcher_.setPresets(labels_, false);
         updateTray();
         return;
     }
     isOutOfDate_ = false;
-    labels_ = labelsOf(settings->presets);
-    qCInfo(lcSession) << "presets in the menu:" << labels_.size();
+    qCInfo(lcSession) << "presets in the menu:" << launcher_.labels().size();
     showsInTray_ = settings->showMenubar;
     updateTray();
     if (trayMenu_)
         fill(*trayMenu_);
-    launcher_.setPresets(labels_, true);
     hotKeys_.set(settings->shortcutCombo);
     contextMenu_.refresh();
 }
@@ -199,26 +197,9 @@ void HelperSession::updateTray()
     trayIcon_.emplace(*trayMenu_);
 }
 
-void HelperSession::openLauncher()
-{
-    openLauncher({.labels = labels_, .areKnown = hasRead_ && !isOutOfDate_}, {});
-}
-
-void HelperSession::openLauncher(Launcher::Content content, const QByteArray &activationToken)
-{
-    if (isQuitting_)
-        return;
-    if (!content.areKnown)
-        content.labels = labels_;
-    content.recent = creations_.recentFolders();
-    launcher_.open(content, activationToken);
-    // Nobody need have told of the last changes.
-    settings_.changed();
-}
-
 void HelperSession::fill(PresetMenu &menu) const
 {
-    menu.setContent(labels_, creations_.recentFolders(), !isOutOfDate_);
+    menu.setContent(launcher_.labels(), creations_.recentFolders(), !isOutOfDate_);
     menu.setCanUndo(canUndo());
 }
 
@@ -236,16 +217,16 @@ PresetMenu::Handlers HelperSession::menuHandlers()
 
 void HelperSession::create(qsizetype preset, const QString &folder)
 {
-    if (isQuitting_ || preset >= labels_.size())
+    if (isQuitting_ || preset >= launcher_.labels().size())
         return;
-    creations_.createOrTell(Creations::ordersIn({folder}, preset, labels_[preset]));
+    creations_.createOrTell(Creations::ordersIn({folder}, preset, launcher_.labels()[preset]));
 }
 
 void HelperSession::chooseFolder(qsizetype preset)
 {
-    if (isQuitting_ || preset >= labels_.size())
+    if (isQuitting_ || preset >= launcher_.labels().size())
         return;
-    const QString label = labels_[preset];
+    const QString label = launcher_.labels()[preset];
     auto *dialog = new QFileDialog;
     dialog->setWindowTitle(translated("Create \"%1\" In").arg(lineText(label)));
     dialog->setFileMode(QFileDialog::Directory);

@@ -3,11 +3,11 @@
 
 #pragma once
 
-#include "Helper/Launcher/Launcher.h"
 #include "Helper/Running/ContextMenuRefresh.h"
 #include "Helper/Running/Creations.h"
 #include "Helper/Running/HelperObject.h"
 #include "Helper/Running/HotKeys.h"
+#include "Helper/Running/PresetLauncher.h"
 #include "Helper/Running/PresetMenu.h"
 #include "Helper/Running/SettingsWatch.h"
 #include "Helper/Running/SingleInstance.h"
@@ -19,7 +19,6 @@
 
 #include <QDBusConnection>
 #include <QObject>
-#include <QStringList>
 
 #include <memory>
 #include <optional>
@@ -53,16 +52,12 @@ private:
 
     void create(qsizetype preset, const QString &folder);
     void chooseFolder(qsizetype preset);
-    /// With the presets as they are known here, for the hot key.
-    void openLauncher();
-    void openLauncher(Launcher::Content content, const QByteArray &activationToken);
 
     const std::shared_ptr<SessionBus> bus_;
     SingleInstance &instance_;
     bool isQuitting_ = false;
     /// The settings were looked at, and could be read or not.
     bool hasRead_ = false;
-    QStringList labels_;
     /// By default, while the settings cannot be read.
     bool showsInTray_ = true;
     /// The settings could not be read when they were looked at last, and the user knows it.
@@ -72,7 +67,7 @@ private:
     SettingsWatch settings_;
     DistributedNotificationCenter notificationCenter_;
     std::optional<HelperObject> object_;
-    Launcher launcher_;
+    PresetLauncher launcher_;
     QNBHelperState state_;
     HotKeys hotKeys_;
     /// Once there is one.

@@ -4,7 +4,6 @@
 #include "Helper/Running/LauncherSession.h"
 
 #include "Helper/Running/BusOrders.h"
-#include "Helper/Running/PaneLauncher.h"
 #include "Platform/SessionBus.h"
 
 #include <QApplication>
@@ -37,19 +36,10 @@ bool hasWindows()
 LauncherSession::LauncherSession(std::shared_ptr<SessionBus> bus)
     : bus_(std::move(bus))
     , creations_(bus_, Creations::Answers::None, [this] { endIfDone(); })
-    , settings_([this](const Result<QNBSettings> &settings) {
-        if (settings)
-            labels_ = labelsOf(settings->presets);
-        areKnown_ = bool(settings);
-        launcher_.setPresets(labels_, areKnown_);
-    })
+    , settings_([this](const Result<QNBSettings> &settings) { launcher_.setSettings(settings); })
     , notificationCenter_(bus_)
-    , launcher_({.create =
-                     [this](qsizetype place, const QString &label, const QStringList &folders) {
-                         creations_.createOrTell(Creations::ordersIn(folders, place, label));
-                     },
-                 .openPane = [this] { PaneLauncher::launchOrTell(creations_.notices()); }},
-                [this] { endIfDone(); })
+    , launcher_(
+          creations_, [this] { settings_.changed(); }, [this] { endIfDone(); })
     , instance_(bus_, HelperService::launcherName)
 {
     connect(qApp, &QGuiApplication::lastWindowClosed, this, &LauncherSession::endIfDone);
@@ -65,9 +55,7 @@ void LauncherSession::start(const QStringList &folders)
         [this](const std::optional<QDBusConnection> &connection) { busChanged(connection); }));
     creations_.tellOfInterrupted();
     settings_.read();
-    launcher_.open(
-        {.labels = labels_, .areKnown = areKnown_, .named = folders, .recent = creations_.recentFolders()},
-        {});
+    launcher_.open(folders);
 }
 
 void LauncherSession::busChanged(const std::optional<QDBusConnection> &connection)
@@ -75,23 +63,18 @@ void LauncherSession::busChanged(const std::optional<QDBusConnection> &connectio
     object_.reset();
     if (!connection || isQuitting_)
         return;
-    object_.emplace(*connection, HelperObject::Handlers{
-                                     .understand =
-                                         [](const HelperService::Preset &, const QStringList &) {
-                                             return Result<QList<CreationOrder>>::failure(
-                                                 translated("No helper is running"));
-                                         },
-                                     .give = [](const QList<CreationOrder> &) { return false; },
-                                     .contentFor = BusOrders::launcher,
-                                     .openLauncher =
-                                         [this](Launcher::Content content, const QByteArray &token) {
-                                             if (!content.areKnown)
-                                                 content.labels = labels_;
-                                             content.recent = creations_.recentFolders();
-                                             launcher_.open(content, token);
-                                             settings_.changed();
-                                         },
-                                 });
+    object_.emplace(*connection,
+                    HelperObject::Handlers{
+                        .understand =
+                            [](const HelperService::Preset &, const QStringList &) {
+                                return Result<QList<CreationOrder>>::failure(
+                                    translated("No helper is running"));
+                            },
+                        .give = [](const QList<CreationOrder> &) { return false; },
+                        .contentFor = BusOrders::launcher,
+                        .openLauncher = [this](const Launcher::Content &content,
+                                               const QByteArray &token) { launcher_.open(content, token); },
+                    });
     // Two windows do no harm, if two were opened at once.
     instance_.claimName([] {});
 }
@@ -103,11 +86,13 @@ void LauncherSession::endIfDone()
         return;
     if (!isQuitting_) {
         isEnding_ = true;
+        // Who calls from now on opens a window of its own: one here would take no keys meanwhile.
+        object_.reset();
         // Where nobody shows notifications, what went wrong comes in a window now.
         creations_.notices().flush(notificationTimeout);
         isEnding_ = false;
     }
-    // The window may have been opened again meanwhile.
+    // The window may have been opened by one who called before.
     if (!isInUse())
         QCoreApplication::exit();
 }
@@ -116,6 +101,7 @@ void LauncherSession::quit()
 {
     isQuitting_ = true;
     object_.reset();
+    launcher_.close();
     creations_.cancelAll();
     if (!creations_.isBusy())
         QCoreApplication::exit();

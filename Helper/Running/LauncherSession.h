@@ -3,9 +3,9 @@
 
 #pragma once
 
-#include "Helper/Launcher/Launcher.h"
 #include "Helper/Running/Creations.h"
 #include "Helper/Running/HelperObject.h"
+#include "Helper/Running/PresetLauncher.h"
 #include "Helper/Running/SettingsWatch.h"
 #include "Helper/Running/SingleInstance.h"
 #include "Platform/DistributedNotificationCenter.h"
@@ -43,12 +43,10 @@ private:
     const std::shared_ptr<SessionBus> bus_;
     bool isQuitting_ = false;
     bool isEnding_ = false;
-    QStringList labels_;
-    bool areKnown_ = false;
     Creations creations_;
     SettingsWatch settings_;
     DistributedNotificationCenter notificationCenter_;
-    Launcher launcher_;
+    PresetLauncher launcher_;
     SingleInstance instance_;
     std::optional<HelperObject> object_;
     const Mailbox mailbox_;

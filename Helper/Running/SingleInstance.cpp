@@ -60,7 +60,8 @@ void SingleInstance::claimName(const std::function<void()> &isTaken)
     bus_->call(busCall(QStringLiteral("RequestName")) << name_ << doNotQueue, SessionBus::answerTimeout,
                mailbox_.bound<const QDBusMessage &>([isTaken](const QDBusMessage &reply) {
                    if (reply.type() == QDBusMessage::ErrorMessage) {
-                       qCWarning(lcInstance) << "without its name on the session bus:" << reply.errorMessage();
+                       qCWarning(lcInstance)
+                           << "without its name on the session bus:" << reply.errorMessage();
                        return;
                    }
                    const uint answer = reply.arguments().value(0).toUInt();

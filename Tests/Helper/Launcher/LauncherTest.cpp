@@ -54,6 +54,10 @@ TEST_F(LauncherTest, ItIsOneWindowThatGoesWhenItIsClosed)
     EXPECT_TRUE(launcher_.isOpen());
     EXPECT_TRUE(waitUntil([] { return windows().size() == 1; }));
     EXPECT_EQ(windows().constFirst()->findChild<QLineEdit *>()->text(), QString());
+    launcher_.close();
+    EXPECT_FALSE(launcher_.isOpen());
+    launcher_.close();
+    EXPECT_EQ(closed_, 2);
 }
 
 TEST_F(LauncherTest, CalledAgainForNoFoldersItKeepsTheOneThatIsChosen)
