@@ -3,11 +3,11 @@
 
 #include "Host/HostWindow.h"
 
-#include "Host/ErrorPane.h"
 #include "Host/LeavingQuestion.h"
 #include "Host/PaneChooser.h"
-#include "Host/PaneLoader.h"
 #include "Host/WindowPlaces.h"
+#include "Hosting/ErrorPane.h"
+#include "Hosting/PaneLoader.h"
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -29,9 +29,6 @@ Q_LOGGING_CATEGORY(lcWindow, "quenby.host.window")
 /// What a page of the host begins with at least; as small as its content allows is for the user to choose.
 constexpr QSize usualSize(480, 320);
 
-/// Until it is looked again whether the pane can take files.
-constexpr std::chrono::milliseconds waitingFilesPause(200);
-
 } // namespace
 
 HostWindow::HostWindow(QWidget *parent)
@@ -40,8 +37,6 @@ HostWindow::HostWindow(QWidget *parent)
 {
     setObjectName(QStringLiteral("hostWindow"));
     layout_->setContentsMargins({});
-    waitingFilesTimer_.setSingleShot(true);
-    connect(&waitingFilesTimer_, &QTimer::timeout, this, &HostWindow::openWaitingFiles);
     for (const int key : {Qt::Key_Q, Qt::Key_W}) {
         auto *const shortcut = new QShortcut(QKeySequence(Qt::CTRL | key), this);
         connect(shortcut, &QShortcut::activated, this, &QWidget::close);
@@ -69,21 +64,7 @@ void HostWindow::showPane(const QString &path)
 
 void HostWindow::openFiles(const QStringList &paths)
 {
-    waitingFiles_ += paths;
-    openWaitingFiles();
-}
-
-void HostWindow::openWaitingFiles()
-{
-    if (waitingFiles_.isEmpty())
-        return;
-    const bool isBusy = QThread::currentThread()->loopLevel() > 1 || QApplication::activeModalWidget() ||
-                        QApplication::activePopupWidget();
-    // Nor before the first paint, which they would hold up.
-    if (session_ && isPainted_ && !isBusy)
-        session_->openFiles(std::exchange(waitingFiles_, {}));
-    else
-        waitingFilesTimer_.start(waitingFilesPause);
+    waitingFiles_.add(paths);
 }
 
 void HostWindow::showError(const QString &reason)

@@ -4,10 +4,10 @@
 #pragma once
 
 #include "Host/ContentScroller.h"
-#include "Host/PaneSession.h"
+#include "Hosting/PaneSession.h"
+#include "Hosting/WaitingFiles.h"
 
 #include <QStringList>
-#include <QTimer>
 #include <QWidget>
 
 #include <memory>
@@ -55,7 +55,6 @@ private:
     bool mayLeave();
     void begin(std::unique_ptr<PreferencePane> pane);
     void setContent(QWidget *content);
-    void openWaitingFiles();
     void updateIcon();
     void restorePlace();
     void savePlace() const;
@@ -66,7 +65,7 @@ private:
     std::unique_ptr<PaneSession> session_;
     std::unique_ptr<QWidget> chooser_;
     QString panePath_;
-    QStringList waitingFiles_;
-    QTimer waitingFilesTimer_;
+    /// Not before the first paint, which they would hold up.
+    WaitingFiles waitingFiles_{[this] { return isPainted_ ? session_.get() : nullptr; }};
     bool isPainted_ = false;
 };

@@ -3,7 +3,7 @@
 
 #include "Host/LeavingQuestion.h"
 
-#include "Host/PaneSession.h"
+#include "Hosting/PaneSession.h"
 #include "Platform/LineText.h"
 #include "Toolkit/FilePanel.h"
 #include "Toolkit/PlainText.h"

@@ -3,7 +3,7 @@
 
 #include "Host/PaneChooser.h"
 
-#include "Host/PaneLoader.h"
+#include "Hosting/PaneLoader.h"
 #include "Toolkit/PlainText.h"
 
 #include <QLabel>

@@ -3,11 +3,10 @@
 
 #include "Host/FirstPaintReport.h"
 #include "Host/HostWindow.h"
-#include "Host/InstanceGuard.h"
-#include "Host/PaneFinder.h"
+#include "Hosting/InstanceGuard.h"
+#include "Hosting/PaneFinder.h"
 #include "Platform/ActivationToken.h"
 #include "Platform/BusProbe.h"
-#include "Platform/DesktopFolders.h"
 #include "Platform/ExitHandler.h"
 #include "Platform/HomeOwner.h"
 #include "Platform/LineText.h"
@@ -18,7 +17,6 @@
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QFileInfo>
-#include <QStandardPaths>
 #include <QThread>
 
 #include <algorithm>
@@ -81,6 +79,12 @@ QStringList takeFiles(QStringList &arguments)
     return files;
 }
 
+QStringList searchFolders()
+{
+    return PaneFinder::searchFolders(QCoreApplication::applicationDirPath(),
+                                     QStringLiteral(QUENBY_PANES_FROM_PROGRAMS));
+}
+
 void showRequestedPane(HostWindow &window, const Result<QString> &requested)
 {
     if (!requested) {
@@ -91,7 +95,7 @@ void showRequestedPane(HostWindow &window, const Result<QString> &requested)
         window.showPane(*requested);
         return;
     }
-    const QStringList folders = PaneFinder::searchFolders();
+    const QStringList folders = searchFolders();
     const QStringList panes = PaneFinder::panesIn(folders);
     if (panes.isEmpty())
         window.showError(tr("No settings pane was found in\n%1").arg(folders.join(u'\n')));
@@ -134,14 +138,13 @@ int main(int argc, char **argv)
         std::fputs(qPrintable(linesText(tr("More than one pane is named.") + u'\n')), stderr);
         return EXIT_FAILURE;
     }
-    const Result<QString> requested =
-        arguments.isEmpty() ? Result<QString>(QString())
-                            : PaneFinder::pathOfPane(arguments.constFirst(), PaneFinder::searchFolders());
+    const Result<QString> requested = arguments.isEmpty()
+                                          ? Result<QString>(QString())
+                                          : PaneFinder::pathOfPane(arguments.constFirst(), searchFolders());
     if (!requested)
         std::fputs(qPrintable(linesText(requested.error + u'\n')), stderr);
 
-    InstanceGuard guard(QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation),
-                        DesktopFolders::runtimeDirectory());
+    InstanceGuard guard;
     const InstanceGuard::Outcome outcome =
         guard.begin({requested.value.value_or(QString()), activationToken, files}, otherInstanceTimeout);
     if (outcome == InstanceGuard::Outcome::Handed)

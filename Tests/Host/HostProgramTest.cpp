@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: Quenby contributors
 // SPDX-License-Identifier: MIT
 
-#include "Tests/Host/TestBundle.h"
+#include "Tests/Hosting/TestBundle.h"
 #include "Tests/Session/ChildProcess.h"
 #include "Tests/Session/PrivateBus.h"
 #include "Tests/Session/SilentSocket.h"

@@ -3,7 +3,7 @@
 
 #include "Host/HostWindow.h"
 
-#include "Tests/Host/TestBundle.h"
+#include "Tests/Hosting/TestBundle.h"
 #include "Tests/Session/ChildProcess.h"
 
 #include <QAbstractButton>

@@ -14,21 +14,26 @@ const QString shared = QStringLiteral("Shared/Source");
 const QString core = QStringLiteral("Source/core");
 const QString pane = QStringLiteral("Source");
 const QString toolkit = QStringLiteral("Toolkit");
+const QString hosting = QStringLiteral("Hosting");
 const QString host = QStringLiteral("Host");
 const QString creation = QStringLiteral("Helper/Creation");
 const QString helper = QStringLiteral("Helper");
 const QString contextMenu = QStringLiteral("ContextMenu");
 
-/// The contract with a pane, and what every host shows around one.
-const QStringList hostsToolkit = {
-    QStringLiteral("Toolkit/FilePanel.h"), QStringLiteral("Toolkit/NoticeStrip.h"),
-    QStringLiteral("Toolkit/PreferencePane.h"), QStringLiteral("Toolkit/WindowActivation.h")};
-/// What windows of every kind need.
-const QStringList helpersToolkit = {QStringLiteral("Toolkit/EmptyState.h"),
-                                    QStringLiteral("Toolkit/ReadablePlaceholders.h"),
-                                    QStringLiteral("Toolkit/WindowActivation.h")};
-/// How every window shows the words of strangers.
-const QString plainText = QStringLiteral("Toolkit/PlainText.h");
+/// What rooms that may not use all of Toolkit use of it. For hosts that is the contract with a pane, and what
+/// they show around one; for the others what windows of every kind need.
+const QMap<QString, QStringList> toolkitOf = {
+    {hosting,
+     {QStringLiteral("Toolkit/NoticeStrip.h"), QStringLiteral("Toolkit/PlainText.h"),
+      QStringLiteral("Toolkit/PreferencePane.h")}},
+    {host,
+     {QStringLiteral("Toolkit/FilePanel.h"), QStringLiteral("Toolkit/NoticeStrip.h"),
+      QStringLiteral("Toolkit/PlainText.h"), QStringLiteral("Toolkit/PreferencePane.h"),
+      QStringLiteral("Toolkit/WindowActivation.h")}},
+    {helper,
+     {QStringLiteral("Toolkit/EmptyState.h"), QStringLiteral("Toolkit/PlainText.h"),
+      QStringLiteral("Toolkit/ReadablePlaceholders.h"), QStringLiteral("Toolkit/WindowActivation.h")}},
+};
 
 /// The classes of Source that the programs without a pane share.
 const QStringList coreClasses = {QStringLiteral("HJSLoginItemController"),
@@ -59,7 +64,8 @@ const QMap<QString, QStringList> allowedRooms = {
     {core, {platform, shared, core}},
     {pane, {platform, shared, core, pane, toolkit}},
     {toolkit, {platform, keyboard, toolkit}},
-    {host, {platform, host}},
+    {hosting, {platform, hosting}},
+    {host, {platform, hosting, host}},
     {creation, {platform, shared, core, creation}},
     {helper, {platform, keyboard, shared, core, creation, helper}},
     {contextMenu, {platform, shared, core, contextMenu}},
@@ -78,9 +84,11 @@ const QMap<QString, QString> reasons = {
                           "plug-in and is never known to it.")},
     {toolkit, QStringLiteral("Toolkit holds views that know nothing of presets: what they show and ask for "
                              "comes through data sources and delegates.")},
-    {host,
-     QStringLiteral("The host drives any pane: it knows Toolkit/PreferencePane.h, what every host shows "
+    {hosting,
+     QStringLiteral("Hosts drive any pane: they know Toolkit/PreferencePane.h, what every host shows "
                     "around a pane, and Platform, never the pane itself or its views.")},
+    {host, QStringLiteral("The host drives any pane: it knows Hosting, Toolkit/PreferencePane.h, what stands "
+                          "around a pane, and Platform, never the pane itself or its views.")},
     {creation, QStringLiteral("What creates the structures works without the helper around it: it uses the "
                               "model, Shared/Source and Platform only.")},
     {helper,
@@ -128,9 +136,7 @@ QStringList IncludeRules::violationsOfDirection(const SourceFile &file)
                                        QStringLiteral("Code includes by the path from the top "
                                                       "of the tree, and never a test's.")));
         else if (!target.isEmpty() && !allowedRooms[room].contains(target) &&
-                 !(room == host && hostsToolkit.contains(path)) &&
-                 !(room == helper && helpersToolkit.contains(path)) &&
-                 !((room == host || room == helper) && path == plainText))
+                 !toolkitOf.value(room).contains(path))
             violations.append(describe(file, include, reasons[room]));
     }
     return violations;

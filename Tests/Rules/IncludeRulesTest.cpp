@@ -66,16 +66,18 @@ TEST(IncludeRulesTest, AWrongDirectionIsCaught)
              {"Source/QNBHierarchyItem.cpp", "\"Source/QNBPrefPanePref.h\""},
              {"Source/QNBHierarchyItem+Dictionary.cpp", "\"QNBPrefPanePref.h\""},
              {"Source/QNBSettingsStore.h", "\"Toolkit/ArrayController.h\""},
-             {"Source/QNBPrefPanePref.cpp", "\"Host/PaneLoader.h\""},
+             {"Source/QNBPrefPanePref.cpp", "\"Hosting/PaneLoader.h\""},
              {"Keyboard/LayoutKeys.cpp", "\"Toolkit/AlertPanel.h\""},
              {"Toolkit/OutlineView.cpp", "\"Source/QNBHierarchyItem.h\""},
+             {"Hosting/PaneLoader.cpp", "\"Host/HostWindow.h\""},
+             {"Hosting/PaneLoader.cpp", "\"Toolkit/FilePanel.h\""},
              {"Host/main.cpp", "\"Toolkit/OutlineView.h\""},
              {"Host/main.cpp", "\"Source/QNBPrefPanePref.h\""},
              {"Helper/main.cpp", "\"Source/QNBPrefPanePref.h\""},
              {"Helper/Creation/CreationPlan.cpp", "\"Helper/Presets.h\""},
              {"ContextMenu/main.cpp", "\"Toolkit/AlertPanel.h\""},
              {"Platform/Bundle.cpp", "\"Tests/Session/PrivateBus.h\""},
-             {"Source/QNBPrefPanePref.cpp", "\"../Host/PaneLoader.h\""}}) {
+             {"Source/QNBPrefPanePref.cpp", "\"../Hosting/PaneLoader.h\""}}) {
         const QStringList violations = IncludeRules::violationsOfDirection(including(path, include));
         ASSERT_THAT(violations, SizeIs(1)) << path << " with " << include;
         EXPECT_TRUE(violations[0].startsWith(QLatin1String(path) + QStringLiteral(":2 includes ")))
@@ -92,11 +94,13 @@ TEST(IncludeRulesTest, ARightDirectionPasses)
              {"Source/QNBPrefPanePref+Private.cpp", "\"Toolkit/OutlineView.h\""},
              {"Source/QNBPrefPanePref.cpp", "\"moc_QNBPrefPanePref.cpp\""},
              {"Toolkit/OutlineView.cpp", "<QTreeView>"},
+             {"Hosting/PaneSession.cpp", "\"Toolkit/NoticeStrip.h\""},
              {"Host/main.cpp", "\"Toolkit/PreferencePane.h\""},
+             {"Host/main.cpp", "\"Hosting/PaneFinder.h\""},
              {"Helper/main.cpp", "\"Source/QNBPresetRecord.h\""},
              {"Helper/main.cpp", "\"Helper/Creation/CreationPlan.h\""},
              {"Helper/Creation/CreationPlan.cpp", "\"Shared/Source/QNBShared.h\""},
-             {"Tests/Source/QNBHierarchyItemTest.cpp", "\"Host/PaneLoader.h\""}})
+             {"Tests/Source/QNBHierarchyItemTest.cpp", "\"Hosting/PaneLoader.h\""}})
         EXPECT_THAT(IncludeRules::violationsOfDirection(including(path, include)), IsEmpty())
             << path << " with " << include;
 }

@@ -1,10 +1,10 @@
 // SPDX-FileCopyrightText: Quenby contributors
 // SPDX-License-Identifier: MIT
 
-#include "Host/PaneLoader.h"
+#include "Hosting/PaneLoader.h"
 
-#include "Host/PaneSession.h"
-#include "Tests/Host/TestBundle.h"
+#include "Hosting/PaneSession.h"
+#include "Tests/Hosting/TestBundle.h"
 
 #include <QAccessible>
 #include <QDir>

@@ -10,9 +10,10 @@
 /// Where preference panes are, and which one is meant.
 namespace PaneFinder {
 
-/// The folders that are looked through, the most particular first: the program's own, the panes installed
-/// with it, and PaneFolders::installed().
-QStringList searchFolders();
+/// The folders that a host looks through, the most particular first: \a ownFolder, where its own code is;
+/// \a installedPanes, the panes that are installed with it, as a way from there; and
+/// PaneFolders::installed().
+QStringList searchFolders(const QString &ownFolder, const QString &installedPanes);
 
 /// The paths of all `*.prefPane` folders in \a folders. Of several with one name only the first counts. That
 /// one is a pane that works is not asked here.

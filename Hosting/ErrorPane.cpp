@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: Quenby contributors
 // SPDX-License-Identifier: MIT
 
-#include "Host/ErrorPane.h"
+#include "Hosting/ErrorPane.h"
 
 #include "Toolkit/PlainText.h"
 

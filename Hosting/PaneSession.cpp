@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: Quenby contributors
 // SPDX-License-Identifier: MIT
 
-#include "Host/PaneSession.h"
+#include "Hosting/PaneSession.h"
 
-#include "Host/ErrorPane.h"
+#include "Hosting/ErrorPane.h"
 
 #include <QCoreApplication>
 #include <QLoggingCategory>
@@ -13,7 +13,7 @@
 
 namespace {
 
-Q_LOGGING_CATEGORY(lcSession, "quenby.host.session")
+Q_LOGGING_CATEGORY(lcSession, "quenby.hosting.session")
 
 } // namespace
 

@@ -1,10 +1,11 @@
 // SPDX-FileCopyrightText: Quenby contributors
 // SPDX-License-Identifier: MIT
 
-#include "Host/InstanceGuard.h"
+#include "Hosting/InstanceGuard.h"
 
 #include "Tests/Session/ChildProcess.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
@@ -52,6 +53,18 @@ protected:
 TEST_F(InstanceGuardTest, TheFirstIsFirst)
 {
     EXPECT_EQ(first_->begin({}, 0ms), Outcome::First);
+}
+
+TEST_F(InstanceGuardTest, WhoOnlyWantsToBeTheFirstLeavesTheFirstAlone)
+{
+    ASSERT_TRUE(first_->becomeFirst());
+    int requests = 0;
+    first_->handleWith([&](const Request &) { ++requests; });
+    EXPECT_FALSE(second_.becomeFirst());
+    QCoreApplication::processEvents();
+    EXPECT_EQ(requests, 0);
+    first_.reset();
+    EXPECT_TRUE(second_.becomeFirst());
 }
 
 TEST_F(InstanceGuardTest, ALaterOneHandsOverWhatItWasAskedFor)

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: Quenby contributors
 // SPDX-License-Identifier: MIT
 
-#include "Host/PaneSession.h"
+#include "Hosting/PaneSession.h"
 
 #include <QPointer>
 #include <QPushButton>

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: Quenby contributors
 // SPDX-License-Identifier: MIT
 
-#include "Tests/Host/TestBundle.h"
+#include "Tests/Hosting/TestBundle.h"
 
 #include <QDir>
 #include <QFile>

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: Quenby contributors
 // SPDX-License-Identifier: MIT
 
-#include "Host/PaneFinder.h"
+#include "Hosting/PaneFinder.h"
 
 #include "Platform/PaneFolders.h"
 
@@ -14,11 +14,9 @@ const QString paneExtension = QStringLiteral(".prefPane");
 
 } // namespace
 
-QStringList PaneFinder::searchFolders()
+QStringList PaneFinder::searchFolders(const QString &ownFolder, const QString &installedPanes)
 {
-    const QString ownFolder = QCoreApplication::applicationDirPath();
-    QStringList folders = {ownFolder,
-                           QDir::cleanPath(ownFolder + u'/' + QStringLiteral(QUENBY_PANES_FROM_PROGRAMS))};
+    QStringList folders = {ownFolder, QDir::cleanPath(ownFolder + u'/' + installedPanes)};
     folders += PaneFolders::installed();
     folders.removeDuplicates();
     return folders;

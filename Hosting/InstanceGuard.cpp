@@ -1,7 +1,9 @@
 // SPDX-FileCopyrightText: Quenby contributors
 // SPDX-License-Identifier: MIT
 
-#include "Host/InstanceGuard.h"
+#include "Hosting/InstanceGuard.h"
+
+#include "Platform/DesktopFolders.h"
 
 #include <QCryptographicHash>
 #include <QDataStream>
@@ -9,6 +11,7 @@
 #include <QFile>
 #include <QIODevice>
 #include <QLoggingCategory>
+#include <QStandardPaths>
 #include <QThread>
 
 #include <algorithm>
@@ -23,7 +26,7 @@
 
 namespace {
 
-Q_LOGGING_CATEGORY(lcInstance, "quenby.host.instance")
+Q_LOGGING_CATEGORY(lcInstance, "quenby.hosting.instance")
 
 /// A request is one packet; hundreds of paths fit.
 constexpr size_t largestRequest = 128 * 1024;
@@ -92,6 +95,12 @@ bool isReadable(int descriptor, int timeout)
 
 } // namespace
 
+InstanceGuard::InstanceGuard()
+    : InstanceGuard(QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation),
+                    DesktopFolders::runtimeDirectory())
+{
+}
+
 InstanceGuard::InstanceGuard(const QString &preferenceFolder, const QString &runtimeFolder)
 {
     if (runtimeFolder.isEmpty())
@@ -112,19 +121,10 @@ InstanceGuard::~InstanceGuard()
 
 InstanceGuard::Outcome InstanceGuard::begin(const Request &request, std::chrono::milliseconds timeout)
 {
-    if (lockPath_.isEmpty())
-        return Outcome::First;
     const QDeadlineTimer deadline(timeout);
     for (;;) {
-        if (lock()) {
-            if (!listen())
-                qCWarning(lcInstance) << socketPath_ << std::strerror(errno);
+        if (becomeFirst())
             return Outcome::First;
-        }
-        if (errno != EWOULDBLOCK) {
-            qCWarning(lcInstance) << lockPath_ << std::strerror(errno);
-            return Outcome::First;
-        }
         if (hand(request, int(deadline.remainingTime())))
             return Outcome::Handed;
         // The other one may still be starting, or already ending.
@@ -132,6 +132,21 @@ InstanceGuard::Outcome InstanceGuard::begin(const Request &request, std::chrono:
             return Outcome::NoAnswer;
         QThread::msleep(retryInterval);
     }
+}
+
+bool InstanceGuard::becomeFirst()
+{
+    if (lockPath_.isEmpty())
+        return true;
+    if (lock()) {
+        if (!listen())
+            qCWarning(lcInstance) << socketPath_ << std::strerror(errno);
+        return true;
+    }
+    if (errno == EWOULDBLOCK)
+        return false;
+    qCWarning(lcInstance) << lockPath_ << std::strerror(errno);
+    return true;
 }
 
 bool InstanceGuard::lock()

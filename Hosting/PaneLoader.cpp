@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: Quenby contributors
 // SPDX-License-Identifier: MIT
 
-#include "Host/PaneLoader.h"
+#include "Hosting/PaneLoader.h"
 
-#include "Host/ErrorPane.h"
+#include "Hosting/ErrorPane.h"
 #include "Platform/Bundle.h"
 #include "Platform/LineText.h"
 
@@ -15,7 +15,7 @@
 
 namespace {
 
-Q_LOGGING_CATEGORY(lcPane, "quenby.host.pane")
+Q_LOGGING_CATEGORY(lcPane, "quenby.hosting.pane")
 
 const QString nameKey = QStringLiteral("CFBundleName");
 const QString iconKey = QStringLiteral("CFBundleIconFile");

@@ -37,6 +37,8 @@ public:
         NoAnswer,
     };
 
+    /// For the preferences of the user who runs this.
+    InstanceGuard();
     /// \a preferenceFolder tells hosts apart, \a runtimeFolder holds lock and socket.
     InstanceGuard(const QString &preferenceFolder, const QString &runtimeFolder);
     ~InstanceGuard();
@@ -45,6 +47,8 @@ public:
 
     /// Becomes the first or hands over \a request; waits for another one at most \a timeout.
     Outcome begin(const Request &request, std::chrono::milliseconds timeout);
+    /// Becomes the first if there is no other one, which is left alone. Whether we are it.
+    bool becomeFirst();
     /// Calls \a handler on the event loop for what later ones ask for.
     void handleWith(std::function<void(const Request &)> handler);
     /// Takes no more requests: later ones wait for the end of this one, and then are the first.
