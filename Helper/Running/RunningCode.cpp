@@ -61,6 +61,10 @@ std::unique_ptr<QApplication> makeApplication(int &argc, char **argv)
     QGuiApplication::setDesktopFileName(QStringLiteral(QUENBY_IDENTIFIER));
     const NoDisplayExit atFailure;
     auto application = std::make_unique<QApplication>(argc, argv);
+    // It ends when its work does. Windows come and go, and so do the jobs of the desktop's libraries, as in a
+    // dialog for folders, each of which keeps a program as long as it lasts, and would end it then.
+    QApplication::setQuitOnLastWindowClosed(false);
+    QCoreApplication::setQuitLockEnabled(false);
     // Login items start the helper again, and the user the launcher; not the session manager.
     QObject::connect(
         application.get(), &QGuiApplication::saveStateRequest, application.get(),

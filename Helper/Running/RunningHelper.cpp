@@ -52,7 +52,6 @@ int runHelper()
     if (!instance.acquire(DesktopFolders::runtimeDirectory()))
         return qEnvironmentVariableIsSet(startedByBusVariable) ? EXIT_FAILURE : EXIT_SUCCESS;
 
-    QApplication::setQuitOnLastWindowClosed(false);
     followWithLoginItem();
     HelperSession session(bus, instance);
     session.start();

@@ -16,7 +16,6 @@
 int runLauncherAlone(const QStringList &folders)
 {
     TerminationSignals signals;
-    QApplication::setQuitOnLastWindowClosed(false);
     LauncherSession session(std::make_shared<SessionBus>());
     session.start(folders);
     signals.handleWith([&] { session.quit(); });

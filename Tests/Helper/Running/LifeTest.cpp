@@ -298,3 +298,16 @@ TEST_F(LifeProgramTest, AnOrderForTooManyFoldersIsRefusedWithTheReasonAndOthersA
     EXPECT_TRUE(waitUntil([&] { return tree().size() == 2; }));
     expectEndOf(*helper);
 }
+
+TEST_F(LifeProgramTest, TheEndOfWhatALibraryOfTheDesktopDoesInItIsNotItsOwn)
+{
+    store(settings());
+    QProcessEnvironment environment = this->environment();
+    environment.insert(QStringLiteral("QT_PLUGIN_PATH"), QStringLiteral(QUENBY_DESKTOP_PLUGINS));
+    environment.insert(QStringLiteral("QT_QPA_GENERIC_PLUGINS"), QStringLiteral("desktopjobs"));
+    const auto helper = startIn(environment);
+    ASSERT_TRUE(waitUntilItHasRead(*helper));
+    const auto jobs = [&] { return helper->errors().count("a job of the desktop was done"); };
+    EXPECT_TRUE(waitUntil([&, before = jobs()] { return jobs() > before + 1; }));
+    expectEndOf(*helper);
+}
