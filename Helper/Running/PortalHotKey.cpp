@@ -178,8 +178,10 @@ void PortalHotKey::sessionAnswered(uint response, const QVariantMap &results)
 
 void PortalHotKey::bindingAnswered(uint response, const QVariantMap &results)
 {
-    if (response == granted)
-        handlers_.granted(describedKeys(results));
+    const QString keys = describedKeys(results);
+    // GNOME 48 grants with any number. Who cancels gives no keys.
+    if (response == granted || !keys.isEmpty())
+        handlers_.granted(keys);
     else
         handlers_.refused(QStringLiteral("the user does not want it"));
 }

@@ -115,7 +115,7 @@ bool FakePortal::handleMessage(const QDBusMessage &message, const QDBusConnectio
     EXPECT_TRUE(shortcuts.atEnd());
     shortcuts.endArray();
     const FakePortalShortcut bound{shortcut_, {{QStringLiteral("trigger_description"), givenKeys}}};
-    answer(message, options, granted,
+    answer(message, options, manner_ == Manner::GrantingWithWrongNumber ? failed : granted,
            {{QStringLiteral("shortcuts"), QVariant::fromValue(QList<FakePortalShortcut>{bound})}},
            connection);
     return true;

@@ -25,6 +25,8 @@ public:
         Failing,
         /// The user is asked, and cancels.
         Cancelling,
+        /// It grants what is asked for, and answers with the number of a failure.
+        GrantingWithWrongNumber,
     };
 
     explicit FakePortal(const QString &busAddress, Manner manner = Manner::Granting);

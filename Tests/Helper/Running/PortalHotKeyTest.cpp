@@ -116,6 +116,15 @@ TEST_F(PortalHotKeyTest, ABusThatIsStoppedHoldsNobodyUp)
     EXPECT_EQ(granted_, 1);
 }
 
+TEST_F(PortalHotKeyTest, WhatIsGivenToItIsGrantedWhateverNumberTheDesktopAnswersWith)
+{
+    FakePortal portal(bus_.address(), FakePortal::Manner::GrantingWithWrongNumber);
+    grab();
+    EXPECT_EQ(refused_, 0);
+    EXPECT_EQ(granted_, 1);
+    EXPECT_EQ(keys_, FakePortal::givenKeys);
+}
+
 TEST_F(PortalHotKeyTest, ItsSessionIsKnownAgainInEachRun)
 {
     FakePortal portal(bus_.address());
