@@ -42,14 +42,15 @@ class Launcher
 public:
     explicit Launcher(const QStringList &presets)
     {
-        window_.setPresets(presets, true);
+        window_.setPresets(presets);
         window_.setPlaces({}, {QStringLiteral("/some/where")});
         window_.beginTyping();
     }
     QWidget &window() { return window_; }
 
 private:
-    LauncherWindow window_{{[](qsizetype, const QString &, const QStringList &) {}, [] {}}};
+    LauncherWindow window_{
+        {.create = [](qsizetype, const QString &, const QStringList &) {}, .undo = [] {}, .openPane = [] {}}};
 };
 
 /// What the library gives for it.

@@ -52,18 +52,19 @@ void Launcher::open(const Content &content, const QByteArray &activationToken)
         window_->setAttribute(Qt::WA_DeleteOnClose);
         QObject::connect(window_, &QDialog::finished, window_, [this] { closed_(); });
     }
-    window_->setPresets(content.labels, content.areKnown);
+    window_->setPresets(content.labels, content.problem);
     if (!wasOpen || !content.named.isEmpty())
         window_->setPlaces(content.named, content.recent);
+    window_->setCanUndo(content.canUndo);
     window_->beginTyping();
     place(*window_);
     WindowActivation::bringToFront(*window_, activationToken);
 }
 
-void Launcher::setPresets(const QStringList &labels, bool areKnown)
+void Launcher::setPresets(const QStringList &labels, const QString &problem)
 {
     if (isOpen())
-        window_->setPresets(labels, areKnown);
+        window_->setPresets(labels, problem);
 }
 
 void Launcher::close()

@@ -17,10 +17,11 @@ public:
     {
         /// See LauncherWindow::setPresets().
         QStringList labels = {};
-        bool areKnown = true;
+        QString problem = {};
         /// See PlacePicker::setPlaces().
         QStringList named = {};
         QStringList recent = {};
+        bool canUndo = false;
     };
 
     /// \a closed is called after the window has been closed, by whatever.
@@ -35,7 +36,7 @@ public:
     /// comes there, and keeps what was typed and, unless folders are named, where it is to be created.
     void open(const Content &content, const QByteArray &activationToken);
     /// Presets that have changed; nothing if the window is closed.
-    void setPresets(const QStringList &labels, bool areKnown);
+    void setPresets(const QStringList &labels, const QString &problem);
     bool isOpen() const;
     /// Nothing is created.
     void close();

@@ -31,6 +31,7 @@ LauncherWindow::LauncherWindow(Handlers handlers)
     , list_(new PresetListView)
     , places_(new PlacePicker([this] { tellChoice(); }))
     , create_(new QPushButton)
+    , undo_(new QPushButton(translated("&Undo Last Creation")))
     , openPane_(new QPushButton(translated("&Open Quenby…")))
 {
     setWindowTitle(translated("Create a Preset"));
@@ -44,6 +45,10 @@ LauncherWindow::LauncherWindow(Handlers handlers)
     // Return goes to the default button, also from the list.
     connect(list_, &QAbstractItemView::doubleClicked, this, &LauncherWindow::create);
     connect(create_, &QPushButton::clicked, this, &LauncherWindow::create);
+    connect(undo_, &QPushButton::clicked, this, [this] {
+        handlers_.undo();
+        reject();
+    });
     connect(openPane_, &QPushButton::clicked, this, [this] {
         handlers_.openPane();
         reject();
@@ -52,8 +57,9 @@ LauncherWindow::LauncherWindow(Handlers handlers)
     // Once it is in the window; a button that has the keyboard takes Return for itself meanwhile.
     create_->setDefault(true);
     new ReadablePlaceholders(*this);
-    setPresets({}, true);
+    setPresets({});
     setPlaces({}, {});
+    setCanUndo(false);
 }
 
 LauncherWindow::~LauncherWindow() = default;
@@ -62,6 +68,7 @@ void LauncherWindow::layOut()
 {
     auto *buttons = new QHBoxLayout;
     buttons->addWidget(openPane_);
+    buttons->addWidget(undo_);
     buttons->addStretch();
     buttons->addWidget(create_);
     auto *layout = new QVBoxLayout(this);
@@ -71,13 +78,13 @@ void LauncherWindow::layOut()
     layout->addLayout(buttons);
 }
 
-void LauncherWindow::setPresets(const QStringList &labels, bool areKnown)
+void LauncherWindow::setPresets(const QStringList &labels, const QString &problem)
 {
     const bool wasEmpty = presets_.rowCount() == 0;
     const int row = list_->currentIndex().row();
     const qsizetype place = row < 0 ? -1 : presets_.placeAt(row);
     const QString label = presets_.labels().value(place);
-    areKnown_ = areKnown;
+    problem_ = problem;
     presets_.setLabels(labels);
     // Another one in place of a choice that is gone would be created by a Return that was meant for that.
     choose(wasEmpty ? 0 : place < 0 ? -1 : presets_.rowOf(place, label));
@@ -87,6 +94,11 @@ void LauncherWindow::setPlaces(const QStringList &named, const QStringList &rece
 {
     places_->setPlaces(named, recent);
     tellChoice();
+}
+
+void LauncherWindow::setCanUndo(bool canUndo)
+{
+    undo_->setEnabled(canUndo);
 }
 
 void LauncherWindow::beginTyping()
@@ -117,8 +129,8 @@ void LauncherWindow::tellChoice()
     if (!choice.isValid())
         reason = presets_.rowCount() > 0        ? translated("The chosen preset is not there any more.")
                  : !presets_.labels().isEmpty() ? translated("No preset has that in its name.")
-                 : areKnown_                    ? translated("There are no presets. Design them in Quenby.")
-                                                : translated("The presets cannot be read.");
+                 : problem_.isEmpty()           ? translated("There are no presets. Design them in Quenby.")
+                                                : translated("The presets cannot be read: %1").arg(problem_);
     list_->setEmptyText(reason);
     // The keyboard is in the field while the choice moves: who does not see it hears of it there.
     field_->setAccessibleDescription(choice.isValid() ? choice.data().toString() : reason);

@@ -27,17 +27,22 @@ public:
         /// The user wants the preset at \a place of the list, which is called \a label, in \a folders,
         /// absolute paths, of which there is one at least. The window closes after that.
         std::function<void(qsizetype place, const QString &label, const QStringList &folders)> create;
+        /// The last creation is to be undone. The window closes after that, too.
+        std::function<void()> undo;
         std::function<void()> openPane;
     };
 
     explicit LauncherWindow(Handlers handlers);
     ~LauncherWindow() override;
 
-    /// The labels of the presets, in their order; those known last if they cannot be read now. What is typed
-    /// stays, and so does the chosen preset; if it is not there any more, none is chosen.
-    void setPresets(const QStringList &labels, bool areKnown);
+    /// The labels of the presets, in their order; those known last if they cannot be read now, for which
+    /// \a problem is the reason then, in one line. What is typed stays, and so does the chosen preset; if it
+    /// is not there any more, none is chosen.
+    void setPresets(const QStringList &labels, const QString &problem = {});
     /// See PlacePicker.
     void setPlaces(const QStringList &named, const QStringList &recent);
+    /// Whether there is a creation to be undone.
+    void setCanUndo(bool canUndo);
     /// Gives the keyboard to the field. What was typed is selected, to be typed over.
     void beginTyping();
 
@@ -53,10 +58,11 @@ private:
 
     const Handlers handlers_;
     PresetMatches presets_;
-    bool areKnown_ = true;
+    QString problem_;
     QLineEdit *field_;
     PresetListView *list_;
     PlacePicker *places_;
     QPushButton *create_;
+    QPushButton *undo_;
     QPushButton *openPane_;
 };

@@ -5,6 +5,7 @@
 
 #include "Helper/Presets.h"
 #include "Helper/Running/Creations.h"
+#include "Platform/LineText.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -45,5 +46,5 @@ Result<Launcher::Content> BusOrders::launcher(const QStringList &folders)
         return Content::failure(absolute.error);
     const Result<QNBSettings> settings = readSettings();
     return settings ? Launcher::Content{.labels = labelsOf(settings->presets), .named = folders}
-                    : Launcher::Content{.areKnown = false, .named = folders};
+                    : Launcher::Content{.problem = lineText(settings.error), .named = folders};
 }

@@ -3,8 +3,12 @@
 
 #include "Helper/Running/PresetLauncher.h"
 
+#include "Helper/CreatePreset.h"
 #include "Helper/Running/Creations.h"
 #include "Helper/Running/PaneLauncher.h"
+#include "Platform/LineText.h"
+
+#include <QCoreApplication>
 
 #include <utility>
 
@@ -12,10 +16,12 @@ PresetLauncher::PresetLauncher(Creations &creations, std::function<void()> opene
                                std::function<void()> closed)
     : creations_(creations)
     , opened_(std::move(opened))
+    , problem_(QCoreApplication::translate("PresetLauncher", "they have not been read yet"))
     , launcher_({.create =
                      [&creations](qsizetype place, const QString &label, const QStringList &folders) {
                          creations.createOrTell(Creations::ordersIn(folders, place, label));
                      },
+                 .undo = [&creations] { creations.undoLast(); },
                  .openPane = [&creations] { PaneLauncher::launchOrTell(creations.notices()); }},
                 std::move(closed))
 {
@@ -23,22 +29,23 @@ PresetLauncher::PresetLauncher(Creations &creations, std::function<void()> opene
 
 void PresetLauncher::setSettings(const Result<QNBSettings> &settings)
 {
-    areKnown_ = bool(settings);
+    problem_ = lineText(settings.error);
     if (settings)
         labels_ = labelsOf(settings->presets);
-    launcher_.setPresets(labels_, areKnown_);
+    launcher_.setPresets(labels_, problem_);
 }
 
 void PresetLauncher::open(const QStringList &named)
 {
-    open({.labels = labels_, .areKnown = areKnown_, .named = named}, {});
+    open({.labels = labels_, .problem = problem_, .named = named}, {});
 }
 
 void PresetLauncher::open(Launcher::Content content, const QByteArray &activationToken)
 {
-    if (!content.areKnown)
+    if (!content.problem.isEmpty())
         content.labels = labels_;
     content.recent = creations_.recentFolders();
+    content.canUndo = canUndo();
     launcher_.open(content, activationToken);
     opened_();
 }

@@ -13,7 +13,7 @@
 
 class Creations;
 
-/// The launcher of the presets that a process knows: what the user chooses in it is created.
+/// The launcher of the presets that a process knows: what the user chooses in it is created, or undone.
 class PresetLauncher
 {
 public:
@@ -37,6 +37,6 @@ private:
     Creations &creations_;
     const std::function<void()> opened_;
     QStringList labels_;
-    bool areKnown_ = false;
+    QString problem_;
     Launcher launcher_;
 };

@@ -99,6 +99,25 @@ TEST_P(EveryDesktopTest, APresetIsDraggedToAnotherProgram)
     EXPECT_FALSE(QFile::exists(url.toLocalFile())) << qPrintable(url.toString());
 }
 
+TEST_P(EveryDesktopTest, AfterAPartOfItsNameAPresetIsCreatedFromTheLauncher)
+{
+    ASSERT_NO_FATAL_FAILURE(openPane());
+    const QString label = pane_.presets().constLast();
+    ASSERT_NO_FATAL_FAILURE(leave());
+    const QString folder = session_.home().filePath(QStringLiteral("work"));
+    ASSERT_TRUE(QDir().mkpath(folder));
+    ChildProcess launcher(PaneCopy::builtHelperProgram(),
+                          {QStringLiteral("--launcher"), QStringLiteral("--in"), folder},
+                          anyScreen_->environmentFrom(session_.home().environment(session_.busAddress())));
+    ASSERT_TRUE(waitUntil([&] { return anyScreen_->givesKeyboardTo(launcher); }, patience))
+        << launcher.errors().constData();
+    for (const QChar letter : label.left(4))
+        anyScreen_->typeKey(letter);
+    anyScreen_->typeKey(QStringLiteral("Return"));
+    EXPECT_TRUE(waitUntil([&] { return !QDir(folder).isEmpty(); }, patience))
+        << launcher.errors().constData();
+}
+
 TEST_P(EveryDesktopTest, TheRecorderRecordsAKey)
 {
     ASSERT_NO_FATAL_FAILURE(openPane());

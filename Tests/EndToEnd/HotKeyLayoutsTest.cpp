@@ -54,9 +54,8 @@ protected:
     void SetUp() override
     {
         ASSERT_NO_FATAL_FAILURE(HelperFixture::SetUp());
-        helper_ = std::make_unique<ChildProcess>(
-            QStringLiteral(QUENBY_BUNDLE "/Contents/MacOS/QNBHelper.app/Contents/MacOS/QNBHelper"),
-            QStringList(), screen_.environmentFrom(session_.environment()));
+        helper_ = std::make_unique<ChildProcess>(PaneCopy::builtHelperProgram(), QStringList(),
+                                                 screen_.environmentFrom(session_.environment()));
         ASSERT_TRUE(waitForLog("presets in the menu", 1));
         ASSERT_NO_FATAL_FAILURE(openPane());
         ASSERT_NO_FATAL_FAILURE(goToGeneralTab());

@@ -72,6 +72,11 @@ QString PaneCopy::helperProgram() const
     return helperPath() + QStringLiteral("/Contents/MacOS/QNBHelper");
 }
 
+QString PaneCopy::builtHelperProgram()
+{
+    return QStringLiteral(QUENBY_BUNDLE "/Contents/MacOS/QNBHelper.app/Contents/MacOS/QNBHelper");
+}
+
 void PaneCopy::addHelper() const
 {
     write(helperPath() + QStringLiteral("/Contents/Info.plist"), helperInformation);

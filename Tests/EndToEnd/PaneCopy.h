@@ -22,6 +22,8 @@ public:
     void addHelper() const;
     QString helperPath() const;
     QString helperProgram() const;
+    /// The one in the bundle that was built.
+    static QString builtHelperProgram();
 
     /// Adds a bundle that stands in for the file managers' plug-in: its program writes its arguments, a line
     /// each, to the file that the variable QUENBY_PLUG_IN_REPORT names, and knows of one file manager.

@@ -8,6 +8,7 @@
 #include "Platform/SharedFileList.h"
 #include "Source/QNBPresetFile.h"
 #include "Source/QNBRecoveryFile.h"
+#include "Tests/EndToEnd/PaneCopy.h"
 #include "Tests/Session/ChildProcess.h"
 #include "Tests/Session/FileContent.h"
 #include "Tests/Session/PrivateBus.h"
@@ -34,7 +35,7 @@ using namespace std::chrono_literals;
 namespace {
 
 const QString bundleCode = QStringLiteral(QUENBY_BUNDLE "/Contents/MacOS/");
-const QString helperProgram = bundleCode + QStringLiteral("QNBHelper.app/Contents/MacOS/QNBHelper");
+const QString helperProgram = PaneCopy::builtHelperProgram();
 const QString menuProgram =
     bundleCode + QStringLiteral("QNBContextMenu.plugin/Contents/MacOS/QNBContextMenu");
 

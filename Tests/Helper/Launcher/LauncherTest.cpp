@@ -31,8 +31,9 @@ protected:
     }
 
     int closed_ = 0;
-    Launcher launcher_{{.create = [](qsizetype, const QString &, const QStringList &) {}, .openPane = [] {}},
-                       [this] { ++closed_; }};
+    Launcher launcher_{
+        {.create = [](qsizetype, const QString &, const QStringList &) {}, .undo = [] {}, .openPane = [] {}},
+        [this] { ++closed_; }};
 };
 
 } // namespace

@@ -36,9 +36,10 @@ protected:
                            created_.append(label + QStringLiteral(" %1 in ").arg(place) +
                                            folders.join(QStringLiteral(", ")));
                        },
+                   .undo = [this] { ++undone_; },
                    .openPane = [this] { ++panes_; }})
     {
-        window_.setPresets({letters, photos, phone}, true);
+        window_.setPresets({letters, photos, phone});
         window_.setPlaces({}, {here, there});
         window_.beginTyping();
         show();
@@ -70,6 +71,7 @@ protected:
     void type(const char *text) { QTest::keyClicks(window_.focusWidget(), QString::fromLatin1(text)); }
 
     QStringList created_;
+    int undone_ = 0;
     int panes_ = 0;
     LauncherWindow window_;
 };
@@ -112,6 +114,18 @@ TEST_F(LauncherWindowTest, EscapeClosesAndCreatesNothing)
 {
     press(Qt::Key_Escape);
     EXPECT_FALSE(window_.isVisible());
+    EXPECT_THAT(created_, IsEmpty());
+}
+
+TEST_F(LauncherWindowTest, TheLastCreationIsUndoneIfThereIsOne)
+{
+    const QString undo = QStringLiteral("&Undo Last Creation");
+    EXPECT_FALSE(button(undo).isEnabled());
+    window_.setCanUndo(true);
+    QTest::keyClick(&window_, Qt::Key_U, Qt::AltModifier);
+    EXPECT_TRUE(QTest::qWaitFor([this] { return !window_.isVisible(); }))
+        << "the button is seen pressed first";
+    EXPECT_EQ(undone_, 1);
     EXPECT_THAT(created_, IsEmpty());
 }
 
@@ -197,13 +211,13 @@ TEST_F(LauncherWindowTest, PresetsThatChangeAreShownAndTheChoiceStays)
 {
     press(Qt::Key_Down);
     ASSERT_EQ(chosen(), photos);
-    window_.setPresets({phone, letters, QStringLiteral("More"), photos}, true);
+    window_.setPresets({phone, letters, QStringLiteral("More"), photos});
     EXPECT_EQ(chosen(), photos);
     EXPECT_EQ(list().model()->rowCount(), 4);
     type("more");
-    window_.setPresets({phone, letters}, true);
+    window_.setPresets({phone, letters});
     EXPECT_EQ(chosen(), QString());
-    window_.setPresets({phone, QStringLiteral("More")}, true);
+    window_.setPresets({phone, QStringLiteral("More")});
     EXPECT_EQ(chosen(), QStringLiteral("More")) << "what is typed stays";
 }
 
@@ -211,10 +225,10 @@ TEST_F(LauncherWindowTest, InPlaceOfAChosenPresetThatGoesNoOtherIsChosen)
 {
     press(Qt::Key_Down);
     ASSERT_EQ(chosen(), photos);
-    window_.setPresets({phone, letters}, true);
+    window_.setPresets({phone, letters});
     EXPECT_EQ(chosen(), QString());
     EXPECT_EQ(field().accessibleDescription(), QStringLiteral("The chosen preset is not there any more."));
-    window_.setPresets({letters, phone}, true);
+    window_.setPresets({letters, phone});
     press(Qt::Key_Return);
     EXPECT_THAT(created_, IsEmpty());
     EXPECT_TRUE(window_.isVisible());
@@ -230,7 +244,7 @@ TEST_F(LauncherWindowTest, WhatIsCreatedIsWhatWasChosenBeforeTheFolderWasAskedFo
     press(Qt::Key_Return);
     auto *dialog = window_.findChild<QFileDialog *>();
     ASSERT_TRUE(dialog);
-    window_.setPresets({letters, phone}, true);
+    window_.setPresets({letters, phone});
     Q_EMIT dialog->fileSelected(here);
     EXPECT_THAT(created_, ElementsAre(QStringLiteral("Photos 1 in /some/where")));
 }
@@ -263,13 +277,13 @@ TEST_F(LauncherWindowTest, WhereThereIsNothingToChooseItSaysWhy)
     press(Qt::Key_Return);
     EXPECT_THAT(created_, IsEmpty());
     EXPECT_TRUE(window_.isVisible());
-    window_.setPresets({}, true);
+    window_.setPresets({});
     EXPECT_EQ(reason(), QStringLiteral("There are no presets. Design them in Quenby."));
-    window_.setPresets({}, false);
-    EXPECT_EQ(reason(), QStringLiteral("The presets cannot be read."));
+    window_.setPresets({}, QStringLiteral("no permission"));
+    EXPECT_EQ(reason(), QStringLiteral("The presets cannot be read: no permission"));
     field().clear();
     // What was known stays useful.
-    window_.setPresets({letters}, false);
+    window_.setPresets({letters}, QStringLiteral("no permission"));
     EXPECT_EQ(reason(), QString());
     EXPECT_EQ(chosen(), letters);
     button(QStringLiteral("&Open Quenby…")).click();
@@ -304,7 +318,7 @@ TEST_F(LauncherWindowTest, WhatIsTooLongToBeShownIsInAToolTip)
     places().setCurrentIndex(1);
     EXPECT_FALSE(places().toolTip().contains(folder));
     const QString label = QStringLiteral("<b>Project ").repeated(20);
-    window_.setPresets({label}, true);
+    window_.setPresets({label});
     const QPoint row = list().visualRect(list().model()->index(0, 0)).center();
     QHelpEvent help(QEvent::ToolTip, row, list().viewport()->mapToGlobal(row));
     QCoreApplication::sendEvent(list().viewport(), &help);

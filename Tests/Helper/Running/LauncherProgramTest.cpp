@@ -6,6 +6,7 @@
 #include "Helper/HelperService.h"
 #include "Tests/Helper/FakeDesktop.h"
 #include "Tests/Helper/Running/RunningFixture.h"
+#include "Tests/Session/SilentSocket.h"
 
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
@@ -132,13 +133,37 @@ TEST_F(LauncherProgramTest, WithoutAHelperItIsAProcessOfItsOwnThatEndsWhenAllIsD
     ASSERT_EQ(desktop.shown().size(), 1);
     EXPECT_EQ(desktop.shown().constFirst().title, QStringLiteral("\"Letters\" was created"));
     EXPECT_THAT(desktop.shown().constFirst().actions, IsEmpty()) << "nobody is there to hear of them";
-    EXPECT_FALSE(isNamedOnBus(HelperService::name)) << "whether the helper runs is the user's choice";
     // The folder is remembered, for this process and for a helper.
     const auto again = begin({launcherOption});
+    ASSERT_FALSE(screen_.windowOf(again->pid()).isEmpty());
+    EXPECT_FALSE(isNamedOnBus(HelperService::name)) << "whether the helper runs is the user's choice";
     ASSERT_NO_FATAL_FAILURE(typeReturn(*again, QStringLiteral("photo")));
     expectReturn(*again, 0);
     EXPECT_THAT(tree(),
                 ElementsAre(QStringLiteral("In/"), QStringLiteral("In/a.txt"), QStringLiteral("Raw/")));
+}
+
+TEST_F(LauncherProgramTest, TheLastCreationIsUndoneFromThereAlsoWithoutAHelper)
+{
+    const FakeDesktop desktop(bus_.address(), {});
+    call({QStringLiteral("--create"), letters, inOption, target()});
+    ASSERT_FALSE(tree().isEmpty());
+    const auto launcher = begin({launcherOption});
+    ASSERT_NO_FATAL_FAILURE(type(*launcher, {}, QStringLiteral("alt+u")));
+    expectReturn(*launcher, 0);
+    EXPECT_THAT(tree(), IsEmpty());
+}
+
+TEST_F(LauncherProgramTest, ABusThatIsSilentOnlyHoldsItUp)
+{
+    const SilentSocket silent;
+    QProcessEnvironment withSilentBus = environment();
+    withSilentBus.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), silent.busAddress());
+    const auto launcher = begin({launcherOption, inOption, target()}, withSilentBus);
+    ASSERT_NO_FATAL_FAILURE(typeReturn(*launcher, QStringLiteral("let")));
+    EXPECT_TRUE(waitUntil([&] { return tree().size() == 2; }));
+    // That it was created is told in a window.
+    expectEndOf(*launcher);
 }
 
 TEST_F(LauncherProgramTest, WithoutABusItCreatesAllTheSameAndTellsAFailureInAWindow)
@@ -245,7 +270,7 @@ TEST_F(LauncherProgramTest, TheRunningHelperOpensItWithThePresetsItKnewLastIfThe
     expectEndOf(*helper);
 }
 
-TEST_F(LauncherProgramTest, PresetsThatCannotBeReadAreToldOfInAProcessOfItsOwn)
+TEST_F(LauncherProgramTest, PresetsThatCannotBeReadAreTriedAgainInAProcessOfItsOwn)
 {
     const QString aside = home_.filePath(QStringLiteral("aside"));
     ASSERT_TRUE(QFile::rename(domain(), aside));
