@@ -3,6 +3,8 @@
 
 #include "Tests/EndToEnd/PaneFixture.h"
 
+#include "Tests/Session/FileContent.h"
+
 #include <csignal>
 
 namespace {
@@ -23,7 +25,12 @@ PaneFixture::PaneFixture(const std::function<std::unique_ptr<Screen>(const Tempo
 
 void PaneFixture::openPane()
 {
-    host_ = session_.startHost(anyScreen_.get());
+    openPaneIn(session_.startHost(anyScreen_.get()));
+}
+
+void PaneFixture::openPaneIn(std::unique_ptr<ChildProcess> host)
+{
+    host_ = std::move(host);
     ASSERT_TRUE(pane_.isThere()) << host_->errors().constData();
     ASSERT_TRUE(waitUntil([&] { return anyScreen_->givesKeyboardTo(*host_); }, patience));
 }
@@ -33,6 +40,21 @@ void PaneFixture::leave()
     host_->signal(SIGTERM);
     ASSERT_TRUE(host_->waitForEnd());
     EXPECT_TRUE(host_->hasReturned(0)) << host_->errors().constData();
+}
+
+QDir PaneFixture::recoveryFolder()
+{
+    return session_.home().stateFolder() + QStringLiteral("/Quenby/Recovery");
+}
+
+bool PaneFixture::keeps(const QByteArray &name)
+{
+    return waitUntil(
+        [&] {
+            const QStringList kept = recoveryFolder().entryList({QStringLiteral("*.plist")}, QDir::Files);
+            return contentOf(recoveryFolder().filePath(kept.value(0))).contains(name);
+        },
+        patience);
 }
 
 void PaneFixture::addItem(const QString &key, const QString &name)

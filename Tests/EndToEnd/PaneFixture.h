@@ -7,6 +7,8 @@
 #include "Tests/EndToEnd/PaneOnScreen.h"
 #include "Tests/EndToEnd/QuenbySession.h"
 
+#include <QDir>
+
 #include <chrono>
 #include <functional>
 #include <gmock/gmock.h>
@@ -23,8 +25,14 @@ protected:
 
     /// Opens the pane, and waits until it has the keyboard.
     void openPane();
+    /// The same in another program, which shows it on this screen.
+    void openPaneIn(std::unique_ptr<ChildProcess> host);
     /// Ends the host as the end of a session does; it must end well.
     void leave();
+
+    /// Where the pane keeps what it has not saved, and whether what is kept comes to have \a name in it.
+    QDir recoveryFolder();
+    bool keeps(const QByteArray &name);
 
     /// Adds an item beside or in the selected one, and names it.
     void addItem(const QString &key, const QString &name);

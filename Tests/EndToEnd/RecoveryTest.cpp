@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: MIT
 
 #include "Tests/EndToEnd/EditorFixture.h"
-#include "Tests/Session/FileContent.h"
 
 #include <QDir>
 #include <QFile>
@@ -15,13 +14,7 @@ namespace {
 class RecoveryTest : public EditorFixture
 {
 protected:
-    QDir folder() { return session_.home().stateFolder() + QStringLiteral("/Quenby/Recovery"); }
-    QStringList kept() { return folder().entryList({QStringLiteral("*.plist")}, QDir::Files); }
-    bool keeps(const QByteArray &name)
-    {
-        return waitUntil([&] { return contentOf(folder().filePath(kept().value(0))).contains(name); },
-                         patience);
-    }
+    QStringList kept() { return recoveryFolder().entryList({QStringLiteral("*.plist")}, QDir::Files); }
 };
 
 } // namespace

@@ -79,6 +79,15 @@ TEST_F(InstallationTest, EverythingIsWhereTheDesktopLooks)
             .isExecutable());
 }
 
+#ifdef QUENBY_INSTALL_MODULE
+TEST_F(InstallationTest, TheModuleIsWhereSystemSettingsLooks)
+{
+    for (const char *file :
+         {QUENBY_INSTALL_MODULE, QUENBY_INSTALL_DATADIR "/applications/kcm_quenby.desktop"})
+        EXPECT_TRUE(QFileInfo(installed(QString::fromLatin1(file))).isFile()) << file;
+}
+#endif
+
 TEST_F(InstallationTest, TheInstalledProgramFindsThePaneAndSaves)
 {
     // The user does not want the helper, which would outlive this test.

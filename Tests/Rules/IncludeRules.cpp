@@ -16,6 +16,7 @@ const QString pane = QStringLiteral("Source");
 const QString toolkit = QStringLiteral("Toolkit");
 const QString hosting = QStringLiteral("Hosting");
 const QString host = QStringLiteral("Host");
+const QString systemSettings = QStringLiteral("SystemSettings");
 const QString creation = QStringLiteral("Helper/Creation");
 const QString helper = QStringLiteral("Helper");
 const QString contextMenu = QStringLiteral("ContextMenu");
@@ -30,6 +31,7 @@ const QMap<QString, QStringList> toolkitOf = {
      {QStringLiteral("Toolkit/FilePanel.h"), QStringLiteral("Toolkit/NoticeStrip.h"),
       QStringLiteral("Toolkit/PlainText.h"), QStringLiteral("Toolkit/PreferencePane.h"),
       QStringLiteral("Toolkit/WindowActivation.h")}},
+    {systemSettings, {QStringLiteral("Toolkit/NoticeStrip.h"), QStringLiteral("Toolkit/WindowActivation.h")}},
     {helper,
      {QStringLiteral("Toolkit/EmptyState.h"), QStringLiteral("Toolkit/PlainText.h"),
       QStringLiteral("Toolkit/ReadablePlaceholders.h"), QStringLiteral("Toolkit/WindowActivation.h")}},
@@ -66,6 +68,7 @@ const QMap<QString, QStringList> allowedRooms = {
     {toolkit, {platform, keyboard, toolkit}},
     {hosting, {platform, hosting}},
     {host, {platform, hosting, host}},
+    {systemSettings, {platform, hosting, systemSettings}},
     {creation, {platform, shared, core, creation}},
     {helper, {platform, keyboard, shared, core, creation, helper}},
     {contextMenu, {platform, shared, core, contextMenu}},
@@ -89,6 +92,8 @@ const QMap<QString, QString> reasons = {
                     "around a pane, and Platform, never the pane itself or its views.")},
     {host, QStringLiteral("The host drives any pane: it knows Hosting, Toolkit/PreferencePane.h, what stands "
                           "around a pane, and Platform, never the pane itself or its views.")},
+    {systemSettings, QStringLiteral("The module shows the pane as any host does: it knows Hosting, Platform "
+                                    "and what stands around a pane, never the pane itself.")},
     {creation, QStringLiteral("What creates the structures works without the helper around it: it uses the "
                               "model, Shared/Source and Platform only.")},
     {helper,

@@ -11,7 +11,8 @@
 namespace IncludeRules {
 
 /// The room of a path: "Platform", "Shared/Source", "Source/core" (the model, the store and preset files),
-/// "Source", "Toolkit", "Hosting", "Host", "Helper", "ContextMenu"; empty for anything else.
+/// "Source", "Toolkit", "Hosting", "Host", "SystemSettings", "Helper", "ContextMenu"; empty for anything
+/// else.
 QString roomOf(const QString &path);
 
 /// The includes of \a file that its room may not have, each with the line and what the rule is for.

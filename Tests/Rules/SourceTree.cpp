@@ -41,12 +41,12 @@ QList<Include> includesOf(const SourceFile &file)
 const QStringList &SourceTree::folders()
 {
     static const QStringList names = {
-        QStringLiteral("Platform"),    QStringLiteral("Keyboard"), QStringLiteral("Shared"),
-        QStringLiteral("Source"),      QStringLiteral("Toolkit"),  QStringLiteral("Resources"),
-        QStringLiteral("Hosting"),     QStringLiteral("Host"),     QStringLiteral("Helper"),
-        QStringLiteral("ContextMenu"), QStringLiteral("Tests"),    QStringLiteral("Fuzz"),
-        QStringLiteral("Benchmarks"),  QStringLiteral("cmake"),    QStringLiteral("scripts"),
-        QStringLiteral(".ci")};
+        QStringLiteral("Platform"), QStringLiteral("Keyboard"),    QStringLiteral("Shared"),
+        QStringLiteral("Source"),   QStringLiteral("Toolkit"),     QStringLiteral("Resources"),
+        QStringLiteral("Hosting"),  QStringLiteral("Host"),        QStringLiteral("SystemSettings"),
+        QStringLiteral("Helper"),   QStringLiteral("ContextMenu"), QStringLiteral("Tests"),
+        QStringLiteral("Fuzz"),     QStringLiteral("Benchmarks"),  QStringLiteral("cmake"),
+        QStringLiteral("scripts"),  QStringLiteral(".ci")};
     return names;
 }
 

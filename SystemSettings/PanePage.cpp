@@ -1,0 +1,137 @@
+// SPDX-FileCopyrightText: Quenby contributors
+// SPDX-License-Identifier: MIT
+
+#include "SystemSettings/PanePage.h"
+
+#include "Hosting/ErrorPane.h"
+#include "Hosting/PaneFinder.h"
+#include "Hosting/PaneLoader.h"
+#include "Platform/HomeOwner.h"
+#include "Toolkit/WindowActivation.h"
+
+#include <QHideEvent>
+#include <QVBoxLayout>
+
+#include <chrono>
+#include <utility>
+
+using namespace std::chrono_literals;
+
+namespace {
+
+/// The window that shows the page waits for it.
+constexpr auto otherHostTimeout = 1000ms;
+/// Until it is looked again whether another host still shows the pane.
+constexpr auto untilNextLook = 500ms;
+
+Result<QString> findPane(const QString &name, const QStringList &folders)
+{
+    const Result<> home = HomeOwner::check();
+    return home ? PaneFinder::pathOfPane(name, folders) : Result<QString>::failure(home.error);
+}
+
+} // namespace
+
+PanePage::PanePage(const QString &paneName, const QStringList &folders, QWidget *parent)
+    : QWidget(parent)
+    , bundlePath_(findPane(paneName, folders))
+{
+    auto *const layout = new QVBoxLayout(this);
+    layout->setContentsMargins({});
+    layout->setSpacing(0);
+    connect(&nextLook_, &QTimer::timeout, this, [this] { begin(Manner::Patient); });
+    giveWay_.setSingleShot(true);
+    connect(&giveWay_, &QTimer::timeout, this, [this] { guard_.reset(); });
+    // Now, because the window takes its size from what is in it.
+    if (bundlePath_)
+        begin(Manner::Insistent);
+    else
+        present([this] { return std::make_unique<ErrorPane>(bundlePath_.error); });
+}
+
+PanePage::~PanePage() = default;
+
+QSize PanePage::sizeHint() const
+{
+    const bool lacksNotice = session_ && session_->strip().isHidden();
+    return QWidget::sizeHint() + QSize(0, lacksNotice ? session_->strip().sizeHint().height() : 0);
+}
+
+void PanePage::begin(Manner manner)
+{
+    const InstanceGuard::Outcome outcome = takeGuard(manner);
+    if (outcome == InstanceGuard::Outcome::First) {
+        nextLook_.stop();
+        showsPane_ = true;
+        // What another host has saved meanwhile is read anew.
+        present([this] { return PaneLoader::load(*bundlePath_); });
+        guard_->handleWith([this](const InstanceGuard::Request &request) {
+            waitingFiles_.add(request.files);
+            WindowActivation::bringToFront(*window(), request.activationToken);
+        });
+    } else if (std::exchange(showsPane_, false) || !session_) {
+        present([outcome] {
+            return std::make_unique<ErrorPane>(
+                outcome == InstanceGuard::Outcome::Handed
+                    ? tr("The presets are open in another window. They are shown here as soon as that one is "
+                         "closed.")
+                    : tr("The presets are open already, in a program that does not answer."));
+        });
+    }
+}
+
+InstanceGuard::Outcome PanePage::takeGuard(Manner manner)
+{
+    auto guard = std::make_unique<InstanceGuard>();
+    auto outcome = InstanceGuard::Outcome::Handed;
+    if (manner == Manner::Insistent)
+        outcome = guard->begin({*bundlePath_, {}}, otherHostTimeout);
+    else if (guard->becomeFirst())
+        outcome = InstanceGuard::Outcome::First;
+    if (outcome == InstanceGuard::Outcome::First)
+        guard_ = std::move(guard);
+    return outcome;
+}
+
+void PanePage::present(const std::function<std::unique_ptr<PreferencePane>()> &makePane)
+{
+    const bool hadKeyboard = isAncestorOf(window()->focusWidget());
+    // It goes before the next one comes, which reads what it has left.
+    session_.reset();
+    session_ = std::make_unique<PaneSession>(makePane());
+    auto *const page = static_cast<QVBoxLayout *>(layout());
+    page->addWidget(session_->view(), 1);
+    // Above the pane, but after it in the order of the keyboard, which the pane has first.
+    page->insertWidget(0, &session_->strip());
+    setFocusProxy(session_->view());
+    // At once, so that its size counts.
+    session_->view()->show();
+    if (hadKeyboard)
+        setFocus();
+    if (isVisible())
+        session_->select();
+}
+
+void PanePage::showEvent(QShowEvent *event)
+{
+    QWidget::showEvent(event);
+    if (event->spontaneous())
+        return;
+    giveWay_.stop();
+    if (!guard_ && bundlePath_) {
+        nextLook_.start(untilNextLook);
+        begin(Manner::Patient);
+    }
+    session_->select();
+}
+
+void PanePage::hideEvent(QHideEvent *event)
+{
+    QWidget::hideEvent(event);
+    if (event->spontaneous())
+        return;
+    nextLook_.stop();
+    // As long as something is not saved nobody else may show the presets as they were.
+    if (session_->unselect())
+        giveWay_.start(0);
+}
