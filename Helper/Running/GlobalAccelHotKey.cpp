@@ -3,6 +3,7 @@
 
 #include "Helper/Running/GlobalAccelHotKey.h"
 
+#include "Helper/Running/NameOwner.h"
 #include "Keyboard/LayoutKeys.h"
 
 #include <QCoreApplication>
@@ -108,17 +109,22 @@ QString GlobalAccelHotKey::name() const
 void GlobalAccelHotKey::grab(const KeyCombo &combo)
 {
     combo_ = combo;
-    call(QStringLiteral("doRegister"), {actionId()}, [this](const QDBusMessage &reply) {
-        isRegistered_ = true;
-        // Of whatever object of the service, which gives the component one of its own; of no other program.
-        // By the name that is the program's own: for any other the library would wait for the bus.
-        bus_.connect(reply.service(), QString(), componentInterface, pressedSignal, this,
+    NameOwner::ask(bus_, service, this, [this](const QString &owner) {
+        if (owner.isEmpty()) {
+            handlers_.missing(QStringLiteral("it has none"));
+            return;
+        }
+        // Of whatever object of the service, which gives the component one of its own.
+        bus_.connect(owner, QString(), componentInterface, pressedSignal, this,
                      SLOT(pressed(QString, QString, qlonglong)));
-        setKeys([this](bool isSet) {
-            if (isSet)
-                handlers_.granted({});
-            else
-                handlers_.refused(QStringLiteral("something else has it"));
+        call(QStringLiteral("doRegister"), {actionId()}, [this](const QDBusMessage &) {
+            isRegistered_ = true;
+            setKeys([this](bool isSet) {
+                if (isSet)
+                    handlers_.granted({});
+                else
+                    handlers_.refused(QStringLiteral("something else has it"));
+            });
         });
     });
 }

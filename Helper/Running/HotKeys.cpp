@@ -8,9 +8,6 @@
 #include "Helper/Running/X11HotKey.h"
 #include "Helper/Running/XConnection.h"
 
-#include <QDBusMessage>
-#include <QDBusPendingCallWatcher>
-#include <QDBusPendingReply>
 #include <QGuiApplication>
 #include <QLoggingCategory>
 
@@ -20,10 +17,7 @@ namespace {
 
 Q_LOGGING_CATEGORY(lcHotKey, "quenby.helper.hotkey")
 
-const QString busService = QStringLiteral("org.freedesktop.DBus");
-const QString busPath = QStringLiteral("/org/freedesktop/DBus");
 const QString waylandSession = QStringLiteral("wayland");
-const QString globalAccelService = QStringLiteral("org.kde.kglobalaccel");
 
 } // namespace
 
@@ -127,7 +121,7 @@ void HotKeys::tryWay(Way way)
     switch (way) {
     case Way::GlobalAccel:
         if (bus_)
-            askForGlobalAccel();
+            grabBy(way);
         else
             tryWay(nextAfter(way));
         break;
@@ -172,24 +166,10 @@ QNBHelperState::HotKey HotKeys::heardBy(Way way)
     }
 }
 
-void HotKeys::askForGlobalAccel()
-{
-    QDBusMessage question =
-        QDBusMessage::createMethodCall(busService, busPath, busService, QStringLiteral("NameHasOwner"));
-    question << globalAccelService;
-    auto *answer = new QDBusPendingCallWatcher(bus_->asyncCall(question), this);
-    connect(answer, &QDBusPendingCallWatcher::finished, this, [this, answer, generation = generation_] {
-        answer->deleteLater();
-        const QDBusPendingReply<bool> isOwned = *answer;
-        if (generation == generation_)
-            (isOwned.isError() || !isOwned.value()) ? tryWay(Way::Portal) : grabBy(Way::GlobalAccel);
-    });
-}
-
 void HotKeys::grabBy(Way way)
 {
     const auto next = [this, way, generation = generation_](const QString &reason, bool isRefusal) {
-        qCWarning(lcHotKey) << "not by" << qUtf8Printable(hotKey_->name()) << reason;
+        qCInfo(lcHotKey) << "not by" << qUtf8Printable(hotKey_->name()) << reason;
         wasRefused_ = wasRefused_ || isRefusal;
         // It is still at work.
         QMetaObject::invokeMethod(

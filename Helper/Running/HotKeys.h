@@ -52,7 +52,6 @@ private:
     void letGo();
     void takeUpAgain();
     void tryWay(Way way);
-    void askForGlobalAccel();
     void grabBy(Way way);
     static bool isWaylandSession();
     static QNBHelperState::HotKey heardBy(Way way);

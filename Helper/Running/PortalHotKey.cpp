@@ -3,6 +3,7 @@
 
 #include "Helper/Running/PortalHotKey.h"
 
+#include "Helper/Running/NameOwner.h"
 #include "Helper/Running/PortalTrigger.h"
 #include "Shared/Source/QNBShared.h"
 
@@ -108,15 +109,17 @@ void PortalHotKey::grab(const KeyCombo &combo)
          [this](const QDBusMessage &reply) {
              if (reply.type() == QDBusMessage::ErrorMessage)
                  qCInfo(lcPortal) << "the application is not registered:" << reply.errorMessage();
-             if (reply.service().isEmpty()) {
-                 handlers_.missing(reply.errorMessage());
-                 return;
-             }
-             // The program's own name: for any other the library would wait for the bus.
-             portal_ = reply.service();
-             bus_.connect(portal_, objectPath, shortcutsInterface, QStringLiteral("Activated"), this,
-                          SLOT(activated(QDBusMessage)));
-             createSession();
+             // The call has started it, where it can be started.
+             NameOwner::ask(bus_, service, this, [this, answer = reply.errorMessage()](const QString &owner) {
+                 if (owner.isEmpty()) {
+                     handlers_.missing(answer);
+                     return;
+                 }
+                 portal_ = owner;
+                 bus_.connect(portal_, objectPath, shortcutsInterface, QStringLiteral("Activated"), this,
+                              SLOT(activated(QDBusMessage)));
+                 createSession();
+             });
          });
 }
 

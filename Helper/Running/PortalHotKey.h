@@ -43,7 +43,7 @@ private:
     void call(const QDBusMessage &message, const std::function<void(const QDBusMessage &reply)> &then);
 
     QDBusConnection bus_;
-    /// The name that the bus gave to the program that answered first.
+    /// The name that is the portal's own.
     QString portal_;
     const Handlers handlers_;
     KeyCombo combo_;
