@@ -76,4 +76,11 @@ inline quint64 load(const uchar *from, qsizetype size)
     }
 }
 
+/// The \a size bytes, 1 to 8, before \a end. The eight bytes before it must be there, as they are behind the
+/// header.
+inline quint64 loadBefore(const uchar *end, quint64 size)
+{
+    return qFromBigEndian<quint64>(end - sizeof(quint64)) & (~quint64(0) >> 8 * (sizeof(quint64) - size));
+}
+
 } // namespace BinaryPropertyListFormat

@@ -44,14 +44,9 @@ private:
 
     explicit BinaryPropertyListReader(const QByteArray &bytes);
 
+    class Check;
+
     bool readTrailer();
-    bool checkObjects();
-    /// The content of the object if all of it lies within the objects.
-    std::optional<Content> checkedContent(Object object) const;
-    bool checkScalar(Object object, const Content &content);
-    bool checkKey(Object dictionary, Object key);
-    bool shareKey(Object key);
-    void noteLastEntries(Object dictionary);
     bool refuse(const QString &reason);
 
     quint8 marker(Object object) const { return data_[offsets_[object]]; }
@@ -59,6 +54,8 @@ private:
     Object reference(quint64 start, quint64 index) const;
     /// Where in the bytes the entry stands.
     quint64 entry(Object dictionary, qsizetype index) const;
+    /// The text of a string.
+    QString decoded(Object string) const;
 
     QByteArray bytes_;
     const uchar *data_;
@@ -74,11 +71,5 @@ private:
     mutable std::vector<QByteArray> payloads_;
     /// Of dictionaries that repeat a key: which entries count.
     QHash<Object, std::vector<quint32>> lastEntries_;
-    // While the objects are checked: the strings that are keys, each text one of them; of those in strings_,
-    // the dictionary that each was met in last, plus 1, and 0 if it is no key; and whether the dictionary
-    // that is looked at repeats one.
-    QHash<QString, quint32> keys_;
-    std::vector<quint32> metIn_;
-    bool hasRepeatedKey_ = false;
     QString error_;
 };

@@ -210,6 +210,35 @@ TEST(BrokenPropertyLists, OffsetsTooNarrowForTheNumberOfObjectsAreRefused)
     }
 }
 
+TEST(BrokenPropertyLists, AnObjectThatRunsIntoTheOffsetTableIsRefused)
+{
+    // Of each type with content, the last object of a document, whole and with its last byte missing.
+    for (const char *object : {"102a", "2300000000000000ff", "3300000000000000ff", "8102ff", "4261ff",
+                               "526162", "6200610062", "5f10026162", "a100", "a20000", "d10000"}) {
+        BinaryDocument document;
+        document.string("k");
+        BinaryDocument shorter = document;
+        const QByteArray bytes = QByteArray::fromHex(object);
+        EXPECT_TRUE(PropertyList::read(document.bytes(document.raw(bytes)))) << object;
+        EXPECT_FALSE(PropertyList::read(shorter.bytes(shorter.raw(bytes.chopped(1))))) << object;
+    }
+}
+
+TEST(BrokenPropertyLists, AByteThatIsNotASCIIIsFoundWhereverItStands)
+{
+    constexpr qsizetype longest = 40;
+    for (qsizetype size = 1; size <= longest; ++size) {
+        for (qsizetype at = -1; at < size; ++at) {
+            QByteArray text(size, 'a');
+            if (at >= 0)
+                text[at] = '\x80';
+            BinaryDocument document;
+            EXPECT_EQ(bool(PropertyList::read(document.bytes(document.string(text)))), at < 0)
+                << size << ' ' << at;
+        }
+    }
+}
+
 TEST(BrokenPropertyLists, MillionsOfCharacterReferencesAreReadInLinearTime)
 {
     constexpr int count = 1'000'000;
