@@ -87,6 +87,17 @@ int depth(const QVariantMap &item)
 
 } // namespace
 
+TEST_F(DefaultPresetsTest, TheBundleHasThemInTheFormThatIsReadFaster)
+{
+    QFile file(QStringLiteral(QUENBY_BUNDLE_RESOURCES "/DefaultPresets.plist"));
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const QByteArray bytes = file.readAll();
+    EXPECT_TRUE(bytes.startsWith("bplist00"));
+    const PropertyList::ReadResult result = PropertyList::read(bytes);
+    ASSERT_TRUE(result) << qPrintable(result.error);
+    EXPECT_EQ(*result.value, QVariant(presets_));
+}
+
 TEST_F(DefaultPresetsTest, SixKindsOfWorkAreThere)
 {
     QStringList labels;
