@@ -86,7 +86,9 @@ bool FakePortal::handleMessage(const QDBusMessage &message, const QDBusConnectio
         connection.send(message.createReply());
         return true;
     }
-    EXPECT_EQ(message.interface(), QStringLiteral("org.freedesktop.portal.GlobalShortcuts"));
+    // The library asks the portal for other things by itself.
+    if (message.interface() != u"org.freedesktop.portal.GlobalShortcuts")
+        return false;
     if (message.member() == u"CreateSession") {
         EXPECT_EQ(message.signature(), QStringLiteral("a{sv}"));
         const auto options = qdbus_cast<QVariantMap>(arguments.value(0));
