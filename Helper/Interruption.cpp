@@ -6,6 +6,7 @@
 #include <atomic>
 #include <csignal>
 #include <fcntl.h>
+#include <initializer_list>
 #include <unistd.h>
 
 namespace {
