@@ -66,15 +66,15 @@ bool isQuestion(int argc, char **argv)
     return std::any_of(argv + 1, argv + std::max(argc, 1), asks);
 }
 
-/// Takes out of \a arguments, and returns, what is a file: panes are folders.
+/// Takes out of \a arguments, and returns, what is a file.
 QStringList takeFiles(QStringList &arguments)
 {
     QStringList files;
     arguments.removeIf([&](const QString &argument) {
-        const QFileInfo information(argument);
-        if (information.isFile())
-            files.append(information.absoluteFilePath());
-        return information.isFile();
+        const bool isFile = !PaneFinder::isPane(argument);
+        if (isFile)
+            files.append(QFileInfo(argument).absoluteFilePath());
+        return isFile;
     });
     return files;
 }
@@ -181,7 +181,8 @@ int main(int argc, char **argv)
     window.openFiles(files);
 
     guard.handleWith([&](const InstanceGuard::Request &request) {
-        if (!request.panePath.isEmpty() && QThread::currentThread()->loopLevel() == 1)
+        // Nothing is left for a pane that is not there.
+        if (QFileInfo(request.panePath).isDir() && QThread::currentThread()->loopLevel() == 1)
             window.showPane(request.panePath);
         window.openFiles(request.files);
         WindowActivation::bringToFront(window, request.activationToken);

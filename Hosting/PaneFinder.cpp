@@ -3,6 +3,7 @@
 
 #include "Hosting/PaneFinder.h"
 
+#include "Platform/LineText.h"
 #include "Platform/PaneFolders.h"
 
 #include <QCoreApplication>
@@ -39,10 +40,24 @@ QStringList PaneFinder::panesIn(const QStringList &folders)
     return paths;
 }
 
+bool PaneFinder::isPane(const QString &argument)
+{
+    const QFileInfo information(argument);
+    return information.isDir() ||
+           (!information.isFile() &&
+            (!argument.contains(u'/') || QDir::cleanPath(argument).endsWith(paneExtension)));
+}
+
 Result<QString> PaneFinder::pathOfPane(const QString &name, const QStringList &folders)
 {
-    if (name.contains(u'/'))
-        return QDir::cleanPath(QFileInfo(name).absoluteFilePath());
+    if (name.contains(u'/')) {
+        const QString path = QDir::cleanPath(QFileInfo(name).absoluteFilePath());
+        return QFileInfo(path).isDir()
+                   ? Result<QString>(path)
+                   : Result<QString>::failure(
+                         QCoreApplication::translate("PaneFinder", "There is no settings pane at %1")
+                             .arg(lineText(path)));
+    }
     const QStringList panes = panesIn(folders);
     for (const QString &path : panes) {
         const QString fileName = QFileInfo(path).fileName();

@@ -14,6 +14,7 @@
 #include <chrono>
 #include <csignal>
 #include <gmock/gmock.h>
+#include <unistd.h>
 
 using namespace std::chrono_literals;
 using ::testing::HasSubstr;
@@ -346,6 +347,47 @@ TEST_F(HostProgramTest, FilesGoToThePaneAlsoByASecondStart)
     EXPECT_TRUE(second.hasReturned(0));
     EXPECT_TRUE(waitForRecord("openFiles " + two.toUtf8())) << record().constData();
     EXPECT_EQ(record().count("created"), 1);
+}
+
+TEST_F(HostProgramTest, AFileThatCannotBeReadGoesToThePaneAsWell)
+{
+    const QString gone = home_.filePath(QStringLiteral("gone.qnbp"));
+    // The library has no text for such a name: it shows a sign in place of the byte.
+    const QString noText = home_.filePath(QStringLiteral("no text \uFFFD.qnbp"));
+    const QStringList script{QStringLiteral("-c"),
+                             QStringLiteral("f=$(printf '%s/no text \\377.qnbp' \"$2\"); : >\"$f\"; "
+                                            "exec \"$1\" \"$f\" \"$2/gone.qnbp\""),
+                             QStringLiteral("sh"), program(), home_.path()};
+    const QByteArray both = "openFiles " + noText.toUtf8() + ' ' + gone.toUtf8();
+
+    const ChildProcess first(QStringLiteral("/bin/sh"), script, environment_);
+    ASSERT_TRUE(waitForRecord(both)) << record().constData();
+    QFile::remove(recordPath());
+    ChildProcess second(QStringLiteral("/bin/sh"), script, environment_);
+    ASSERT_TRUE(second.waitForEnd());
+    EXPECT_TRUE(second.hasReturned(0)) << second.errors().constData();
+    EXPECT_TRUE(waitForRecord(both)) << record().constData();
+    EXPECT_EQ(record(), both + '\n') << "the pane has not been left";
+    EXPECT_EQ(::unlink((home_.path().toUtf8() + "/no text \377.qnbp").constData()), 0)
+        << "as nobody else can";
+}
+
+TEST_F(HostProgramTest, APaneIsNotLeftForOneThatIsNotThere)
+{
+    const QString gone = home_.filePath(QStringLiteral("Gone.prefPane"));
+    ChildProcess first(program(), {}, environment_);
+    ASSERT_TRUE(waitForRecord("didSelect"));
+    QFile::remove(recordPath());
+    ChildProcess second(program(), {gone}, environment_);
+    ASSERT_TRUE(second.waitForEnd());
+    EXPECT_TRUE(second.hasReturned(1));
+    EXPECT_THAT(second.errors().toStdString(),
+                HasSubstr("There is no settings pane at " + gone.toStdString()));
+    // What comes after it has been taken when this has.
+    const QString file = home_.filePath(QStringLiteral("one.qnbp"));
+    ChildProcess third(program(), {file}, environment_);
+    ASSERT_TRUE(waitForRecord("openFiles " + file.toUtf8()));
+    EXPECT_EQ(record(), "openFiles " + file.toUtf8() + '\n');
 }
 
 TEST_F(HostProgramTest, FilesWaitForTheAnswerToAQuestion)

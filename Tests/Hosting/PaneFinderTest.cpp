@@ -63,8 +63,21 @@ TEST_F(PaneFinderTest, APaneIsMeantByItsNameOrPath)
     EXPECT_EQ(PaneFinder::pathOfPane(QStringLiteral("Some"), folders).value, pane);
     EXPECT_EQ(PaneFinder::pathOfPane(QStringLiteral("Some.prefPane"), folders).value, pane);
     EXPECT_EQ(PaneFinder::pathOfPane(pane + u'/', {}).value, pane);
-    EXPECT_EQ(PaneFinder::pathOfPane(QStringLiteral("/not/there.prefPane"), folders).value,
-              QStringLiteral("/not/there.prefPane"));
+    EXPECT_EQ(PaneFinder::pathOfPane(QStringLiteral("/not/there.prefPane"), folders).error,
+              QStringLiteral("There is no settings pane at /not/there.prefPane"));
+}
+
+TEST_F(PaneFinderTest, APaneIsANameOrAFolderOrWhatIsNamedLikeOne)
+{
+    const QString folder = make(QStringLiteral("a/folder"));
+    QFile file(folder_.filePath(QStringLiteral("File.prefPane")));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    for (const QString &pane : {QStringLiteral("Some"), QStringLiteral("gone.qnbp"), folder, folder + u'/',
+                                QStringLiteral("/gone/Some.prefPane"), QStringLiteral("gone/Some.prefPane/")})
+        EXPECT_TRUE(PaneFinder::isPane(pane)) << qPrintable(pane);
+    for (const QString &other : {file.fileName(), QStringLiteral("/gone/preset.qnbp"),
+                                 QStringLiteral("./gone"), folder + QStringLiteral("/\uFFFD.qnbp")})
+        EXPECT_FALSE(PaneFinder::isPane(other)) << qPrintable(other);
 }
 
 TEST_F(PaneFinderTest, OnlyWhatHasASlashIsMeantFromTheWorkingFolder)
