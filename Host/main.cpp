@@ -175,6 +175,9 @@ int main(int argc, char **argv)
 
     if (outcome == InstanceGuard::Outcome::NoAnswer)
         window.showError(tr("The settings are open already, in a program that does not answer."));
+    else if (outcome == InstanceGuard::Outcome::WithoutFiles)
+        window.showError(tr("The settings are open already, in an earlier version, which takes in no files. "
+                            "Close its window, and open the files again."));
     else
         showRequestedPane(window, requested);
     window.show();

@@ -28,11 +28,15 @@ namespace {
 
 Q_LOGGING_CATEGORY(lcInstance, "quenby.hosting.instance")
 
-/// A request is one packet; hundreds of paths fit.
-constexpr size_t largestRequest = 128 * 1024;
+/// A request is one packet; one with more files than fit, hundreds of paths, is several.
+constexpr size_t largestPacket = 128 * 1024;
+/// In bytes; leaves room for the rest.
+constexpr qsizetype mostOfFiles = largestPacket / 2;
+/// What is answered to each. The first version reads over files, and answers as if there were none.
 constexpr char taken = '+';
+constexpr char takenWithFiles = 'f';
 constexpr int retryInterval = 20;
-/// How long the first waits for a packet of one that has connected, which sends it at once.
+/// How long the first waits for each packet of one that has connected, which sends it at once.
 constexpr int packetTimeout = 200;
 
 constexpr int backlog = 16;
@@ -119,17 +123,44 @@ InstanceGuard::~InstanceGuard()
         ::close(lock_);
 }
 
+struct InstanceGuard::Packet
+{
+    QByteArray bytes;
+    /// Of one that has understood all of it.
+    char answer = taken;
+};
+
+QList<InstanceGuard::Packet> InstanceGuard::packetsOf(const Request &request)
+{
+    QList<Packet> packets;
+    qsizetype next = 0;
+    do {
+        QStringList files;
+        for (qsizetype size = 0; next < request.files.size() && size < mostOfFiles; ++next) {
+            files.append(request.files.at(next));
+            size += qsizetype(sizeof(quint32) + sizeof(QChar) * size_t(files.constLast().size()));
+        }
+        const Request part{packets.isEmpty() ? request.panePath : QString(),
+                           packets.isEmpty() ? request.activationToken : QByteArray(), files};
+        Packet packet{{}, files.isEmpty() ? taken : takenWithFiles};
+        QDataStream stream(&packet.bytes, QIODevice::WriteOnly);
+        stream << part.panePath << part.activationToken << part.files << (next < request.files.size());
+        packets.append(packet);
+    } while (next < request.files.size());
+    return packets;
+}
+
 InstanceGuard::Outcome InstanceGuard::begin(const Request &request, std::chrono::milliseconds timeout)
 {
     const QDeadlineTimer deadline(timeout);
+    QList<Packet> packets = packetsOf(request);
     for (;;) {
         if (becomeFirst())
             return Outcome::First;
-        if (hand(request, int(deadline.remainingTime())))
-            return Outcome::Handed;
+        const Outcome outcome = hand(packets, deadline);
         // The other one may still be starting, or already ending.
-        if (deadline.hasExpired())
-            return Outcome::NoAnswer;
+        if (outcome != Outcome::NoAnswer || deadline.hasExpired())
+            return outcome;
         QThread::msleep(retryInterval);
     }
 }
@@ -165,22 +196,30 @@ bool InstanceGuard::listen()
     return socket_ >= 0 && address.bind(socket_) == 0 && ::listen(socket_, backlog) == 0;
 }
 
-bool InstanceGuard::hand(const Request &request, int timeout) const
+/// Takes out of \a packets what has arrived.
+InstanceGuard::Outcome InstanceGuard::hand(QList<Packet> &packets, const QDeadlineTimer &deadline) const
 {
     const SocketAddress address(socketPath_);
-    QByteArray packet;
-    QDataStream stream(&packet, QIODevice::WriteOnly);
-    stream << request.panePath << request.activationToken << request.files;
-
     const int connection = ::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
-    char answer = 0;
-    const bool isTaken =
-        address.connect(connection) == 0 &&
-        ::send(connection, packet.constData(), size_t(packet.size()), MSG_NOSIGNAL) == packet.size() &&
-        isReadable(connection, std::max(timeout, 0)) && ::recv(connection, &answer, 1, 0) == 1 &&
-        answer == taken;
+    bool isConnected = address.connect(connection) == 0;
+    Outcome outcome = Outcome::NoAnswer;
+    while (isConnected && outcome == Outcome::NoAnswer) {
+        const Packet &packet = packets.constFirst();
+        char answer = 0;
+        isConnected = ::send(connection, packet.bytes.constData(), size_t(packet.bytes.size()),
+                             MSG_NOSIGNAL) == packet.bytes.size() &&
+                      isReadable(connection, int(deadline.remainingTime())) &&
+                      ::recv(connection, &answer, 1, 0) == 1;
+        if (isConnected && answer == packet.answer) {
+            packets.removeFirst();
+            if (packets.isEmpty())
+                outcome = Outcome::Handed;
+        } else if (isConnected) {
+            outcome = Outcome::WithoutFiles;
+        }
+    }
     ::close(connection);
-    return isTaken;
+    return outcome;
 }
 
 void InstanceGuard::handleWith(std::function<void(const Request &)> handler)
@@ -197,21 +236,31 @@ void InstanceGuard::accept(const std::function<void(const Request &)> &handler) 
     const int connection = ::accept4(socket_, nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK);
     if (connection < 0)
         return;
-    QByteArray packet(qsizetype(largestRequest), '\0');
-    ssize_t size = -1;
-    if (isReadable(connection, packetTimeout))
-        size = ::recv(connection, packet.data(), size_t(packet.size()), 0);
     Request request;
-    if (size > 0) {
-        packet.truncate(size);
+    bool isUnderstood = false;
+    bool isMoreToCome = true;
+    while (isMoreToCome && isReadable(connection, packetTimeout)) {
+        QByteArray packet(qsizetype(largestPacket), '\0');
+        packet.truncate(std::max(::recv(connection, packet.data(), size_t(packet.size()), 0), ssize_t(0)));
         QDataStream stream(packet);
-        stream >> request.panePath >> request.activationToken >> request.files;
-        if (stream.status() == QDataStream::Ok) {
-            ::send(connection, &taken, 1, MSG_NOSIGNAL);
-            handler(request);
-        }
+        Request part;
+        isMoreToCome = false;
+        stream >> part.panePath >> part.activationToken;
+        // The first version asks for no files.
+        if (!stream.atEnd())
+            stream >> part.files >> isMoreToCome;
+        if (stream.status() != QDataStream::Ok)
+            break;
+        ::send(connection, part.files.isEmpty() ? &taken : &takenWithFiles, 1, MSG_NOSIGNAL);
+        if (!isUnderstood)
+            request = part;
+        else
+            request.files += part.files;
+        isUnderstood = true;
     }
     ::close(connection);
+    if (isUnderstood)
+        handler(request);
 }
 
 void InstanceGuard::close()

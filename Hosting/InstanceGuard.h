@@ -4,6 +4,8 @@
 #pragma once
 
 #include <QByteArray>
+#include <QDeadlineTimer>
+#include <QList>
 #include <QSocketNotifier>
 #include <QStringList>
 
@@ -33,6 +35,8 @@ public:
         First,
         /// Another one runs, and has taken the request.
         Handed,
+        /// Another one runs, of a version that has taken the request but knows of no files.
+        WithoutFiles,
         /// Another one runs, and does not answer.
         NoAnswer,
     };
@@ -45,19 +49,23 @@ public:
     InstanceGuard(const InstanceGuard &) = delete;
     InstanceGuard &operator=(const InstanceGuard &) = delete;
 
-    /// Becomes the first or hands over \a request; waits for another one at most \a timeout.
+    /// Becomes the first or hands over \a request, with however many files; waits for another one at most
+    /// \a timeout. If that ends in the middle, it may have some of the files.
     Outcome begin(const Request &request, std::chrono::milliseconds timeout);
     /// Becomes the first if there is no other one, which is left alone. Whether we are it.
     bool becomeFirst();
-    /// Calls \a handler on the event loop for what later ones ask for.
+    /// Calls \a handler on the event loop for what later ones ask for, once for each.
     void handleWith(std::function<void(const Request &)> handler);
     /// Takes no more requests: later ones wait for the end of this one, and then are the first.
     void close();
 
 private:
+    struct Packet;
+
+    static QList<Packet> packetsOf(const Request &request);
     bool lock();
     bool listen();
-    bool hand(const Request &request, int timeout) const;
+    Outcome hand(QList<Packet> &packets, const QDeadlineTimer &deadline) const;
     void accept(const std::function<void(const Request &)> &handler) const;
 
     QByteArray lockPath_;

@@ -41,6 +41,11 @@ PaneSession::~PaneSession()
     delete strip_;
 }
 
+bool PaneSession::isErrorPage() const
+{
+    return dynamic_cast<const ErrorPane *>(pane_.get());
+}
+
 void PaneSession::select()
 {
     if (isSelected_ || !pane_)

@@ -23,6 +23,8 @@ public:
     QWidget *view() const { return view_; }
     /// What the pane says of itself, for the place above its view. Belongs to the session too.
     NoticeStrip &strip() const { return *strip_; }
+    /// Whether a page stands in for the pane, which says why it cannot be shown.
+    bool isErrorPage() const;
     /// The view is on screen now; does nothing if it was before.
     void select();
     /// Leaves the pane, which saves, if it is selected; if it was left and could not save, has it try again.

@@ -38,7 +38,7 @@ void WaitingFiles::handOver()
     const bool isBusy = QThread::currentThread()->loopLevel() > 1 || QApplication::activeModalWidget() ||
                         QApplication::activePopupWidget();
     PaneSession *const pane = shownPane_();
-    if (pane && !isBusy)
+    if (pane && !pane->isErrorPage() && !isBusy)
         pane->openFiles(std::exchange(paths_, {}));
     else
         timer_.start(untilNextLook);

@@ -157,6 +157,18 @@ TEST_F(HostWindowTest, ShowsWhyThereIsNoPane)
     EXPECT_EQ(label->text(), QStringLiteral("Because."));
 }
 
+TEST_F(HostWindowTest, FilesWaitForThePaneThatComesAfterAPageOfTheHosts)
+{
+    window_->showError(QStringLiteral("Because."));
+    showWindow();
+    window_->openFiles({QStringLiteral("/one.qnbp")});
+    window_->showPane(panePath());
+    ASSERT_TRUE(waitUntil([&] {
+        QFile file(recordPath());
+        return file.open(QIODevice::ReadOnly) && file.readAll().contains("openFiles /one.qnbp\n");
+    }));
+}
+
 TEST_F(HostWindowTest, TheUsualKeysAskToCloseIt)
 {
     window_->showPane(panePath());

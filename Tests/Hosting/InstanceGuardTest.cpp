@@ -6,14 +6,19 @@
 #include "Tests/Session/ChildProcess.h"
 
 #include <QCoreApplication>
+#include <QDataStream>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QTemporaryDir>
 
+#include <algorithm>
 #include <future>
 #include <gtest/gtest.h>
 #include <optional>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
 
 using namespace std::chrono_literals;
 using Outcome = InstanceGuard::Outcome;
@@ -22,6 +27,41 @@ using Request = InstanceGuard::Request;
 namespace {
 
 const QString configuration = QStringLiteral("/home/someone/.config");
+
+/// The side of a socket that another version has.
+class FirstVersionSocket
+{
+public:
+    FirstVersionSocket() = default;
+    ~FirstVersionSocket() { ::close(descriptor); }
+    FirstVersionSocket(const FirstVersionSocket &) = delete;
+    FirstVersionSocket &operator=(const FirstVersionSocket &) = delete;
+
+    bool connectTo(const QString &path) const
+    {
+        const sockaddr_un address = addressOf(path);
+        return ::connect(descriptor, reinterpret_cast<const sockaddr *>(&address), sizeof address) == 0;
+    }
+    bool listenAt(const QString &path) const
+    {
+        const sockaddr_un address = addressOf(path);
+        return ::bind(descriptor, reinterpret_cast<const sockaddr *>(&address), sizeof address) == 0 &&
+               ::listen(descriptor, 1) == 0;
+    }
+
+    const int descriptor = ::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0);
+
+private:
+    static sockaddr_un addressOf(const QString &path)
+    {
+        sockaddr_un address = {};
+        address.sun_family = AF_UNIX;
+        const QByteArray bytes = path.toUtf8();
+        std::copy_n(bytes.constData(), std::min(bytes.size(), qsizetype(sizeof address.sun_path - 1)),
+                    address.sun_path);
+        return address;
+    }
+};
 
 class InstanceGuardTest : public ::testing::Test
 {
@@ -41,6 +81,12 @@ protected:
     {
         waitUntil([&] { return outcome.wait_for(0s) == std::future_status::ready; });
         return outcome.get();
+    }
+
+    QString socketPath() const
+    {
+        return folder_.filePath(
+            QDir(folder_.path()).entryList({QStringLiteral("*.socket")}, QDir::System).value(0));
     }
 
     const QTemporaryDir folder_;
@@ -72,14 +118,54 @@ TEST_F(InstanceGuardTest, ALaterOneHandsOverWhatItWasAskedFor)
     ASSERT_EQ(first_->begin({}, 0ms), Outcome::First);
     QList<Request> requests;
     first_->handleWith([&](const Request &request) { requests.append(request); });
-    // More than a screen of a file manager shows.
-    const QStringList files(400, QStringLiteral("/home/somebody/Documents/Presets of mine/Preset.qnbp"));
+    // More than any packet holds.
+    const QStringList files(5000, QStringLiteral("/home/somebody/Documents/Presets of mine/Preset.qnbp"));
     auto outcome = beginSecond({QStringLiteral("/panes/Ünïcode.prefPane"), "token", files});
     EXPECT_EQ(result(outcome), Outcome::Handed);
     ASSERT_TRUE(waitUntil([&] { return requests.size() == 1; }));
     EXPECT_EQ(requests.constFirst().panePath, QStringLiteral("/panes/Ünïcode.prefPane"));
     EXPECT_EQ(requests.constFirst().activationToken, "token");
     EXPECT_EQ(requests.constFirst().files, files);
+}
+
+TEST_F(InstanceGuardTest, AStartOfTheFirstVersionIsUnderstood)
+{
+    ASSERT_EQ(first_->begin({}, 0ms), Outcome::First);
+    QList<Request> requests;
+    first_->handleWith([&](const Request &request) { requests.append(request); });
+    const FirstVersionSocket start;
+    ASSERT_TRUE(start.connectTo(socketPath()));
+    QByteArray packet;
+    QDataStream stream(&packet, QIODevice::WriteOnly);
+    stream << QStringLiteral("/pane") << QByteArray("token");
+    ASSERT_EQ(::send(start.descriptor, packet.constData(), size_t(packet.size()), 0), packet.size());
+    ASSERT_TRUE(waitUntil([&] { return requests.size() == 1; }));
+    EXPECT_EQ(requests.constFirst().panePath, QStringLiteral("/pane"));
+    EXPECT_EQ(requests.constFirst().activationToken, "token");
+    char answer = 0;
+    ASSERT_EQ(::recv(start.descriptor, &answer, 1, 0), 1);
+    EXPECT_EQ(answer, '+');
+}
+
+TEST_F(InstanceGuardTest, AWindowOfTheFirstVersionIsNotTakenForOneThatTakesFiles)
+{
+    ASSERT_EQ(first_->begin({}, 0ms), Outcome::First);
+    // The first holds the lock; what answers is another one's.
+    const QString path = socketPath();
+    first_->close();
+    const FirstVersionSocket window;
+    ASSERT_TRUE(window.listenAt(path));
+    const auto answersTo = [&](const Request &request) {
+        auto outcome = beginSecond(request);
+        const int connection = ::accept(window.descriptor, nullptr, nullptr);
+        char packet[1024];
+        EXPECT_GT(::recv(connection, packet, sizeof packet, 0), 0);
+        EXPECT_EQ(::send(connection, "+", 1, 0), 1);
+        ::close(connection);
+        return result(outcome);
+    };
+    EXPECT_EQ(answersTo({QStringLiteral("/pane"), {}}), Outcome::Handed);
+    EXPECT_EQ(answersTo({QStringLiteral("/pane"), {}, {QStringLiteral("/file")}}), Outcome::WithoutFiles);
 }
 
 TEST_F(InstanceGuardTest, ALaterOneWaitsForAFirstThatIsStillStarting)
