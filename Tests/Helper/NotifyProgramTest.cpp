@@ -113,17 +113,7 @@ protected:
         ASSERT_TRUE(preferences.appSynchronize());
     }
     /// The process that has the helper's name; 0 if none has.
-    qint64 owner() const
-    {
-        const QString busName = text("org.freedesktop.DBus");
-        QDBusMessage question = QDBusMessage::createMethodCall(busName, text("/org/freedesktop/DBus"),
-                                                               busName, text("GetConnectionUnixProcessID"));
-        question << text("org.quenby.QNBHelper");
-        const QString connection = text("asking-for-the-owner");
-        const QDBusMessage answer = QDBusConnection::connectToBus(bus_.address(), connection).call(question);
-        QDBusConnection::disconnectFromBus(connection);
-        return answer.type() == QDBusMessage::ReplyMessage ? answer.arguments().constFirst().toUInt() : 0;
-    }
+    qint64 owner() const { return bus_.processOf(text("org.quenby.QNBHelper")); }
 
     PrivateBus bus_;
 };
@@ -280,7 +270,8 @@ TEST_F(NotifyProgramTest, AnOrderThatABusTookBeforeItWentIsNotCarriedOutHereToo)
     const Ended unanswered = createAndNotify(bus_.address());
     EXPECT_EQ(helper.orders().size(), 1);
     EXPECT_EQ(unanswered.code, 4);
-    EXPECT_THAT(unanswered.errors.toStdString(), HasSubstr("Whether the running helper has done it is not known"));
+    EXPECT_THAT(unanswered.errors.toStdString(),
+                HasSubstr("Whether the running helper has done it is not known"));
     EXPECT_THAT(tree(), IsEmpty());
 }
 

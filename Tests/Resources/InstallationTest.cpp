@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "Tests/Session/ChildProcess.h"
+#include "Tests/Session/PrivateBus.h"
 #include "Tests/Session/TemporaryHome.h"
 
 #include <QDir>
@@ -14,31 +15,51 @@
 
 namespace {
 
+/// What only an installation without components writes.
+const QString ownManifest = QStringLiteral(QUENBY_BUILD_TREE "/install_manifest.txt");
+const QString helperName = QStringLiteral("org.quenby.QNBHelper");
+
 /// What `cmake --install` puts into a prefix of its own.
 class InstallationTest : public ::testing::Test
 {
 protected:
-    void SetUp() override
+    void SetUp() override { install(); }
+
+    /// As a component, to which everything belongs: what the tree says of its own installation stays.
+    void install() const
     {
-        run(QStringLiteral(QUENBY_CMAKE), {QStringLiteral("--install"), QStringLiteral(QUENBY_BUILD_TREE),
-                                           QStringLiteral("--prefix"), installed(QString())});
+        run(QStringLiteral(QUENBY_CMAKE),
+            {QStringLiteral("--install"), QStringLiteral(QUENBY_BUILD_TREE), QStringLiteral("--prefix"),
+             installed(QString()), QStringLiteral("--component"), QStringLiteral("Unspecified")});
+    }
+    static QByteArray uninstall(int code)
+    {
+        return run(QStringLiteral(QUENBY_UNINSTALL),
+                   {QStringLiteral(QUENBY_BUILD_TREE "/install_manifest_Unspecified.txt")}, code);
     }
 
-    /// What \a program, which is to succeed, says.
-    static QByteArray run(const QString &program, const QStringList &arguments)
+    /// What \a program, which is to end with \a code, says.
+    static QByteArray run(const QString &program, const QStringList &arguments, int code = 0)
     {
         QProcess process;
         process.setProcessChannelMode(QProcess::MergedChannels);
         process.start(program, arguments);
         EXPECT_TRUE(process.waitForFinished()) << qPrintable(process.errorString());
         const QByteArray said = process.readAll();
-        EXPECT_EQ(process.exitCode(), 0) << said.constData();
+        EXPECT_EQ(process.exitCode(), code) << said.constData();
         return said;
     }
 
     QString installed(const QString &path) const
     {
-        return QDir::cleanPath(home_.filePath(QStringLiteral("prefix/") + path));
+        return QDir::cleanPath(home_.filePath(QStringLiteral("a user's [prefix/") + path));
+    }
+    /// Writes \a bytes to a new file.
+    void put(const QString &path, const QByteArray &bytes) const
+    {
+        QFile file(path);
+        ASSERT_TRUE(QDir().mkpath(QFileInfo(path).path()));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
     }
     QString program() const { return installed(QStringLiteral(QUENBY_INSTALL_BINDIR "/quenby-preferences")); }
 
@@ -117,25 +138,43 @@ TEST_F(InstallationTest, TheHelperIsFoundAmongTheProgramsAndFindsItsPane)
 
 TEST_F(InstallationTest, TheBusStartsTheInstalledHelper)
 {
-    QFile service(
-        installed(QStringLiteral(QUENBY_INSTALL_DATADIR "/dbus-1/services/org.quenby.QNBHelper.service")));
-    ASSERT_TRUE(service.open(QIODevice::ReadOnly));
-    const QByteArray program = installed(QStringLiteral(QUENBY_INSTALL_BINDIR "/QNBHelper")).toUtf8();
-    EXPECT_TRUE(service.readAll().contains("\nExec=" + program + '\n'));
+    const PrivateBus bus;
+    const QString file = helperName + QStringLiteral(".service");
+    ASSERT_TRUE(QFile::copy(installed(QStringLiteral(QUENBY_INSTALL_DATADIR "/dbus-1/services/") + file),
+                            bus.servicesFolder() + u'/' + file));
+    QStringList variables;
+    const QProcessEnvironment environment = home_.environment(bus.address());
+    for (const QString &name : environment.keys())
+        variables << name + u'=' + environment.value(name);
+    const QStringList asked{QStringLiteral("DBUS_SESSION_BUS_ADDRESS=") + bus.address()};
+    run(QStringLiteral("env"),
+        asked + QStringList{QStringLiteral("dbus-update-activation-environment")} + variables);
+    run(QStringLiteral("env"),
+        asked + QStringList{QStringLiteral("dbus-send"), QStringLiteral("--session"),
+                            QStringLiteral("--print-reply"), QStringLiteral("--dest=org.freedesktop.DBus"),
+                            QStringLiteral("/org/freedesktop/DBus"),
+                            QStringLiteral("org.freedesktop.DBus.StartServiceByName"),
+                            QStringLiteral("string:") + helperName, QStringLiteral("uint32:0")});
+    const qint64 helper = bus.processOf(helperName);
+    ASSERT_NE(helper, 0);
+    EXPECT_EQ(QFileInfo(QStringLiteral("/proc/%1/exe").arg(helper)).symLinkTarget(),
+              installed(QStringLiteral(QUENBY_INSTALL_BUNDLE
+                                       "/Contents/MacOS/QNBHelper.app/Contents/MacOS/QNBHelper")));
+    ASSERT_EQ(::kill(pid_t(helper), SIGTERM), 0);
+    EXPECT_TRUE(waitUntil([&] { return ::kill(pid_t(helper), 0) != 0; }));
 }
 
 TEST_F(InstallationTest, WhatWasInstalledIsRemovedAndNothingElse)
 {
+    QFile manifest(ownManifest);
+    EXPECT_FALSE(manifest.open(QIODevice::ReadOnly) && manifest.readAll().contains(home_.path().toUtf8()))
+        << "what the user has installed from the tree is not known any more";
     const QString pane = installed(QStringLiteral(QUENBY_INSTALL_BUNDLE));
     const QString others = installed(QStringLiteral(QUENBY_INSTALL_BINDIR "/of-another-program"));
     const QString inPane = pane + QStringLiteral("/Contents/Resources/of-the-user");
-    for (const QString &path : {others, inPane}) {
-        QFile file(path);
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    }
-    const QStringList uninstall = {QStringLiteral("-DMANIFEST=" QUENBY_BUILD_TREE "/install_manifest.txt"),
-                                   QStringLiteral("-P"), QStringLiteral(QUENBY_UNINSTALL)};
-    run(QStringLiteral(QUENBY_CMAKE), uninstall);
+    put(others, "");
+    put(inPane, "");
+    uninstall(0);
     QStringList left;
     QDirIterator walk(installed(QString()), QDir::Files | QDir::System | QDir::Hidden,
                       QDirIterator::Subdirectories);
@@ -147,7 +186,28 @@ TEST_F(InstallationTest, WhatWasInstalledIsRemovedAndNothingElse)
     EXPECT_EQ(left, expected);
     EXPECT_FALSE(QFileInfo::exists(pane + QStringLiteral("/Contents/MacOS")));
 
+    EXPECT_TRUE(uninstall(1).contains("Nothing is removed"));
     ASSERT_TRUE(QFile::remove(inPane));
-    run(QStringLiteral(QUENBY_CMAKE), uninstall);
+    uninstall(0);
     EXPECT_FALSE(QFileInfo::exists(pane)) << "a folder that is empty by now";
+}
+
+TEST_F(InstallationTest, WhatTheFirstVersionHadElsewhereIsRemovedAndNothingElse)
+{
+    const QString panes = installed(QStringLiteral(QUENBY_INSTALL_DATADIR "/PreferencePanes"));
+    const QString earlier = panes + QStringLiteral("/Quenby.prefPane");
+    const QString information = earlier + QStringLiteral("/Contents/Info.plist");
+    const QString metainfo =
+        installed(QStringLiteral(QUENBY_INSTALL_DATADIR "/metainfo/" QUENBY_IDENTIFIER ".metainfo.xml"));
+    put(information, "<key>CFBundleIdentifier</key><string>org.another.Quenby</string>");
+    install();
+    EXPECT_TRUE(QFileInfo::exists(information)) << "of somebody else";
+
+    put(information, "<key>CFBundleIdentifier</key><string>" QUENBY_IDENTIFIER "</string>");
+    put(earlier + QStringLiteral("/Contents/MacOS/QNBHelper.app/Contents/MacOS/QNBHelper"), "");
+    put(metainfo, "");
+    install();
+    EXPECT_FALSE(QFileInfo::exists(panes));
+    EXPECT_FALSE(QFileInfo::exists(metainfo));
+    EXPECT_TRUE(QFileInfo::exists(installed(QStringLiteral(QUENBY_INSTALL_BUNDLE "/Contents/Info.plist"))));
 }

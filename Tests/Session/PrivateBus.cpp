@@ -3,6 +3,8 @@
 
 #include "Tests/Session/PrivateBus.h"
 
+#include <QDBusConnection>
+#include <QDBusMessage>
 #include <QDir>
 #include <QFile>
 
@@ -32,6 +34,19 @@ PrivateBus::PrivateBus()
     : address_(QStringLiteral("unix:path=%1/bus").arg(folder_.path()))
 {
     start();
+}
+
+qint64 PrivateBus::processOf(const QString &name) const
+{
+    const QString busName = QStringLiteral("org.freedesktop.DBus");
+    QDBusMessage question =
+        QDBusMessage::createMethodCall(busName, QStringLiteral("/org/freedesktop/DBus"), busName,
+                                       QStringLiteral("GetConnectionUnixProcessID"));
+    question << name;
+    const QString connection = QStringLiteral("asking-for-a-process");
+    const QDBusMessage answer = QDBusConnection::connectToBus(address_, connection).call(question);
+    QDBusConnection::disconnectFromBus(connection);
+    return answer.type() == QDBusMessage::ReplyMessage ? answer.arguments().constFirst().toUInt() : 0;
 }
 
 void PrivateBus::kill()

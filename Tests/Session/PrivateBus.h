@@ -19,6 +19,8 @@ public:
     QString address() const { return address_; }
     /// For `*.service` files; looked at again when a service is asked for that is not known.
     QString servicesFolder() const { return folder_.filePath(QStringLiteral("services")); }
+    /// The process that has \a name on the bus; 0 if none has.
+    qint64 processOf(const QString &name) const;
     /// The bus dies, without a word to its clients.
     void kill();
     /// Starts again at the same address after kill().
