@@ -86,6 +86,7 @@ bool LeavingQuestion::mayLeave(PaneSession &session, QWidget &window)
             copy = saveCopy(session, window);
             break;
         case Answer::LeaveWithoutSaving:
+            session.giveUpSaving();
             return true;
         case Answer::Stay:
             session.select();

@@ -84,7 +84,7 @@ Result<> PaneSession::unselect()
 Result<> PaneSession::end()
 {
     // What was in the way may have gone, and this is the last chance.
-    if (!unselect())
+    if (!isGivenUp_ && !unselect())
         (void)save();
     strip_->setPane(nullptr);
     pane_.reset();

@@ -36,8 +36,10 @@ public:
     Result<> saveCopy(const QString &path);
     /// Has the pane take in these files, unless it has ended.
     void openFiles(const QStringList &paths);
+    /// The user leaves the pane, which is not selected and could not save, without saving.
+    void giveUpSaving() { isGivenUp_ = true; }
     /// Leaves the pane, and ends it; the view stays until the session goes. What became of the last save,
-    /// which is tried once more if it failed.
+    /// which is tried once more if it failed and was not given up.
     Result<> end();
 
 private:
@@ -45,5 +47,6 @@ private:
     std::unique_ptr<PreferencePane> pane_;
     QWidget *view_ = nullptr;
     bool isSelected_ = false;
+    bool isGivenUp_ = false;
     Result<> lastSave_;
 };

@@ -267,12 +267,22 @@ TEST_F(HostWindowTest, AWindowWhosePaneCannotSaveAsksBeforeItCloses)
     EXPECT_FALSE(closesWith({QStringLiteral("Try Again"), QStringLiteral("Cancel")}));
     EXPECT_EQ(questions_, QStringList(2, QStringLiteral("The reason is: No room.")));
     EXPECT_TRUE(record().endsWith("didSelect\ndidUnselect\nsave\ndidSelect\n"));
-    EXPECT_TRUE(closesWith({QStringLiteral("Close Without Saving")}));
 
     qunsetenv("QUENBY_TEST_BEHAVIOUR");
     QSignalSpy closing(&*window_, &HostWindow::closing);
     window_->close();
     EXPECT_EQ(closing.count(), 1) << "saved, it closes unasked";
+}
+
+TEST_F(HostWindowTest, WhoClosesWithoutSavingDoesSoAlsoIfItCouldBeSavedByNow)
+{
+    window_->showPane(panePath());
+    showWindow();
+    EXPECT_TRUE(closesWith({QStringLiteral("Close Without Saving")}));
+    qunsetenv("QUENBY_TEST_BEHAVIOUR");
+    EXPECT_FALSE(window_->leave());
+    EXPECT_TRUE(record().endsWith("didSelect\ndidUnselect\ndestroyed\nview destroyed\n"))
+        << record().constData();
 }
 
 TEST_F(HostWindowTest, WhatIsToldAtTheStartStandsAboveThePaneAndLeavesTheKeyboardToIt)
