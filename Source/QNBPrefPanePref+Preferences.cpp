@@ -155,6 +155,7 @@ Result<> QNBPrefPanePref::writePreferences()
             qCCritical(lcPane) << "nothing is saved over settings that could not be read:"
                                << _services.preferences->path() << caughtUp.error;
             tellUnread(caughtUp);
+            notifyPresetsChanged();
             // What nobody has changed need not be saved.
             return isEdited() ? caughtUp : Result<>();
         }

@@ -141,6 +141,7 @@ TEST_F(QNBPrefPanePrefStoredStatesTest, PresetsThatCouldNotBeReadAreTakenWhenThe
     EXPECT_FALSE(QFile::exists(mounted()));
     EXPECT_TRUE(listener.notices.contains(Kind::Unreadable));
     EXPECT_TRUE(listener.results.isEmpty()) << "nothing had to be saved";
+    EXPECT_TRUE(notifications.contains(QNBPresetConfigurationChangedNotification));
     mount();
     loseKeyboardAndRegainIt();
     EXPECT_EQ(shown(), QStringList{mine});
