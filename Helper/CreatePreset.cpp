@@ -160,11 +160,12 @@ UndoReport undoKept(const History &history, const History::Creation &creation)
 using Interrupted = std::vector<Journals::Interrupted>;
 
 /// Those journals that still stand for something. One of a creation that was stored, and killed right after
-/// that, does not.
-Interrupted interruptedCreations(const std::optional<History::Creation> &last)
+/// that, does not. The paths of those that are later than \a last, and cannot be read, are appended to
+/// \a unreadable.
+Interrupted interruptedCreations(const std::optional<History::Creation> &last, QStringList &unreadable)
 {
     const Journals journals;
-    Interrupted interrupted = journals.interrupted();
+    Interrupted interrupted = journals.interrupted(last ? last->begun : 0, unreadable);
     std::erase_if(interrupted, [&](const Journals::Interrupted &journal) {
         const bool isStored = last && last->id == journal.content.id;
         if (const Result<> removed = isStored ? journals.remove(journal.path) : Result<>(); !removed)
@@ -264,7 +265,13 @@ UndoReport undoLastCreation()
         return refused(lock.error);
     const auto read = history.read();
     const std::optional<History::Creation> creation = read.value.value_or(std::nullopt);
-    Interrupted interrupted = interruptedCreations(creation);
+    QStringList unreadable;
+    Interrupted interrupted = interruptedCreations(creation, unreadable);
+    // The creation before is not to be taken for the one that it notes.
+    if (!unreadable.isEmpty())
+        return refused(tr("What was noted of a creation that was interrupted cannot be read: %1. Remove that "
+                          "file to undo the creation before.")
+                           .arg(lineText(unreadable.constFirst())));
     // On a disk that is not there now, say: what else there is must not wait for that.
     const auto isAway = [](const Journals::Interrupted &journal) {
         return !QFileInfo(QFile::decodeName(journal.content.plan.resolvedTarget())).isDir();
@@ -294,7 +301,8 @@ UndoReport undoCreation(const CreationReport &report)
     const QString &id = report.step->id();
     if (last && last->id == id)
         return undoKept(history, *last);
-    const Interrupted interrupted = interruptedCreations(last);
+    QStringList unreadable;
+    const Interrupted interrupted = interruptedCreations(last, unreadable);
     if (std::any_of(interrupted.cbegin(), interrupted.cend(),
                     [&id](const Journals::Interrupted &journal) { return journal.content.id == id; }))
         return undoInterrupted(interrupted, id);
@@ -312,8 +320,9 @@ QStringList newsOfInterruptedCreations()
     const Journals journals;
     if (!journals.hasInterrupted())
         return lines;
+    QStringList unreadable;
     for (const Journals::Interrupted &journal :
-         interruptedCreations(History().read().value.value_or(std::nullopt))) {
+         interruptedCreations(History().read().value.value_or(std::nullopt), unreadable)) {
         if (journal.content.isTold)
             continue;
         lines.prepend(tr("The creation of \"%1\" in %2 was interrupted. Undoing it removes what it has made.")

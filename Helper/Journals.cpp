@@ -3,6 +3,7 @@
 
 #include "Helper/Journals.h"
 
+#include "Helper/Creation/FileSystemTime.h"
 #include "Platform/BoundedFile.h"
 #include "Platform/DesktopFolders.h"
 #include "Platform/DurableFileWriter.h"
@@ -105,16 +106,21 @@ QStringList Journals::abandoned(int timeout) const
     return paths;
 }
 
-std::vector<Journals::Interrupted> Journals::interrupted() const
+std::vector<Journals::Interrupted> Journals::interrupted(qint64 since, QStringList &unreadable) const
 {
     std::vector<Interrupted> journals;
     for (const QString &path : abandoned(lockTimeout)) {
         const Result<QByteArray> bytes = BoundedFile::read(path, largestJournal);
         const auto content = bytes ? Creation::JournalFormat::read(*bytes) : std::nullopt;
-        if (content)
+        if (content) {
             journals.push_back({path, *content});
-        else
-            qCWarning(lcJournals) << "not the journal of a creation:" << path << bytes.error;
+            continue;
+        }
+        qCWarning(lcJournals) << "not the journal of a creation:" << path << bytes.error;
+        struct stat information = {};
+        if (FileLayer::real().lstat(QFile::encodeName(path), &information) != 0 ||
+            FileSystemTime::of(information.st_mtim) >= since)
+            unreadable.append(path);
     }
     std::sort(journals.begin(), journals.end(), [](const Interrupted &one, const Interrupted &other) {
         return one.content.begun > other.content.begun;

@@ -32,8 +32,10 @@ public:
         QString path;
         Creation::JournalContent content;
     };
-    /// Those whose creation is over and that were not removed, the one that began last first.
-    std::vector<Interrupted> interrupted() const;
+    /// Those whose creation is over and that were not removed, the one that began last first. The paths of
+    /// those that cannot be read, and were changed after \a since, in nanoseconds since 1970, are appended to
+    /// \a unreadable.
+    std::vector<Interrupted> interrupted(qint64 since, QStringList &unreadable) const;
     /// Whether there is one of those. Does not wait: while another process begins a creation, there is none.
     bool hasInterrupted() const;
     /// Notes that the user was told of it, or need not be.

@@ -3,31 +3,22 @@
 
 #include "Helper/UndoStep.h"
 
+#include "Helper/Creation/FileSystemTime.h"
 #include "Helper/Journals.h"
 
 #include <QLoggingCategory>
 #include <QUuid>
 
-#include <ctime>
-
 namespace {
 
 Q_LOGGING_CATEGORY(lcUndoStep, "quenby.helper.undostep")
-
-/// By the clock of file systems, which stands still for a moment at a time.
-qint64 fileSystemTime()
-{
-    timespec now = {};
-    ::clock_gettime(CLOCK_REALTIME_COARSE, &now);
-    return qint64(now.tv_sec) * 1'000'000'000 + now.tv_nsec;
-}
 
 } // namespace
 
 UndoStep::UndoStep(qsizetype folders, FolderLayer &layer)
     : layer_(layer)
     , id_(QUuid::createUuid().toString(QUuid::WithoutBraces))
-    , creation_{id_, {}, {}, false, fileSystemTime()}
+    , creation_{id_, {}, {}, false, FileSystemTime::now()}
     , folders_(folders)
 {
 }
@@ -41,15 +32,41 @@ UndoStep::~UndoStep()
 Creation::Journal *UndoStep::beginFolder(const QString &label, const Creation::Plan &plan)
 {
     creation_.label = label;
-    auto journal = Journals().begin({id_, label, fileSystemTime(), false, plan}, layer_);
+    auto journal = Journals().begin({id_, label, FileSystemTime::now(), false, plan}, layer_);
     if (!journal) {
         qCWarning(lcUndoStep) << "a creation that is killed cannot be undone:" << journal.error;
         isJournaled_ = false;
         journals_.push_back(nullptr);
+        setEarlierAside();
         return nullptr;
     }
     journals_.push_back(*journal);
     return journals_.back().get();
+}
+
+void UndoStep::setEarlierAside()
+{
+    const History history;
+    const Result<FileLock> lock = history.lock();
+    if (!lock || earlier_)
+        return;
+    earlier_ = history.read().value.value_or(std::nullopt);
+    if (const Result<> forgotten = history.forget(); !forgotten)
+        qCWarning(lcUndoStep) << "the creation before would be taken for one that is killed:"
+                              << forgotten.error;
+}
+
+/// Nothing was made after it.
+void UndoStep::restoreEarlier()
+{
+    if (!earlier_)
+        return;
+    const History history;
+    const Result<FileLock> lock = history.lock();
+    const Result<> stored = lock ? history.store(*earlier_) : Result<>::failure(lock.error);
+    if (!stored)
+        qCWarning(lcUndoStep) << "the creation before cannot be undone any more:" << stored.error;
+    earlier_.reset();
 }
 
 std::size_t UndoStep::add(const Creation::Record &record)
@@ -75,6 +92,8 @@ QString UndoStep::endFolder()
 QString UndoStep::endAll()
 {
     folders_ = 0;
+    if (creation_.records.empty())
+        restoreEarlier();
     if (isStored_ || creation_.records.empty())
         return {};
     isStored_ = true;

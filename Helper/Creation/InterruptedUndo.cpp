@@ -3,6 +3,7 @@
 
 #include "Helper/Creation/InterruptedUndo.h"
 
+#include "Helper/Creation/FileSystemTime.h"
 #include "Helper/Creation/RecordWalk.h"
 #include "Helper/Creation/Remains.h"
 #include "Helper/Creation/SupportFile.h"
@@ -18,13 +19,7 @@ namespace Creation {
 
 namespace {
 
-constexpr qint64 nanosecondsInSecond = 1'000'000'000;
 constexpr size_t blockSize = 64 * 1024;
-
-qint64 nanoseconds(const timespec &time)
-{
-    return qint64(time.tv_sec) * nanosecondsInSecond + time.tv_nsec;
-}
 
 class InterruptedUndo
 {
@@ -138,13 +133,13 @@ private:
     static bool isUnchanged(const Record::Entry &entry, const struct stat &now)
     {
         return S_ISREG(now.st_mode) && now.st_size == entry.size &&
-               nanoseconds(now.st_mtim) == nanoseconds(entry.modified);
+               FileSystemTime::of(now.st_mtim) == FileSystemTime::of(entry.modified);
     }
 
     /// Whether it can be what the creation had begun to make.
     bool isUnfinished(int folder, const Record::Entry &entry, const Place &place, const struct stat &now)
     {
-        if (nanoseconds(now.st_ctim) < journal_.begun)
+        if (FileSystemTime::of(now.st_ctim) < journal_.begun)
             return false;
         if (entry.isFolder())
             return S_ISDIR(now.st_mode);

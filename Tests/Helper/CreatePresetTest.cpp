@@ -3,10 +3,12 @@
 
 #include "Helper/CreatePreset.h"
 
+#include "Helper/Creation/FileSystemTime.h"
 #include "Helper/History.h"
 #include "Platform/FileLock.h"
 #include "Tests/Helper/Creation/ForkedProcess.h"
 #include "Tests/Helper/Creation/UnreservedDisk.h"
+#include "Tests/Session/ChildProcess.h"
 #include "Tests/Session/SmallDisk.h"
 #include "Tests/Session/TemporaryHome.h"
 
@@ -217,7 +219,8 @@ TEST_F(CreatePresetTest, OnAFullDiskItIsUndoneOrNotRememberedAndAnEarlierOneIsNo
         ASSERT_TRUE(disk.clear());
         createPreset(request_);
         ASSERT_TRUE(disk.fill(0));
-        const CreationReport second = createPreset(request_);
+        // Also what the earlier one took.
+        const CreationReport second = createWhileItFills(disk);
         EXPECT_EQ(second.status, CreationReport::Status::Created);
         EXPECT_FALSE(second.warning.isEmpty());
         EXPECT_EQ(undoLastCreation().status, UndoReport::Status::NothingToUndo);
@@ -330,6 +333,42 @@ TEST_F(CreatePresetTest, WhetherThereIsSomethingToUndoIsSaidWithoutWaitingForAno
         EXPECT_LT(time.elapsed(), 3000) << "who creates is waited for ten seconds";
     }
     EXPECT_TRUE(canUndo());
+}
+
+TEST_F(CreatePresetTest, AJournalThatCannotBeReadHasNoEarlierCreationTakenForItsOwn)
+{
+    createPreset(request_);
+    const QString journal = stateFolder() + QStringLiteral("/Creation-1.journal");
+    QFile unreadable(journal);
+    ASSERT_TRUE(unreadable.open(QIODevice::WriteOnly) && unreadable.write("of another version") > 0);
+    unreadable.close();
+    const UndoReport refused = undoLastCreation();
+    EXPECT_EQ(refused.status, UndoReport::Status::Refused);
+    EXPECT_THAT(refused.message.toStdString(), HasSubstr(journal.toStdString()));
+    EXPECT_EQ(names().size(), 3);
+    // One that was made after it is the last.
+    const qint64 changed = FileSystemTime::now();
+    ASSERT_TRUE(waitUntil([changed] { return FileSystemTime::now() > changed; }));
+    createPreset(request_);
+    EXPECT_EQ(undoLastCreation().status, UndoReport::Status::Undone);
+    EXPECT_EQ(names().size(), 3);
+}
+
+TEST_F(CreatePresetTest, WhileOneGoesOnWithoutAJournalTheEarlierOneIsNotTakenForIt)
+{
+    ASSERT_TRUE(QDir().mkpath(stateFolder()));
+    ForkedProcess::run([this] {
+        SmallDisk disk(stateFolder());
+        createPreset(request_);
+        ASSERT_TRUE(disk.fill(0));
+        const CreationReport second = createPreset(request_, [](qsizetype done, qsizetype) {
+            EXPECT_FALSE(canUndo());
+            return done == 0;
+        });
+        EXPECT_EQ(second.status, CreationReport::Status::Cancelled);
+        EXPECT_EQ(undoLastCreation().status, UndoReport::Status::Undone) << "nothing was made after it";
+        EXPECT_THAT(names(), IsEmpty());
+    });
 }
 
 TEST_F(CreatePresetTest, WhereTheDiskFillsUpMeanwhileTheJournalIsKept)
