@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "Fuzz/PresetChecks.h"
+#include "Fuzz/PropertyListChecks.h"
 #include "Source/QNBSettingsStore.h"
 
 #include <QDir>
@@ -44,8 +45,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     QNBSettings settings;
     // What cannot be read is kept aside, and saved over.
     (void)QNBSettingsStore::read(preferences, {}, settings);
-    if (!QNBSettingsStore::write(preferences, settings))
-        return 0; // shared parts without a contrived file's padding
+    if (const Result<> written = QNBSettingsStore::write(preferences, settings); !written) {
+        PresetChecks::require(PropertyListChecks::mayBeRefused(written.error), qPrintable(written.error));
+        return 0;
+    }
     const QNBSettings again = settingsIn(folder.path());
     PresetChecks::require(again.presets.size() == settings.presets.size(), "presets are lost");
     for (qsizetype i = 0; i < again.presets.size(); ++i)

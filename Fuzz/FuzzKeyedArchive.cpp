@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: Quenby contributors
 // SPDX-License-Identifier: MIT
 
+#include "Fuzz/PropertyListChecks.h"
 #include "Platform/KeyedArchiver.h"
 #include "Platform/KeyedUnarchiver.h"
 
@@ -42,8 +43,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
 
     // An archive as we write it is smaller, so that it may stand for fewer values.
     const PropertyList::WriteResult first = archived(document);
-    if (!first)
+    if (!first) {
+        if (!PropertyListChecks::mayBeRefusedInArchive(first.error))
+            std::abort();
         return 0;
+    }
     const PropertyList::WriteResult second = archived(readAgain(first));
     if (second && archived(readAgain(second)).bytes != second.bytes)
         std::abort();

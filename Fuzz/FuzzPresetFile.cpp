@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "Fuzz/PresetChecks.h"
+#include "Fuzz/PropertyListChecks.h"
 #include "Source/QNBAttributeCommands.h"
 #include "Source/QNBPresetFile.h"
 #include "Source/QNBStructureCommands.h"
@@ -125,8 +126,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     }
     KeyedArchiver archiver;
     const PropertyList::WriteResult archive = archiver.finish(preset->encode(archiver));
-    if (!archive)
-        return 0; // deeper than an archive may be, or shared parts without a contrived file's padding
+    if (!archive) {
+        PresetChecks::require(PropertyListChecks::mayBeRefusedInArchive(archive.error),
+                              qPrintable(archive.error));
+        return 0;
+    }
     const PropertyListDocument::Ptr read = KeyedUnarchiver::unarchivedDocument(*archive.bytes, &reason);
     PresetChecks::require(read != nullptr, "what was archived is refused");
     PresetChecks::require(PresetChecks::sameStored(*preset, *QNBPresetRecord::fromStored(read->root())),

@@ -11,6 +11,19 @@
 /// what was found once.
 namespace PropertyListChecks {
 
+/// Whether what was read may be refused with \a error when it is written: without the padding of a contrived
+/// file its shared parts may be over the limit.
+inline bool mayBeRefused(const QString &error)
+{
+    return error.contains(QLatin1String("shared parts"));
+}
+
+/// The same in an archive, which nests deeper than what is in it.
+inline bool mayBeRefusedInArchive(const QString &error)
+{
+    return mayBeRefused(error) || error.contains(QLatin1String("levels of nesting"));
+}
+
 /// What reads, writes and reads back equal: through nodes, and as values.
 /// The answer is what went wrong, or empty.
 inline QString readsBackEqual(const QByteArray &bytes)
@@ -32,8 +45,7 @@ inline QString readsBackEqual(const QByteArray &bytes)
             complaint = QStringLiteral("what was written reads back otherwise");
         if (again)
             PropertyList::destroy(*again.value);
-    } else if (!written.error.contains(QLatin1String("shared parts"))) {
-        // Without the padding of a contrived file, its shared parts may be over the limit.
+    } else if (!mayBeRefused(written.error)) {
         complaint = QStringLiteral("what was read cannot be written: ") + written.error;
     }
 
