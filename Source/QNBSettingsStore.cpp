@@ -187,8 +187,8 @@ Result<> write(Preferences &preferences, const QNBSettings &settings)
     preferences.setAppValue(QNBPreferenceKey::hotKeyCode, qlonglong(settings.shortcutCombo.code));
     // Signed, as they are read: all 64 bits come back.
     preferences.setAppValue(QNBPreferenceKey::hotKeyFlags, qlonglong(settings.shortcutCombo.flags));
-    if (isKnownPlace(settings.shortcutCombo))
-        preferences.setAppValue(QNBPreferenceKey::hotKeyIsPlace, true);
+    preferences.setAppValue(QNBPreferenceKey::hotKeyIsPlace,
+                            isKnownPlace(settings.shortcutCombo) ? QVariant(true) : QVariant());
     return preferences.appSynchronize();
 }
 

@@ -89,6 +89,12 @@ TEST_F(QNBSettingsStoreTest, AHotKeyOfAnotherProgramOrAnEarlierVersionStaysMarke
     ASSERT_TRUE(writeSettings(settings));
     EXPECT_EQ(domainOnDisk().value(QNBPreferenceKey::hotKeyIsPlace), true);
     EXPECT_EQ(readSettings().shortcutCombo, settings.shortcutCombo);
+
+    // As from a state that was taken before.
+    settings.shortcutCombo = {1 << 20, 6, true};
+    ASSERT_TRUE(writeSettings(settings));
+    EXPECT_FALSE(domainOnDisk().contains(QNBPreferenceKey::hotKeyIsPlace));
+    EXPECT_EQ(readSettings().shortcutCombo, settings.shortcutCombo);
 }
 
 TEST_F(QNBSettingsStoreTest, WithoutOneOfItsKeysOrAsNoNumbersTheHotKeyStaysAsItWas)
