@@ -80,7 +80,8 @@ TEST_P(EveryDesktopTest, APresetIsDraggedToAnotherProgram)
         {QStringLiteral("--at"), QStringLiteral("1080,600"), QStringLiteral("--into"), folder},
         anyScreen_->environmentFrom(session_.home().environment(session_.busAddress())));
     ASSERT_TRUE(waitUntil([&] { return dropTarget.output().contains("ready"); }, patience));
-    ASSERT_TRUE(anyScreen_->dragOn(target, [&] { return dropTarget.output().contains("enter"); }));
+    ASSERT_TRUE(anyScreen_->dragOn(target, [&] { return dropTarget.output().contains("may"); }));
+    EXPECT_TRUE(dropTarget.output().contains("\nmay copy\n")) << dropTarget.output().constData();
     ASSERT_TRUE(anyScreen_->dragOn(target, hasArrived)) << host_->errors().constData();
     anyScreen_->releaseMouse();
     ASSERT_TRUE(waitUntil([&] { return dropTarget.output().contains("done"); }, patience))
