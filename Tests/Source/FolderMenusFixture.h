@@ -22,6 +22,8 @@ protected:
     static constexpr int fixedItems = 3;
     static constexpr int noFileTag = 2100;
 
+    void TearDown() override { expectNothingSavedSinceStoring(); }
+
     /// A preset with a file in row 0 and a folder in row 1, the file selected; a second, empty one.
     void open()
     {

@@ -20,6 +20,8 @@ namespace {
 class QNBPrefPanePrefAttributeActions : public PaneFixture
 {
 protected:
+    void TearDown() override { expectNothingSavedSinceStoring(); }
+
     void open()
     {
         store({preset(QStringLiteral("A"), {QStringLiteral("file"), QStringLiteral("folder/")})});

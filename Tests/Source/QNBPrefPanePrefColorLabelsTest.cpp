@@ -22,6 +22,8 @@ const QStringList buttonNames{QStringLiteral("red"),   QStringLiteral("orange"),
 class QNBPrefPanePrefColorLabels : public PaneFixture
 {
 protected:
+    void TearDown() override { expectNothingSavedSinceStoring(); }
+
     /// A preset with one file for each of \a colors.
     void openWithColors(const QStringList &colors)
     {

@@ -27,7 +27,7 @@ TEST_F(QNBPrefPanePrefFolderMenus, AContentFileInASubfolderIsListedAndStoredByIt
     EXPECT_EQ(built(contentMenu()).constFirst()->text(), QStringLiteral("Sub/name.ext"));
     pane->fileContentItemClicked(*built(contentMenu()).constFirst());
     EXPECT_EQ(content(), QStringLiteral("Sub/name.ext"));
-    EXPECT_TRUE(pane->didUnselect());
+    leavePane();
     EXPECT_EQ(stored().presets.at(0)->fileHierarchy()->childAtIndex(0)->contentFilename(),
               QStringLiteral("Sub/name.ext"));
 }

@@ -24,6 +24,8 @@ QVariantMap permissions(qlonglong owner, qlonglong group, qlonglong others)
 class QNBPrefPanePrefPermissions : public PaneFixture
 {
 protected:
+    void TearDown() override { expectNothingSavedSinceStoring(); }
+
     QCheckBox &box(const QString &name) const
     {
         return *outlet<QCheckBox>(QStringLiteral("_ui_perm") + name);

@@ -19,6 +19,8 @@ namespace {
 class QNBPrefPanePrefPresets : public PaneFixture
 {
 protected:
+    void TearDown() override { expectNothingSavedSinceStoring(); }
+
     QNBPresetRecordPtr record(int row) const
     {
         return std::static_pointer_cast<QNBPresetRecord>(controller().arrangedObjects().at(row));
@@ -48,7 +50,7 @@ TEST_F(QNBPrefPanePrefPresets, ANewPresetIsSelectedAndItsNameIsTypedAtOnce)
     EXPECT_TRUE(QTest::qWaitFor([this] { return record(1)->label() == u"Wedding"; }));
     EXPECT_EQ(outline().placeholderText(), u"This preset is empty");
     EXPECT_EQ(outline().accessibleDescription(), u"This preset is empty");
-    EXPECT_TRUE(pane->didUnselect());
+    leavePane();
     EXPECT_EQ(stored().presets.size(), 2);
 }
 
@@ -149,8 +151,7 @@ TEST_F(QNBPrefPanePrefPresets, ADescriptionThatIsNotTouchedKeepsItsValue)
     store({a, b});
     openPane();
     controller().setSelectionIndex(1);
-    pane->windowDidResignKey();
-    EXPECT_TRUE(pane->didUnselect());
+    leavePane();
     const QNBSettings settings = stored();
     EXPECT_EQ(settings.presets.at(0)->valueForKey(QNBPresetKey::presetDescription).toList().size(), 2);
     EXPECT_TRUE(settings.presets.at(1)->valueForKey(QNBPresetKey::presetDescription).isValid());
@@ -214,7 +215,7 @@ TEST_F(QNBPrefPanePrefPresets, AHundredPresets)
     QTest::keyClick(&list(), Qt::Key_End);
     EXPECT_EQ(list().selectedRow(), 99);
     EXPECT_EQ(outlineRows(), QStringList({QStringLiteral("file 99")}));
-    EXPECT_TRUE(pane->didUnselect());
+    leavePane();
     const QNBSettings settings = stored();
     ASSERT_EQ(settings.presets.size(), 100);
     EXPECT_EQ(settings.presets.at(42)->label(), u"Preset 42");
