@@ -147,7 +147,7 @@ TEST_F(QNBPrefPanePrefColorLabels, TheButtonWithTheKeyboardIsNamed)
     EXPECT_EQ(colorName(), u"");
 }
 
-TEST_F(QNBPrefPanePrefColorLabels, ClickingAButtonSetsTheColorLightsItAndClosesTheMenu)
+TEST_F(QNBPrefPanePrefColorLabels, ThePaneToldOfAButtonSetsTheColorLightsItAndClosesTheMenu)
 {
     openWithColors({{}, QStringLiteral("red")});
     outline().selectRow(0);
@@ -161,7 +161,7 @@ TEST_F(QNBPrefPanePrefColorLabels, ClickingAButtonSetsTheColorLightsItAndClosesT
     EXPECT_EQ(item(1).colorName(), u"red");
 }
 
-TEST_F(QNBPrefPanePrefColorLabels, ClickingTheNoLabelButtonStoresNothingLightsNoneAndEmptiesTheName)
+TEST_F(QNBPrefPanePrefColorLabels, ThePaneToldOfTheNoLabelButtonStoresNothingLightsNoneAndEmptiesTheName)
 {
     openWithColors({QStringLiteral("red")});
     outline().selectRow(0);

@@ -8,6 +8,7 @@
 
 #include <QCheckBox>
 #include <QElapsedTimer>
+#include <QGroupBox>
 #include <QLabel>
 #include <QPushButton>
 #include <QTabWidget>
@@ -93,6 +94,12 @@ protected:
 };
 
 } // namespace
+
+TEST_F(QNBPrefPanePrefHelperControl, TheirGroupIsCalledHelper)
+{
+    openPane();
+    EXPECT_EQ(outlet<QGroupBox>(QStringLiteral("_helperBox"))->title(), u"Helper");
+}
 
 TEST_F(QNBPrefPanePrefHelperControl, TheControlsAreFilledBeforeTheHelperIsStarted)
 {

@@ -142,10 +142,12 @@ TEST_F(NoticeStripTest, AButtonWithTheKeyboardKeepsItWhenItsNoticeIsToldAgain)
 
 TEST_F(NoticeStripTest, WhatIsWorthKnowingOnceIsDismissed)
 {
+    strip_.showNotice(notice(Kind::Tip, QStringLiteral("This is possible.")));
     strip_.showNotice(notice(Kind::Hint, QStringLiteral("By the way.")));
     strip_.showNotice(notice(Kind::LeftOut, QStringLiteral("Not all was done.")));
     strip_.showNotice(notice(Kind::Replaced, QStringLiteral("Something took its place.")));
-    for (const char *said : {"Something took its place.", "Not all was done.", "By the way."}) {
+    for (const char *said :
+         {"Something took its place.", "Not all was done.", "By the way.", "This is possible."}) {
         EXPECT_EQ(text(), QString::fromLatin1(said));
         ASSERT_EQ(buttons().size(), 1);
         EXPECT_EQ(buttons().constFirst()->text(), QStringLiteral("Dismiss"));
