@@ -201,7 +201,10 @@ void QNBPrefPanePref::scriptsItemClicked(const QAction &menuItem)
         const QFileInfo script(supportFolder(QNBFolderMenu::Kind::Scripts) + u'/' + path);
         // Of folders, bundles alone hold a program.
         const QFileInfo program(script.isDir() ? Bundle::programOf(script.filePath()) : script.filePath());
-        if (!program.isExecutable()) {
+        // The helper runs no program that a bundle has elsewhere.
+        const bool isElsewhere =
+            script.isDir() && !program.canonicalFilePath().startsWith(script.canonicalFilePath() + u'/');
+        if (!program.isExecutable() || isElsewhere) {
             answerTo({.title = tr("Script File not Executable"),
                       .message = tr("Script file '%1' is not set to be executable. Please make sure it "
                                     "is set to be executable (chmod +x).")

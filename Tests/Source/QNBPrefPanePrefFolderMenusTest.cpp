@@ -150,6 +150,9 @@ TEST_F(QNBPrefPanePrefFolderMenus, AFolderIsRefusedAsAScriptUnlessItHoldsAProgra
     makeScript(QStringLiteral("Tool.app/Contents/MacOS/tool"));
     makeScript(QStringLiteral("Portable.app/AppDir/AppRun"));
     makeScript(QStringLiteral("Empty.app/Contents/readme"));
+    makeScript(QStringLiteral("Elsewhere.app/AppDir/readme"));
+    ASSERT_TRUE(QFile::link(path(QStringLiteral("support/Quenby/Scripts/Sub/run.sh")),
+                            path(QStringLiteral("support/Quenby/Scripts/Elsewhere.app/AppDir/AppRun"))));
     writeFile(
         QStringLiteral("support/Quenby/Scripts/Tool.app/Contents/Info.plist"),
         "<plist version=\"1.0\"><dict><key>CFBundleExecutable</key><string>tool</string></dict></plist>");
@@ -158,7 +161,7 @@ TEST_F(QNBPrefPanePrefFolderMenus, AFolderIsRefusedAsAScriptUnlessItHoldsAProgra
         choose(scriptMenu(), QString::fromLatin1(name));
         EXPECT_EQ(script().toString(), QString::fromLatin1(name));
     }
-    for (const char *name : {"Sub", "Empty.app"}) {
+    for (const char *name : {"Sub", "Empty.app", "Elsewhere.app"}) {
         alerts.clear();
         alertAnswers = {AlertPanel::Answer::Default};
         choose(scriptMenu(), QString::fromLatin1(name));
