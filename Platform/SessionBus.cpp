@@ -99,14 +99,18 @@ void SessionBus::watch(Changed changed)
     d_->onThread([connection = d_->connection, changed = std::move(changed)] { connection->watch(changed); });
 }
 
-void SessionBus::watchOwner(const QString &name, const std::function<void()> &changed)
+SessionBus::Signal SessionBus::ownerChange(const QString &name)
 {
-    listen({QStringLiteral("org.freedesktop.DBus"),
+    return {QStringLiteral("org.freedesktop.DBus"),
             QStringLiteral("/org/freedesktop/DBus"),
             QStringLiteral("org.freedesktop.DBus"),
             QStringLiteral("NameOwnerChanged"),
-            {name}},
-           [changed](const QDBusMessage &) { changed(); });
+            {name}};
+}
+
+void SessionBus::watchOwner(const QString &name, const std::function<void()> &changed)
+{
+    listen(ownerChange(name), [changed](const QDBusMessage &) { changed(); });
     watch([changed](const std::optional<QDBusConnection> &) { changed(); });
 }
 

@@ -66,6 +66,10 @@ public:
     /// Calls \a received for each such signal from now on, whenever there is a bus.
     void listen(const Signal &signal, Received received);
 
+    /// What the bus says when the service \a name comes, goes or passes to another program: with its name,
+    /// and with the owners before and now, which are empty where there is none.
+    static Signal ownerChange(const QString &name);
+
     /// Calls \a changed as soon as it is known whether there is a bus, and then each time it comes or goes:
     /// with the connection, once the bus knows of everything listened for, or with none.
     void watch(Changed changed);

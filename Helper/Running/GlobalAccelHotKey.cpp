@@ -3,16 +3,15 @@
 
 #include "Helper/Running/GlobalAccelHotKey.h"
 
-#include "Helper/Running/NameOwner.h"
 #include "Keyboard/LayoutKeys.h"
 
 #include <QCoreApplication>
 #include <QDBusArgument>
+#include <QDBusError>
 #include <QDBusMessage>
 #include <QDBusMetaType>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
-#include <QLoggingCategory>
 
 #include <algorithm>
 #include <array>
@@ -54,9 +53,6 @@ const QDBusArgument &operator>>(const QDBusArgument &argument, GlobalAccelKeys &
 
 namespace {
 
-Q_LOGGING_CATEGORY(lcGlobalAccel, "quenby.helper.hotkey.globalaccel")
-
-const QString service = QStringLiteral("org.kde.kglobalaccel");
 const QString objectPath = QStringLiteral("/kglobalaccel");
 const QString interfaceName = QStringLiteral("org.kde.KGlobalAccel");
 const QString componentInterface = QStringLiteral("org.kde.kglobalaccel.Component");
@@ -77,18 +73,33 @@ QStringList actionId()
             QCoreApplication::translate("GlobalAccelHotKey", "Show the presets")};
 }
 
-QDBusMessage message(const QString &method, const QVariantList &arguments)
+QDBusMessage messageTo(const QString &owner, const QString &method, const QVariantList &arguments)
 {
-    QDBusMessage result = QDBusMessage::createMethodCall(service, objectPath, interfaceName, method);
+    QDBusMessage result = QDBusMessage::createMethodCall(owner, objectPath, interfaceName, method);
     result.setArguments(arguments);
     result.setAutoStartService(false);
     return result;
 }
 
+/// Whether nobody is there to answer; any other error is an answer, or one that takes too long.
+bool isMissing(const QDBusError &error)
+{
+    switch (error.type()) {
+    case QDBusError::ServiceUnknown:
+    case QDBusError::UnknownObject:
+    case QDBusError::UnknownInterface:
+    case QDBusError::UnknownMethod:
+        return true;
+    default:
+        return error.name() == u"org.freedesktop.DBus.Error.NameHasNoOwner";
+    }
+}
+
 } // namespace
 
-GlobalAccelHotKey::GlobalAccelHotKey(QDBusConnection bus, Handlers handlers)
+GlobalAccelHotKey::GlobalAccelHotKey(QDBusConnection bus, QString owner, Handlers handlers)
     : bus_(std::move(bus))
+    , owner_(std::move(owner))
     , handlers_(std::move(handlers))
 {
     qDBusRegisterMetaType<GlobalAccelKeys>();
@@ -98,7 +109,7 @@ GlobalAccelHotKey::GlobalAccelHotKey(QDBusConnection bus, Handlers handlers)
 GlobalAccelHotKey::~GlobalAccelHotKey()
 {
     if (isRegistered_)
-        bus_.send(message(QStringLiteral("unregister"), {componentName, actionName}));
+        bus_.send(messageTo(owner_, QStringLiteral("unregister"), {componentName, actionName}));
 }
 
 QString GlobalAccelHotKey::name() const
@@ -109,34 +120,18 @@ QString GlobalAccelHotKey::name() const
 void GlobalAccelHotKey::grab(const KeyCombo &combo)
 {
     combo_ = combo;
-    NameOwner::ask(bus_, service, this, [this](const QString &owner) {
-        if (owner.isEmpty()) {
-            handlers_.missing(QStringLiteral("it has none"));
-            return;
-        }
-        // Of whatever object of the service, which gives the component one of its own.
-        bus_.connect(owner, QString(), componentInterface, pressedSignal, this,
-                     SLOT(pressed(QString, QString, qlonglong)));
-        call(QStringLiteral("doRegister"), {actionId()}, [this](const QDBusMessage &) {
-            isRegistered_ = true;
-            setKeys([this](bool isSet) {
-                if (isSet)
-                    handlers_.granted({});
-                else
-                    handlers_.refused(QStringLiteral("something else has it"));
-            });
-        });
-    });
+    isRegistered_ = true;
+    // Of whatever object of the service, which gives the component one of its own.
+    bus_.connect(owner_, QString(), componentInterface, pressedSignal, this,
+                 SLOT(pressed(QString, QString, qlonglong)));
+    call(QStringLiteral("doRegister"), {actionId()},
+         [this](const QDBusMessage &) { setKeys(handlers_.refused); });
 }
 
 void GlobalAccelHotKey::keyboardChanged()
 {
-    if (!isRegistered_ || presentKeys() == keys_)
-        return;
-    setKeys([](bool isSet) {
-        if (!isSet)
-            qCWarning(lcGlobalAccel) << "not heard with this layout of the keyboard: something else has it";
-    });
+    if (!keys_.isEmpty() && presentKeys() != keys_)
+        setKeys(handlers_.lost);
 }
 
 QList<int> GlobalAccelHotKey::presentKeys() const
@@ -150,7 +145,7 @@ QList<int> GlobalAccelHotKey::presentKeys() const
     return keys;
 }
 
-void GlobalAccelHotKey::setKeys(const std::function<void(bool isSet)> &then)
+void GlobalAccelHotKey::setKeys(const std::function<void(const QString &reason)> &unset)
 {
     keys_ = presentKeys();
     QList<GlobalAccelKeys> sequences;
@@ -158,25 +153,30 @@ void GlobalAccelHotKey::setKeys(const std::function<void(bool isSet)> &then)
         sequences.append(GlobalAccelKeys{{key}});
     call(QStringLiteral("setShortcutKeys"),
          {actionId(), QVariant::fromValue(sequences), setPresent | noAutoloading},
-         [then, wanted = keys_](const QDBusMessage &reply) {
+         [this, unset, wanted = keys_](const QDBusMessage &reply) {
              const QVariant answer = reply.arguments().value(0);
              const auto set = qdbus_cast<QList<GlobalAccelKeys>>(answer);
-             then(std::any_of(set.cbegin(), set.cend(), [&wanted](const GlobalAccelKeys &sequence) {
+             const bool wasHeard = isHeard_;
+             isHeard_ = std::any_of(set.cbegin(), set.cend(), [&wanted](const GlobalAccelKeys &sequence) {
                  return wanted.contains(sequence.keys[0]);
-             }));
+             });
+             if (!isHeard_)
+                 unset(QStringLiteral("something else has it"));
+             else if (!wasHeard)
+                 handlers_.granted({});
          });
 }
 
 void GlobalAccelHotKey::call(const QString &method, const QVariantList &arguments,
                              const std::function<void(const QDBusMessage &reply)> &then)
 {
-    auto *watcher =
-        new QDBusPendingCallWatcher(bus_.asyncCall(message(method, arguments), answerTimeout), this);
+    auto *watcher = new QDBusPendingCallWatcher(
+        bus_.asyncCall(messageTo(owner_, method, arguments), answerTimeout), this);
     connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher, then] {
         watcher->deleteLater();
         if (watcher->isError()) {
-            const QString reason = watcher->error().message();
-            handlers_.missing(reason);
+            const QDBusError error = watcher->error();
+            (isMissing(error) ? handlers_.missing : handlers_.refused)(error.message());
         } else {
             then(watcher->reply());
         }

@@ -16,7 +16,11 @@ class GlobalAccelHotKey : public QObject, public HotKey
     Q_OBJECT
 
 public:
-    GlobalAccelHotKey(QDBusConnection bus, Handlers handlers);
+    /// The name of the service on the bus.
+    static inline const QString service = QStringLiteral("org.kde.kglobalaccel");
+
+    /// \a owner is the service's, by the name that is the program's own.
+    GlobalAccelHotKey(QDBusConnection bus, QString owner, Handlers handlers);
     ~GlobalAccelHotKey() override;
 
     QString name() const override;
@@ -29,14 +33,18 @@ private Q_SLOTS:
 private:
     /// As the service numbers them.
     QList<int> presentKeys() const;
-    void setKeys(const std::function<void(bool isSet)> &then);
+    /// Sets them, and calls \a unset if something else has them.
+    void setKeys(const std::function<void(const QString &reason)> &unset);
     void call(const QString &method, const QVariantList &arguments,
               const std::function<void(const class QDBusMessage &reply)> &then);
 
     QDBusConnection bus_;
+    const QString owner_;
     const Handlers handlers_;
     KeyCombo combo_;
     /// Those that it was asked for last.
     QList<int> keys_;
+    /// It may be, from the question on.
     bool isRegistered_ = false;
+    bool isHeard_ = false;
 };

@@ -48,17 +48,17 @@ HelperSession::HelperSession(std::shared_ptr<SessionBus> bus, SingleInstance &in
     , settings_([this](const Result<QNBSettings> &settings) { update(settings); })
     , notificationCenter_(bus_)
     , launcher_(creations_, [this] { settings_.changed(); })
-    , hotKeys_({.pressed =
-                    [this] {
-                        if (!isQuitting_)
-                            launcher_.open();
-                    },
-                .stateChanged =
-                    [this](QNBHelperState::HotKey hotKey, const QString &keys) {
-                        state_.hotKey = hotKey;
-                        state_.keys = keys;
-                        stateChanged();
-                    }})
+    , hotKeys_(*bus_, {.pressed =
+                           [this] {
+                               if (!isQuitting_)
+                                   launcher_.open();
+                           },
+                       .stateChanged =
+                           [this](QNBHelperState::HotKey hotKey, const QString &keys) {
+                               state_.hotKey = hotKey;
+                               state_.keys = keys;
+                               stateChanged();
+                           }})
 {
 }
 

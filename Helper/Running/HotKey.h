@@ -21,10 +21,12 @@ public:
         std::function<void()> pressed;
         /// At most once, before the next two: the desktop asks the user.
         std::function<void()> asking;
-        /// At most once: from now on it is heard; \a keys is what the desktop calls it if it may be another
-        /// than the one that was asked for.
+        /// From now on it is heard; \a keys is what the desktop calls it if it may be another than the one
+        /// that was asked for. Again after it was lost.
         std::function<void(const QString &keys)> granted;
-        /// At most once: it will not be heard, with the reason for the log. The hot key may be destroyed by
+        /// For now it is no longer heard, with the reason for the log: not with this keyboard.
+        std::function<void(const QString &reason)> lost;
+        /// It will not be heard, or no longer, with the reason for the log. The hot key may be destroyed by
         /// it.
         std::function<void(const QString &reason)> refused;
         /// The same in its place where the desktop has no such way at all.

@@ -4,10 +4,12 @@
 #include "Helper/Running/HotKeys.h"
 
 #include "Helper/Running/GlobalAccelHotKey.h"
+#include "Helper/Running/NameOwner.h"
 #include "Helper/Running/PortalHotKey.h"
 #include "Helper/Running/X11HotKey.h"
 #include "Helper/Running/XConnection.h"
 
+#include <QDBusMessage>
 #include <QGuiApplication>
 #include <QLoggingCategory>
 
@@ -18,10 +20,11 @@ namespace {
 Q_LOGGING_CATEGORY(lcHotKey, "quenby.helper.hotkey")
 
 const QString waylandSession = QStringLiteral("wayland");
+const QString compositorService = QStringLiteral("org.kde.KWin");
 
 } // namespace
 
-HotKeys::HotKeys(Handlers handlers)
+HotKeys::HotKeys(SessionBus &bus, Handlers handlers)
     : handlers_(std::move(handlers))
     , keyboardWatch_([this] {
         if (hotKey_)
@@ -30,6 +33,15 @@ HotKeys::HotKeys(Handlers handlers)
 {
     pause_.setSingleShot(true);
     connect(&pause_, &QTimer::timeout, this, &HotKeys::takeUpAgain);
+    for (const auto &[way, service] : {std::pair(Way::GlobalAccel, GlobalAccelHotKey::service),
+                                       std::pair(Way::Portal, PortalHotKey::service)}) {
+        bus.listen(SessionBus::ownerChange(service),
+                   mailbox_.bound<const QDBusMessage &>([this, way = way](const QDBusMessage &change) {
+                       const QVariantList arguments = change.arguments();
+                       ownerChanged(way, !arguments.value(1).toString().isEmpty(),
+                                    !arguments.value(2).toString().isEmpty());
+                   }));
+    }
 }
 
 HotKeys::~HotKeys() = default;
@@ -121,7 +133,9 @@ void HotKeys::tryWay(Way way)
     switch (way) {
     case Way::GlobalAccel:
         if (bus_)
-            grabBy(way);
+            askForGlobalAccel([this](const QString &owner) {
+                owner.isEmpty() ? tryWay(Way::Portal) : grabBy(Way::GlobalAccel, owner);
+            });
         else
             tryWay(nextAfter(way));
         break;
@@ -166,7 +180,44 @@ QNBHelperState::HotKey HotKeys::heardBy(Way way)
     }
 }
 
-void HotKeys::grabBy(Way way)
+void HotKeys::askForGlobalAccel(const std::function<void(const QString &owner)> &then)
+{
+    const auto ask = [this](const QString &name, const std::function<void(const QString &owner)> &answered) {
+        NameOwner::ask(*bus_, name, this, [this, answered, generation = generation_](const QString &owner) {
+            if (generation == generation_)
+                answered(owner);
+        });
+    };
+    ask(GlobalAccelHotKey::service, [ask, then](const QString &owner) {
+        if (owner.isEmpty() || !isWaylandSession())
+            then(owner);
+        else
+            // The service of another program is there for the keys of an X screen.
+            ask(compositorService,
+                [then, owner](const QString &compositor) { then(compositor == owner ? owner : QString()); });
+    });
+}
+
+void HotKeys::ownerChanged(Way way, bool wasThere, bool isThere)
+{
+    if (combo_.isEmpty() || !bus_)
+        return;
+    if (way == way_) {
+        // Else it was started by our question.
+        if (wasThere)
+            askAnew();
+    } else if (isThere && way == Way::GlobalAccel) {
+        askForGlobalAccel([this](const QString &owner) {
+            if (!owner.isEmpty())
+                askAnew();
+        });
+    } else if (isThere && way_ == Way::None && !wasRefused_) {
+        // A user who has refused is not asked again.
+        askAnew();
+    }
+}
+
+void HotKeys::grabBy(Way way, const QString &owner)
 {
     const auto next = [this, way, generation = generation_](const QString &reason, bool isRefusal) {
         qCInfo(lcHotKey) << "not by" << qUtf8Printable(hotKey_->name()) << reason;
@@ -194,11 +245,16 @@ void HotKeys::grabBy(Way way)
                 qCInfo(lcHotKey) << "the hot key is heard by" << qUtf8Printable(hotKey_->name());
                 handlers_.stateChanged(heardBy(way_), keys);
             },
+        .lost =
+            [this](const QString &reason) {
+                qCWarning(lcHotKey) << "for now not by" << qUtf8Printable(hotKey_->name()) << reason;
+                handlers_.stateChanged(QNBHelperState::HotKey::Refused, {});
+            },
         .refused = [next](const QString &reason) { next(reason, true); },
         .missing = [next](const QString &reason) { next(reason, false); },
     };
     if (way == Way::GlobalAccel)
-        hotKey_ = std::make_unique<GlobalAccelHotKey>(*bus_, std::move(handlers));
+        hotKey_ = std::make_unique<GlobalAccelHotKey>(*bus_, owner, std::move(handlers));
     else if (way == Way::Portal)
         hotKey_ = std::make_unique<PortalHotKey>(*bus_, std::move(handlers));
     else

@@ -6,6 +6,8 @@
 #include "Helper/Running/HotKey.h"
 #include "Helper/Running/X11KeyboardWatch.h"
 #include "Platform/KeyCodes.h"
+#include "Platform/Mailbox.h"
+#include "Platform/SessionBus.h"
 #include "Shared/Source/QNBHelperState.h"
 
 #include <QDBusConnection>
@@ -19,8 +21,9 @@
 
 /// The user's hot key, by the first of the desktop's ways that takes it: the desktop's own hot keys, then its
 /// portal in a Wayland session, or a grab in an X session. In a Wayland session nothing is grabbed though
-/// there may be an X screen: only the windows on that would hear of the key. If no way takes it there is no
-/// hot key, and the log says so.
+/// there may be an X screen, and a service of hot keys that is not the compositor's is not asked: only the
+/// windows on that screen would hear of the key. If no way takes it there is no hot key, and the log says so.
+/// When the program that serves the way in use ends, or one of a better way comes, it is asked for anew.
 class HotKeys : public QObject
 {
 public:
@@ -31,10 +34,10 @@ public:
         std::function<void(QNBHelperState::HotKey state, const QString &keys)> stateChanged;
     };
 
-    explicit HotKeys(Handlers handlers);
+    HotKeys(SessionBus &bus, Handlers handlers);
     ~HotKeys() override;
 
-    /// The session bus is used from now on, or is not; the hot key is asked for anew.
+    /// The session bus is there from now on, or is not; the hot key is asked for anew.
     void setBus(const std::optional<QDBusConnection> &bus);
     /// Nothing is done if it is the one already.
     void set(const KeyCombo &combo);
@@ -52,7 +55,12 @@ private:
     void letGo();
     void takeUpAgain();
     void tryWay(Way way);
-    void grabBy(Way way);
+    /// Calls \a then with the program that serves the desktop's own hot keys, unless the settings have
+    /// changed meanwhile; empty for none.
+    void askForGlobalAccel(const std::function<void(const QString &owner)> &then);
+    void ownerChanged(Way way, bool wasThere, bool isThere);
+    /// \a owner is the one of the desktop's own hot keys.
+    void grabBy(Way way, const QString &owner = {});
     static bool isWaylandSession();
     static QNBHelperState::HotKey heardBy(Way way);
 
@@ -69,4 +77,5 @@ private:
     X11KeyboardWatch keyboardWatch_;
     /// Active while paused.
     QTimer pause_;
+    const Mailbox mailbox_;
 };

@@ -45,7 +45,6 @@ namespace {
 
 Q_LOGGING_CATEGORY(lcPortal, "quenby.helper.hotkey.portal")
 
-const QString service = QStringLiteral("org.freedesktop.portal.Desktop");
 const QString objectPath = QStringLiteral("/org/freedesktop/portal/desktop");
 const QString shortcutsInterface = QStringLiteral("org.freedesktop.portal.GlobalShortcuts");
 const QString requestInterface = QStringLiteral("org.freedesktop.portal.Request");
@@ -68,7 +67,7 @@ QString newToken()
 
 QDBusMessage shortcutsCall(const QString &method)
 {
-    return QDBusMessage::createMethodCall(service, objectPath, shortcutsInterface, method);
+    return QDBusMessage::createMethodCall(PortalHotKey::service, objectPath, shortcutsInterface, method);
 }
 
 /// How the desktop describes the keys of the first of the shortcuts in \a results.
@@ -91,7 +90,7 @@ PortalHotKey::PortalHotKey(QDBusConnection bus, Handlers handlers)
 PortalHotKey::~PortalHotKey()
 {
     if (!session_.path().isEmpty())
-        bus_.send(QDBusMessage::createMethodCall(service, session_.path(), sessionInterface,
+        bus_.send(QDBusMessage::createMethodCall(portal_, session_.path(), sessionInterface,
                                                  QStringLiteral("Close")));
 }
 
@@ -118,6 +117,8 @@ void PortalHotKey::grab(const KeyCombo &combo)
                  portal_ = owner;
                  bus_.connect(portal_, objectPath, shortcutsInterface, QStringLiteral("Activated"), this,
                               SLOT(activated(QDBusMessage)));
+                 bus_.connect(portal_, QString(), sessionInterface, QStringLiteral("Closed"), this,
+                              SLOT(closed(QDBusMessage)));
                  createSession();
              });
          });
@@ -127,16 +128,23 @@ void PortalHotKey::createSession()
 {
     QVariantMap options = requestOptions(SLOT(sessionAnswered(uint, QVariantMap)));
     options.insert(QStringLiteral("session_handle_token"), sessionToken);
+    // Also one that is never answered has to be closed: the next has the same path.
+    session_.setPath(pathOf(QStringLiteral("session"), sessionToken));
     request(shortcutsCall(QStringLiteral("CreateSession")) << options);
+}
+
+QString PortalHotKey::pathOf(const QString &kind, const QString &token) const
+{
+    const QString sender = bus_.baseService().mid(1).replace(u'.', u'_');
+    return objectPath + u'/' + kind + u'/' + sender + u'/' + token;
 }
 
 QVariantMap PortalHotKey::requestOptions(const char *slot)
 {
     const QString token = newToken();
-    // The answer may come before the reply that names the request: its path is known beforehand.
-    const QString sender = bus_.baseService().mid(1).replace(u'.', u'_');
-    const QString path = objectPath + QStringLiteral("/request/") + sender + u'/' + token;
-    bus_.connect(portal_, path, requestInterface, QStringLiteral("Response"), this, slot);
+    // The answer may come before the reply that names the request.
+    bus_.connect(portal_, pathOf(QStringLiteral("request"), token), requestInterface,
+                 QStringLiteral("Response"), this, slot);
     return {{QStringLiteral("handle_token"), token}};
 }
 
@@ -144,7 +152,7 @@ void PortalHotKey::request(const QDBusMessage &message)
 {
     call(message, [this](const QDBusMessage &reply) {
         if (reply.type() == QDBusMessage::ErrorMessage)
-            (session_.path().isEmpty() ? handlers_.missing : handlers_.refused)(reply.errorMessage());
+            (isSessionOpen_ ? handlers_.refused : handlers_.missing)(reply.errorMessage());
     });
 }
 
@@ -162,10 +170,12 @@ void PortalHotKey::sessionAnswered(uint response, const QVariantMap &results)
 {
     const QString path = results.value(QStringLiteral("session_handle")).toString();
     if (response != granted || path.isEmpty()) {
+        session_ = {};
         handlers_.missing(QStringLiteral("it opens no session"));
         return;
     }
     session_.setPath(path);
+    isSessionOpen_ = true;
     PortalShortcut shortcut{
         shortcutId,
         {{QStringLiteral("description"), QCoreApplication::translate("PortalHotKey", "Show the presets")}}};
@@ -195,4 +205,12 @@ void PortalHotKey::activated(const QDBusMessage &signal)
     const QString shortcut = signal.arguments().value(1).toString();
     if (session == session_ && shortcut == shortcutId)
         handlers_.pressed();
+}
+
+void PortalHotKey::closed(const QDBusMessage &signal)
+{
+    if (signal.path() != session_.path())
+        return;
+    session_ = {};
+    handlers_.refused(QStringLiteral("the desktop has closed the session"));
 }

@@ -24,6 +24,9 @@ class PortalHotKey : public QObject, public HotKey
     Q_OBJECT
 
 public:
+    /// The name of the service on the bus.
+    static inline const QString service = QStringLiteral("org.freedesktop.portal.Desktop");
+
     PortalHotKey(QDBusConnection bus, Handlers handlers);
     ~PortalHotKey() override;
 
@@ -34,9 +37,12 @@ private Q_SLOTS:
     void sessionAnswered(uint response, const QVariantMap &results);
     void bindingAnswered(uint response, const QVariantMap &results);
     void activated(const QDBusMessage &signal);
+    void closed(const QDBusMessage &signal);
 
 private:
     void createSession();
+    /// The path below \a kind of what has \a token, if this program has asked for it.
+    QString pathOf(const QString &kind, const QString &token) const;
     /// Options with a token for the request, whose answer is given to \a slot.
     QVariantMap requestOptions(const char *slot);
     void request(const QDBusMessage &message);
@@ -47,5 +53,7 @@ private:
     QString portal_;
     const Handlers handlers_;
     KeyCombo combo_;
+    /// There may be one, from the question on.
     QDBusObjectPath session_;
+    bool isSessionOpen_ = false;
 };

@@ -8,7 +8,6 @@
 #include "Keyboard/LayoutKeys.h"
 
 #include <QCoreApplication>
-#include <QLoggingCategory>
 
 #include <algorithm>
 #include <cstdlib>
@@ -16,8 +15,6 @@
 #include <utility>
 
 namespace {
-
-Q_LOGGING_CATEGORY(lcX11, "quenby.helper.hotkey.x11")
 
 template <typename Reply>
 using Freed = std::unique_ptr<Reply, decltype(&std::free)>;
@@ -76,8 +73,12 @@ void X11HotKey::grab(const KeyCombo &combo)
 void X11HotKey::keyboardChanged()
 {
     // Its modifiers may be others, and the key that gives a character.
-    if (const QString reason = grabNow(); !reason.isEmpty())
-        qCWarning(lcX11) << "not heard with this keyboard:" << reason;
+    const bool wasHeard = !grabs_.isEmpty();
+    const QString reason = grabNow();
+    if (wasHeard && !reason.isEmpty())
+        handlers_.lost(reason);
+    else if (!wasHeard && reason.isEmpty())
+        handlers_.granted({});
 }
 
 QString X11HotKey::grabNow()

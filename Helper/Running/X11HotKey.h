@@ -39,6 +39,7 @@ private:
 
     const Handlers handlers_;
     KeyCombo combo_;
+    /// None while it is not heard.
     QList<Grab> grabs_;
     /// What is queued is dropped with it.
     QObject context_;

@@ -42,13 +42,16 @@ const QString componentPath = QStringLiteral("/component/org_quenby_QNBHelper");
 
 const QString FakeGlobalAccel::ownConnection = QStringLiteral("fake-global-accel");
 
-FakeGlobalAccel::FakeGlobalAccel(const QString &busAddress, Manner manner)
+FakeGlobalAccel::FakeGlobalAccel(const QString &busAddress, Manner manner, Program program)
     : manner_(manner)
 {
     qDBusRegisterMetaType<FakeGlobalAccelKeys>();
     qDBusRegisterMetaType<QList<FakeGlobalAccelKeys>>();
     QDBusConnection connection = QDBusConnection::connectToBus(busAddress, ownConnection);
     EXPECT_TRUE(connection.registerVirtualObject(objectPath, this));
+    if (program == Program::Compositor) {
+        EXPECT_TRUE(connection.registerService(QStringLiteral("org.kde.KWin")));
+    }
     EXPECT_TRUE(connection.registerService(QStringLiteral("org.kde.kglobalaccel")));
 }
 
@@ -63,13 +66,16 @@ bool FakeGlobalAccel::handleMessage(const QDBusMessage &message, const QDBusConn
     if (message.member() == u"doRegister") {
         EXPECT_EQ(message.signature(), QStringLiteral("as"));
         action_ = arguments.value(0).toStringList();
-        connection.send(message.createReply());
+        connection.send(manner_ == Manner::Failing
+                            ? message.createErrorReply(QDBusError::Failed, QStringLiteral("not now"))
+                            : message.createReply());
         return true;
     }
     if (message.member() == u"unregister") {
         EXPECT_EQ(arguments.value(0).toString(), action_.value(0));
         EXPECT_EQ(arguments.value(1).toString(), action_.value(1));
         key_ = 0;
+        action_.clear();
         connection.send(message.createReply(true));
         return true;
     }

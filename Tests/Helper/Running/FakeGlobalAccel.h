@@ -11,13 +11,28 @@
 class FakeGlobalAccel final : public QDBusVirtualObject
 {
 public:
-    enum class Manner { Giving, Refusing };
+    enum class Manner {
+        Giving,
+        Refusing,
+        /// It takes the program's name, and answers everything with an error of its own.
+        Failing,
+    };
+    enum class Program {
+        /// One that does nothing else, and hears the keys of an X screen.
+        OfItsOwn,
+        /// The compositor of a Wayland session.
+        Compositor,
+    };
 
-    explicit FakeGlobalAccel(const QString &busAddress, Manner manner = Manner::Giving);
+    explicit FakeGlobalAccel(const QString &busAddress, Manner manner = Manner::Giving,
+                             Program program = Program::OfItsOwn);
     ~FakeGlobalAccel() override;
 
+    /// From now on.
+    void setManner(Manner manner) { manner_ = manner; }
     /// The one that is set, as the library numbers it; 0 for none.
     int key() const { return key_; }
+    /// What is registered; empty if nothing is.
     QStringList action() const { return action_; }
     /// The user presses it.
     void press() { press(ownConnection); }
@@ -30,7 +45,7 @@ private:
     bool handleMessage(const QDBusMessage &message, const QDBusConnection &connection) override;
     QString introspect(const QString &) const override { return {}; }
 
-    const Manner manner_;
+    Manner manner_;
     int key_ = 0;
     QStringList action_;
 };

@@ -10,6 +10,7 @@
 #include <QDBusObjectPath>
 
 #include <gtest/gtest.h>
+#include <utility>
 
 /// A shortcut on the bus.
 struct FakePortalShortcut
@@ -46,6 +47,12 @@ constexpr uint failed = 2;
 QString senderOf(const QDBusMessage &message)
 {
     return message.service().mid(1).replace(u'.', u'_');
+}
+
+QDBusObjectPath requestOf(const QDBusMessage &message, const QVariantMap &options)
+{
+    return QDBusObjectPath(objectPath + QStringLiteral("/request/") + senderOf(message) + u'/' +
+                           options.value(QStringLiteral("handle_token")).toString());
 }
 
 } // namespace
@@ -97,7 +104,16 @@ bool FakePortal::handleMessage(const QDBusMessage &message, const QDBusConnectio
             return true;
         }
         sessionToken_ = options.value(QStringLiteral("session_handle_token")).toString();
-        session_ = objectPath + QStringLiteral("/session/") + senderOf(message) + u'/' + sessionToken_;
+        const QString path =
+            objectPath + QStringLiteral("/session/") + senderOf(message) + u'/' + sessionToken_;
+        if (path == session_) {
+            connection.send(
+                message.createErrorReply(QDBusError::Failed, QStringLiteral("this session exists")));
+            return true;
+        }
+        session_ = path;
+        if (manner_ == Manner::OpeningSilently)
+            return true;
         answer(message, options, granted, {{QStringLiteral("session_handle"), session_}}, connection);
         return true;
     }
@@ -105,6 +121,11 @@ bool FakePortal::handleMessage(const QDBusMessage &message, const QDBusConnectio
     EXPECT_EQ(message.signature(), QStringLiteral("oa(sa{sv})sa{sv}"));
     EXPECT_EQ(arguments.value(0).value<QDBusObjectPath>().path(), session_);
     const auto options = qdbus_cast<QVariantMap>(arguments.value(3));
+    ++bindings_;
+    if (manner_ == Manner::Asking) {
+        connection.send(message.createReply(QVariant::fromValue(requestOf(message, options))));
+        return true;
+    }
     if (manner_ == Manner::Cancelling) {
         answer(message, options, cancelled, {}, connection);
         return true;
@@ -126,14 +147,13 @@ bool FakePortal::handleMessage(const QDBusMessage &message, const QDBusConnectio
 void FakePortal::answer(const QDBusMessage &message, const QVariantMap &options, uint response,
                         const QVariantMap &results, const QDBusConnection &connection)
 {
-    const QString request = objectPath + QStringLiteral("/request/") + senderOf(message) + u'/' +
-                            options.value(QStringLiteral("handle_token")).toString();
+    const QDBusObjectPath request = requestOf(message, options);
     // A quick answer comes before the reply.
     QDBusMessage signal = QDBusMessage::createSignal(
-        request, QStringLiteral("org.freedesktop.portal.Request"), QStringLiteral("Response"));
+        request.path(), QStringLiteral("org.freedesktop.portal.Request"), QStringLiteral("Response"));
     signal << response << results;
     EXPECT_TRUE(connection.send(signal));
-    EXPECT_TRUE(connection.send(message.createReply(QVariant::fromValue(QDBusObjectPath(request)))));
+    EXPECT_TRUE(connection.send(message.createReply(QVariant::fromValue(request))));
 }
 
 QDBusMessage FakePortal::activation(const QString &shortcut) const
@@ -147,4 +167,13 @@ QDBusMessage FakePortal::activation(const QString &shortcut) const
 void FakePortal::activate(const QString &shortcut)
 {
     EXPECT_TRUE(QDBusConnection(connectionName).send(activation(shortcut)));
+}
+
+void FakePortal::closeSession()
+{
+    const QString session = std::exchange(session_, {});
+    EXPECT_TRUE(
+        QDBusConnection(connectionName)
+            .send(QDBusMessage::createSignal(session, QStringLiteral("org.freedesktop.portal.Session"),
+                                             QStringLiteral("Closed"))));
 }

@@ -23,6 +23,10 @@ public:
         Unknown,
         /// It opens no session.
         Failing,
+        /// It opens a session, and does not say so.
+        OpeningSilently,
+        /// It asks the user, who does not answer.
+        Asking,
         /// The user is asked, and cancels.
         Cancelling,
         /// It grants what is asked for, and answers with the number of a failure.
@@ -40,6 +44,12 @@ public:
     /// What the session is known by.
     QString sessionToken() const { return sessionToken_; }
     bool hasSession() const { return !session_.isEmpty(); }
+    /// How often the user was asked.
+    int bindings() const { return bindings_; }
+    /// From now on.
+    void setManner(Manner manner) { manner_ = manner; }
+    /// The user, or the desktop, ends the session.
+    void closeSession();
     /// The user presses the keys of a shortcut.
     void activate(const QString &shortcut);
     /// What the portal says then.
@@ -51,10 +61,11 @@ private:
     static void answer(const QDBusMessage &message, const QVariantMap &options, uint response,
                        const QVariantMap &results, const QDBusConnection &connection);
 
-    const Manner manner_;
+    Manner manner_;
     QString application_;
     QString session_;
     QString sessionToken_;
+    int bindings_ = 0;
     QString shortcut_;
     QVariantMap options_;
 };

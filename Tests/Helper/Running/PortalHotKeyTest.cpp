@@ -52,6 +52,7 @@ protected:
                                                  ++granted_;
                                                  keys_ = keys;
                                              },
+                                         .lost = [](const QString &) { ADD_FAILURE(); },
                                          .refused = [this](const QString &) { ++refused_; },
                                          .missing = [this](const QString &) { ++missing_; }});
         hotKey_->grab(controlAltP);
@@ -163,6 +164,26 @@ TEST_F(PortalHotKeyTest, ClosesItsSession)
     EXPECT_TRUE(portal.hasSession());
     hotKey_.reset();
     EXPECT_TRUE(waitUntil([&] { return !portal.hasSession(); }));
+}
+
+TEST_F(PortalHotKeyTest, ClosesASessionThatWasAskedForAndNotAnswered)
+{
+    FakePortal portal(bus_.address(), FakePortal::Manner::OpeningSilently);
+    begin();
+    ASSERT_TRUE(waitUntil([&] { return portal.hasSession(); }));
+    hotKey_.reset();
+    portal.setManner(FakePortal::Manner::Granting);
+    grab();
+    EXPECT_EQ(granted_, 1) << "the one before has the same name";
+}
+
+TEST_F(PortalHotKeyTest, ASessionThatTheDesktopClosesIsARefusal)
+{
+    FakePortal portal(bus_.address());
+    grab();
+    ASSERT_EQ(granted_, 1);
+    portal.closeSession();
+    EXPECT_TRUE(waitUntil([this] { return refused_ == 1; }));
 }
 
 TEST_F(PortalHotKeyTest, WhereADesktopHasNoSuchPortalThereIsNoSuchWay)
