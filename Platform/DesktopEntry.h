@@ -46,4 +46,6 @@ inline constexpr char icon[] = "Icon";
 inline constexpr char exec[] = "Exec";
 inline constexpr char tryExec[] = "TryExec";
 inline constexpr char hidden[] = "Hidden";
+/// Of entries that start with the session: with "false" some desktops switch them off.
+inline constexpr char autostartEnabled[] = "X-GNOME-Autostart-enabled";
 } // namespace DesktopEntryKeys

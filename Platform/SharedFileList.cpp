@@ -239,22 +239,33 @@ Result<> SharedFileList::insertItemURL(const QUrl &url) const
         return Result<>::failure(lock.error);
 
     const QUrl address = fileURLOfPath(*path);
-    std::optional<QString> fileName;
-    QStringList earlierFileNames;
+    // The first of those that keep their name is written anew, the others go.
+    QStringList kept;
+    QStringList obsolete;
+    QStringList unusedLinks;
     qlonglong lastPlace = 0;
     const QList<Item> present = entries();
     for (const Item &item : present) {
-        if (item.url_ == address && hasEarlierName(item.fileName_, *started, *path))
-            earlierFileNames.append(item.fileName_);
-        else if (item.url_ == address && !fileName)
-            fileName = item.fileName_;
-        else
+        const bool isMoved = isMovedTo(item, address);
+        if (item.url_ != address && !isMoved) {
             lastPlace = std::max(lastPlace, item.place_);
+            continue;
+        }
+        const QByteArray itsPath = pathOfFileURL(item.url_).value_or(QByteArray());
+        if (isMoved)
+            unusedLinks.append(nameOfPath(itsPath));
+        if (hasEarlierName(item.fileName_, *started, itsPath))
+            obsolete.append(item.fileName_);
+        else if (isMoved)
+            kept.append(item.fileName_);
+        else
+            kept.prepend(item.fileName_);
     }
+    const std::optional<QString> fileName =
+        kept.isEmpty() ? unusedFileName(entryName(*started, *path)) : std::optional(kept.takeFirst());
     if (!fileName)
-        fileName = unusedFileName(entryName(*started, *path));
-    if (!fileName)
-        return Result<>::failure(QStringLiteral("no name is left for an entry in %1").arg(folder_));
+        return Result<>::failure(noNameIsLeft());
+    obsolete += kept;
 
     QByteArray reachable;
     if (Result<> result = makeReachable(started->program, nameOfPath(*path), &reachable); !result)
@@ -279,9 +290,13 @@ Result<> SharedFileList::insertItemURL(const QUrl &url) const
     DesktopEntry::appendString(entry, placeKey, QByteArray::number(place));
     writer.removeStrayTemporaries(in(*fileName));
     Result<> result = writer.write(in(*fileName), entry, {.newFileMode = entryMode});
-    for (const QString &earlier : std::as_const(earlierFileNames)) {
+    for (const QString &name : std::as_const(obsolete)) {
         if (result)
-            result = writer.remove(in(earlier));
+            result = writer.remove(in(name));
+    }
+    for (const QString &name : std::as_const(unusedLinks)) {
+        if (result)
+            removeLinks(name);
     }
     return result;
 }
@@ -292,20 +307,41 @@ Result<> SharedFileList::replaceOutdated(const QUrl &url) const
     const QByteArray path = pathOfFileURL(address).value_or(QByteArray());
     QString error;
     const std::optional<Started> started = startedProgram(path, &error);
-    const QList<Item> items = copySnapshot();
-    for (const Item &item : items) {
-        const bool isMoved =
-            item.url_.isValid() && item.url_.fileName() == address.fileName() && !resolve(item);
-        const bool isEarlier =
-            item.url_ == address && started && hasEarlierName(item.fileName_, *started, path);
-        if (!isMoved && !isEarlier)
-            continue;
-        if (Result<> inserted = insertItemURL(address); !inserted)
-            return inserted;
-        if (Result<> removed = isMoved ? remove(item) : Result<>(); !removed)
-            return removed;
+    const auto isEarlier = [&](const Item &item) {
+        return item.url_ == address && started && hasEarlierName(item.fileName_, *started, path);
+    };
+    const QList<Item> items = entries();
+    if (std::any_of(items.cbegin(), items.cend(), isEarlier)) {
+        const Result<FileLock> lock = acquireLock();
+        if (!lock)
+            return Result<>::failure(lock.error);
+        const QList<Item> present = entries();
+        bool hasPresentName = std::any_of(present.cbegin(), present.cend(), [&](const Item &item) {
+            return item.url_ == address && !isEarlier(item);
+        });
+        const DurableFileWriter writer;
+        for (const Item &item : present) {
+            if (!isEarlier(item))
+                continue;
+            const auto name = hasPresentName ? std::nullopt : unusedFileName(entryName(*started, path));
+            if (!hasPresentName && !name)
+                return Result<>::failure(noNameIsLeft());
+            const Result<> result =
+                name ? writer.rename(in(item.fileName_), in(*name)) : writer.remove(in(item.fileName_));
+            if (!result)
+                return result;
+            hasPresentName = true;
+        }
     }
-    return {};
+    const bool isMoved =
+        std::any_of(items.cbegin(), items.cend(), [&](const Item &item) { return isMovedTo(item, address); });
+    return isMoved ? insertItemURL(address) : Result<>();
+}
+
+bool SharedFileList::isMovedTo(const Item &item, const QUrl &address) const
+{
+    return !item.isHidden_ && item.url_.isValid() && item.url_ != address &&
+           item.url_.fileName() == address.fileName() && !resolve(item);
 }
 
 QList<SharedFileList::Item> SharedFileList::copySnapshot() const
@@ -377,7 +413,9 @@ std::optional<SharedFileList::Item> SharedFileList::read(const QString &fileName
     }
     Item item;
     item.fileName_ = fileName;
-    item.isHidden_ = entry->boolean(DesktopEntryKeys::hidden);
+    item.isHidden_ =
+        entry->boolean(DesktopEntryKeys::hidden) || (entry->contains(DesktopEntryKeys::autostartEnabled) &&
+                                                     !entry->boolean(DesktopEntryKeys::autostartEnabled));
     // An entry that only switches off one of the system's need not say more.
     if (!item.isHidden_ && entry->string(DesktopEntryKeys::type) != applicationType) {
         qCWarning(lcSharedFileList) << "no login item:" << fileName << "of another type";

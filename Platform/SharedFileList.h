@@ -20,7 +20,8 @@
 /// An entry that this class writes carries the address of its file under a key of its own, and the number of
 /// its place. The entries of other programs are part of the list too, before all that have a number, and are
 /// never written. What is no entry (a folder, broken syntax, a file without end) is not part of the list, nor
-/// is an entry that is switched off (`Hidden=true`): to those who start the entries it is as good as removed.
+/// is an entry that is switched off (`Hidden=true`, or `X-GNOME-Autostart-enabled=false` as the settings of
+/// some desktops write it): to those who start the entries it is as good as removed.
 class SharedFileList
 {
 public:
@@ -49,7 +50,8 @@ public:
 
     /// Appends \a url, of an application bundle or of a program, as the last entry; its path may be any
     /// bytes. An entry that carries this address already is written anew and moved to the end, and active
-    /// again if it was switched off: there is never a second one.
+    /// again if it was switched off: there is never a second one. So is an active entry that carries the
+    /// address of a file of the same name which is no longer there: it was moved.
     ///
     /// An application need not be fit to be started now; its entry starts nothing until it is. Its entry has
     /// the name, the comment and the icon that its information names (`CFBundleDisplayName`,
@@ -58,10 +60,10 @@ public:
     /// under another name is replaced.
     Result<> insertItemURL(const QUrl &url) const;
 
-    /// Puts \a url into the place of each active entry that carries the address of a file of the same name
-    /// which is no longer there: it was moved, and the entry would start nothing; and of the entry that an
-    /// earlier version wrote for \a url under another name. Entries of other programs, and of other files
-    /// that are there, are left alone.
+    /// Inserts \a url if that replaces an entry of a file that was moved, which would start nothing. The
+    /// entry that an earlier version wrote for \a url under another name is renamed, with whatever the user
+    /// put into it; it goes if there is one of the present name. Entries of other programs, and of other
+    /// files that are there, are left alone.
     Result<> replaceOutdated(const QUrl &url) const;
 
     /// In the order of the list: by number of place, then by file name.
@@ -86,7 +88,11 @@ private:
     /// Everything that is an entry, switched off or not, in no order.
     QList<Item> entries() const;
     std::optional<Item> read(const QString &fileName) const;
+    /// Whether \a item stands for a file that was moved to \a address.
+    bool isMovedTo(const Item &item, const QUrl &address) const;
     std::optional<QString> unusedFileName(const QString &name) const;
+    /// The reason where that gives none.
+    QString noNameIsLeft() const { return QStringLiteral("no name is left for an entry in %1").arg(folder_); }
     /// A path by which whoever reads entries finds \a program; it leads through a link if need be.
     Result<> makeReachable(const QByteArray &program, const QString &name, QByteArray *reachable) const;
     void removeLinks(const QString &name) const;

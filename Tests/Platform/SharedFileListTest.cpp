@@ -142,6 +142,33 @@ TEST_F(SharedFileListTest, AnEntryFollowsAnApplicationThatWasMoved)
     EXPECT_EQ(fileNames().size(), 2);
 }
 
+TEST_F(SharedFileListTest, AnEntryThatFollowsKeepsItsNameAndLeavesNothingBehind)
+{
+    // It is started through a link.
+    const QString old = application(QStringLiteral("100%/Some.app"));
+    identify(old, "org.example.Some");
+    const QString place = application(QStringLiteral("new/Some.app"));
+    identify(place, "org.example.Some");
+    ASSERT_TRUE(insert(old));
+    ASSERT_TRUE(QDir(old).removeRecursively());
+    ASSERT_TRUE(list().replaceOutdated(urlOf(place)));
+    EXPECT_EQ(namesIn(folder()), QStringList{QStringLiteral("org.example.Some.desktop")});
+    EXPECT_EQ(resolved(), QStringList{place});
+}
+
+TEST_F(SharedFileListTest, OfSeveralEntriesThatFollowOneIsLeft)
+{
+    const QString one = application(QStringLiteral("one/Some.app"));
+    const QString two = application(QStringLiteral("two/Some.app"));
+    const QString place = application(QStringLiteral("new/Some.app"));
+    ASSERT_TRUE(insert(one));
+    ASSERT_TRUE(insert(two));
+    for (const QString &path : {one, two})
+        ASSERT_TRUE(QDir(path).removeRecursively());
+    ASSERT_TRUE(list().replaceOutdated(urlOf(place)));
+    EXPECT_EQ(resolved(), QStringList{place});
+}
+
 TEST_F(SharedFileListTest, OnlyAnActiveEntryOfOursFollowsAnApplicationThatWasMoved)
 {
     const QString old = application(QStringLiteral("old/Some.app"));
@@ -249,7 +276,10 @@ TEST_F(SharedFileListTest, AnEntryThatIsSwitchedOffIsAsGoodAsRemoved)
     ASSERT_TRUE(insert(path));
     EXPECT_EQ(entryPath(), entry);
     EXPECT_EQ(contentOf(entry), active);
-    put(entry, active + "Hidden=false\n");
+    // As the settings of some desktops write it.
+    put(entry, active + "X-GNOME-Autostart-enabled=false\n");
+    EXPECT_EQ(fileNames(), QStringList());
+    put(entry, active + "X-GNOME-Autostart-enabled=true\nHidden=false\n");
     EXPECT_EQ(resolved(), QStringList{path});
 }
 
@@ -309,12 +339,15 @@ TEST_F(SharedFileListTest, AnEntryThatAnEarlierVersionNamedIsReplaced)
                                                 .match(QString::fromUtf8(contentOf(entryPath())));
     EXPECT_TRUE(QFile::exists(program.captured(1))) << qPrintable(program.captured(1));
 
-    // Switched off by the user, it stays so.
-    ASSERT_TRUE(QFile::remove(entryPath()));
-    put(earlierPath, earlier + "Hidden=true\n");
-    ASSERT_TRUE(list().replaceOutdated(urlOf(path)));
-    EXPECT_EQ(contentOf(earlierPath), earlier + "Hidden=true\n");
-    EXPECT_TRUE(fileNames().isEmpty());
+    // What the user put into it stays.
+    for (const char *line : {"OnlyShowIn=GNOME;\n", "X-GNOME-Autostart-enabled=false\n", "Hidden=true\n"}) {
+        ASSERT_TRUE(QFile::remove(folder() + u'/' + name));
+        put(earlierPath, earlier + line);
+        ASSERT_TRUE(list().replaceOutdated(urlOf(path)));
+        EXPECT_FALSE(QFile::exists(earlierPath)) << line;
+        EXPECT_EQ(contentOf(folder() + u'/' + name), earlier + line);
+    }
+    EXPECT_TRUE(fileNames().isEmpty()) << "it is switched off";
 }
 
 TEST_F(SharedFileListTest, ApplicationsOfOneNameHaveEntriesOfTheirOwn)
