@@ -16,6 +16,26 @@ const QString shortcutHintName = QStringLiteral("_shortcutHint");
 const QString shortcutNoteName = QStringLiteral("_shortcutNote");
 const QString trayNoteName = QStringLiteral("_trayNote");
 
+bool isHeard(QNBHelperState::HotKey hotKey)
+{
+    return hotKey == QNBHelperState::HotKey::ByDesktop || hotKey == QNBHelperState::HotKey::ByPortal ||
+           hotKey == QNBHelperState::HotKey::ByScreen;
+}
+
+/// Whether the keys that are set are those that are heard, as far as is known: the desktop's portal hears
+/// those that it has given.
+bool areTheKeysRight(const QNBHelperState &state)
+{
+    switch (state.hotKey) {
+    case QNBHelperState::HotKey::Refused:
+    case QNBHelperState::HotKey::Impossible:
+    case QNBHelperState::HotKey::ByPortal:
+        return false;
+    default:
+        return true;
+    }
+}
+
 void showText(QLabel &label, const QString &text)
 {
     label.setText(text);
@@ -44,17 +64,23 @@ void QNBHelperNotes::update()
 
 void QNBHelperNotes::show(const std::optional<QNBHelperState> &state)
 {
-    // It says what the keys do.
-    shortcutHint_->setVisible(!state || (state->hotKey != QNBHelperState::HotKey::Refused &&
-                                         state->hotKey != QNBHelperState::HotKey::Impossible));
+    shortcutHint_->setVisible(!state || areTheKeysRight(*state));
     showText(*shortcutNote_, state ? textOf(*state) : QString());
-    const bool isWithoutTray = state && !state->hasTray;
-    showText(*trayNote_, isWithoutTray
-                             ? tr("This desktop shows no icons of programs in a panel. The presets "
-                                  "are reached by the shortcut, by the command %1, by the actions of "
-                                  "the program's entry, in the menus of file managers, and here.")
-                                   .arg(lineText(command_()))
-                             : QString());
+    showText(*trayNote_, state && state->hasTray == false ? trayTextOf(*state) : QString());
+}
+
+QString QNBHelperNotes::trayTextOf(const QNBHelperState &state) const
+{
+    const QString command = lineText(command_());
+    return isHeard(state.hotKey)
+               ? tr("This desktop shows no icons of programs in a panel. The presets are reached by the "
+                    "shortcut, by the command %1, by the actions of the program's entry, in the menus of "
+                    "file managers, and here.")
+                     .arg(command)
+               : tr("This desktop shows no icons of programs in a panel. The presets are reached by the "
+                    "command %1, by the actions of the program's entry, in the menus of file managers, and "
+                    "here.")
+                     .arg(command);
 }
 
 QString QNBHelperNotes::textOf(const QNBHelperState &state) const
@@ -68,10 +94,10 @@ QString QNBHelperNotes::textOf(const QNBHelperState &state) const
         return tr("The desktop asks you first whether it may pass the shortcut on.");
     case QNBHelperState::HotKey::ByPortal:
         return state.keys.isEmpty()
-                   ? tr("The desktop has asked you, and passes on the shortcut that is chosen in its "
-                        "settings.")
-                   : tr("The desktop has asked you, and passes on the shortcut as it is chosen in its "
-                        "settings: %1.")
+                   ? tr("The desktop has asked you. The list of presets opens with the shortcut that is "
+                        "chosen in its settings.")
+                   : tr("The desktop has asked you. The list of presets opens with the shortcut as it is "
+                        "chosen in its settings: %1.")
                          .arg(lineText(state.keys));
     case QNBHelperState::HotKey::ByScreen:
         return tr("The shortcut is heard whichever window has the keyboard.");

@@ -39,6 +39,7 @@ public:
 private:
     void show(const std::optional<QNBHelperState> &state);
     QString textOf(const QNBHelperState &state) const;
+    QString trayTextOf(const QNBHelperState &state) const;
 
     const Ask ask_;
     const std::function<QString()> command_;

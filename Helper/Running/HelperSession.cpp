@@ -73,9 +73,11 @@ void HelperSession::start()
     notificationCenter_.addObserver(QNBHotKeyRecordingEndedNotification, [this] { hotKeys_.resume(); });
     bus_->watch(mailbox_.bound<const std::optional<QDBusConnection> &>(
         [this](const std::optional<QDBusConnection> &connection) { busChanged(connection); }));
-    trayWatch_.emplace(bus_, [this](TrayWatch::Tray tray) {
-        tray_ = tray;
-        state_.hasTray = true;
+    trayWatch_.emplace(bus_, [this](std::optional<TrayWatch::Tray> tray) {
+        // The library finds one that comes again by itself.
+        if (!tray_)
+            tray_ = tray;
+        state_.hasTray = tray.has_value();
         stateChanged();
         updateTray();
     });

@@ -70,7 +70,7 @@ private:
     PresetLauncher launcher_;
     QNBHelperState state_;
     HotKeys hotKeys_;
-    /// Once there is one.
+    /// The first that there was.
     std::optional<TrayWatch::Tray> tray_;
     std::optional<TrayWatch> trayWatch_;
     std::optional<PresetMenu> trayMenu_;

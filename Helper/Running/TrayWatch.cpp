@@ -21,17 +21,19 @@ const QString hostProperty = QStringLiteral("IsStatusNotifierHostRegistered");
 /// The desktop may be starting.
 constexpr std::chrono::seconds answerTimeout(25);
 const QString hostSignal = QStringLiteral("StatusNotifierHostRegistered");
+const QString lastHostSignal = QStringLiteral("StatusNotifierHostUnregistered");
 
 } // namespace
 
-TrayWatch::TrayWatch(std::shared_ptr<SessionBus> bus, std::function<void(Tray tray)> appeared)
+TrayWatch::TrayWatch(std::shared_ptr<SessionBus> bus, std::function<void(std::optional<Tray> tray)> changed)
     : bus_(std::move(bus))
-    , appeared_(std::move(appeared))
+    , changed_(std::move(changed))
 {
     if (XConnection::get())
         watchScreen();
-    bus_->listen({watcherService, watcherPath, watcherService, hostSignal},
-                 mailbox_.bound<const QDBusMessage &>([this](const QDBusMessage &) { askWatcher(); }));
+    for (const QString &signal : {hostSignal, lastHostSignal})
+        bus_->listen({watcherService, watcherPath, watcherService, signal},
+                     mailbox_.bound<const QDBusMessage &>([this](const QDBusMessage &) { askWatcher(); }));
     bus_->watchOwner(watcherService, mailbox_.bound<>([this] { askWatcher(); }));
 }
 
@@ -43,8 +45,6 @@ TrayWatch::~TrayWatch()
 
 void TrayWatch::askWatcher()
 {
-    if (!appeared_)
-        return;
     QDBusMessage question = QDBusMessage::createMethodCall(watcherService, watcherPath,
                                                            QStringLiteral("org.freedesktop.DBus.Properties"),
                                                            QStringLiteral("Get"));
@@ -52,10 +52,8 @@ void TrayWatch::askWatcher()
     question.setAutoStartService(false);
     bus_->call(question, answerTimeout,
                mailbox_.bound<const QDBusMessage &>([this](const QDBusMessage &reply) {
-                   if (qvariant_cast<QDBusVariant>(reply.arguments().value(0)).variant().toBool())
-                       appear(Tray::OnBus);
-                   else
-                       lookAtScreen();
+                   isOnBus_ = qvariant_cast<QDBusVariant>(reply.arguments().value(0)).variant().toBool();
+                   tell();
                }));
 }
 
@@ -67,17 +65,37 @@ void TrayWatch::watchScreen()
     QCoreApplication::instance()->installNativeEventFilter(this);
 }
 
-void TrayWatch::lookAtScreen()
+bool TrayWatch::isOnScreen()
 {
     if (selectionAtom_ == 0)
-        return;
+        return false;
     xcb_connection_t *connection = XConnection::get();
     const std::unique_ptr<xcb_get_selection_owner_reply_t, decltype(&std::free)> owner(
         xcb_get_selection_owner_reply(connection, xcb_get_selection_owner(connection, selectionAtom_),
                                       nullptr),
         &std::free);
-    if (owner && owner->owner != XCB_NONE)
-        appear(Tray::OnScreen);
+    trayWindow_ = owner ? owner->owner : XCB_NONE;
+    if (trayWindow_ == XCB_NONE)
+        return false;
+    // To hear of its end. The library asks for the same.
+    const quint32 events = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
+    xcb_change_window_attributes(connection, trayWindow_, XCB_CW_EVENT_MASK, &events);
+    return true;
+}
+
+void TrayWatch::tell()
+{
+    std::optional<Tray> tray;
+    if (isOnBus_.value_or(false))
+        tray = Tray::OnBus;
+    else if (isOnScreen())
+        tray = Tray::OnScreen;
+    else if (!isOnBus_)
+        return;
+    if (std::exchange(hasTold_, true) && tray == told_)
+        return;
+    told_ = tray;
+    changed_(tray);
 }
 
 bool TrayWatch::nativeEventFilter(const QByteArray &eventType, void *message, qintptr *)
@@ -85,17 +103,15 @@ bool TrayWatch::nativeEventFilter(const QByteArray &eventType, void *message, qi
     if (eventType != XConnection::eventType)
         return false;
     const auto *event = static_cast<const xcb_generic_event_t *>(message);
-    if ((event->response_type & ~XConnection::sentMask) != XCB_CLIENT_MESSAGE)
-        return false;
-    const auto *announcement = reinterpret_cast<const xcb_client_message_event_t *>(event);
-    if (announcement->type == managerAtom_ && announcement->data.data32[1] == selectionAtom_)
-        QMetaObject::invokeMethod(this, &TrayWatch::lookAtScreen, Qt::QueuedConnection);
+    const int kind = event->response_type & ~XConnection::sentMask;
+    bool isAboutTray = false;
+    if (kind == XCB_CLIENT_MESSAGE) {
+        const auto *announcement = reinterpret_cast<const xcb_client_message_event_t *>(event);
+        isAboutTray = announcement->type == managerAtom_ && announcement->data.data32[1] == selectionAtom_;
+    } else if (kind == XCB_DESTROY_NOTIFY) {
+        isAboutTray = reinterpret_cast<const xcb_destroy_notify_event_t *>(event)->window == trayWindow_;
+    }
+    if (isAboutTray)
+        QMetaObject::invokeMethod(this, &TrayWatch::tell, Qt::QueuedConnection);
     return false;
-}
-
-void TrayWatch::appear(Tray tray)
-{
-    // Once. What the handler needs may be destroyed by its end.
-    if (const auto appeared = std::exchange(appeared_, {}))
-        appeared(tray);
 }

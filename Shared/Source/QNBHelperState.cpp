@@ -37,7 +37,10 @@ QVariantMap QNBHelperState::toMap() const
 {
     const auto *word = std::find_if(words.begin(), words.end(),
                                     [this](const auto &candidate) { return candidate.first == hotKey; });
-    return {{hotKeyKey, word->second}, {keysKey, keys}, {trayKey, hasTray}};
+    QVariantMap map = {{hotKeyKey, word->second}, {keysKey, keys}};
+    if (hasTray)
+        map.insert(trayKey, *hasTray);
+    return map;
 }
 
 QNBHelperState QNBHelperState::fromMap(const QVariantMap &map)
@@ -45,8 +48,9 @@ QNBHelperState QNBHelperState::fromMap(const QVariantMap &map)
     const QString said = map.value(hotKeyKey).toString();
     const auto *word = std::find_if(words.begin(), words.end(),
                                     [&said](const auto &candidate) { return candidate.second == said; });
+    const auto tray = map.constFind(trayKey);
     return {word == words.end() ? HotKey::None : word->first, map.value(keysKey).toString(),
-            map.value(trayKey).toBool()};
+            tray == map.cend() ? std::nullopt : std::optional(tray->toBool())};
 }
 
 void QNBHelperState::ask(SessionBus &bus,

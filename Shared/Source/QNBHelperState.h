@@ -35,8 +35,8 @@ struct QNBHelperState
     HotKey hotKey = HotKey::None;
     /// How the desktop's portal describes the keys that it hears; empty if it does not.
     QString keys = {};
-    /// Whether the desktop shows the icons of programs.
-    bool hasTray = false;
+    /// Whether the desktop shows the icons of programs; none while it is not known.
+    std::optional<bool> hasTray = {};
 
     friend bool operator==(const QNBHelperState &, const QNBHelperState &) = default;
 

@@ -64,7 +64,7 @@ FakeTray::Entry FakeTray::Entry::child(const QString &childLabel) const
     return {};
 }
 
-FakeTray::FakeTray(const QString &busAddress, bool hasHost)
+FakeTray::FakeTray(const QString &busAddress, std::optional<bool> hasHost)
     : hasHost_(hasHost)
 {
     QDBusConnection connection = QDBusConnection::connectToBus(busAddress, connectionName);
@@ -97,7 +97,8 @@ QString FakeTray::introspect(const QString &) const
 bool FakeTray::handleMessage(const QDBusMessage &message, const QDBusConnection &connection)
 {
     if (message.member() == getMember) {
-        connection.send(message.createReply(QVariant::fromValue(QDBusVariant(hasHost_))));
+        if (hasHost_)
+            connection.send(message.createReply(QVariant::fromValue(QDBusVariant(*hasHost_))));
         return true;
     }
     if (message.member() != u"RegisterStatusNotifierItem")

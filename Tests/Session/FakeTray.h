@@ -28,7 +28,8 @@ public:
         Entry child(const QString &childLabel) const;
     };
 
-    explicit FakeTray(const QString &busAddress, bool hasHost = true);
+    /// Without \a hasHost it does not say whether something shows what is registered.
+    explicit FakeTray(const QString &busAddress, std::optional<bool> hasHost = true);
     ~FakeTray() override;
 
     /// From now on something shows what is registered.
@@ -48,6 +49,6 @@ private:
     QDBusMessage ask(const QString &path, const QString &interface, const QString &member,
                      const QVariantList &arguments);
 
-    bool hasHost_;
+    std::optional<bool> hasHost_;
     QStringList items_;
 };

@@ -64,6 +64,7 @@ TEST_F(QNBHelperNotesTest, ItIsSaidByWhichWayTheShortcutIsHeard)
     change({.hotKey = QNBHelperState::HotKey::ByPortal, .keys = QStringLiteral("Super\nP"), .hasTray = true});
     EXPECT_THAT(shortcutNote(), HasSubstr("as it is chosen in its settings: Super"));
     EXPECT_THAT(shortcutNote(), Not(HasSubstr("\n"))) << "the desktop's text";
+    EXPECT_FALSE(isHintShown()) << "the keys may be others";
     change({.hotKey = QNBHelperState::HotKey::ByPortal, .hasTray = true});
     EXPECT_THAT(shortcutNote(), HasSubstr("that is chosen in its settings."));
     change({.hotKey = QNBHelperState::HotKey::ByScreen, .hasTray = true});
@@ -87,9 +88,20 @@ TEST_F(QNBHelperNotesTest, WhereItIsNotHeardTheCommandForTheDesktopsSettingsIsNa
 
 TEST_F(QNBHelperNotesTest, WithoutATrayItIsSaidHowThePresetsAreReached)
 {
-    helperState = QNBHelperState{.hasTray = false};
+    helperState = QNBHelperState{};
     openTab();
-    EXPECT_THAT(trayNote(), HasSubstr("shows no icons of programs"));
+    EXPECT_EQ(trayNote(), "") << "it is not known yet";
+    for (const auto hotKey : {QNBHelperState::HotKey::None, QNBHelperState::HotKey::Asking,
+                              QNBHelperState::HotKey::Refused, QNBHelperState::HotKey::Impossible}) {
+        change({.hotKey = hotKey, .hasTray = false});
+        EXPECT_THAT(trayNote(), HasSubstr("shows no icons of programs"));
+        EXPECT_THAT(trayNote(), HasSubstr("are reached by the command")) << "no shortcut is heard";
+    }
+    for (const auto hotKey : {QNBHelperState::HotKey::ByDesktop, QNBHelperState::HotKey::ByPortal,
+                              QNBHelperState::HotKey::ByScreen}) {
+        change({.hotKey = hotKey, .hasTray = false});
+        EXPECT_THAT(trayNote(), HasSubstr("are reached by the shortcut"));
+    }
     change({.hasTray = true});
     EXPECT_EQ(trayNote(), "");
     helperState.reset();
@@ -100,8 +112,11 @@ TEST_F(QNBHelperNotesTest, WithoutATrayItIsSaidHowThePresetsAreReached)
 TEST(QNBHelperStateTest, EveryStateComesThroughTheBusAndWhatIsMissingIsUnknown)
 {
     for (int number = 0; number <= int(QNBHelperState::HotKey::Impossible); ++number) {
-        const QNBHelperState state{QNBHelperState::HotKey(number), QStringLiteral("Ctrl+P"), true};
-        EXPECT_EQ(QNBHelperState::fromMap(state.toMap()), state) << number;
+        for (const std::optional<bool> hasTray :
+             {std::optional<bool>(), std::optional(false), std::optional(true)}) {
+            const QNBHelperState state{QNBHelperState::HotKey(number), QStringLiteral("Ctrl+P"), hasTray};
+            EXPECT_EQ(QNBHelperState::fromMap(state.toMap()), state) << number;
+        }
     }
     EXPECT_EQ(QNBHelperState::fromMap({}), QNBHelperState());
     EXPECT_EQ(QNBHelperState::fromMap({{QStringLiteral("HotKey"), QStringLiteral("of a later version")}}),

@@ -3,11 +3,6 @@
 
 #include "Tests/Helper/Running/HotKeyFixture.h"
 
-#include "Platform/Mailbox.h"
-#include "Platform/SessionBus.h"
-
-#include <optional>
-
 QNBSettings HotKeyFixture::with(const QNBKeyCombo &combo) const
 {
     QNBSettings result = settings();
@@ -31,22 +26,6 @@ std::unique_ptr<ChildProcess> HotKeyFixture::startInWaylandSession()
     auto helper = startIn(wayland);
     EXPECT_TRUE(waitUntil([this] { return isOnBus(); }));
     return helper;
-}
-
-QNBHelperState HotKeyFixture::state() const
-{
-    SessionBus bus(bus_.address());
-    std::optional<QNBHelperState> state;
-    bool isKnown = false;
-    const Mailbox mailbox;
-    QNBHelperState::ask(bus, mailbox.bound<const std::optional<QNBHelperState> &>(
-                                 [&](const std::optional<QNBHelperState> &answer) {
-                                     state = answer;
-                                     isKnown = true;
-                                 }));
-    EXPECT_TRUE(waitUntil([&] { return isKnown; }));
-    EXPECT_TRUE(state);
-    return state.value_or(QNBHelperState());
 }
 
 bool HotKeyFixture::waitForState(HotKeyState expected) const

@@ -28,8 +28,6 @@ protected:
     std::unique_ptr<ChildProcess> startOther(const QNBKeyCombo &combo);
     /// The windows are on an X screen all the same, as those of older programs are there.
     std::unique_ptr<ChildProcess> startInWaylandSession();
-    /// What it says of itself.
-    QNBHelperState state() const;
     bool waitForState(HotKeyState expected) const;
     /// The only window that it shows then.
     bool hasLauncher(const ChildProcess &helper) const { return !screen_.windowsOf(helper.pid()).isEmpty(); }

@@ -6,6 +6,7 @@
 #include "Helper/HelperService.h"
 #include "Helper/Running/RecentFolders.h"
 #include "Platform/DistributedNotificationCenter.h"
+#include "Platform/Mailbox.h"
 #include "Platform/Preferences.h"
 #include "Platform/SessionBus.h"
 
@@ -15,6 +16,7 @@
 #include <QDBusPendingCall>
 
 #include <csignal>
+#include <optional>
 
 namespace {
 
@@ -104,6 +106,22 @@ bool RunningFixture::isOnBus() const
     waitUntil([&] { return answer.isFinished(); });
     QDBusConnection::disconnectFromBus(connectionName);
     return answer.reply().arguments().value(0).toString().contains(HelperService::createMethod);
+}
+
+QNBHelperState RunningFixture::state() const
+{
+    SessionBus bus(bus_.address());
+    std::optional<QNBHelperState> state;
+    bool isKnown = false;
+    const Mailbox mailbox;
+    QNBHelperState::ask(bus, mailbox.bound<const std::optional<QNBHelperState> &>(
+                                 [&](const std::optional<QNBHelperState> &answer) {
+                                     state = answer;
+                                     isKnown = true;
+                                 }));
+    EXPECT_TRUE(waitUntil([&] { return isKnown; }));
+    EXPECT_TRUE(state);
+    return state.value_or(QNBHelperState());
 }
 
 bool RunningFixture::order(const QString &preset, QString *error)

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "Shared/Source/QNBHelperState.h"
 #include "Source/QNBSettingsStore.h"
 #include "Tests/Helper/HelperFixture.h"
 #include "Tests/Session/ChildProcess.h"
@@ -36,6 +37,8 @@ protected:
     /// That of another user at the same screen, who has no bus.
     QProcessEnvironment environmentOf(const TemporaryHome &otherHome) const;
     bool isOnBus() const;
+    /// What it says of itself.
+    QNBHelperState state() const;
     /// Has it create a preset in the target; false, with its reason in \a error, if it refuses.
     bool order(const QString &preset, QString *error = nullptr);
     /// Asks it to end, and expects it to do so in good order.

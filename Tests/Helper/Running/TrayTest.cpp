@@ -7,6 +7,7 @@
 #include "Tests/Helper/Running/RunningFixture.h"
 #include "Tests/Helper/Running/ScreenTray.h"
 #include "Tests/Session/FakeTray.h"
+#include "Tests/Session/NotificationListener.h"
 #include "Tests/Session/SilentSocket.h"
 
 #include <QDir>
@@ -113,6 +114,31 @@ TEST_F(TrayProgramTest, ATrayThatAppearsOnTheScreenLaterIsUsed)
     const auto helper = start();
     ScreenTray tray(screen_.display());
     EXPECT_TRUE(waitUntil([&] { return tray.hasIcon(); }));
+    expectEndOf(*helper);
+}
+
+TEST_F(TrayProgramTest, ThePaneIsToldWhetherThereIsATrayAtPresent)
+{
+    store(settings());
+    const auto waitForTray = [this](std::optional<bool> expected) {
+        return waitUntil([&] { return state().hasTray == expected; });
+    };
+    std::optional<FakeTray> tray(std::in_place, bus_.address(), std::nullopt);
+    NotificationListener listener(bus_.address());
+    const auto helper = start();
+    EXPECT_EQ(state().hasTray, std::nullopt) << "the desktop has not answered";
+    const int before = listener.count("QNBHelperStateChangedNotification");
+    tray->addHost();
+    EXPECT_TRUE(waitForTray(true));
+    EXPECT_TRUE(waitUntil([&] { return listener.count("QNBHelperStateChangedNotification") > before; }));
+    tray.reset();
+    EXPECT_TRUE(waitForTray(false));
+    std::optional<ScreenTray> onScreen(std::in_place, screen_.display());
+    EXPECT_TRUE(waitForTray(true));
+    onScreen.reset();
+    EXPECT_TRUE(waitForTray(false));
+    tray.emplace(bus_.address());
+    EXPECT_TRUE(waitForTray(true));
     expectEndOf(*helper);
 }
 
