@@ -186,5 +186,5 @@ void GlobalAccelHotKey::call(const QString &method, const QVariantList &argument
 void GlobalAccelHotKey::pressed(const QString &component, const QString &action, qlonglong)
 {
     if (component == componentName && action == actionName)
-        handlers_.pressed();
+        handlers_.pressed({});
 }

@@ -49,9 +49,9 @@ HelperSession::HelperSession(std::shared_ptr<SessionBus> bus, SingleInstance &in
     , notificationCenter_(bus_)
     , launcher_(creations_, [this] { settings_.changed(); })
     , hotKeys_(*bus_, {.pressed =
-                           [this] {
+                           [this](const QByteArray &activationToken) {
                                if (!isQuitting_)
-                                   launcher_.open();
+                                   launcher_.open(QStringList(), activationToken);
                            },
                        .stateChanged =
                            [this](QNBHelperState::HotKey hotKey, const QString &keys) {

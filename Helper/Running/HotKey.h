@@ -5,6 +5,7 @@
 
 #include "Platform/KeyCodes.h"
 
+#include <QByteArray>
 #include <QString>
 
 #include <functional>
@@ -18,11 +19,13 @@ public:
     /// They are called from the event loop, or from grab().
     struct Handlers
     {
-        std::function<void()> pressed;
+        /// \a activationToken is the desktop's leave to open a window, see ActivationToken; it may be empty.
+        std::function<void(const QByteArray &activationToken)> pressed;
         /// At most once, before the next two: the desktop asks the user.
         std::function<void()> asking;
         /// From now on it is heard; \a keys is what the desktop calls it if it may be another than the one
-        /// that was asked for. Again after it was lost.
+        /// that was asked for. Again after it
+        /// was lost, and when \a keys are others.
         std::function<void(const QString &keys)> granted;
         /// For now it is no longer heard, with the reason for the log: not with this keyboard.
         std::function<void(const QString &reason)> lost;

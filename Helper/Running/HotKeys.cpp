@@ -235,9 +235,9 @@ void HotKeys::grabBy(Way way, const QString &owner)
     };
     HotKey::Handlers handlers{
         .pressed =
-            [this] {
+            [this](const QByteArray &activationToken) {
                 if (!pause_.isActive())
-                    handlers_.pressed();
+                    handlers_.pressed(activationToken);
             },
         .asking = [this] { handlers_.stateChanged(QNBHelperState::HotKey::Asking, {}); },
         .granted =

@@ -29,7 +29,8 @@ class HotKeys : public QObject
 public:
     struct Handlers
     {
-        std::function<void()> pressed;
+        /// The token is that of HotKey::Handlers::pressed.
+        std::function<void(const QByteArray &activationToken)> pressed;
         /// The keys are those of HotKey::Handlers::granted.
         std::function<void(QNBHelperState::HotKey state, const QString &keys)> stateChanged;
     };

@@ -70,11 +70,15 @@ QDBusMessage shortcutsCall(const QString &method)
     return QDBusMessage::createMethodCall(PortalHotKey::service, objectPath, shortcutsInterface, method);
 }
 
-/// How the desktop describes the keys of the first of the shortcuts in \a results.
-QString describedKeys(const QVariantMap &results)
+/// How the desktop describes the keys of ours among \a shortcuts.
+QString describedKeys(const QVariant &shortcuts)
 {
-    const auto shortcuts = qdbus_cast<QList<PortalShortcut>>(results.value(QStringLiteral("shortcuts")));
-    return shortcuts.value(0).options.value(QStringLiteral("trigger_description")).toString();
+    const auto list = qdbus_cast<QList<PortalShortcut>>(shortcuts);
+    for (const PortalShortcut &shortcut : list) {
+        if (shortcut.id == shortcutId)
+            return shortcut.options.value(QStringLiteral("trigger_description")).toString();
+    }
+    return {};
 }
 
 } // namespace
@@ -117,6 +121,8 @@ void PortalHotKey::grab(const KeyCombo &combo)
                  portal_ = owner;
                  bus_.connect(portal_, objectPath, shortcutsInterface, QStringLiteral("Activated"), this,
                               SLOT(activated(QDBusMessage)));
+                 bus_.connect(portal_, objectPath, shortcutsInterface, QStringLiteral("ShortcutsChanged"),
+                              this, SLOT(shortcutsChanged(QDBusMessage)));
                  bus_.connect(portal_, QString(), sessionInterface, QStringLiteral("Closed"), this,
                               SLOT(closed(QDBusMessage)));
                  createSession();
@@ -191,9 +197,10 @@ void PortalHotKey::sessionAnswered(uint response, const QVariantMap &results)
 
 void PortalHotKey::bindingAnswered(uint response, const QVariantMap &results)
 {
-    const QString keys = describedKeys(results);
+    const QString keys = describedKeys(results.value(QStringLiteral("shortcuts")));
     // GNOME 48 grants with any number. Who cancels gives no keys.
-    if (response == granted || !keys.isEmpty())
+    isGranted_ = response == granted || !keys.isEmpty();
+    if (isGranted_)
         handlers_.granted(keys);
     else
         handlers_.refused(QStringLiteral("the user does not want it"));
@@ -203,8 +210,16 @@ void PortalHotKey::activated(const QDBusMessage &signal)
 {
     const auto session = signal.arguments().value(0).value<QDBusObjectPath>();
     const QString shortcut = signal.arguments().value(1).toString();
+    const auto options = qdbus_cast<QVariantMap>(signal.arguments().value(3));
     if (session == session_ && shortcut == shortcutId)
-        handlers_.pressed();
+        handlers_.pressed(options.value(QStringLiteral("activation_token")).toString().toUtf8());
+}
+
+void PortalHotKey::shortcutsChanged(const QDBusMessage &signal)
+{
+    const auto session = signal.arguments().value(0).value<QDBusObjectPath>();
+    if (isGranted_ && session == session_)
+        handlers_.granted(describedKeys(signal.arguments().value(1)));
 }
 
 void PortalHotKey::closed(const QDBusMessage &signal)

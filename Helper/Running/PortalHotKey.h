@@ -37,6 +37,7 @@ private Q_SLOTS:
     void sessionAnswered(uint response, const QVariantMap &results);
     void bindingAnswered(uint response, const QVariantMap &results);
     void activated(const QDBusMessage &signal);
+    void shortcutsChanged(const QDBusMessage &signal);
     void closed(const QDBusMessage &signal);
 
 private:
@@ -56,4 +57,5 @@ private:
     /// There may be one, from the question on.
     QDBusObjectPath session_;
     bool isSessionOpen_ = false;
+    bool isGranted_ = false;
 };

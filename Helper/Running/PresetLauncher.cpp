@@ -35,9 +35,9 @@ void PresetLauncher::setSettings(const Result<QNBSettings> &settings)
     launcher_.setPresets(labels_, problem_);
 }
 
-void PresetLauncher::open(const QStringList &named)
+void PresetLauncher::open(const QStringList &named, const QByteArray &activationToken)
 {
-    open({.labels = labels_, .problem = problem_, .named = named}, {});
+    open({.labels = labels_, .problem = problem_, .named = named}, activationToken);
 }
 
 void PresetLauncher::open(Launcher::Content content, const QByteArray &activationToken)

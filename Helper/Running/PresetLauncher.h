@@ -27,8 +27,9 @@ public:
     /// Of the presets that are known, in their order.
     const QStringList &labels() const { return labels_; }
 
-    /// Opens the window for the folders \a named, if there are any, with the presets that are known.
-    void open(const QStringList &named = {});
+    /// Opens the window for the folders \a named, if there are any, with the presets that are known. \a
+    /// activationToken may be empty, see ActivationToken.
+    void open(const QStringList &named, const QByteArray &activationToken = {});
     /// The same with what another program has asked for.
     void open(Launcher::Content content, const QByteArray &activationToken);
     void close() { launcher_.close(); }

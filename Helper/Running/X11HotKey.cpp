@@ -134,6 +134,6 @@ bool X11HotKey::nativeEventFilter(const QByteArray &eventType, void *message, qi
         });
     if (isOurs)
         QMetaObject::invokeMethod(
-            &context_, [this] { handlers_.pressed(); }, Qt::QueuedConnection);
+            &context_, [this] { handlers_.pressed({}); }, Qt::QueuedConnection);
     return isOurs;
 }

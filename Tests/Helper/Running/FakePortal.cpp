@@ -160,13 +160,28 @@ QDBusMessage FakePortal::activation(const QString &shortcut) const
 {
     QDBusMessage signal = QDBusMessage::createSignal(
         objectPath, QStringLiteral("org.freedesktop.portal.GlobalShortcuts"), QStringLiteral("Activated"));
-    signal << QVariant::fromValue(QDBusObjectPath(session_)) << shortcut << qulonglong(1) << QVariantMap();
+    signal << QVariant::fromValue(QDBusObjectPath(session_)) << shortcut << qulonglong(1)
+           << QVariantMap{{QStringLiteral("activation_token"), activationToken}};
     return signal;
 }
 
 void FakePortal::activate(const QString &shortcut)
 {
     EXPECT_TRUE(QDBusConnection(connectionName).send(activation(shortcut)));
+}
+
+void FakePortal::changeKeys(const QString &keys)
+{
+    const auto named = [](const QString &id, const QString &description) {
+        return FakePortalShortcut{id, {{QStringLiteral("trigger_description"), description}}};
+    };
+    const QList<FakePortalShortcut> shortcuts = {named(QStringLiteral("another one"), givenKeys),
+                                                 named(shortcut_, keys)};
+    QDBusMessage signal =
+        QDBusMessage::createSignal(objectPath, QStringLiteral("org.freedesktop.portal.GlobalShortcuts"),
+                                   QStringLiteral("ShortcutsChanged"));
+    signal << QVariant::fromValue(QDBusObjectPath(session_)) << QVariant::fromValue(shortcuts);
+    EXPECT_TRUE(QDBusConnection(connectionName).send(signal));
 }
 
 void FakePortal::closeSession()

@@ -15,6 +15,9 @@ public:
     /// What it calls the keys that it gives.
     static inline const QString givenKeys = QStringLiteral("Super+P");
 
+    /// The desktop's leave to open a window, which comes with each activation.
+    static inline const QString activationToken = QStringLiteral("leave of the desktop");
+
     enum class Manner {
         Granting,
         /// The same of an earlier desktop, which takes no names of applications.
@@ -52,6 +55,8 @@ public:
     void closeSession();
     /// The user presses the keys of a shortcut.
     void activate(const QString &shortcut);
+    /// The desktop gives its keys another name.
+    void changeKeys(const QString &keys);
     /// What the portal says then.
     QDBusMessage activation(const QString &shortcut) const;
 

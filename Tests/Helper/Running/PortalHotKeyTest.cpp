@@ -41,7 +41,11 @@ protected:
     void begin()
     {
         hotKey_.emplace(QDBusConnection::connectToBus(bus_.address(), connectionName),
-                        HotKey::Handlers{.pressed = [this] { ++pressed_; },
+                        HotKey::Handlers{.pressed =
+                                             [this](const QByteArray &token) {
+                                                 ++pressed_;
+                                                 token_ = token;
+                                             },
                                          .asking =
                                              [this] {
                                                  EXPECT_EQ(granted_ + refused_, 0);
@@ -66,6 +70,7 @@ protected:
     int refused_ = 0;
     int missing_ = 0;
     QString keys_;
+    QByteArray token_;
 };
 
 } // namespace
@@ -83,6 +88,7 @@ TEST_F(PortalHotKeyTest, AsksForItsCombinationAndHearsOfIt)
     portal.activate(portal.shortcut());
     ASSERT_TRUE(waitUntil([this] { return pressed_ > 0; }));
     EXPECT_EQ(pressed_, 1);
+    EXPECT_EQ(token_, FakePortal::activationToken.toUtf8());
     EXPECT_EQ(refused_, 0);
 }
 
@@ -93,6 +99,15 @@ TEST_F(PortalHotKeyTest, SaysWhichApplicationItIsBeforeAndHowTheDesktopCallsTheK
     EXPECT_EQ(portal.application(), QStringLiteral("org.quenby.Quenby"));
     EXPECT_EQ(asking_, 1);
     EXPECT_EQ(keys_, FakePortal::givenKeys);
+}
+
+TEST_F(PortalHotKeyTest, TellsHowTheDesktopCallsOtherKeysThatTheUserChooses)
+{
+    FakePortal portal(bus_.address());
+    grab();
+    const QString others = QStringLiteral("Super+F5");
+    portal.changeKeys(others);
+    EXPECT_TRUE(waitUntil([&] { return keys_ == others; }));
 }
 
 TEST_F(PortalHotKeyTest, IsGrantedByADesktopThatTakesNoNamesOfApplications)
