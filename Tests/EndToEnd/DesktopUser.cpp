@@ -38,7 +38,7 @@ void DesktopUser::rightClicks(QPoint place) const
 
 bool DesktopUser::drags(QPoint from, QPoint to, ChildProcess &dragging) const
 {
-    const bool result = screen_.drag(from, to, screen_.arrivalOfDrag(dragging));
+    const bool result = screen_.drag(from, to, screen_.arrivalOfDrag(dragging), patience_);
     if (!result)
         presses(QStringLiteral("Escape"));
     screen_.releaseMouse();

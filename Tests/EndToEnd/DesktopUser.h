@@ -8,13 +8,17 @@
 #include <QPoint>
 #include <QStringList>
 
+#include <chrono>
+
 /// A person with a keyboard and a mouse in front of a screen. What they do reaches the window with the
 /// keyboard, or the one below the pointer, in the order in which it was done.
 class DesktopUser
 {
 public:
-    explicit DesktopUser(const Screen &screen)
+    /// A drag is given up after \a patience.
+    DesktopUser(const Screen &screen, std::chrono::milliseconds patience)
         : screen_(screen)
+        , patience_(patience)
     {
     }
 
@@ -33,4 +37,5 @@ private:
     void does(const QStringList &arguments) const;
 
     const Screen &screen_;
+    const std::chrono::milliseconds patience_;
 };

@@ -74,15 +74,17 @@ TEST_P(EveryDesktopTest, APresetIsDraggedToAnotherProgram)
     const QPoint target(1180, 700);
     const auto hasArrived = anyScreen_->arrivalOfDrag(*host_);
     // Some way down the list first, until the drag has begun.
-    ASSERT_TRUE(anyScreen_->drag(start, start + QPoint(0, 60), hasArrived)) << host_->errors().constData();
+    ASSERT_TRUE(anyScreen_->drag(start, start + QPoint(0, 60), hasArrived, patience))
+        << host_->errors().constData();
     ChildProcess dropTarget(
         QStringLiteral(QUENBY_DROP_TARGET),
         {QStringLiteral("--at"), QStringLiteral("1080,600"), QStringLiteral("--into"), folder},
         anyScreen_->environmentFrom(session_.home().environment(session_.busAddress())));
     ASSERT_TRUE(waitUntil([&] { return dropTarget.output().contains("ready"); }, patience));
-    ASSERT_TRUE(anyScreen_->dragOn(target, [&] { return dropTarget.output().contains("may"); }));
+    ASSERT_TRUE(anyScreen_->dragOn(
+        target, [&] { return dropTarget.output().contains("may"); }, patience));
     EXPECT_TRUE(dropTarget.output().contains("\nmay copy\n")) << dropTarget.output().constData();
-    ASSERT_TRUE(anyScreen_->dragOn(target, hasArrived)) << host_->errors().constData();
+    ASSERT_TRUE(anyScreen_->dragOn(target, hasArrived, patience)) << host_->errors().constData();
     anyScreen_->releaseMouse();
     ASSERT_TRUE(waitUntil([&] { return dropTarget.output().contains("done"); }, patience))
         << dropTarget.output().constData() << host_->errors().constData();

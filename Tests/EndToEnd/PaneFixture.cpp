@@ -18,7 +18,7 @@ PaneFixture::PaneFixture(const std::function<std::unique_ptr<Screen>(const Tempo
     : anyScreen_(makeScreen(session_.home()))
     , reader_(session_.busAddress(),
               anyScreen_->environmentFrom(session_.home().environment(session_.busAddress())))
-    , user_(*anyScreen_)
+    , user_(*anyScreen_, patience)
     , pane_(reader_)
 {
 }

@@ -93,7 +93,10 @@ protected:
     void chooseHotKey()
     {
         ASSERT_NO_FATAL_FAILURE(goToGeneralTab());
-        user_.presses({QStringLiteral("alt+s"), QStringLiteral("space"), hotKey, QStringLiteral("alt+p")});
+        user_.presses({QStringLiteral("alt+s"), QStringLiteral("space"), hotKey});
+        const QString note = QStringLiteral("The shortcut is heard whichever window has the keyboard.");
+        EXPECT_TRUE(waitUntil([&] { return pane_.label(note); }, patience)) << "the helper says so";
+        user_.presses(QStringLiteral("alt+p"));
     }
     /// As the file managers' entries do; the running helper takes the order or refuses it.
     QDBusMessage orderFromTheHelper(const QString &preset, const QString &folder) const

@@ -70,7 +70,8 @@ void Screen::releaseMouse() const
     ask(xdotool, {QStringLiteral("mouseup"), leftButton});
 }
 
-bool Screen::drag(const QPoint &from, const QPoint &to, const std::function<bool()> &hasArrived) const
+bool Screen::drag(const QPoint &from, const QPoint &to, const std::function<bool()> &hasArrived,
+                  std::chrono::milliseconds patience) const
 {
     // A nested compositor follows the mouse by steps, may miss the first, and keeps it inside: from corner to
     // corner it catches up with it.
@@ -80,18 +81,21 @@ bool Screen::drag(const QPoint &from, const QPoint &to, const std::function<bool
     pressMouse();
     for (int step = 1; step < stepsOfADrag; ++step)
         moveMouse(from + (to - from) * step / stepsOfADrag);
-    return dragOn(to, hasArrived);
+    return dragOn(to, hasArrived, patience);
 }
 
-bool Screen::dragOn(const QPoint &to, const std::function<bool()> &hasArrived) const
+bool Screen::dragOn(const QPoint &to, const std::function<bool()> &hasArrived,
+                    std::chrono::milliseconds patience) const
 {
     // The programs may still be busy with the steps so far; a mouse that rests tells them nothing.
     int jitter = 0;
-    return waitUntil([&] {
-        jitter = 1 - jitter;
-        moveMouse(to + QPoint(jitter, 0));
-        return hasArrived();
-    });
+    return waitUntil(
+        [&] {
+            jitter = 1 - jitter;
+            moveMouse(to + QPoint(jitter, 0));
+            return hasArrived();
+        },
+        patience);
 }
 
 void Screen::kill()

@@ -10,6 +10,7 @@
 #include <QSize>
 #include <QStringList>
 
+#include <chrono>
 #include <functional>
 #include <memory>
 
@@ -19,6 +20,8 @@ class Screen
 {
 public:
     static constexpr QSize usualSize{1280, 900};
+    /// How long a drag is waited for.
+    static constexpr std::chrono::seconds usualPatience{10};
 
     virtual ~Screen();
     Screen(const Screen &) = delete;
@@ -41,9 +44,11 @@ public:
     void releaseMouse() const;
     /// Presses the mouse at \a from and moves it, button down, to \a to until \a hasArrived says that the
     /// drag is where it should be. The caller releases the button. False if it does not get there.
-    bool drag(const QPoint &from, const QPoint &to, const std::function<bool()> &hasArrived) const;
+    bool drag(const QPoint &from, const QPoint &to, const std::function<bool()> &hasArrived,
+              std::chrono::milliseconds patience = usualPatience) const;
     /// Goes on with a drag that is somewhere else: moves about \a to until it has arrived.
-    bool dragOn(const QPoint &to, const std::function<bool()> &hasArrived) const;
+    bool dragOn(const QPoint &to, const std::function<bool()> &hasArrived,
+                std::chrono::milliseconds patience = usualPatience) const;
     /// The name of the X server's display, for programs that are not started here.
     QString display() const;
     /// The server dies, and with it the connections of its clients.

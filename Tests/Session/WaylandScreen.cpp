@@ -65,8 +65,6 @@ QProcessEnvironment WaylandScreen::environmentFrom(QProcessEnvironment environme
     environment.insert(QStringLiteral("XDG_SESSION_TYPE"), QStringLiteral("wayland"));
     environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("wayland"));
     environment.insert(QStringLiteral("QT_LINUX_ACCESSIBILITY_ALWAYS_ON"), QStringLiteral("1"));
-    // The library's plug-in keeps some of what the compositor tells it, as the leak sanitizer says.
-    environment.insert(QStringLiteral("ASAN_OPTIONS"), QStringLiteral("detect_leaks=0"));
     // What is said between program and compositor is written to the program's standard error.
     environment.insert(QStringLiteral("WAYLAND_DEBUG"), QStringLiteral("client"));
     return environment;
