@@ -9,6 +9,7 @@
 #include <QStringEncoder>
 #include <QVarLengthArray>
 #include <algorithm>
+#include <bit>
 #include <charconv>
 #include <cstdlib>
 #include <ctime>
@@ -102,30 +103,53 @@ void QNBHierarchyItem::generateUID(LongNames *longNames)
 {
     timeval now{};
     gettimeofday(&now, nullptr);
-    const bool isLong = longNames && filename_.size() >= longNameSize;
-    QVarLengthArray<char, 256> seed((isLong ? 0 : filename_.size() * utf8BytesPerUnit) + seedNumbersSize);
-    char *end = isLong ? seed.data() : writeUtf8(seed.data(), filename_);
-    *end++ = isFolder_ ? '1' : '0';
-    *end++ = '_';
-    end = writeNumber(end, now.tv_sec);
-    end = writeNumber(end, now.tv_usec);
-    *end++ = '_';
-    end = writeNumber(end, static_cast<std::uint32_t>(random()));
-    *end++ = '+';
-    end = writeNumber(end, static_cast<std::uint32_t>(children_.size()));
-    const QByteArrayView bytes(seed.constData(), end - seed.constData());
+    const auto seconds = static_cast<std::uint64_t>(now.tv_sec);
+    const Seed seed{.secondsHigh = static_cast<std::uint32_t>(seconds >> 32),
+                    .secondsLow = static_cast<std::uint32_t>(seconds),
+                    .microseconds = static_cast<std::uint32_t>(now.tv_usec),
+                    .random = static_cast<std::uint32_t>(random()),
+                    .children = static_cast<std::uint32_t>(children_.size())};
     givenUid_.reset();
-    if (!isLong) {
-        digest_ = CocoaCryptoHashing::sha1Digest(bytes);
-        return;
+    digest_ = std::bit_cast<CocoaCryptoHashing::SHA1Digest>(seed);
+    hasSeed_ = true;
+    if (!longNames) {
+        digest();
+    } else if (filename_.size() >= longNameSize) {
+        auto known = longNames->constFind(filename_.constData());
+        if (known == longNames->constEnd()) {
+            const QByteArray name = filename_.toUtf8();
+            known = longNames->insert(filename_.constData(),
+                                      {filename_, CocoaCryptoHashing::SHA1Beginning(name)});
+        }
+        std::array<char, seedNumbersSize> rest;
+        const char *const end = writeNumbers(rest.data(), seed);
+        digest_ = known->digest.digestWith({rest.data(), end - rest.data()});
+        hasSeed_ = false;
     }
-    auto known = longNames->constFind(filename_.constData());
-    if (known == longNames->constEnd()) {
-        const QByteArray name = filename_.toUtf8();
-        known =
-            longNames->insert(filename_.constData(), {filename_, CocoaCryptoHashing::SHA1Beginning(name)});
+}
+
+/// What follows the name in the text that is digested.
+char *QNBHierarchyItem::writeNumbers(char *to, const Seed &seed) const
+{
+    *to++ = isFolder_ ? '1' : '0';
+    *to++ = '_';
+    to = writeNumber(to, std::uint64_t(seed.secondsHigh) << 32 | seed.secondsLow);
+    to = writeNumber(to, seed.microseconds);
+    *to++ = '_';
+    to = writeNumber(to, seed.random);
+    *to++ = '+';
+    return writeNumber(to, seed.children);
+}
+
+const CocoaCryptoHashing::SHA1Digest &QNBHierarchyItem::digest() const
+{
+    if (hasSeed_) {
+        QVarLengthArray<char, 256> text(filename_.size() * utf8BytesPerUnit + seedNumbersSize);
+        const char *const end = writeNumbers(writeUtf8(text.data(), filename_), std::bit_cast<Seed>(digest_));
+        digest_ = CocoaCryptoHashing::sha1Digest({text.constData(), end - text.constData()});
+        hasSeed_ = false;
     }
-    digest_ = known->digest.digestWith(bytes);
+    return digest_;
 }
 
 QNBHierarchyItemPtr QNBHierarchyItem::childAtIndex(std::int32_t index) const
@@ -214,6 +238,8 @@ void QNBHierarchyItem::dropChildNames()
 
 void QNBHierarchyItem::setFilename(const QString &name)
 {
+    // That of the first name.
+    digest();
     const QNBHierarchyItemPtr folder = parent();
     QNBChildNames *names = folder ? folder->childNames_.get() : nullptr;
     // It is not there if this item was removed, which leaves the link to its parent.
@@ -254,8 +280,8 @@ QString QNBHierarchyItem::uid() const
 {
     if (givenUid_)
         return *givenUid_;
-    const QByteArrayView digest(reinterpret_cast<const char *>(digest_.data()), qsizetype(digest_.size()));
-    return QString::fromLatin1(digest.toByteArray().toHex());
+    const QByteArrayView bytes(reinterpret_cast<const char *>(digest().data()), qsizetype(digest().size()));
+    return QString::fromLatin1(bytes.toByteArray().toHex());
 }
 
 void QNBHierarchyItem::setUid(const QString &uid)
@@ -265,6 +291,7 @@ void QNBHierarchyItem::setUid(const QString &uid)
     const QByteArray digest = mayBeDigest ? QByteArray::fromHex(uid.toLatin1()) : QByteArray();
     if (digest.size() == qsizetype(digest_.size()) && QString::fromLatin1(digest.toHex()) == uid) {
         std::copy(digest.begin(), digest.end(), digest_.begin());
+        hasSeed_ = false;
         givenUid_.reset();
     } else {
         givenUid_ = std::make_unique<const QString>(uid);
@@ -275,7 +302,7 @@ bool QNBHierarchyItem::isEqualTo(const QNBHierarchyItem &item) const
 {
     if (givenUid_ || item.givenUid_)
         return givenUid_ && item.givenUid_ && *givenUid_ == *item.givenUid_;
-    return digest_ == item.digest_;
+    return digest() == item.digest();
 }
 
 QNBHierarchyItemPtr QNBHierarchyItem::copyWithZone() const

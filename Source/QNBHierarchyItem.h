@@ -149,9 +149,18 @@ private:
     };
     using LongNames = QHash<const QChar *, LongName>;
 
+    /// What the digest is made of besides the name and the kind.
+    struct Seed
+    {
+        std::uint32_t secondsHigh, secondsLow, microseconds, random, children;
+    };
+
     static QNBHierarchyItemPtr newItem();
-    /// With \a longNames, a long name that items share is digested once.
+    /// With \a longNames, a long name that items share is digested once, and the others are when their uid is
+    /// asked for: of most items that are read it never is.
     void generateUID(LongNames *longNames = nullptr);
+    const CocoaCryptoHashing::SHA1Digest &digest() const;
+    char *writeNumbers(char *to, const Seed &seed) const;
     /// Keeps a uid that was stored.
     void setUid(const QString &uid);
     template <class Sink>
@@ -167,9 +176,11 @@ private:
     std::unique_ptr<const QString> givenUid_;
     /// While there is one, this item is the parent of all its children.
     std::unique_ptr<QNBChildNames> childNames_;
-    std::array<std::uint8_t, 20> digest_{};
+    /// The bytes of the seed as long as hasSeed_.
+    mutable CocoaCryptoHashing::SHA1Digest digest_{};
     /// Owner, group, others, as in permissionKeys.
     std::array<std::uint32_t, 3> permissions_;
     std::array<bool, 3> hasPermission_{true, true, true};
     bool isFolder_ = false;
+    mutable bool hasSeed_ = false;
 };
