@@ -13,6 +13,7 @@
 #include <QLabel>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTimer>
 
 #include <chrono>
 #include <future>
@@ -202,6 +203,7 @@ TEST_F(PanePageTest, GivesWayToAnotherHostUntilThatHasEnded)
             request = asked;
             loop.quit();
         });
+        QTimer::singleShot(10s, &loop, &QEventLoop::quit);
         loop.exec();
         other->close();
     });
