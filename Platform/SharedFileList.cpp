@@ -254,7 +254,11 @@ Result<> SharedFileList::insertItemURL(const QUrl &url) const
         const QByteArray itsPath = pathOfFileURL(item.url_).value_or(QByteArray());
         if (isMoved)
             unusedLinks.append(nameOfPath(itsPath));
-        if (hasEarlierName(item.fileName_, *started, itsPath))
+        // Of those that were moved the one with the present name; what the user calls one that is there
+        // stays.
+        const bool isWellNamed = isMoved ? item.fileName_ == entryName(*started, *path) + entrySuffix
+                                         : !hasEarlierName(item.fileName_, *started, itsPath);
+        if (!isWellNamed)
             obsolete.append(item.fileName_);
         else if (isMoved)
             kept.append(item.fileName_);
