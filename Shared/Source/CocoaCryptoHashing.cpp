@@ -3,14 +3,45 @@
 
 #include "Shared/Source/CocoaCryptoHashing.h"
 
+#include "Platform/LineText.h"
+
 // SHA1_Init() and MD5() are marked deprecated since libcrypto 3.0 as algorithms, not as interfaces;
 // identifiers need no cryptographic strength.
 #define OPENSSL_SUPPRESS_DEPRECATED
+#include <QLibrary>
 #include <memory>
 #include <openssl/md5.h>
 #include <openssl/sha.h>
 
 namespace CocoaCryptoHashing {
+
+/// The functions of libcrypto.
+struct Functions
+{
+    decltype(&::SHA1_Init) sha1Init;
+    decltype(&::SHA1_Update) sha1Update;
+    decltype(&::SHA1_Final) sha1Final;
+    decltype(&::MD5) md5;
+};
+
+/// The library is loaded for the first digest, and not with the program: thousands of its symbols are bound
+/// then, for which every window waited, while the first digest is wanted long after it is shown.
+static const Functions &libcrypto()
+{
+    static const Functions functions = [] {
+        QLibrary library(QStringLiteral("crypto"), QStringLiteral(QUENBY_LIBCRYPTO_VERSION));
+        library.setLoadHints(QLibrary::PreventUnloadHint);
+        const Functions found{
+            reinterpret_cast<decltype(Functions::sha1Init)>(library.resolve("SHA1_Init")),
+            reinterpret_cast<decltype(Functions::sha1Update)>(library.resolve("SHA1_Update")),
+            reinterpret_cast<decltype(Functions::sha1Final)>(library.resolve("SHA1_Final")),
+            reinterpret_cast<decltype(Functions::md5)>(library.resolve("MD5"))};
+        if (!found.sha1Init || !found.sha1Update || !found.sha1Final || !found.md5)
+            qFatal("libcrypto cannot be used: %s", qPrintable(lineText(library.errorString())));
+        return found;
+    }();
+    return functions;
+}
 
 static QString hexadecimal(const QByteArray &digest)
 {
@@ -19,7 +50,7 @@ static QString hexadecimal(const QByteArray &digest)
 
 static void update(SHA_CTX &state, QByteArrayView bytes)
 {
-    SHA1_Update(&state, bytes.data(), static_cast<std::size_t>(bytes.size()));
+    libcrypto().sha1Update(&state, bytes.data(), static_cast<std::size_t>(bytes.size()));
 }
 
 /// Of what \a state has seen, and \a rest after it.
@@ -28,7 +59,7 @@ static SHA1Digest finish(SHA_CTX state, QByteArrayView rest)
     SHA1Digest digest;
     static_assert(digest.size() == SHA_DIGEST_LENGTH);
     update(state, rest);
-    SHA1_Final(digest.data(), &state);
+    libcrypto().sha1Final(digest.data(), &state);
     return digest;
 }
 
@@ -37,14 +68,14 @@ static SHA1Digest finish(SHA_CTX state, QByteArrayView rest)
 SHA1Digest sha1Digest(QByteArrayView bytes)
 {
     SHA_CTX state;
-    SHA1_Init(&state);
+    libcrypto().sha1Init(&state);
     return finish(state, bytes);
 }
 
 SHA1Beginning::SHA1Beginning(QByteArrayView beginning)
 {
     const auto state = std::make_shared<SHA_CTX>();
-    SHA1_Init(state.get());
+    libcrypto().sha1Init(state.get());
     update(*state, beginning);
     state_ = state;
 }
@@ -63,8 +94,8 @@ QByteArray sha1Hash(QByteArrayView bytes)
 QByteArray md5Hash(QByteArrayView bytes)
 {
     QByteArray digest(MD5_DIGEST_LENGTH, Qt::Uninitialized);
-    MD5(reinterpret_cast<const unsigned char *>(bytes.data()), static_cast<std::size_t>(bytes.size()),
-        reinterpret_cast<unsigned char *>(digest.data()));
+    libcrypto().md5(reinterpret_cast<const unsigned char *>(bytes.data()),
+                    static_cast<std::size_t>(bytes.size()), reinterpret_cast<unsigned char *>(digest.data()));
     return digest;
 }
 

@@ -36,7 +36,7 @@ TEST(LinkRulesTest, TheCoreLinksNoGui)
     const QString text = QString::fromUtf8(maps.readAll());
     ASSERT_TRUE(text.contains(u"libQt6Core.so"));
     EXPECT_THAT(drawingLibraries(text), IsEmpty())
-        << "Platform, Shared/Source and the model link Qt Core, D-Bus and libcrypto only: the helper and the "
+        << "Platform, Shared/Source and the model link Qt Core and D-Bus only: the helper and the "
            "context-menu plug-in use them without a screen.";
 }
 
