@@ -141,7 +141,7 @@ std::string listed(const QStringList &paths)
 
 TEST_P(StartTest, NoMoreIsOpenedBeforeTheWindowIsPainted)
 {
-    EXPECT_LE(more().size(), 28) << listed(more());
+    EXPECT_LE(more().size(), 26) << listed(more());
     // The bus may answer before that, too: then it is looked whether the helper has come meanwhile.
     expectAtMost(2, host_.timesOpened(QStringLiteral("/proc")));
     expectAtMost(5, host_.timesOpened(pane_.path() + QStringLiteral("/Contents/Info.plist")));
@@ -152,7 +152,7 @@ TEST_P(StartTest, NoMoreIsOpenedBeforeTheWindowIsPainted)
 TEST_P(StartTest, NoMoreLibrariesAreLoadedBeforeTheWindowIsPainted)
 {
     const QSet<QString> libraries = host_.libraries() - empty_.libraries();
-    EXPECT_LE(libraries.size(), 4) << listed(libraries.values());
+    EXPECT_LE(libraries.size(), 3) << listed(libraries.values());
     // Whoever reads one picture loads every plug-in for pictures that is installed.
     EXPECT_EQ(listed(host_.opened.filter(QStringLiteral("/imageformats/"))), "");
     // Wanted by whoever asks for the identifier of an item.
