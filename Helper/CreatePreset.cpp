@@ -160,12 +160,12 @@ UndoReport undoKept(const History &history, const History::Creation &creation)
 using Interrupted = std::vector<Journals::Interrupted>;
 
 /// Those journals that still stand for something. One of a creation that was stored, and killed right after
-/// that, does not. The paths of those that are later than \a last, and cannot be read, are appended to
-/// \a unreadable.
-Interrupted interruptedCreations(const std::optional<History::Creation> &last, QStringList &unreadable)
+/// that, does not. Those that cannot be read are appended to \a unreadable.
+Interrupted interruptedCreations(const std::optional<History::Creation> &last,
+                                 std::vector<Journals::Unreadable> &unreadable)
 {
     const Journals journals;
-    Interrupted interrupted = journals.interrupted(last ? last->begun : 0, unreadable);
+    Interrupted interrupted = journals.interrupted(unreadable);
     std::erase_if(interrupted, [&](const Journals::Interrupted &journal) {
         const bool isStored = last && last->id == journal.content.id;
         if (const Result<> removed = isStored ? journals.remove(journal.path) : Result<>(); !removed)
@@ -265,19 +265,23 @@ UndoReport undoLastCreation()
         return refused(lock.error);
     const auto read = history.read();
     const std::optional<History::Creation> creation = read.value.value_or(std::nullopt);
-    QStringList unreadable;
+    std::vector<Journals::Unreadable> unreadable;
     Interrupted interrupted = interruptedCreations(creation, unreadable);
-    // The creation before is not to be taken for the one that it notes.
-    if (!unreadable.isEmpty())
-        return refused(tr("What was noted of a creation that was interrupted cannot be read: %1. Remove that "
-                          "file to undo the creation before.")
-                           .arg(lineText(unreadable.constFirst())));
     // On a disk that is not there now, say: what else there is must not wait for that.
     const auto isAway = [](const Journals::Interrupted &journal) {
         return !QFileInfo(QFile::decodeName(journal.content.plan.resolvedTarget())).isDir();
     };
     if (creation || !std::all_of(interrupted.cbegin(), interrupted.cend(), isAway))
         std::erase_if(interrupted, isAway);
+    const qint64 begun =
+        std::max(creation ? creation->begun : 0, interrupted.empty() ? 0 : interrupted.front().content.begun);
+    // A creation is not taken for a later one, of which this is all that is left.
+    for (const Journals::Unreadable &journal : unreadable) {
+        if (journal.changed >= begun)
+            return refused(tr("What was noted of a creation that was interrupted cannot be read: %1. Only "
+                              "without that file what was created before can be undone.")
+                               .arg(lineText(journal.path)));
+    }
     if (!interrupted.empty() && (!creation || interrupted.front().content.begun > creation->begun))
         return undoInterrupted(interrupted, interrupted.front().content.id);
     if (!creation) {
@@ -301,7 +305,7 @@ UndoReport undoCreation(const CreationReport &report)
     const QString &id = report.step->id();
     if (last && last->id == id)
         return undoKept(history, *last);
-    QStringList unreadable;
+    std::vector<Journals::Unreadable> unreadable;
     const Interrupted interrupted = interruptedCreations(last, unreadable);
     if (std::any_of(interrupted.cbegin(), interrupted.cend(),
                     [&id](const Journals::Interrupted &journal) { return journal.content.id == id; }))
@@ -320,7 +324,7 @@ QStringList newsOfInterruptedCreations()
     const Journals journals;
     if (!journals.hasInterrupted())
         return lines;
-    QStringList unreadable;
+    std::vector<Journals::Unreadable> unreadable;
     for (const Journals::Interrupted &journal :
          interruptedCreations(History().read().value.value_or(std::nullopt), unreadable)) {
         if (journal.content.isTold)

@@ -47,6 +47,11 @@ std::optional<Creation::Records> recordsIn(const QVariantMap &stored)
     return records;
 }
 
+QString asideOf(const QString &file, const QString &id)
+{
+    return file + QStringLiteral(".before-") + id;
+}
+
 } // namespace
 
 History::History()
@@ -124,6 +129,35 @@ Result<> History::forget() const
     const DurableFileWriter writer;
     const Result<> removed = writer.remove(undoingPath());
     return removed ? writer.remove(path()) : removed;
+}
+
+Result<> History::setAside(const QString &id) const
+{
+    Result<> result;
+    for (const QString &file : {undoingPath(), path()}) {
+        if (result && QFileInfo::exists(file))
+            result = DurableFileWriter().rename(file, asideOf(file, id));
+    }
+    return result;
+}
+
+Result<> History::bringBack(const QString &id) const
+{
+    if (hasCreation())
+        return forgetAside(id);
+    Result<> result;
+    for (const QString &file : {undoingPath(), path()}) {
+        if (const QString aside = asideOf(file, id); result && QFileInfo::exists(aside))
+            result = DurableFileWriter().rename(aside, file);
+    }
+    return result;
+}
+
+Result<> History::forgetAside(const QString &id) const
+{
+    const DurableFileWriter writer;
+    const Result<> removed = writer.remove(asideOf(undoingPath(), id));
+    return removed ? writer.remove(asideOf(path(), id)) : removed;
 }
 
 Result<FileLock> History::lock() const

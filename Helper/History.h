@@ -43,6 +43,12 @@ public:
     /// None if nothing is kept.
     Result<std::optional<Creation>> read() const;
     Result<> forget() const;
+    /// Has nothing kept until bringBack(), by names that hold \a id. Needs no room on the disk.
+    Result<> setAside(const QString &id) const;
+    /// Undoes that, unless something was kept meanwhile, which stays.
+    Result<> bringBack(const QString &id) const;
+    /// Forgets what was set aside.
+    Result<> forgetAside(const QString &id) const;
     /// Whether something is kept, readable or not.
     bool hasCreation() const;
 

@@ -106,7 +106,7 @@ QStringList Journals::abandoned(int timeout) const
     return paths;
 }
 
-std::vector<Journals::Interrupted> Journals::interrupted(qint64 since, QStringList &unreadable) const
+std::vector<Journals::Interrupted> Journals::interrupted(std::vector<Unreadable> &unreadable) const
 {
     std::vector<Interrupted> journals;
     for (const QString &path : abandoned(lockTimeout)) {
@@ -117,10 +117,10 @@ std::vector<Journals::Interrupted> Journals::interrupted(qint64 since, QStringLi
             continue;
         }
         qCWarning(lcJournals) << "not the journal of a creation:" << path << bytes.error;
+        // One that is gone by now stood for nothing.
         struct stat information = {};
-        if (FileLayer::real().lstat(QFile::encodeName(path), &information) != 0 ||
-            FileSystemTime::of(information.st_mtim) >= since)
-            unreadable.append(path);
+        if (FileLayer::real().lstat(QFile::encodeName(path), &information) == 0)
+            unreadable.push_back({path, FileSystemTime::of(information.st_mtim)});
     }
     std::sort(journals.begin(), journals.end(), [](const Interrupted &one, const Interrupted &other) {
         return one.content.begun > other.content.begun;

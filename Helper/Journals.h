@@ -32,10 +32,15 @@ public:
         QString path;
         Creation::JournalContent content;
     };
-    /// Those whose creation is over and that were not removed, the one that began last first. The paths of
-    /// those that cannot be read, and were changed after \a since, in nanoseconds since 1970, are appended to
-    /// \a unreadable.
-    std::vector<Interrupted> interrupted(qint64 since, QStringList &unreadable) const;
+    struct Unreadable
+    {
+        QString path;
+        /// When it was changed last, in nanoseconds since 1970.
+        qint64 changed = 0;
+    };
+    /// Those whose creation is over and that were not removed, the one that began last first. Those that
+    /// cannot be read are appended to \a unreadable.
+    std::vector<Interrupted> interrupted(std::vector<Unreadable> &unreadable) const;
     /// Whether there is one of those. Does not wait: while another process begins a creation, there is none.
     bool hasInterrupted() const;
     /// Notes that the user was told of it, or need not be.

@@ -9,6 +9,8 @@
 #include <QLoggingCategory>
 #include <QUuid>
 
+#include <utility>
+
 namespace {
 
 Q_LOGGING_CATEGORY(lcUndoStep, "quenby.helper.undostep")
@@ -37,7 +39,8 @@ Creation::Journal *UndoStep::beginFolder(const QString &label, const Creation::P
         qCWarning(lcUndoStep) << "a creation that is killed cannot be undone:" << journal.error;
         isJournaled_ = false;
         journals_.push_back(nullptr);
-        setEarlierAside();
+        if (!isEarlierAside_)
+            setEarlierAside();
         return nullptr;
     }
     journals_.push_back(*journal);
@@ -48,25 +51,24 @@ void UndoStep::setEarlierAside()
 {
     const History history;
     const Result<FileLock> lock = history.lock();
-    if (!lock || earlier_)
-        return;
-    earlier_ = history.read().value.value_or(std::nullopt);
-    if (const Result<> forgotten = history.forget(); !forgotten)
-        qCWarning(lcUndoStep) << "the creation before would be taken for one that is killed:"
-                              << forgotten.error;
+    const Result<> set = lock ? history.setAside(id_) : Result<>::failure(lock.error);
+    isEarlierAside_ = bool(set);
+    if (!set)
+        qCWarning(lcUndoStep) << "the creation before would be taken for one that is killed:" << set.error;
 }
 
-/// Nothing was made after it.
-void UndoStep::restoreEarlier()
+/// It comes back if nothing was made after it.
+void UndoStep::endEarlierAside()
 {
-    if (!earlier_)
+    if (!std::exchange(isEarlierAside_, false))
         return;
     const History history;
     const Result<FileLock> lock = history.lock();
-    const Result<> stored = lock ? history.store(*earlier_) : Result<>::failure(lock.error);
-    if (!stored)
-        qCWarning(lcUndoStep) << "the creation before cannot be undone any more:" << stored.error;
-    earlier_.reset();
+    Result<> ended = lock ? Result<>() : Result<>::failure(lock.error);
+    if (ended)
+        ended = creation_.records.empty() ? history.bringBack(id_) : history.forgetAside(id_);
+    if (!ended)
+        qCWarning(lcUndoStep) << "the creation before is left aside:" << ended.error;
 }
 
 std::size_t UndoStep::add(const Creation::Record &record)
@@ -92,12 +94,13 @@ QString UndoStep::endFolder()
 QString UndoStep::endAll()
 {
     folders_ = 0;
-    if (creation_.records.empty())
-        restoreEarlier();
-    if (isStored_ || creation_.records.empty())
+    if (isStored_ || creation_.records.empty()) {
+        endEarlierAside();
         return {};
+    }
     isStored_ = true;
     const QString problem = store();
+    endEarlierAside();
     if (problem.isEmpty() || !isJournaled_) {
         removeJournals();
         return problem;

@@ -44,7 +44,7 @@ public:
 
 private:
     void setEarlierAside();
-    void restoreEarlier();
+    void endEarlierAside();
     QString store();
     void removeJournals();
 
@@ -56,9 +56,9 @@ private:
     bool isStored_ = false;
     /// Whether each folder has a journal, in which no note is known to be missing.
     bool isJournaled_ = true;
-    /// The creation before, which is out of the history while this one goes on without a journal: were it
-    /// killed, the one before would be taken for it.
-    std::optional<History::Creation> earlier_;
+    /// The creation before is out of the history while this one goes on without a journal: were it killed,
+    /// the one before would be taken for it.
+    bool isEarlierAside_ = false;
     /// What journals cannot say.
     bool hasChanged_ = false;
     /// Why they are kept instead of a record: they cannot say what changed after the creation.

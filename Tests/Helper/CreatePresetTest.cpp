@@ -371,6 +371,26 @@ TEST_F(CreatePresetTest, WhileOneGoesOnWithoutAJournalTheEarlierOneIsNotTakenFor
     });
 }
 
+TEST_F(CreatePresetTest, OneThatWasMadeMeanwhileStaysTheLast)
+{
+    ASSERT_TRUE(QDir().mkpath(stateFolder()));
+    ForkedProcess::run([this] {
+        SmallDisk disk(stateFolder());
+        createPreset(request_);
+        ASSERT_TRUE(disk.fill(0));
+        createPreset(request_, [&](qsizetype, qsizetype) {
+            EXPECT_TRUE(disk.clear());
+            EXPECT_TRUE(createPreset(request_).isCreated());
+            return false;
+        });
+        EXPECT_EQ(names().size(), 6);
+        EXPECT_EQ(undoLastCreation().status, UndoReport::Status::Undone);
+        EXPECT_EQ(names().size(), 3);
+        EXPECT_EQ(undoLastCreation().status, UndoReport::Status::NothingToUndo);
+        EXPECT_THAT(QDir(stateFolder()).entryList({QStringLiteral("*.before-*")}), IsEmpty());
+    });
+}
+
 TEST_F(CreatePresetTest, WhereTheDiskFillsUpMeanwhileTheJournalIsKept)
 {
     ASSERT_TRUE(QDir().mkpath(stateFolder()));
