@@ -14,18 +14,11 @@ string(REPLACE "'" "'\\\\''" program "${program}")
 configure_file("${CMAKE_CURRENT_LIST_DIR}/org.quenby.QNBHelper.service.in" "${made}/org.quenby.QNBHelper.service" @ONLY)
 file(INSTALL "${made}/org.quenby.QNBHelper.service" DESTINATION "${data}/dbus-1/services")
 
-# The first version had its bundle among the data, and another name for what software centres read. Whatever else is
-# called so is somebody else's.
+# The first version had its bundle among the data, where users put panes by hand, too; and another name for what software
+# centres read.
 set(earlier "$ENV{DESTDIR}${data}/PreferencePanes/Quenby.prefPane")
-set(information "${earlier}/Contents/Info.plist")
-if(NOT earlier STREQUAL "$ENV{DESTDIR}${bundle}" AND NOT IS_SYMLINK "${earlier}" AND EXISTS "${information}")
-  file(READ "${information}" text)
-  string(FIND "${text}" "<string>${identifier}</string>" place)
-  if(place GREATER_EQUAL 0)
-    message(STATUS "Removing: ${earlier}, of an earlier version")
-    file(REMOVE_RECURSE "${earlier}")
-    # Only if nobody else has a pane there.
-    execute_process(COMMAND rmdir "$ENV{DESTDIR}${data}/PreferencePanes" ERROR_QUIET)
-  endif()
+if(NOT earlier STREQUAL "$ENV{DESTDIR}${bundle}" AND EXISTS "${earlier}/Contents/Info.plist")
+  message(NOTICE "There is another pane in ${earlier}, of an earlier version or put there by hand. Its helper would be "
+                 "found first: remove it if nobody needs it.")
 endif()
 file(REMOVE "$ENV{DESTDIR}${data}/metainfo/${identifier}.metainfo.xml")
