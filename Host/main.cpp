@@ -6,6 +6,7 @@
 #include "Hosting/InstanceGuard.h"
 #include "Hosting/PaneFinder.h"
 #include "Platform/ActivationToken.h"
+#include "Platform/Bundle.h"
 #include "Platform/BusProbe.h"
 #include "Platform/ExitHandler.h"
 #include "Platform/HomeOwner.h"
@@ -184,8 +185,8 @@ int main(int argc, char **argv)
     window.openFiles(files);
 
     guard.handleWith([&](const InstanceGuard::Request &request) {
-        // Nothing is left for a pane that is not there.
-        if (QFileInfo(request.panePath).isDir() && QThread::currentThread()->loopLevel() == 1)
+        // Nothing is left for what is no pane.
+        if (Bundle::bundleWithPath(request.panePath) && QThread::currentThread()->loopLevel() == 1)
             window.showPane(request.panePath);
         window.openFiles(request.files);
         WindowActivation::bringToFront(window, request.activationToken);

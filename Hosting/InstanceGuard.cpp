@@ -23,6 +23,7 @@
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
+#include <utility>
 
 namespace {
 
@@ -95,6 +96,20 @@ bool isReadable(int descriptor, int timeout)
 {
     pollfd entry = {descriptor, POLLIN, 0};
     return ::poll(&entry, 1, timeout) > 0;
+}
+
+/// Whether as many files as it says can follow. The library makes room for them before it reads any.
+bool holdsFiles(QDataStream &stream)
+{
+    constexpr qint64 leastSize = sizeof(quint32);
+    const qint64 start = stream.device()->pos();
+    quint32 count = 0;
+    stream >> count;
+    const bool fits = count <= stream.device()->bytesAvailable() / leastSize;
+    stream.device()->seek(start);
+    if (!fits)
+        stream.setStatus(QDataStream::ReadCorruptData);
+    return fits;
 }
 
 } // namespace
@@ -193,7 +208,14 @@ bool InstanceGuard::listen()
     // With the lock in our hands a socket that is there is left over.
     ::unlink(socketPath_.constData());
     socket_ = ::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
-    return socket_ >= 0 && address.bind(socket_) == 0 && ::listen(socket_, backlog) == 0;
+    if (socket_ >= 0 && address.bind(socket_) == 0 && ::listen(socket_, backlog) == 0)
+        return true;
+    // One that nobody can reach would be told of without end.
+    const int error = errno;
+    if (socket_ >= 0)
+        ::close(std::exchange(socket_, -1));
+    errno = error;
+    return false;
 }
 
 /// Takes out of \a packets what has arrived.
@@ -247,7 +269,7 @@ void InstanceGuard::accept(const std::function<void(const Request &)> &handler) 
         isMoreToCome = false;
         stream >> part.panePath >> part.activationToken;
         // The first version asks for no files.
-        if (!stream.atEnd())
+        if (!stream.atEnd() && holdsFiles(stream))
             stream >> part.files >> isMoreToCome;
         if (stream.status() != QDataStream::Ok)
             break;

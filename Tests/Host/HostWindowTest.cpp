@@ -285,6 +285,16 @@ TEST_F(HostWindowTest, WhoClosesWithoutSavingDoesSoAlsoIfItCouldBeSavedByNow)
         << record().constData();
 }
 
+TEST_F(HostWindowTest, AReasonShowsEveryCharacterOfAName)
+{
+    constexpr QChar rightToLeftOverride(0x202e);
+    window_->showError(QStringLiteral("There is no pane called a") + rightToLeftOverride + u'b');
+    const auto *reason = window_->findChild<QLabel *>(QStringLiteral("errorReason"));
+    ASSERT_TRUE(reason);
+    EXPECT_TRUE(reason->text().startsWith(u"There is no pane called a"));
+    EXPECT_FALSE(reason->text().contains(rightToLeftOverride));
+}
+
 TEST_F(HostWindowTest, WhatIsToldAtTheStartStandsAboveThePaneAndLeavesTheKeyboardToIt)
 {
     qputenv("QUENBY_TEST_BEHAVIOUR", "tell something");

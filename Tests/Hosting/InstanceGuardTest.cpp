@@ -147,6 +147,22 @@ TEST_F(InstanceGuardTest, AStartOfTheFirstVersionIsUnderstood)
     EXPECT_EQ(answer, '+');
 }
 
+TEST_F(InstanceGuardTest, ARequestThatPromisesMoreFilesThanItHoldsIsNone)
+{
+    ASSERT_EQ(first_->begin({}, 0ms), Outcome::First);
+    QList<Request> requests;
+    first_->handleWith([&](const Request &request) { requests.append(request); });
+    const FirstVersionSocket start;
+    ASSERT_TRUE(start.connectTo(socketPath()));
+    QByteArray packet;
+    QDataStream stream(&packet, QIODevice::WriteOnly);
+    stream << QString() << QByteArray() << quint32(0xfffffff0);
+    ASSERT_EQ(::send(start.descriptor, packet.constData(), size_t(packet.size()), 0), packet.size());
+    char answer = 0;
+    EXPECT_TRUE(waitUntil([&] { return ::recv(start.descriptor, &answer, 1, MSG_DONTWAIT) == 0; }));
+    EXPECT_TRUE(requests.isEmpty());
+}
+
 TEST_F(InstanceGuardTest, AWindowOfTheFirstVersionIsNotTakenForOneThatTakesFiles)
 {
     ASSERT_EQ(first_->begin({}, 0ms), Outcome::First);
