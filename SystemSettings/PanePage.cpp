@@ -41,7 +41,11 @@ PanePage::PanePage(const QString &paneName, const QStringList &folders, QWidget 
     layout->setSpacing(0);
     connect(&nextLook_, &QTimer::timeout, this, [this] { begin(Manner::Patient); });
     giveWay_.setSingleShot(true);
-    connect(&giveWay_, &QTimer::timeout, this, [this] { guard_.reset(); });
+    connect(&giveWay_, &QTimer::timeout, this, [this] {
+        // With the pane goes what it holds of an earlier session, which others may offer now.
+        (void)session_->end();
+        guard_.reset();
+    });
     // Now, because the window takes its size from what is in it.
     if (bundlePath_)
         begin(Manner::Insistent);
