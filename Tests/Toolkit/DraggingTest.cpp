@@ -120,6 +120,8 @@ TEST_F(DraggingTest, APromisedFileIsWrittenWhenItsUrlIsAskedForAtTheDrop)
     ASSERT_TRUE(dragRowToTarget(1));
     EXPECT_TRUE(said(*source, "promise").isEmpty());
     EXPECT_TRUE(lastSaid(*target, "enter").contains(QStringLiteral("text/uri-list")));
+    // The target says it after the entering, which was waited for.
+    EXPECT_TRUE(waitUntil([this] { return !said(*target, "may").isEmpty(); }));
     EXPECT_EQ(lastSaid(*target, "may"), QStringLiteral("may copy")) << "a link would lead nowhere in the end";
     screen.releaseMouse();
     ASSERT_TRUE(isDone());
