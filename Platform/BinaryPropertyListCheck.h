@@ -45,7 +45,6 @@ private:
     bool follow();
     bool begin(Object container);
     bool meetScalar(Object object);
-    bool checkScalar(Object object, const Content &content);
     bool checkKeys(Object dictionary, const Content &content);
     bool meetKey(Object object);
     void noteLastEntries(Object dictionary, const Content &content);

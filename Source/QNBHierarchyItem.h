@@ -25,8 +25,9 @@ using QNBHierarchyItemPtr = std::shared_ptr<QNBHierarchyItem>;
 ///
 /// An item owns its children and has a weak link to its parent. It is identified by its uid, 40 lowercase
 /// hexadecimal characters that stay the same for its life; they are stored only where asked for, so that
-/// trees read from the preference domain get new ones. Used on the main thread only. Reading, writing and
-/// destroying a tree need no stack in proportion to its depth.
+/// trees read from the preference domain get new ones. Used by one thread at a time, in const functions too:
+/// uid() keeps what it has made. Reading, writing and destroying a tree need no stack in proportion to its
+/// depth.
 class QNBHierarchyItem : public std::enable_shared_from_this<QNBHierarchyItem>
 {
     struct Private

@@ -49,6 +49,15 @@ public:
                ::listen(descriptor, 1) == 0;
     }
 
+    template <class... Fields>
+    bool send(const Fields &...fields) const
+    {
+        QByteArray packet;
+        QDataStream stream(&packet, QIODevice::WriteOnly);
+        (stream << ... << fields);
+        return ::send(descriptor, packet.constData(), size_t(packet.size()), 0) == packet.size();
+    }
+
     const int descriptor = ::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0);
 
 private:
@@ -89,7 +98,16 @@ protected:
             QDir(folder_.path()).entryList({QStringLiteral("*.socket")}, QDir::System).value(0));
     }
 
+    /// The first one notes what it is asked for, by \a start among others.
+    void handleAndConnect(const FirstVersionSocket &start)
+    {
+        ASSERT_EQ(first_->begin({}, 0ms), Outcome::First);
+        first_->handleWith([this](const Request &request) { requests_.append(request); });
+        ASSERT_TRUE(start.connectTo(socketPath()));
+    }
+
     const QTemporaryDir folder_;
+    QList<Request> requests_;
     std::optional<InstanceGuard> first_;
     InstanceGuard second_;
 };
@@ -130,18 +148,12 @@ TEST_F(InstanceGuardTest, ALaterOneHandsOverWhatItWasAskedFor)
 
 TEST_F(InstanceGuardTest, AStartOfTheFirstVersionIsUnderstood)
 {
-    ASSERT_EQ(first_->begin({}, 0ms), Outcome::First);
-    QList<Request> requests;
-    first_->handleWith([&](const Request &request) { requests.append(request); });
     const FirstVersionSocket start;
-    ASSERT_TRUE(start.connectTo(socketPath()));
-    QByteArray packet;
-    QDataStream stream(&packet, QIODevice::WriteOnly);
-    stream << QStringLiteral("/pane") << QByteArray("token");
-    ASSERT_EQ(::send(start.descriptor, packet.constData(), size_t(packet.size()), 0), packet.size());
-    ASSERT_TRUE(waitUntil([&] { return requests.size() == 1; }));
-    EXPECT_EQ(requests.constFirst().panePath, QStringLiteral("/pane"));
-    EXPECT_EQ(requests.constFirst().activationToken, "token");
+    ASSERT_NO_FATAL_FAILURE(handleAndConnect(start));
+    ASSERT_TRUE(start.send(QStringLiteral("/pane"), QByteArray("token")));
+    ASSERT_TRUE(waitUntil([&] { return requests_.size() == 1; }));
+    EXPECT_EQ(requests_.constFirst().panePath, QStringLiteral("/pane"));
+    EXPECT_EQ(requests_.constFirst().activationToken, "token");
     char answer = 0;
     ASSERT_EQ(::recv(start.descriptor, &answer, 1, 0), 1);
     EXPECT_EQ(answer, '+');
@@ -149,18 +161,12 @@ TEST_F(InstanceGuardTest, AStartOfTheFirstVersionIsUnderstood)
 
 TEST_F(InstanceGuardTest, ARequestThatPromisesMoreFilesThanItHoldsIsNone)
 {
-    ASSERT_EQ(first_->begin({}, 0ms), Outcome::First);
-    QList<Request> requests;
-    first_->handleWith([&](const Request &request) { requests.append(request); });
     const FirstVersionSocket start;
-    ASSERT_TRUE(start.connectTo(socketPath()));
-    QByteArray packet;
-    QDataStream stream(&packet, QIODevice::WriteOnly);
-    stream << QString() << QByteArray() << quint32(0xfffffff0);
-    ASSERT_EQ(::send(start.descriptor, packet.constData(), size_t(packet.size()), 0), packet.size());
+    ASSERT_NO_FATAL_FAILURE(handleAndConnect(start));
+    ASSERT_TRUE(start.send(QString(), QByteArray(), quint32(0xfffffff0)));
     char answer = 0;
     EXPECT_TRUE(waitUntil([&] { return ::recv(start.descriptor, &answer, 1, MSG_DONTWAIT) == 0; }));
-    EXPECT_TRUE(requests.isEmpty());
+    EXPECT_TRUE(requests_.isEmpty());
 }
 
 TEST_F(InstanceGuardTest, AWindowOfTheFirstVersionIsNotTakenForOneThatTakesFiles)

@@ -120,7 +120,7 @@ TEST_F(DraggingTest, APromisedFileIsWrittenWhenItsUrlIsAskedForAtTheDrop)
     ASSERT_TRUE(dragRowToTarget(1));
     EXPECT_TRUE(said(*source, "promise").isEmpty());
     EXPECT_TRUE(lastSaid(*target, "enter").contains(QStringLiteral("text/uri-list")));
-    // The target says it after the entering, which was waited for.
+    // What it may do the target writes after the line that was waited for.
     EXPECT_TRUE(waitUntil([this] { return !said(*target, "may").isEmpty(); }));
     EXPECT_EQ(lastSaid(*target, "may"), QStringLiteral("may copy")) << "a link would lead nowhere in the end";
     screen.releaseMouse();
