@@ -1,11 +1,11 @@
 // SPDX-FileCopyrightText: Quenby contributors
 // SPDX-License-Identifier: MIT
 
+#include "Tests/Host/HostProgramFixture.h"
 #include "Tests/Hosting/TestBundle.h"
 #include "Tests/Session/ChildProcess.h"
 #include "Tests/Session/PrivateBus.h"
 #include "Tests/Session/SilentSocket.h"
-#include "Tests/Session/TemporaryHome.h"
 
 #include <QDir>
 #include <QFile>
@@ -14,7 +14,6 @@
 #include <chrono>
 #include <csignal>
 #include <gmock/gmock.h>
-#include <unistd.h>
 
 using namespace std::chrono_literals;
 using ::testing::HasSubstr;
@@ -24,41 +23,9 @@ namespace {
 const QByteArray wholeLife = "created\nloadMainView\nmainViewDidLoad\ndidSelect\n"
                              "didUnselect\ndestroyed\nview destroyed\n";
 
-/// The real program, alone in a folder, with a pane that records its calls in the user's panes.
-class HostProgramTest : public ::testing::Test
+class HostProgramTest : public HostProgramFixture
 {
 protected:
-    HostProgramTest()
-        : environment_(home_.environment())
-    {
-        QDir().mkpath(QFileInfo(program()).path());
-        QFile::copy(QStringLiteral(QUENBY_PREFERENCES), program());
-        TestBundle::make(panePath(), TestBundle::recordingPane());
-        environment_.insert(QStringLiteral("QUENBY_TEST_RECORD"), recordPath());
-        environment_.insert(QStringLiteral("QUENBY_TEST_GO_ON"), goOnPath());
-    }
-
-    QString program() const { return home_.filePath(QStringLiteral("bin/quenby-preferences")); }
-    QString panePath() const
-    {
-        return home_.dataFolder() + QStringLiteral("/PreferencePanes/Recording.prefPane");
-    }
-    QString recordPath() const { return home_.filePath(QStringLiteral("record")); }
-    QString goOnPath() const { return home_.filePath(QStringLiteral("go on")); }
-    void setBehaviour(const QString &behaviour)
-    {
-        environment_.insert(QStringLiteral("QUENBY_TEST_BEHAVIOUR"), behaviour);
-    }
-    QByteArray record() const
-    {
-        QFile file(recordPath());
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    }
-    bool waitForRecord(const QByteArray &call) const
-    {
-        return waitUntil([&] { return record().contains(call + '\n'); });
-    }
-
     /// Nanoseconds from the start to the first paint, after which the program ends; -1 if it did not paint.
     qint64 timeToFirstPaint()
     {
@@ -89,24 +56,7 @@ protected:
         EXPECT_TRUE(host.hasReturned(0));
         EXPECT_EQ(record(), wholeLife);
     }
-
-    const TemporaryHome home_;
-    QProcessEnvironment environment_;
 };
-
-/// Whether the process catches \a signal, by what the kernel says of it.
-bool catches(qint64 pid, int signal)
-{
-    QFile status(QStringLiteral("/proc/%1/status").arg(pid));
-    if (!status.open(QIODevice::ReadOnly))
-        return false;
-    const QList<QByteArray> lines = status.readAll().split('\n');
-    for (const QByteArray &line : lines) {
-        if (line.startsWith("SigCgt:"))
-            return (line.mid(7).trimmed().toULongLong(nullptr, 16) >> (signal - 1)) & 1;
-    }
-    return false;
-}
 
 } // namespace
 
@@ -304,130 +254,6 @@ TEST_F(HostProgramTest, TheWindowOpensWithinASecondWithASilentBus)
     const SilentSocket silent;
     environment_.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), silent.busAddress());
     expectWindowWithinASecond();
-}
-
-TEST_F(HostProgramTest, ASecondStartRaisesTheFirstAndEnds)
-{
-    ChildProcess first(program(), {}, environment_);
-    ASSERT_TRUE(waitForRecord("didSelect"));
-    ChildProcess second(program(), {}, environment_);
-    ASSERT_TRUE(second.waitForEnd());
-    EXPECT_TRUE(second.hasReturned(0));
-    EXPECT_TRUE(first.isRunning());
-    EXPECT_EQ(record(), "created\nloadMainView\nmainViewDidLoad\ndidSelect\n");
-}
-
-TEST_F(HostProgramTest, ASecondStartMayAskForAnotherPane)
-{
-    const QString other = home_.filePath(QStringLiteral("Other.prefPane"));
-    TestBundle::make(other, TestBundle::recordingPane());
-    ChildProcess first(program(), {}, environment_);
-    ASSERT_TRUE(waitForRecord("didSelect"));
-    ChildProcess second(program(), {other}, environment_);
-    ASSERT_TRUE(second.waitForEnd());
-    EXPECT_TRUE(second.hasReturned(0));
-    EXPECT_TRUE(waitUntil([&] {
-        return record().endsWith("view destroyed\ncreated\nloadMainView\nmainViewDidLoad\n"
-                                 "didSelect\n");
-    })) << record().constData();
-}
-
-TEST_F(HostProgramTest, FilesGoToThePaneAlsoByASecondStart)
-{
-    for (const char *name : {"one.qnbp", "two.qnbp"}) {
-        QFile file(home_.filePath(QString::fromLatin1(name)));
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    }
-    const QString one = home_.filePath(QStringLiteral("one.qnbp"));
-    const QString two = home_.filePath(QStringLiteral("two.qnbp"));
-    ChildProcess first(program(), {one, two}, environment_);
-    ASSERT_TRUE(waitForRecord("openFiles " + one.toUtf8() + ' ' + two.toUtf8())) << record().constData();
-    ChildProcess second(program(), {two}, environment_);
-    ASSERT_TRUE(second.waitForEnd());
-    EXPECT_TRUE(second.hasReturned(0));
-    EXPECT_TRUE(waitForRecord("openFiles " + two.toUtf8())) << record().constData();
-    EXPECT_EQ(record().count("created"), 1);
-}
-
-TEST_F(HostProgramTest, AFileThatCannotBeReadGoesToThePaneAsWell)
-{
-    const QString gone = home_.filePath(QStringLiteral("gone.qnbp"));
-    // The library has no text for such a name: it shows a sign in place of the byte.
-    const QString noText = home_.filePath(QStringLiteral("no text \uFFFD.qnbp"));
-    const QStringList script{QStringLiteral("-c"),
-                             QStringLiteral("f=$(printf '%s/no text \\377.qnbp' \"$2\"); : >\"$f\"; "
-                                            "exec \"$1\" \"$f\" \"$2/gone.qnbp\""),
-                             QStringLiteral("sh"), program(), home_.path()};
-    const QByteArray both = "openFiles " + noText.toUtf8() + ' ' + gone.toUtf8();
-
-    const ChildProcess first(QStringLiteral("/bin/sh"), script, environment_);
-    ASSERT_TRUE(waitForRecord(both)) << record().constData();
-    QFile::remove(recordPath());
-    ChildProcess second(QStringLiteral("/bin/sh"), script, environment_);
-    ASSERT_TRUE(second.waitForEnd());
-    EXPECT_TRUE(second.hasReturned(0)) << second.errors().constData();
-    EXPECT_TRUE(waitForRecord(both)) << record().constData();
-    EXPECT_EQ(record(), both + '\n') << "the pane has not been left";
-    EXPECT_EQ(::unlink((home_.path().toUtf8() + "/no text \377.qnbp").constData()), 0)
-        << "as nobody else can";
-}
-
-TEST_F(HostProgramTest, APaneIsNotLeftForOneThatIsNotThere)
-{
-    const QString gone = home_.filePath(QStringLiteral("Gone.prefPane"));
-    ChildProcess first(program(), {}, environment_);
-    ASSERT_TRUE(waitForRecord("didSelect"));
-    QFile::remove(recordPath());
-    ChildProcess second(program(), {gone}, environment_);
-    ASSERT_TRUE(second.waitForEnd());
-    EXPECT_TRUE(second.hasReturned(1));
-    EXPECT_THAT(second.errors().toStdString(),
-                HasSubstr("There is no settings pane at " + gone.toStdString()));
-    // What comes after it has been taken when this has.
-    const QString file = home_.filePath(QStringLiteral("one.qnbp"));
-    ChildProcess third(program(), {file}, environment_);
-    ASSERT_TRUE(waitForRecord("openFiles " + file.toUtf8()));
-    EXPECT_EQ(record(), "openFiles " + file.toUtf8() + '\n');
-}
-
-TEST_F(HostProgramTest, FilesWaitForTheAnswerToAQuestion)
-{
-    QFile file(home_.filePath(QStringLiteral("one.qnbp")));
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    setBehaviour(QStringLiteral("ask for a while"));
-    ChildProcess host(program(), {file.fileName()}, environment_);
-    ASSERT_TRUE(waitForRecord("openFiles " + file.fileName().toUtf8()));
-    const QByteArray calls = record();
-    EXPECT_GE(calls.indexOf("asked\n"), 0) << calls.constData();
-    EXPECT_LT(calls.indexOf("asked\n"), calls.indexOf("openFiles")) << calls.constData();
-}
-
-TEST_F(HostProgramTest, ASecondStartDuringTheStartOfTheFirstWaitsForIt)
-{
-    setBehaviour(QStringLiteral("start slowly"));
-    ChildProcess first(program(), {}, environment_);
-    ASSERT_TRUE(waitForRecord("loadMainView"));
-    ChildProcess second(program(), {}, environment_);
-    ASSERT_TRUE(waitUntil([&] { return catches(second.pid(), SIGTERM); }));
-    QFile goOn(goOnPath());
-    ASSERT_TRUE(goOn.open(QIODevice::WriteOnly));
-    ASSERT_TRUE(second.waitForEnd());
-    EXPECT_TRUE(second.hasReturned(0));
-    EXPECT_TRUE(first.isRunning());
-    EXPECT_EQ(record().count("created"), 1);
-}
-
-TEST_F(HostProgramTest, ASecondStartSaysWhenTheFirstDoesNotAnswer)
-{
-    ChildProcess first(program(), {}, environment_);
-    ASSERT_TRUE(waitForRecord("didSelect"));
-    first.signal(SIGSTOP);
-    environment_.insert(QStringLiteral("QUENBY_REPORT_FIRST_PAINT"), QStringLiteral("1"));
-    ChildProcess second(program(), {}, environment_);
-    ASSERT_TRUE(second.waitForEnd());
-    EXPECT_TRUE(second.errors().contains("first-paint-ns: "));
-    EXPECT_EQ(record().count("created"), 1);
-    first.signal(SIGCONT);
 }
 
 TEST_F(HostProgramTest, AfterAKilledOneANewStartWorks)
