@@ -51,7 +51,7 @@ HostWindow::~HostWindow()
 
 void HostWindow::showPane(const QString &path)
 {
-    if ((session_ && path == panePath_) || !mayLeave())
+    if ((session_ && path == panePath_ && !showsError()) || !mayLeave())
         return;
     // The user knows.
     (void)leave();

@@ -25,8 +25,8 @@ public:
     explicit HostWindow(QWidget *parent = nullptr);
     ~HostWindow() override;
 
-    /// Leaves the pane that is shown, if it is another one, and shows the pane at \a path. The user may keep
-    /// a pane that cannot save.
+    /// Leaves the pane that is shown, if it is another one, and shows the pane at \a path, or a page that
+    /// says why it cannot; then the next call tries again. The user may keep a pane that cannot save.
     void showPane(const QString &path);
     /// Lets the user choose among the panes at \a paths.
     void showChooser(const QStringList &paths);
@@ -35,6 +35,8 @@ public:
     void openFiles(const QStringList &paths);
     /// Shows a page with \a reason.
     void showError(const QString &reason);
+    /// Whether a page says why there is no pane.
+    bool showsError() const { return session_ && session_->isErrorPage(); }
     /// Leaves the pane for good, and asks nobody. What became of its last save; success without a pane.
     Result<> leave();
     /// Leaves the pane for good when the display may have gone: its view stays, and so does the noted place.

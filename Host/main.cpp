@@ -185,9 +185,10 @@ int main(int argc, char **argv)
     window.openFiles(files);
 
     guard.handleWith([&](const InstanceGuard::Request &request) {
-        // Nothing is left for what is no pane.
-        if (Bundle::bundleWithPath(request.panePath) && QThread::currentThread()->loopLevel() == 1)
-            window.showPane(request.panePath);
+        // Nothing is left for what is no pane; but what could not be shown may have come meanwhile.
+        if ((Bundle::bundleWithPath(request.panePath) || window.showsError()) &&
+            QThread::currentThread()->loopLevel() == 1)
+            showRequestedPane(window, request.panePath);
         window.openFiles(request.files);
         WindowActivation::bringToFront(window, request.activationToken);
     });

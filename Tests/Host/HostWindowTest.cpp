@@ -131,6 +131,19 @@ TEST_F(HostWindowTest, LeavesOnePaneBeforeItShowsAnother)
     EXPECT_EQ(window_->windowTitle(), QStringLiteral("Other title"));
 }
 
+TEST_F(HostWindowTest, APaneThatCouldNotBeShownIsTriedAgain)
+{
+    qputenv("QUENBY_TEST_BEHAVIOUR", "make no pane");
+    window_->showPane(panePath());
+    showWindow();
+    EXPECT_TRUE(window_->showsError());
+    EXPECT_EQ(record(), "");
+    qunsetenv("QUENBY_TEST_BEHAVIOUR");
+    window_->showPane(panePath());
+    EXPECT_FALSE(window_->showsError());
+    EXPECT_EQ(record(), "created\nloadMainView\nmainViewDidLoad\ndidSelect\n");
+}
+
 TEST_F(HostWindowTest, LetsTheUserChooseAmongPanesByKeys)
 {
     window_->showChooser({panePath(), otherPanePath()});

@@ -108,6 +108,23 @@ TEST_F(LaterStartsTest, APaneIsNotLeftForOneThatIsNotThere)
     EXPECT_EQ(record(), "openFiles " + file.toUtf8() + '\n');
 }
 
+TEST_F(LaterStartsTest, FilesThatComeToAPageWithoutAPaneHaveItTriedAgain)
+{
+    ASSERT_TRUE(QDir(panePath()).removeRecursively());
+    TestBundle::make(panePath(), {});
+    ChildProcess first(program(), {}, environment_);
+    ASSERT_TRUE(waitUntil([&] { return first.errors().contains("is missing"); }))
+        << first.errors().constData();
+    ASSERT_TRUE(QDir(panePath()).removeRecursively());
+    TestBundle::make(panePath(), TestBundle::recordingPane());
+    const QString file = home_.filePath(QStringLiteral("one.qnbp"));
+    ChildProcess second(program(), {file}, environment_);
+    ASSERT_TRUE(second.waitForEnd());
+    EXPECT_TRUE(second.hasReturned(0));
+    EXPECT_TRUE(waitForRecord("openFiles " + file.toUtf8())) << record().constData();
+    EXPECT_EQ(record().count("created"), 1);
+}
+
 TEST_F(LaterStartsTest, FilesWaitForTheAnswerToAQuestion)
 {
     QFile file(home_.filePath(QStringLiteral("one.qnbp")));
