@@ -3,6 +3,7 @@
 
 #include "Hosting/PaneFinder.h"
 
+#include "Platform/Bundle.h"
 #include "Platform/LineText.h"
 #include "Platform/PaneFolders.h"
 
@@ -12,6 +13,22 @@
 namespace {
 
 const QString paneExtension = QStringLiteral(".prefPane");
+
+QString tr(const char *text)
+{
+    return QCoreApplication::translate("PaneFinder", text);
+}
+
+/// \a path if a pane may be there.
+Result<QString> paneAt(const QString &path)
+{
+    if (!QFileInfo(path).isDir())
+        return Result<QString>::failure(tr("There is no settings pane at %1").arg(lineText(path)));
+    if (!Bundle::bundleWithPath(path))
+        return Result<QString>::failure(
+            tr("%1 is no settings pane: it has no readable Contents/Info.plist").arg(lineText(path)));
+    return path;
+}
 
 } // namespace
 
@@ -43,28 +60,21 @@ QStringList PaneFinder::panesIn(const QStringList &folders)
 bool PaneFinder::isPane(const QString &argument)
 {
     const QFileInfo information(argument);
+    const bool isBareName = !argument.contains(u'/') && information.suffix().isEmpty();
     return information.isDir() ||
-           (!information.isFile() &&
-            (!argument.contains(u'/') || QDir::cleanPath(argument).endsWith(paneExtension)));
+           (!information.isFile() && (isBareName || QDir::cleanPath(argument).endsWith(paneExtension)));
 }
 
 Result<QString> PaneFinder::pathOfPane(const QString &name, const QStringList &folders)
 {
-    if (name.contains(u'/')) {
-        const QString path = QDir::cleanPath(QFileInfo(name).absoluteFilePath());
-        return QFileInfo(path).isDir()
-                   ? Result<QString>(path)
-                   : Result<QString>::failure(
-                         QCoreApplication::translate("PaneFinder", "There is no settings pane at %1")
-                             .arg(lineText(path)));
-    }
+    if (name.contains(u'/'))
+        return paneAt(QDir::cleanPath(QFileInfo(name).absoluteFilePath()));
     const QStringList panes = panesIn(folders);
     for (const QString &path : panes) {
         const QString fileName = QFileInfo(path).fileName();
         if (fileName == name || fileName == name + paneExtension)
-            return path;
+            return paneAt(path);
     }
     return Result<QString>::failure(
-        QCoreApplication::translate("PaneFinder", "There is no settings pane called \"%1\" in\n%2")
-            .arg(name, folders.join(u'\n')));
+        tr("There is no settings pane called \"%1\" in\n%2").arg(name, folders.join(u'\n')));
 }

@@ -19,13 +19,15 @@ QStringList searchFolders(const QString &ownFolder, const QString &installedPane
 /// one is a pane that works is not asked here.
 QStringList panesIn(const QStringList &folders);
 
-/// Whether \a argument means a pane, and no file that one is to take in: what has no slash in it, a folder,
-/// and what is named like a pane. All else is a file, also one that is gone or has a name that is no text.
+/// Whether \a argument means a pane, and no file that one is to take in: a name without slash and suffix, a
+/// folder, and what is named like a pane. All else is a file, also one that is gone or has a name that is no
+/// text.
 bool isPane(const QString &argument);
 
 /// The path of the pane that \a name means. What has a slash in it is a path; all else is the name of a pane
 /// in \a folders, with or without the extension, and never something in the working folder: its code would
-/// run for being there. Fails, with a sentence for the user, if no folder is there or no pane is called so.
+/// run for being there. Fails, with a sentence for the user, if no pane is there or called so; that what is
+/// there works is not asked.
 Result<QString> pathOfPane(const QString &name, const QStringList &folders);
 
 } // namespace PaneFinder

@@ -90,17 +90,20 @@ TEST_F(LaterStartsTest, AFileThatCannotBeReadGoesToThePaneAsWell)
         << "as nobody else can";
 }
 
-TEST_F(LaterStartsTest, APaneIsNotLeftForOneThatIsNotThere)
+TEST_F(LaterStartsTest, APaneIsNotLeftForWhatIsNone)
 {
     const QString gone = home_.filePath(QStringLiteral("Gone.prefPane"));
     ChildProcess first(program(), {}, environment_);
     ASSERT_TRUE(waitForRecord("didSelect"));
     QFile::remove(recordPath());
-    ChildProcess second(program(), {gone}, environment_);
-    ASSERT_TRUE(second.waitForEnd());
-    EXPECT_TRUE(second.hasReturned(1));
-    EXPECT_THAT(second.errors().toStdString(),
-                HasSubstr("There is no settings pane at " + gone.toStdString()));
+    const auto isRefused = [&](const QString &argument, const std::string &reason) {
+        ChildProcess second(program(), {argument}, environment_);
+        ASSERT_TRUE(second.waitForEnd());
+        EXPECT_TRUE(second.hasReturned(1));
+        EXPECT_THAT(second.errors().toStdString(), HasSubstr(reason));
+    };
+    isRefused(gone, "There is no settings pane at " + gone.toStdString());
+    isRefused(home_.path(), home_.path().toStdString() + " is no settings pane");
     // What comes after it has been taken when this has.
     const QString file = home_.filePath(QStringLiteral("one.qnbp"));
     ChildProcess third(program(), {file}, environment_);

@@ -4,6 +4,7 @@
 #include "Hosting/PaneFinder.h"
 
 #include "Platform/PaneFolders.h"
+#include "Tests/Hosting/TestBundle.h"
 
 #include <QDir>
 #include <QTemporaryDir>
@@ -19,6 +20,13 @@ protected:
     {
         const QString path = folder_.filePath(relativePath);
         QDir().mkpath(path);
+        return path;
+    }
+
+    QString makePane(const QString &relativePath) const
+    {
+        const QString path = folder_.filePath(relativePath);
+        TestBundle::make(path, {});
         return path;
     }
 
@@ -58,7 +66,7 @@ TEST_F(PaneFinderTest, TheFirstOfSeveralWithOneNameCounts)
 
 TEST_F(PaneFinderTest, APaneIsMeantByItsNameOrPath)
 {
-    const QString pane = make(QStringLiteral("a/Some.prefPane"));
+    const QString pane = makePane(QStringLiteral("a/Some.prefPane"));
     const QStringList folders = {folder_.filePath(QStringLiteral("a"))};
     EXPECT_EQ(PaneFinder::pathOfPane(QStringLiteral("Some"), folders).value, pane);
     EXPECT_EQ(PaneFinder::pathOfPane(QStringLiteral("Some.prefPane"), folders).value, pane);
@@ -67,23 +75,35 @@ TEST_F(PaneFinderTest, APaneIsMeantByItsNameOrPath)
               QStringLiteral("There is no settings pane at /not/there.prefPane"));
 }
 
+TEST_F(PaneFinderTest, AFolderThatIsNoPaneIsToldAsSuch)
+{
+    const QString folder = make(QStringLiteral("a/folder"));
+    const QString empty = make(QStringLiteral("a/Empty.prefPane"));
+    const QString text = QStringLiteral("%1 is no settings pane: it has no readable Contents/Info.plist");
+    EXPECT_EQ(PaneFinder::pathOfPane(folder, {}).error, text.arg(folder));
+    EXPECT_EQ(PaneFinder::pathOfPane(QStringLiteral("Empty"), {folder_.filePath(QStringLiteral("a"))}).error,
+              text.arg(empty));
+}
+
 TEST_F(PaneFinderTest, APaneIsANameOrAFolderOrWhatIsNamedLikeOne)
 {
     const QString folder = make(QStringLiteral("a/folder"));
     QFile file(folder_.filePath(QStringLiteral("File.prefPane")));
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    for (const QString &pane : {QStringLiteral("Some"), QStringLiteral("gone.qnbp"), folder, folder + u'/',
-                                QStringLiteral("/gone/Some.prefPane"), QStringLiteral("gone/Some.prefPane/")})
+    for (const QString &pane :
+         {QStringLiteral("Some"), QStringLiteral("Some.prefPane"), folder, folder + u'/',
+          QStringLiteral("/gone/Some.prefPane"), QStringLiteral("gone/Some.prefPane/")})
         EXPECT_TRUE(PaneFinder::isPane(pane)) << qPrintable(pane);
     for (const QString &other : {file.fileName(), QStringLiteral("/gone/preset.qnbp"),
+                                 QStringLiteral("gone.qnbp"), QStringLiteral("gone.prefPane.qnbp"),
                                  QStringLiteral("./gone"), folder + QStringLiteral("/\uFFFD.qnbp")})
         EXPECT_FALSE(PaneFinder::isPane(other)) << qPrintable(other);
 }
 
 TEST_F(PaneFinderTest, OnlyWhatHasASlashIsMeantFromTheWorkingFolder)
 {
-    const QString inWorkingFolder = make(QStringLiteral("a/Some.prefPane"));
-    const QString inSearchFolder = make(QStringLiteral("b/Some.prefPane"));
+    const QString inWorkingFolder = makePane(QStringLiteral("a/Some.prefPane"));
+    const QString inSearchFolder = makePane(QStringLiteral("b/Some.prefPane"));
     const QStringList folders = {folder_.filePath(QStringLiteral("b"))};
     const QString name = QStringLiteral("Some.prefPane");
     const QString before = QDir::currentPath();
