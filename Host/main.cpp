@@ -179,6 +179,9 @@ int main(int argc, char **argv)
     else if (outcome == InstanceGuard::Outcome::WithoutFiles)
         window.showError(tr("The settings are open already, in an earlier version, which takes in no files. "
                             "Close its window, and open the files again."));
+    else if (outcome == InstanceGuard::Outcome::TooLong)
+        window.showError(
+            tr("The settings are open already, and a name given here is too long to be handed to them."));
     else
         showRequestedPane(window, requested);
     window.show();

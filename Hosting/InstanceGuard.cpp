@@ -39,6 +39,10 @@ constexpr char takenWithFiles = 'f';
 constexpr int retryInterval = 20;
 /// How long the first waits for each packet of one that has connected, which sends it at once.
 constexpr int packetTimeout = 200;
+/// How long, and for how many of them, it listens to one: it has its own work to do. Who has more to say
+/// connects again.
+constexpr int connectionTimeout = 500;
+constexpr int mostPackets = 64;
 
 constexpr int backlog = 16;
 
@@ -151,9 +155,12 @@ QList<InstanceGuard::Packet> InstanceGuard::packetsOf(const Request &request)
     qsizetype next = 0;
     do {
         QStringList files;
-        for (qsizetype size = 0; next < request.files.size() && size < mostOfFiles; ++next) {
-            files.append(request.files.at(next));
-            size += qsizetype(sizeof(quint32) + sizeof(QChar) * size_t(files.constLast().size()));
+        for (qsizetype size = 0; next < request.files.size(); ++next) {
+            const QString &file = request.files.at(next);
+            size += qsizetype(sizeof(quint32) + sizeof(QChar) * size_t(file.size()));
+            if (!files.isEmpty() && size > mostOfFiles)
+                break;
+            files.append(file);
         }
         const Request part{packets.isEmpty() ? request.panePath : QString(),
                            packets.isEmpty() ? request.activationToken : QByteArray(), files};
@@ -169,9 +176,14 @@ InstanceGuard::Outcome InstanceGuard::begin(const Request &request, std::chrono:
 {
     const QDeadlineTimer deadline(timeout);
     QList<Packet> packets = packetsOf(request);
+    const bool fits = std::all_of(packets.cbegin(), packets.cend(), [](const Packet &packet) {
+        return packet.bytes.size() <= qsizetype(largestPacket);
+    });
     for (;;) {
         if (becomeFirst())
             return Outcome::First;
+        if (!fits)
+            return Outcome::TooLong;
         const Outcome outcome = hand(packets, deadline);
         // The other one may still be starting, or already ending.
         if (outcome != Outcome::NoAnswer || deadline.hasExpired())
@@ -261,7 +273,10 @@ void InstanceGuard::accept(const std::function<void(const Request &)> &handler) 
     Request request;
     bool isUnderstood = false;
     bool isMoreToCome = true;
-    while (isMoreToCome && isReadable(connection, packetTimeout)) {
+    const QDeadlineTimer deadline(connectionTimeout);
+    for (int count = 0; isMoreToCome && count < mostPackets &&
+                        isReadable(connection, std::min(packetTimeout, int(deadline.remainingTime())));
+         ++count) {
         QByteArray packet(qsizetype(largestPacket), '\0');
         packet.truncate(std::max(::recv(connection, packet.data(), size_t(packet.size()), 0), ssize_t(0)));
         QDataStream stream(packet);

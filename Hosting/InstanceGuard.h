@@ -26,7 +26,7 @@ public:
         QString panePath;
         /// The desktop's leave to come to the front, or empty.
         QByteArray activationToken;
-        /// For the pane; their paths are absolute.
+        /// For the pane; their paths are absolute. Of very many the rest comes in further requests.
         QStringList files = {};
     };
 
@@ -37,6 +37,8 @@ public:
         Handed,
         /// Another one runs, of a version that has taken the request but knows of no files.
         WithoutFiles,
+        /// Another one runs; one of the texts is too long to be handed over, and so nothing was.
+        TooLong,
         /// Another one runs, and does not answer.
         NoAnswer,
     };

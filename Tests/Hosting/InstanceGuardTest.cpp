@@ -55,7 +55,7 @@ public:
         QByteArray packet;
         QDataStream stream(&packet, QIODevice::WriteOnly);
         (stream << ... << fields);
-        return ::send(descriptor, packet.constData(), size_t(packet.size()), 0) == packet.size();
+        return ::send(descriptor, packet.constData(), size_t(packet.size()), MSG_NOSIGNAL) == packet.size();
     }
 
     const int descriptor = ::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0);
@@ -167,6 +167,69 @@ TEST_F(InstanceGuardTest, ARequestThatPromisesMoreFilesThanItHoldsIsNone)
     char answer = 0;
     EXPECT_TRUE(waitUntil([&] { return ::recv(start.descriptor, &answer, 1, MSG_DONTWAIT) == 0; }));
     EXPECT_TRUE(requests_.isEmpty());
+}
+
+TEST_F(InstanceGuardTest, WhatIsMuchComesInSeveralRequests)
+{
+    ASSERT_EQ(first_->begin({}, 0ms), Outcome::First);
+    QStringList files;
+    int requests = 0;
+    first_->handleWith([&](const Request &request) {
+        files += request.files;
+        ++requests;
+    });
+    // Two that fit into a packet each, and not into one.
+    QStringList wanted(2, u'/' + QString(32764, u'n'));
+    for (int number = 0; number < 50000; ++number)
+        wanted.append(QStringLiteral("/home/somebody/Documents/Presets of mine/Preset %1.qnbp").arg(number));
+    auto outcome = beginSecond({{}, {}, wanted});
+    EXPECT_EQ(result(outcome), Outcome::Handed);
+    EXPECT_TRUE(waitUntil([&] { return files.size() == wanted.size(); }));
+    EXPECT_EQ(files, wanted);
+    EXPECT_GT(requests, 1) << "the first goes on with its own work in between";
+}
+
+TEST_F(InstanceGuardTest, OneThatNeverComesToAnEndIsCutOff)
+{
+    const FirstVersionSocket start;
+    ASSERT_NO_FATAL_FAILURE(handleAndConnect(start));
+    std::promise<void> heard;
+    const auto packets = std::async(std::launch::async, [&, isHeard = heard.get_future()] {
+        constexpr int many = 2000;
+        int number = 0;
+        while (number < many && isHeard.wait_for(0s) == std::future_status::timeout &&
+               start.send(QString(), QByteArray(), QStringList(QStringLiteral("/a.qnbp")), true))
+            ++number;
+        return number == many;
+    });
+    ASSERT_TRUE(waitUntil([&] { return !requests_.isEmpty(); }));
+    heard.set_value();
+    EXPECT_LT(requests_.constFirst().files.size(), 1000);
+}
+
+TEST_F(InstanceGuardTest, OneThatIsSlowIsCutOff)
+{
+    const FirstVersionSocket start;
+    ASSERT_NO_FATAL_FAILURE(handleAndConnect(start));
+    std::promise<void> heard;
+    const auto end = std::async(std::launch::async, [&, isHeard = heard.get_future()] {
+        for (int number = 0; number < 60 && isHeard.wait_for(100ms) == std::future_status::timeout; ++number)
+            start.send(QString(), QByteArray(), QStringList(QStringLiteral("/a.qnbp")), true);
+    });
+    ASSERT_TRUE(waitUntil([&] { return !requests_.isEmpty(); }));
+    heard.set_value();
+    EXPECT_LT(requests_.constFirst().files.size(), 20);
+}
+
+TEST_F(InstanceGuardTest, ATextThatIsTooLongIsHandedToNobody)
+{
+    const QString longest = u'/' + QString(70000, u'n');
+    ASSERT_EQ(first_->begin({}, 0ms), Outcome::First);
+    first_->handleWith([](const Request &) { FAIL() << "nor is a part of it"; });
+    auto outcome = beginSecond({{}, {}, {QStringLiteral("/a.qnbp"), longest}});
+    EXPECT_EQ(result(outcome), Outcome::TooLong);
+    first_.reset();
+    EXPECT_EQ(second_.begin({{}, {}, {longest}}, 0ms), Outcome::First) << "it is for the first itself";
 }
 
 TEST_F(InstanceGuardTest, AWindowOfTheFirstVersionIsNotTakenForOneThatTakesFiles)
