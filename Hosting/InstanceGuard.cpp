@@ -197,7 +197,7 @@ bool InstanceGuard::becomeFirst()
     if (lockPath_.isEmpty())
         return true;
     if (lock()) {
-        if (!listen())
+        if (socket_ < 0 && !listen())
             qCWarning(lcInstance) << socketPath_ << std::strerror(errno);
         return true;
     }

@@ -54,10 +54,13 @@ public:
     /// Becomes the first or hands over \a request, with however many files; waits for another one at most
     /// \a timeout. If that ends in the middle, it may have some of the files.
     Outcome begin(const Request &request, std::chrono::milliseconds timeout);
-    /// Becomes the first if there is no other one, which is left alone. Whether we are it.
+    /// Becomes the first if there is no other one, which is left alone. Whether we are it; then requests are
+    /// taken, also again after close().
     bool becomeFirst();
     /// Calls \a handler on the event loop for what later ones ask for, once for each.
     void handleWith(std::function<void(const Request &)> handler);
+    /// Whether they are taken and handled.
+    bool takesRequests() const { return notifier_ != nullptr; }
     /// Takes no more requests: later ones wait for the end of this one, and then are the first.
     void close();
 

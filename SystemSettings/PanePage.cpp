@@ -69,10 +69,10 @@ void PanePage::begin(Manner manner)
         showsPane_ = true;
         // What another host has saved meanwhile is read anew.
         present([this] { return PaneLoader::load(*bundlePath_); });
-        guard_->handleWith([this](const InstanceGuard::Request &request) {
-            waitingFiles_.add(request.files);
-            WindowActivation::bringToFront(*window(), request.activationToken);
-        });
+        if (session_->isErrorPage())
+            guard_.reset();
+        else
+            takeRequests();
     } else if (std::exchange(showsPane_, false) || !session_) {
         present([outcome] {
             return std::make_unique<ErrorPane>(
@@ -89,7 +89,7 @@ InstanceGuard::Outcome PanePage::takeGuard(Manner manner)
     auto guard = std::make_unique<InstanceGuard>();
     auto outcome = InstanceGuard::Outcome::Handed;
     if (manner == Manner::Insistent)
-        outcome = guard->begin({*bundlePath_, {}}, otherHostTimeout);
+        outcome = guard->begin({}, otherHostTimeout);
     else if (guard->becomeFirst())
         outcome = InstanceGuard::Outcome::First;
     if (outcome == InstanceGuard::Outcome::First)
@@ -116,6 +116,15 @@ void PanePage::present(const std::function<std::unique_ptr<PreferencePane>()> &m
         session_->select();
 }
 
+void PanePage::takeRequests()
+{
+    if (guard_->becomeFirst())
+        guard_->handleWith([this](const InstanceGuard::Request &request) {
+            waitingFiles_.add(request.files);
+            WindowActivation::bringToFront(*window(), request.activationToken);
+        });
+}
+
 void PanePage::showEvent(QShowEvent *event)
 {
     QWidget::showEvent(event);
@@ -125,6 +134,8 @@ void PanePage::showEvent(QShowEvent *event)
     if (!guard_ && bundlePath_) {
         nextLook_.start(untilNextLook);
         begin(Manner::Patient);
+    } else if (guard_ && !guard_->takesRequests()) {
+        takeRequests();
     }
     session_->select();
 }
@@ -135,6 +146,9 @@ void PanePage::hideEvent(QHideEvent *event)
     if (event->spontaneous())
         return;
     nextLook_.stop();
+    // Who is brought here would see another page.
+    if (guard_)
+        guard_->close();
     // As long as something is not saved nobody else may show the presets as they were.
     if (session_->unselect())
         giveWay_.start(0);

@@ -47,10 +47,11 @@ private:
     void begin(Manner manner);
     InstanceGuard::Outcome takeGuard(Manner manner);
     void present(const std::function<std::unique_ptr<PreferencePane>()> &makePane);
+    void takeRequests();
 
     const Result<QString> bundlePath_;
     bool showsPane_ = false;
-    /// Held as long as the pane may have something to save.
+    /// Held as long as the pane may have something to save. Takes requests while the page is shown.
     std::unique_ptr<InstanceGuard> guard_;
     std::unique_ptr<PaneSession> session_;
     /// Pages are hidden and shown again in one go when windows are put together.

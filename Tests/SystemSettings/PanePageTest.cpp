@@ -71,6 +71,15 @@ protected:
     {
         ASSERT_TRUE(waitUntil([] { return InstanceGuard().becomeFirst(); }));
     }
+    /// What becomes of a start elsewhere that asks for \a files.
+    static InstanceGuard::Outcome startElsewhere(const QStringList &files = {})
+    {
+        auto outcome = std::async(std::launch::async, [&] {
+            return InstanceGuard().begin({QString(), {}, files}, 2s);
+        });
+        waitUntil([&] { return outcome.wait_for(0s) == std::future_status::ready; });
+        return outcome.get();
+    }
     static QString reason(const PanePage &page)
     {
         const auto *const label = page.findChild<QLabel *>(QStringLiteral("errorReason"));
@@ -146,8 +155,10 @@ TEST_F(PanePageTest, WhatCouldNotBeSavedStaysInThePage)
     EXPECT_EQ(record(), "didUnselect\n");
     QCoreApplication::processEvents();
     EXPECT_FALSE(InstanceGuard().becomeFirst()) << "another host would show the presets as they were";
+    EXPECT_EQ(startElsewhere(), InstanceGuard::Outcome::NoAnswer) << "the user would see another page";
     page->show();
     EXPECT_EQ(record(), "didSelect\n");
+    EXPECT_EQ(startElsewhere(), InstanceGuard::Outcome::Handed);
 }
 
 TEST_F(PanePageTest, TheStripStandsAboveTheViewAndAfterItForTheKeyboard)
@@ -180,6 +191,19 @@ TEST_F(PanePageTest, SaysThatThePaneIsMissing)
     EXPECT_EQ(reason(page), QStringLiteral("There is no settings pane called \"Other\" in\n%1").arg(panes()));
 }
 
+TEST_F(PanePageTest, APaneThatCouldNotBeLoadedIsLeftToOthersAndTriedAgain)
+{
+    qputenv("QUENBY_TEST_BEHAVIOUR", "make no pane");
+    PanePage *const page = open();
+    EXPECT_TRUE(reason(*page).contains(u"makes no pane")) << qPrintable(reason(*page));
+    EXPECT_TRUE(InstanceGuard().becomeFirst());
+    qunsetenv("QUENBY_TEST_BEHAVIOUR");
+    page->hide();
+    page->show();
+    EXPECT_EQ(record(), beginning + "didSelect\n");
+    EXPECT_FALSE(InstanceGuard().becomeFirst());
+}
+
 TEST_F(PanePageTest, TheHomeOfAnotherUserIsRefused)
 {
     const TemporaryHome others;
@@ -210,7 +234,7 @@ TEST_F(PanePageTest, GivesWayToAnotherHostUntilThatHasEnded)
     const auto page = std::make_unique<PanePage>(paneName, QStringList(panes()), nullptr);
     answer.wait();
     ASSERT_TRUE(request);
-    EXPECT_EQ(request->panePath, panes() + QStringLiteral("/Recording.prefPane"));
+    EXPECT_EQ(request->panePath, QString()) << "it keeps the pane that it shows";
     EXPECT_TRUE(reason(*page).contains(u"open in another window")) << qPrintable(reason(*page));
     page->show();
     EXPECT_EQ(record(), "");
@@ -223,12 +247,8 @@ TEST_F(PanePageTest, WhatAnotherHostIsAskedForComesToThePage)
 {
     open();
     record();
-    InstanceGuard other;
-    auto outcome = std::async(std::launch::async, [&] {
-        return other.begin({QString(), {}, {QStringLiteral("/a.qnbp")}}, 10s);
-    });
+    EXPECT_EQ(startElsewhere({QStringLiteral("/a.qnbp")}), InstanceGuard::Outcome::Handed);
     EXPECT_TRUE(waitUntil([&] { return record() == "openFiles /a.qnbp\n"; }));
-    EXPECT_EQ(outcome.get(), InstanceGuard::Outcome::Handed);
 }
 
 TEST_F(PanePageTest, ThePageThatWasLeftGivesWay)
