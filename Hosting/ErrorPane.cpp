@@ -3,7 +3,6 @@
 
 #include "Hosting/ErrorPane.h"
 
-#include "Platform/LineText.h"
 #include "Toolkit/PlainText.h"
 
 #include <QCoreApplication>
@@ -36,7 +35,7 @@ QWidget *ErrorPane::loadMainView()
     font.setPointSizeF(font.pointSizeF() * 1.2);
     heading->setFont(font);
 
-    QLabel *const text = PlainText::label(linesText(reason_));
+    QLabel *const text = PlainText::label(reason_);
     text->setObjectName(QStringLiteral("errorReason"));
     text->setAlignment(Qt::AlignCenter);
     text->setWordWrap(true);
