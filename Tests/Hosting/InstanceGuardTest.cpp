@@ -184,8 +184,7 @@ TEST_F(InstanceGuardTest, WhatIsMuchComesInSeveralRequests)
         wanted.append(QStringLiteral("/home/somebody/Documents/Presets of mine/Preset %1.qnbp").arg(number));
     auto outcome = beginSecond({{}, {}, wanted});
     EXPECT_EQ(result(outcome), Outcome::Handed);
-    EXPECT_TRUE(waitUntil([&] { return files.size() == wanted.size(); }));
-    EXPECT_EQ(files, wanted);
+    EXPECT_TRUE(waitUntil([&] { return files == wanted; })) << files.size();
     EXPECT_GT(requests, 1) << "the first goes on with its own work in between";
 }
 
@@ -218,7 +217,7 @@ TEST_F(InstanceGuardTest, OneThatIsSlowIsCutOff)
     });
     ASSERT_TRUE(waitUntil([&] { return !requests_.isEmpty(); }));
     heard.set_value();
-    EXPECT_LT(requests_.constFirst().files.size(), 20);
+    EXPECT_LT(requests_.constFirst().files.size(), 60);
 }
 
 TEST_F(InstanceGuardTest, ATextThatIsTooLongIsHandedToNobody)

@@ -72,10 +72,11 @@ protected:
         ASSERT_TRUE(waitUntil([] { return InstanceGuard().becomeFirst(); }));
     }
     /// What becomes of a start elsewhere that asks for \a files.
-    static InstanceGuard::Outcome startElsewhere(const QStringList &files = {})
+    static InstanceGuard::Outcome startElsewhere(std::chrono::milliseconds timeout,
+                                                 const QStringList &files = {})
     {
         auto outcome = std::async(std::launch::async, [&] {
-            return InstanceGuard().begin({QString(), {}, files}, 2s);
+            return InstanceGuard().begin({QString(), {}, files}, timeout);
         });
         waitUntil([&] { return outcome.wait_for(0s) == std::future_status::ready; });
         return outcome.get();
@@ -155,10 +156,10 @@ TEST_F(PanePageTest, WhatCouldNotBeSavedStaysInThePage)
     EXPECT_EQ(record(), "didUnselect\n");
     QCoreApplication::processEvents();
     EXPECT_FALSE(InstanceGuard().becomeFirst()) << "another host would show the presets as they were";
-    EXPECT_EQ(startElsewhere(), InstanceGuard::Outcome::NoAnswer) << "the user would see another page";
+    EXPECT_EQ(startElsewhere(1s), InstanceGuard::Outcome::NoAnswer) << "the user would see another page";
     page->show();
     EXPECT_EQ(record(), "didSelect\n");
-    EXPECT_EQ(startElsewhere(), InstanceGuard::Outcome::Handed);
+    EXPECT_EQ(startElsewhere(10s), InstanceGuard::Outcome::Handed);
 }
 
 TEST_F(PanePageTest, TheStripStandsAboveTheViewAndAfterItForTheKeyboard)
@@ -247,7 +248,7 @@ TEST_F(PanePageTest, WhatAnotherHostIsAskedForComesToThePage)
 {
     open();
     record();
-    EXPECT_EQ(startElsewhere({QStringLiteral("/a.qnbp")}), InstanceGuard::Outcome::Handed);
+    EXPECT_EQ(startElsewhere(10s, {QStringLiteral("/a.qnbp")}), InstanceGuard::Outcome::Handed);
     EXPECT_TRUE(waitUntil([&] { return record() == "openFiles /a.qnbp\n"; }));
 }
 
