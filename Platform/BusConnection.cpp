@@ -27,7 +27,8 @@ const QString localInterface = QStringLiteral("org.freedesktop.DBus.Local");
 /// For a bus that has just been silent.
 constexpr auto secondTimeout = 200ms;
 
-/// Between two looks for a bus; each is twice as long as the one before.
+/// Between two looks for a bus, or two questions to one that does not answer; each is twice as long as the
+/// one before.
 constexpr auto firstPause = 500ms;
 constexpr auto longestPause = 30000ms;
 
@@ -175,13 +176,13 @@ void BusConnection::beginUse()
         listener->connectTo(*connection_);
     for (const QDBusMessage &signal : std::exchange(unsent_, {}))
         send(signal);
-    tellOnceUsed();
+    tellOnceUsed(SessionBus::answerTimeout);
 }
 
-void BusConnection::tellOnceUsed()
+void BusConnection::tellOnceUsed(std::chrono::milliseconds patience)
 {
     // What was asked of the bus before is done when it answers.
-    roundTrip(SessionBus::answerTimeout, [this, name = connection_->baseService()](bool isAnswered) {
+    roundTrip(patience, [this, patience, name = connection_->baseService()](bool isAnswered) {
         if (isToEnd_ || !connection_ || connection_->baseService() != name)
             return;
         if (isAnswered) {
@@ -189,7 +190,7 @@ void BusConnection::tellOnceUsed()
             tell(State::There);
         } else {
             tell(State::Absent);
-            tellOnceUsed();
+            tellOnceUsed(std::min<std::chrono::milliseconds>(2 * patience, longestPause));
         }
     });
 }

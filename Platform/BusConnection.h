@@ -57,12 +57,13 @@ private Q_SLOTS:
 private:
     enum class State { Unknown, Absent, There };
 
-    /// A bus that has just been silent is asked again, for a shorter time, only if \a evenIfSilent. Tries again
-    /// later if there is none.
+    /// A bus that has just been silent is asked again, for a shorter time, only if \a evenIfSilent. Tries
+    /// again later if there is none.
     bool connectToBus(bool evenIfSilent = false);
     bool lookForBus(bool evenIfSilent);
     void beginUse();
-    void tellOnceUsed();
+    /// Tells who watches when the bus answers. Asks again after \a patience, with twice as much.
+    void tellOnceUsed(std::chrono::milliseconds patience);
     void leave();
     void tryLater();
     void retry();

@@ -3,6 +3,7 @@
 
 #include "Platform/SessionBus.h"
 
+#include "Platform/FileDescriptor.h"
 #include "Platform/Mailbox.h"
 #include "Tests/Session/NotificationListener.h"
 #include "Tests/Session/PrivateBus.h"
@@ -11,13 +12,17 @@
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QElapsedTimer>
+#include <QFile>
 #include <QSocketNotifier>
 #include <QThread>
 
+#include <algorithm>
 #include <csignal>
+#include <cstring>
 #include <gmock/gmock.h>
 #include <memory>
 #include <sys/socket.h>
+#include <sys/un.h>
 #include <unistd.h>
 
 using namespace std::chrono_literals;
@@ -74,6 +79,63 @@ private:
     }
 
     SilentSocket socket_;
+    QSocketNotifier notifier_;
+};
+
+/// Passes on what is said to a bus and by it, until it is asked for its id, and says nothing from then on.
+class BusThatFallsSilent
+{
+public:
+    explicit BusThatFallsSilent(const QString &busPath)
+        : busPath_(QFile::encodeName(busPath))
+        , notifier_(socket_.descriptor(), QSocketNotifier::Read)
+    {
+        time_.start();
+        QObject::connect(&notifier_, &QSocketNotifier::activated, &notifier_, [this] { accept(); });
+    }
+    QString address() const { return socket_.busAddress(); }
+    /// When it was asked, in milliseconds.
+    QList<qint64> questions() const { return questions_; }
+
+private:
+    using Descriptor = std::shared_ptr<const FileDescriptor>;
+
+    static Descriptor descriptor(int number)
+    {
+        return std::make_shared<FileDescriptor>(FileLayer::real(), number);
+    }
+    void accept()
+    {
+        const Descriptor client = descriptor(::accept(socket_.descriptor(), nullptr, nullptr));
+        const Descriptor bus = descriptor(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+        sockaddr_un address = {};
+        address.sun_family = AF_UNIX;
+        std::memcpy(address.sun_path, busPath_.constData(), size_t(busPath_.size()));
+        EXPECT_EQ(::connect(bus->get(), reinterpret_cast<const sockaddr *>(&address), sizeof address), 0);
+        passOn(client, bus);
+        passOn(bus, client);
+    }
+    void passOn(const Descriptor &from, const Descriptor &to)
+    {
+        auto *notifier = new QSocketNotifier(from->get(), QSocketNotifier::Read, &notifier_);
+        QObject::connect(notifier, &QSocketNotifier::activated, notifier, [this, notifier, from, to] {
+            QByteArray bytes(4096, Qt::Uninitialized);
+            bytes.truncate(std::max<ssize_t>(::recv(from->get(), bytes.data(), size_t(bytes.size()), 0), 0));
+            if (bytes.contains("GetId"))
+                questions_.append(time_.elapsed());
+            if (questions_.isEmpty())
+                ::send(to->get(), bytes.constData(), size_t(bytes.size()), MSG_NOSIGNAL);
+            if (bytes.isEmpty()) {
+                notifier->setEnabled(false);
+                ::shutdown(to->get(), SHUT_WR);
+            }
+        });
+    }
+
+    const QByteArray busPath_;
+    SilentSocket socket_;
+    QElapsedTimer time_;
+    QList<qint64> questions_;
     QSocketNotifier notifier_;
 };
 
@@ -218,6 +280,20 @@ TEST_F(SessionBusTest, ABusThatIsAwayIsLookedForAfterPausesThatGrow)
     EXPECT_GT(times.at(1) - times.at(0), 450);
     EXPECT_GT(times.at(2) - times.at(1), 900);
     EXPECT_GT(times.at(3) - times.at(2), 1800);
+}
+
+TEST_F(SessionBusTest, ABusThatFallsSilentWhileItIsUsedIsAskedWithPatienceThatGrows)
+{
+    const BusThatFallsSilent silent(daemon_.address().mid(QStringLiteral("unix:path=").size()));
+    SessionBus bus(silent.address());
+    QList<bool> told;
+    bus.watch(mailbox_.bound<const std::optional<QDBusConnection> &>(
+        [&](const std::optional<QDBusConnection> &connection) { told.append(connection.has_value()); }));
+    ASSERT_TRUE(waitUntil([&] { return silent.questions().size() == 3; }, longTime));
+    EXPECT_THAT(told, ElementsAre(false));
+    // In milliseconds, a little less than the patience, as above.
+    EXPECT_GT(silent.questions().at(1) - silent.questions().at(0), 900);
+    EXPECT_GT(silent.questions().at(2) - silent.questions().at(1), 1800);
 }
 
 TEST_F(SessionBusTest, WhoWatchesAnOwnerIsToldWhenItChanges)
