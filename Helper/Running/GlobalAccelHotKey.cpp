@@ -130,7 +130,7 @@ void GlobalAccelHotKey::grab(const KeyCombo &combo)
 
 void GlobalAccelHotKey::keyboardChanged()
 {
-    if (!keys_.isEmpty() && presentKeys() != keys_)
+    if (keys_ && presentKeys() != *keys_)
         setKeys(handlers_.lost);
 }
 
@@ -147,13 +147,14 @@ QList<int> GlobalAccelHotKey::presentKeys() const
 
 void GlobalAccelHotKey::setKeys(const std::function<void(const QString &reason)> &unset)
 {
-    keys_ = presentKeys();
+    const QList<int> keys = presentKeys();
+    keys_ = keys;
     QList<GlobalAccelKeys> sequences;
-    for (const int key : keys_)
+    for (const int key : keys)
         sequences.append(GlobalAccelKeys{{key}});
     call(QStringLiteral("setShortcutKeys"),
          {actionId(), QVariant::fromValue(sequences), setPresent | noAutoloading},
-         [this, unset, wanted = keys_](const QDBusMessage &reply) {
+         [this, unset, wanted = keys](const QDBusMessage &reply) {
              const QVariant answer = reply.arguments().value(0);
              const auto set = qdbus_cast<QList<GlobalAccelKeys>>(answer);
              const bool wasHeard = isHeard_;
@@ -161,7 +162,8 @@ void GlobalAccelHotKey::setKeys(const std::function<void(const QString &reason)>
                  return wanted.contains(sequence.keys[0]);
              });
              if (!isHeard_)
-                 unset(QStringLiteral("something else has it"));
+                 unset(wanted.isEmpty() ? QStringLiteral("the keyboard's layout does not have it")
+                                        : QStringLiteral("something else has it"));
              else if (!wasHeard)
                  handlers_.granted({});
          });

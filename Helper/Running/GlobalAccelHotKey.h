@@ -9,6 +9,9 @@
 #include <QList>
 #include <QObject>
 
+#include <functional>
+#include <optional>
+
 /// The desktop's own hot keys, by `org.kde.kglobalaccel` on the session bus. The user finds and changes them
 /// in the desktop's settings, too.
 class GlobalAccelHotKey : public QObject, public HotKey
@@ -42,8 +45,8 @@ private:
     const QString owner_;
     const Handlers handlers_;
     KeyCombo combo_;
-    /// Those that it was asked for last.
-    QList<int> keys_;
+    /// Those that it was asked for last, which are none under a layout without the key.
+    std::optional<QList<int>> keys_;
     /// It may be, from the question on.
     bool isRegistered_ = false;
     bool isHeard_ = false;

@@ -86,8 +86,9 @@ bool FakeGlobalAccel::handleMessage(const QDBusMessage &message, const QDBusConn
     constexpr uint setPresentWithoutAutoloading = 6;
     EXPECT_EQ(arguments.value(2).toUInt(), setPresentWithoutAutoloading);
     auto sequences = qdbus_cast<QList<FakeGlobalAccelKeys>>(arguments.value(1));
-    EXPECT_EQ(sequences.size(), 1);
-    EXPECT_EQ(sequences.value(0).keys.size(), 4);
+    EXPECT_LE(sequences.size(), 1);
+    for (const FakeGlobalAccelKeys &sequence : sequences)
+        EXPECT_EQ(sequence.keys.size(), 4);
     if (manner_ == Manner::Giving)
         key_ = sequences.value(0).keys.value(0);
     else

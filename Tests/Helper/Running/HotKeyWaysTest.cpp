@@ -217,6 +217,24 @@ TEST_F(HotKeyWaysProgramTest, ADesktopsServiceThatFailsIsARefusalAndForgetsTheHe
     expectEndOf(*helper);
 }
 
+TEST_F(HotKeyWaysProgramTest, OneThatAnotherLayoutDoesNotHaveIsHeardAgainUnderOneThatHasIt)
+{
+    // The yen, which is on Japanese keyboards only.
+    store(with({KeyCodes::commandFlag, 93}));
+    screen_.ask(QStringLiteral("setxkbmap"), {QStringLiteral("jp")});
+    FakeGlobalAccel service(bus_.address());
+    const auto helper = start();
+    ASSERT_TRUE(waitForState(HotKeyState::ByDesktop));
+    const int key = service.key();
+    screen_.ask(QStringLiteral("setxkbmap"), {QStringLiteral("us")});
+    ASSERT_TRUE(waitForState(HotKeyState::Refused));
+    EXPECT_EQ(service.key(), 0);
+    screen_.ask(QStringLiteral("setxkbmap"), {QStringLiteral("jp")});
+    EXPECT_TRUE(waitForState(HotKeyState::ByDesktop));
+    EXPECT_EQ(service.key(), key);
+    expectEndOf(*helper);
+}
+
 TEST_F(HotKeyWaysProgramTest, OneThatAnotherLayoutTakesAwayIsNotSaidToBeHeard)
 {
     store(with(controlAltP));
