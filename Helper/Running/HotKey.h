@@ -24,10 +24,10 @@ public:
         /// At most once, before the next two: the desktop asks the user.
         std::function<void()> asking;
         /// From now on it is heard; \a keys is what the desktop calls it if it may be another than the one
-        /// that was asked for. Again after it
-        /// was lost, and when \a keys are others.
+        /// that was asked for. Again after it was lost, and when \a keys are others.
         std::function<void(const QString &keys)> granted;
-        /// For now it is no longer heard, with the reason for the log: not with this keyboard.
+        /// For now it is no longer heard, with the reason for the log: not with this keyboard, or not until
+        /// the user gives it again.
         std::function<void(const QString &reason)> lost;
         /// It will not be heard, or no longer, with the reason for the log. The hot key may be destroyed by
         /// it.

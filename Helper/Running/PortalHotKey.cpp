@@ -15,6 +15,7 @@
 #include <QLoggingCategory>
 #include <QUuid>
 
+#include <optional>
 #include <utility>
 
 /// A shortcut on the bus: its name, and what there is to say of it.
@@ -70,8 +71,8 @@ QDBusMessage shortcutsCall(const QString &method)
     return QDBusMessage::createMethodCall(PortalHotKey::service, objectPath, shortcutsInterface, method);
 }
 
-/// How the desktop describes the keys of ours among \a shortcuts.
-QString describedKeys(const QVariant &shortcuts)
+/// How the desktop describes the keys of ours among \a shortcuts; none if ours is not among them.
+std::optional<QString> describedKeys(const QVariant &shortcuts)
 {
     const auto list = qdbus_cast<QList<PortalShortcut>>(shortcuts);
     for (const PortalShortcut &shortcut : list) {
@@ -197,13 +198,14 @@ void PortalHotKey::sessionAnswered(uint response, const QVariantMap &results)
 
 void PortalHotKey::bindingAnswered(uint response, const QVariantMap &results)
 {
-    const QString keys = describedKeys(results.value(QStringLiteral("shortcuts")));
+    const std::optional<QString> keys = describedKeys(results.value(QStringLiteral("shortcuts")));
     // GNOME 48 grants with any number. Who cancels gives no keys.
-    isGranted_ = response == granted || !keys.isEmpty();
-    if (isGranted_)
-        handlers_.granted(keys);
-    else
+    if (keys && (response == granted || !keys->isEmpty())) {
+        isGranted_ = true;
+        handlers_.granted(*keys);
+    } else {
         handlers_.refused(QStringLiteral("the user does not want it"));
+    }
 }
 
 void PortalHotKey::activated(const QDBusMessage &signal)
@@ -218,8 +220,12 @@ void PortalHotKey::activated(const QDBusMessage &signal)
 void PortalHotKey::shortcutsChanged(const QDBusMessage &signal)
 {
     const auto session = signal.arguments().value(0).value<QDBusObjectPath>();
-    if (isGranted_ && session == session_)
-        handlers_.granted(describedKeys(signal.arguments().value(1)));
+    if (!isGranted_ || session != session_)
+        return;
+    if (const std::optional<QString> keys = describedKeys(signal.arguments().value(1)))
+        handlers_.granted(*keys);
+    else
+        handlers_.lost(QStringLiteral("the user has taken it away"));
 }
 
 void PortalHotKey::closed(const QDBusMessage &signal)

@@ -39,6 +39,7 @@ const QDBusArgument &operator>>(const QDBusArgument &argument, FakePortalShortcu
 namespace {
 
 const QString connectionName = QStringLiteral("fake-portal");
+const QString anotherShortcut = QStringLiteral("another one");
 const QString objectPath = QStringLiteral("/org/freedesktop/portal/desktop");
 constexpr uint granted = 0;
 constexpr uint cancelled = 1;
@@ -47,6 +48,11 @@ constexpr uint failed = 2;
 QString senderOf(const QDBusMessage &message)
 {
     return message.service().mid(1).replace(u'.', u'_');
+}
+
+FakePortalShortcut described(const QString &id, const QString &keys)
+{
+    return {id, {{QStringLiteral("trigger_description"), keys}}};
 }
 
 QDBusObjectPath requestOf(const QDBusMessage &message, const QVariantMap &options)
@@ -137,7 +143,8 @@ bool FakePortal::handleMessage(const QDBusMessage &message, const QDBusConnectio
     shortcuts.endStructure();
     EXPECT_TRUE(shortcuts.atEnd());
     shortcuts.endArray();
-    const FakePortalShortcut bound{shortcut_, {{QStringLiteral("trigger_description"), givenKeys}}};
+    const FakePortalShortcut bound =
+        described(manner_ == Manner::GrantingNothing ? anotherShortcut : shortcut_, givenKeys);
     answer(message, options, manner_ == Manner::GrantingWithWrongNumber ? failed : granted,
            {{QStringLiteral("shortcuts"), QVariant::fromValue(QList<FakePortalShortcut>{bound})}},
            connection);
@@ -172,11 +179,16 @@ void FakePortal::activate(const QString &shortcut)
 
 void FakePortal::changeKeys(const QString &keys)
 {
-    const auto named = [](const QString &id, const QString &description) {
-        return FakePortalShortcut{id, {{QStringLiteral("trigger_description"), description}}};
-    };
-    const QList<FakePortalShortcut> shortcuts = {named(QStringLiteral("another one"), givenKeys),
-                                                 named(shortcut_, keys)};
+    sayShortcutsAre({described(anotherShortcut, givenKeys), described(shortcut_, keys)});
+}
+
+void FakePortal::takeShortcutAway()
+{
+    sayShortcutsAre({described(anotherShortcut, givenKeys)});
+}
+
+void FakePortal::sayShortcutsAre(const QList<FakePortalShortcut> &shortcuts)
+{
     QDBusMessage signal =
         QDBusMessage::createSignal(objectPath, QStringLiteral("org.freedesktop.portal.GlobalShortcuts"),
                                    QStringLiteral("ShortcutsChanged"));

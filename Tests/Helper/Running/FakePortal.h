@@ -34,6 +34,8 @@ public:
         Cancelling,
         /// It grants what is asked for, and answers with the number of a failure.
         GrantingWithWrongNumber,
+        /// The user agrees, and takes the shortcut from the list.
+        GrantingNothing,
     };
 
     explicit FakePortal(const QString &busAddress, Manner manner = Manner::Granting);
@@ -57,12 +59,15 @@ public:
     void activate(const QString &shortcut);
     /// The desktop gives its keys another name.
     void changeKeys(const QString &keys);
+    /// The user takes the shortcut away from the session's.
+    void takeShortcutAway();
     /// What the portal says then.
     QDBusMessage activation(const QString &shortcut) const;
 
 private:
     bool handleMessage(const QDBusMessage &message, const QDBusConnection &connection) override;
     QString introspect(const QString &) const override { return {}; }
+    void sayShortcutsAre(const QList<struct FakePortalShortcut> &shortcuts);
     static void answer(const QDBusMessage &message, const QVariantMap &options, uint response,
                        const QVariantMap &results, const QDBusConnection &connection);
 

@@ -56,7 +56,7 @@ protected:
                                                  ++granted_;
                                                  keys_ = keys;
                                              },
-                                         .lost = [](const QString &) { ADD_FAILURE(); },
+                                         .lost = [this](const QString &) { ++lost_; },
                                          .refused = [this](const QString &) { ++refused_; },
                                          .missing = [this](const QString &) { ++missing_; }});
         hotKey_->grab(controlAltP);
@@ -67,6 +67,7 @@ protected:
     int pressed_ = 0;
     int asking_ = 0;
     int granted_ = 0;
+    int lost_ = 0;
     int refused_ = 0;
     int missing_ = 0;
     QString keys_;
@@ -108,6 +109,26 @@ TEST_F(PortalHotKeyTest, TellsHowTheDesktopCallsOtherKeysThatTheUserChooses)
     const QString others = QStringLiteral("Super+F5");
     portal.changeKeys(others);
     EXPECT_TRUE(waitUntil([&] { return keys_ == others; }));
+}
+
+TEST_F(PortalHotKeyTest, IsLostWhileTheUserHasTakenItAway)
+{
+    FakePortal portal(bus_.address());
+    grab();
+    portal.takeShortcutAway();
+    EXPECT_TRUE(waitUntil([this] { return lost_ == 1; }));
+    EXPECT_EQ(granted_, 1);
+    portal.changeKeys(FakePortal::givenKeys);
+    EXPECT_TRUE(waitUntil([this] { return granted_ == 2; }));
+    EXPECT_EQ(refused_, 0);
+}
+
+TEST_F(PortalHotKeyTest, AnAnswerWithoutItIsARefusal)
+{
+    FakePortal portal(bus_.address(), FakePortal::Manner::GrantingNothing);
+    grab();
+    EXPECT_EQ(refused_, 1);
+    EXPECT_EQ(granted_, 0);
 }
 
 TEST_F(PortalHotKeyTest, IsGrantedByADesktopThatTakesNoNamesOfApplications)
