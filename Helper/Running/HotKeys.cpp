@@ -50,7 +50,7 @@ void HotKeys::setBus(const std::optional<QDBusConnection> &bus)
 {
     bus_ = bus;
     if (!combo_.isEmpty())
-        askAnew();
+        beginAnew();
 }
 
 void HotKeys::set(const KeyCombo &combo)
@@ -58,6 +58,12 @@ void HotKeys::set(const KeyCombo &combo)
     if (combo == combo_)
         return;
     combo_ = combo;
+    beginAnew();
+}
+
+void HotKeys::beginAnew()
+{
+    hasPortalRefused_ = false;
     askAnew();
 }
 
@@ -107,7 +113,7 @@ void HotKeys::start()
         handlers_.stateChanged(QNBHelperState::HotKey::None, {});
         return;
     }
-    wasRefused_ = false;
+    wasRefused_ = hasPortalRefused_;
     if (KeyCodes::withCode(combo_.code))
         tryWay(Way::GlobalAccel);
     else {
@@ -140,7 +146,7 @@ void HotKeys::tryWay(Way way)
             tryWay(nextAfter(way));
         break;
     case Way::Portal:
-        if (bus_ && isWaylandSession())
+        if (bus_ && isWaylandSession() && !hasPortalRefused_)
             grabBy(way);
         else
             tryWay(nextAfter(way));
@@ -211,8 +217,7 @@ void HotKeys::ownerChanged(Way way, bool wasThere, bool isThere)
             if (!owner.isEmpty())
                 askAnew();
         });
-    } else if (isThere && way_ == Way::None && !wasRefused_) {
-        // A user who has refused is not asked again.
+    } else if (isThere && way_ == Way::None && !hasPortalRefused_) {
         askAnew();
     }
 }
@@ -222,6 +227,7 @@ void HotKeys::grabBy(Way way, const QString &owner)
     const auto next = [this, way, generation = generation_](const QString &reason, bool isRefusal) {
         qCInfo(lcHotKey) << "not by" << qUtf8Printable(hotKey_->name()) << reason;
         wasRefused_ = wasRefused_ || isRefusal;
+        hasPortalRefused_ = hasPortalRefused_ || (isRefusal && way == Way::Portal);
         // It is still at work.
         QMetaObject::invokeMethod(
             this,

@@ -23,7 +23,8 @@
 /// portal in a Wayland session, or a grab in an X session. In a Wayland session nothing is grabbed though
 /// there may be an X screen, and a service of hot keys that is not the compositor's is not asked: only the
 /// windows on that screen would hear of the key. If no way takes it there is no hot key, and the log says so.
-/// When the program that serves the way in use ends, or one of a better way comes, it is asked for anew.
+/// When the program that serves the way in use ends, or one of a better way comes, it is asked for anew. Who
+/// has refused by the portal is asked again only when the settings or the bus change.
 class HotKeys : public QObject
 {
 public:
@@ -51,6 +52,8 @@ private:
     enum class Way { GlobalAccel, Portal, X11, None };
 
     static Way nextAfter(Way way);
+    /// For other settings, or on another bus: what was before does not count.
+    void beginAnew();
     void askAnew();
     void start();
     void letGo();
@@ -75,6 +78,8 @@ private:
     Way way_ = Way::None;
     /// One of the ways was there, and did not take it.
     bool wasRefused_ = false;
+    /// The user, or the desktop.
+    bool hasPortalRefused_ = false;
     X11KeyboardWatch keyboardWatch_;
     /// Active while paused.
     QTimer pause_;

@@ -89,12 +89,21 @@ TEST_F(HotKeyWaysProgramTest, APortalThatStartsAgainIsAskedAgain)
     expectEndOf(*helper);
 }
 
-TEST_F(HotKeyWaysProgramTest, AUserWhoDoesNotWantItIsARefusalAndNothingIsGrabbed)
+TEST_F(HotKeyWaysProgramTest, AUserWhoDoesNotWantItIsNotAskedAgainUntilTheSettingsChange)
 {
     store(with(controlAltP));
     FakePortal portal(bus_.address(), FakePortal::Manner::Cancelling);
     const auto helper = startInWaylandSession();
     EXPECT_TRUE(waitForState(HotKeyState::Refused));
+    post(QNBHotKeyIsBeingRecordedNotification);
+    post(QNBHotKeyRecordingEndedNotification);
+    const QByteArray nobody = "there is no way to hear of the hot key here";
+    ASSERT_TRUE(waitForLog(*helper, nobody, 2));
+    EXPECT_EQ(portal.bindings(), 1);
+    EXPECT_EQ(state().hotKey, HotKeyState::Refused);
+    storeAndPost(with(controlF12));
+    EXPECT_TRUE(waitForLog(*helper, nobody, 3));
+    EXPECT_EQ(portal.bindings(), 2);
     expectEndOf(*helper);
 }
 
