@@ -34,6 +34,9 @@ public:
         std::function<void(const QString &reason)> refused;
         /// The same in its place where the desktop has no such way at all.
         std::function<void(const QString &reason)> missing;
+        /// The same in its place where the program that was asked has ended, or is silent: nobody has decided
+        /// anything.
+        std::function<void(const QString &reason)> gone;
     };
 
     HotKey() = default;

@@ -13,11 +13,18 @@
 #include <QGuiApplication>
 #include <QLoggingCategory>
 
+#include <algorithm>
 #include <utility>
+
+using namespace std::chrono_literals;
 
 namespace {
 
 Q_LOGGING_CATEGORY(lcHotKey, "quenby.helper.hotkey")
+
+/// Between two questions to a portal that has gone; each is twice as long as the one before.
+constexpr auto firstPortalPause = 500ms;
+constexpr auto longestPortalPause = 30'000ms;
 
 const QString waylandSession = QStringLiteral("wayland");
 const QString compositorService = QStringLiteral("org.kde.KWin");
@@ -33,18 +40,28 @@ HotKeys::HotKeys(SessionBus &bus, Handlers handlers)
 {
     pause_.setSingleShot(true);
     connect(&pause_, &QTimer::timeout, this, &HotKeys::takeUpAgain);
-    for (const auto &[way, service] : {std::pair(Way::GlobalAccel, GlobalAccelHotKey::service),
-                                       std::pair(Way::Portal, PortalHotKey::service)}) {
-        bus.listen(SessionBus::ownerChange(service),
-                   mailbox_.bound<const QDBusMessage &>([this, way = way](const QDBusMessage &change) {
-                       const QVariantList arguments = change.arguments();
-                       ownerChanged(way, !arguments.value(1).toString().isEmpty(),
-                                    !arguments.value(2).toString().isEmpty());
-                   }));
-    }
+    portalPause_.setSingleShot(true);
+    connect(&portalPause_, &QTimer::timeout, this, [this] {
+        if (way_ == Way::None)
+            askAnew();
+    });
+    listenForOwner(bus, Way::GlobalAccel, GlobalAccelHotKey::service);
+    listenForOwner(bus, Way::Portal, PortalHotKey::service);
+    if (isWaylandSession())
+        listenForOwner(bus, Way::GlobalAccel, compositorService);
 }
 
 HotKeys::~HotKeys() = default;
+
+void HotKeys::listenForOwner(SessionBus &bus, Way way, const QString &service)
+{
+    bus.listen(SessionBus::ownerChange(service),
+               mailbox_.bound<const QDBusMessage &>([this, way](const QDBusMessage &change) {
+                   const QVariantList arguments = change.arguments();
+                   ownerChanged(way, !arguments.value(1).toString().isEmpty(),
+                                !arguments.value(2).toString().isEmpty());
+               }));
+}
 
 void HotKeys::setBus(const std::optional<QDBusConnection> &bus)
 {
@@ -64,6 +81,8 @@ void HotKeys::set(const KeyCombo &combo)
 void HotKeys::beginAnew()
 {
     hasPortalRefused_ = false;
+    portalPause_.stop();
+    portalPause_.setInterval(0ms);
     askAnew();
 }
 
@@ -146,7 +165,7 @@ void HotKeys::tryWay(Way way)
             tryWay(nextAfter(way));
         break;
     case Way::Portal:
-        if (bus_ && isWaylandSession() && !hasPortalRefused_)
+        if (bus_ && isWaylandSession() && !hasPortalRefused_ && !portalPause_.isActive())
             grabBy(way);
         else
             tryWay(nextAfter(way));
@@ -210,34 +229,45 @@ void HotKeys::ownerChanged(Way way, bool wasThere, bool isThere)
         return;
     if (way == way_) {
         // Else it was started by our question.
-        if (wasThere)
+        if (!wasThere)
+            return;
+        if (way == Way::Portal)
+            portalHasGone();
+        else
             askAnew();
     } else if (isThere && way == Way::GlobalAccel) {
         askForGlobalAccel([this](const QString &owner) {
             if (!owner.isEmpty())
                 askAnew();
         });
-    } else if (isThere && way_ == Way::None && !hasPortalRefused_) {
+    } else if (isThere && way_ == Way::None && !hasPortalRefused_ && !portalPause_.isActive()) {
         askAnew();
     }
 }
 
+void HotKeys::portalHasGone()
+{
+    portalPause_.start(
+        std::clamp(2 * portalPause_.intervalAsDuration(), firstPortalPause, longestPortalPause));
+    askAnew();
+}
+
 void HotKeys::grabBy(Way way, const QString &owner)
 {
-    const auto next = [this, way, generation = generation_](const QString &reason, bool isRefusal) {
+    const auto end = [this, generation = generation_](const QString &reason, auto then) {
         qCInfo(lcHotKey) << "not by" << qUtf8Printable(hotKey_->name()) << reason;
-        wasRefused_ = wasRefused_ || isRefusal;
-        hasPortalRefused_ = hasPortalRefused_ || (isRefusal && way == Way::Portal);
         // It is still at work.
         QMetaObject::invokeMethod(
             this,
-            [this, way, generation] {
-                if (generation != generation_)
-                    return;
-                letGo();
-                tryWay(nextAfter(way));
+            [this, then, generation] {
+                if (generation == generation_)
+                    then();
             },
             Qt::QueuedConnection);
+    };
+    const auto next = [this, way] {
+        letGo();
+        tryWay(nextAfter(way));
     };
     HotKey::Handlers handlers{
         .pressed =
@@ -256,8 +286,14 @@ void HotKeys::grabBy(Way way, const QString &owner)
                 qCWarning(lcHotKey) << "for now not by" << qUtf8Printable(hotKey_->name()) << reason;
                 handlers_.stateChanged(QNBHelperState::HotKey::Refused, {});
             },
-        .refused = [next](const QString &reason) { next(reason, true); },
-        .missing = [next](const QString &reason) { next(reason, false); },
+        .refused =
+            [this, way, end, next](const QString &reason) {
+                wasRefused_ = true;
+                hasPortalRefused_ = hasPortalRefused_ || way == Way::Portal;
+                end(reason, next);
+            },
+        .missing = [end, next](const QString &reason) { end(reason, next); },
+        .gone = [this, end](const QString &reason) { end(reason, [this] { portalHasGone(); }); },
     };
     if (way == Way::GlobalAccel)
         hotKey_ = std::make_unique<GlobalAccelHotKey>(*bus_, owner, std::move(handlers));

@@ -23,8 +23,9 @@
 /// portal in a Wayland session, or a grab in an X session. In a Wayland session nothing is grabbed though
 /// there may be an X screen, and a service of hot keys that is not the compositor's is not asked: only the
 /// windows on that screen would hear of the key. If no way takes it there is no hot key, and the log says so.
-/// When the program that serves the way in use ends, or one of a better way comes, it is asked for anew. Who
-/// has refused by the portal is asked again only when the settings or the bus change.
+/// When the program that serves the way in use ends, or one of a better way comes, it is asked for anew; the
+/// portal after a pause, each longer than the one before. Who has refused by the portal is asked again only
+/// when the settings or the bus change.
 class HotKeys : public QObject
 {
 public:
@@ -62,7 +63,10 @@ private:
     /// Calls \a then with the program that serves the desktop's own hot keys, unless the settings have
     /// changed meanwhile; empty for none.
     void askForGlobalAccel(const std::function<void(const QString &owner)> &then);
+    void listenForOwner(SessionBus &bus, Way way, const QString &service);
     void ownerChanged(Way way, bool wasThere, bool isThere);
+    /// The portal may have died of what it was asked: it is left alone for a while.
+    void portalHasGone();
     /// \a owner is the one of the desktop's own hot keys.
     void grabBy(Way way, const QString &owner = {});
     static bool isWaylandSession();
@@ -80,6 +84,8 @@ private:
     bool wasRefused_ = false;
     /// The user, or the desktop.
     bool hasPortalRefused_ = false;
+    /// Active while the portal is left alone.
+    QTimer portalPause_;
     X11KeyboardWatch keyboardWatch_;
     /// Active while paused.
     QTimer pause_;

@@ -9,6 +9,7 @@
 
 #include <QCoreApplication>
 #include <QDBusArgument>
+#include <QDBusError>
 #include <QDBusMessage>
 #include <QDBusMetaType>
 #include <QDBusPendingCallWatcher>
@@ -66,11 +67,6 @@ QString newToken()
     return QStringLiteral("quenby_") + QUuid::createUuid().toString(QUuid::Id128);
 }
 
-QDBusMessage shortcutsCall(const QString &method)
-{
-    return QDBusMessage::createMethodCall(PortalHotKey::service, objectPath, shortcutsInterface, method);
-}
-
 /// How the desktop describes the keys of ours among \a shortcuts; none if ours is not among them.
 std::optional<QString> describedKeys(const QVariant &shortcuts)
 {
@@ -80,6 +76,27 @@ std::optional<QString> describedKeys(const QVariant &shortcuts)
             return shortcut.options.value(QStringLiteral("trigger_description")).toString();
     }
     return {};
+}
+
+/// Whether the program that was asked has ended before it answered, or has been silent for too long.
+bool isSilence(const QDBusMessage &reply)
+{
+    switch (QDBusError(reply).type()) {
+    case QDBusError::NoReply:
+    case QDBusError::Timeout:
+    case QDBusError::TimedOut:
+    case QDBusError::Disconnected:
+        return true;
+    default:
+        return false;
+    }
+}
+
+/// Whether there is no program with the name that was called.
+bool isNobody(const QDBusMessage &reply)
+{
+    return QDBusError(reply).type() == QDBusError::ServiceUnknown ||
+           reply.errorName() == u"org.freedesktop.DBus.Error.NameHasNoOwner";
 }
 
 } // namespace
@@ -111,6 +128,10 @@ void PortalHotKey::grab(const KeyCombo &combo)
     call(QDBusMessage::createMethodCall(service, objectPath, registryInterface, QStringLiteral("Register"))
              << QNBProductIdentifier() << QVariantMap(),
          [this](const QDBusMessage &reply) {
+             if (isSilence(reply)) {
+                 handlers_.gone(reply.errorMessage());
+                 return;
+             }
              if (reply.type() == QDBusMessage::ErrorMessage)
                  qCInfo(lcPortal) << "the application is not registered:" << reply.errorMessage();
              // The call has started it, where it can be started.
@@ -129,6 +150,12 @@ void PortalHotKey::grab(const KeyCombo &combo)
                  createSession();
              });
          });
+}
+
+QDBusMessage PortalHotKey::shortcutsCall(const QString &method) const
+{
+    // Another portal would know nothing of the session.
+    return QDBusMessage::createMethodCall(portal_, objectPath, shortcutsInterface, method);
 }
 
 void PortalHotKey::createSession()
@@ -158,7 +185,11 @@ QVariantMap PortalHotKey::requestOptions(const char *slot)
 void PortalHotKey::request(const QDBusMessage &message)
 {
     call(message, [this](const QDBusMessage &reply) {
-        if (reply.type() == QDBusMessage::ErrorMessage)
+        if (reply.type() != QDBusMessage::ErrorMessage)
+            return;
+        if (isSilence(reply) || isNobody(reply))
+            handlers_.gone(reply.errorMessage());
+        else
             (isSessionOpen_ ? handlers_.refused : handlers_.missing)(reply.errorMessage());
     });
 }

@@ -46,6 +46,7 @@ private:
     QString pathOf(const QString &kind, const QString &token) const;
     /// Options with a token for the request, whose answer is given to \a slot.
     QVariantMap requestOptions(const char *slot);
+    QDBusMessage shortcutsCall(const QString &method) const;
     void request(const QDBusMessage &message);
     void call(const QDBusMessage &message, const std::function<void(const QDBusMessage &reply)> &then);
 

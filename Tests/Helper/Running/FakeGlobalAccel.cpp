@@ -49,15 +49,19 @@ FakeGlobalAccel::FakeGlobalAccel(const QString &busAddress, Manner manner, Progr
     qDBusRegisterMetaType<QList<FakeGlobalAccelKeys>>();
     QDBusConnection connection = QDBusConnection::connectToBus(busAddress, ownConnection);
     EXPECT_TRUE(connection.registerVirtualObject(objectPath, this));
-    if (program == Program::Compositor) {
-        EXPECT_TRUE(connection.registerService(QStringLiteral("org.kde.KWin")));
-    }
+    if (program == Program::Compositor)
+        becomeCompositor();
     EXPECT_TRUE(connection.registerService(QStringLiteral("org.kde.kglobalaccel")));
 }
 
 FakeGlobalAccel::~FakeGlobalAccel()
 {
     QDBusConnection::disconnectFromBus(ownConnection);
+}
+
+void FakeGlobalAccel::becomeCompositor()
+{
+    EXPECT_TRUE(QDBusConnection(ownConnection).registerService(QStringLiteral("org.kde.KWin")));
 }
 
 bool FakeGlobalAccel::handleMessage(const QDBusMessage &message, const QDBusConnection &connection)

@@ -28,6 +28,8 @@ public:
                              Program program = Program::OfItsOwn);
     ~FakeGlobalAccel() override;
 
+    /// It takes the compositor's name too.
+    void becomeCompositor();
     /// From now on.
     void setManner(Manner manner) { manner_ = manner; }
     /// The one that is set, as the library numbers it; 0 for none.

@@ -132,6 +132,11 @@ bool FakePortal::handleMessage(const QDBusMessage &message, const QDBusConnectio
         connection.send(message.createReply(QVariant::fromValue(requestOf(message, options))));
         return true;
     }
+    if (manner_ == Manner::Dying) {
+        QMetaObject::invokeMethod(
+            this, [] { QDBusConnection::disconnectFromBus(connectionName); }, Qt::QueuedConnection);
+        return true;
+    }
     if (manner_ == Manner::Cancelling) {
         answer(message, options, cancelled, {}, connection);
         return true;

@@ -36,6 +36,8 @@ public:
         GrantingWithWrongNumber,
         /// The user agrees, and takes the shortcut from the list.
         GrantingNothing,
+        /// It ends when it is to ask the user.
+        Dying,
     };
 
     explicit FakePortal(const QString &busAddress, Manner manner = Manner::Granting);

@@ -10,6 +10,8 @@
 
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
+#include <QElapsedTimer>
+#include <QList>
 
 #include <gmock/gmock.h>
 #include <optional>
@@ -70,6 +72,17 @@ TEST_F(HotKeyWaysProgramTest, InAWaylandSessionTheDesktopsServiceIsAskedOnlyWher
     expectEndOf(*helper);
 }
 
+TEST_F(HotKeyWaysProgramTest, ACompositorThatTakesItsNameAfterTheServicesIsNoticed)
+{
+    store(with(controlAltP));
+    FakeGlobalAccel service(bus_.address());
+    const auto helper = startInWaylandSession();
+    ASSERT_TRUE(waitForState(HotKeyState::Impossible));
+    service.becomeCompositor();
+    EXPECT_TRUE(waitForState(HotKeyState::ByDesktop));
+    expectEndOf(*helper);
+}
+
 TEST_F(HotKeyWaysProgramTest, APortalThatStartsAgainIsAskedAgain)
 {
     store(with(controlAltP));
@@ -104,6 +117,28 @@ TEST_F(HotKeyWaysProgramTest, AUserWhoDoesNotWantItIsNotAskedAgainUntilTheSettin
     storeAndPost(with(controlF12));
     EXPECT_TRUE(waitForLog(*helper, nobody, 3));
     EXPECT_EQ(portal.bindings(), 2);
+    expectEndOf(*helper);
+}
+
+TEST_F(HotKeyWaysProgramTest, APortalThatDiesOfTheQuestionIsAskedAgainAfterPausesThatGrow)
+{
+    store(with(controlAltP));
+    QList<qint64> times;
+    QElapsedTimer time;
+    time.start();
+    std::optional<FakePortal> portal(std::in_place, bus_.address(), FakePortal::Manner::Dying);
+    const auto helper = startInWaylandSession();
+    while (times.size() < 3) {
+        ASSERT_TRUE(waitUntil([&] { return portal->bindings() > 0; }));
+        times.append(time.elapsed());
+        // The session starts it again at once.
+        portal.emplace(bus_.address(), FakePortal::Manner::Dying);
+    }
+    // In milliseconds, a little less than the pauses: a timer may be early by a twentieth.
+    EXPECT_GT(times.at(1) - times.at(0), 450);
+    EXPECT_GT(times.at(2) - times.at(1), 900);
+    portal.emplace(bus_.address());
+    EXPECT_TRUE(waitForState(HotKeyState::ByPortal)) << "nobody has refused it";
     expectEndOf(*helper);
 }
 

@@ -35,7 +35,7 @@ protected:
     void grab()
     {
         begin();
-        ASSERT_TRUE(waitUntil([this] { return granted_ + refused_ + missing_ > 0; }));
+        ASSERT_TRUE(waitUntil([this] { return granted_ + refused_ + missing_ + gone_ > 0; }));
     }
 
     void begin()
@@ -58,7 +58,8 @@ protected:
                                              },
                                          .lost = [this](const QString &) { ++lost_; },
                                          .refused = [this](const QString &) { ++refused_; },
-                                         .missing = [this](const QString &) { ++missing_; }});
+                                         .missing = [this](const QString &) { ++missing_; },
+                                         .gone = [this](const QString &) { ++gone_; }});
         hotKey_->grab(controlAltP);
     }
 
@@ -70,6 +71,7 @@ protected:
     int lost_ = 0;
     int refused_ = 0;
     int missing_ = 0;
+    int gone_ = 0;
     QString keys_;
     QByteArray token_;
 };
@@ -248,6 +250,14 @@ TEST_F(PortalHotKeyTest, AUserWhoCancelsIsARefusal)
     grab();
     EXPECT_EQ(refused_, 1);
     EXPECT_EQ(granted_, 0);
+}
+
+TEST_F(PortalHotKeyTest, APortalThatEndsBeforeItAnswersIsGone)
+{
+    FakePortal portal(bus_.address(), FakePortal::Manner::Dying);
+    grab();
+    EXPECT_EQ(gone_, 1);
+    EXPECT_EQ(refused_ + missing_, 0);
 }
 
 TEST(PortalTriggerTest, KeysAreNamedAsThePortalKnowsThem)
