@@ -67,13 +67,15 @@ QString newToken()
     return QStringLiteral("quenby_") + QUuid::createUuid().toString(QUuid::Id128);
 }
 
-/// How the desktop describes the keys of ours among \a shortcuts; none if ours is not among them.
+/// The keys of ours, as the desktop gives them, among \a shortcuts; none if ours is not among them.
 std::optional<QString> describedKeys(const QVariant &shortcuts)
 {
     const auto list = qdbus_cast<QList<PortalShortcut>>(shortcuts);
     for (const PortalShortcut &shortcut : list) {
         if (shortcut.id == shortcutId)
-            return shortcut.options.value(QStringLiteral("trigger_description")).toString();
+            return PortalTrigger::shown(
+                shortcut.options.value(QStringLiteral("trigger_description")).toString(),
+                KeyboardLayout::first());
     }
     return {};
 }

@@ -14,4 +14,8 @@ namespace PortalTrigger {
 /// "CTRL+ALT+p", with the key as \a layout names it; empty for a key that has no name there.
 QString forCombo(const KeyCombo &combo, const KeyboardLayout &layout);
 
+/// The keys in a desktop's description of a trigger as the user knows them: "Ctrl+Alt+P" for "Press
+/// <Control><Alt>p", as GNOME writes it. Any other description as it is.
+QString shown(const QString &description, const KeyboardLayout &layout);
+
 } // namespace PortalTrigger

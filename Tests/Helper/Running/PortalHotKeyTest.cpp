@@ -111,6 +111,8 @@ TEST_F(PortalHotKeyTest, TellsHowTheDesktopCallsOtherKeysThatTheUserChooses)
     const QString others = QStringLiteral("Super+F5");
     portal.changeKeys(others);
     EXPECT_TRUE(waitUntil([&] { return keys_ == others; }));
+    portal.changeKeys(QStringLiteral("Press <Control><Alt>p"));
+    EXPECT_TRUE(waitUntil([&] { return keys_ == QStringLiteral("Ctrl+Alt+P"); }));
 }
 
 TEST_F(PortalHotKeyTest, IsLostWhileTheUserHasTakenItAway)
@@ -258,6 +260,20 @@ TEST_F(PortalHotKeyTest, APortalThatEndsBeforeItAnswersIsGone)
     grab();
     EXPECT_EQ(gone_, 1);
     EXPECT_EQ(refused_ + missing_, 0);
+}
+
+TEST(PortalTriggerTest, OnlyKeysThatAreSureAreShownInAnotherWay)
+{
+    const KeyboardLayout us = KeyboardLayout::named(QStringLiteral("us"));
+    const auto shown = [&](const char *description) {
+        return PortalTrigger::shown(QString::fromUtf8(description), us);
+    };
+    EXPECT_EQ(shown("Press <Control><Alt>p"), QStringLiteral("Ctrl+Alt+P"));
+    EXPECT_EQ(shown("Press <Super>Home."), QStringLiteral("Meta+Home"));
+    EXPECT_EQ(shown("<Shift><Primary>F5"), QStringLiteral("Ctrl+Shift+F5"));
+    for (const char *other : {"", "Super+P", "Press p", "Press <Hyper>p", "Press <Control>nothing",
+                              "Press <Control>a, then <Control>b", "Appuyez sur <Control>p"})
+        EXPECT_EQ(shown(other), QString::fromUtf8(other));
 }
 
 TEST(PortalTriggerTest, KeysAreNamedAsThePortalKnowsThem)
