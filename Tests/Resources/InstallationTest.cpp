@@ -9,6 +9,7 @@
 #include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
+#include <QLibraryInfo>
 #include <QProcess>
 #include <csignal>
 #include <gtest/gtest.h>
@@ -101,12 +102,16 @@ TEST_F(InstallationTest, EverythingIsWhereTheDesktopLooks)
             .isExecutable());
 }
 
-#ifdef QUENBY_INSTALL_MODULE
+#ifdef QUENBY_HAS_MODULE
 TEST_F(InstallationTest, TheModuleIsWhereSystemSettingsLooks)
 {
-    for (const char *file :
-         {QUENBY_INSTALL_MODULE, QUENBY_INSTALL_DATADIR "/applications/kcm_quenby.desktop"})
-        EXPECT_TRUE(QFileInfo(installed(QString::fromLatin1(file))).isFile()) << file;
+    // In this Qt's folder of plug-ins, as it would be in the prefix.
+    const QString plugins = QDir(QLibraryInfo::path(QLibraryInfo::PrefixPath))
+                                .relativeFilePath(QLibraryInfo::path(QLibraryInfo::PluginsPath));
+    for (const QString &file :
+         {plugins + QStringLiteral("/plasma/kcms/systemsettings_qwidgets/kcm_quenby.so"),
+          QStringLiteral(QUENBY_INSTALL_DATADIR "/applications/kcm_quenby.desktop")})
+        EXPECT_TRUE(QFileInfo(installed(file)).isFile()) << qPrintable(file);
 }
 #endif
 
