@@ -167,7 +167,13 @@ TEST_F(QNBPrefPanePrefFolderMenus, AFolderIsRefusedAsAScriptUnlessItHoldsAProgra
         choose(scriptMenu(), QString::fromLatin1(name));
         ASSERT_EQ(alerts.size(), 1) << name;
         EXPECT_EQ(alerts.at(0).title, QStringLiteral("Script File not Executable"));
+        EXPECT_EQ(alerts.at(0).message.contains(QStringLiteral("chmod +x")),
+                  QString::fromLatin1(name) != QStringLiteral("Elsewhere.app"));
     }
+    EXPECT_EQ(
+        alerts.at(0).message,
+        QStringLiteral("The program of 'Elsewhere.app' lies outside of it, behind a link, and is not run. "
+                       "Please put the program itself there."));
     EXPECT_EQ(script().toString(), QStringLiteral("Portable.app"));
 }
 
