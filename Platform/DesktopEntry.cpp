@@ -3,7 +3,11 @@
 
 #include "Platform/DesktopEntry.h"
 
+#include <algorithm>
+
 namespace {
+
+const QByteArray mainHeader = QByteArray("[") + DesktopEntryKeys::group + ']';
 
 bool isBlank(char character)
 {
@@ -108,7 +112,7 @@ std::optional<DesktopEntry> DesktopEntry::parse(const QByteArray &bytes, QString
             continue;
         if (line.startsWith('[')) {
             const QByteArray header = line.trimmed();
-            isInGroup = header == QByteArray("[") + DesktopEntryKeys::group + ']';
+            isInGroup = header == mainHeader;
             wasInGroup = wasInGroup || isInGroup;
             continue;
         }
@@ -156,6 +160,48 @@ QByteArray DesktopEntry::program() const
 void DesktopEntry::appendString(QByteArray &entry, const QByteArray &key, const QByteArray &value)
 {
     entry += key + '=' + escaped(value) + '\n';
+}
+
+QByteArray DesktopEntry::changed(const QByteArray &bytes, const QList<Change> &changes)
+{
+    QList<Change> pending = changes;
+    const auto appendTaken = [&pending](QByteArray &entry, qsizetype index) {
+        const Change change = pending.takeAt(index);
+        if (change.value)
+            appendString(entry, change.key, *change.value);
+    };
+    QByteArray result;
+    // Up to the last line of the main group that says something.
+    qsizetype end = -1;
+    bool isInGroup = false;
+    QByteArray rest = bytes;
+    while (!rest.isEmpty()) {
+        const qsizetype length = rest.indexOf('\n') + 1;
+        const QByteArray line = length > 0 ? rest.left(length) : rest + '\n';
+        rest = length > 0 ? rest.mid(length) : QByteArray();
+        const QByteArray text = line.trimmed();
+        if (text.startsWith('['))
+            isInGroup = text == mainHeader;
+        const QByteArray key = text.left(std::max<qsizetype>(text.indexOf('='), 0)).trimmed();
+        const auto isOfKey = [&key](const Change &change) { return change.key == key; };
+        if (isInGroup && std::any_of(changes.cbegin(), changes.cend(), isOfKey)) {
+            const auto found = std::find_if(pending.cbegin(), pending.cend(), isOfKey);
+            if (found != pending.cend())
+                appendTaken(result, found - pending.cbegin());
+        } else {
+            result += line;
+        }
+        if (isInGroup && !text.isEmpty())
+            end = result.size();
+    }
+    if (end == -1) {
+        result += mainHeader + '\n';
+        end = result.size();
+    }
+    QByteArray added;
+    while (!pending.isEmpty())
+        appendTaken(added, 0);
+    return result.insert(end, added);
 }
 
 QByteArray DesktopEntry::quoted(const QByteArray &argument)

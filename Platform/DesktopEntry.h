@@ -5,6 +5,7 @@
 
 #include <QByteArray>
 #include <QHash>
+#include <QList>
 #include <QString>
 #include <optional>
 
@@ -27,6 +28,16 @@ public:
 
     /// Appends what another entry would say to start it: a line of \a key with the string \a value.
     static void appendString(QByteArray &entry, const QByteArray &key, const QByteArray &value);
+
+    /// A string for a key of the main group; without one its lines go.
+    struct Change
+    {
+        QByteArray key;
+        std::optional<QByteArray> value;
+    };
+    /// The entry \a bytes with \a changes, each where the key stands, else after the last line of the main
+    /// group, in their order; every other line is as it was. Bytes without that group begin with it.
+    static QByteArray changed(const QByteArray &bytes, const QList<Change> &changes);
 
     /// \a argument as a part of a command line.
     static QByteArray quoted(const QByteArray &argument);

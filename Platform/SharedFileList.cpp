@@ -12,24 +12,19 @@
 #include "Platform/SharedFileList.h"
 
 #include "Platform/BoundedFile.h"
-#include "Platform/Bundle.h"
 #include "Platform/DesktopEntry.h"
 #include "Platform/DesktopFolders.h"
-#include "Platform/FileDescriptor.h"
 #include "Platform/FileURL.h"
+#include "Platform/StartedProgram.h"
 
-#include <QCryptographicHash>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QLoggingCategory>
-#include <QRegularExpression>
 
 #include <algorithm>
-#include <fcntl.h>
 #include <limits>
 #include <sys/stat.h>
-#include <unistd.h>
 
 namespace {
 
@@ -44,18 +39,8 @@ constexpr char entryVersion[] = "1.0";
 constexpr char urlKey[] = "X-Quenby-URL";
 constexpr char placeKey[] = "X-Quenby-Place";
 
-/// What an application says of itself in its information: its name and what it does, for people, and the name
-/// of its icon in the theme.
-const QString nameKey = QStringLiteral("CFBundleDisplayName");
-const QString commentKey = QStringLiteral("CFBundleGetInfoString");
-const QString iconKey = QStringLiteral("CFBundleIconFile");
-const QString identifierKey = QStringLiteral("CFBundleIdentifier");
-
 /// The entries of large programs, with their names in every language, have a tenth of that.
 constexpr qint64 maximumEntrySize = 1 << 20;
-/// As much of a name as leaves room in a file name for a hash, a number and a suffix.
-constexpr qsizetype maximumNameSize = 64;
-constexpr qsizetype maximumIdSize = 200;
 /// Files of one name and hash that are not ours are there on purpose; some day we give up.
 constexpr int maximumFileNames = 100;
 constexpr int entryMode = 0644;
@@ -67,13 +52,6 @@ bool exists(const QByteArray &path)
 {
     struct stat information = {};
     return ::stat(path.constData(), &information) == 0;
-}
-
-bool isProgram(const QByteArray &path)
-{
-    struct stat information = {};
-    return ::stat(path.constData(), &information) == 0 && S_ISREG(information.st_mode) &&
-           ::access(path.constData(), X_OK) == 0;
 }
 
 /// The absolute path of what the session would start under \a name.
@@ -88,7 +66,7 @@ std::optional<QByteArray> programPath(const QByteArray &name)
     const QList<QByteArray> folders = qgetenv("PATH").split(':');
     for (const QByteArray &folder : folders) {
         const QByteArray path = folder + '/' + name;
-        if (folder.startsWith('/') && isProgram(path))
+        if (folder.startsWith('/') && StartedProgram::isProgram(path))
             return path;
     }
     return std::nullopt;
@@ -104,99 +82,6 @@ bool isPlain(const QByteArray &path)
                QByteArrayView("\"\\$`%\x7f").contains(character);
     };
     return !path.endsWith(' ') && std::none_of(path.begin(), path.end(), isMisread);
-}
-
-/// What the folder of links to the file at \a path is called, and its entry if it has no better name:
-/// readable, and the file's own.
-QString nameOfPath(const QByteArray &path)
-{
-    QString name = QFileInfo(QFile::decodeName(path)).completeBaseName().left(maximumNameSize);
-    for (QChar &character : name) {
-        const bool isReadable = (character >= u'a' && character <= u'z') ||
-                                (character >= u'A' && character <= u'Z') ||
-                                (character >= u'0' && character <= u'9') || character == u'_';
-        if (!isReadable)
-            character = u'-';
-    }
-    const QByteArray hash = QCryptographicHash::hash(path, QCryptographicHash::Sha1).toHex().left(16);
-    return name + u'-' + QString::fromLatin1(hash);
-}
-
-/// \a text in one line, for an entry.
-QByteArray oneLine(QString text)
-{
-    for (QChar &character : text) {
-        if (character.category() == QChar::Other_Control)
-            character = QChar::ReplacementCharacter;
-    }
-    return text.toUtf8();
-}
-
-/// What the user is told that the session starts, unless that says it itself.
-QString displayName(const QString &path)
-{
-    const QFileInfo file(path);
-    const QString name = file.completeBaseName();
-    return name.trimmed().isEmpty() ? file.fileName() : name;
-}
-
-/// What an entry starts, and how it is presented where the user sees it.
-struct Started
-{
-    QByteArray program;
-    QVariantMap information = {};
-
-    /// A text that the application says of itself; empty if it does not.
-    QString text(const QString &key) const
-    {
-        const QVariant value = information.value(key);
-        return value.typeId() == QMetaType::QString ? value.toString().trimmed() : QString();
-    }
-};
-
-/// What is started for the file at \a path; none if that is nothing that can be started, with the reason in
-/// \a error.
-std::optional<Started> startedProgram(const QByteArray &path, QString *error)
-{
-    // A bundle is opened by a path that is text, whatever its own is.
-    const FileDescriptor opened(FileLayer::real(), ::open(path.constData(), O_PATH | O_CLOEXEC));
-    const QString openedPath = QStringLiteral("/proc/self/fd/%1").arg(opened.get());
-    if (QFileInfo(openedPath).isDir() && Bundle::isNamedLikeAnApplication(QFile::decodeName(path))) {
-        const std::optional<Bundle> bundle = Bundle::bundleWithPath(openedPath);
-        const QString executable = bundle ? bundle->expectedExecutablePath() : QString();
-        if (!executable.isEmpty())
-            return Started{path + QFile::encodeName(executable.sliced(openedPath.size())),
-                           bundle->infoDictionary()};
-        *error = QStringLiteral("an application that names no executable");
-        return std::nullopt;
-    }
-    if (isProgram(path))
-        return Started{path};
-    *error = QStringLiteral("neither an application nor a program");
-    return std::nullopt;
-}
-
-/// Whether a desktop takes it for the identifier of an application.
-bool isApplicationId(const QString &text)
-{
-    static const QRegularExpression form(QRegularExpression::anchoredPattern(
-        QStringLiteral("[A-Za-z_][A-Za-z0-9_]*(\\.[A-Za-z_][A-Za-z0-9_]*)+")));
-    return text.size() <= maximumIdSize && form.match(text).hasMatch();
-}
-
-/// What the entry that starts \a started for the file at \a path is called, apart from its suffix. Desktops
-/// take that for the identifier of what they have started, and some refuse programs without one.
-QString entryName(const Started &started, const QByteArray &path)
-{
-    const QString identifier = started.text(identifierKey);
-    return isApplicationId(identifier) ? identifier : nameOfPath(path);
-}
-
-/// Whether the entry in \a fileName was named by an earlier version, which knew no identifiers.
-bool hasEarlierName(const QString &fileName, const Started &started, const QByteArray &path)
-{
-    const QString earlier = nameOfPath(path);
-    return entryName(started, path) != earlier && fileName.startsWith(earlier);
 }
 
 } // namespace
@@ -226,126 +111,164 @@ Result<> SharedFileList::insertItemURL(const QUrl &url) const
     const std::optional<QByteArray> path = pathOfFileURL(url.adjusted(QUrl::StripTrailingSlash));
     if (!path)
         return Result<>::failure(QStringLiteral("no address of a file"));
-    QString error;
-    const std::optional<Started> started = startedProgram(*path, &error);
+    const Result<StartedProgram> started = StartedProgram::ofFile(*path);
     if (!started)
-        return Result<>::failure(error);
+        return Result<>::failure(started.error);
 
-    const DurableFileWriter writer;
-    if (Result<> result = writer.makeFolder(folder_); !result)
+    if (Result<> result = DurableFileWriter().makeFolder(folder_); !result)
         return result;
     const Result<FileLock> lock = acquireLock();
     if (!lock)
         return Result<>::failure(lock.error);
 
     const QUrl address = fileURLOfPath(*path);
-    // The first of those that keep their name is written anew, the others go.
-    QStringList kept;
-    QStringList obsolete;
-    QStringList unusedLinks;
+    const auto isCopy = [&](const Item &item) {
+        const Result<StartedProgram> other =
+            StartedProgram::ofFile(pathOfFileURL(item.url_).value_or(QByteArray()));
+        return !item.isHidden_ && item.url_.fileName() == address.fileName() && other &&
+               !other->identifier().isEmpty() && other->identifier() == started->identifier();
+    };
+    QList<Item> replaced;
     qlonglong lastPlace = 0;
     const QList<Item> present = entries();
     for (const Item &item : present) {
-        const bool isMoved = isMovedTo(item, address);
-        if (item.url_ != address && !isMoved) {
-            lastPlace = std::max(lastPlace, item.place_);
-            continue;
-        }
-        const QByteArray itsPath = pathOfFileURL(item.url_).value_or(QByteArray());
-        if (isMoved)
-            unusedLinks.append(nameOfPath(itsPath));
-        // Of those that were moved the one with the present name; what the user calls one that is there
-        // stays.
-        const bool isWellNamed = isMoved ? item.fileName_ == entryName(*started, *path) + entrySuffix
-                                         : !hasEarlierName(item.fileName_, *started, itsPath);
-        if (!isWellNamed)
-            obsolete.append(item.fileName_);
-        else if (isMoved)
-            kept.append(item.fileName_);
+        if (item.url_ == address || isMovedTo(item, address) || isCopy(item))
+            replaced.append(item);
         else
-            kept.prepend(item.fileName_);
+            lastPlace = std::max(lastPlace, item.place_);
     }
-    const std::optional<QString> fileName =
-        kept.isEmpty() ? unusedFileName(entryName(*started, *path)) : std::optional(kept.takeFirst());
-    if (!fileName)
-        return Result<>::failure(noNameIsLeft());
-    obsolete += kept;
-
-    QByteArray reachable;
-    if (Result<> result = makeReachable(started->program, nameOfPath(*path), &reachable); !result)
-        return result;
-
-    QByteArray entry = QByteArray("[") + DesktopEntryKeys::group + "]\n";
-    DesktopEntry::appendString(entry, DesktopEntryKeys::type, applicationType);
-    DesktopEntry::appendString(entry, DesktopEntryKeys::version, entryVersion);
-    const QString ownName = started->text(nameKey);
-    DesktopEntry::appendString(entry, DesktopEntryKeys::name,
-                               oneLine(ownName.isEmpty() ? displayName(QFile::decodeName(*path)) : ownName));
-    const auto appendText = [&](const char *key, const QString &text) {
-        if (!text.isEmpty())
-            DesktopEntry::appendString(entry, key, oneLine(text));
-    };
-    appendText(DesktopEntryKeys::comment, started->text(commentKey));
-    appendText(DesktopEntryKeys::icon, started->text(iconKey));
-    DesktopEntry::appendString(entry, DesktopEntryKeys::exec, DesktopEntry::quoted(reachable));
-    DesktopEntry::appendString(entry, DesktopEntryKeys::tryExec, reachable);
-    DesktopEntry::appendString(entry, urlKey, address.toEncoded());
     const qlonglong place = lastPlace == std::numeric_limits<qlonglong>::max() ? lastPlace : lastPlace + 1;
-    DesktopEntry::appendString(entry, placeKey, QByteArray::number(place));
-    writer.removeStrayTemporaries(in(*fileName));
-    Result<> result = writer.write(in(*fileName), entry, {.newFileMode = entryMode});
-    for (const QString &name : std::as_const(obsolete)) {
-        if (result)
-            result = writer.remove(in(name));
-    }
-    for (const QString &name : std::as_const(unusedLinks)) {
-        if (result)
-            removeLinks(name);
-    }
-    return result;
+    const Result<QList<DesktopEntry::Change>> starting = startingWith(*started, address);
+    if (!starting)
+        return Result<>::failure(starting.error);
+    QList<DesktopEntry::Change> changes = {{DesktopEntryKeys::type, applicationType},
+                                           {DesktopEntryKeys::version, entryVersion},
+                                           {DesktopEntryKeys::name, started->name()}};
+    if (!started->comment().isEmpty())
+        changes.append({DesktopEntryKeys::comment, started->comment()});
+    if (!started->icon().isEmpty())
+        changes.append({DesktopEntryKeys::icon, started->icon()});
+    changes += *starting;
+    changes.append({placeKey, QByteArray::number(place)});
+    changes.append({DesktopEntryKeys::hidden, std::nullopt});
+    changes.append({DesktopEntryKeys::autostartEnabled, std::nullopt});
+    return write(*started, address, replaced, changes);
 }
 
 Result<> SharedFileList::replaceOutdated(const QUrl &url) const
 {
     const QUrl address = url.adjusted(QUrl::StripTrailingSlash);
-    const QByteArray path = pathOfFileURL(address).value_or(QByteArray());
-    QString error;
-    const std::optional<Started> started = startedProgram(path, &error);
+    const Result<StartedProgram> started =
+        StartedProgram::ofFile(pathOfFileURL(address).value_or(QByteArray()));
     const auto isEarlier = [&](const Item &item) {
-        return item.url_ == address && started && hasEarlierName(item.fileName_, *started, path);
+        return item.url_ == address && started && started->isEarlierName(item.fileName_);
     };
-    const QList<Item> items = entries();
-    if (std::any_of(items.cbegin(), items.cend(), isEarlier)) {
-        const Result<FileLock> lock = acquireLock();
-        if (!lock)
-            return Result<>::failure(lock.error);
-        const QList<Item> present = entries();
-        bool hasPresentName = std::any_of(present.cbegin(), present.cend(), [&](const Item &item) {
-            return item.url_ == address && !isEarlier(item);
-        });
-        const DurableFileWriter writer;
-        for (const Item &item : present) {
-            if (!isEarlier(item))
-                continue;
-            const auto name = hasPresentName ? std::nullopt : unusedFileName(entryName(*started, path));
-            if (!hasPresentName && !name)
-                return Result<>::failure(noNameIsLeft());
-            const Result<> result =
-                name ? writer.rename(in(item.fileName_), in(*name)) : writer.remove(in(item.fileName_));
-            if (!result)
-                return result;
-            hasPresentName = true;
-        }
+    const auto isOutdated = [&](const Item &item) { return isEarlier(item) || isMovedTo(item, address); };
+    const QList<Item> seen = entries();
+    if (std::none_of(seen.cbegin(), seen.cend(), isOutdated))
+        return {};
+    if (!started)
+        return Result<>::failure(started.error);
+    const Result<FileLock> lock = acquireLock();
+    if (!lock)
+        return Result<>::failure(lock.error);
+
+    // Until then somebody else may have changed them.
+    QList<Item> moved;
+    QList<Item> own;
+    const QList<Item> present = entries();
+    for (const Item &item : present) {
+        if (item.url_ == address)
+            own.append(item);
+        else if (isMovedTo(item, address))
+            moved.append(item);
     }
-    const bool isMoved =
-        std::any_of(items.cbegin(), items.cend(), [&](const Item &item) { return isMovedTo(item, address); });
-    return isMoved ? insertItemURL(address) : Result<>();
+    bool hasPresentName = !std::all_of(own.cbegin(), own.cend(), isEarlier);
+    const DurableFileWriter writer;
+    for (const Item &item : std::as_const(own)) {
+        if (!isEarlier(item))
+            continue;
+        const auto name = hasPresentName ? std::nullopt : unusedFileName(started->entryName());
+        if (!hasPresentName && !name)
+            return Result<>::failure(noNameIsLeft());
+        const Result<> result =
+            name ? writer.rename(in(item.fileName_), in(*name)) : writer.remove(in(item.fileName_));
+        if (!result)
+            return result;
+        hasPresentName = true;
+    }
+    if (moved.isEmpty())
+        return {};
+    if (own.isEmpty()) {
+        const Result<QList<DesktopEntry::Change>> starting = startingWith(*started, address);
+        return starting ? write(*started, address, moved, *starting) : Result<>::failure(starting.error);
+    }
+    // Who switched it off would not have it started in the place of the other.
+    const bool isActive =
+        std::any_of(own.cbegin(), own.cend(), [](const Item &item) { return !item.isHidden_; });
+    return isActive ? discard(moved, address) : Result<>();
 }
 
 bool SharedFileList::isMovedTo(const Item &item, const QUrl &address) const
 {
     return !item.isHidden_ && item.url_.isValid() && item.url_ != address &&
            item.url_.fileName() == address.fileName() && !resolve(item);
+}
+
+Result<QList<DesktopEntry::Change>> SharedFileList::startingWith(const StartedProgram &started,
+                                                                 const QUrl &address) const
+{
+    const QString linkName = StartedProgram::nameOfPath(pathOfFileURL(address).value_or(QByteArray()));
+    QByteArray reachable;
+    if (const Result<> result = makeReachable(started.program(), linkName, &reachable); !result)
+        return Result<QList<DesktopEntry::Change>>::failure(result.error);
+    return QList<DesktopEntry::Change>{{DesktopEntryKeys::exec, DesktopEntry::quoted(reachable)},
+                                       {DesktopEntryKeys::tryExec, reachable},
+                                       {urlKey, address.toEncoded()}};
+}
+
+Result<> SharedFileList::write(const StartedProgram &started, const QUrl &address,
+                               const QList<Item> &replaced, const QList<DesktopEntry::Change> &changes) const
+{
+    // Of those that were moved the one with the present name; what the user calls one that is there stays.
+    const auto isWellNamed = [&](const Item &item) {
+        return item.url_ == address ? !started.isEarlierName(item.fileName_)
+                                    : item.fileName_ == started.entryName() + entrySuffix;
+    };
+    const auto isKept = [&](const Item &item) { return item.url_ == address && isWellNamed(item); };
+    auto kept = std::find_if(replaced.cbegin(), replaced.cend(), isKept);
+    if (kept == replaced.cend())
+        kept = std::find_if(replaced.cbegin(), replaced.cend(), isWellNamed);
+    const std::optional<QString> fileName =
+        kept == replaced.cend() ? unusedFileName(started.entryName()) : std::optional(kept->fileName_);
+    if (!fileName)
+        return Result<>::failure(noNameIsLeft());
+    if (kept == replaced.cend())
+        kept = replaced.cbegin();
+    const QByteArray entry = kept == replaced.cend() ? QByteArray() : kept->bytes_;
+
+    const DurableFileWriter writer;
+    writer.removeStrayTemporaries(in(*fileName));
+    if (Result<> result =
+            writer.write(in(*fileName), DesktopEntry::changed(entry, changes), {.newFileMode = entryMode});
+        !result)
+        return result;
+    return discard(replaced, address, *fileName);
+}
+
+Result<> SharedFileList::discard(const QList<Item> &items, const QUrl &address, const QString &kept) const
+{
+    for (const Item &item : items) {
+        if (item.fileName_ == kept)
+            continue;
+        if (Result<> result = DurableFileWriter().remove(in(item.fileName_)); !result)
+            return result;
+    }
+    for (const Item &item : items) {
+        if (item.url_ != address)
+            removeLinks(item);
+    }
+    return {};
 }
 
 QList<SharedFileList::Item> SharedFileList::copySnapshot() const
@@ -377,8 +300,7 @@ Result<> SharedFileList::remove(const Item &item) const
         return Result<>::failure(lock.error);
     if (Result<> result = DurableFileWriter().remove(in(item.fileName_)); !result)
         return result;
-    if (const std::optional<QByteArray> path = pathOfFileURL(item.url_))
-        removeLinks(nameOfPath(*path));
+    removeLinks(item);
     return {};
 }
 
@@ -417,6 +339,7 @@ std::optional<SharedFileList::Item> SharedFileList::read(const QString &fileName
     }
     Item item;
     item.fileName_ = fileName;
+    item.bytes_ = *bytes;
     item.isHidden_ =
         entry->boolean(DesktopEntryKeys::hidden) || (entry->contains(DesktopEntryKeys::autostartEnabled) &&
                                                      !entry->boolean(DesktopEntryKeys::autostartEnabled));
@@ -462,9 +385,12 @@ Result<> SharedFileList::makeReachable(const QByteArray &program, const QString 
     return writer.makeSymbolicLink(link, program);
 }
 
-void SharedFileList::removeLinks(const QString &name) const
+void SharedFileList::removeLinks(const Item &item) const
 {
-    const QString folder = in(u'.' + name);
+    const std::optional<QByteArray> itsPath = pathOfFileURL(item.url_);
+    if (!itsPath)
+        return;
+    const QString folder = in(u'.' + StartedProgram::nameOfPath(*itsPath));
     // Not through a link to a folder that is not ours.
     if (!QFileInfo(folder).isDir() || QFileInfo(folder).isSymLink())
         return;

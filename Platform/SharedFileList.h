@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "Platform/DesktopEntry.h"
 #include "Platform/DurableFileWriter.h"
 #include "Platform/FileLock.h"
 
@@ -11,6 +12,8 @@
 #include <QString>
 #include <QUrl>
 #include <optional>
+
+class StartedProgram;
 
 /// The list of what the user's session opens at login: the folder `autostart` of the configuration folder,
 /// one desktop entry a file, as every desktop reads it. Nothing is kept: what the list says is what is on
@@ -41,6 +44,8 @@ public:
         QByteArray program_;
         qlonglong place_ = 0;
         bool isHidden_ = false;
+        /// All that its file holds.
+        QByteArray bytes_;
     };
 
     /// The list of this user's session; none if there is no home to have it.
@@ -51,7 +56,9 @@ public:
     /// Appends \a url, of an application bundle or of a program, as the last entry; its path may be any
     /// bytes. An entry that carries this address already is written anew and moved to the end, and active
     /// again if it was switched off: there is never a second one. So is an active entry that carries the
-    /// address of a file of the same name which is no longer there: it was moved.
+    /// address of a file of the same name which is no longer there, as it was moved, or which is an
+    /// application with the same identifier: the session would start both copies. What others put into the
+    /// entry (keys that this class does not write, comments, groups) stays.
     ///
     /// An application need not be fit to be started now; its entry starts nothing until it is. Its entry has
     /// the name, the comment and the icon that its information names (`CFBundleDisplayName`,
@@ -60,10 +67,11 @@ public:
     /// under another name is replaced.
     Result<> insertItemURL(const QUrl &url) const;
 
-    /// Inserts \a url if that replaces an entry of a file that was moved, which would start nothing. The
-    /// entry that an earlier version wrote for \a url under another name is renamed, with whatever the user
-    /// put into it; it goes if there is one of the present name. Entries of other programs, and of other
-    /// files that are there, are left alone.
+    /// Has the active entry of a file of the same name which is no longer there, and so would start nothing,
+    /// start \a url; it changes in nothing else, and goes if \a url has an active one. An entry of \a url
+    /// that is switched off stays so, and the other stays as it is. The entry that an earlier version wrote
+    /// for \a url under another name is renamed; it goes if there is one of the present name. Entries of
+    /// other programs, and of other files that are there, are left alone.
     Result<> replaceOutdated(const QUrl &url) const;
 
     /// In the order of the list: by number of place, then by file name.
@@ -95,7 +103,16 @@ private:
     QString noNameIsLeft() const { return QStringLiteral("no name is left for an entry in %1").arg(folder_); }
     /// A path by which whoever reads entries finds \a program; it leads through a link if need be.
     Result<> makeReachable(const QByteArray &program, const QString &name, QByteArray *reachable) const;
-    void removeLinks(const QString &name) const;
+    /// By which the entry that starts \a started differs from others.
+    Result<QList<DesktopEntry::Change>> startingWith(const StartedProgram &started,
+                                                     const QUrl &address) const;
+    /// Makes \a changes to the entry of \a address: the one of \a replaced that has its name, or else a new
+    /// one, which takes over from the first of them. The others go.
+    Result<> write(const StartedProgram &started, const QUrl &address, const QList<Item> &replaced,
+                   const QList<DesktopEntry::Change> &changes) const;
+    /// Removes the files of \a items but \a kept, and the links of those that do not have \a address.
+    Result<> discard(const QList<Item> &items, const QUrl &address, const QString &kept = {}) const;
+    void removeLinks(const Item &item) const;
 
     QString folder_;
 };

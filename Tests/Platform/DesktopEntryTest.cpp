@@ -64,6 +64,17 @@ TEST(DesktopEntryTest, BrokenSyntaxSaysWhere)
     EXPECT_TRUE(error.contains(u"line 3")) << qPrintable(error);
 }
 
+TEST(DesktopEntryTest, AChangeLeavesEveryOtherLine)
+{
+    const QByteArray entry = "# mine\n[Other]\nName=x\n[Desktop Entry]\nName=a\nName[de]=b\n Hidden = true\n"
+                             "Name=c\n\n[Desktop Action x]\nName=d";
+    const auto changed = DesktopEntry::changed(
+        entry, {{"Exec", "one\ntwo"}, {"Hidden", std::nullopt}, {"Name", "e"}, {"Icon", std::nullopt}});
+    EXPECT_EQ(changed, "# mine\n[Other]\nName=x\n[Desktop Entry]\nName=e\nName[de]=b\nExec=one\\ntwo\n"
+                       "\n[Desktop Action x]\nName=d\n");
+    EXPECT_EQ(DesktopEntry::changed({}, {{"Name", "a"}}), "[Desktop Entry]\nName=a\n");
+}
+
 TEST(DesktopEntryTest, EveryByteGoesThroughACommandLineUnharmed)
 {
     QByteArray all = "/";

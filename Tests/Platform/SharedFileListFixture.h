@@ -23,6 +23,16 @@ protected:
         const TestApplication made(path);
         return path;
     }
+    /// Has the application at \a path say what it is.
+    static void identify(const QString &path, const QByteArray &identifier)
+    {
+        QFile information(path + QStringLiteral("/Contents/Info.plist"));
+        ASSERT_TRUE(information.open(QIODevice::WriteOnly));
+        information.write("<plist version=\"1.0\"><dict><key>CFBundleExecutable</key><string>" +
+                          QByteArray(TestApplication::defaultExecutable) +
+                          "</string><key>CFBundleIdentifier</key><string>" + identifier +
+                          "</string></dict></plist>");
+    }
     /// The path of a program made under that name.
     QString program(const QString &name) const
     {

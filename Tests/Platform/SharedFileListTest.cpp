@@ -21,20 +21,7 @@ using ::testing::HasSubstr;
 
 namespace {
 
-class SharedFileListTest : public SharedFileListFixture
-{
-protected:
-    /// Has the application at \a path say what it is.
-    static void identify(const QString &path, const QByteArray &identifier)
-    {
-        QFile information(path + QStringLiteral("/Contents/Info.plist"));
-        ASSERT_TRUE(information.open(QIODevice::WriteOnly));
-        information.write("<plist version=\"1.0\"><dict><key>CFBundleExecutable</key><string>" +
-                          QByteArray(TestApplication::defaultExecutable) +
-                          "</string><key>CFBundleIdentifier</key><string>" + identifier +
-                          "</string></dict></plist>");
-    }
-};
+using SharedFileListTest = SharedFileListFixture;
 
 } // namespace
 
@@ -120,67 +107,6 @@ TEST_F(SharedFileListTest, AnEntryResolvesToItsFileWhileThatExists)
     EXPECT_EQ(resolved(), QStringList{QString()});
     ASSERT_TRUE(QFile::rename(elsewhere, path));
     EXPECT_EQ(resolved(), QStringList{path});
-}
-
-TEST_F(SharedFileListTest, AnEntryFollowsAnApplicationThatWasMoved)
-{
-    const QString old = application(QStringLiteral("old/Some.app"));
-    const QString other = application(QStringLiteral("Other.app"));
-    ASSERT_TRUE(insert(old));
-    ASSERT_TRUE(insert(other));
-    const QString place = in(QStringLiteral("new/Some.app"));
-    ASSERT_TRUE(QDir().mkpath(in(QStringLiteral("new"))));
-    TestApplication::makeBundle(place, QStringLiteral("Some"));
-    ASSERT_TRUE(list().replaceOutdated(urlOf(place)));
-    EXPECT_EQ(resolved(), (QStringList{old, other})) << "it is still there";
-
-    ASSERT_TRUE(QDir(old).removeRecursively());
-    ASSERT_TRUE(QDir(other).removeRecursively());
-    ASSERT_TRUE(list().replaceOutdated(urlOf(place)));
-    EXPECT_EQ(resolved(), (QStringList{QString(), place})) << "another application's is left alone";
-    ASSERT_TRUE(list().replaceOutdated(urlOf(place)));
-    EXPECT_EQ(fileNames().size(), 2);
-}
-
-TEST_F(SharedFileListTest, AnEntryThatFollowsKeepsItsNameAndLeavesNothingBehind)
-{
-    // It is started through a link.
-    const QString old = application(QStringLiteral("100%/Some.app"));
-    identify(old, "org.example.Some");
-    const QString place = application(QStringLiteral("new/Some.app"));
-    identify(place, "org.example.Some");
-    ASSERT_TRUE(insert(old));
-    ASSERT_TRUE(QDir(old).removeRecursively());
-    ASSERT_TRUE(list().replaceOutdated(urlOf(place)));
-    EXPECT_EQ(namesIn(folder()), QStringList{QStringLiteral("org.example.Some.desktop")});
-    EXPECT_EQ(resolved(), QStringList{place});
-}
-
-TEST_F(SharedFileListTest, OfSeveralEntriesThatFollowOneIsLeft)
-{
-    const QString one = application(QStringLiteral("one/Some.app"));
-    const QString two = application(QStringLiteral("two/Some.app"));
-    const QString place = application(QStringLiteral("new/Some.app"));
-    ASSERT_TRUE(insert(one));
-    ASSERT_TRUE(insert(two));
-    for (const QString &path : {one, two})
-        ASSERT_TRUE(QDir(path).removeRecursively());
-    ASSERT_TRUE(list().replaceOutdated(urlOf(place)));
-    EXPECT_EQ(resolved(), QStringList{place});
-}
-
-TEST_F(SharedFileListTest, OnlyAnActiveEntryOfOursFollowsAnApplicationThatWasMoved)
-{
-    const QString old = application(QStringLiteral("old/Some.app"));
-    ASSERT_TRUE(insert(old));
-    put(entryPath(), contentOf(entryPath()) + "Hidden=true\n");
-    const QByteArray theirs = "[Desktop Entry]\nType=Application\nName=x\nExec=" + old.toUtf8() + "\n";
-    put(folder() + QStringLiteral("/theirs.desktop"), theirs);
-    const QStringList before = fileNames();
-    ASSERT_TRUE(QDir(old).removeRecursively());
-    ASSERT_TRUE(list().replaceOutdated(urlOf(application(QStringLiteral("new/Some.app")))));
-    EXPECT_EQ(fileNames(), before);
-    EXPECT_EQ(contentOf(folder() + QStringLiteral("/theirs.desktop")), theirs);
 }
 
 TEST_F(SharedFileListTest, AProgramIsStartedItself)
@@ -296,7 +222,7 @@ TEST_F(SharedFileListTest, AnEntryThatWasRenamedIsStillTheOne)
 TEST_F(SharedFileListTest, AnEntryIsCalledAfterTheIdentifierOfItsApplication)
 {
     const QString one = application(QStringLiteral("one/Some.app"));
-    const QString two = application(QStringLiteral("two/Some.app"));
+    const QString two = application(QStringLiteral("two/Other.app"));
     for (const QString &path : {one, two})
         identify(path, "org.example.Some");
     ASSERT_TRUE(insert(one));
@@ -317,37 +243,6 @@ TEST_F(SharedFileListTest, WhatNoDesktopTakesForAnIdentifierNamesNoEntry)
         EXPECT_TRUE(fileNames().value(0).startsWith(u"Some-")) << identifier.constData();
     }
     EXPECT_EQ(fileNames().size(), 1);
-}
-
-TEST_F(SharedFileListTest, AnEntryThatAnEarlierVersionNamedIsReplaced)
-{
-    // It is started through a link.
-    const QString path = application(QStringLiteral("100%/Some.app"));
-    ASSERT_TRUE(insert(path));
-    const QByteArray earlier = contentOf(entryPath());
-    const QString earlierPath = entryPath();
-    identify(path, "org.example.Some");
-    ASSERT_TRUE(insert(path));
-    const QString name = QStringLiteral("org.example.Some.desktop");
-    EXPECT_THAT(fileNames(), ElementsAre(name));
-    EXPECT_FALSE(QFile::exists(earlierPath));
-
-    put(earlierPath, earlier);
-    ASSERT_TRUE(list().replaceOutdated(urlOf(path)));
-    EXPECT_THAT(fileNames(), ElementsAre(name)) << "both were there, as after a kill";
-    const QRegularExpressionMatch program = QRegularExpression(QStringLiteral("\nTryExec=(.*)\n"))
-                                                .match(QString::fromUtf8(contentOf(entryPath())));
-    EXPECT_TRUE(QFile::exists(program.captured(1))) << qPrintable(program.captured(1));
-
-    // What the user put into it stays.
-    for (const char *line : {"OnlyShowIn=GNOME;\n", "X-GNOME-Autostart-enabled=false\n", "Hidden=true\n"}) {
-        ASSERT_TRUE(QFile::remove(folder() + u'/' + name));
-        put(earlierPath, earlier + line);
-        ASSERT_TRUE(list().replaceOutdated(urlOf(path)));
-        EXPECT_FALSE(QFile::exists(earlierPath)) << line;
-        EXPECT_EQ(contentOf(folder() + u'/' + name), earlier + line);
-    }
-    EXPECT_TRUE(fileNames().isEmpty()) << "it is switched off";
 }
 
 TEST_F(SharedFileListTest, ApplicationsOfOneNameHaveEntriesOfTheirOwn)
