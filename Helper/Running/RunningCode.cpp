@@ -4,6 +4,7 @@
 #include "Helper/Running/RunningCode.h"
 
 #include "Helper/Running/HelperSession.h"
+#include "Helper/Running/ProgramIcon.h"
 #include "Helper/Running/RunningHelper.h"
 #include "Helper/Running/RunningLauncher.h"
 #include "Platform/BusProbe.h"
@@ -61,6 +62,8 @@ std::unique_ptr<QApplication> makeApplication(int &argc, char **argv)
     QGuiApplication::setDesktopFileName(QStringLiteral(QUENBY_IDENTIFIER));
     const NoDisplayExit atFailure;
     auto application = std::make_unique<QApplication>(argc, argv);
+    // For window managers that look for no desktop entry.
+    QGuiApplication::setWindowIcon(programIcon());
     // It ends when its work does. Windows come and go, and so do the jobs of the desktop's libraries, as in a
     // dialog for folders, each of which keeps a program as long as it lasts, and would end it then.
     QApplication::setQuitOnLastWindowClosed(false);

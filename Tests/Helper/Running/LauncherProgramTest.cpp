@@ -123,6 +123,18 @@ TEST_F(LauncherProgramTest, APresetThatIsAddedWhileItIsOpenIsShown)
     expectEndOf(*helper);
 }
 
+TEST_F(LauncherProgramTest, ItsWindowHasTheIconOfTheProgram)
+{
+    const auto launcher = begin({launcherOption});
+    const QString window = screen_.windowOf(launcher->pid());
+    ASSERT_FALSE(window.isEmpty());
+    const QByteArray icon =
+        screen_.ask(QStringLiteral("xprop"), {QStringLiteral("-id"), window, QStringLiteral("_NET_WM_ICON")});
+    EXPECT_TRUE(icon.contains("Icon (32 x 32)")) << icon.left(200).constData();
+    screen_.typeKey(QStringLiteral("Escape"));
+    expectReturn(*launcher, 0);
+}
+
 TEST_F(LauncherProgramTest, WithoutAHelperItIsAProcessOfItsOwnThatEndsWhenAllIsDone)
 {
     const FakeDesktop desktop(bus_.address(), {QStringLiteral("actions")});
