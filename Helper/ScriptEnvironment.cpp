@@ -3,6 +3,8 @@
 
 #include "Helper/ScriptEnvironment.h"
 
+#include "Platform/ChildEnvironment.h"
+
 #include <unistd.h>
 
 namespace {
@@ -36,8 +38,8 @@ QByteArrayList ScriptEnvironment::assignments()
 {
     QByteArrayList assignments;
     bool hasPrograms = false;
-    for (char *const *variable = environ; *variable; ++variable) {
-        const QByteArray assignment(*variable);
+    const QByteArrayList ours = ChildEnvironment::assignments();
+    for (const QByteArray &assignment : ours) {
         const QByteArray name = assignment.left(assignment.indexOf('=') + 1);
         QByteArray list = assignment.mid(name.size());
         if (name == programs) {

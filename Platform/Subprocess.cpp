@@ -3,6 +3,7 @@
 
 #include "Platform/Subprocess.h"
 
+#include "Platform/ChildEnvironment.h"
 #include "Platform/FileLayer.h"
 #include "Platform/ProcessStart.h"
 
@@ -76,8 +77,8 @@ QByteArrayList environmentWith(const QByteArrayList &assignments)
 {
     // Of two assignments to one name the first one counts.
     QByteArrayList all = assignments;
-    for (char **assignment = environ; *assignment; ++assignment) {
-        const QByteArray inherited(*assignment);
+    const QByteArrayList ours = ChildEnvironment::assignments();
+    for (const QByteArray &inherited : ours) {
         const QByteArray name = inherited.left(inherited.indexOf('=') + 1);
         const bool isReplaced =
             std::any_of(assignments.begin(), assignments.end(),

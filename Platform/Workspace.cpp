@@ -4,6 +4,7 @@
 #include "Platform/Workspace.h"
 
 #include "Platform/Bundle.h"
+#include "Platform/ChildEnvironment.h"
 #include "Platform/DesktopFolders.h"
 
 #include <QFileInfo>
@@ -37,6 +38,7 @@ bool startDetached(const QString &program, const QStringList &arguments, const Q
     process.setProgram(program);
     process.setArguments(arguments);
     process.setWorkingDirectory(workingFolder);
+    process.setProcessEnvironment(ChildEnvironment::variables());
     process.setStandardInputFile(QProcess::nullDevice());
     process.setStandardOutputFile(QProcess::nullDevice());
     process.setStandardErrorFile(QProcess::nullDevice());

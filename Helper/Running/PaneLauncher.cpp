@@ -5,6 +5,7 @@
 
 #include "Helper/Presets.h"
 #include "Helper/Running/CreationNotices.h"
+#include "Platform/ChildEnvironment.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -35,7 +36,11 @@ bool launch()
     }
     if (program.isEmpty())
         program = QStandardPaths::findExecutable(programName);
-    return !program.isEmpty() && QProcess::startDetached(program, arguments);
+    QProcess process;
+    process.setProgram(program);
+    process.setArguments(arguments);
+    process.setProcessEnvironment(ChildEnvironment::variables());
+    return !program.isEmpty() && process.startDetached();
 }
 
 } // namespace

@@ -8,6 +8,7 @@
 #include "Helper/Running/HelperSession.h"
 #include "Helper/Running/SingleInstance.h"
 #include "Platform/Bundle.h"
+#include "Platform/ChildEnvironment.h"
 #include "Platform/DesktopFolders.h"
 #include "Platform/ExitHandler.h"
 #include "Platform/FileURL.h"
@@ -26,9 +27,6 @@
 namespace {
 
 Q_LOGGING_CATEGORY(lcRunning, "quenby.helper")
-
-/// Set by a bus for what it starts. It goes on waiting for the name of a program that ended well.
-constexpr char startedByBusVariable[] = "DBUS_STARTER_ADDRESS";
 
 /// If it is started with the session, it goes on being so after it was moved.
 void followWithLoginItem()
@@ -50,7 +48,8 @@ int runHelper()
     const auto bus = std::make_shared<SessionBus>();
     SingleInstance instance(bus, HelperService::name);
     if (!instance.acquire(DesktopFolders::runtimeDirectory()))
-        return qEnvironmentVariableIsSet(startedByBusVariable) ? EXIT_FAILURE : EXIT_SUCCESS;
+        // A bus that has started this goes on waiting for the name of a program that ended well.
+        return qEnvironmentVariableIsSet(ChildEnvironment::busAddressVariable) ? EXIT_FAILURE : EXIT_SUCCESS;
 
     followWithLoginItem();
     HelperSession session(bus, instance);

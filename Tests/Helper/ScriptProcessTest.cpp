@@ -167,6 +167,15 @@ TEST_F(ScriptProcessTest, FindsNoProgramInTheFolderItRunsIn)
     qunsetenv("PYTHONPATH");
 }
 
+TEST_F(ScriptProcessTest, IsNotToldWhatABusSaidToThisProgram)
+{
+    qputenv("DBUS_STARTER_ADDRESS", "bus");
+    qputenv("DBUS_STARTER_BUS_TYPE", "session");
+    EXPECT_EQ(shell("echo $DBUS_STARTER_ADDRESS,$DBUS_STARTER_BUS_TYPE").output, ",\n");
+    qunsetenv("DBUS_STARTER_ADDRESS");
+    qunsetenv("DBUS_STARTER_BUS_TYPE");
+}
+
 TEST_F(ScriptProcessTest, IsEndedAtTheTimeLimitWithEverythingItStarted)
 {
     limits_.duration = 500ms;

@@ -121,11 +121,18 @@ TEST_F(SubprocessTest, ItsEnvironmentIsOursWithWhatIsGiven)
 {
     qputenv("QUENBY_TEST_KEPT", "kept");
     qputenv("QUENBY_TEST_REPLACED", "old");
+    // Said by a bus, to this process alone.
+    qputenv("DBUS_STARTER_ADDRESS", "bus");
+    qputenv("DBUS_STARTER_BUS_TYPE", "session");
     Subprocess process;
-    ASSERT_TRUE(startShell(process, "echo $QUENBY_TEST_KEPT $QUENBY_TEST_REPLACED $QUENBY_TEST_NEW > \"$1\"",
+    ASSERT_TRUE(startShell(process,
+                           "echo $QUENBY_TEST_KEPT $QUENBY_TEST_REPLACED $QUENBY_TEST_NEW "
+                           "$DBUS_STARTER_ADDRESS $DBUS_STARTER_BUS_TYPE > \"$1\"",
                            {"QUENBY_TEST_REPLACED=new", "QUENBY_TEST_NEW=there"}));
     EXPECT_TRUE(waitUntil(hasNoChild));
     EXPECT_EQ(result(), "kept new there\n");
+    qunsetenv("DBUS_STARTER_ADDRESS");
+    qunsetenv("DBUS_STARTER_BUS_TYPE");
 }
 
 TEST_F(SubprocessTest, BeginsWithPlainSignalsInAGroupOfItsOwn)

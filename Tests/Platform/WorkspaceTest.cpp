@@ -4,6 +4,7 @@
 #include "Platform/Workspace.h"
 
 #include "TestLauncher.h"
+#include "Tests/Session/ChildProcess.h"
 #include "Tests/Session/TestApplication.h"
 
 #include <QDir>
@@ -145,6 +146,29 @@ TEST_F(WorkspaceApplicationTest, AnApplicationIsNobodysChildAndSharesNothing)
     EXPECT_EQ(start->folder, home.path().toUtf8());
     EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1) << "a child is left";
     EXPECT_EQ(errno, ECHILD);
+}
+
+TEST_F(WorkspaceApplicationTest, AnApplicationIsNotToldWhatABusSaidToThisProgram)
+{
+    const TestApplication application(in(QStringLiteral("Recording.app")));
+    const QString record = in(QStringLiteral("environment"));
+    QFile script(application.executable());
+    ASSERT_TRUE(script.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    const QByteArray path = '\'' + record.toUtf8() + '\'';
+    script.write("#!/bin/sh\nenv > " + path + ".new\nmv " + path + ".new " + path + '\n');
+    script.close();
+    qputenv("QUENBY_TEST_KEPT", "kept");
+    for (const char *name : {"DBUS_STARTER_ADDRESS", "DBUS_STARTER_BUS_TYPE"})
+        qputenv(name, "said");
+    EXPECT_TRUE(Workspace::openFile(application.path()));
+    for (const char *name : {"DBUS_STARTER_ADDRESS", "DBUS_STARTER_BUS_TYPE"})
+        qunsetenv(name);
+    ASSERT_TRUE(waitUntil([&] { return QFile::exists(record); }));
+    QFile file(record);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const QByteArray variables = file.readAll();
+    EXPECT_TRUE(variables.contains("QUENBY_TEST_KEPT=kept"));
+    EXPECT_FALSE(variables.contains("DBUS_STARTER_"));
 }
 
 TEST_F(WorkspaceApplicationTest, AnApplicationIsStartedWithoutAHomeToo)

@@ -7,6 +7,7 @@
 #include "Tests/Helper/FakeDesktop.h"
 #include "Tests/Helper/Running/RunningFixture.h"
 #include "Tests/Session/SilentSocket.h"
+#include "Tests/Session/StandInPrograms.h"
 
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
@@ -133,6 +134,32 @@ TEST_F(LauncherProgramTest, ItsWindowHasTheIconOfTheProgram)
     EXPECT_TRUE(icon.contains("Icon (32 x 32)")) << icon.left(200).constData();
     screen_.typeKey(QStringLiteral("Escape"));
     expectReturn(*launcher, 0);
+}
+
+TEST_F(LauncherProgramTest, ItOpensThePaneByTheProgramBesideItAndLeavesOutWhatTheBusSaid)
+{
+    // There is nothing to find in the search path, nor in the working folder.
+    QProcessEnvironment started = environment();
+    started.insert(QStringLiteral("PATH"), QString());
+    started.insert(QStringLiteral("DBUS_STARTER_ADDRESS"), bus_.address());
+    started.insert(QStringLiteral("DBUS_STARTER_BUS_TYPE"), QStringLiteral("session"));
+    const QString name = QStringLiteral("quenby-preferences");
+    StandInPrograms programs;
+    programs.addAt(home_.filePath(name), name,
+                   "/usr/bin/env > '" + programs.filePath(text("new")).toUtf8() + "'; /bin/mv '" +
+                       programs.filePath(text("new")).toUtf8() + "' '" +
+                       programs.filePath(text("env")).toUtf8() + "'");
+    const auto launcher = begin({launcherOption}, started);
+    ASSERT_NO_FATAL_FAILURE(type(*launcher, {}, QStringLiteral("alt+o")));
+    expectReturn(*launcher, 0);
+    QFile record(programs.filePath(text("env")));
+    ASSERT_TRUE(waitUntil([&] { return record.exists(); }));
+    EXPECT_EQ(programs.starts(name),
+              QList<QByteArrayList>{{QFile::encodeName(home_.filePath(QStringLiteral("Quenby.prefPane")))}});
+    ASSERT_TRUE(record.open(QIODevice::ReadOnly));
+    const QByteArray variables = record.readAll();
+    EXPECT_TRUE(variables.contains("DBUS_SESSION_BUS_ADDRESS="));
+    EXPECT_FALSE(variables.contains("DBUS_STARTER_"));
 }
 
 TEST_F(LauncherProgramTest, WithoutAHelperItIsAProcessOfItsOwnThatEndsWhenAllIsDone)
