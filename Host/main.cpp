@@ -176,6 +176,10 @@ int main(int argc, char **argv)
 
     if (outcome == InstanceGuard::Outcome::NoAnswer)
         window.showError(tr("The settings are open already, in a program that does not answer."));
+    else if (outcome == InstanceGuard::Outcome::HandedInPart)
+        window.showError(tr("The settings are open already, have taken in only some of the files, and do not "
+                            "answer any more. "
+                            "Look there which are missing, and open those again."));
     else if (outcome == InstanceGuard::Outcome::WithoutFiles)
         window.showError(tr("The settings are open already, in an earlier version, which takes in no files. "
                             "Close its window, and open the files again."));
@@ -185,7 +189,8 @@ int main(int argc, char **argv)
     else
         showRequestedPane(window, requested);
     window.show();
-    window.openFiles(files);
+    if (outcome == InstanceGuard::Outcome::First)
+        window.openFiles(files);
 
     guard.handleWith([&](const InstanceGuard::Request &request) {
         // Nothing is left for what is no pane; but what could not be shown may have come meanwhile.

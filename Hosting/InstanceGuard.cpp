@@ -162,8 +162,8 @@ QList<InstanceGuard::Packet> InstanceGuard::packetsOf(const Request &request)
                 break;
             files.append(file);
         }
-        const Request part{packets.isEmpty() ? request.panePath : QString(),
-                           packets.isEmpty() ? request.activationToken : QByteArray(), files};
+        const Request part{request.panePath, packets.isEmpty() ? request.activationToken : QByteArray(),
+                           files};
         Packet packet{{}, files.isEmpty() ? taken : takenWithFiles};
         QDataStream stream(&packet.bytes, QIODevice::WriteOnly);
         stream << part.panePath << part.activationToken << part.files << (next < request.files.size());
@@ -174,8 +174,9 @@ QList<InstanceGuard::Packet> InstanceGuard::packetsOf(const Request &request)
 
 InstanceGuard::Outcome InstanceGuard::begin(const Request &request, std::chrono::milliseconds timeout)
 {
-    const QDeadlineTimer deadline(timeout);
+    QDeadlineTimer deadline(timeout);
     QList<Packet> packets = packetsOf(request);
+    bool isBegun = false;
     const bool fits = std::all_of(packets.cbegin(), packets.cend(), [](const Packet &packet) {
         return packet.bytes.size() <= qsizetype(largestPacket);
     });
@@ -184,10 +185,18 @@ InstanceGuard::Outcome InstanceGuard::begin(const Request &request, std::chrono:
             return Outcome::First;
         if (!fits)
             return Outcome::TooLong;
+        const qsizetype left = packets.size();
         const Outcome outcome = hand(packets, deadline);
+        // It is busy with what it has taken now.
+        if (packets.size() < left) {
+            isBegun = true;
+            deadline = QDeadlineTimer(timeout);
+        }
         // The other one may still be starting, or already ending.
-        if (outcome != Outcome::NoAnswer || deadline.hasExpired())
+        if (outcome != Outcome::NoAnswer)
             return outcome;
+        if (deadline.hasExpired())
+            return isBegun ? Outcome::HandedInPart : Outcome::NoAnswer;
         QThread::msleep(retryInterval);
     }
 }

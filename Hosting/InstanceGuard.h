@@ -22,11 +22,12 @@ public:
     /// What a start was asked for.
     struct Request
     {
-        /// The pane's path, or empty.
+        /// The pane's path, or what cannot be shown was called, or empty.
         QString panePath;
         /// The desktop's leave to come to the front, or empty.
         QByteArray activationToken;
-        /// For the pane; their paths are absolute. Of very many the rest comes in further requests.
+        /// For the pane; their paths are absolute. Of very many the rest comes in further requests
+        /// for the same pane.
         QStringList files = {};
     };
 
@@ -39,6 +40,8 @@ public:
         WithoutFiles,
         /// Another one runs; one of the texts is too long to be handed over, and so nothing was.
         TooLong,
+        /// Another one runs, has taken some of the files, and then has not answered any more.
+        HandedInPart,
         /// Another one runs, and does not answer.
         NoAnswer,
     };
@@ -52,7 +55,8 @@ public:
     InstanceGuard &operator=(const InstanceGuard &) = delete;
 
     /// Becomes the first or hands over \a request, with however many files; waits for another one at most
-    /// \a timeout. If that ends in the middle, it may have some of the files.
+    /// \a timeout, and as long again for each part that it takes. Who becomes the first because that one ends
+    /// in the middle may open files that it has taken too.
     Outcome begin(const Request &request, std::chrono::milliseconds timeout);
     /// Becomes the first if there is no other one, which is left alone. Whether we are it; then requests are
     /// taken, also again after close().

@@ -3,7 +3,7 @@
 
 #include "Hosting/InstanceGuard.h"
 
-#include "Tests/Session/ChildProcess.h"
+#include "Tests/Session/AsyncResult.h"
 
 #include <QCoreApplication>
 #include <QDataStream>
@@ -17,6 +17,7 @@
 #include <gtest/gtest.h>
 #include <optional>
 #include <sys/socket.h>
+#include <sys/time.h>
 #include <sys/un.h>
 #include <unistd.h>
 
@@ -32,7 +33,13 @@ const QString configuration = QStringLiteral("/home/someone/.config");
 class FirstVersionSocket
 {
 public:
-    FirstVersionSocket() = default;
+    FirstVersionSocket()
+    {
+        // Nobody waits for ever for a side that does not answer.
+        const timeval patience = {10, 0};
+        ::setsockopt(descriptor, SOL_SOCKET, SO_SNDTIMEO, &patience, sizeof patience);
+        ::setsockopt(descriptor, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
+    }
     ~FirstVersionSocket() { ::close(descriptor); }
     FirstVersionSocket(const FirstVersionSocket &) = delete;
     FirstVersionSocket &operator=(const FirstVersionSocket &) = delete;
@@ -47,6 +54,17 @@ public:
         const sockaddr_un address = addressOf(path);
         return ::bind(descriptor, reinterpret_cast<const sockaddr *>(&address), sizeof address) == 0 &&
                ::listen(descriptor, 1) == 0;
+    }
+    /// Answers the next packet, on a connection of its own, with \a answer. Whether one came.
+    bool answerOne(char answer) const
+    {
+        const int connection = ::accept(descriptor, nullptr, nullptr);
+        char packet[1024];
+        const bool isAnswered = connection >= 0 && ::recv(connection, packet, sizeof packet, 0) > 0 &&
+                                ::send(connection, &answer, 1, MSG_NOSIGNAL) == 1;
+        if (connection >= 0)
+            ::close(connection);
+        return isAnswered;
     }
 
     template <class... Fields>
@@ -86,11 +104,6 @@ protected:
     {
         return std::async(std::launch::async, [=, this] { return second_.begin(request, timeout); });
     }
-    static Outcome result(std::future<Outcome> &outcome)
-    {
-        waitUntil([&] { return outcome.wait_for(0s) == std::future_status::ready; });
-        return outcome.get();
-    }
 
     QString socketPath() const
     {
@@ -104,6 +117,43 @@ protected:
         ASSERT_EQ(first_->begin({}, 0ms), Outcome::First);
         first_->handleWith([this](const Request &request) { requests_.append(request); });
         ASSERT_TRUE(start.connectTo(socketPath()));
+    }
+    /// How many files arrive at once of one that sends \a count packets with a file each and never says that
+    /// it was the last, and after each does nothing for \a pause.
+    qsizetype filesHeardAtOnce(int count, std::chrono::milliseconds pause)
+    {
+        const FirstVersionSocket start;
+        handleAndConnect(start);
+        std::promise<void> heard;
+        const auto packets = std::async(std::launch::async, [&, isHeard = heard.get_future()] {
+            for (int number = 0;
+                 number < count && isHeard.wait_for(pause) == std::future_status::timeout &&
+                 start.send(QString(), QByteArray(), QStringList(QStringLiteral("/a.qnbp")), true);
+                 ++number) {
+            }
+        });
+        EXPECT_TRUE(waitUntil([&] { return !requests_.isEmpty(); }));
+        heard.set_value();
+        return requests_.value(0).files.size();
+    }
+
+    /// The first holds the lock, and \a window is what answers.
+    void answerInsteadOfTheFirst(const FirstVersionSocket &window)
+    {
+        ASSERT_EQ(first_->begin({}, 0ms), Outcome::First);
+        const QString path = socketPath();
+        first_->close();
+        ASSERT_TRUE(window.listenAt(path));
+    }
+    /// Files of which two fit into a packet each, and not into one.
+    static QStringList packetsOfOneFile(int count) { return QStringList(count, u'/' + QString(32764, u'n')); }
+    /// How many of \a count parts of a request \a window takes, after each of which it is busy for \a pause.
+    static int partsTaken(const FirstVersionSocket &window, int count, std::chrono::milliseconds pause)
+    {
+        int number = 0;
+        for (; number < count && window.answerOne('f'); ++number)
+            waitUntil([] { return false; }, pause);
+        return number;
     }
 
     const QTemporaryDir folder_;
@@ -135,15 +185,19 @@ TEST_F(InstanceGuardTest, ALaterOneHandsOverWhatItWasAskedFor)
 {
     ASSERT_EQ(first_->begin({}, 0ms), Outcome::First);
     QList<Request> requests;
-    first_->handleWith([&](const Request &request) { requests.append(request); });
+    QStringList heard;
+    first_->handleWith([&](const Request &request) {
+        requests.append(request);
+        heard += request.files;
+    });
     // More than any packet holds.
     const QStringList files(5000, QStringLiteral("/home/somebody/Documents/Presets of mine/Preset.qnbp"));
     auto outcome = beginSecond({QStringLiteral("/panes/Ünïcode.prefPane"), "token", files});
-    EXPECT_EQ(result(outcome), Outcome::Handed);
-    ASSERT_TRUE(waitUntil([&] { return requests.size() == 1; }));
+    EXPECT_EQ(resultOf(outcome), Outcome::Handed);
+    EXPECT_TRUE(waitUntil([&] { return heard == files; })) << heard.size();
+    ASSERT_FALSE(requests.isEmpty());
     EXPECT_EQ(requests.constFirst().panePath, QStringLiteral("/panes/Ünïcode.prefPane"));
     EXPECT_EQ(requests.constFirst().activationToken, "token");
-    EXPECT_EQ(requests.constFirst().files, files);
 }
 
 TEST_F(InstanceGuardTest, AStartOfTheFirstVersionIsUnderstood)
@@ -175,49 +229,46 @@ TEST_F(InstanceGuardTest, WhatIsMuchComesInSeveralRequests)
     QStringList files;
     int requests = 0;
     first_->handleWith([&](const Request &request) {
+        EXPECT_EQ(request.panePath, QStringLiteral("/pane")) << "the files are for that one";
         files += request.files;
         ++requests;
     });
-    // Two that fit into a packet each, and not into one.
-    QStringList wanted(2, u'/' + QString(32764, u'n'));
+    QStringList wanted = packetsOfOneFile(2);
     for (int number = 0; number < 50000; ++number)
         wanted.append(QStringLiteral("/home/somebody/Documents/Presets of mine/Preset %1.qnbp").arg(number));
-    auto outcome = beginSecond({{}, {}, wanted});
-    EXPECT_EQ(result(outcome), Outcome::Handed);
+    auto outcome = beginSecond({QStringLiteral("/pane"), {}, wanted});
+    EXPECT_EQ(resultOf(outcome), Outcome::Handed);
     EXPECT_TRUE(waitUntil([&] { return files == wanted; })) << files.size();
     EXPECT_GT(requests, 1) << "the first goes on with its own work in between";
 }
 
 TEST_F(InstanceGuardTest, OneThatNeverComesToAnEndIsCutOff)
 {
-    const FirstVersionSocket start;
-    ASSERT_NO_FATAL_FAILURE(handleAndConnect(start));
-    std::promise<void> heard;
-    const auto packets = std::async(std::launch::async, [&, isHeard = heard.get_future()] {
-        constexpr int many = 2000;
-        int number = 0;
-        while (number < many && isHeard.wait_for(0s) == std::future_status::timeout &&
-               start.send(QString(), QByteArray(), QStringList(QStringLiteral("/a.qnbp")), true))
-            ++number;
-        return number == many;
-    });
-    ASSERT_TRUE(waitUntil([&] { return !requests_.isEmpty(); }));
-    heard.set_value();
-    EXPECT_LT(requests_.constFirst().files.size(), 1000);
+    EXPECT_LT(filesHeardAtOnce(2000, 0ms), 1000);
 }
 
 TEST_F(InstanceGuardTest, OneThatIsSlowIsCutOff)
 {
-    const FirstVersionSocket start;
-    ASSERT_NO_FATAL_FAILURE(handleAndConnect(start));
-    std::promise<void> heard;
-    const auto end = std::async(std::launch::async, [&, isHeard = heard.get_future()] {
-        for (int number = 0; number < 60 && isHeard.wait_for(100ms) == std::future_status::timeout; ++number)
-            start.send(QString(), QByteArray(), QStringList(QStringLiteral("/a.qnbp")), true);
-    });
-    ASSERT_TRUE(waitUntil([&] { return !requests_.isEmpty(); }));
-    heard.set_value();
-    EXPECT_LT(requests_.constFirst().files.size(), 60);
+    EXPECT_LT(filesHeardAtOnce(60, 100ms), 60);
+}
+
+TEST_F(InstanceGuardTest, OneThatTakesPartAfterPartIsWaitedForAnew)
+{
+    const FirstVersionSocket window;
+    ASSERT_NO_FATAL_FAILURE(answerInsteadOfTheFirst(window));
+    // Together they take longer than is waited for one.
+    auto outcome = beginSecond({{}, {}, packetsOfOneFile(6)}, 3s);
+    EXPECT_EQ(partsTaken(window, 6, 700ms), 6);
+    EXPECT_EQ(resultOf(outcome), Outcome::Handed);
+}
+
+TEST_F(InstanceGuardTest, OneThatTakesOnlyAPartIsToldAsSuch)
+{
+    const FirstVersionSocket window;
+    ASSERT_NO_FATAL_FAILURE(answerInsteadOfTheFirst(window));
+    auto outcome = beginSecond({{}, {}, packetsOfOneFile(2)}, 2s);
+    EXPECT_EQ(partsTaken(window, 1, 0ms), 1);
+    EXPECT_EQ(resultOf(outcome), Outcome::HandedInPart);
 }
 
 TEST_F(InstanceGuardTest, ATextThatIsTooLongIsHandedToNobody)
@@ -226,27 +277,19 @@ TEST_F(InstanceGuardTest, ATextThatIsTooLongIsHandedToNobody)
     ASSERT_EQ(first_->begin({}, 0ms), Outcome::First);
     first_->handleWith([](const Request &) { FAIL() << "nor is a part of it"; });
     auto outcome = beginSecond({{}, {}, {QStringLiteral("/a.qnbp"), longest}});
-    EXPECT_EQ(result(outcome), Outcome::TooLong);
+    EXPECT_EQ(resultOf(outcome), Outcome::TooLong);
     first_.reset();
     EXPECT_EQ(second_.begin({{}, {}, {longest}}, 0ms), Outcome::First) << "it is for the first itself";
 }
 
 TEST_F(InstanceGuardTest, AWindowOfTheFirstVersionIsNotTakenForOneThatTakesFiles)
 {
-    ASSERT_EQ(first_->begin({}, 0ms), Outcome::First);
-    // The first holds the lock; what answers is another one's.
-    const QString path = socketPath();
-    first_->close();
     const FirstVersionSocket window;
-    ASSERT_TRUE(window.listenAt(path));
+    ASSERT_NO_FATAL_FAILURE(answerInsteadOfTheFirst(window));
     const auto answersTo = [&](const Request &request) {
         auto outcome = beginSecond(request);
-        const int connection = ::accept(window.descriptor, nullptr, nullptr);
-        char packet[1024];
-        EXPECT_GT(::recv(connection, packet, sizeof packet, 0), 0);
-        EXPECT_EQ(::send(connection, "+", 1, 0), 1);
-        ::close(connection);
-        return result(outcome);
+        EXPECT_TRUE(window.answerOne('+'));
+        return resultOf(outcome);
     };
     EXPECT_EQ(answersTo({QStringLiteral("/pane"), {}}), Outcome::Handed);
     EXPECT_EQ(answersTo({QStringLiteral("/pane"), {}, {QStringLiteral("/file")}}), Outcome::WithoutFiles);
@@ -258,7 +301,7 @@ TEST_F(InstanceGuardTest, ALaterOneWaitsForAFirstThatIsStillStarting)
     auto outcome = beginSecond({});
     EXPECT_EQ(outcome.wait_for(100ms), std::future_status::timeout);
     first_->handleWith([](const Request &) {});
-    EXPECT_EQ(result(outcome), Outcome::Handed);
+    EXPECT_EQ(resultOf(outcome), Outcome::Handed);
 }
 
 TEST_F(InstanceGuardTest, ALaterOneBecomesTheFirstWhenTheFirstIsEnding)
@@ -269,7 +312,7 @@ TEST_F(InstanceGuardTest, ALaterOneBecomesTheFirstWhenTheFirstIsEnding)
     auto outcome = beginSecond({});
     EXPECT_EQ(outcome.wait_for(100ms), std::future_status::timeout);
     first_.reset();
-    EXPECT_EQ(result(outcome), Outcome::First);
+    EXPECT_EQ(resultOf(outcome), Outcome::First);
 }
 
 TEST_F(InstanceGuardTest, AFirstThatDoesNotAnswerIsWaitedForOnlySoLong)
@@ -295,7 +338,7 @@ TEST_F(InstanceGuardTest, WhatAKilledOneLeftBehindIsNoObstacle)
     second_.handleWith([](const Request &) {});
     first_.emplace(configuration, folder_.path());
     auto outcome = std::async(std::launch::async, [&] { return first_->begin({}, 10s); });
-    EXPECT_EQ(result(outcome), Outcome::Handed);
+    EXPECT_EQ(resultOf(outcome), Outcome::Handed);
 }
 
 TEST_F(InstanceGuardTest, AnotherPreferenceFolderIsAnotherMatter)
@@ -327,7 +370,7 @@ TEST_F(InstanceGuardTest, AFolderWithAPathTooLongForASocketServesAsWell)
     auto outcome = std::async(std::launch::async, [&] {
         return other.begin({QStringLiteral("/pane"), {}}, 10s);
     });
-    EXPECT_EQ(result(outcome), Outcome::Handed);
+    EXPECT_EQ(resultOf(outcome), Outcome::Handed);
     ASSERT_EQ(requests.size(), 1);
     EXPECT_EQ(requests.constFirst().panePath, QStringLiteral("/pane"));
 }
