@@ -22,12 +22,7 @@ QString tr(const char *text)
 /// \a path if a pane may be there.
 Result<QString> paneAt(const QString &path)
 {
-    if (!QFileInfo(path).isDir())
-        return Result<QString>::failure(tr("There is no settings pane at %1").arg(lineText(path)));
-    if (!Bundle::bundleWithPath(path))
-        return Result<QString>::failure(
-            tr("%1 is no settings pane: it has no readable Contents/Info.plist").arg(lineText(path)));
-    return path;
+    return Bundle::bundleWithPath(path) ? path : Result<QString>::failure(PaneFinder::whyNoPane(path));
 }
 
 } // namespace
@@ -57,6 +52,13 @@ QStringList PaneFinder::panesIn(const QStringList &folders)
     return paths;
 }
 
+QString PaneFinder::whyNoPane(const QString &path)
+{
+    return (QFileInfo(path).isDir() ? tr("%1 is no settings pane: it has no readable Contents/Info.plist.")
+                                    : tr("There is no settings pane at %1."))
+        .arg(lineText(path));
+}
+
 bool PaneFinder::isPane(const QString &argument)
 {
     const QFileInfo information(argument);
@@ -76,5 +78,5 @@ Result<QString> PaneFinder::pathOfPane(const QString &name, const QStringList &f
             return paneAt(path);
     }
     return Result<QString>::failure(
-        tr("There is no settings pane called \"%1\" in\n%2").arg(name, folders.join(u'\n')));
+        tr("There is no settings pane called \"%1\" in\n%2").arg(lineText(name), folders.join(u'\n')));
 }

@@ -19,6 +19,9 @@ QStringList searchFolders(const QString &ownFolder, const QString &installedPane
 /// one is a pane that works is not asked here.
 QStringList panesIn(const QStringList &folders);
 
+/// Why there is no pane at \a path, where Bundle::bundleWithPath() finds none: a sentence for the user.
+QString whyNoPane(const QString &path);
+
 /// Whether \a argument means a pane, and no file that one is to take in: a name without slash and suffix, a
 /// folder, and what is named like a pane. All else is a file, also one that is gone or has a name that is no
 /// text.

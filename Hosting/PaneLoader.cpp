@@ -4,6 +4,7 @@
 #include "Hosting/PaneLoader.h"
 
 #include "Hosting/ErrorPane.h"
+#include "Hosting/PaneFinder.h"
 #include "Platform/Bundle.h"
 #include "Platform/LineText.h"
 
@@ -38,11 +39,9 @@ std::unique_ptr<PreferencePane> failure(const QString &reason)
 std::unique_ptr<PreferencePane> PaneLoader::load(const QString &bundlePath)
 {
     const QString shownPath = lineText(bundlePath);
-    if (!QFileInfo(bundlePath).isDir())
-        return failure(tr("There is no pane at %1.").arg(shownPath));
     const std::optional<Bundle> bundle = Bundle::bundleWithPath(bundlePath);
     if (!bundle)
-        return failure(tr("%1 has no readable Contents/Info.plist.").arg(shownPath));
+        return failure(PaneFinder::whyNoPane(bundlePath));
     const QVariantMap information = bundle->infoDictionary();
     if (information.isEmpty())
         return failure(tr("Contents/Info.plist of %1 is damaged.").arg(shownPath));

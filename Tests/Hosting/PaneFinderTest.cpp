@@ -72,14 +72,16 @@ TEST_F(PaneFinderTest, APaneIsMeantByItsNameOrPath)
     EXPECT_EQ(PaneFinder::pathOfPane(QStringLiteral("Some.prefPane"), folders).value, pane);
     EXPECT_EQ(PaneFinder::pathOfPane(pane + u'/', {}).value, pane);
     EXPECT_EQ(PaneFinder::pathOfPane(QStringLiteral("/not/there.prefPane"), folders).error,
-              QStringLiteral("There is no settings pane at /not/there.prefPane"));
+              QStringLiteral("There is no settings pane at /not/there.prefPane."));
+    EXPECT_EQ(PaneFinder::pathOfPane(QStringLiteral("a\nb"), folders).error,
+              QStringLiteral("There is no settings pane called \"a␊b\" in\n%1").arg(folders.constFirst()));
 }
 
 TEST_F(PaneFinderTest, AFolderThatIsNoPaneIsToldAsSuch)
 {
     const QString folder = make(QStringLiteral("a/folder"));
     const QString empty = make(QStringLiteral("a/Empty.prefPane"));
-    const QString text = QStringLiteral("%1 is no settings pane: it has no readable Contents/Info.plist");
+    const QString text = QStringLiteral("%1 is no settings pane: it has no readable Contents/Info.plist.");
     EXPECT_EQ(PaneFinder::pathOfPane(folder, {}).error, text.arg(folder));
     EXPECT_EQ(PaneFinder::pathOfPane(QStringLiteral("Empty"), {folder_.filePath(QStringLiteral("a"))}).error,
               text.arg(empty));

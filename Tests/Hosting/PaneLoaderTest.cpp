@@ -61,13 +61,15 @@ TEST_F(PaneLoaderTest, LoadsAPane)
 
 TEST_F(PaneLoaderTest, SaysThatTheBundleIsMissing)
 {
-    EXPECT_EQ(reason(), QStringLiteral("There is no pane at %1.").arg(bundlePath()));
+    EXPECT_EQ(reason(), QStringLiteral("There is no settings pane at %1.").arg(bundlePath()));
 }
 
 TEST_F(PaneLoaderTest, SaysThatTheInformationFileIsMissing)
 {
     ASSERT_TRUE(QDir().mkpath(bundlePath() + QStringLiteral("/Contents/MacOS")));
-    EXPECT_EQ(reason(), QStringLiteral("%1 has no readable Contents/Info.plist.").arg(bundlePath()));
+    EXPECT_EQ(
+        reason(),
+        QStringLiteral("%1 is no settings pane: it has no readable Contents/Info.plist.").arg(bundlePath()));
 }
 
 TEST_F(PaneLoaderTest, SaysThatTheInformationFileIsDamaged)
