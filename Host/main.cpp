@@ -175,7 +175,7 @@ int main(int argc, char **argv)
     FirstPaintReport::installIfRequested(&window, end);
 
     if (outcome == InstanceGuard::Outcome::NoAnswer)
-        window.showError(tr("The settings are open already, in a program that does not answer."));
+        window.showError(InstanceGuard::whyNoAnswer());
     else if (outcome == InstanceGuard::Outcome::HandedInPart)
         window.showError(tr("The settings are open already, have taken in only some of the files, and do not "
                             "answer any more. "

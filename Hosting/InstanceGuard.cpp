@@ -5,6 +5,7 @@
 
 #include "Platform/DesktopFolders.h"
 
+#include <QCoreApplication>
 #include <QCryptographicHash>
 #include <QDataStream>
 #include <QDeadlineTimer>
@@ -170,6 +171,14 @@ QList<InstanceGuard::Packet> InstanceGuard::packetsOf(const Request &request)
         packets.append(packet);
     } while (next < request.files.size());
     return packets;
+}
+
+QString InstanceGuard::whyNoAnswer()
+{
+    return QCoreApplication::translate("InstanceGuard",
+                                       "The settings are open already, in a program that does not answer, or "
+                                       "in a page of System Settings with "
+                                       "changes that could not be saved: show that page again.");
 }
 
 InstanceGuard::Outcome InstanceGuard::begin(const Request &request, std::chrono::milliseconds timeout)

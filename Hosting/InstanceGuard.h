@@ -54,6 +54,8 @@ public:
     InstanceGuard(const InstanceGuard &) = delete;
     InstanceGuard &operator=(const InstanceGuard &) = delete;
 
+    /// What Outcome::NoAnswer means: a sentence for the user.
+    static QString whyNoAnswer();
     /// Becomes the first or hands over \a request, with however many files; waits for another one at most
     /// \a timeout, and as long again for each part that it takes. Who becomes the first because that one ends
     /// in the middle may open files that it has taken too.

@@ -23,6 +23,8 @@ namespace {
 constexpr auto otherHostTimeout = 1000ms;
 /// Until it is looked again whether another host still shows the pane.
 constexpr auto untilNextLook = 500ms;
+/// Until a hidden page tries again to save what could not be saved.
+constexpr auto untilNextSave = 3s;
 
 Result<QString> findPane(const QString &name, const QStringList &folders)
 {
@@ -34,7 +36,8 @@ Result<QString> findPane(const QString &name, const QStringList &folders)
 
 PanePage::PanePage(const QString &paneName, const QStringList &folders, QWidget *parent)
     : QWidget(parent)
-    , bundlePath_(findPane(paneName, folders))
+    , paneName_(paneName)
+    , folders_(folders)
 {
     auto *const layout = new QVBoxLayout(this);
     layout->setContentsMargins({});
@@ -42,15 +45,17 @@ PanePage::PanePage(const QString &paneName, const QStringList &folders, QWidget 
     connect(&nextLook_, &QTimer::timeout, this, [this] { begin(Manner::Patient); });
     giveWay_.setSingleShot(true);
     connect(&giveWay_, &QTimer::timeout, this, [this] {
+        // As long as something is not saved nobody else may show the presets as they were.
+        if (!session_->unselect()) {
+            giveWay_.start(untilNextSave);
+            return;
+        }
         // With the pane goes what it holds of an earlier session, which others may offer now.
         (void)session_->end();
         guard_.reset();
     });
     // Now, because the window takes its size from what is in it.
-    if (bundlePath_)
-        begin(Manner::Insistent);
-    else
-        present([this] { return std::make_unique<ErrorPane>(bundlePath_.error); });
+    begin(Manner::Insistent);
 }
 
 PanePage::~PanePage() = default;
@@ -63,12 +68,19 @@ QSize PanePage::sizeHint() const
 
 void PanePage::begin(Manner manner)
 {
+    const Result<QString> bundlePath = findPane(paneName_, folders_);
+    if (!bundlePath) {
+        nextLook_.stop();
+        showsPane_ = true;
+        present([&] { return std::make_unique<ErrorPane>(bundlePath.error); });
+        return;
+    }
     const InstanceGuard::Outcome outcome = takeGuard(manner);
     if (outcome == InstanceGuard::Outcome::First) {
         nextLook_.stop();
         showsPane_ = true;
         // What another host has saved meanwhile is read anew.
-        present([this] { return PaneLoader::load(*bundlePath_); });
+        present([&] { return PaneLoader::load(*bundlePath); });
         if (session_->isErrorPage())
             guard_.reset();
         else
@@ -77,9 +89,9 @@ void PanePage::begin(Manner manner)
         present([outcome] {
             return std::make_unique<ErrorPane>(
                 outcome == InstanceGuard::Outcome::Handed
-                    ? tr("The presets are open in another window. They are shown here as soon as that one is "
-                         "closed.")
-                    : tr("The presets are open already, in a program that does not answer."));
+                    ? tr("The settings are open in another window. "
+                         "The presets are shown here as soon as that one is closed.")
+                    : InstanceGuard::whyNoAnswer());
         });
     }
 }
@@ -131,7 +143,8 @@ void PanePage::showEvent(QShowEvent *event)
     if (event->spontaneous())
         return;
     giveWay_.stop();
-    if (!guard_ && bundlePath_) {
+    const bool isTried = std::exchange(isNew_, false) && showsPane_;
+    if (!guard_ && !isTried) {
         nextLook_.start(untilNextLook);
         begin(Manner::Patient);
     } else if (guard_ && !guard_->takesRequests()) {
@@ -149,7 +162,5 @@ void PanePage::hideEvent(QHideEvent *event)
     // Who is brought here would see another page.
     if (guard_)
         guard_->close();
-    // As long as something is not saved nobody else may show the presets as they were.
-    if (session_->unselect())
-        giveWay_.start(0);
+    giveWay_.start(session_->unselect() ? 0ms : untilNextSave);
 }

@@ -17,10 +17,13 @@
 ///
 /// That program tells for certain only when the page is shown and when it is hidden, so there the pane is
 /// selected and left; it may delete the page at any time, and with it the pane, which goes before its view. A
-/// page that cannot save asks nobody: the strip tells of it, and what was done is kept aside.
+/// page that cannot save asks nobody: the strip tells of it, what was done is kept aside, and while the page
+/// is hidden it tries again.
 ///
 /// Who opens the settings elsewhere meanwhile is brought here, and the other way round: two panes would
-/// overwrite each other's presets. A page that has given way shows the pane once it can.
+/// overwrite each other's presets. Only a hidden page that has not saved yet neither gives way nor has
+/// anybody brought to it. A page that has given way shows the pane once it can, and one that is shown again
+/// looks anew for a pane that was missing.
 class PanePage : public QWidget
 {
     Q_OBJECT
@@ -49,12 +52,16 @@ private:
     void present(const std::function<std::unique_ptr<PreferencePane>()> &makePane);
     void takeRequests();
 
-    const Result<QString> bundlePath_;
+    const QString paneName_;
+    const QStringList folders_;
+    /// Not shown yet: what it was made with is for the first display.
+    bool isNew_ = true;
+    /// The pane, or why it cannot be shown; not that another host shows it.
     bool showsPane_ = false;
     /// Held as long as the pane may have something to save. Takes requests while the page is shown.
     std::unique_ptr<InstanceGuard> guard_;
     std::unique_ptr<PaneSession> session_;
-    /// Pages are hidden and shown again in one go when windows are put together.
+    /// Pages are hidden and shown again in one go when windows are put together. Goes on until all is saved.
     QTimer giveWay_;
     /// While another host shows the pane, and the page is shown.
     QTimer nextLook_;

@@ -4,10 +4,11 @@
 #include "SystemSettings/PanePage.h"
 
 #include "Tests/Hosting/TestBundle.h"
-#include "Tests/Session/ChildProcess.h"
+#include "Tests/Session/AsyncResult.h"
 #include "Tests/Session/TemporaryHome.h"
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QEventLoop>
 #include <QFile>
 #include <QLabel>
@@ -37,7 +38,7 @@ protected:
     {
         qputenv("XDG_RUNTIME_DIR", folder_.path().toUtf8());
         qputenv("QUENBY_TEST_RECORD", recordPath().toUtf8());
-        TestBundle::make(panes() + QStringLiteral("/Recording.prefPane"), TestBundle::recordingPane());
+        TestBundle::make(bundlePath(), TestBundle::recordingPane());
         window_.emplace().setFixedSize(600, 400);
     }
     ~PanePageTest() override
@@ -49,6 +50,7 @@ protected:
     }
 
     QString panes() const { return folder_.filePath(QStringLiteral("panes")); }
+    QString bundlePath() const { return panes() + QStringLiteral("/Recording.prefPane"); }
     QString recordPath() const { return folder_.filePath(QStringLiteral("record")); }
     /// The calls since the last time.
     QByteArray record() const
@@ -78,8 +80,7 @@ protected:
         auto outcome = std::async(std::launch::async, [&] {
             return InstanceGuard().begin({QString(), {}, files}, timeout);
         });
-        waitUntil([&] { return outcome.wait_for(0s) == std::future_status::ready; });
-        return outcome.get();
+        return resultOf(outcome);
     }
     static QString reason(const PanePage &page)
     {
@@ -158,8 +159,21 @@ TEST_F(PanePageTest, WhatCouldNotBeSavedStaysInThePage)
     EXPECT_FALSE(InstanceGuard().becomeFirst()) << "another host would show the presets as they were";
     EXPECT_EQ(startElsewhere(1s), InstanceGuard::Outcome::NoAnswer) << "the user would see another page";
     page->show();
-    EXPECT_EQ(record(), "didSelect\n");
+    EXPECT_TRUE(record().endsWith("didSelect\n"));
     EXPECT_EQ(startElsewhere(10s), InstanceGuard::Outcome::Handed);
+}
+
+TEST_F(PanePageTest, WhatCouldNotBeSavedIsSavedByAHiddenPageOnceThatCanBe)
+{
+    qputenv("QUENBY_TEST_BEHAVIOUR", "fail to save");
+    PanePage *const page = open();
+    page->hide();
+    record();
+    ASSERT_TRUE(waitUntil([&] { return record() == "save\n"; }, 30s));
+    EXPECT_FALSE(InstanceGuard().becomeFirst());
+    qunsetenv("QUENBY_TEST_BEHAVIOUR");
+    EXPECT_TRUE(waitUntil([] { return InstanceGuard().becomeFirst(); }, 30s)) << "it gives way";
+    EXPECT_EQ(record(), "save\ndestroyed\n");
 }
 
 TEST_F(PanePageTest, TheStripStandsAboveTheViewAndAfterItForTheKeyboard)
@@ -205,6 +219,27 @@ TEST_F(PanePageTest, APaneThatCouldNotBeLoadedIsLeftToOthersAndTriedAgain)
     EXPECT_FALSE(InstanceGuard().becomeFirst());
 }
 
+TEST_F(PanePageTest, APaneThatCannotBeLoadedIsTriedOnceForTheFirstDisplay)
+{
+    qputenv("QUENBY_TEST_BEHAVIOUR", "make no view");
+    PanePage *const page = open();
+    EXPECT_EQ(record(), "created\nloadMainView\ndestroyed\n");
+    page->hide();
+    page->show();
+    EXPECT_EQ(record(), "created\nloadMainView\ndestroyed\n") << "and once for each later one";
+}
+
+TEST_F(PanePageTest, ABundleThatComesLaterIsFoundWhenThePageIsShown)
+{
+    ASSERT_TRUE(QDir(bundlePath()).removeRecursively());
+    PanePage *const page = open();
+    EXPECT_TRUE(reason(*page).startsWith(u"There is no settings pane called")) << qPrintable(reason(*page));
+    TestBundle::make(bundlePath(), TestBundle::recordingPane());
+    page->hide();
+    page->show();
+    EXPECT_EQ(record(), beginning + "didSelect\n") << qPrintable(reason(*page));
+}
+
 TEST_F(PanePageTest, TheHomeOfAnotherUserIsRefused)
 {
     const TemporaryHome others;
@@ -221,6 +256,7 @@ TEST_F(PanePageTest, GivesWayToAnotherHostUntilThatHasEnded)
     std::optional<InstanceGuard> other(std::in_place);
     ASSERT_TRUE(other->becomeFirst());
     std::optional<InstanceGuard::Request> request;
+    std::promise<void> begun;
     // It answers while the page waits here.
     const auto answer = std::async(std::launch::async, [&] {
         QEventLoop loop;
@@ -228,10 +264,12 @@ TEST_F(PanePageTest, GivesWayToAnotherHostUntilThatHasEnded)
             request = asked;
             loop.quit();
         });
+        QTimer::singleShot(0, &loop, [&] { begun.set_value(); });
         QTimer::singleShot(10s, &loop, &QEventLoop::quit);
         loop.exec();
         other->close();
     });
+    begun.get_future().wait();
     const auto page = std::make_unique<PanePage>(paneName, QStringList(panes()), nullptr);
     answer.wait();
     ASSERT_TRUE(request);
