@@ -6,7 +6,6 @@
 #include "Hosting/InstanceGuard.h"
 #include "Hosting/PaneFinder.h"
 #include "Platform/ActivationToken.h"
-#include "Platform/Bundle.h"
 #include "Platform/BusProbe.h"
 #include "Platform/ExitHandler.h"
 #include "Platform/HomeOwner.h"
@@ -86,6 +85,12 @@ QStringList searchFolders()
                                      QStringLiteral(QUENBY_PANES_FROM_PROGRAMS));
 }
 
+/// The pane that was asked for by \a name; empty if none was.
+Result<QString> requestedPane(const QString &name)
+{
+    return name.isEmpty() ? name : PaneFinder::pathOfPane(name, searchFolders());
+}
+
 void showRequestedPane(HostWindow &window, const Result<QString> &requested)
 {
     if (!requested) {
@@ -139,15 +144,16 @@ int main(int argc, char **argv)
         std::fputs(qPrintable(linesText(tr("More than one pane is named.") + u'\n')), stderr);
         return EXIT_FAILURE;
     }
-    const Result<QString> requested = arguments.isEmpty()
-                                          ? Result<QString>(QString())
-                                          : PaneFinder::pathOfPane(arguments.constFirst(), searchFolders());
+    const QString name = arguments.value(0);
+    const Result<QString> requested = requestedPane(name);
     if (!requested)
         std::fputs(qPrintable(linesText(requested.error + u'\n')), stderr);
 
     InstanceGuard guard;
+    // Also what is refused, so that it is not taken for a start that names no pane.
+    const QString refused = name.contains(u'/') ? QFileInfo(name).absoluteFilePath() : name;
     const InstanceGuard::Outcome outcome =
-        guard.begin({requested.value.value_or(QString()), activationToken, files}, otherInstanceTimeout);
+        guard.begin({requested.value.value_or(refused), activationToken, files}, otherInstanceTimeout);
     if (outcome == InstanceGuard::Outcome::Handed)
         return requested ? EXIT_SUCCESS : EXIT_FAILURE;
 
@@ -193,10 +199,11 @@ int main(int argc, char **argv)
         window.openFiles(files);
 
     guard.handleWith([&](const InstanceGuard::Request &request) {
+        const Result<QString> pane = requestedPane(request.panePath);
         // Nothing is left for what is no pane; but what could not be shown may have come meanwhile.
-        if ((Bundle::bundleWithPath(request.panePath) || window.showsError()) &&
-            QThread::currentThread()->loopLevel() == 1)
-            showRequestedPane(window, request.panePath);
+        const bool isAnother = pane && !pane->isEmpty();
+        if ((isAnother || window.showsError()) && QThread::currentThread()->loopLevel() == 1)
+            showRequestedPane(window, pane);
         window.openFiles(request.files);
         WindowActivation::bringToFront(window, request.activationToken);
     });

@@ -3,6 +3,7 @@
 
 // Starts of the program while it runs, and the files that it is given.
 
+#include "Hosting/InstanceGuard.h"
 #include "Tests/Host/HostProgramFixture.h"
 #include "Tests/Hosting/TestBundle.h"
 #include "Tests/Session/ChildProcess.h"
@@ -20,6 +21,19 @@ namespace {
 
 class LaterStartsTest : public HostProgramFixture
 {
+protected:
+    /// Whether \a first, which cannot show \a pane, has come so far that it takes requests. It then has tried
+    /// twice, the second time because it was asked to.
+    bool waitUntilItTakesRequests(ChildProcess &first, const QString &pane) const
+    {
+        const auto hasSaid = [&](int times) {
+            return waitUntil([&] { return first.errors().count("is missing") >= times; });
+        };
+        InstanceGuard later(home_.configFolder(), home_.runtimeFolder());
+        return hasSaid(1) &&
+               later.begin({pane, {}}, std::chrono::seconds(10)) == InstanceGuard::Outcome::Handed &&
+               hasSaid(2);
+    }
 };
 
 } // namespace
@@ -116,8 +130,7 @@ TEST_F(LaterStartsTest, FilesThatComeToAPageWithoutAPaneHaveItTriedAgain)
     ASSERT_TRUE(QDir(panePath()).removeRecursively());
     TestBundle::make(panePath(), {});
     ChildProcess first(program(), {}, environment_);
-    ASSERT_TRUE(waitUntil([&] { return first.errors().contains("is missing"); }))
-        << first.errors().constData();
+    ASSERT_TRUE(waitUntilItTakesRequests(first, panePath())) << first.errors().constData();
     ASSERT_TRUE(QDir(panePath()).removeRecursively());
     TestBundle::make(panePath(), TestBundle::recordingPane());
     const QString file = home_.filePath(QStringLiteral("one.qnbp"));
@@ -126,6 +139,25 @@ TEST_F(LaterStartsTest, FilesThatComeToAPageWithoutAPaneHaveItTriedAgain)
     EXPECT_TRUE(second.hasReturned(0));
     EXPECT_TRUE(waitForRecord("openFiles " + file.toUtf8())) << record().constData();
     EXPECT_EQ(record().count("created"), 1);
+}
+
+TEST_F(LaterStartsTest, APageWithoutAPaneIsNotLeftForAnotherPaneThanTheOneAskedFor)
+{
+    const QString broken = home_.filePath(QStringLiteral("Broken.prefPane"));
+    TestBundle::make(broken, {});
+    const QString other = home_.filePath(QStringLiteral("Other.prefPane"));
+    TestBundle::make(other, TestBundle::recordingPane());
+    ChildProcess first(program(), {broken}, environment_);
+    ASSERT_TRUE(waitUntilItTakesRequests(first, broken)) << first.errors().constData();
+    const QString gone = home_.filePath(QStringLiteral("Gone.prefPane"));
+    ChildProcess second(program(), {gone}, environment_);
+    ASSERT_TRUE(second.waitForEnd());
+    EXPECT_TRUE(second.hasReturned(1));
+    // What comes after it has been taken when this has.
+    const QString file = home_.filePath(QStringLiteral("one.qnbp"));
+    ChildProcess third(program(), {other, file}, environment_);
+    ASSERT_TRUE(waitForRecord("openFiles " + file.toUtf8()));
+    EXPECT_EQ(record().count("created"), 1) << record().constData();
 }
 
 TEST_F(LaterStartsTest, FilesWaitForTheAnswerToAQuestion)
