@@ -122,17 +122,11 @@ Result<> SharedFileList::insertItemURL(const QUrl &url) const
         return Result<>::failure(lock.error);
 
     const QUrl address = fileURLOfPath(*path);
-    const auto isCopy = [&](const Item &item) {
-        const Result<StartedProgram> other =
-            StartedProgram::ofFile(pathOfFileURL(item.url_).value_or(QByteArray()));
-        return !item.isHidden_ && item.url_.fileName() == address.fileName() && other &&
-               !other->identifier().isEmpty() && other->identifier() == started->identifier();
-    };
     QList<Item> replaced;
     qlonglong lastPlace = 0;
     const QList<Item> present = entries();
     for (const Item &item : present) {
-        if (item.url_ == address || isMovedTo(item, address) || isCopy(item))
+        if (item.url_ == address || isMovedTo(item, address))
             replaced.append(item);
         else
             lastPlace = std::max(lastPlace, item.place_);

@@ -55,10 +55,10 @@ public:
 
     /// Appends \a url, of an application bundle or of a program, as the last entry; its path may be any
     /// bytes. An entry that carries this address already is written anew and moved to the end, and active
-    /// again if it was switched off: there is never a second one. So is an active entry that carries the
-    /// address of a file of the same name which is no longer there, as it was moved, or which is an
-    /// application with the same identifier: the session would start both copies. What others put into the
-    /// entry (keys that this class does not write, comments, groups) stays.
+    /// again if it was switched off (`Hidden` and `X-GNOME-Autostart-enabled` go): there is never a second
+    /// one. So is an active entry that carries the address of a file of the same name which is no longer
+    /// there, as it was moved. That of a copy which is still there stays, and the session starts both. What
+    /// others put into the entry (keys that this class does not write, comments, groups) stays.
     ///
     /// An application need not be fit to be started now; its entry starts nothing until it is. Its entry has
     /// the name, the comment and the icon that its information names (`CFBundleDisplayName`,

@@ -113,14 +113,10 @@ QByteArray StartedProgram::icon() const
     return oneLine(text(iconKey));
 }
 
-QString StartedProgram::identifier() const
-{
-    return text(identifierKey);
-}
-
 QString StartedProgram::entryName() const
 {
-    return isApplicationId(identifier()) ? identifier() : nameOfPath(path_);
+    const QString identifier = text(identifierKey);
+    return isApplicationId(identifier) ? identifier : nameOfPath(path_);
 }
 
 bool StartedProgram::isEarlierName(const QString &fileName) const

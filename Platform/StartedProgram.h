@@ -32,12 +32,9 @@ public:
     QByteArray comment() const;
     QByteArray icon() const;
 
-    /// Of the application (`CFBundleIdentifier`); empty without one.
-    QString identifier() const;
-
-    /// What the entry that starts it is called, apart from its suffix: the application's identifier if
-    /// desktops take that for one. They take the name for the identifier of what they have started, and some
-    /// refuse programs without one.
+    /// What the entry that starts it is called, apart from its suffix: the application's identifier
+    /// (`CFBundleIdentifier`) if desktops take that for one. They take the name for the identifier of what
+    /// they have started, and some refuse programs without one.
     QString entryName() const;
 
     /// Whether the entry in \a fileName was named by an earlier version, which knew no identifiers.
