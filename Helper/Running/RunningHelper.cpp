@@ -28,9 +28,12 @@ namespace {
 
 Q_LOGGING_CATEGORY(lcRunning, "quenby.helper")
 
-/// If it is started with the session, it goes on being so after it was moved.
+/// If it is started with the session, it goes on being so after it was moved; not so if the user has stopped
+/// it in the pane since.
 void followWithLoginItem()
 {
+    if (!helperIsWanted())
+        return;
     const QString path = helperBundlePath();
     const std::optional<SharedFileList> loginItems = SharedFileList::create();
     if (!loginItems || !Bundle::isNamedLikeAnApplication(path))

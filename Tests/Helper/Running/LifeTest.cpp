@@ -3,6 +3,7 @@
 
 #include "Helper/HelperService.h"
 #include "Platform/DistributedNotificationCenter.h"
+#include "Platform/Preferences.h"
 #include "Platform/SessionBus.h"
 #include "Tests/Helper/Running/RunningFixture.h"
 #include "Tests/Session/FakeTray.h"
@@ -12,13 +13,13 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QFileInfo>
 #include <QMap>
 
 #include <algorithm>
 #include <csignal>
 #include <gmock/gmock.h>
 
-using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::Not;
 
@@ -53,6 +54,18 @@ protected:
         QProcessEnvironment result = environment();
         result.remove(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"));
         return result;
+    }
+    /// The path of an entry that starts a helper which is no longer there.
+    QString loginItemOfOldPlace() const
+    {
+        const QString folder = home_.configFolder() + QStringLiteral("/autostart");
+        EXPECT_TRUE(QDir().mkpath(folder));
+        QString path = folder + QStringLiteral("/org.quenby.QNBHelper.desktop");
+        QFile entry(path);
+        EXPECT_TRUE(entry.open(QIODevice::WriteOnly));
+        entry.write("[Desktop Entry]\nType=Application\nName=QNBHelper\nExec=/old/QNBHelper.app/QNBHelper\n"
+                    "X-Quenby-URL=file:///old/QNBHelper.app\nX-Quenby-Place=1\n");
+        return path;
     }
     static bool hasRead(ChildProcess &helper) { return helper.errors().contains("presets in the menu: 2"); }
     static bool waitUntilItHasRead(ChildProcess &helper)
@@ -106,19 +119,24 @@ TEST_F(LifeProgramTest, WithoutADisplayItSaysSoAndEnds)
 TEST_F(LifeProgramTest, ItsLoginItemFollowsItToANewPlace)
 {
     store(settings());
-    const QString folder = home_.configFolder() + QStringLiteral("/autostart");
-    ASSERT_TRUE(QDir().mkpath(folder));
-    QFile entry(folder + QStringLiteral("/QNBHelper-old.desktop"));
-    ASSERT_TRUE(entry.open(QIODevice::WriteOnly));
-    entry.write("[Desktop Entry]\nType=Application\nName=QNBHelper\nExec=/old/QNBHelper.app/QNBHelper\n"
-                "X-Quenby-URL=file:///old/QNBHelper.app\nX-Quenby-Place=1\n");
-    entry.close();
+    const QString path = loginItemOfOldPlace();
     const auto helper = start();
-    const QStringList entries = QDir(folder).entryList(QDir::Files);
-    ASSERT_THAT(entries, ElementsAre(QStringLiteral("org.quenby.QNBHelper.desktop")));
-    QFile written(folder + u'/' + entries.constFirst());
-    ASSERT_TRUE(written.open(QIODevice::ReadOnly));
-    EXPECT_THAT(written.readAll().toStdString(), HasSubstr(program().toStdString()));
+    EXPECT_THAT(contentOf(path).toStdString(), HasSubstr(program().toStdString()));
+    EXPECT_EQ(QFileInfo(path).dir().entryList(QDir::Files).size(), 1);
+    expectEndOf(*helper);
+}
+
+TEST_F(LifeProgramTest, AfterAStopInThePaneNoLoginItemFollowsIt)
+{
+    store(settings());
+    Preferences preferences(QStringLiteral(QUENBY_IDENTIFIER), {home_.configFolder(), home_.runtimeFolder()});
+    preferences.setAppValue(QNBPreferenceKey::launchHelperOnStart, false);
+    ASSERT_TRUE(preferences.appSynchronize());
+    const QString path = loginItemOfOldPlace();
+    const QByteArray before = contentOf(path);
+    const auto helper = start();
+    EXPECT_FALSE(before.isEmpty());
+    EXPECT_EQ(contentOf(path), before);
     expectEndOf(*helper);
 }
 
