@@ -32,10 +32,11 @@ public:
         /// It will not be heard, or no longer, with the reason for the log. The hot key may be destroyed by
         /// it.
         std::function<void(const QString &reason)> refused;
+        /// Of the portal: the same in its place where the user has decided so, and is not to be asked again.
+        std::function<void(const QString &reason)> denied;
         /// The same in its place where the desktop has no such way at all.
         std::function<void(const QString &reason)> missing;
-        /// The same in its place where the program that was asked has ended, or is silent: nobody has decided
-        /// anything.
+        /// Of the portal: the same in its place where the program that was asked has ended, or is silent.
         std::function<void(const QString &reason)> gone;
     };
 

@@ -13,26 +13,20 @@
 #include <QGuiApplication>
 #include <QLoggingCategory>
 
-#include <algorithm>
 #include <utility>
-
-using namespace std::chrono_literals;
 
 namespace {
 
 Q_LOGGING_CATEGORY(lcHotKey, "quenby.helper.hotkey")
-
-/// Between two questions to a portal that has gone; each is twice as long as the one before.
-constexpr auto firstPortalPause = 500ms;
-constexpr auto longestPortalPause = 30'000ms;
 
 const QString waylandSession = QStringLiteral("wayland");
 const QString compositorService = QStringLiteral("org.kde.KWin");
 
 } // namespace
 
-HotKeys::HotKeys(SessionBus &bus, Handlers handlers)
+HotKeys::HotKeys(SessionBus &bus, Handlers handlers, const PortalPauses &pauses)
     : handlers_(std::move(handlers))
+    , portalPauses_(pauses)
     , keyboardWatch_([this] {
         if (hotKey_)
             hotKey_->keyboardChanged();
@@ -80,9 +74,10 @@ void HotKeys::set(const KeyCombo &combo)
 
 void HotKeys::beginAnew()
 {
-    hasPortalRefused_ = false;
+    wasDenied_ = false;
+    isPortalGivenUp_ = false;
+    portalPauses_.reset();
     portalPause_.stop();
-    portalPause_.setInterval(0ms);
     askAnew();
 }
 
@@ -132,7 +127,7 @@ void HotKeys::start()
         handlers_.stateChanged(QNBHelperState::HotKey::None, {});
         return;
     }
-    wasRefused_ = hasPortalRefused_;
+    wasRefused_ = wasDenied_;
     if (KeyCodes::withCode(combo_.code))
         tryWay(Way::GlobalAccel);
     else {
@@ -165,7 +160,7 @@ void HotKeys::tryWay(Way way)
             tryWay(nextAfter(way));
         break;
     case Way::Portal:
-        if (bus_ && isWaylandSession() && !hasPortalRefused_ && !portalPause_.isActive())
+        if (bus_ && isWaylandSession() && mayAskPortal())
             grabBy(way);
         else
             tryWay(nextAfter(way));
@@ -177,6 +172,9 @@ void HotKeys::tryWay(Way way)
             tryWay(nextAfter(way));
         break;
     case Way::None:
+        // It may still be heard by the portal.
+        if (!wasRefused_ && portalPause_.isActive())
+            break;
         qCWarning(lcHotKey) << "there is no way to hear of the hot key here";
         handlers_.stateChanged(
             wasRefused_ ? QNBHelperState::HotKey::Refused : QNBHelperState::HotKey::Impossible, {});
@@ -240,15 +238,22 @@ void HotKeys::ownerChanged(Way way, bool wasThere, bool isThere)
             if (!owner.isEmpty())
                 askAnew();
         });
-    } else if (isThere && way_ == Way::None && !hasPortalRefused_ && !portalPause_.isActive()) {
+    } else if (isThere && way_ == Way::None && mayAskPortal()) {
         askAnew();
     }
 }
 
+bool HotKeys::mayAskPortal() const
+{
+    return !wasDenied_ && !isPortalGivenUp_ && !portalPause_.isActive();
+}
+
 void HotKeys::portalHasGone()
 {
-    portalPause_.start(
-        std::clamp(2 * portalPause_.intervalAsDuration(), firstPortalPause, longestPortalPause));
+    if (const auto pause = portalPauses_.next())
+        portalPause_.start(*pause);
+    else
+        isPortalGivenUp_ = true;
     askAnew();
 }
 
@@ -269,6 +274,10 @@ void HotKeys::grabBy(Way way, const QString &owner)
         letGo();
         tryWay(nextAfter(way));
     };
+    const auto refused = [this, end, next](const QString &reason) {
+        wasRefused_ = true;
+        end(reason, next);
+    };
     HotKey::Handlers handlers{
         .pressed =
             [this](const QByteArray &activationToken) {
@@ -279,6 +288,8 @@ void HotKeys::grabBy(Way way, const QString &owner)
         .granted =
             [this](const QString &keys) {
                 qCInfo(lcHotKey) << "the hot key is heard by" << qUtf8Printable(hotKey_->name());
+                if (way_ == Way::Portal)
+                    portalPauses_.reset();
                 handlers_.stateChanged(heardBy(way_), keys);
             },
         .lost =
@@ -286,11 +297,11 @@ void HotKeys::grabBy(Way way, const QString &owner)
                 qCWarning(lcHotKey) << "for now not by" << qUtf8Printable(hotKey_->name()) << reason;
                 handlers_.stateChanged(QNBHelperState::HotKey::Refused, {});
             },
-        .refused =
-            [this, way, end, next](const QString &reason) {
-                wasRefused_ = true;
-                hasPortalRefused_ = hasPortalRefused_ || way == Way::Portal;
-                end(reason, next);
+        .refused = refused,
+        .denied =
+            [this, refused](const QString &reason) {
+                wasDenied_ = true;
+                refused(reason);
             },
         .missing = [end, next](const QString &reason) { end(reason, next); },
         .gone = [this, end](const QString &reason) { end(reason, [this] { portalHasGone(); }); },

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "Helper/Running/HotKey.h"
+#include "Helper/Running/PortalPauses.h"
 #include "Helper/Running/X11KeyboardWatch.h"
 #include "Platform/KeyCodes.h"
 #include "Platform/Mailbox.h"
@@ -24,8 +25,8 @@
 /// there may be an X screen, and a service of hot keys that is not the compositor's is not asked: only the
 /// windows on that screen would hear of the key. If no way takes it there is no hot key, and the log says so.
 /// When the program that serves the way in use ends, or one of a better way comes, it is asked for anew; the
-/// portal after a pause, each longer than the one before. Who has refused by the portal is asked again only
-/// when the settings or the bus change.
+/// portal after a pause, see PortalPauses, and no more if it has gone once more after the longest. It, and
+/// who has refused by the portal, is asked again only when the settings or the bus change.
 class HotKeys : public QObject
 {
 public:
@@ -37,7 +38,7 @@ public:
         std::function<void(QNBHelperState::HotKey state, const QString &keys)> stateChanged;
     };
 
-    HotKeys(SessionBus &bus, Handlers handlers);
+    HotKeys(SessionBus &bus, Handlers handlers, const PortalPauses &pauses = PortalPauses());
     ~HotKeys() override;
 
     /// The session bus is there from now on, or is not; the hot key is asked for anew.
@@ -65,7 +66,8 @@ private:
     void askForGlobalAccel(const std::function<void(const QString &owner)> &then);
     void listenForOwner(SessionBus &bus, Way way, const QString &service);
     void ownerChanged(Way way, bool wasThere, bool isThere);
-    /// The portal may have died of what it was asked: it is left alone for a while.
+    bool mayAskPortal() const;
+    /// The portal may have died of what it was asked: it is left alone for a while, or from now on.
     void portalHasGone();
     /// \a owner is the one of the desktop's own hot keys.
     void grabBy(Way way, const QString &owner = {});
@@ -82,8 +84,10 @@ private:
     Way way_ = Way::None;
     /// One of the ways was there, and did not take it.
     bool wasRefused_ = false;
-    /// The user, or the desktop.
-    bool hasPortalRefused_ = false;
+    /// The user has, asked by the portal.
+    bool wasDenied_ = false;
+    bool isPortalGivenUp_ = false;
+    PortalPauses portalPauses_;
     /// Active while the portal is left alone.
     QTimer portalPause_;
     X11KeyboardWatch keyboardWatch_;

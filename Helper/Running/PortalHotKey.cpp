@@ -16,7 +16,6 @@
 #include <QLoggingCategory>
 #include <QUuid>
 
-#include <optional>
 #include <utility>
 
 /// A shortcut on the bus: its name, and what there is to say of it.
@@ -58,8 +57,9 @@ const QString registryInterface = QStringLiteral("org.freedesktop.host.portal.Re
 const QString sessionToken = QStringLiteral("quenby");
 
 const QString shortcutId = QStringLiteral("show-presets");
-/// What a request is answered with: else the user has cancelled it, or it went wrong.
+/// What a request is answered with: else it went wrong.
 constexpr uint granted = 0;
+constexpr uint cancelled = 1;
 
 /// Part of a path on the bus.
 QString newToken()
@@ -234,10 +234,12 @@ void PortalHotKey::bindingAnswered(uint response, const QVariantMap &results)
     const std::optional<QString> keys = describedKeys(results.value(QStringLiteral("shortcuts")));
     // GNOME 48 grants with any number. Who cancels gives no keys.
     if (keys && (response == granted || !keys->isEmpty())) {
-        isGranted_ = true;
+        keys_ = keys;
         handlers_.granted(*keys);
+    } else if (keys || response == granted || response == cancelled) {
+        handlers_.denied(QStringLiteral("the user does not want it"));
     } else {
-        handlers_.refused(QStringLiteral("the user does not want it"));
+        handlers_.refused(QStringLiteral("it could not ask the user"));
     }
 }
 
@@ -253,12 +255,16 @@ void PortalHotKey::activated(const QDBusMessage &signal)
 void PortalHotKey::shortcutsChanged(const QDBusMessage &signal)
 {
     const auto session = signal.arguments().value(0).value<QDBusObjectPath>();
-    if (!isGranted_ || session != session_)
+    if (!keys_ || session != session_)
         return;
-    if (const std::optional<QString> keys = describedKeys(signal.arguments().value(1)))
+    const std::optional<QString> keys = describedKeys(signal.arguments().value(1));
+    // Some desktops never name the keys.
+    if (keys && (!keys->isEmpty() || keys_->isEmpty())) {
+        keys_ = keys;
         handlers_.granted(*keys);
-    else
+    } else {
         handlers_.lost(QStringLiteral("the user has taken it away"));
+    }
 }
 
 void PortalHotKey::closed(const QDBusMessage &signal)

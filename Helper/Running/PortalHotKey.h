@@ -11,6 +11,7 @@
 #include <QVariantMap>
 
 #include <functional>
+#include <optional>
 
 QT_BEGIN_NAMESPACE
 class QDBusMessage;
@@ -58,5 +59,6 @@ private:
     /// There may be one, from the question on.
     QDBusObjectPath session_;
     bool isSessionOpen_ = false;
-    bool isGranted_ = false;
+    /// As it was granted last, if it was.
+    std::optional<QString> keys_;
 };

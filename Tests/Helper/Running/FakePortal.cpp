@@ -128,6 +128,7 @@ bool FakePortal::handleMessage(const QDBusMessage &message, const QDBusConnectio
     EXPECT_EQ(arguments.value(0).value<QDBusObjectPath>().path(), session_);
     const auto options = qdbus_cast<QVariantMap>(arguments.value(3));
     ++bindings_;
+    askedAt_ = std::chrono::steady_clock::now();
     if (manner_ == Manner::Asking) {
         connection.send(message.createReply(QVariant::fromValue(requestOf(message, options))));
         return true;
@@ -137,8 +138,12 @@ bool FakePortal::handleMessage(const QDBusMessage &message, const QDBusConnectio
             this, [] { QDBusConnection::disconnectFromBus(connectionName); }, Qt::QueuedConnection);
         return true;
     }
-    if (manner_ == Manner::Cancelling) {
-        answer(message, options, cancelled, {}, connection);
+    if (manner_ == Manner::UnableToAsk) {
+        connection.send(message.createErrorReply(QDBusError::Failed, QStringLiteral("there is no screen")));
+        return true;
+    }
+    if (manner_ == Manner::Cancelling || manner_ == Manner::FailingToAsk) {
+        answer(message, options, manner_ == Manner::Cancelling ? cancelled : failed, {}, connection);
         return true;
     }
     const auto shortcuts = arguments.value(1).value<QDBusArgument>();
@@ -148,9 +153,13 @@ bool FakePortal::handleMessage(const QDBusMessage &message, const QDBusConnectio
     shortcuts.endStructure();
     EXPECT_TRUE(shortcuts.atEnd());
     shortcuts.endArray();
-    const FakePortalShortcut bound =
-        described(manner_ == Manner::GrantingNothing ? anotherShortcut : shortcut_, givenKeys);
-    answer(message, options, manner_ == Manner::GrantingWithWrongNumber ? failed : granted,
+    const bool hasWrongNumber =
+        manner_ == Manner::GrantingWithWrongNumber || manner_ == Manner::CancellingWithWrongNumber;
+    const bool hasNoKeys =
+        manner_ == Manner::GrantingWithoutKeys || manner_ == Manner::CancellingWithWrongNumber;
+    const FakePortalShortcut bound = described(
+        manner_ == Manner::GrantingNothing ? anotherShortcut : shortcut_, hasNoKeys ? QString() : givenKeys);
+    answer(message, options, hasWrongNumber ? failed : granted,
            {{QStringLiteral("shortcuts"), QVariant::fromValue(QList<FakePortalShortcut>{bound})}},
            connection);
     return true;

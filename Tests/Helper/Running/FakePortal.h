@@ -8,6 +8,8 @@
 #include <QString>
 #include <QVariantMap>
 
+#include <chrono>
+
 /// The desktop's portal for hot keys on a bus of the test's own, and the user whom it asks.
 class FakePortal final : public QDBusVirtualObject
 {
@@ -36,6 +38,14 @@ public:
         GrantingWithWrongNumber,
         /// The user agrees, and takes the shortcut from the list.
         GrantingNothing,
+        /// It grants what is asked for, and names no keys.
+        GrantingWithoutKeys,
+        /// The user is asked, and cancels; the answer has the number of a failure.
+        CancellingWithWrongNumber,
+        /// It fails while it asks the user.
+        FailingToAsk,
+        /// It answers that it cannot ask the user.
+        UnableToAsk,
         /// It ends when it is to ask the user.
         Dying,
     };
@@ -53,6 +63,8 @@ public:
     bool hasSession() const { return !session_.isEmpty(); }
     /// How often the user was asked.
     int bindings() const { return bindings_; }
+    /// When the user was asked last.
+    std::chrono::steady_clock::time_point askedAt() const { return askedAt_; }
     /// From now on.
     void setManner(Manner manner) { manner_ = manner; }
     /// The user, or the desktop, ends the session.
@@ -78,6 +90,7 @@ private:
     QString session_;
     QString sessionToken_;
     int bindings_ = 0;
+    std::chrono::steady_clock::time_point askedAt_;
     QString shortcut_;
     QVariantMap options_;
 };

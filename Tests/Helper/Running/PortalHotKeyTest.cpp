@@ -35,7 +35,7 @@ protected:
     void grab()
     {
         begin();
-        ASSERT_TRUE(waitUntil([this] { return granted_ + refused_ + missing_ + gone_ > 0; }));
+        ASSERT_TRUE(waitUntil([this] { return granted_ + refused_ + denied_ + missing_ + gone_ > 0; }));
     }
 
     void begin()
@@ -58,6 +58,7 @@ protected:
                                              },
                                          .lost = [this](const QString &) { ++lost_; },
                                          .refused = [this](const QString &) { ++refused_; },
+                                         .denied = [this](const QString &) { ++denied_; },
                                          .missing = [this](const QString &) { ++missing_; },
                                          .gone = [this](const QString &) { ++gone_; }});
         hotKey_->grab(controlAltP);
@@ -70,6 +71,7 @@ protected:
     int granted_ = 0;
     int lost_ = 0;
     int refused_ = 0;
+    int denied_ = 0;
     int missing_ = 0;
     int gone_ = 0;
     QString keys_;
@@ -127,12 +129,53 @@ TEST_F(PortalHotKeyTest, IsLostWhileTheUserHasTakenItAway)
     EXPECT_EQ(refused_, 0);
 }
 
-TEST_F(PortalHotKeyTest, AnAnswerWithoutItIsARefusal)
+TEST_F(PortalHotKeyTest, IsLostWhileItHasNoKeys)
 {
-    FakePortal portal(bus_.address(), FakePortal::Manner::GrantingNothing);
+    FakePortal portal(bus_.address());
     grab();
-    EXPECT_EQ(refused_, 1);
-    EXPECT_EQ(granted_, 0);
+    for (const int times : {1, 2}) {
+        portal.changeKeys({});
+        EXPECT_TRUE(waitUntil([&] { return lost_ == times; }));
+    }
+    portal.changeKeys(FakePortal::givenKeys);
+    EXPECT_TRUE(waitUntil([this] { return granted_ == 2; }));
+    EXPECT_EQ(refused_, 0);
+}
+
+TEST_F(PortalHotKeyTest, IsNotLostWhereTheDesktopNeverNamesItsKeys)
+{
+    FakePortal portal(bus_.address(), FakePortal::Manner::GrantingWithoutKeys);
+    grab();
+    portal.changeKeys({});
+    EXPECT_TRUE(waitUntil([this] { return granted_ == 2; }));
+    EXPECT_EQ(lost_, 0);
+}
+
+TEST_F(PortalHotKeyTest, WhatAUserDoesNotWantIsDenied)
+{
+    for (const auto manner : {FakePortal::Manner::Cancelling, FakePortal::Manner::CancellingWithWrongNumber,
+                              FakePortal::Manner::GrantingNothing}) {
+        FakePortal portal(bus_.address(), manner);
+        denied_ = 0;
+        grab();
+        EXPECT_EQ(denied_, 1) << int(manner);
+        hotKey_.reset();
+        QDBusConnection::disconnectFromBus(connectionName);
+    }
+    EXPECT_EQ(granted_ + refused_, 0);
+}
+
+TEST_F(PortalHotKeyTest, WhatGoesWrongIsARefusalByNobody)
+{
+    for (const auto manner : {FakePortal::Manner::FailingToAsk, FakePortal::Manner::UnableToAsk}) {
+        FakePortal portal(bus_.address(), manner);
+        refused_ = 0;
+        grab();
+        EXPECT_EQ(refused_, 1) << int(manner);
+        hotKey_.reset();
+        QDBusConnection::disconnectFromBus(connectionName);
+    }
+    EXPECT_EQ(granted_ + denied_ + missing_ + gone_, 0);
 }
 
 TEST_F(PortalHotKeyTest, IsGrantedByADesktopThatTakesNoNamesOfApplications)
@@ -244,14 +287,6 @@ TEST_F(PortalHotKeyTest, WithoutASessionThereIsNoSuchWay)
     FakePortal portal(bus_.address(), FakePortal::Manner::Failing);
     grab();
     EXPECT_EQ(missing_, 1);
-}
-
-TEST_F(PortalHotKeyTest, AUserWhoCancelsIsARefusal)
-{
-    FakePortal portal(bus_.address(), FakePortal::Manner::Cancelling);
-    grab();
-    EXPECT_EQ(refused_, 1);
-    EXPECT_EQ(granted_, 0);
 }
 
 TEST_F(PortalHotKeyTest, APortalThatEndsBeforeItAnswersIsGone)
