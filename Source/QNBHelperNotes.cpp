@@ -103,8 +103,8 @@ QString QNBHelperNotes::textOf(const QNBHelperState &state) const
         return tr("The shortcut is heard whichever window has the keyboard.");
     case QNBHelperState::HotKey::Refused:
         return tr("The shortcut is not heard: the desktop does not give it, or another program has it. "
-                  "Choose "
-                  "another one, or bind the command %1 to a key in the desktop's own settings.")
+                  "Choose another one, clear it and record it again to be asked again, or bind the command "
+                  "%1 to a key in the desktop's own settings.")
             .arg(lineText(command_()));
     case QNBHelperState::HotKey::Impossible:
         return tr("The shortcut is not heard: this desktop passes none on to programs. Bind the command %1 "

@@ -82,6 +82,7 @@ TEST_F(QNBHelperNotesTest, WhereItIsNotHeardTheCommandForTheDesktopsSettingsIsNa
     EXPECT_THAT(shortcutNote(), HasSubstr("QNBHelper --launcher"));
     change({.hotKey = QNBHelperState::HotKey::Refused, .hasTray = true});
     EXPECT_THAT(shortcutNote(), HasSubstr("another program has it"));
+    EXPECT_THAT(shortcutNote(), HasSubstr("record it again to be asked again"));
     EXPECT_FALSE(isHintShown());
     EXPECT_THAT(shortcutNote(), HasSubstr("QNBHelper --launcher"));
 }
