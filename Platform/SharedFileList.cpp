@@ -25,6 +25,7 @@
 #include <algorithm>
 #include <limits>
 #include <sys/stat.h>
+#include <utility>
 
 namespace {
 
@@ -177,19 +178,26 @@ Result<> SharedFileList::replaceOutdated(const QUrl &url) const
         else if (isMovedTo(item, address))
             moved.append(item);
     }
-    bool hasPresentName = !std::all_of(own.cbegin(), own.cend(), isEarlier);
+    // Of those that it has under both names an active one is left, if there is one.
+    std::stable_sort(own.begin(), own.end(), [&](const Item &one, const Item &other) {
+        return std::pair(one.isHidden_, isEarlier(one)) < std::pair(other.isHidden_, isEarlier(other));
+    });
     const DurableFileWriter writer;
-    for (const Item &item : std::as_const(own)) {
+    if (!own.isEmpty() && isEarlier(own.constFirst())) {
+        const auto wellNamed = std::find_if_not(own.cbegin(), own.cend(), isEarlier);
+        const std::optional<QString> name = wellNamed == own.cend() ? unusedFileName(started->entryName())
+                                                                    : std::optional(wellNamed->fileName_);
+        if (!name)
+            return Result<>::failure(noNameIsLeft());
+        if (Result<> result = writer.rename(in(own.constFirst().fileName_), in(*name)); !result)
+            return result;
+    }
+    const QList<Item> others = own.mid(1);
+    for (const Item &item : others) {
         if (!isEarlier(item))
             continue;
-        const auto name = hasPresentName ? std::nullopt : unusedFileName(started->entryName());
-        if (!hasPresentName && !name)
-            return Result<>::failure(noNameIsLeft());
-        const Result<> result =
-            name ? writer.rename(in(item.fileName_), in(*name)) : writer.remove(in(item.fileName_));
-        if (!result)
+        if (Result<> result = writer.remove(in(item.fileName_)); !result)
             return result;
-        hasPresentName = true;
     }
     if (moved.isEmpty())
         return {};
@@ -198,9 +206,7 @@ Result<> SharedFileList::replaceOutdated(const QUrl &url) const
         return starting ? write(*started, address, moved, *starting) : Result<>::failure(starting.error);
     }
     // Who switched it off would not have it started in the place of the other.
-    const bool isActive =
-        std::any_of(own.cbegin(), own.cend(), [](const Item &item) { return !item.isHidden_; });
-    return isActive ? discard(moved, address) : Result<>();
+    return own.constFirst().isHidden_ ? Result<>() : discard(moved, address);
 }
 
 bool SharedFileList::isMovedTo(const Item &item, const QUrl &address) const

@@ -70,8 +70,9 @@ public:
     /// Has the active entry of a file of the same name which is no longer there, and so would start nothing,
     /// start \a url; it changes in nothing else, and goes if \a url has an active one. An entry of \a url
     /// that is switched off stays so, and the other stays as it is. The entry that an earlier version wrote
-    /// for \a url under another name is renamed; it goes if there is one of the present name. Entries of
-    /// other programs, and of other files that are there, are left alone.
+    /// for \a url under another name is renamed. If there is one of the present name, too, only one is left:
+    /// the active one, of two that are alike that of the present name. Entries of other programs, and of
+    /// other files that are there, are left alone.
     Result<> replaceOutdated(const QUrl &url) const;
 
     /// In the order of the list: by number of place, then by file name.

@@ -203,3 +203,31 @@ TEST_F(SharedFileListFollowingTest, AnEntryThatAnEarlierVersionNamedIsReplaced)
     }
     EXPECT_TRUE(fileNames().isEmpty()) << "it is switched off";
 }
+
+TEST_F(SharedFileListFollowingTest, OfTwoNamesOfAnEntryTheActiveOneIsLeft)
+{
+    const QString path = application(QStringLiteral("Some.app"));
+    ASSERT_TRUE(insert(path));
+    const QString earlier = entryPath();
+    const QByteArray active = contentOf(earlier);
+    identify(path, "org.example.Some");
+    ASSERT_TRUE(insert(path));
+    const QString present = entryPath();
+    const QByteArray hidden = active + "Hidden=true\n";
+    put(earlier, active + "# by hand\n");
+    put(present, hidden);
+    const QString gone = application(QStringLiteral("gone/Some.app"));
+    ASSERT_TRUE(insert(gone));
+    ASSERT_TRUE(QDir(gone).removeRecursively());
+    ASSERT_TRUE(list().replaceOutdated(urlOf(path)));
+    EXPECT_EQ(resolved(), QStringList{path});
+    EXPECT_EQ(entryPath(), present);
+    EXPECT_EQ(contentOf(present), active + "# by hand\n");
+    EXPECT_EQ(namesIn(folder()).size(), 1);
+
+    put(present, hidden);
+    put(earlier, hidden);
+    ASSERT_TRUE(list().replaceOutdated(urlOf(path)));
+    EXPECT_EQ(namesIn(folder()), QStringList{QFileInfo(present).fileName()}) << "both are switched off";
+    EXPECT_EQ(contentOf(present), hidden);
+}
