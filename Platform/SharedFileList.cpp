@@ -85,6 +85,18 @@ bool isPlain(const QByteArray &path)
     return !path.endsWith(' ') && std::none_of(path.begin(), path.end(), isMisread);
 }
 
+/// The command line of the entry \a bytes with \a program, quoted, in the place of the one that the entry was
+/// written for; \a program alone if it does not hold that.
+QByteArray commandLine(const QByteArray &bytes, const QByteArray &program)
+{
+    QString error;
+    const std::optional<DesktopEntry> entry = DesktopEntry::parse(bytes, &error);
+    const QByteArray before = entry ? entry->string(DesktopEntryKeys::tryExec) : QByteArray();
+    const QByteArray line = entry ? entry->string(DesktopEntryKeys::exec) : QByteArray();
+    const QByteArray part = DesktopEntry::quoted(before);
+    return !before.isEmpty() && line.contains(part) ? QByteArray(line).replace(part, program) : program;
+}
+
 } // namespace
 
 std::optional<SharedFileList> SharedFileList::create()
@@ -228,24 +240,32 @@ Result<QList<DesktopEntry::Change>> SharedFileList::startingWith(const StartedPr
 }
 
 Result<> SharedFileList::write(const StartedProgram &started, const QUrl &address,
-                               const QList<Item> &replaced, const QList<DesktopEntry::Change> &changes) const
+                               const QList<Item> &replaced, QList<DesktopEntry::Change> changes) const
 {
-    // Of those that were moved the one with the present name; what the user calls one that is there stays.
-    const auto isWellNamed = [&](const Item &item) {
-        return item.url_ == address ? !started.isEarlierName(item.fileName_)
-                                    : item.fileName_ == started.entryName() + entrySuffix;
+    constexpr int namedAfterPath = 3;
+    const auto rank = [&](const Item &item) {
+        const bool isOwn = item.url_ == address;
+        if (isOwn && !started.isEarlierName(item.fileName_))
+            return 0;
+        if (item.fileName_ == started.entryName() + entrySuffix)
+            return 1;
+        const QByteArray path = pathOfFileURL(item.url_).value_or(QByteArray());
+        const bool isNamedAfterPath = item.fileName_.startsWith(StartedProgram::nameOfPath(path));
+        return isOwn || isNamedAfterPath ? namedAfterPath : 2;
     };
-    const auto isKept = [&](const Item &item) { return item.url_ == address && isWellNamed(item); };
-    auto kept = std::find_if(replaced.cbegin(), replaced.cend(), isKept);
-    if (kept == replaced.cend())
-        kept = std::find_if(replaced.cbegin(), replaced.cend(), isWellNamed);
+    const auto kept =
+        std::min_element(replaced.cbegin(), replaced.cend(),
+                         [&](const Item &one, const Item &other) { return rank(one) < rank(other); });
+    const bool hasName = kept != replaced.cend() && rank(*kept) < namedAfterPath;
     const std::optional<QString> fileName =
-        kept == replaced.cend() ? unusedFileName(started.entryName()) : std::optional(kept->fileName_);
+        hasName ? std::optional(kept->fileName_) : unusedFileName(started.entryName());
     if (!fileName)
         return Result<>::failure(noNameIsLeft());
-    if (kept == replaced.cend())
-        kept = replaced.cbegin();
     const QByteArray entry = kept == replaced.cend() ? QByteArray() : kept->bytes_;
+    for (DesktopEntry::Change &change : changes) {
+        if (change.key == DesktopEntryKeys::exec)
+            change.value = commandLine(entry, *change.value);
+    }
 
     const DurableFileWriter writer;
     writer.removeStrayTemporaries(in(*fileName));

@@ -58,7 +58,8 @@ public:
     /// again if it was switched off (`Hidden` and `X-GNOME-Autostart-enabled` go): there is never a second
     /// one. So is an active entry that carries the address of a file of the same name which is no longer
     /// there, as it was moved. That of a copy which is still there stays, and the session starts both. What
-    /// others put into the entry (keys that this class does not write, comments, groups) stays.
+    /// others put into the entry (keys that this class does not write, comments, groups, and in the command
+    /// line what stands beside the program) stays.
     ///
     /// An application need not be fit to be started now; its entry starts nothing until it is. Its entry has
     /// the name, the comment and the icon that its information names (`CFBundleDisplayName`,
@@ -68,11 +69,11 @@ public:
     Result<> insertItemURL(const QUrl &url) const;
 
     /// Has the active entry of a file of the same name which is no longer there, and so would start nothing,
-    /// start \a url; it changes in nothing else, and goes if \a url has an active one. An entry of \a url
-    /// that is switched off stays so, and the other stays as it is. The entry that an earlier version wrote
-    /// for \a url under another name is renamed. If there is one of the present name, too, only one is left:
-    /// the active one, of two that are alike that of the present name. Entries of other programs, and of
-    /// other files that are there, are left alone.
+    /// start \a url; it changes in nothing else (its file is renamed if its name was made of the old path),
+    /// and goes if \a url has an active one. An entry of \a url that is switched off stays so, and the other
+    /// stays as it is. The entry that an earlier version wrote for \a url under another name is renamed. If
+    /// there is one of the present name, too, only one is left: the active one, of two that are alike that of
+    /// the present name. Entries of other programs, and of other files that are there, are left alone.
     Result<> replaceOutdated(const QUrl &url) const;
 
     /// In the order of the list: by number of place, then by file name.
@@ -107,10 +108,10 @@ private:
     /// By which the entry that starts \a started differs from others.
     Result<QList<DesktopEntry::Change>> startingWith(const StartedProgram &started,
                                                      const QUrl &address) const;
-    /// Makes \a changes to the entry of \a address: the one of \a replaced that has its name, or else a new
-    /// one, which takes over from the first of them. The others go.
+    /// Makes \a changes to the entry of \a address: the one of \a replaced that has its name, else one that
+    /// the user named, or else a new one, which takes over from the first of them. The others go.
     Result<> write(const StartedProgram &started, const QUrl &address, const QList<Item> &replaced,
-                   const QList<DesktopEntry::Change> &changes) const;
+                   QList<DesktopEntry::Change> changes) const;
     /// Removes the files of \a items but \a kept, and the links of those that do not have \a address.
     Result<> discard(const QList<Item> &items, const QUrl &address, const QString &kept = {}) const;
     void removeLinks(const Item &item) const;

@@ -84,12 +84,15 @@ TEST_F(SharedFileListFollowingTest, OfSeveralEntriesThatFollowOneIsLeft)
     const QString one = application(QStringLiteral("one/Some.app"));
     const QString two = application(QStringLiteral("two/Some.app"));
     const QString place = application(QStringLiteral("new/Some.app"));
+    for (const QString &path : {one, two, place})
+        identify(path, "org.example.Some");
     ASSERT_TRUE(insert(one));
     ASSERT_TRUE(insert(two));
     for (const QString &path : {one, two})
         ASSERT_TRUE(QDir(path).removeRecursively());
     ASSERT_TRUE(list().replaceOutdated(urlOf(place)));
     EXPECT_EQ(resolved(), QStringList{place});
+    EXPECT_EQ(namesIn(folder()), QStringList{QStringLiteral("org.example.Some.desktop")});
 }
 
 TEST_F(SharedFileListFollowingTest, AnEntryKeepsWhatTheUserPutIntoIt)
@@ -202,6 +205,28 @@ TEST_F(SharedFileListFollowingTest, AnEntryThatAnEarlierVersionNamedIsReplaced)
         EXPECT_EQ(contentOf(folder() + u'/' + name), earlier + line);
     }
     EXPECT_TRUE(fileNames().isEmpty()) << "it is switched off";
+}
+
+TEST_F(SharedFileListFollowingTest, AnEntryThatFollowsKeepsItsCommandLineAndItsFile)
+{
+    const QString old = application(QStringLiteral("old/Some.app"));
+    const QString place = application(QStringLiteral("new/Some.app"));
+    for (const QString &path : {old, place})
+        identify(path, "org.example.Some");
+    ASSERT_TRUE(insert(old));
+    const QString users = in(QStringLiteral("users.desktop"));
+    const QByteArray written = contentOf(entryPath())
+                                   .replace("Exec=\"", "Exec=env \"LANG=a b\" \"")
+                                   .replace("\"\nTryExec", "\" --quiet\nTryExec");
+    put(users, written);
+    ASSERT_TRUE(QFile::remove(entryPath()));
+    const QString link = folder() + QStringLiteral("/mine.desktop");
+    ASSERT_TRUE(QFile::link(users, link));
+    ASSERT_TRUE(QDir(old).removeRecursively());
+    ASSERT_TRUE(list().replaceOutdated(urlOf(place)));
+    EXPECT_EQ(namesIn(folder()), QStringList{QStringLiteral("mine.desktop")});
+    EXPECT_TRUE(QFileInfo(link).isSymLink());
+    EXPECT_EQ(contentOf(users), QByteArray(written).replace(old.toUtf8(), place.toUtf8()));
 }
 
 TEST_F(SharedFileListFollowingTest, OfTwoNamesOfAnEntryTheActiveOneIsLeft)
