@@ -205,13 +205,15 @@ void QNBPrefPanePref::scriptsItemClicked(const QAction &menuItem)
         const bool isElsewhere =
             script.isDir() && !program.canonicalFilePath().startsWith(script.canonicalFilePath() + u'/');
         if (!program.isExecutable() || isElsewhere) {
+            const QString title = program.isExecutable() ? tr("Script Program Lies Elsewhere")
+                                                         : tr("Script File not Executable");
             const QString message =
                 program.isExecutable()
                     ? tr("The program of '%1' lies outside of it, behind a link, and is not run. Please put "
                          "the program itself there.")
                     : tr("Script file '%1' is not set to be executable. Please make sure it is set to be "
                          "executable (chmod +x).");
-            answerTo({.title = tr("Script File not Executable"),
+            answerTo({.title = title,
                       .message = message.arg(lineText(script.fileName())),
                       .defaultButton = tr("OK")});
             return;

@@ -166,9 +166,10 @@ TEST_F(QNBPrefPanePrefFolderMenus, AFolderIsRefusedAsAScriptUnlessItHoldsAProgra
         alertAnswers = {AlertPanel::Answer::Default};
         choose(scriptMenu(), QString::fromLatin1(name));
         ASSERT_EQ(alerts.size(), 1) << name;
-        EXPECT_EQ(alerts.at(0).title, QStringLiteral("Script File not Executable"));
-        EXPECT_EQ(alerts.at(0).message.contains(QStringLiteral("chmod +x")),
-                  QString::fromLatin1(name) != QStringLiteral("Elsewhere.app"));
+        const bool isExecutable = QString::fromLatin1(name) == QStringLiteral("Elsewhere.app");
+        EXPECT_EQ(alerts.at(0).title, isExecutable ? QStringLiteral("Script Program Lies Elsewhere")
+                                                   : QStringLiteral("Script File not Executable"));
+        EXPECT_NE(alerts.at(0).message.contains(QStringLiteral("chmod +x")), isExecutable);
     }
     EXPECT_EQ(
         alerts.at(0).message,
