@@ -3,7 +3,9 @@
 
 # Everything our own targets share: warnings, sanitizers, Qt's strict string rules.
 add_library(quenby-options INTERFACE)
-target_compile_options(quenby-options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor)
+target_compile_options(quenby-options INTERFACE -Wall -Wextra -Wpedantic -Wnon-virtual-dtor
+                       # Of several files as one, what is global in the first is global in the next.
+                       $<$<NOT:$<BOOL:$<TARGET_PROPERTY:UNITY_BUILD>>>:-Wshadow>)
 target_compile_definitions(quenby-options INTERFACE QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII
                            QT_NO_URL_CAST_FROM_STRING QT_NO_KEYWORDS QT_NO_NARROWING_CONVERSIONS_IN_CONNECT
                            QT_DISABLE_DEPRECATED_BEFORE=0x060400)
@@ -41,6 +43,11 @@ function(quenby_add_tests room)
   target_link_libraries(${target} PRIVATE quenby-options ${arg_LIBRARIES} Qt6::Test GTest::gtest GTest::gmock)
   target_compile_options(${target} PRIVATE ${QUENBY_TEST_OPTIONS})
   quenby_precompile(${target} tests)
+  if(QUENBY_UNITY_TESTS)
+    set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 8)
+    # A test's fixture has no linkage, which only a header's must have.
+    target_compile_options(${target} PRIVATE -Wno-subobject-linkage)
+  endif()
   target_compile_definitions(${target} PRIVATE QUENBY_TEST_DATA="${CMAKE_CURRENT_SOURCE_DIR}/data")
   set(discovery TEST_PREFIX "${room}." DISCOVERY_MODE PRE_TEST NO_PRETTY_VALUES)
   set(properties LABELS ${room})

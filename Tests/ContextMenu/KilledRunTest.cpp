@@ -12,7 +12,7 @@
 
 namespace {
 
-const QByteArray others = "<actions>\n<action><name>theirs</name></action>\n</actions>\n";
+const QByteArray otherActions = "<actions>\n<action><name>theirs</name></action>\n</actions>\n";
 
 class KilledRunTest : public MenuHome
 {
@@ -23,7 +23,7 @@ protected:
         // One with files of ours, one with a file that holds others' actions.
         makeFolder(data(QStringLiteral("nautilus")));
         makeFolder(config(QStringLiteral("Thunar")));
-        put(config(QStringLiteral("Thunar/uca.xml")), others);
+        put(config(QStringLiteral("Thunar/uca.xml")), otherActions);
         storePresets({QStringLiteral("a")});
     }
 

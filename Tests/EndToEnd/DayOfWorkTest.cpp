@@ -17,10 +17,6 @@ const QString presetFile = QStringLiteral("Wedding.qnbp");
 /// A script that is only text.
 const QString plainText = QStringLiteral("Aisle Music.sh");
 
-/// Beside the pane's window.
-constexpr QPoint dropTargetPlace(1080, 600);
-constexpr QPoint middleOfDropTarget = dropTargetPlace + QPoint(100, 100);
-
 /// One user's first day with the pane: from an empty home to a preset of their own, and every step of it
 /// taken back and made again.
 class DayOfWorkTest : public EditorFixture

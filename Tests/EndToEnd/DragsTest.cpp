@@ -7,10 +7,6 @@
 
 namespace {
 
-/// Beside the pane's window.
-constexpr QPoint dropTargetPlace(1080, 600);
-constexpr QPoint middleOfDropTarget = dropTargetPlace + QPoint(100, 100);
-
 /// What may be dropped where, with the mouse, beginning with the presets that the pane brings along.
 class DragsTest : public EditorFixture
 {

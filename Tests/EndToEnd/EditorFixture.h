@@ -17,6 +17,10 @@ class EditorFixture : public PaneFixture
 protected:
     explicit EditorFixture(QSize screenSize = VirtualScreen::usualSize);
 
+    /// Where a drop target stands that is no part of the pane: beside its window.
+    static constexpr QPoint dropTargetPlace{1080, 600};
+    static constexpr QPoint middleOfDropTarget{1180, 700};
+
     /// Opens the pane.
     void openPane();
     /// Opens the pane, and the other window beside it.

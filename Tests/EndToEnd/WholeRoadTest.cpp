@@ -22,7 +22,7 @@
 
 namespace {
 
-const QString wedding = QStringLiteral("Wedding");
+const QString weddingLabel = QStringLiteral("Wedding");
 /// The numbers of the labels that were chosen, as file managers know them.
 constexpr int blue = 4;
 constexpr int red = 6;
@@ -64,9 +64,9 @@ protected:
         const qsizetype count = pane_.presets().size();
         user_.presses(QStringLiteral("alt+n"));
         ASSERT_TRUE(waitUntil([&] { return pane_.presets().size() == count + 1; }, patience));
-        user_.types(wedding);
+        user_.types(weddingLabel);
         user_.presses(QStringLiteral("Return"));
-        ASSERT_TRUE(waitUntil([&] { return pane_.presets().constLast() == wedding; }, patience));
+        ASSERT_TRUE(waitUntil([&] { return pane_.presets().constLast() == weddingLabel; }, patience));
         user_.presses(QStringLiteral("alt+f"));
         ASSERT_NO_FATAL_FAILURE(addItem(QStringLiteral("ctrl+shift+n"), QStringLiteral("Planning")));
         user_.presses(QStringLiteral("ctrl+5"));
@@ -87,7 +87,7 @@ protected:
     {
         const QString launcher = screen_.windowOf(helper);
         ASSERT_TRUE(waitUntil([&] { return screen_.hasKeyboard(launcher); }, patience));
-        user_.types(wedding.right(4));
+        user_.types(weddingLabel.right(4));
         user_.presses(QStringLiteral("Return"));
     }
     void chooseHotKey()
@@ -162,18 +162,18 @@ TEST_F(WholeRoadTest, APresetComesFromThePaneToTheDisk)
     ASSERT_NO_FATAL_FAILURE(chooseHotKey());
     ASSERT_NO_FATAL_FAILURE(addPreset());
     ASSERT_NO_FATAL_FAILURE(leave());
-    EXPECT_TRUE(waitUntil([&] { return contentOf(actions_).contains(wedding.toUtf8()); }, patience))
+    EXPECT_TRUE(waitUntil([&] { return contentOf(actions_).contains(weddingLabel.toUtf8()); }, patience))
         << "the helper has the new preset put into the file managers' menus";
     EXPECT_EQ(helpers(), QList<qint64>{helper}) << "it runs on without the pane";
 
-    const QDBusMessage answer = orderFromTheHelper(wedding, target_);
+    const QDBusMessage answer = orderFromTheHelper(weddingLabel, target_);
     EXPECT_EQ(answer.type(), QDBusMessage::ReplyMessage) << qPrintable(answer.errorMessage());
     ASSERT_NO_FATAL_FAILURE(expectWedding(target_));
 
     const QString other = session_.home().filePath(QStringLiteral("other"));
     QDir().mkpath(other);
     ChildProcess commandLine(session_.pane().helperProgram(),
-                             {QStringLiteral("--create"), wedding, QStringLiteral("--in"), other},
+                             {QStringLiteral("--create"), weddingLabel, QStringLiteral("--in"), other},
                              session_.environment());
     ASSERT_TRUE(commandLine.waitForEnd(patience));
     EXPECT_TRUE(commandLine.hasReturned(0)) << commandLine.errors().constData();
@@ -185,7 +185,7 @@ TEST_F(WholeRoadTest, APresetComesFromThePaneToTheDisk)
     ASSERT_NO_FATAL_FAILURE(thunar.open(QStringLiteral(QUENBY_THUNAR), client, QStringLiteral("0 items"),
                                         screen_.environmentFrom(session_.environment())));
     ASSERT_NO_FATAL_FAILURE(thunar.openMenuOfBackground());
-    ASSERT_NO_FATAL_FAILURE(thunar.choosePreset(QStringLiteral("Quenby"), wedding));
+    ASSERT_NO_FATAL_FAILURE(thunar.choosePreset(QStringLiteral("Quenby"), weddingLabel));
     ASSERT_NO_FATAL_FAILURE(expectWedding(client));
 
     // By the hot key, into the folder that was used last; what is there stays.
@@ -194,7 +194,7 @@ TEST_F(WholeRoadTest, APresetComesFromThePaneToTheDisk)
     ASSERT_NO_FATAL_FAILURE(chooseInLauncher(helper));
     EXPECT_TRUE(waitUntil([&] { return QFileInfo::exists(another.arg(1)); }, patience));
 
-    const FakeTray::Entry folders = tray_.menuWith(wedding).child(wedding);
+    const FakeTray::Entry folders = tray_.menuWith(weddingLabel).child(weddingLabel);
     ASSERT_FALSE(folders.children.isEmpty());
     tray_.click(folders.children.constFirst());
     EXPECT_TRUE(waitUntil([&] { return QFileInfo::exists(another.arg(2)); }, patience));

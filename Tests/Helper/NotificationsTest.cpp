@@ -17,7 +17,7 @@ using ::testing::IsEmpty;
 namespace {
 
 /// For what is expected to happen.
-constexpr auto longTime = 20s;
+constexpr auto answerTime = 20s;
 
 class NotificationsTest : public ::testing::Test
 {
@@ -42,7 +42,7 @@ TEST_F(NotificationsTest, ShowsTextAndActions)
     const FakeDesktop desktop(bus_.address(), {QStringLiteral("body"), QStringLiteral("actions")});
     Notifications notifications(std::make_shared<SessionBus>(bus_.address()));
     notifications.show(notice());
-    EXPECT_TRUE(notifications.flush(longTime));
+    EXPECT_TRUE(notifications.flush(answerTime));
     ASSERT_EQ(desktop.shown().size(), 1);
     EXPECT_EQ(desktop.shown()[0].program, QStringLiteral("Quenby"));
     EXPECT_EQ(desktop.shown()[0].title, QStringLiteral("Title"));
@@ -56,7 +56,7 @@ TEST_F(NotificationsTest, TextIsNoMarkup)
     const FakeDesktop desktop(bus_.address(), {QStringLiteral("body-markup")});
     Notifications notifications(std::make_shared<SessionBus>(bus_.address()));
     notifications.show(notice());
-    EXPECT_TRUE(notifications.flush(longTime));
+    EXPECT_TRUE(notifications.flush(answerTime));
     ASSERT_EQ(desktop.shown().size(), 1);
     EXPECT_EQ(desktop.shown()[0].text, QStringLiteral("a &lt; b &amp; &quot;c&quot;"));
 }
@@ -66,7 +66,7 @@ TEST_F(NotificationsTest, EveryCharacterIsShown)
     const FakeDesktop desktop(bus_.address(), {QStringLiteral("body")});
     Notifications notifications(std::make_shared<SessionBus>(bus_.address()));
     notifications.show({QStringLiteral("\u202Etitle\n"), QStringLiteral("one\ntwo\u009B\u200B")});
-    EXPECT_TRUE(notifications.flush(longTime));
+    EXPECT_TRUE(notifications.flush(answerTime));
     ASSERT_EQ(desktop.shown().size(), 1);
     EXPECT_EQ(desktop.shown()[0].title, QStringLiteral("<U+202E>title␊"));
     EXPECT_EQ(desktop.shown()[0].text, QStringLiteral("one\ntwo<U+009B><U+200B>"));
@@ -77,7 +77,7 @@ TEST_F(NotificationsTest, ADesktopWithoutActionsGetsNone)
     const FakeDesktop desktop(bus_.address(), {QStringLiteral("body")});
     Notifications notifications(std::make_shared<SessionBus>(bus_.address()));
     notifications.show(notice());
-    EXPECT_TRUE(notifications.flush(longTime));
+    EXPECT_TRUE(notifications.flush(answerTime));
     ASSERT_EQ(desktop.shown().size(), 1);
     EXPECT_THAT(desktop.shown()[0].actions, IsEmpty());
 }
@@ -90,7 +90,7 @@ TEST_F(NotificationsTest, TellsWhichActionWasChosenOfWhichNotice)
     other.handler = [this](const QString &key) { chosen_.append(QStringLiteral("other ") + key); };
     notifications.show(notice());
     notifications.show(other);
-    ASSERT_TRUE(notifications.flush(longTime));
+    ASSERT_TRUE(notifications.flush(answerTime));
     ASSERT_EQ(desktop.shown().size(), 2);
     desktop.choose(desktop.shown()[1].id, QStringLiteral("undo"));
     desktop.choose(desktop.shown()[0].id, QStringLiteral("show"));
@@ -105,7 +105,7 @@ TEST_F(NotificationsTest, AClosedNoticeIsOver)
     Notifications notifications(std::make_shared<SessionBus>(bus_.address()));
     notifications.show(notice());
     notifications.show(notice());
-    ASSERT_TRUE(notifications.flush(longTime));
+    ASSERT_TRUE(notifications.flush(answerTime));
     ASSERT_EQ(desktop.shown().size(), 2);
     desktop.close(desktop.shown()[0].id);
     desktop.choose(desktop.shown()[0].id, QStringLiteral("undo"));
@@ -119,7 +119,7 @@ TEST_F(NotificationsTest, AnotherProgramCannotChoose)
     FakeDesktop desktop(bus_.address(), {QStringLiteral("actions")});
     Notifications notifications(std::make_shared<SessionBus>(bus_.address()));
     notifications.show(notice());
-    ASSERT_TRUE(notifications.flush(longTime));
+    ASSERT_TRUE(notifications.flush(answerTime));
     ChildProcess stranger(QStringLiteral("dbus-send"),
                           {QStringLiteral("--bus=%1").arg(bus_.address()), QStringLiteral("--type=signal"),
                            QStringLiteral("/org/freedesktop/Notifications"),
@@ -138,16 +138,16 @@ TEST_F(NotificationsTest, WithoutAnyoneToShowItNothingIsShown)
 {
     Notifications withoutDesktop(std::make_shared<SessionBus>(bus_.address()));
     withoutDesktop.show(notice());
-    EXPECT_FALSE(withoutDesktop.flush(longTime));
+    EXPECT_FALSE(withoutDesktop.flush(answerTime));
 
     Notifications withoutBus(std::make_shared<SessionBus>(BusProbe::noBusAddress));
     withoutBus.show(notice());
-    EXPECT_FALSE(withoutBus.flush(longTime));
+    EXPECT_FALSE(withoutBus.flush(answerTime));
 
     const SilentSocket socket;
     Notifications withSilence(std::make_shared<SessionBus>(socket.busAddress()));
     withSilence.show(notice());
-    EXPECT_FALSE(withSilence.flush(longTime));
+    EXPECT_FALSE(withSilence.flush(answerTime));
 }
 
 TEST_F(NotificationsTest, ADesktopThatRefusesIsAFailure)
@@ -155,7 +155,7 @@ TEST_F(NotificationsTest, ADesktopThatRefusesIsAFailure)
     const FakeDesktop desktop(bus_.address(), {}, FakeDesktop::Manner::Refusing);
     Notifications notifications(std::make_shared<SessionBus>(bus_.address()));
     notifications.show(notice());
-    EXPECT_FALSE(notifications.flush(longTime));
+    EXPECT_FALSE(notifications.flush(answerTime));
 }
 
 TEST_F(NotificationsTest, ASilentDesktopIsNotWaitedForLongerThanAsked)
@@ -172,14 +172,14 @@ TEST_F(NotificationsTest, ShowsAgainAfterTheBusHasComeBack)
     {
         const FakeDesktop desktop(bus_.address(), {});
         notifications.show(notice());
-        ASSERT_TRUE(notifications.flush(longTime));
+        ASSERT_TRUE(notifications.flush(answerTime));
     }
     bus_.kill();
     bus_.start();
     const FakeDesktop desktop(bus_.address(), {});
     const auto isShown = [&] {
         notifications.show(notice());
-        return notifications.flush(longTime);
+        return notifications.flush(answerTime);
     };
     EXPECT_TRUE(waitUntil(isShown));
     EXPECT_FALSE(desktop.shown().isEmpty());

@@ -27,7 +27,7 @@ using ::testing::IsEmpty;
 
 namespace {
 
-const QString connectionName = QStringLiteral("fake-helper");
+const QString fakeHelperConnection = QStringLiteral("fake-helper");
 
 /// A helper that runs, and writes down what it is asked for.
 class FakeHelper final : public QDBusVirtualObject
@@ -41,11 +41,11 @@ public:
         : manner_(manner)
         , asked_(std::move(asked))
     {
-        QDBusConnection connection = QDBusConnection::connectToBus(busAddress, connectionName);
+        QDBusConnection connection = QDBusConnection::connectToBus(busAddress, fakeHelperConnection);
         EXPECT_TRUE(connection.registerVirtualObject(text("/org/quenby/QNBHelper"), this));
         EXPECT_TRUE(connection.registerService(text("org.quenby.QNBHelper")));
     }
-    ~FakeHelper() override { QDBusConnection::disconnectFromBus(connectionName); }
+    ~FakeHelper() override { QDBusConnection::disconnectFromBus(fakeHelperConnection); }
 
     QStringList orders() const { return orders_; }
 

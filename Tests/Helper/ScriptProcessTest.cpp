@@ -25,12 +25,12 @@ using Outcome = ScriptResult::Outcome;
 namespace {
 
 /// Longer than any of these scripts takes on a busy machine, unless it is to be ended.
-constexpr auto longTime = 60s;
+constexpr auto scriptPatience = 60s;
 
 class ScriptProcessTest : public ::testing::Test
 {
 protected:
-    ScriptProcessTest() { limits_.duration = longTime; }
+    ScriptProcessTest() { limits_.duration = scriptPatience; }
     ~ScriptProcessTest() override { EXPECT_TRUE(hasNoChild()); }
 
     ScriptResult shell(const QByteArray &commands)

@@ -15,8 +15,8 @@
 
 namespace {
 
-const QByteArray oldBytes("old bytes");
-const QByteArray newBytes(100'000, 'n');
+const QByteArray bytesBefore("old bytes");
+const QByteArray bytesAfter(100'000, 'n');
 
 class DurableFileWriterOrderTest : public FileFixture
 {
@@ -95,16 +95,16 @@ TEST_F(DurableFileWriterOrderTest, AFolderMadeIsWrittenToTheOneAboveIt)
     ASSERT_TRUE(DurableFileWriter(&layer).makeFolder(in(QStringLiteral("a/b/c"))));
     EXPECT_TRUE(layer.steps.isEmpty());
 
-    put(path(), oldBytes);
+    put(path(), bytesBefore);
     EXPECT_FALSE(DurableFileWriter().makeFolder(path() + QStringLiteral("/below")));
-    EXPECT_EQ(contentOf(path()), oldBytes);
+    EXPECT_EQ(contentOf(path()), bytesBefore);
 }
 
 TEST_F(DurableFileWriterOrderTest, BytesAreOnTheDiskBeforeTheNameAndTheNameBeforeSuccess)
 {
     const QByteArray folder = QFile::encodeName(root());
     for (const auto act : {Act::Write, Act::Give, Act::Copy, Act::Rename, Act::Remove}) {
-        put(in(QStringLiteral("other")), newBytes);
+        put(in(QStringLiteral("other")), bytesAfter);
         RecordingLayer layer;
         const DurableFileWriter writer(&layer);
         const bool isWritten = act == Act::Write || act == Act::Give || act == Act::Copy;
@@ -139,7 +139,7 @@ TEST_F(DurableFileWriterOrderTest,
                                             std::pair{EIO, false}, std::pair{EACCES, false}}) {
         RecordingLayer layer;
         layer.folderError = error;
-        EXPECT_EQ(DurableFileWriter(&layer).write(path(), newBytes).ok, isForgiven) << error;
+        EXPECT_EQ(DurableFileWriter(&layer).write(path(), bytesAfter).ok, isForgiven) << error;
     }
     class WithoutReading : public FileLayer
     {
@@ -153,7 +153,7 @@ TEST_F(DurableFileWriterOrderTest,
             return -1;
         }
     } layer;
-    EXPECT_TRUE(DurableFileWriter(&layer).write(path(), oldBytes)) << "a folder may be writable only";
+    EXPECT_TRUE(DurableFileWriter(&layer).write(path(), bytesBefore)) << "a folder may be writable only";
     layer.error = EIO;
-    EXPECT_FALSE(DurableFileWriter(&layer).write(path(), oldBytes));
+    EXPECT_FALSE(DurableFileWriter(&layer).write(path(), bytesBefore));
 }

@@ -16,7 +16,7 @@
 namespace {
 
 const QByteArray theirBytes("theirs");
-const QByteArray newBytes("new bytes");
+const QByteArray racingBytes("new bytes");
 
 /// A disk on which all that leads to the file "theirs" is another user's.
 class SharedDisk : public InterveningLayer
@@ -99,7 +99,7 @@ TEST_F(DurableFileWriterRaceTest, ALinkThatIsExchangedForAnotherIsNeitherHalfThe
             putLink(first, link);
             SharedDisk layer;
             layer.before({}, call, [&, text = second] { putLink(text, link); });
-            static_cast<void>(DurableFileWriter(&layer).write(path(), newBytes));
+            static_cast<void>(DurableFileWriter(&layer).write(path(), racingBytes));
             EXPECT_EQ(contentOf(theirs()), theirBytes) << first << ' ' << call;
             if (layer.made().size() <= call)
                 break;
@@ -117,7 +117,7 @@ TEST_F(DurableFileWriterRaceTest, AFileDoesNotGetTheModeOfWhatALinkInItsPlaceLea
         ASSERT_EQ(::chmod(encoded(QStringLiteral("file")).constData(), 0600), 0);
         SharedDisk layer;
         layer.before({}, call, [&] { putLink("theirs", encoded(QStringLiteral("file"))); });
-        static_cast<void>(DurableFileWriter(&layer).write(path(), newBytes));
+        static_cast<void>(DurableFileWriter(&layer).write(path(), racingBytes));
         EXPECT_EQ(contentOf(theirs()), theirBytes) << call;
         if (const mode_t mode = modeOf(path()); S_ISREG(mode)) {
             EXPECT_EQ(mode & 07777, 0600U) << call;
@@ -131,7 +131,7 @@ TEST_F(DurableFileWriterRaceTest, ANewFileNeverReplacesOneThatAppearsMeanwhile)
 {
     const auto appears = [&](InterveningLayer &layer, const QByteArray &before) {
         layer.before(before, 0, [&] { put(path(), theirBytes); });
-        const Result<bool> written = DurableFileWriter(&layer).writeIfFree(path(), newBytes, 0640);
+        const Result<bool> written = DurableFileWriter(&layer).writeIfFree(path(), racingBytes, 0640);
         EXPECT_TRUE(written) << qPrintable(written.error);
         EXPECT_FALSE(written.value.value_or(true)) << before.constData();
         EXPECT_EQ(contentOf(path()), theirBytes) << before.constData();
@@ -156,9 +156,9 @@ TEST_F(DurableFileWriterRaceTest, ANewFileIsWrittenOnEachKindOfDisk)
     for (FileLayer *layer : {&FileLayer::real(), static_cast<FileLayer *>(&withLinks),
                              static_cast<FileLayer *>(&withoutLinks)}) {
         const DurableFileWriter writer(layer);
-        const Result<bool> written = writer.writeIfFree(path(), newBytes, 0640);
+        const Result<bool> written = writer.writeIfFree(path(), racingBytes, 0640);
         EXPECT_TRUE(written.value.value_or(false)) << qPrintable(written.error);
-        EXPECT_EQ(contentOf(path()), newBytes);
+        EXPECT_EQ(contentOf(path()), racingBytes);
         EXPECT_EQ(modeOf(path()) & 07777, 0640U);
         EXPECT_TRUE(writer.copy(path(), mine()));
         EXPECT_EQ(namesIn(root()), (QStringList{QStringLiteral("file"), QStringLiteral("mine")}));

@@ -19,9 +19,9 @@ namespace {
 const QString saver = QStringLiteral(QUENBY_TEST_SAVE);
 const QString key = QStringLiteral("key");
 constexpr int size = 50'000;
-constexpr int patience = 240'000;
+constexpr int processPatience = 240'000;
 /// Any user but the administrator.
-constexpr uid_t nobody = 65534;
+constexpr uid_t otherUser = 65534;
 
 /// One system call of a save: its name and which of the calls of that name it is.
 struct SystemCall
@@ -53,7 +53,7 @@ protected:
         process.setProcessEnvironment(environment());
         process.setProcessChannelMode(QProcess::ForwardedChannels);
         process.start(program, arguments);
-        EXPECT_TRUE(process.waitForFinished(patience)) << qPrintable(program);
+        EXPECT_TRUE(process.waitForFinished(processPatience)) << qPrintable(program);
         return process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
     }
 
@@ -116,8 +116,8 @@ protected:
     {
         const pid_t child = ::fork();
         if (child == 0) {
-            const bool ready = ::geteuid() != 0 || (::setgroups(0, nullptr) == 0 && ::setgid(nobody) == 0 &&
-                                                    ::setuid(nobody) == 0);
+            const bool ready = ::geteuid() != 0 || (::setgroups(0, nullptr) == 0 &&
+                                                    ::setgid(otherUser) == 0 && ::setuid(otherUser) == 0);
             ::_exit(!ready ? 2 : work() ? 0 : 1);
         }
         int status = -1;
@@ -131,7 +131,8 @@ protected:
         if (::geteuid() != 0)
             return;
         for (const QString &path : {root(), folder(), in(QStringLiteral("locks")), file()})
-            ASSERT_EQ(::chown(QFile::encodeName(path).constData(), nobody, nobody), 0) << qPrintable(path);
+            ASSERT_EQ(::chown(QFile::encodeName(path).constData(), otherUser, otherUser), 0)
+                << qPrintable(path);
     }
 
     static void setMode(const QString &path, mode_t mode)
@@ -237,7 +238,7 @@ TEST_F(PreferencesProcessTest, TwoProcessesSavingAtOnceLoseNoUpdate)
                               QString::number(saves)});
     }
     for (QProcess &process : processes) {
-        ASSERT_TRUE(process.waitForFinished(patience));
+        ASSERT_TRUE(process.waitForFinished(processPatience));
         EXPECT_EQ(process.exitCode(), 0);
     }
     const QVariantMap values = valuesOf(contentOf(place.filePath(QStringLiteral("org.example.Test.plist"))));

@@ -21,7 +21,7 @@ namespace {
 
 /// Above all that the kernel gives out.
 constexpr pid_t noPid = 4'200'000;
-const QString helper = QStringLiteral("QNBHelper");
+const QString helperName = QStringLiteral("QNBHelper");
 
 class ProcessTableRootTest : public FileFixture
 {
@@ -61,7 +61,7 @@ protected:
         ASSERT_TRUE(QFile::link(path, of(pid, QStringLiteral("exe"))));
     }
 
-    QList<ProcessSerialNumber> helpers() const { return ProcessTable::processesNamed(helper, root()); }
+    QList<ProcessSerialNumber> helpers() const { return ProcessTable::processesNamed(helperName, root()); }
     QList<ProcessSerialNumber> all() const { return ProcessTable::processesAfter(kNoProcess, root()); }
     std::optional<ProcessInformation> informationOf(const ProcessSerialNumber &process) const
     {
@@ -102,7 +102,7 @@ TEST_F(ProcessTableRootTest, TheTableIsInTheOrderOfIdsHoweverItIsStored)
 
 TEST_F(ProcessTableRootTest, AProcessWhoseIdGoesToAnotherAfterItWasListedIsNotSignalled)
 {
-    const IdleProgram program(helper);
+    const IdleProgram program(helperName);
     const auto child = program.start();
     const auto listed = add(pid_t(child->pid()), 1000);
     EXPECT_THAT(helpers(), testing::Contains(listed));
@@ -217,7 +217,7 @@ TEST_F(ProcessTableRootTest, FilesOfAnotherKindAreNotWaitedFor)
 TEST_F(ProcessTableRootTest, WithoutATableThereIsNoProcess)
 {
     const QString nowhere = in(QStringLiteral("nowhere"));
-    EXPECT_THAT(ProcessTable::processesNamed(helper, nowhere), IsEmpty());
+    EXPECT_THAT(ProcessTable::processesNamed(helperName, nowhere), IsEmpty());
     EXPECT_THAT(ProcessTable::processesAfter(kNoProcess, nowhere), IsEmpty());
     EXPECT_FALSE(ProcessTable::getNextProcess(kNoProcess, nowhere));
     EXPECT_FALSE(ProcessTable::getProcessInformation(first_, nowhere));
@@ -264,7 +264,7 @@ TEST_F(ProcessTableRootTest, TypeAndSignatureAreThoseOfTheBundle)
     const QString bundle = in(QStringLiteral("QNBHelper.app"));
     const QString code = bundle + QStringLiteral("/Contents/MacOS");
     ASSERT_TRUE(QDir().mkpath(code));
-    setExecutable(noPid, code + u'/' + helper);
+    setExecutable(noPid, code + u'/' + helperName);
     const QString information = bundle + QStringLiteral("/Contents/Info.plist");
     const auto describe = [&](const QByteArray &type, const QByteArray &signature) {
         put(information, "<plist version=\"1.0\"><dict><key>CFBundlePackageType</key>" + type +
@@ -281,5 +281,5 @@ TEST_F(ProcessTableRootTest, TypeAndSignatureAreThoseOfTheBundle)
     EXPECT_EQ(informationOf(first_)->mode, 0U);
     put(information, "damaged");
     EXPECT_EQ(informationOf(first_)->signature, 0U);
-    EXPECT_EQ(informationOf(first_)->name, helper);
+    EXPECT_EQ(informationOf(first_)->name, helperName);
 }

@@ -12,7 +12,7 @@
 
 namespace {
 
-PropertyListDocument::Ptr parsed(const QByteArray &bytes)
+PropertyListDocument::Ptr parsedDocument(const QByteArray &bytes)
 {
     QString error;
     const PropertyListDocument::Ptr document = PropertyListDocument::parse(bytes, &error);
@@ -103,7 +103,7 @@ TEST_P(RepeatedKeys, ABinaryDocumentHasEachKeyOnceWhetherItRepeatsTheReferenceOr
             values.push_back(document.string(QByteArray::number(i)));
         }
         const BinaryDocument::Ref dictionary = document.dictionary(keys, values);
-        const PropertyListDocument::Ptr read = parsed(document.bytes(dictionary));
+        const PropertyListDocument::Ptr read = parsedDocument(document.bytes(dictionary));
         ASSERT_TRUE(read);
         expectEachKeyOnce(read->root(), GetParam());
     }
@@ -114,7 +114,7 @@ TEST_P(RepeatedKeys, AnXMLDocumentHasEachKeyOnce)
     QByteArray xml = "<dict>";
     for (int i = 0; i < GetParam().count(); ++i)
         xml += "<key>" + GetParam().key(i) + "</key><string>" + QByteArray::number(i) + "</string>";
-    const PropertyListDocument::Ptr read = parsed(xml + "</dict>");
+    const PropertyListDocument::Ptr read = parsedDocument(xml + "</dict>");
     ASSERT_TRUE(read);
     expectEachKeyOnce(read->root(), GetParam());
 }

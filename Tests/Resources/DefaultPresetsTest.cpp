@@ -13,7 +13,7 @@
 namespace {
 
 const QString fileContentFolder = QStringLiteral(QUENBY_RESOURCES "/QNB Default AppSupport/File Content/");
-const QString scriptsFolder = QStringLiteral(QUENBY_RESOURCES "/QNB Default AppSupport/Scripts/");
+const QString shippedScripts = QStringLiteral(QUENBY_RESOURCES "/QNB Default AppSupport/Scripts/");
 
 const QSet<QString> recordKeys = {QStringLiteral("label"), QStringLiteral("fileHierarchy"),
                                   QStringLiteral("scriptFile"), QStringLiteral("presetDescription")};
@@ -122,7 +122,7 @@ TEST_F(DefaultPresetsTest, RecordsHoldWhatTheStoreKnowsAndNothingElse)
         EXPECT_TRUE(itemKeys.contains(keysOf(root))) << label;
         EXPECT_GE(depth(root), 3) << label << " is hardly a structure";
         const QString script = record[QStringLiteral("scriptFile")].toString();
-        EXPECT_TRUE(script.isEmpty() || QFileInfo(scriptsFolder + script).isExecutable())
+        EXPECT_TRUE(script.isEmpty() || QFileInfo(shippedScripts + script).isExecutable())
             << label << ": " << qPrintable(script);
     }
 }

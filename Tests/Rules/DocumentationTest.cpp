@@ -16,7 +16,7 @@ using ::testing::IsEmpty;
 
 namespace {
 
-const QString top = QStringLiteral(QUENBY_SOURCE_TREE "/");
+const QString projectFolder = QStringLiteral(QUENBY_SOURCE_TREE "/");
 
 QString textOf(const QString &path)
 {
@@ -41,8 +41,9 @@ QStringList linksOf(const QString &markdown)
 
 QStringList documents()
 {
-    QStringList paths = {top + QStringLiteral("README.md"), top + QStringLiteral("CONTRIBUTING.md")};
-    QDirIterator walk(top + QStringLiteral("Documentation"), {QStringLiteral("*.md")}, QDir::Files,
+    QStringList paths = {projectFolder + QStringLiteral("README.md"),
+                         projectFolder + QStringLiteral("CONTRIBUTING.md")};
+    QDirIterator walk(projectFolder + QStringLiteral("Documentation"), {QStringLiteral("*.md")}, QDir::Files,
                       QDirIterator::Subdirectories);
     while (walk.hasNext())
         paths.append(walk.next());
@@ -70,14 +71,14 @@ TEST(DocumentationTest, LinksAreFound)
 TEST(DocumentationTest, EveryPackageIsExplained)
 {
     QProcess list;
-    list.start(top + QStringLiteral("scripts/install-packages"),
+    list.start(projectFolder + QStringLiteral("scripts/install-packages"),
                {QStringLiteral("--list"), QStringLiteral("build"), QStringLiteral("wayland"),
                 QStringLiteral("systemsettings"), QStringLiteral("test")});
     ASSERT_TRUE(list.waitForFinished()) << qPrintable(list.errorString());
     const QStringList packages =
         QString::fromUtf8(list.readAllStandardOutput()).split(u'\n', Qt::SkipEmptyParts);
     ASSERT_THAT(packages, Contains(QStringLiteral("cmake")));
-    const QString readMe = textOf(top + QStringLiteral("README.md"));
+    const QString readMe = textOf(projectFolder + QStringLiteral("README.md"));
     for (const QString &package : packages)
         EXPECT_TRUE(readMe.contains(u'`' + package + u'`'))
             << "README.md does not say what " << qPrintable(package) << " is for";
@@ -85,7 +86,7 @@ TEST(DocumentationTest, EveryPackageIsExplained)
 
 TEST(DocumentationTest, ThePackagesOfOtherDistributionsAreThoseOfTheTable)
 {
-    const QString readMe = textOf(top + QStringLiteral("README.md"));
+    const QString readMe = textOf(projectFolder + QStringLiteral("README.md"));
     const QStringList rows =
         readMe.mid(readMe.indexOf(u"| Debian | Fedora | Arch | openSUSE |")).split(u'\n');
     int column = 1;
@@ -97,7 +98,7 @@ TEST(DocumentationTest, ThePackagesOfOtherDistributionsAreThoseOfTheTable)
         release.write(system);
         release.close();
         QProcess command;
-        command.start(top + QStringLiteral("scripts/packages-elsewhere"), {release.fileName()});
+        command.start(projectFolder + QStringLiteral("scripts/packages-elsewhere"), {release.fileName()});
         ASSERT_TRUE(command.waitForFinished()) << qPrintable(command.errorString());
         const QString line = QString::fromUtf8(command.readAllStandardOutput()).trimmed();
         QStringList named;
@@ -106,22 +107,23 @@ TEST(DocumentationTest, ThePackagesOfOtherDistributionsAreThoseOfTheTable)
         EXPECT_GT(named.size(), 9);
         EXPECT_TRUE(line.startsWith(u"sudo ") && line.endsWith(u' ' + named.join(u' '))) << qPrintable(line);
     }
-    EXPECT_NE(
-        QProcess::execute(top + QStringLiteral("scripts/packages-elsewhere"), {QStringLiteral("/dev/null")}),
-        0);
+    EXPECT_NE(QProcess::execute(projectFolder + QStringLiteral("scripts/packages-elsewhere"),
+                                {QStringLiteral("/dev/null")}),
+              0);
 }
 
 TEST(DocumentationTest, TheMetainfoNamesThisVersionFirst)
 {
     static const QRegularExpression release(QStringLiteral("<release version=\"([^\"]+)\""));
-    EXPECT_EQ(release.match(textOf(top + QStringLiteral("Resources/org.quenby.quenby.metainfo.xml.in")))
-                  .captured(1),
-              QStringLiteral(QUENBY_VERSION));
+    EXPECT_EQ(
+        release.match(textOf(projectFolder + QStringLiteral("Resources/org.quenby.quenby.metainfo.xml.in")))
+            .captured(1),
+        QStringLiteral(QUENBY_VERSION));
 }
 
 TEST(DocumentationTest, ThePackageIsOfThisVersion)
 {
     static const QRegularExpression entry(QStringLiteral("\\Aquenby \\(([^)]+)-[^-)]+\\) "));
-    EXPECT_EQ(entry.match(textOf(top + QStringLiteral("packaging/debian/changelog"))).captured(1),
+    EXPECT_EQ(entry.match(textOf(projectFolder + QStringLiteral("packaging/debian/changelog"))).captured(1),
               QStringLiteral(QUENBY_VERSION));
 }

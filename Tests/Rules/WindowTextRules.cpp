@@ -23,7 +23,7 @@ bool isProduct(const SourceFile &file)
            });
 }
 
-QString describe(const SourceFile &file, qsizetype at, const QString &reason)
+QString describeAt(const SourceFile &file, qsizetype at, const QString &reason)
 {
     const qsizetype line = file.text.left(at).count(u'\n');
     return QStringLiteral("%1:%2: %3. %4")
@@ -63,9 +63,9 @@ QStringList violationsOfToolTips(const SourceFile &file, const QString &code)
         const qsizetype open = found.capturedEnd() - 1;
         if (!isOwnOrPlain(code.mid(open + 1, closingBracket(code, open) - open - 1)))
             violations.append(
-                describe(file, found.capturedStart(),
-                         QStringLiteral("A tool tip that looks like markup is taken for it: use "
-                                        "PlainText::toolTip()")));
+                describeAt(file, found.capturedStart(),
+                           QStringLiteral("A tool tip that looks like markup is taken for it: use "
+                                          "PlainText::toolTip()")));
     }
     return violations;
 }
@@ -107,9 +107,10 @@ QStringList WindowTextRules::violationsOfPlainText(const SourceFile &file)
     const QString code = codeOf(file.text);
     QStringList violations = violationsOfToolTips(file, code);
     for (auto match = made.globalMatch(code); match.hasNext();)
-        violations.append(describe(file, match.next().capturedStart(),
-                                   QStringLiteral("A text that looks like markup is taken for it: what shows "
-                                                  "texts is made by Toolkit/PlainText.h")));
+        violations.append(
+            describeAt(file, match.next().capturedStart(),
+                       QStringLiteral("A text that looks like markup is taken for it: what shows "
+                                      "texts is made by Toolkit/PlainText.h")));
     return violations;
 }
 
@@ -163,9 +164,9 @@ QStringList WindowTextRules::violationsOfFilling(const SourceFile &file)
         const qsizetype end = closingBracket(code, found.capturedEnd() - 1) + 1;
         if (next.match(code, end).hasMatch())
             violations.append(
-                describe(file, found.capturedStart(),
-                         QStringLiteral("\"%1\" in what fills the first place would be filled by "
-                                        "the second call: fill all in one, arg(a, b)")));
+                describeAt(file, found.capturedStart(),
+                           QStringLiteral("\"%1\" in what fills the first place would be filled by "
+                                          "the second call: fill all in one, arg(a, b)")));
     }
     return violations;
 }
@@ -179,8 +180,8 @@ QStringList WindowTextRules::violationsOfPrinting(const SourceFile &file)
     QStringList violations;
     for (auto match = raw.globalMatch(codeOf(file.text)); match.hasNext();)
         violations.append(
-            describe(file, match.next().capturedStart(),
-                     QStringLiteral("What moves the cursor or turns the direction of writing is "
-                                    "obeyed: use lineText()")));
+            describeAt(file, match.next().capturedStart(),
+                       QStringLiteral("What moves the cursor or turns the direction of writing is "
+                                      "obeyed: use lineText()")));
     return violations;
 }

@@ -10,7 +10,7 @@ using ::testing::SizeIs;
 
 namespace {
 
-SourceFile file(const char *path, const char *text)
+SourceFile sourceFile(const char *path, const char *text)
 {
     return {QString::fromLatin1(path), QString::fromUtf8(text)};
 }
@@ -58,7 +58,8 @@ TEST(WindowTextRulesTest, WhatCouldShowMarkupIsCaught)
           "item->setToolTip(tr(\"In %1\").arg(name));", "item->setToolTip(a ? tr(\"x\") : name);",
           "QToolTip::showText(at, text, this);", "if (role == Qt::ToolTipRole)", "view->setHtml(text);",
           "label->setTextFormat(Qt::PlainText);", "new QTextEdit(text)", "QInputDialog::getText(this, a, b)"})
-        EXPECT_THAT(WindowTextRules::violationsOfPlainText(file("Helper/Running/A.cpp", code)), SizeIs(1))
+        EXPECT_THAT(WindowTextRules::violationsOfPlainText(sourceFile("Helper/Running/A.cpp", code)),
+                    SizeIs(1))
             << code;
     for (const char *code :
          {"QLabel *a = PlainText::label(name);", "// new QLabel(name)", "log(\"new QLabel(name)\");",
@@ -68,9 +69,10 @@ TEST(WindowTextRulesTest, WhatCouldShowMarkupIsCaught)
           "button->setToolTip(isSet ? b : PlainText::toolTip(c));",
           "dialog->setLabelText(QFileDialog::Accept, title);",
           "connect(a, &QLabel::linkActivated, this, b);"})
-        EXPECT_THAT(WindowTextRules::violationsOfPlainText(file("Helper/Running/A.cpp", code)), IsEmpty())
+        EXPECT_THAT(WindowTextRules::violationsOfPlainText(sourceFile("Helper/Running/A.cpp", code)),
+                    IsEmpty())
             << code;
-    EXPECT_THAT(WindowTextRules::violationsOfPlainText(file("Tests/Host/A.cpp", "QLabel a(name);")),
+    EXPECT_THAT(WindowTextRules::violationsOfPlainText(sourceFile("Tests/Host/A.cpp", "QLabel a(name);")),
                 IsEmpty());
 }
 
@@ -99,9 +101,11 @@ TEST(WindowTextRulesTest, FillingInTwoCallsIsCaught)
 {
     for (const char *code :
          {"tr(\"%1 %2\").arg(a).arg(b)", "tr(\"%1 (%2)\")\n    .arg(f(a, \")\"))\n    .arg(b)"})
-        EXPECT_THAT(WindowTextRules::violationsOfFilling(file("Source/A.cpp", code)), SizeIs(1)) << code;
+        EXPECT_THAT(WindowTextRules::violationsOfFilling(sourceFile("Source/A.cpp", code)), SizeIs(1))
+            << code;
     for (const char *code : {"tr(\"%1 %2\").arg(a, b)", "f(x.arg(a), y.arg(b))", "a.arg(b) + c.arg(d)"})
-        EXPECT_THAT(WindowTextRules::violationsOfFilling(file("Source/A.cpp", code)), IsEmpty()) << code;
+        EXPECT_THAT(WindowTextRules::violationsOfFilling(sourceFile("Source/A.cpp", code)), IsEmpty())
+            << code;
 }
 
 TEST(WindowTextRulesTest, PrintingANameAsItIsIsCaught)
@@ -109,8 +113,10 @@ TEST(WindowTextRulesTest, PrintingANameAsItIsIsCaught)
     for (const char *code :
          {"std::fputs(qPrintable(name), stderr);", "qCWarning(log, f, qUtf16Printable(name));",
           "qCWarning(log).noquote() << name;"})
-        EXPECT_THAT(WindowTextRules::violationsOfPrinting(file("Source/A.cpp", code)), SizeIs(1)) << code;
+        EXPECT_THAT(WindowTextRules::violationsOfPrinting(sourceFile("Source/A.cpp", code)), SizeIs(1))
+            << code;
     for (const char *code : {"std::fputs(qPrintable(lineText(name)), stderr);",
                              "qCWarning(log).noquote()\n    << linesText(name);", "qCWarning(log) << name;"})
-        EXPECT_THAT(WindowTextRules::violationsOfPrinting(file("Source/A.cpp", code)), IsEmpty()) << code;
+        EXPECT_THAT(WindowTextRules::violationsOfPrinting(sourceFile("Source/A.cpp", code)), IsEmpty())
+            << code;
 }

@@ -12,6 +12,11 @@ class QAction;
 class QLineEdit;
 QT_END_NAMESPACE
 
+inline QString text(const char *latin1)
+{
+    return QString::fromLatin1(latin1);
+}
+
 /// A pane that shows one preset, with ways to talk of its items by their names.
 class HierarchyFixture : public PaneFixture
 {

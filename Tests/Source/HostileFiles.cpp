@@ -20,7 +20,7 @@ constexpr qsizetype bytesPerReference = 2;
 constexpr qsizetype bytesPerItem = 16;
 
 /// A domain with one preset, which has these values under "extra" and these children.
-QByteArray domain(BinaryDocument &document, const Refs &extra, const Refs &children)
+QByteArray domainBytes(BinaryDocument &document, const Refs &extra, const Refs &children)
 {
     const Ref tree = document.dictionary({document.string("isFolder"), document.string("children")},
                                          {document.boolean(true), document.array(children)});
@@ -82,7 +82,7 @@ QByteArray shared(Large large, qsizetype size, bool isPreset)
         break;
     }
     }
-    return isPreset ? archive(document, extra, children) : domain(document, extra, children);
+    return isPreset ? archive(document, extra, children) : domainBytes(document, extra, children);
 }
 
 /// Arrays of one folder shared: \a width children for each of the levels.
@@ -95,7 +95,7 @@ QByteArray multiplied(int width, int levels, qsizetype padding, bool isPreset)
     for (int level = 1; level < levels; ++level)
         item = document.dictionary({key}, {document.array(Refs(std::size_t(width), item))});
     const Refs children(std::size_t(width), item);
-    return isPreset ? archive(document, {}, children) : domain(document, {}, children);
+    return isPreset ? archive(document, {}, children) : domainBytes(document, {}, children);
 }
 
 /// An archive of many arrays or dictionaries whose parts are one list, which each names by its number.

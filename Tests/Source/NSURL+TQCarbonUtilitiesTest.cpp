@@ -16,8 +16,8 @@
 
 namespace {
 
-constexpr quint32 text = 0x54455854;   // TEXT
-constexpr quint32 editor = 0x74747874; // ttxt
+constexpr quint32 textType = 0x54455854; // TEXT
+constexpr quint32 editor = 0x74747874;   // ttxt
 
 /// The attribute with these 16 bytes first.
 QByteArray attributeOfBytes(const char *bytes)
@@ -171,7 +171,7 @@ TEST_F(NSURLTest, ReadsFlagsTypeAndCreator)
     quint32 creator = 0;
     ASSERT_TRUE(finderInfoFlagsTypeCreator(url, &flags, &type, &creator));
     EXPECT_EQ(flags, 0x8421);
-    EXPECT_EQ(type, text);
+    EXPECT_EQ(type, textType);
     EXPECT_EQ(creator, editor);
 }
 
@@ -187,7 +187,7 @@ TEST_F(NSURLTest, ReadsOnlyWhatIsAskedFor)
     EXPECT_TRUE(finderInfoFlagsTypeCreator(url, nullptr, &type, nullptr));
     EXPECT_TRUE(finderInfoFlagsTypeCreator(url, nullptr, nullptr, &creator));
     EXPECT_EQ(flags, 0x8421);
-    EXPECT_EQ(type, text);
+    EXPECT_EQ(type, textType);
     EXPECT_EQ(creator, editor);
 }
 
@@ -203,7 +203,7 @@ TEST_F(NSURLTest, SetsTheFlagsOfTheMaskAndAlwaysClearsHasBeenInited)
                 attribute[9] = static_cast<char>(old & 0xFF);
                 setAttribute(url.toLocalFile(), attribute);
                 ASSERT_TRUE(setFinderInfoFlagsMaskTypeCreator(url, static_cast<quint16>(flags),
-                                                              static_cast<quint16>(mask), text, editor));
+                                                              static_cast<quint16>(mask), textType, editor));
                 quint16 result = 0;
                 ASSERT_TRUE(finderInfoFlagsTypeCreator(url, &result, nullptr, nullptr));
                 ASSERT_EQ(result, ((old & ~mask) | (flags & mask)) & 0xFEFF)
@@ -216,7 +216,7 @@ TEST_F(NSURLTest, SetsTheFlagsOfTheMaskAndAlwaysClearsHasBeenInited)
 TEST_F(NSURLTest, SetsTypeAndCreatorInEveryCase)
 {
     const QUrl url = fileURL();
-    for (const quint32 code : {text, 0U, 0xFFFFFFFFU, 0x80000001U}) {
+    for (const quint32 code : {textType, 0U, 0xFFFFFFFFU, 0x80000001U}) {
         setAttribute(url.toLocalFile(), numberedBytes());
         ASSERT_TRUE(setFinderInfoFlagsMaskTypeCreator(url, 0, 0, code, ~code));
         quint32 type = 1;
@@ -231,7 +231,7 @@ TEST_F(NSURLTest, SettingFlagsTypeAndCreatorLeavesTheRest)
 {
     const QUrl url = fileURL();
     setAttribute(url.toLocalFile(), numberedBytes());
-    ASSERT_TRUE(setFinderInfoFlagsMaskTypeCreator(url, 0x8000, 0xFFFF, text, editor));
+    ASSERT_TRUE(setFinderInfoFlagsMaskTypeCreator(url, 0x8000, 0xFFFF, textType, editor));
     EXPECT_EQ(attributeOf(url.toLocalFile()), QByteArray("TEXTttxt\x80\0", 10) + numberedBytes().sliced(10));
 }
 

@@ -19,7 +19,7 @@ QNBHierarchyItemPtr folder()
 }
 
 /// A folder with so many folders one inside the other; the innermost goes to \a innermost.
-QNBHierarchyItemPtr nested(int depth, QNBHierarchyItemPtr *innermost = nullptr)
+QNBHierarchyItemPtr nestedItem(int depth, QNBHierarchyItemPtr *innermost = nullptr)
 {
     const QNBHierarchyItemPtr root = folder();
     QNBHierarchyItemPtr last = root;
@@ -57,7 +57,7 @@ bool canBeStored(const QNBHierarchyItemPtr &root)
 TEST(QNBHierarchyDepth, CountsParentsAndTheLongestWayDown)
 {
     QNBHierarchyItemPtr innermost;
-    const QNBHierarchyItemPtr root = nested(3, &innermost);
+    const QNBHierarchyItemPtr root = nestedItem(3, &innermost);
     root->addChild(folder());
     EXPECT_EQ(QNBHierarchyDepth::ofItem(*root), 0);
     EXPECT_EQ(QNBHierarchyDepth::ofItem(*innermost), 3);
@@ -67,10 +67,10 @@ TEST(QNBHierarchyDepth, CountsParentsAndTheLongestWayDown)
 
 TEST(QNBHierarchyDepth, TheDeepestTreeIsStoredAndFoundAgain)
 {
-    EXPECT_TRUE(canBeStored(nested(QNBHierarchyDepth::deepest)));
+    EXPECT_TRUE(canBeStored(nestedItem(QNBHierarchyDepth::deepest)));
 }
 
 TEST(QNBHierarchyDepth, OneLevelMoreCouldNotBeStored)
 {
-    EXPECT_FALSE(canBeStored(nested(QNBHierarchyDepth::deepest + 1)));
+    EXPECT_FALSE(canBeStored(nestedItem(QNBHierarchyDepth::deepest + 1)));
 }

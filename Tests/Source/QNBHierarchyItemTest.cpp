@@ -12,7 +12,7 @@
 
 namespace {
 
-QVariantMap triple(int u, int g, int o)
+QVariantMap permissionDigits(int u, int g, int o)
 {
     return {{QStringLiteral("u"), u}, {QStringLiteral("g"), g}, {QStringLiteral("o"), o}};
 }
@@ -116,7 +116,7 @@ TEST(QNBHierarchyItem, EmptyDictionaryGivesAFileWithDefaultsAndAFreshUid)
     const QNBHierarchyItemPtr item = QNBHierarchyItem::initWithDictionary(QVariantMap());
     EXPECT_EQ(item->filename(), QString());
     EXPECT_FALSE(item->isDirectory());
-    EXPECT_EQ(item->customPermissions(), triple(7, 6, 4));
+    EXPECT_EQ(item->customPermissions(), permissionDigits(7, 6, 4));
     EXPECT_EQ(item->colorName(), QString());
     EXPECT_EQ(item->contentFilename(), QString());
     EXPECT_EQ(item->numberOfChildren(), 0u);
@@ -299,7 +299,7 @@ TEST(QNBHierarchyItem, CopyOfAFolderSharesItsChildrenAndDropsColourContentAndPer
     folder->addChild(named(QStringLiteral("c")));
     folder->setColorName(QStringLiteral("red"));
     folder->setContentFilename(QStringLiteral("letter.txt"));
-    folder->setCustomPermissions(triple(7, 0, 0));
+    folder->setCustomPermissions(permissionDigits(7, 0, 0));
     const QNBHierarchyItemPtr copy = folder->copyWithZone();
     EXPECT_TRUE(copy->isDirectory());
     EXPECT_EQ(copy->filename(), QStringLiteral("f"));
@@ -309,7 +309,7 @@ TEST(QNBHierarchyItem, CopyOfAFolderSharesItsChildrenAndDropsColourContentAndPer
     EXPECT_NE(copy->uid(), folder->uid());
     EXPECT_EQ(copy->colorName(), QString());
     EXPECT_EQ(copy->contentFilename(), QString());
-    EXPECT_EQ(copy->customPermissions(), triple(7, 6, 4));
+    EXPECT_EQ(copy->customPermissions(), permissionDigits(7, 6, 4));
 }
 
 TEST(QNBHierarchyItem, CopyKeepsTheKindEvenWhereTheChildrenSayOtherwise)
@@ -324,13 +324,13 @@ TEST(QNBHierarchyItem, WhatWasSetDoesNotFollowTheListAndMapOfTheCaller)
 {
     const QNBHierarchyItemPtr item = QNBHierarchyItem::init();
     QNBHierarchyItem::Children children{QNBHierarchyItem::init()};
-    QVariantMap permissions = triple(1, 2, 3);
+    QVariantMap permissions = permissionDigits(1, 2, 3);
     item->setChildren(children);
     item->setCustomPermissions(permissions);
     children.clear();
     permissions.clear();
     EXPECT_EQ(item->numberOfChildren(), 1u);
-    EXPECT_EQ(item->customPermissions(), triple(1, 2, 3));
+    EXPECT_EQ(item->customPermissions(), permissionDigits(1, 2, 3));
 }
 
 TEST(QNBHierarchyItem, ThePermissionsAreThereWithoutTheirKeys)

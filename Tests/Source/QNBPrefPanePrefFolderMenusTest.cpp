@@ -10,7 +10,7 @@ using ::testing::UnorderedElementsAre;
 
 namespace {
 
-constexpr QSize iconSize(16, 16);
+constexpr QSize menuIconSize(16, 16);
 
 class QNBPrefPanePrefFolderMenus : public FolderMenusFixture
 {
@@ -293,7 +293,7 @@ TEST_F(QNBPrefPanePrefFolderMenus, EntriesHaveAnIconAndNoShortcut)
         pane->menuNeedsUpdate(*menu);
         ASSERT_FALSE(built(*menu).isEmpty());
         for (const QAction *item : built(*menu)) {
-            EXPECT_EQ(item->icon().actualSize(iconSize), iconSize) << qPrintable(item->text());
+            EXPECT_EQ(item->icon().actualSize(menuIconSize), menuIconSize) << qPrintable(item->text());
             EXPECT_TRUE(item->isIconVisibleInMenu());
             EXPECT_TRUE(item->shortcut().isEmpty());
         }

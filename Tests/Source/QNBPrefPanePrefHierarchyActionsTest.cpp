@@ -13,11 +13,6 @@
 
 namespace {
 
-QString text(const char *latin1)
-{
-    return QString::fromLatin1(latin1);
-}
-
 class QNBPrefPanePrefHierarchyActions : public HierarchyFixture
 {
 protected:

@@ -11,11 +11,6 @@
 
 namespace {
 
-QString text(const char *latin1)
-{
-    return QString::fromLatin1(latin1);
-}
-
 class QNBPrefPanePrefHierarchyDragging : public HierarchyFixture
 {
 protected:

@@ -15,11 +15,6 @@
 
 namespace {
 
-QString text(const char *latin1)
-{
-    return QString::fromLatin1(latin1);
-}
-
 class QNBPrefPanePrefHierarchyEditing : public HierarchyFixture
 {
 protected:

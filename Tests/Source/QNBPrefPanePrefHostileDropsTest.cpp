@@ -16,11 +16,6 @@ const QString type = QStringLiteral("QNBHierarchyItemDragType");
 const QString itemKey = QStringLiteral("item");
 const QString indexPathKey = QStringLiteral("indexPath");
 
-QString text(const char *latin1)
-{
-    return QString::fromLatin1(latin1);
-}
-
 /// Drops that no drag of the user's makes: refused, whether they were validated first or not, and the tree is
 /// as it was.
 class QNBPrefPanePrefHostileDrops : public HierarchyFixture

@@ -10,9 +10,9 @@
 
 namespace {
 
-const QString text = QStringLiteral("Step");
+const QString stepText = QStringLiteral("Step");
 
-QNBPresetRecordPtr preset(const QString &label)
+QNBPresetRecordPtr presetCalled(const QString &label)
 {
     auto record = std::make_shared<QNBPresetRecord>();
     record->setValueForKey(label, QNBPresetKey::label);
@@ -26,9 +26,9 @@ protected:
 
     QList<ArrayController::Object> list() const { return controller.arrangedObjects(); }
 
-    const QNBPresetRecordPtr a = preset(QStringLiteral("a"));
-    const QNBPresetRecordPtr b = preset(QStringLiteral("b"));
-    const QNBPresetRecordPtr c = preset(QStringLiteral("c"));
+    const QNBPresetRecordPtr a = presetCalled(QStringLiteral("a"));
+    const QNBPresetRecordPtr b = presetCalled(QStringLiteral("b"));
+    const QNBPresetRecordPtr c = presetCalled(QStringLiteral("c"));
     ArrayController controller;
     QUndoStack history;
 };
@@ -37,10 +37,10 @@ protected:
 
 TEST_F(QNBPresetListCommands, InsertedPresetsStandInReverseOrderAndLeaveTogether)
 {
-    const QNBPresetRecordPtr x = preset(QStringLiteral("x"));
-    const QNBPresetRecordPtr y = preset(QStringLiteral("y"));
+    const QNBPresetRecordPtr x = presetCalled(QStringLiteral("x"));
+    const QNBPresetRecordPtr y = presetCalled(QStringLiteral("y"));
     controller.setSelectionIndex(2);
-    history.push(new QNBInsertPresetsCommand(controller, {x, y}, 1, text));
+    history.push(new QNBInsertPresetsCommand(controller, {x, y}, 1, stepText));
     EXPECT_EQ(list(), (QList<ArrayController::Object>{a, y, x, b, c}));
     EXPECT_EQ(controller.selectionIndex(), 1);
     history.undo();
@@ -53,7 +53,7 @@ TEST_F(QNBPresetListCommands, InsertedPresetsStandInReverseOrderAndLeaveTogether
 TEST_F(QNBPresetListCommands, ARemovedPresetComesBackToItsPlaceAndIsSelected)
 {
     for (int index = 0; index < 3; ++index) {
-        history.push(new QNBRemovePresetCommand(controller, index, text));
+        history.push(new QNBRemovePresetCommand(controller, index, stepText));
         EXPECT_EQ(list().size(), 2);
         controller.setSelectionIndex(ArrayController::noIndex);
         history.undo();
@@ -68,7 +68,7 @@ TEST_F(QNBPresetListCommands, AMovedPresetMovesBack)
         for (int to = 0; to < 3; ++to) {
             QList<ArrayController::Object> expected{a, b, c};
             expected.move(from, to);
-            history.push(new QNBMovePresetCommand(controller, from, to, text));
+            history.push(new QNBMovePresetCommand(controller, from, to, stepText));
             EXPECT_EQ(list(), expected) << from << " to " << to;
             EXPECT_EQ(controller.selectionIndex(), to);
             history.undo();
@@ -85,7 +85,7 @@ TEST_F(QNBPresetListCommands, AValueIsSetThroughTheControllerAndMayHaveBeenAbsen
                          changes << QStringLiteral("%1 %2").arg(index).arg(key);
                      });
     history.push(new QNBSetPresetValueCommand(controller, b, QNBPresetKey::scriptFile,
-                                              QStringLiteral("Say.sh"), text));
+                                              QStringLiteral("Say.sh"), stepText));
     EXPECT_EQ(b->valueForKey(QNBPresetKey::scriptFile), QStringLiteral("Say.sh"));
     history.undo();
     EXPECT_FALSE(b->values().contains(QNBPresetKey::scriptFile));
@@ -96,7 +96,7 @@ TEST_F(QNBPresetListCommands, WhatIsTypedInOneGoIsOneStep)
 {
     const auto type = [this](const QNBPresetRecordPtr &record, const QString &value, int typing) {
         history.push(new QNBSetPresetValueCommand(controller, record, QNBPresetKey::presetDescription, value,
-                                                  text, typing));
+                                                  stepText, typing));
     };
     type(a, QStringLiteral("f"), 1);
     type(a, QStringLiteral("fo"), 1);
@@ -117,7 +117,7 @@ TEST_F(QNBPresetListCommands, TypingThatChangesNothingInTheEndIsNoStep)
 {
     for (const QVariant &value : {QVariant(QStringLiteral("f")), QVariant()}) {
         history.push(
-            new QNBSetPresetValueCommand(controller, a, QNBPresetKey::presetDescription, value, text, 1));
+            new QNBSetPresetValueCommand(controller, a, QNBPresetKey::presetDescription, value, stepText, 1));
     }
     EXPECT_EQ(history.count(), 0);
 }

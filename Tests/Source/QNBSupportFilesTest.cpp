@@ -16,7 +16,7 @@
 
 namespace {
 
-QNBHierarchyItemPtr item(const QString &name, bool isFolder, const QString &contentFilename = {})
+QNBHierarchyItemPtr itemNaming(const QString &name, bool isFolder, const QString &contentFilename = {})
 {
     const QNBHierarchyItemPtr made = QNBHierarchyItem::initWithDictionary(
         QNBHierarchyItem::itemDictionaryWithFilename(name, isFolder, nullptr));
@@ -62,13 +62,14 @@ protected:
 
 TEST_F(QNBSupportFilesTest, APresetNamesEachContentFileOfItsFilesOnceAndItsScript)
 {
-    const QNBHierarchyItemPtr root = item({}, true);
-    const QNBHierarchyItemPtr folder = item(QStringLiteral("folder"), true, QStringLiteral("of a folder"));
-    root->addChild(item(QStringLiteral("a"), false, QStringLiteral("Client/Brief.md")));
+    const QNBHierarchyItemPtr root = itemNaming({}, true);
+    const QNBHierarchyItemPtr folder =
+        itemNaming(QStringLiteral("folder"), true, QStringLiteral("of a folder"));
+    root->addChild(itemNaming(QStringLiteral("a"), false, QStringLiteral("Client/Brief.md")));
     root->addChild(folder);
-    folder->addChild(item(QStringLiteral("b"), false, QStringLiteral("Client/Invoice.html")));
-    folder->addChild(item(QStringLiteral("c"), false, QStringLiteral("Client/Brief.md")));
-    folder->addChild(item(QStringLiteral("d"), false));
+    folder->addChild(itemNaming(QStringLiteral("b"), false, QStringLiteral("Client/Invoice.html")));
+    folder->addChild(itemNaming(QStringLiteral("c"), false, QStringLiteral("Client/Brief.md")));
+    folder->addChild(itemNaming(QStringLiteral("d"), false));
     QNBPresetRecord preset;
     EXPECT_EQ(QNBSupportFiles::namedBy(preset), QStringList());
     preset.setFileHierarchy(root);

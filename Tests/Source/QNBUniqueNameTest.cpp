@@ -55,7 +55,7 @@ QString literally(const QString &base, const QString &extension, const QStringLi
     return candidate;
 }
 
-QNBHierarchyItemPtr item(const QString &name, bool isFolder = false)
+QNBHierarchyItemPtr itemCalled(const QString &name, bool isFolder = false)
 {
     return QNBHierarchyItem::initWithDictionary(
         QNBHierarchyItem::itemDictionaryWithFilename(name, isFolder, nullptr));
@@ -63,9 +63,9 @@ QNBHierarchyItemPtr item(const QString &name, bool isFolder = false)
 
 QNBHierarchyItemPtr folderOf(const QStringList &childNames)
 {
-    QNBHierarchyItemPtr folder = item(QStringLiteral("folder"), true);
+    QNBHierarchyItemPtr folder = itemCalled(QStringLiteral("folder"), true);
     for (const QString &name : childNames)
-        folder->addChild(item(name));
+        folder->addChild(itemCalled(name));
     return folder;
 }
 
@@ -155,7 +155,7 @@ TEST(UniqueNameForLevelTest, AVeryLongNameIsLookedAtOnceHoweverManyItemsShareIt)
     const QString name(1'000'000, u'P');
     const QNBHierarchyItemPtr level = folderOf({});
     for (int i = 0; i < 2'000; ++i) {
-        level->addChild(item({}));
+        level->addChild(itemCalled({}));
         level->childAtIndex(i)->setFilename(name);
     }
     const std::clock_t start = std::clock();

@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr QSize iconSize(16, 16);
+constexpr QSize paintedSize(16, 16);
 
 /// Red on the left half, nothing on the right.
 void paintHalf(QPainter &painter, const QRectF &rect)
@@ -18,9 +18,9 @@ void paintHalf(QPainter &painter, const QRectF &rect)
     painter.fillRect(QRectF(rect.topLeft(), QSizeF(rect.width() / 2, rect.height())), Qt::red);
 }
 
-QImage imageOf(const QIcon &icon, qreal scale, QIcon::Mode mode = QIcon::Normal)
+QImage paintedImage(const QIcon &icon, qreal scale, QIcon::Mode mode = QIcon::Normal)
 {
-    return icon.pixmap(iconSize, scale, mode).toImage().convertToFormat(QImage::Format_ARGB32);
+    return icon.pixmap(paintedSize, scale, mode).toImage().convertToFormat(QImage::Format_ARGB32);
 }
 
 TEST(PaintedIconTest, IsPaintedWhenItIsFirstShownAndNotBefore)
@@ -29,10 +29,10 @@ TEST(PaintedIconTest, IsPaintedWhenItIsFirstShownAndNotBefore)
     const QIcon icon = paintedIcon([&times](QPainter &, const QRectF &) { ++times; });
     EXPECT_FALSE(icon.isNull());
     EXPECT_EQ(times, 0);
-    EXPECT_FALSE(icon.pixmap(iconSize).isNull());
-    EXPECT_FALSE(QIcon(icon).pixmap(iconSize).isNull());
+    EXPECT_FALSE(icon.pixmap(paintedSize).isNull());
+    EXPECT_FALSE(QIcon(icon).pixmap(paintedSize).isNull());
     EXPECT_EQ(times, 1);
-    EXPECT_FALSE(icon.pixmap(iconSize * 2).isNull());
+    EXPECT_FALSE(icon.pixmap(paintedSize * 2).isNull());
     EXPECT_EQ(times, 2);
 }
 
@@ -40,15 +40,15 @@ TEST(PaintedIconTest, IsNotTakenForAnother)
 {
     const QIcon red = paintedIcon(paintHalf);
     const QIcon empty = paintedIcon([](QPainter &, const QRectF &) {});
-    EXPECT_EQ(imageOf(red, 1).pixelColor(0, 0), QColor(Qt::red));
-    EXPECT_EQ(imageOf(empty, 1).pixelColor(0, 0).alpha(), 0);
+    EXPECT_EQ(paintedImage(red, 1).pixelColor(0, 0), QColor(Qt::red));
+    EXPECT_EQ(paintedImage(empty, 1).pixelColor(0, 0).alpha(), 0);
 }
 
 TEST(PaintedIconTest, IsCrispAtEachScale)
 {
     for (const int scale : {1, 2, 3}) {
-        const QImage image = imageOf(paintedIcon(paintHalf), scale);
-        ASSERT_EQ(image.size(), iconSize * scale);
+        const QImage image = paintedImage(paintedIcon(paintHalf), scale);
+        ASSERT_EQ(image.size(), paintedSize * scale);
         EXPECT_EQ(image.pixelColor(8 * scale - 1, 0), QColor(Qt::red)) << scale;
         EXPECT_EQ(image.pixelColor(8 * scale, 0).alpha(), 0) << scale;
     }
@@ -70,15 +70,15 @@ TEST(PaintedIconTest, StaysSquareInTheMiddle)
 TEST(PaintedIconTest, DisabledItIsWithoutItsColour)
 {
     const QIcon icon = paintedIcon(paintHalf);
-    const QColor disabled = imageOf(icon, 1, QIcon::Disabled).pixelColor(0, 0);
+    const QColor disabled = paintedImage(icon, 1, QIcon::Disabled).pixelColor(0, 0);
     EXPECT_GT(disabled.alpha(), 0);
     EXPECT_LT(disabled.saturation(), QColor(Qt::red).saturation());
 
-    QImage screen(iconSize * 2, QImage::Format_ARGB32);
+    QImage screen(paintedSize * 2, QImage::Format_ARGB32);
     screen.setDevicePixelRatio(2);
     screen.fill(Qt::transparent);
     QPainter painter(&screen);
-    icon.paint(&painter, QRect({}, iconSize), Qt::AlignCenter, QIcon::Disabled);
+    icon.paint(&painter, QRect({}, paintedSize), Qt::AlignCenter, QIcon::Disabled);
     painter.end();
     screen.setDevicePixelRatio(1);
     EXPECT_EQ(screen.pixelColor(15, 0), disabled);

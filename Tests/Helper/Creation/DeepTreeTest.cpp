@@ -16,7 +16,7 @@ using ::testing::IsEmpty;
 
 namespace {
 
-constexpr int levels = 1000;
+constexpr int manyLevels = 1000;
 
 /// A folder in each folder, and a file beside it.
 QNBHierarchyItemPtr deepTree(int depth, const QVariantMap &permissions)
@@ -68,7 +68,7 @@ protected:
     /// Creates, cancels, creates again into what is there, and undoes both.
     void createAndUndo(const QVariantMap &permissions, mode_t mode, bool again)
     {
-        const QNBHierarchyItemPtr root = deepTree(levels, permissions);
+        const QNBHierarchyItemPtr root = deepTree(manyLevels, permissions);
         std::vector<Creation::Record> records;
         const auto before = disk();
         {
@@ -88,14 +88,14 @@ protected:
                 records.push_back(create(root));
         }
         const auto entries = disk();
-        EXPECT_EQ(entries.size(), 1u + levels * (again ? 3 : 2));
+        EXPECT_EQ(entries.size(), 1u + manyLevels * (again ? 3 : 2));
         EXPECT_TRUE(std::all_of(entries.begin() + 1, entries.end(),
                                 [&](const DiskEntry &entry) { return entry.permissions() == mode; }));
         EXPECT_EQ(std::max_element(
                       entries.begin(), entries.end(),
                       [](const auto &a, const auto &b) { return a.path.count('/') < b.path.count('/'); })
                       ->path.count('/'),
-                  levels - 1);
+                  manyLevels - 1);
         const FewDescriptors few(128);
         for (; !records.empty(); records.pop_back()) {
             const Creation::UndoOutcome undone = Creation::undo(records.back());

@@ -21,7 +21,7 @@ using ::testing::IsEmpty;
 
 namespace {
 
-const QString letters = QStringLiteral("Letters");
+const QString lettersPreset = QStringLiteral("Letters");
 const QString photos = QStringLiteral("Photos");
 const QString phone = QStringLiteral("Phone");
 const QString here = QStringLiteral("/some/where");
@@ -39,7 +39,7 @@ protected:
                    .undo = [this] { ++undone_; },
                    .openPane = [this] { ++panes_; }})
     {
-        window_.setPresets({letters, photos, phone});
+        window_.setPresets({lettersPreset, photos, phone});
         window_.setPlaces({}, {here, there});
         window_.beginTyping();
         show();
@@ -90,7 +90,7 @@ TEST_F(LauncherWindowTest, ReturnCreatesTheBestMatchInTheFirstPlace)
 
 TEST_F(LauncherWindowTest, ArrowsMoveInTheListWhileTheKeyboardIsInTheField)
 {
-    EXPECT_EQ(chosen(), letters);
+    EXPECT_EQ(chosen(), lettersPreset);
     press(Qt::Key_Down);
     EXPECT_EQ(chosen(), photos);
     press(Qt::Key_Down);
@@ -99,12 +99,12 @@ TEST_F(LauncherWindowTest, ArrowsMoveInTheListWhileTheKeyboardIsInTheField)
     press(Qt::Key_Up);
     EXPECT_EQ(chosen(), photos);
     press(Qt::Key_PageUp);
-    EXPECT_EQ(chosen(), letters);
+    EXPECT_EQ(chosen(), lettersPreset);
     press(Qt::Key_End, Qt::ControlModifier);
     EXPECT_EQ(chosen(), phone);
     EXPECT_TRUE(field().hasFocus());
     type("let");
-    EXPECT_EQ(chosen(), letters);
+    EXPECT_EQ(chosen(), lettersPreset);
     press(Qt::Key_Home);
     type("x");
     EXPECT_EQ(field().text(), QStringLiteral("xlet")) << "Home alone moves in the field";
@@ -211,11 +211,11 @@ TEST_F(LauncherWindowTest, PresetsThatChangeAreShownAndTheChoiceStays)
 {
     press(Qt::Key_Down);
     ASSERT_EQ(chosen(), photos);
-    window_.setPresets({phone, letters, QStringLiteral("More"), photos});
+    window_.setPresets({phone, lettersPreset, QStringLiteral("More"), photos});
     EXPECT_EQ(chosen(), photos);
     EXPECT_EQ(list().model()->rowCount(), 4);
     type("more");
-    window_.setPresets({phone, letters});
+    window_.setPresets({phone, lettersPreset});
     EXPECT_EQ(chosen(), QString());
     window_.setPresets({phone, QStringLiteral("More")});
     EXPECT_EQ(chosen(), QStringLiteral("More")) << "what is typed stays";
@@ -225,15 +225,15 @@ TEST_F(LauncherWindowTest, InPlaceOfAChosenPresetThatGoesNoOtherIsChosen)
 {
     press(Qt::Key_Down);
     ASSERT_EQ(chosen(), photos);
-    window_.setPresets({phone, letters});
+    window_.setPresets({phone, lettersPreset});
     EXPECT_EQ(chosen(), QString());
     EXPECT_EQ(field().accessibleDescription(), QStringLiteral("The chosen preset is not there any more."));
-    window_.setPresets({letters, phone});
+    window_.setPresets({lettersPreset, phone});
     press(Qt::Key_Return);
     EXPECT_THAT(created_, IsEmpty());
     EXPECT_TRUE(window_.isVisible());
     press(Qt::Key_Down);
-    EXPECT_EQ(chosen(), letters);
+    EXPECT_EQ(chosen(), lettersPreset);
 }
 
 TEST_F(LauncherWindowTest, WhatIsCreatedIsWhatWasChosenBeforeTheFolderWasAskedFor)
@@ -244,7 +244,7 @@ TEST_F(LauncherWindowTest, WhatIsCreatedIsWhatWasChosenBeforeTheFolderWasAskedFo
     press(Qt::Key_Return);
     auto *dialog = window_.findChild<QFileDialog *>();
     ASSERT_TRUE(dialog);
-    window_.setPresets({letters, phone});
+    window_.setPresets({lettersPreset, phone});
     Q_EMIT dialog->fileSelected(here);
     EXPECT_THAT(created_, ElementsAre(QStringLiteral("Photos 1 in /some/where")));
 }
@@ -283,9 +283,9 @@ TEST_F(LauncherWindowTest, WhereThereIsNothingToChooseItSaysWhy)
     EXPECT_EQ(reason(), QStringLiteral("The presets cannot be read: no permission"));
     field().clear();
     // What was known stays useful.
-    window_.setPresets({letters}, QStringLiteral("no permission"));
+    window_.setPresets({lettersPreset}, QStringLiteral("no permission"));
     EXPECT_EQ(reason(), QString());
-    EXPECT_EQ(chosen(), letters);
+    EXPECT_EQ(chosen(), lettersPreset);
     button(QStringLiteral("&Open Quenby…")).click();
     EXPECT_EQ(panes_, 1);
     EXPECT_FALSE(window_.isVisible());
@@ -293,7 +293,7 @@ TEST_F(LauncherWindowTest, WhereThereIsNothingToChooseItSaysWhy)
 
 TEST_F(LauncherWindowTest, WhoDoesNotSeeItHearsTheChoice)
 {
-    EXPECT_EQ(field().accessibleDescription(), letters);
+    EXPECT_EQ(field().accessibleDescription(), lettersPreset);
     press(Qt::Key_Down);
     EXPECT_EQ(field().accessibleDescription(), photos);
     type("xyz");

@@ -19,7 +19,7 @@ using ::testing::IsEmpty;
 
 namespace {
 
-constexpr auto longTime = std::chrono::minutes(1);
+constexpr auto workerPatience = std::chrono::minutes(1);
 const QString large = QStringLiteral("Large");
 
 /// Without presets in the home each order ends at once.
@@ -88,7 +88,7 @@ TEST_F(CreationWorkerTest, OnlySoManyOrdersWaitAndMoreAreTakenOnceThereIsRoom)
     EXPECT_TRUE(worker.create(orders(most - 1)));
     EXPECT_FALSE(worker.create(orders(2)));
     EXPECT_TRUE(worker.create(orders(1)));
-    ASSERT_TRUE(waitUntil([&] { return isIdle; }, longTime));
+    ASSERT_TRUE(waitUntil([&] { return isIdle; }, workerPatience));
     EXPECT_EQ(ended, most);
     EXPECT_TRUE(worker.create(orders(1)));
 }
@@ -107,7 +107,7 @@ TEST_F(CreationWorkerTest, OrdersAreTakenFromAnyThread)
     std::thread other(give);
     give();
     other.join();
-    EXPECT_TRUE(waitUntil([&] { return ended == 2 * each; }, longTime));
+    EXPECT_TRUE(waitUntil([&] { return ended == 2 * each; }, workerPatience));
     EXPECT_FALSE(worker.isBusy());
 }
 
@@ -122,13 +122,13 @@ TEST_F(CreationWorkerTest, WhatItCreatesCanBeWatchedAndUndone)
             furthest = std::max(furthest, worker.progress().done);
             return !worker.isBusy();
         },
-        longTime));
+        workerPatience));
     ASSERT_TRUE(created_);
     EXPECT_EQ(created_->status, CreationReport::Status::Created) << qPrintable(created_->message);
     EXPECT_GT(furthest, 0);
     EXPECT_EQ(tree().size(), 1001);
     worker.undo(created_);
-    ASSERT_TRUE(waitUntil([&] { return !worker.isBusy(); }, longTime));
+    ASSERT_TRUE(waitUntil([&] { return !worker.isBusy(); }, workerPatience));
     EXPECT_EQ(undone_, UndoReport::Status::Undone);
     EXPECT_THAT(tree(), IsEmpty());
 }
@@ -143,7 +143,7 @@ TEST_F(CreationWorkerTest, WhatIsCancelledWhileItIsCreatedIsUndone)
             worker.cancel();
             return !worker.isBusy();
         },
-        longTime));
+        workerPatience));
     ASSERT_TRUE(created_);
     EXPECT_EQ(created_->status, CreationReport::Status::Cancelled) << qPrintable(created_->message);
     EXPECT_THAT(tree(), IsEmpty());
@@ -158,7 +158,7 @@ TEST_F(CreationWorkerTest, OfPresetsThatShareALabelNoneIsTakenForAnother)
     CreationWorker worker(handlers());
     const auto create = [&](qsizetype place) {
         ASSERT_TRUE(worker.create({{place, same, target()}}));
-        ASSERT_TRUE(waitUntil([&] { return !worker.isBusy(); }, longTime));
+        ASSERT_TRUE(waitUntil([&] { return !worker.isBusy(); }, workerPatience));
         ASSERT_TRUE(created_);
     };
     ASSERT_NO_FATAL_FAILURE(create(0));

@@ -35,7 +35,7 @@ const QDBusArgument &operator>>(const QDBusArgument &argument, FakeGlobalAccelKe
 
 namespace {
 
-const QString objectPath = QStringLiteral("/kglobalaccel");
+const QString accelPath = QStringLiteral("/kglobalaccel");
 const QString componentPath = QStringLiteral("/component/org_quenby_QNBHelper");
 
 } // namespace
@@ -48,7 +48,7 @@ FakeGlobalAccel::FakeGlobalAccel(const QString &busAddress, Manner manner, Progr
     qDBusRegisterMetaType<FakeGlobalAccelKeys>();
     qDBusRegisterMetaType<QList<FakeGlobalAccelKeys>>();
     QDBusConnection connection = QDBusConnection::connectToBus(busAddress, ownConnection);
-    EXPECT_TRUE(connection.registerVirtualObject(objectPath, this));
+    EXPECT_TRUE(connection.registerVirtualObject(accelPath, this));
     if (program == Program::Compositor)
         becomeCompositor();
     EXPECT_TRUE(connection.registerService(QStringLiteral("org.kde.kglobalaccel")));

@@ -38,9 +38,9 @@ const QDBusArgument &operator>>(const QDBusArgument &argument, FakePortalShortcu
 
 namespace {
 
-const QString connectionName = QStringLiteral("fake-portal");
+const QString portalConnection = QStringLiteral("fake-portal");
 const QString anotherShortcut = QStringLiteral("another one");
-const QString objectPath = QStringLiteral("/org/freedesktop/portal/desktop");
+const QString portalPath = QStringLiteral("/org/freedesktop/portal/desktop");
 constexpr uint granted = 0;
 constexpr uint cancelled = 1;
 constexpr uint failed = 2;
@@ -57,7 +57,7 @@ FakePortalShortcut described(const QString &id, const QString &keys)
 
 QDBusObjectPath requestOf(const QDBusMessage &message, const QVariantMap &options)
 {
-    return QDBusObjectPath(objectPath + QStringLiteral("/request/") + senderOf(message) + u'/' +
+    return QDBusObjectPath(portalPath + QStringLiteral("/request/") + senderOf(message) + u'/' +
                            options.value(QStringLiteral("handle_token")).toString());
 }
 
@@ -68,14 +68,14 @@ FakePortal::FakePortal(const QString &busAddress, Manner manner)
 {
     qDBusRegisterMetaType<FakePortalShortcut>();
     qDBusRegisterMetaType<QList<FakePortalShortcut>>();
-    QDBusConnection connection = QDBusConnection::connectToBus(busAddress, connectionName);
-    EXPECT_TRUE(connection.registerVirtualObject(objectPath, this, QDBusConnection::SubPath));
+    QDBusConnection connection = QDBusConnection::connectToBus(busAddress, portalConnection);
+    EXPECT_TRUE(connection.registerVirtualObject(portalPath, this, QDBusConnection::SubPath));
     EXPECT_TRUE(connection.registerService(QStringLiteral("org.freedesktop.portal.Desktop")));
 }
 
 FakePortal::~FakePortal()
 {
-    QDBusConnection::disconnectFromBus(connectionName);
+    QDBusConnection::disconnectFromBus(portalConnection);
 }
 
 bool FakePortal::handleMessage(const QDBusMessage &message, const QDBusConnection &connection)
@@ -111,7 +111,7 @@ bool FakePortal::handleMessage(const QDBusMessage &message, const QDBusConnectio
         }
         sessionToken_ = options.value(QStringLiteral("session_handle_token")).toString();
         const QString path =
-            objectPath + QStringLiteral("/session/") + senderOf(message) + u'/' + sessionToken_;
+            portalPath + QStringLiteral("/session/") + senderOf(message) + u'/' + sessionToken_;
         if (path == session_) {
             connection.send(
                 message.createErrorReply(QDBusError::Failed, QStringLiteral("this session exists")));
@@ -135,7 +135,7 @@ bool FakePortal::handleMessage(const QDBusMessage &message, const QDBusConnectio
     }
     if (manner_ == Manner::Dying) {
         QMetaObject::invokeMethod(
-            this, [] { QDBusConnection::disconnectFromBus(connectionName); }, Qt::QueuedConnection);
+            this, [] { QDBusConnection::disconnectFromBus(portalConnection); }, Qt::QueuedConnection);
         return true;
     }
     if (manner_ == Manner::UnableToAsk) {
@@ -180,7 +180,7 @@ void FakePortal::answer(const QDBusMessage &message, const QVariantMap &options,
 QDBusMessage FakePortal::activation(const QString &shortcut) const
 {
     QDBusMessage signal = QDBusMessage::createSignal(
-        objectPath, QStringLiteral("org.freedesktop.portal.GlobalShortcuts"), QStringLiteral("Activated"));
+        portalPath, QStringLiteral("org.freedesktop.portal.GlobalShortcuts"), QStringLiteral("Activated"));
     signal << QVariant::fromValue(QDBusObjectPath(session_)) << shortcut << qulonglong(1)
            << QVariantMap{{QStringLiteral("activation_token"), activationToken}};
     return signal;
@@ -188,7 +188,7 @@ QDBusMessage FakePortal::activation(const QString &shortcut) const
 
 void FakePortal::activate(const QString &shortcut)
 {
-    EXPECT_TRUE(QDBusConnection(connectionName).send(activation(shortcut)));
+    EXPECT_TRUE(QDBusConnection(portalConnection).send(activation(shortcut)));
 }
 
 void FakePortal::changeKeys(const QString &keys)
@@ -204,17 +204,17 @@ void FakePortal::takeShortcutAway()
 void FakePortal::sayShortcutsAre(const QList<FakePortalShortcut> &shortcuts)
 {
     QDBusMessage signal =
-        QDBusMessage::createSignal(objectPath, QStringLiteral("org.freedesktop.portal.GlobalShortcuts"),
+        QDBusMessage::createSignal(portalPath, QStringLiteral("org.freedesktop.portal.GlobalShortcuts"),
                                    QStringLiteral("ShortcutsChanged"));
     signal << QVariant::fromValue(QDBusObjectPath(session_)) << QVariant::fromValue(shortcuts);
-    EXPECT_TRUE(QDBusConnection(connectionName).send(signal));
+    EXPECT_TRUE(QDBusConnection(portalConnection).send(signal));
 }
 
 void FakePortal::closeSession()
 {
     const QString session = std::exchange(session_, {});
     EXPECT_TRUE(
-        QDBusConnection(connectionName)
+        QDBusConnection(portalConnection)
             .send(QDBusMessage::createSignal(session, QStringLiteral("org.freedesktop.portal.Session"),
                                              QStringLiteral("Closed"))));
 }

@@ -25,8 +25,8 @@ namespace {
 
 const QString launcherOption = QStringLiteral("--launcher");
 const QString inOption = QStringLiteral("--in");
-const QString connectionName = QStringLiteral("launcher-test");
-const QString letters = QStringLiteral("Letters");
+const QString launcherConnection = QStringLiteral("launcher-test");
+const QString lettersLabel = QStringLiteral("Letters");
 
 class LauncherProgramTest : public RunningFixture
 {
@@ -70,9 +70,9 @@ protected:
     }
     bool isNamedOnBus(const QString &name) const
     {
-        const QDBusConnection bus = QDBusConnection::connectToBus(bus_.address(), connectionName);
+        const QDBusConnection bus = QDBusConnection::connectToBus(bus_.address(), launcherConnection);
         const bool isNamed = bus.interface()->isServiceRegistered(name);
-        QDBusConnection::disconnectFromBus(connectionName);
+        QDBusConnection::disconnectFromBus(launcherConnection);
         return isNamed;
     }
     QString domain() const { return home_.configFolder() + QStringLiteral("/" QUENBY_IDENTIFIER ".plist"); }
@@ -185,7 +185,7 @@ TEST_F(LauncherProgramTest, WithoutAHelperItIsAProcessOfItsOwnThatEndsWhenAllIsD
 TEST_F(LauncherProgramTest, TheLastCreationIsUndoneFromThereAlsoWithoutAHelper)
 {
     const FakeDesktop desktop(bus_.address(), {});
-    call({QStringLiteral("--create"), letters, inOption, target()});
+    call({QStringLiteral("--create"), lettersLabel, inOption, target()});
     ASSERT_FALSE(tree().isEmpty());
     const auto launcher = begin({launcherOption});
     ASSERT_NO_FATAL_FAILURE(type(*launcher, {}, QStringLiteral("alt+u")));
@@ -232,7 +232,7 @@ TEST_F(LauncherProgramTest, ASecondCallComesToTheWindowThatIsOpenAlsoWithoutAHel
     call({launcherOption, inOption, target()});
     EXPECT_EQ(screen_.windowsOf(launcher->pid()).size(), 1);
     QString error;
-    EXPECT_FALSE(order(letters, &error)) << "it is no helper";
+    EXPECT_FALSE(order(lettersLabel, &error)) << "it is no helper";
     // What was typed is typed over, and the folder is the new one.
     ASSERT_NO_FATAL_FAILURE(typeReturn(*launcher, QStringLiteral("let")));
     expectReturn(*launcher, 0);
@@ -273,7 +273,7 @@ TEST_F(LauncherProgramTest, WhatAnOldMenuShowsAndIsGoneIsNotCreatedAndTheOthersA
     const auto helper = start();
     for (const QStringList &entry :
          {QStringList{QStringLiteral("Gone"), QStringLiteral("--position"), QStringLiteral("1")},
-          QStringList{letters, QStringLiteral("--position"), QStringLiteral("2")},
+          QStringList{lettersLabel, QStringLiteral("--position"), QStringLiteral("2")},
           // As entries were written once.
           QStringList{QStringLiteral("#2")}}) {
         const qsizetype told = desktop.shown().size();

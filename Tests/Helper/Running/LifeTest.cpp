@@ -25,7 +25,7 @@ using ::testing::Not;
 
 namespace {
 
-const QString letters = QStringLiteral("Letters");
+const QString lettersPreset = QStringLiteral("Letters");
 
 /// What the threads are called that had not ended when the process did, by what strace wrote of it.
 QByteArrayList threadsAtTheEnd(const QByteArray &calls)
@@ -76,12 +76,12 @@ protected:
     /// The menu in the tray, orders and the settings' changes.
     void expectToUseTheBus(FakeTray &tray, ChildProcess &helper)
     {
-        EXPECT_EQ(tray.menuWith(letters).labels().value(0), letters);
+        EXPECT_EQ(tray.menuWith(lettersPreset).labels().value(0), lettersPreset);
         EXPECT_TRUE(waitUntil([&] { return isOnBus(); }));
         QString reason;
-        EXPECT_TRUE(order(letters, &reason)) << qPrintable(reason);
+        EXPECT_TRUE(order(lettersPreset, &reason)) << qPrintable(reason);
         QNBSettings more = settings();
-        more.presets.append(record(preset(letters, {})));
+        more.presets.append(record(preset(lettersPreset, {})));
         storeAndPost(more);
         EXPECT_TRUE(waitUntil([&] { return helper.errors().contains("presets in the menu: 3"); }));
     }
@@ -242,7 +242,7 @@ TEST_F(LifeProgramTest, OrdersAreTakenWhileAWindowKeepsItFromBeginningAnewForThe
     SessionBus bus(bus_.address());
     QString reason;
     EXPECT_TRUE(waitUntil([&] {
-        return HelperService::create(bus, {letters}, {target()}, &reason) ==
+        return HelperService::create(bus, {lettersPreset}, {target()}, &reason) ==
                HelperService::Answer::NotUnderstood;
     })) << qPrintable(reason);
     EXPECT_FALSE(screen_.windowOf(helper->pid()).isEmpty());
@@ -284,7 +284,7 @@ TEST_F(LifeProgramTest, ChangesThatNeverCeaseAreReadAllTheSame)
     const auto helper = start();
     ASSERT_TRUE(waitUntilItHasRead(*helper));
     QNBSettings more = settings();
-    more.presets.append(record(preset(letters, {})));
+    more.presets.append(record(preset(lettersPreset, {})));
     store(more);
     DistributedNotificationCenter centre(std::make_shared<SessionBus>(bus_.address()));
     QElapsedTimer pause;
@@ -310,9 +310,9 @@ TEST_F(LifeProgramTest, AnOrderForTooManyFoldersIsRefusedWithTheReasonAndOthersA
         folders.append(home_.filePath(QStringLiteral("folder %1").arg(i)));
     QString reason;
     SessionBus bus(bus_.address());
-    EXPECT_EQ(HelperService::create(bus, {letters}, folders, &reason), HelperService::Answer::Refused);
+    EXPECT_EQ(HelperService::create(bus, {lettersPreset}, folders, &reason), HelperService::Answer::Refused);
     EXPECT_THAT(reason.toStdString(), HasSubstr("more than 1000 folders"));
-    EXPECT_EQ(HelperService::create(bus, {letters}, {target()}, &reason), HelperService::Answer::Taken);
+    EXPECT_EQ(HelperService::create(bus, {lettersPreset}, {target()}, &reason), HelperService::Answer::Taken);
     EXPECT_TRUE(waitUntil([&] { return tree().size() == 2; }));
     expectEndOf(*helper);
 }

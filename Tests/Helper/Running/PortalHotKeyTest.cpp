@@ -19,7 +19,7 @@
 
 namespace {
 
-const QString connectionName = QStringLiteral("portal-hot-key");
+const QString hotKeyConnection = QStringLiteral("portal-hot-key");
 const QString portalService = QStringLiteral("org.freedesktop.portal.Desktop");
 constexpr KeyCombo controlAltP{KeyCodes::commandFlag | KeyCodes::optionFlag, 35};
 
@@ -29,7 +29,7 @@ protected:
     ~PortalHotKeyTest() override
     {
         hotKey_.reset();
-        QDBusConnection::disconnectFromBus(connectionName);
+        QDBusConnection::disconnectFromBus(hotKeyConnection);
     }
 
     void grab()
@@ -40,7 +40,7 @@ protected:
 
     void begin()
     {
-        hotKey_.emplace(QDBusConnection::connectToBus(bus_.address(), connectionName),
+        hotKey_.emplace(QDBusConnection::connectToBus(bus_.address(), hotKeyConnection),
                         HotKey::Handlers{.pressed =
                                              [this](const QByteArray &token) {
                                                  ++pressed_;
@@ -160,7 +160,7 @@ TEST_F(PortalHotKeyTest, WhatAUserDoesNotWantIsDenied)
         grab();
         EXPECT_EQ(denied_, 1) << int(manner);
         hotKey_.reset();
-        QDBusConnection::disconnectFromBus(connectionName);
+        QDBusConnection::disconnectFromBus(hotKeyConnection);
     }
     EXPECT_EQ(granted_ + refused_, 0);
 }
@@ -173,7 +173,7 @@ TEST_F(PortalHotKeyTest, WhatGoesWrongIsARefusalByNobody)
         grab();
         EXPECT_EQ(refused_, 1) << int(manner);
         hotKey_.reset();
-        QDBusConnection::disconnectFromBus(connectionName);
+        QDBusConnection::disconnectFromBus(hotKeyConnection);
     }
     EXPECT_EQ(granted_ + denied_ + missing_ + gone_, 0);
 }
@@ -188,7 +188,7 @@ TEST_F(PortalHotKeyTest, IsGrantedByADesktopThatTakesNoNamesOfApplications)
 TEST_F(PortalHotKeyTest, ABusThatIsStoppedHoldsNobodyUp)
 {
     FakePortal portal(bus_.address());
-    QDBusConnection::connectToBus(bus_.address(), connectionName);
+    QDBusConnection::connectToBus(bus_.address(), hotKeyConnection);
     bus_.process().signal(SIGSTOP);
     QElapsedTimer timer;
     timer.start();
@@ -217,7 +217,7 @@ TEST_F(PortalHotKeyTest, ItsSessionIsKnownAgainInEachRun)
     EXPECT_FALSE(token.isEmpty());
     hotKey_.reset();
     ASSERT_TRUE(waitUntil([&] { return !portal.hasSession(); }));
-    QDBusConnection::disconnectFromBus(connectionName);
+    QDBusConnection::disconnectFromBus(hotKeyConnection);
     granted_ = 0;
     grab();
     EXPECT_EQ(portal.sessionToken(), token);
@@ -231,7 +231,7 @@ TEST_F(PortalHotKeyTest, OnlyThePortalIsBelieved)
     ASSERT_TRUE(
         QDBusConnection::connectToBus(bus_.address(), stranger).send(portal.activation(portal.shortcut())));
     // What the bus was told before it answers is passed on before that.
-    for (const QString &connection : {stranger, connectionName})
+    for (const QString &connection : {stranger, hotKeyConnection})
         ASSERT_TRUE(QDBusConnection(connection).interface()->isServiceRegistered(portalService));
     QDBusConnection::disconnectFromBus(stranger);
     QCoreApplication::processEvents();

@@ -21,8 +21,8 @@
 namespace {
 
 /// In milliseconds; for a machine with much else to do.
-constexpr int longTime = 120'000;
-const QString connectionName = QStringLiteral("running-fixture");
+constexpr int fixturePatience = 120'000;
+const QString fixtureConnection = QStringLiteral("running-fixture");
 
 } // namespace
 
@@ -48,7 +48,7 @@ QNBSettings RunningFixture::settings() const
 void RunningFixture::store(const QNBSettings &settings, const TemporaryHome &home)
 {
     Preferences preferences(QStringLiteral(QUENBY_IDENTIFIER),
-                            {home.configFolder(), home.runtimeFolder(), nullptr, longTime});
+                            {home.configFolder(), home.runtimeFolder(), nullptr, fixturePatience});
     const Result<> written = QNBSettingsStore::write(preferences, settings);
     ASSERT_TRUE(written) << qPrintable(written.error);
 }
@@ -84,8 +84,8 @@ QProcessEnvironment RunningFixture::environmentOf(const TemporaryHome &otherHome
 std::unique_ptr<ChildProcess> RunningFixture::start()
 {
     auto helper = startIn(environment());
-    EXPECT_TRUE(
-        waitUntil([&] { return isOnBus() || !helper->isRunning(); }, std::chrono::milliseconds(longTime)));
+    EXPECT_TRUE(waitUntil([&] { return isOnBus() || !helper->isRunning(); },
+                          std::chrono::milliseconds(fixturePatience)));
     EXPECT_TRUE(helper->isRunning()) << helper->errors().constData();
     return helper;
 }
@@ -97,14 +97,14 @@ std::unique_ptr<ChildProcess> RunningFixture::startIn(const QProcessEnvironment 
 
 bool RunningFixture::isOnBus() const
 {
-    QDBusConnection bus = QDBusConnection::connectToBus(bus_.address(), connectionName);
+    QDBusConnection bus = QDBusConnection::connectToBus(bus_.address(), fixtureConnection);
     // The object comes after the name.
     // It may be asking the tray meanwhile, which is in this process.
     const QDBusPendingCall answer = bus.asyncCall(QDBusMessage::createMethodCall(
         HelperService::name, HelperService::path, QStringLiteral("org.freedesktop.DBus.Introspectable"),
         QStringLiteral("Introspect")));
     waitUntil([&] { return answer.isFinished(); });
-    QDBusConnection::disconnectFromBus(connectionName);
+    QDBusConnection::disconnectFromBus(fixtureConnection);
     return answer.reply().arguments().value(0).toString().contains(HelperService::createMethod);
 }
 
@@ -136,6 +136,6 @@ bool RunningFixture::order(const QString &preset, QString *error)
 void RunningFixture::expectEndOf(ChildProcess &helper)
 {
     helper.signal(SIGTERM);
-    ASSERT_TRUE(helper.waitForEnd(std::chrono::milliseconds(longTime)));
+    ASSERT_TRUE(helper.waitForEnd(std::chrono::milliseconds(fixturePatience)));
     EXPECT_TRUE(helper.hasReturned(0)) << helper.errors().constData();
 }

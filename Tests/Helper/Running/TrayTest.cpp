@@ -23,7 +23,7 @@ namespace {
 
 const QString noPresets = QStringLiteral("No Presets");
 const QString unreadable = QStringLiteral("The Presets Cannot Be Read");
-const QString letters = QStringLiteral("Letters");
+const QString lettersEntry = QStringLiteral("Letters");
 const QString photos = QStringLiteral("Photos");
 const QString choose = QStringLiteral("Choose…");
 const QString undoLast = QStringLiteral("Undo Last Creation");
@@ -44,10 +44,10 @@ TEST_F(TrayProgramTest, TheMenuShowsThePresetsInTheirOrderAndWhatElseThereIs)
     useTarget();
     FakeTray tray(bus_.address());
     const auto helper = start();
-    const FakeTray::Entry menu = tray.menuWith(letters);
-    EXPECT_THAT(menu.labels(), ElementsAre(letters, photos, QStringLiteral("-"), undoLast,
+    const FakeTray::Entry menu = tray.menuWith(lettersEntry);
+    EXPECT_THAT(menu.labels(), ElementsAre(lettersEntry, photos, QStringLiteral("-"), undoLast,
                                            QStringLiteral("Open Quenby…"), QStringLiteral("Quit")));
-    EXPECT_THAT(menu.child(letters).labels(), ElementsAre(shownTarget(), QStringLiteral("-"), choose));
+    EXPECT_THAT(menu.child(lettersEntry).labels(), ElementsAre(shownTarget(), QStringLiteral("-"), choose));
     EXPECT_FALSE(menu.child(undoLast).isEnabled);
     expectEndOf(*helper);
     EXPECT_FALSE(tray.hasItem());
@@ -60,7 +60,7 @@ TEST_F(TrayProgramTest, APresetIsCreatedInTheFolderThatWasUsedLastAndUndone)
     FakeTray tray(bus_.address());
     FakeDesktop desktop(bus_.address(), {QStringLiteral("actions")});
     const auto helper = start();
-    tray.click(tray.menuWith(letters).child(letters).child(shownTarget()));
+    tray.click(tray.menuWith(lettersEntry).child(lettersEntry).child(shownTarget()));
     ASSERT_TRUE(waitUntil([&] { return desktop.shown().size() == 1; }));
     EXPECT_EQ(tree(), letterTree());
     EXPECT_EQ(desktop.shown().constFirst().title, QStringLiteral("\"Letters\" was created"));
@@ -83,7 +83,7 @@ TEST_F(TrayProgramTest, ATrayThatAppearsLaterIsUsed)
     FakeTray tray(bus_.address(), false);
     EXPECT_FALSE(tray.hasItem());
     tray.addHost();
-    EXPECT_EQ(tray.menuWith(letters).labels().constFirst(), letters);
+    EXPECT_EQ(tray.menuWith(lettersEntry).labels().constFirst(), lettersEntry);
     expectEndOf(*helper);
 }
 
@@ -92,10 +92,10 @@ TEST_F(TrayProgramTest, ATrayThatStartsAgainIsGivenTheMenuAgain)
     store(settings());
     std::optional<FakeTray> tray(std::in_place, bus_.address());
     const auto helper = start();
-    ASSERT_EQ(tray->menuWith(letters).labels().value(0), letters);
+    ASSERT_EQ(tray->menuWith(lettersEntry).labels().value(0), lettersEntry);
     tray.reset();
     tray.emplace(bus_.address());
-    EXPECT_EQ(tray->menuWith(letters).labels().value(0), letters);
+    EXPECT_EQ(tray->menuWith(lettersEntry).labels().value(0), lettersEntry);
     expectEndOf(*helper);
 }
 
@@ -184,14 +184,14 @@ TEST_F(TrayProgramTest, TheOptionPutsItIntoTheTrayAndTakesItOut)
     options.showMenubar = true;
     storeAndPost(options);
     ASSERT_TRUE(waitUntil([&] { return tray.hasItem(); }));
-    EXPECT_EQ(tray.menuWith(letters).labels().value(0), letters);
+    EXPECT_EQ(tray.menuWith(lettersEntry).labels().value(0), lettersEntry);
     options.showMenubar = false;
     storeAndPost(options);
     ASSERT_TRUE(waitUntil([&] { return !tray.hasItem(); }));
     options.showMenubar = true;
     storeAndPost(options);
     ASSERT_TRUE(waitUntil([&] { return tray.hasItem(); }));
-    EXPECT_EQ(tray.menuWith(letters).labels().value(0), letters);
+    EXPECT_EQ(tray.menuWith(lettersEntry).labels().value(0), lettersEntry);
     expectEndOf(*helper);
 }
 
@@ -202,7 +202,7 @@ TEST_F(TrayProgramTest, PresetsThatCannotBeReadLeaveTheMenuAsItIsAndAreToldOnce)
     FakeTray tray(bus_.address());
     FakeDesktop desktop(bus_.address(), {QStringLiteral("actions")});
     const auto helper = start();
-    const QStringList before = tray.menuWith(letters).labels();
+    const QStringList before = tray.menuWith(lettersEntry).labels();
 
     const QString domain = home_.configFolder() + QStringLiteral("/" QUENBY_IDENTIFIER ".plist");
     const QString aside = home_.filePath(QStringLiteral("aside"));
@@ -223,9 +223,9 @@ TEST_F(TrayProgramTest, PresetsThatCannotBeReadLeaveTheMenuAsItIsAndAreToldOnce)
 
     // Orders are refused with the reason, and not for want of such a preset.
     QString error;
-    EXPECT_FALSE(order(letters, &error));
+    EXPECT_FALSE(order(lettersEntry, &error));
     EXPECT_TRUE(error.startsWith(reason)) << qPrintable(error);
-    tray.click(tray.menu().child(letters).child(shownTarget()));
+    tray.click(tray.menu().child(lettersEntry).child(shownTarget()));
     ASSERT_TRUE(waitUntil([&] { return desktop.shown().size() == 2; }));
     EXPECT_EQ(desktop.shown().at(1).title, QStringLiteral("\"Letters\" was not created"));
     EXPECT_TRUE(desktop.shown().at(1).text.startsWith(reason)) << qPrintable(desktop.shown().at(1).text);
@@ -265,7 +265,7 @@ TEST_F(TrayProgramTest, PresetsThatCannotBeReadAtTheStartAreShownOnceTheyCanWith
         ASSERT_TRUE(QFile::remove(folder));
         ASSERT_TRUE(QFile::rename(aside, folder));
         if (isWanted) {
-            EXPECT_EQ(tray.menuWith(letters).labels().value(0), letters);
+            EXPECT_EQ(tray.menuWith(lettersEntry).labels().value(0), lettersEntry);
         } else {
             EXPECT_TRUE(waitUntil([&] { return !tray.hasItem(); }));
         }
@@ -280,7 +280,7 @@ TEST_F(TrayProgramTest, ChangesOfThePresetsShowUp)
     store(options);
     FakeTray tray(bus_.address());
     const auto helper = start();
-    ASSERT_EQ(tray.menuWith(letters).labels().mid(0, 2), QStringList({letters, photos}));
+    ASSERT_EQ(tray.menuWith(lettersEntry).labels().mid(0, 2), QStringList({lettersEntry, photos}));
     options.presets = {record(preset(QStringLiteral("Songs & Dances & more_of_it"), {}))};
     storeAndPost(options);
     // The first mark of an access key is before the first letter, every other is none.
@@ -322,10 +322,10 @@ TEST_F(TrayProgramTest, AClickOnTheIconIsLeftToThePanel)
     FakeTray tray(bus_.address());
     FakeDesktop desktop(bus_.address(), {});
     const auto helper = start();
-    ASSERT_EQ(tray.menuWith(letters).labels().constFirst(), letters);
+    ASSERT_EQ(tray.menuWith(lettersEntry).labels().constFirst(), lettersEntry);
     tray.activate();
     // What was clicked before has been answered then.
-    tray.click(tray.menu().child(letters).child(shownTarget()));
+    tray.click(tray.menu().child(lettersEntry).child(shownTarget()));
     ASSERT_TRUE(waitUntil([&] { return !desktop.shown().isEmpty(); }));
     EXPECT_THAT(screen_.windowsOf(helper->pid()), IsEmpty());
     expectEndOf(*helper);
@@ -336,7 +336,7 @@ TEST_F(TrayProgramTest, QuitEndsIt)
     store(settings());
     FakeTray tray(bus_.address());
     const auto helper = start();
-    tray.click(tray.menuWith(letters).child(QStringLiteral("Quit")));
+    tray.click(tray.menuWith(lettersEntry).child(QStringLiteral("Quit")));
     ASSERT_TRUE(helper->waitForEnd());
     EXPECT_TRUE(helper->hasReturned(0));
 }
