@@ -21,6 +21,9 @@ const QString informationFile = QStringLiteral("/Contents/Info.plist");
 const QString resourceFolder = QStringLiteral("/Contents/Resources");
 const QString codeFolder = QStringLiteral("/Contents/MacOS");
 const QString identifierKey = QStringLiteral("CFBundleIdentifier");
+const QString packageTypeKey = QStringLiteral("CFBundlePackageType");
+const QString signatureKey = QStringLiteral("CFBundleSignature");
+constexpr qsizetype codeLength = 4;
 const QString executableKey = QStringLiteral("CFBundleExecutable");
 
 const QString applicationSuffix = QStringLiteral("app");
@@ -44,6 +47,17 @@ int appendPathOfObject(dl_phdr_info *info, size_t, void *paths)
                              : QFile::symLinkTarget(QStringLiteral("/proc/self/exe"));
     static_cast<QStringList *>(paths)->append(path);
     return 0;
+}
+
+quint32 fourCharacterCode(const QVariant &value)
+{
+    const QByteArray bytes = value.toString().toLatin1();
+    if (bytes.size() != codeLength)
+        return 0;
+    quint32 code = 0;
+    for (const char byte : bytes)
+        code = code << 8 | quint8(byte);
+    return code;
 }
 
 } // namespace
@@ -163,4 +177,17 @@ QVariantMap Bundle::infoDictionary() const
         return {};
     }
     return result.value->toMap();
+}
+
+Bundle::Codes Bundle::codesOfExecutable(const QString &executable)
+{
+    const QString folder = executable.section(u'/', 0, -2);
+    if (!folder.endsWith(codeFolder))
+        return {};
+    const std::optional<Bundle> bundle = bundleWithPath(folder.chopped(codeFolder.size()));
+    if (!bundle)
+        return {};
+    const QVariantMap dictionary = bundle->infoDictionary();
+    return {fourCharacterCode(dictionary.value(packageTypeKey)),
+            fourCharacterCode(dictionary.value(signatureKey))};
 }

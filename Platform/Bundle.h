@@ -27,6 +27,17 @@ public:
     /// Whether it is such a thing that is named like an application.
     static bool isApplicationBundle(const QString &path);
 
+    /// The four-character codes in an information file, "CFBundlePackageType" and "CFBundleSignature"; 0
+    /// where there is none.
+    struct Codes
+    {
+        quint32 type = 0;
+        quint32 signature = 0;
+        friend bool operator==(const Codes &, const Codes &) = default;
+    };
+    /// Those of the bundle that the file \a executable lies in as its code.
+    static Codes codesOfExecutable(const QString &executable);
+
     /// The bundles of which code is mapped into this process, in the dynamic loader's order: found by asking
     /// the loader, so that the host and the panes it loads agree without sharing state.
     static QList<Bundle> allBundles();

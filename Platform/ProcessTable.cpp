@@ -3,7 +3,6 @@
 
 #include "Platform/ProcessTable.h"
 
-#include "Platform/Bundle.h"
 #include "Platform/LineText.h"
 #include "Platform/ProcessFolder.h"
 #include "Platform/SystemCalls.h"
@@ -31,11 +30,6 @@ Q_LOGGING_CATEGORY(lcProcesses, "quenby.platform.processes")
 
 constexpr pid_t systemProcessID = 1;
 constexpr quint64 launchDatesPerSecond = 60;
-
-const QString codeFolder = QStringLiteral("/Contents/MacOS");
-const QString packageTypeKey = QStringLiteral("CFBundlePackageType");
-const QString signatureKey = QStringLiteral("CFBundleSignature");
-constexpr qsizetype codeLength = 4;
 
 /// The folder with a folder for each process.
 class ProcRoot
@@ -140,30 +134,6 @@ bool mayBeNamed(int root, const char *folder, const QByteArray &wanted)
     return std::any_of(command, command + size, [](char byte) { return (byte & 0x80) != 0; });
 }
 
-quint32 fourCharacterCode(const QVariant &value)
-{
-    const QByteArray bytes = value.toString().toLatin1();
-    if (bytes.size() != codeLength)
-        return 0;
-    quint32 code = 0;
-    for (const char byte : bytes)
-        code = code << 8 | quint8(byte);
-    return code;
-}
-
-void fillFromBundle(ProcessInformation &information)
-{
-    const QString folder = information.path.section(u'/', 0, -2);
-    if (!folder.endsWith(codeFolder))
-        return;
-    const std::optional<Bundle> bundle = Bundle::bundleWithPath(folder.chopped(codeFolder.size()));
-    if (!bundle)
-        return;
-    const QVariantMap dictionary = bundle->infoDictionary();
-    information.type = fourCharacterCode(dictionary.value(packageTypeKey));
-    information.signature = fourCharacterCode(dictionary.value(signatureKey));
-}
-
 quint32 launchDate(quint64 startTime)
 {
     const long ticks = ::sysconf(_SC_CLK_TCK);
@@ -237,7 +207,6 @@ std::optional<ProcessInformation> ProcessTable::getProcessInformation(const Proc
     information.path = folder->executable();
     information.launcher = runningProcess(table, status->parent).value_or(kNoProcess);
     information.launchDate = launchDate(status->startTime);
-    fillFromBundle(information);
     return information;
 }
 

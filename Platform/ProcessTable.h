@@ -27,9 +27,6 @@ struct ProcessInformation
     QString name;
     /// Of the executable; empty if there is none, or if it is not ours to know.
     QString path;
-    /// The codes in the information file of the bundle that the executable lies in; 0 without one.
-    quint32 type = 0;
-    quint32 signature = 0;
     /// No information file tells any.
     quint32 mode = 0;
     ProcessSerialNumber launcher = kNoProcess;

@@ -246,13 +246,13 @@ QString TQProcess::name() const
 quint32 TQProcess::type() const
 {
     const std::optional<ProcessInformation> &information = fillProcessInfoRec();
-    return information ? information->type : 0;
+    return information ? Bundle::codesOfExecutable(information->path).type : 0;
 }
 
 quint32 TQProcess::signature() const
 {
     const std::optional<ProcessInformation> &information = fillProcessInfoRec();
-    return information ? information->signature : 0;
+    return information ? Bundle::codesOfExecutable(information->path).signature : 0;
 }
 
 quint32 TQProcess::mode() const

@@ -191,3 +191,23 @@ TEST_F(BundleTest, CodeOutsideABundleListsNone)
     EXPECT_TRUE(Bundle::allBundles().isEmpty());
     ::dlclose(code);
 }
+
+TEST_F(BundleTest, TheCodesOfAnExecutableAreThoseOfItsBundle)
+{
+    const auto codes = [&](const QByteArray &type, const QByteArray &signature) {
+        writeInformation("<key>CFBundlePackageType</key>" + type + "<key>CFBundleSignature</key>" +
+                         signature);
+        return Bundle::codesOfExecutable(executablePath());
+    };
+    EXPECT_EQ(Bundle::codesOfExecutable(executablePath()), Bundle::Codes());
+    EXPECT_EQ(codes("<string>APPL</string>", "<string>Quen</string>"),
+              (Bundle::Codes{0x4150504c, 0x5175656e}));
+    EXPECT_EQ(Bundle::codesOfExecutable(bundlePath() + QStringLiteral("/Contents/Resources/Code.so")),
+              Bundle::Codes());
+    EXPECT_EQ(codes("<string>APP</string>", "<string>QNBHx</string>"), Bundle::Codes());
+    EXPECT_EQ(codes("<integer>5</integer>", "<array/>"), Bundle::Codes());
+    EXPECT_EQ(codes("<string>\xc3\xa4\xc3\xb6\xc3\xbc\xc3\x9f</string>", "<string>QNBH</string>"),
+              (Bundle::Codes{0xe4f6fcdf, 0x514e4248}));
+    write(QStringLiteral("Contents/Info.plist"), "damaged");
+    EXPECT_EQ(Bundle::codesOfExecutable(executablePath()), Bundle::Codes());
+}

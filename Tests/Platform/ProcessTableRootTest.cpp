@@ -258,28 +258,3 @@ TEST_F(ProcessTableRootTest, TheLauncherIsNoneWhenItIsNotThere)
     add(1, 77);
     EXPECT_EQ(informationOf(first_)->launcher, kSystemProcess);
 }
-
-TEST_F(ProcessTableRootTest, TypeAndSignatureAreThoseOfTheBundle)
-{
-    const QString bundle = in(QStringLiteral("QNBHelper.app"));
-    const QString code = bundle + QStringLiteral("/Contents/MacOS");
-    ASSERT_TRUE(QDir().mkpath(code));
-    setExecutable(noPid, code + u'/' + helperName);
-    const QString information = bundle + QStringLiteral("/Contents/Info.plist");
-    const auto describe = [&](const QByteArray &type, const QByteArray &signature) {
-        put(information, "<plist version=\"1.0\"><dict><key>CFBundlePackageType</key>" + type +
-                             "<key>CFBundleSignature</key>" + signature + "</dict></plist>");
-        return std::pair(informationOf(first_)->type, informationOf(first_)->signature);
-    };
-    EXPECT_EQ(informationOf(first_)->type, 0U);
-    EXPECT_EQ(describe("<string>APPL</string>", "<string>Quen</string>"),
-              std::pair(0x4150504cU, 0x5175656eU));
-    EXPECT_EQ(describe("<string>APP</string>", "<string>QNBHx</string>"), std::pair(0U, 0U));
-    EXPECT_EQ(describe("<integer>5</integer>", "<array/>"), std::pair(0U, 0U));
-    EXPECT_EQ(describe("<string>\xc3\xa4\xc3\xb6\xc3\xbc\xc3\x9f</string>", "<string>QNBH</string>"),
-              std::pair(0xe4f6fcdfU, 0x514e4248U));
-    EXPECT_EQ(informationOf(first_)->mode, 0U);
-    put(information, "damaged");
-    EXPECT_EQ(informationOf(first_)->signature, 0U);
-    EXPECT_EQ(informationOf(first_)->name, helperName);
-}
