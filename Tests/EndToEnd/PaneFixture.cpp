@@ -90,6 +90,8 @@ void PaneFixture::goToPreset(const QString &label)
 
 void PaneFixture::goToEntry(const QString &name)
 {
+    // That the keyboard has come to the menu, or to its first entry, is not what the first key does.
+    reader_.catchUp();
     QStringList seen;
     while (seen.size() < longestMenu) {
         const Accessible before = reader_.focus();

@@ -3,6 +3,7 @@
 
 #include "Tests/Session/ScreenReader.h"
 
+#include <QCoreApplication>
 #include <QDBusMessage>
 #include <QDBusReply>
 #include <QUuid>
@@ -70,4 +71,11 @@ void ScreenReader::stateChanged(const QDBusMessage &message)
     const QVariantList arguments = message.arguments();
     if (arguments.value(0).toString() == focusedState && arguments.value(1).toInt() != 0)
         focus_ = Accessible(bus_, message.service(), message.path());
+}
+
+void ScreenReader::catchUp()
+{
+    // An answer of the program comes after what it said before.
+    focus_.name();
+    QCoreApplication::processEvents();
 }

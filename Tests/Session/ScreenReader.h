@@ -27,6 +27,8 @@ public:
     QList<Accessible> programs() const;
     /// What has the keyboard: the last object that said so.
     const Accessible &focus() const { return focus_; }
+    /// Hears all that the program with the keyboard has said until now.
+    void catchUp();
 
 private Q_SLOTS:
     void stateChanged(const QDBusMessage &message);
