@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "Source/QNBHierarchyItem.h"
+#include "Source/Model/QNBHierarchyItem.h"
 
 #include <QString>
 #include <vector>

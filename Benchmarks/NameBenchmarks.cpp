@@ -5,7 +5,7 @@
 // compares each with the name wanted, without regard to case; and what an index of the names costs and gives.
 
 #include "Benchmarks/SamplePresets.h"
-#include "Source/QNBUniqueName.h"
+#include "Source/Model/QNBUniqueName.h"
 
 #include <benchmark/benchmark.h>
 

@@ -4,7 +4,7 @@
 #pragma once
 
 #include "Benchmarks/EditedTree.h"
-#include "Source/QNBPrefPanePref.h"
+#include "Source/Pane/QNBPrefPanePref.h"
 
 #include <QTemporaryDir>
 

@@ -7,9 +7,9 @@
 
 #include "Benchmarks/PeakMemory.h"
 #include "Benchmarks/SamplePresets.h"
-#include "Platform/KeyedUnarchiver.h"
-#include "Platform/PropertyListDocument.h"
-#include "Source/QNBSettingsStore.h"
+#include "Platform/PropertyLists/KeyedUnarchiver.h"
+#include "Platform/PropertyLists/PropertyListDocument.h"
+#include "Source/Model/QNBSettingsStore.h"
 
 #include <benchmark/benchmark.h>
 #include <plist/plist.h>

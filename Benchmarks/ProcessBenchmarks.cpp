@@ -4,7 +4,7 @@
 // The processes of a name while so many others run, beside a bare pass over the kernel's table that opens,
 // reads and closes the file with the name of each.
 
-#include "Source/TQProcess.h"
+#include "Source/System/TQProcess.h"
 
 #include <benchmark/benchmark.h>
 

@@ -3,7 +3,7 @@
 
 #include "Benchmarks/SamplePresets.h"
 
-#include "Source/QNBSettingsStore.h"
+#include "Source/Model/QNBSettingsStore.h"
 
 #include <array>
 #include <cstdlib>

@@ -5,7 +5,7 @@
 // syncing the same bytes takes.
 
 #include "Benchmarks/SamplePresets.h"
-#include "Source/QNBSettingsStore.h"
+#include "Source/Model/QNBSettingsStore.h"
 
 #include <QFile>
 #include <QTemporaryDir>

@@ -4,7 +4,7 @@
 #pragma once
 
 #include "Benchmarks/EditedTree.h"
-#include "Source/QNBPresetRecord.h"
+#include "Source/Model/QNBPresetRecord.h"
 
 #include <QStandardItemModel>
 #include <QTreeView>

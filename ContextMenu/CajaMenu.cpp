@@ -4,7 +4,7 @@
 #include "ContextMenu/CajaMenu.h"
 
 #include "ContextMenu/ScriptsFolder.h"
-#include "Platform/DesktopFolders.h"
+#include "Platform/Desktop/DesktopFolders.h"
 
 QString CajaMenu::name() const
 {

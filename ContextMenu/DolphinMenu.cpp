@@ -4,8 +4,8 @@
 #include "ContextMenu/DolphinMenu.h"
 
 #include "ContextMenu/MenuText.h"
-#include "Platform/DesktopEntry.h"
-#include "Platform/DesktopFolders.h"
+#include "Platform/Desktop/DesktopEntry.h"
+#include "Platform/Desktop/DesktopFolders.h"
 
 namespace {
 

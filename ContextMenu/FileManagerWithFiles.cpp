@@ -4,7 +4,7 @@
 #include "ContextMenu/FileManagerWithFiles.h"
 
 #include "ContextMenu/Outcome.h"
-#include "Platform/BoundedFile.h"
+#include "Platform/Files/BoundedFile.h"
 
 #include <QFileInfo>
 

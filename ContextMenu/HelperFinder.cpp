@@ -3,9 +3,9 @@
 
 #include "ContextMenu/HelperFinder.h"
 
-#include "Platform/FileURL.h"
-#include "Platform/PaneFolders.h"
-#include "Platform/SharedFileList.h"
+#include "Platform/Desktop/PaneFolders.h"
+#include "Platform/Desktop/SharedFileList.h"
+#include "Platform/Files/FileURL.h"
 
 #include <QDir>
 #include <QFile>

@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "Platform/Bundle.h"
+#include "Platform/Desktop/Bundle.h"
 
 #include <QByteArray>
 #include <QString>

@@ -3,8 +3,8 @@
 
 #include "ContextMenu/Manifest.h"
 
-#include "Platform/BoundedFile.h"
-#include "Platform/PropertyList.h"
+#include "Platform/Files/BoundedFile.h"
+#include "Platform/PropertyLists/PropertyList.h"
 
 #include <QCryptographicHash>
 #include <QDir>

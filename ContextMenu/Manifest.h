@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "Platform/DurableFileWriter.h"
+#include "Platform/Files/DurableFileWriter.h"
 
 #include <QMap>
 #include <QString>

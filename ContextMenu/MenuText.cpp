@@ -4,7 +4,7 @@
 #include "ContextMenu/MenuText.h"
 
 #include "ContextMenu/PresetMenu.h"
-#include "Platform/DesktopEntry.h"
+#include "Platform/Desktop/DesktopEntry.h"
 
 QByteArray MenuText::shellQuoted(const QByteArray &argument)
 {

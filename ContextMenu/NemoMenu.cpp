@@ -4,7 +4,7 @@
 #include "ContextMenu/NemoMenu.h"
 
 #include "ContextMenu/ScriptsFolder.h"
-#include "Platform/DesktopFolders.h"
+#include "Platform/Desktop/DesktopFolders.h"
 
 QString NemoMenu::name() const
 {

@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "Source/QNBPresetRecord.h"
+#include "Source/Model/QNBPresetRecord.h"
 
 #include <QByteArray>
 #include <QByteArrayList>

@@ -6,11 +6,11 @@
 #include "ContextMenu/FileManager.h"
 #include "ContextMenu/HelperFinder.h"
 #include "ContextMenu/Outcome.h"
-#include "Platform/DesktopFolders.h"
-#include "Platform/FileLayer.h"
-#include "Platform/FileLock.h"
+#include "Platform/Desktop/DesktopFolders.h"
+#include "Platform/Files/FileLayer.h"
+#include "Platform/Files/FileLock.h"
 #include "Shared/Source/QNBShared.h"
-#include "Source/QNBSettingsStore.h"
+#include "Source/Model/QNBSettingsStore.h"
 
 #include <functional>
 

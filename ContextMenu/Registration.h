@@ -4,7 +4,7 @@
 #pragma once
 
 #include "ContextMenu/PresetMenu.h"
-#include "Platform/DurableFileWriter.h"
+#include "Platform/Files/DurableFileWriter.h"
 
 #include <QByteArray>
 

@@ -5,8 +5,8 @@
 
 #include "ContextMenu/MenuText.h"
 #include "ContextMenu/ThunarActions.h"
-#include "Platform/BoundedFile.h"
-#include "Platform/DesktopFolders.h"
+#include "Platform/Desktop/DesktopFolders.h"
+#include "Platform/Files/BoundedFile.h"
 
 #include <QFileInfo>
 #include <QLoggingCategory>

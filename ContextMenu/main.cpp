@@ -3,7 +3,7 @@
 
 #include "ContextMenu/HelperFinder.h"
 #include "ContextMenu/Registration.h"
-#include "Platform/HomeOwner.h"
+#include "Platform/Desktop/HomeOwner.h"
 #include "Platform/LineText.h"
 
 #include <QCoreApplication>

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "Fuzz/PropertyListChecks.h"
-#include "Platform/BinaryPropertyListReader.h"
+#include "Platform/PropertyLists/BinaryPropertyListReader.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {

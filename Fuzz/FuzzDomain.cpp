@@ -3,7 +3,7 @@
 
 #include "Fuzz/PresetChecks.h"
 #include "Fuzz/PropertyListChecks.h"
-#include "Source/QNBSettingsStore.h"
+#include "Source/Model/QNBSettingsStore.h"
 
 #include <QDir>
 #include <QFile>

@@ -2,8 +2,8 @@
 // SPDX-License-Identifier: MIT
 
 #include "Fuzz/PropertyListChecks.h"
-#include "Platform/KeyedArchiver.h"
-#include "Platform/KeyedUnarchiver.h"
+#include "Platform/PropertyLists/KeyedArchiver.h"
+#include "Platform/PropertyLists/KeyedUnarchiver.h"
 
 #include <cstdint>
 #include <cstdlib>

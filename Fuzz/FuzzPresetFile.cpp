@@ -3,9 +3,9 @@
 
 #include "Fuzz/PresetChecks.h"
 #include "Fuzz/PropertyListChecks.h"
-#include "Source/QNBAttributeCommands.h"
-#include "Source/QNBPresetFile.h"
-#include "Source/QNBStructureCommands.h"
+#include "Source/Editing/QNBAttributeCommands.h"
+#include "Source/Editing/QNBStructureCommands.h"
+#include "Source/Model/QNBPresetFile.h"
 
 #include <QUndoStack>
 #include <random>

@@ -3,9 +3,9 @@
 
 #pragma once
 
-#include "Platform/KeyedUnarchiver.h"
-#include "Platform/PropertyListVariant.h"
-#include "Source/QNBPresetRecord.h"
+#include "Platform/PropertyLists/KeyedUnarchiver.h"
+#include "Platform/PropertyLists/PropertyListVariant.h"
+#include "Source/Model/QNBPresetRecord.h"
 
 /// What both fuzz targets of presets compare.
 namespace PresetChecks {

@@ -3,9 +3,9 @@
 
 #pragma once
 
-#include "Platform/BinaryPropertyListWriter.h"
-#include "Platform/PropertyListDocument.h"
-#include "Platform/PropertyListVariant.h"
+#include "Platform/PropertyLists/BinaryPropertyListWriter.h"
+#include "Platform/PropertyLists/PropertyListDocument.h"
+#include "Platform/PropertyLists/PropertyListVariant.h"
 
 /// What must hold for any bytes at all. Run by the fuzz targets on what they make up, and by the tests on
 /// what was found once.

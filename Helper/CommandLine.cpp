@@ -8,10 +8,10 @@
 #include "Helper/HelperService.h"
 #include "Helper/Notifications.h"
 #include "Helper/Presets.h"
-#include "Platform/ActivationToken.h"
-#include "Platform/HomeOwner.h"
+#include "Platform/Bus/SessionBus.h"
+#include "Platform/Desktop/ActivationToken.h"
+#include "Platform/Desktop/HomeOwner.h"
 #include "Platform/LineText.h"
-#include "Platform/SessionBus.h"
 
 #include <QCoreApplication>
 #include <QJsonDocument>

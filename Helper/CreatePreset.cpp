@@ -12,7 +12,7 @@
 #include "Helper/ScriptChanges.h"
 #include "Platform/LineText.h"
 #include "Shared/Source/QNBShared.h"
-#include "Source/QNBFolderMenu.h"
+#include "Source/Model/QNBFolderMenu.h"
 
 #include <QCoreApplication>
 #include <QDir>

@@ -8,7 +8,7 @@
 #include "Helper/Creation/Record.h"
 #include "Helper/Script.h"
 #include "Helper/UndoStep.h"
-#include "Source/QNBPresetRecord.h"
+#include "Source/Model/QNBPresetRecord.h"
 
 #include <QString>
 #include <QStringList>

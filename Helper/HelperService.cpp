@@ -4,7 +4,7 @@
 #include "Helper/HelperService.h"
 
 #include "Helper/Presets.h"
-#include "Platform/SessionBus.h"
+#include "Platform/Bus/SessionBus.h"
 
 #include <QDBusError>
 #include <QDBusMessage>

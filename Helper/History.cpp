@@ -3,9 +3,9 @@
 
 #include "Helper/History.h"
 
-#include "Platform/BoundedFile.h"
-#include "Platform/DesktopFolders.h"
-#include "Platform/PropertyList.h"
+#include "Platform/Desktop/DesktopFolders.h"
+#include "Platform/Files/BoundedFile.h"
+#include "Platform/PropertyLists/PropertyList.h"
 
 #include <QDateTime>
 #include <QFileInfo>

@@ -4,8 +4,8 @@
 #pragma once
 
 #include "Helper/Creation/Record.h"
-#include "Platform/DurableFileWriter.h"
-#include "Platform/FileLock.h"
+#include "Platform/Files/DurableFileWriter.h"
+#include "Platform/Files/FileLock.h"
 
 #include <QString>
 #include <optional>

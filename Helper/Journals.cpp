@@ -4,10 +4,10 @@
 #include "Helper/Journals.h"
 
 #include "Helper/Creation/FileSystemTime.h"
-#include "Platform/BoundedFile.h"
-#include "Platform/DesktopFolders.h"
-#include "Platform/DurableFileWriter.h"
-#include "Platform/FileDescriptor.h"
+#include "Platform/Desktop/DesktopFolders.h"
+#include "Platform/Files/BoundedFile.h"
+#include "Platform/Files/DurableFileWriter.h"
+#include "Platform/Files/FileDescriptor.h"
 
 #include <QDir>
 #include <QFile>

@@ -5,7 +5,7 @@
 
 #include "Helper/Creation/Journal.h"
 #include "Helper/Creation/JournalFormat.h"
-#include "Platform/FileLock.h"
+#include "Platform/Files/FileLock.h"
 
 #include <QString>
 #include <memory>

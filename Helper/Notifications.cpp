@@ -3,8 +3,8 @@
 
 #include "Helper/Notifications.h"
 
+#include "Platform/Bus/SessionBus.h"
 #include "Platform/LineText.h"
-#include "Platform/SessionBus.h"
 
 #include <QDBusMessage>
 #include <QDeadlineTimer>

@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "Platform/Mailbox.h"
+#include "Platform/Bus/Mailbox.h"
 
 #include <QHash>
 #include <QList>

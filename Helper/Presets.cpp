@@ -4,7 +4,7 @@
 #include "Helper/Presets.h"
 
 #include "Shared/Source/QNBShared.h"
-#include "Source/QNBNumberedPresetName.h"
+#include "Source/Model/QNBNumberedPresetName.h"
 
 #include <QCoreApplication>
 #include <QDir>

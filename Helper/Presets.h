@@ -3,8 +3,8 @@
 
 #pragma once
 
-#include "Platform/Bundle.h"
-#include "Source/QNBSettingsStore.h"
+#include "Platform/Desktop/Bundle.h"
+#include "Source/Model/QNBSettingsStore.h"
 
 #include <optional>
 

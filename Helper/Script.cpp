@@ -6,7 +6,7 @@
 #include "Helper/Creation/SupportFile.h"
 #include "Helper/ScriptCopy.h"
 #include "Helper/ScriptFile.h"
-#include "Platform/Bundle.h"
+#include "Platform/Desktop/Bundle.h"
 #include "Platform/LineText.h"
 
 #include <QCoreApplication>

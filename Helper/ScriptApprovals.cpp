@@ -5,11 +5,11 @@
 
 #include "Helper/Presets.h"
 #include "Helper/ScriptFile.h"
-#include "Platform/BoundedFile.h"
-#include "Platform/DesktopFolders.h"
-#include "Platform/FileLock.h"
-#include "Platform/PropertyList.h"
-#include "Source/QNBFolderMenu.h"
+#include "Platform/Desktop/DesktopFolders.h"
+#include "Platform/Files/BoundedFile.h"
+#include "Platform/Files/FileLock.h"
+#include "Platform/PropertyLists/PropertyList.h"
+#include "Source/Model/QNBFolderMenu.h"
 
 #include <QCryptographicHash>
 #include <QDateTime>

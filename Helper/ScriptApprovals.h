@@ -3,8 +3,8 @@
 
 #pragma once
 
-#include "Platform/Bundle.h"
-#include "Platform/DurableFileWriter.h"
+#include "Platform/Desktop/Bundle.h"
+#include "Platform/Files/DurableFileWriter.h"
 
 #include <QByteArray>
 #include <QString>

@@ -4,7 +4,7 @@
 #include "Helper/ScriptCopy.h"
 
 #include "Helper/ScriptFile.h"
-#include "Platform/DesktopFolders.h"
+#include "Platform/Desktop/DesktopFolders.h"
 
 #include <QByteArrayList>
 #include <QCoreApplication>

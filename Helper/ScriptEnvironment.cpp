@@ -3,7 +3,7 @@
 
 #include "Helper/ScriptEnvironment.h"
 
-#include "Platform/ChildEnvironment.h"
+#include "Platform/Processes/ChildEnvironment.h"
 
 #include <unistd.h>
 

@@ -3,8 +3,8 @@
 
 #include "Helper/ScriptFile.h"
 
-#include "Platform/BoundedFile.h"
-#include "Platform/FileDescriptor.h"
+#include "Platform/Files/BoundedFile.h"
+#include "Platform/Files/FileDescriptor.h"
 
 #include <QCoreApplication>
 #include <QFile>

@@ -4,7 +4,7 @@
 #include "Helper/ScriptProcess.h"
 
 #include "Helper/ScriptSupervisor.h"
-#include "Platform/FileDescriptor.h"
+#include "Platform/Files/FileDescriptor.h"
 
 #include <QCoreApplication>
 #include <QDeadlineTimer>

@@ -4,7 +4,7 @@
 #include "Helper/ScriptSupervisor.h"
 
 #include "Helper/ScriptEnvironment.h"
-#include "Platform/ProcessStart.h"
+#include "Platform/Processes/ProcessStart.h"
 
 #include <algorithm>
 #include <array>

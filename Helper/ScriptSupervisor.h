@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "Platform/FileDescriptor.h"
+#include "Platform/Files/FileDescriptor.h"
 
 #include <QByteArray>
 #include <QByteArrayList>

@@ -5,7 +5,7 @@
 #include "Helper/Presets.h"
 #include "Helper/Running/RunningCode.h"
 #include "Helper/StandardStreams.h"
-#include "Platform/HomeOwner.h"
+#include "Platform/Desktop/HomeOwner.h"
 #include "Platform/LineText.h"
 
 #include <QCoreApplication>

@@ -3,8 +3,8 @@
 
 #include "Host/WindowPlaces.h"
 
-#include "Platform/DesktopFolders.h"
-#include "Platform/DurableFileWriter.h"
+#include "Platform/Desktop/DesktopFolders.h"
+#include "Platform/Files/DurableFileWriter.h"
 
 #include <QDir>
 #include <QFile>

@@ -3,7 +3,7 @@
 
 #include "Hosting/InstanceGuard.h"
 
-#include "Platform/DesktopFolders.h"
+#include "Platform/Desktop/DesktopFolders.h"
 
 #include <QCoreApplication>
 #include <QCryptographicHash>

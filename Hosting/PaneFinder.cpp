@@ -3,9 +3,9 @@
 
 #include "Hosting/PaneFinder.h"
 
-#include "Platform/Bundle.h"
+#include "Platform/Desktop/Bundle.h"
+#include "Platform/Desktop/PaneFolders.h"
 #include "Platform/LineText.h"
-#include "Platform/PaneFolders.h"
 
 #include <QCoreApplication>
 #include <QDir>

@@ -5,7 +5,7 @@
 
 #include "Hosting/ErrorPane.h"
 #include "Hosting/PaneFinder.h"
-#include "Platform/Bundle.h"
+#include "Platform/Desktop/Bundle.h"
 #include "Platform/LineText.h"
 
 #include <QCoreApplication>

@@ -4,7 +4,7 @@
 #include "Keyboard/KeyboardLayout.h"
 
 #include "Keyboard/WaylandKeymap.h"
-#include "Platform/KeyCodes.h"
+#include "Platform/Desktop/KeyCodes.h"
 
 #include <QGuiApplication>
 

@@ -4,9 +4,9 @@
 // For the build: writes a property list that people edit in the form that is read fastest.
 // usage: quenby-binary-property-list FROM TO
 
-#include "Platform/BinaryPropertyListWriter.h"
 #include "Platform/LineText.h"
-#include "Platform/PropertyListDocument.h"
+#include "Platform/PropertyLists/BinaryPropertyListWriter.h"
+#include "Platform/PropertyLists/PropertyListDocument.h"
 
 #include <QFile>
 #include <cstdio>

@@ -6,7 +6,7 @@
 #include "Hosting/ErrorPane.h"
 #include "Hosting/PaneFinder.h"
 #include "Hosting/PaneLoader.h"
-#include "Platform/HomeOwner.h"
+#include "Platform/Desktop/HomeOwner.h"
 #include "Toolkit/WindowActivation.h"
 
 #include <QHideEvent>

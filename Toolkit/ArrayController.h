@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "Platform/KeyValueCoding.h"
+#include "Platform/Preferences/KeyValueCoding.h"
 
 #include <QList>
 #include <QObject>

@@ -3,7 +3,7 @@
 
 #include "Toolkit/Pasteboard.h"
 
-#include "Platform/PropertyList.h"
+#include "Platform/PropertyLists/PropertyList.h"
 #include "Toolkit/LocalPath.h"
 
 #include <QLoggingCategory>

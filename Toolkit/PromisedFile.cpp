@@ -3,7 +3,7 @@
 
 #include "Toolkit/PromisedFile.h"
 
-#include "Platform/DurableFileWriter.h"
+#include "Platform/Files/DurableFileWriter.h"
 
 #include <QDir>
 #include <QFile>

@@ -3,7 +3,7 @@
 
 #include "Toolkit/WindowActivation.h"
 
-#include "Platform/ActivationToken.h"
+#include "Platform/Desktop/ActivationToken.h"
 #include "Toolkit/WindowManager.h"
 
 #include <QGuiApplication>

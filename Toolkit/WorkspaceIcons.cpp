@@ -3,7 +3,7 @@
 
 #include "Toolkit/WorkspaceIcons.h"
 
-#include "Platform/Bundle.h"
+#include "Platform/Desktop/Bundle.h"
 #include "Toolkit/PaintedIcon.h"
 #include "Toolkit/TintedIconEngine.h"
 

@@ -4,7 +4,7 @@
 #pragma once
 
 #include "Helper/Creation/CreationPlan.h"
-#include "Platform/FolderLayer.h"
+#include "Platform/Files/FolderLayer.h"
 
 #include <QHash>
 

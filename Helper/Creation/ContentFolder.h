@@ -4,7 +4,7 @@
 #pragma once
 
 #include "Helper/Creation/Operation.h"
-#include "Platform/FolderLayer.h"
+#include "Platform/Files/FolderLayer.h"
 
 #include <QHash>
 #include <vector>

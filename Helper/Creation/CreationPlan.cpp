@@ -7,7 +7,7 @@
 #include "Helper/Creation/Planner.h"
 #include "Platform/LineText.h"
 #include "Shared/Source/QNBShared.h"
-#include "Source/QNBFolderMenu.h"
+#include "Source/Model/QNBFolderMenu.h"
 
 #include <QFile>
 #include <algorithm>

@@ -3,7 +3,7 @@
 
 #include "Helper/Creation/DiskNames.h"
 
-#include "Platform/FolderLayer.h"
+#include "Platform/Files/FolderLayer.h"
 
 #include <QString>
 #include <algorithm>

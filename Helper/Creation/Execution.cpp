@@ -6,8 +6,8 @@
 #include "Helper/Creation/ContentBytes.h"
 #include "Helper/Creation/FolderChain.h"
 #include "Helper/Creation/Removal.h"
-#include "Platform/FileCatalog.h"
-#include "Platform/FileDescriptor.h"
+#include "Platform/Files/FileCatalog.h"
+#include "Platform/Files/FileDescriptor.h"
 #include "Shared/Source/QNBShared.h"
 
 #include <QFile>

@@ -7,7 +7,7 @@
 #include "Helper/Creation/RecordWalk.h"
 #include "Helper/Creation/Remains.h"
 #include "Helper/Creation/SupportFile.h"
-#include "Platform/FileDescriptor.h"
+#include "Platform/Files/FileDescriptor.h"
 #include "Platform/LineText.h"
 
 #include <QFile>

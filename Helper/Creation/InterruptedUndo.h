@@ -4,7 +4,7 @@
 #pragma once
 
 #include "Helper/Creation/JournalFormat.h"
-#include "Platform/FolderLayer.h"
+#include "Platform/Files/FolderLayer.h"
 
 namespace Creation {
 

@@ -4,8 +4,8 @@
 #pragma once
 
 #include "Helper/Creation/JournalFormat.h"
-#include "Platform/FileDescriptor.h"
-#include "Platform/FolderLayer.h"
+#include "Platform/Files/FileDescriptor.h"
+#include "Platform/Files/FolderLayer.h"
 #include "Platform/Result.h"
 
 #include <QString>

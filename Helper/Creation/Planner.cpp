@@ -5,7 +5,7 @@
 
 #include "Helper/Creation/ItemName.h"
 #include "Shared/Source/QNBShared.h"
-#include "Source/QNBHierarchyDepth.h"
+#include "Source/Model/QNBHierarchyDepth.h"
 
 #include <QFile>
 #include <cerrno>

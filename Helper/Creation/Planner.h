@@ -8,7 +8,7 @@
 #include "Helper/Creation/DiskNames.h"
 #include "Helper/Creation/FolderChain.h"
 #include "Helper/Creation/TakenNames.h"
-#include "Platform/FileDescriptor.h"
+#include "Platform/Files/FileDescriptor.h"
 
 #include <QSet>
 #include <optional>

@@ -3,8 +3,8 @@
 
 #pragma once
 
-#include "Platform/FileDescriptor.h"
-#include "Platform/FolderLayer.h"
+#include "Platform/Files/FileDescriptor.h"
+#include "Platform/Files/FolderLayer.h"
 
 #include <QByteArray>
 #include <QByteArrayList>

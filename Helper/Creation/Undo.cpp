@@ -3,7 +3,7 @@
 
 #include "Helper/Creation/Record.h"
 #include "Helper/Creation/Removal.h"
-#include "Platform/FileDescriptor.h"
+#include "Platform/Files/FileDescriptor.h"
 #include "Platform/LineText.h"
 
 #include <QFile>

@@ -4,7 +4,7 @@
 #include "Helper/Launcher/PlacePicker.h"
 
 #include "Helper/ShownName.h"
-#include "Platform/DesktopFolders.h"
+#include "Platform/Desktop/DesktopFolders.h"
 #include "Toolkit/PlainText.h"
 
 #include <QAbstractItemView>

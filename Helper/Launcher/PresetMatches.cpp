@@ -5,7 +5,7 @@
 
 #include "Helper/ShownName.h"
 #include "Platform/LineText.h"
-#include "Source/QNBNumberedPresetName.h"
+#include "Source/Model/QNBNumberedPresetName.h"
 
 #include <QCoreApplication>
 

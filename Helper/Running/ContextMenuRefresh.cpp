@@ -4,8 +4,8 @@
 #include "Helper/Running/ContextMenuRefresh.h"
 
 #include "Helper/Presets.h"
-#include "Platform/Bundle.h"
-#include "Platform/DesktopFolders.h"
+#include "Platform/Desktop/Bundle.h"
+#include "Platform/Desktop/DesktopFolders.h"
 
 #include <QCoreApplication>
 #include <QFile>

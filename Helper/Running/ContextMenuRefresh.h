@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "Platform/Subprocess.h"
+#include "Platform/Processes/Subprocess.h"
 
 #include <memory>
 

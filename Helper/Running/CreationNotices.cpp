@@ -4,8 +4,8 @@
 #include "Helper/Running/CreationNotices.h"
 
 #include "Helper/Running/OwnedWindow.h"
+#include "Platform/Desktop/Workspace.h"
 #include "Platform/LineText.h"
-#include "Platform/Workspace.h"
 #include "Toolkit/PlainText.h"
 
 #include <QCoreApplication>

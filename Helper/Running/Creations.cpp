@@ -6,7 +6,7 @@
 #include "Helper/FolderPath.h"
 #include "Helper/Running/OwnedWindow.h"
 #include "Helper/Running/ScriptPanel.h"
-#include "Platform/DesktopFolders.h"
+#include "Platform/Desktop/DesktopFolders.h"
 
 #include <QCoreApplication>
 

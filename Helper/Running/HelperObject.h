@@ -6,7 +6,7 @@
 #include "Helper/HelperService.h"
 #include "Helper/Launcher/Launcher.h"
 #include "Helper/Running/CreationWorker.h"
-#include "Platform/Mailbox.h"
+#include "Platform/Bus/Mailbox.h"
 #include "Platform/Result.h"
 
 #include <QDBusConnection>

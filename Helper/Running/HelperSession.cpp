@@ -7,7 +7,7 @@
 #include "Helper/Running/BusOrders.h"
 #include "Helper/Running/OwnedWindow.h"
 #include "Helper/Running/PaneLauncher.h"
-#include "Platform/DesktopFolders.h"
+#include "Platform/Desktop/DesktopFolders.h"
 #include "Platform/LineText.h"
 
 #include <QApplication>

@@ -13,8 +13,8 @@
 #include "Helper/Running/SingleInstance.h"
 #include "Helper/Running/TrayIcon.h"
 #include "Helper/Running/TrayWatch.h"
-#include "Platform/DistributedNotificationCenter.h"
-#include "Platform/SessionBus.h"
+#include "Platform/Bus/DistributedNotificationCenter.h"
+#include "Platform/Bus/SessionBus.h"
 #include "Shared/Source/QNBHelperState.h"
 
 #include <QDBusConnection>

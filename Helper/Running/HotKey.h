@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "Platform/KeyCodes.h"
+#include "Platform/Desktop/KeyCodes.h"
 
 #include <QByteArray>
 #include <QString>

@@ -6,9 +6,9 @@
 #include "Helper/Running/HotKey.h"
 #include "Helper/Running/PortalPauses.h"
 #include "Helper/Running/X11KeyboardWatch.h"
-#include "Platform/KeyCodes.h"
-#include "Platform/Mailbox.h"
-#include "Platform/SessionBus.h"
+#include "Platform/Bus/Mailbox.h"
+#include "Platform/Bus/SessionBus.h"
+#include "Platform/Desktop/KeyCodes.h"
 #include "Shared/Source/QNBHelperState.h"
 
 #include <QDBusConnection>

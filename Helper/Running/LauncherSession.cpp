@@ -4,7 +4,7 @@
 #include "Helper/Running/LauncherSession.h"
 
 #include "Helper/Running/BusOrders.h"
-#include "Platform/SessionBus.h"
+#include "Platform/Bus/SessionBus.h"
 
 #include <QApplication>
 

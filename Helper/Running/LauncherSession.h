@@ -8,8 +8,8 @@
 #include "Helper/Running/PresetLauncher.h"
 #include "Helper/Running/SettingsWatch.h"
 #include "Helper/Running/SingleInstance.h"
-#include "Platform/DistributedNotificationCenter.h"
-#include "Platform/Mailbox.h"
+#include "Platform/Bus/DistributedNotificationCenter.h"
+#include "Platform/Bus/Mailbox.h"
 
 #include <QObject>
 #include <QStringList>

@@ -5,7 +5,7 @@
 
 #include "Helper/Presets.h"
 #include "Helper/Running/CreationNotices.h"
-#include "Platform/ChildEnvironment.h"
+#include "Platform/Processes/ChildEnvironment.h"
 
 #include <QCoreApplication>
 #include <QDir>

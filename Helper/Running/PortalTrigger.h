@@ -4,7 +4,7 @@
 #pragma once
 
 #include "Keyboard/KeyboardLayout.h"
-#include "Platform/KeyCodes.h"
+#include "Platform/Desktop/KeyCodes.h"
 
 #include <QString>
 

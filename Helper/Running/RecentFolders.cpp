@@ -3,11 +3,11 @@
 
 #include "Helper/Running/RecentFolders.h"
 
-#include "Platform/BoundedFile.h"
-#include "Platform/DurableFileWriter.h"
-#include "Platform/FileLayer.h"
-#include "Platform/FileLock.h"
-#include "Platform/PropertyList.h"
+#include "Platform/Files/BoundedFile.h"
+#include "Platform/Files/DurableFileWriter.h"
+#include "Platform/Files/FileLayer.h"
+#include "Platform/Files/FileLock.h"
+#include "Platform/PropertyLists/PropertyList.h"
 
 #include <QDir>
 #include <QFile>

@@ -7,11 +7,11 @@
 #include "Helper/Running/ProgramIcon.h"
 #include "Helper/Running/RunningHelper.h"
 #include "Helper/Running/RunningLauncher.h"
-#include "Platform/BusProbe.h"
+#include "Platform/Bus/BusProbe.h"
+#include "Platform/Bus/SessionBus.h"
 #include "Platform/LineText.h"
-#include "Platform/NoDisplayExit.h"
-#include "Platform/SessionBus.h"
-#include "Platform/TerminationSignals.h"
+#include "Platform/Processes/NoDisplayExit.h"
+#include "Platform/Processes/TerminationSignals.h"
 
 #include <QApplication>
 #include <QFile>

@@ -7,14 +7,14 @@
 #include "Helper/Presets.h"
 #include "Helper/Running/HelperSession.h"
 #include "Helper/Running/SingleInstance.h"
-#include "Platform/Bundle.h"
-#include "Platform/ChildEnvironment.h"
-#include "Platform/DesktopFolders.h"
-#include "Platform/ExitHandler.h"
-#include "Platform/FileURL.h"
-#include "Platform/SessionBus.h"
-#include "Platform/SharedFileList.h"
-#include "Platform/TerminationSignals.h"
+#include "Platform/Bus/SessionBus.h"
+#include "Platform/Desktop/Bundle.h"
+#include "Platform/Desktop/DesktopFolders.h"
+#include "Platform/Desktop/SharedFileList.h"
+#include "Platform/Files/FileURL.h"
+#include "Platform/Processes/ChildEnvironment.h"
+#include "Platform/Processes/ExitHandler.h"
+#include "Platform/Processes/TerminationSignals.h"
 
 #include <QApplication>
 #include <QFile>

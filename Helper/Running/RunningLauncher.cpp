@@ -5,9 +5,9 @@
 
 #include "Helper/Running/LauncherSession.h"
 #include "Helper/Running/RunningHelper.h"
-#include "Platform/ExitHandler.h"
-#include "Platform/SessionBus.h"
-#include "Platform/TerminationSignals.h"
+#include "Platform/Bus/SessionBus.h"
+#include "Platform/Processes/ExitHandler.h"
+#include "Platform/Processes/TerminationSignals.h"
 
 #include <QApplication>
 

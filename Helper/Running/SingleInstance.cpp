@@ -3,8 +3,8 @@
 
 #include "Helper/Running/SingleInstance.h"
 
-#include "Platform/FileLayer.h"
-#include "Platform/SessionBus.h"
+#include "Platform/Bus/SessionBus.h"
+#include "Platform/Files/FileLayer.h"
 
 #include <QDBusMessage>
 #include <QLoggingCategory>

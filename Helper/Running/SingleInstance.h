@@ -3,8 +3,8 @@
 
 #pragma once
 
-#include "Platform/FileLock.h"
-#include "Platform/Mailbox.h"
+#include "Platform/Bus/Mailbox.h"
+#include "Platform/Files/FileLock.h"
 
 #include <QString>
 

@@ -4,7 +4,7 @@
 #include "Helper/Running/TrayWatch.h"
 
 #include "Helper/Running/XConnection.h"
-#include "Platform/SessionBus.h"
+#include "Platform/Bus/SessionBus.h"
 
 #include <QCoreApplication>
 #include <QDBusMessage>

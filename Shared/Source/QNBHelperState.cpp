@@ -3,7 +3,7 @@
 
 #include "Shared/Source/QNBHelperState.h"
 
-#include "Platform/SessionBus.h"
+#include "Platform/Bus/SessionBus.h"
 #include "Shared/Source/QNBShared.h"
 
 #include <QDBusArgument>

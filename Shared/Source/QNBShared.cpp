@@ -3,7 +3,7 @@
 
 #include "Shared/Source/QNBShared.h"
 
-#include "Platform/FileCatalog.h"
+#include "Platform/Files/FileCatalog.h"
 
 #include <QDir>
 #include <QFile>

@@ -3,7 +3,7 @@
 
 #include "ContextMenu/HelperFinder.h"
 
-#include "Platform/SharedFileList.h"
+#include "Platform/Desktop/SharedFileList.h"
 #include "Tests/ContextMenu/MenuHome.h"
 #include "Tests/Session/IdleProgram.h"
 

@@ -4,7 +4,7 @@
 #include "Tests/ContextMenu/MenuHome.h"
 
 #include "Shared/Source/QNBShared.h"
-#include "Source/QNBSettingsStore.h"
+#include "Source/Model/QNBSettingsStore.h"
 #include "Tests/Session/ChildProcess.h"
 
 #include <QDateTime>

@@ -4,7 +4,7 @@
 // The bundle as it is installed: copied into a home, run from there, by a user who is not the administrator
 // if there is a choice.
 
-#include "Platform/Bundle.h"
+#include "Platform/Desktop/Bundle.h"
 #include "Tests/ContextMenu/ExecLine.h"
 #include "Tests/ContextMenu/MenuHome.h"
 #include "Tests/ContextMenu/ThunarFile.h"

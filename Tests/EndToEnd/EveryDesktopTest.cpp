@@ -8,7 +8,7 @@
 #include "Tests/Session/VirtualScreen.h"
 #include "Tests/Session/WaylandScreen.h"
 
-#include "Platform/KeyCodes.h"
+#include "Platform/Desktop/KeyCodes.h"
 
 #include <QDir>
 #include <QFile>

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: Quenby contributors
 // SPDX-License-Identifier: MIT
 
-#include "Platform/SessionBus.h"
+#include "Platform/Bus/SessionBus.h"
 #include "Shared/Source/QNBShared.h"
 #include "Tests/EndToEnd/HelperFixture.h"
 #include "Tests/EndToEnd/HelperProcesses.h"

@@ -3,7 +3,7 @@
 
 // Keys are pressed by their numbers, as the hardware does, whatever the layout makes of them.
 
-#include "Platform/KeyCodes.h"
+#include "Platform/Desktop/KeyCodes.h"
 #include "Tests/EndToEnd/HelperFixture.h"
 
 #include <QPair>

@@ -5,9 +5,9 @@
 
 #include "Helper/History.h"
 #include "Helper/Journals.h"
-#include "Platform/SharedFileList.h"
-#include "Source/QNBPresetFile.h"
-#include "Source/QNBRecoveryFile.h"
+#include "Platform/Desktop/SharedFileList.h"
+#include "Source/Model/QNBPresetFile.h"
+#include "Source/Model/QNBRecoveryFile.h"
 #include "Tests/EndToEnd/PaneCopy.h"
 #include "Tests/Session/ChildProcess.h"
 #include "Tests/Session/FileContent.h"

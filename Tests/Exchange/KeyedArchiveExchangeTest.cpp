@@ -1,10 +1,10 @@
 // SPDX-FileCopyrightText: Quenby contributors
 // SPDX-License-Identifier: MIT
 
-#include "Platform/KeyedArchiver.h"
-#include "Platform/KeyedUnarchiver.h"
+#include "Platform/PropertyLists/KeyedArchiver.h"
+#include "Platform/PropertyLists/KeyedUnarchiver.h"
 #include "Tests/Exchange/ArchivePeer.h"
-#include "Tests/Platform/TaggedContent.h"
+#include "Tests/Platform/PropertyLists/TaggedContent.h"
 
 #include <gtest/gtest.h>
 

@@ -1,10 +1,10 @@
 // SPDX-FileCopyrightText: Quenby contributors
 // SPDX-License-Identifier: MIT
 
-#include "Platform/PropertyList.h"
-#include "Source/QNBPresetFile.h"
+#include "Platform/PropertyLists/PropertyList.h"
+#include "Source/Model/QNBPresetFile.h"
 #include "Tests/Exchange/ArchivePeer.h"
-#include "Tests/Platform/TaggedContent.h"
+#include "Tests/Platform/PropertyLists/TaggedContent.h"
 
 #include <QDir>
 #include <QFile>

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: Quenby contributors
 // SPDX-License-Identifier: MIT
 
-#include "Platform/Bundle.h"
+#include "Platform/Desktop/Bundle.h"
 #include "Tests/Helper/HelperFixture.h"
 #include "Tests/Session/ChildProcess.h"
 

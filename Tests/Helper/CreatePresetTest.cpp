@@ -5,7 +5,7 @@
 
 #include "Helper/Creation/FileSystemTime.h"
 #include "Helper/History.h"
-#include "Platform/FileLock.h"
+#include "Platform/Files/FileLock.h"
 #include "Tests/Helper/Creation/ForkedProcess.h"
 #include "Tests/Helper/Creation/UnreservedDisk.h"
 #include "Tests/Session/ChildProcess.h"

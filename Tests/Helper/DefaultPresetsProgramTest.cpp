@@ -3,7 +3,7 @@
 
 #include "Tests/Helper/HelperFixture.h"
 
-#include "Platform/PropertyList.h"
+#include "Platform/PropertyLists/PropertyList.h"
 
 #include <QDir>
 #include <QFile>

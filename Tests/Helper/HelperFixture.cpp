@@ -3,8 +3,8 @@
 
 #include "Tests/Helper/HelperFixture.h"
 
-#include "Platform/Preferences.h"
-#include "Source/QNBSettingsStore.h"
+#include "Platform/Preferences/Preferences.h"
+#include "Source/Model/QNBSettingsStore.h"
 
 #include <QDir>
 #include <QDirIterator>

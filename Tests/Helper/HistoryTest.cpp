@@ -3,8 +3,8 @@
 
 #include "Helper/History.h"
 
-#include "Tests/Platform/FileFixture.h"
-#include "Tests/Platform/KilledAtRename.h"
+#include "Tests/Platform/Files/FileFixture.h"
+#include "Tests/Platform/Files/KilledAtRename.h"
 
 #include <optional>
 

@@ -3,7 +3,7 @@
 
 #include "Helper/Notifications.h"
 
-#include "Platform/SessionBus.h"
+#include "Platform/Bus/SessionBus.h"
 #include "Tests/Helper/FakeDesktop.h"
 #include "Tests/Session/PrivateBus.h"
 #include "Tests/Session/SilentSocket.h"

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: Quenby contributors
 // SPDX-License-Identifier: MIT
 
-#include "Platform/Preferences.h"
-#include "Source/QNBSettingsStore.h"
+#include "Platform/Preferences/Preferences.h"
+#include "Source/Model/QNBSettingsStore.h"
 #include "Tests/Helper/FakeDesktop.h"
 #include "Tests/Helper/HelperFixture.h"
 #include "Tests/Session/ChildProcess.h"

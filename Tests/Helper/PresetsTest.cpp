@@ -3,7 +3,7 @@
 
 #include "Helper/Presets.h"
 
-#include "Tests/Platform/FileFixture.h"
+#include "Tests/Platform/Files/FileFixture.h"
 
 #include <gmock/gmock.h>
 

@@ -3,7 +3,7 @@
 
 #include "Helper/ScriptApprovals.h"
 
-#include "Tests/Platform/FileFixture.h"
+#include "Tests/Platform/Files/FileFixture.h"
 
 #include <thread>
 #include <vector>

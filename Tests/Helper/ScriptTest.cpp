@@ -4,7 +4,7 @@
 #include "Helper/Script.h"
 
 #include "Helper/ScriptFile.h"
-#include "Tests/Platform/FileFixture.h"
+#include "Tests/Platform/Files/FileFixture.h"
 #include "Tests/Session/Series.h"
 
 #include <csignal>

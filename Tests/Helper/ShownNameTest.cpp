@@ -3,7 +3,7 @@
 
 #include "Helper/ShownName.h"
 
-#include "Platform/DesktopFolders.h"
+#include "Platform/Desktop/DesktopFolders.h"
 
 #include <gtest/gtest.h>
 

@@ -3,7 +3,7 @@
 
 #include "Hosting/PaneFinder.h"
 
-#include "Platform/PaneFolders.h"
+#include "Platform/Desktop/PaneFolders.h"
 #include "Tests/Hosting/TestBundle.h"
 
 #include <QDir>

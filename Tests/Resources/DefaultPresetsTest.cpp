@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: Quenby contributors
 // SPDX-License-Identifier: MIT
 
-#include "Platform/PropertyList.h"
+#include "Platform/PropertyLists/PropertyList.h"
 
 #include <QDir>
 #include <QFile>

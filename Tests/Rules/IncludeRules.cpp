@@ -4,104 +4,131 @@
 #include "Tests/Rules/IncludeRules.h"
 
 #include <QDir>
-#include <QMap>
+
+#include <algorithm>
 
 namespace {
 
-const QString platform = QStringLiteral("Platform");
-const QString keyboard = QStringLiteral("Keyboard");
-const QString shared = QStringLiteral("Shared/Source");
-const QString core = QStringLiteral("Source/core");
-const QString pane = QStringLiteral("Source");
-const QString toolkit = QStringLiteral("Toolkit");
-const QString hosting = QStringLiteral("Hosting");
-const QString host = QStringLiteral("Host");
-const QString systemSettings = QStringLiteral("SystemSettings");
-const QString creation = QStringLiteral("Helper/Creation");
-const QString helper = QStringLiteral("Helper");
-const QString contextMenu = QStringLiteral("ContextMenu");
-
-/// What rooms that may not use all of Toolkit use of it. For hosts that is the contract with a pane, and what
-/// they show around one; for the others what windows of every kind need.
-const QMap<QString, QStringList> toolkitOf = {
-    {hosting,
-     {QStringLiteral("Toolkit/NoticeStrip.h"), QStringLiteral("Toolkit/PlainText.h"),
-      QStringLiteral("Toolkit/PreferencePane.h")}},
-    {host,
-     {QStringLiteral("Toolkit/FilePanel.h"), QStringLiteral("Toolkit/NoticeStrip.h"),
-      QStringLiteral("Toolkit/PlainText.h"), QStringLiteral("Toolkit/PreferencePane.h"),
-      QStringLiteral("Toolkit/WindowActivation.h")}},
-    {systemSettings, {QStringLiteral("Toolkit/NoticeStrip.h"), QStringLiteral("Toolkit/WindowActivation.h")}},
-    {helper,
-     {QStringLiteral("Toolkit/EmptyState.h"), QStringLiteral("Toolkit/PlainText.h"),
-      QStringLiteral("Toolkit/ReadablePlaceholders.h"), QStringLiteral("Toolkit/WindowActivation.h")}},
+/// A room, and what its files may include.
+struct Room
+{
+    /// The folder, from the top of the tree.
+    QString path;
+    /// Rooms; "Platform/" is Platform with all rooms below it.
+    QStringList known;
+    /// Of rooms that are not known as a whole.
+    QStringList knownHeaders;
+    /// Why; follows an include that is not allowed.
+    QString reason;
 };
 
-/// The classes of Source that the programs without a pane share.
-const QStringList coreClasses = {QStringLiteral("HJSLoginItemController"),
-                                 QStringLiteral("NSURL"),
-                                 QStringLiteral("QNBChildNames"),
-                                 QStringLiteral("QNBDraggedItem"),
-                                 QStringLiteral("QNBEarlierStates"),
-                                 QStringLiteral("QNBFolderMenu"),
-                                 QStringLiteral("QNBHierarchyDepth"),
-                                 QStringLiteral("QNBHierarchyItem"),
-                                 QStringLiteral("QNBItemStep"),
-                                 QStringLiteral("QNBLowerCase"),
-                                 QStringLiteral("QNBNumberedPresetName"),
-                                 QStringLiteral("QNBPermissions"),
-                                 QStringLiteral("QNBPresetFile"),
-                                 QStringLiteral("QNBPresetImport"),
-                                 QStringLiteral("QNBPresetRecord"),
-                                 QStringLiteral("QNBRecoveryFile"),
-                                 QStringLiteral("QNBSettingsStore"),
-                                 QStringLiteral("QNBSupportFiles"),
-                                 QStringLiteral("QNBTreeSnapshot"),
-                                 QStringLiteral("QNBUniqueName")};
+QStringList names(std::initializer_list<const char *> latin1)
+{
+    QStringList result;
+    for (const char *name : latin1)
+        result.append(QString::fromLatin1(name));
+    return result;
+}
 
-const QMap<QString, QStringList> allowedRooms = {
-    {platform, {platform}},
-    {keyboard, {platform, keyboard}},
-    {shared, {platform, shared}},
-    {core, {platform, shared, core}},
-    {pane, {platform, shared, core, pane, toolkit}},
-    {toolkit, {platform, keyboard, toolkit}},
-    {hosting, {platform, hosting}},
-    {host, {platform, hosting, host}},
-    {systemSettings, {platform, hosting, systemSettings}},
-    {creation, {platform, shared, core, creation}},
-    {helper, {platform, keyboard, shared, core, creation, helper}},
-    {contextMenu, {platform, shared, core, contextMenu}},
-};
+const QList<Room> &allRooms()
+{
+    static const auto room = [](const char *path, QStringList known, const char *reason,
+                                QStringList headers = {}) {
+        const QString name = QString::fromLatin1(path);
+        return Room{name, known << name, headers, QString::fromLatin1(reason)};
+    };
+    static const char platformReason[] = "Platform stands for the desktop: it knows no other room, so that "
+                                         "every rule above it can be tested without "
+                                         "a desktop. Its rooms build on each other: Files, then Bus, "
+                                         "Processes and PropertyLists, then Desktop, then "
+                                         "Preferences.";
+    static const char sourceReason[] = "The rooms of the pane build on each other: Model and Controls, then "
+                                       "Editing and System, then Pane. The host "
+                                       "finds the pane through a plug-in and is never known to it.";
+    static const QList<Room> rooms = {
+        room("Platform", {}, platformReason),
+        room("Platform/Files", names({"Platform"}), platformReason),
+        room("Platform/Bus", names({"Platform", "Platform/Files"}), platformReason),
+        room("Platform/Processes", names({"Platform", "Platform/Files"}), platformReason),
+        room("Platform/PropertyLists", names({"Platform", "Platform/Files"}), platformReason),
+        room("Platform/Desktop",
+             names({"Platform", "Platform/Files", "Platform/Bus", "Platform/Processes",
+                    "Platform/PropertyLists"}),
+             platformReason),
+        room("Platform/Preferences", names({"Platform/"}), platformReason),
+        room("Keyboard", names({"Platform/"}),
+             "Keyboard tells what the user's layouts make of keys: it knows Platform only."),
+        room("Shared/Source", names({"Platform/"}),
+             "Shared/Source is what the helper and the context-menu plug-in share with the pane: it may use "
+             "Platform "
+             "only."),
+        room("Toolkit", names({"Platform/", "Keyboard"}),
+             "Toolkit holds views that know nothing of presets: what they show and ask for comes through "
+             "data sources "
+             "and delegates."),
+        room("Source/Model", names({"Platform/", "Shared/Source"}),
+             "The model, the store and preset files are used by programs that have no window: they may use "
+             "Platform "
+             "and Shared/Source only."),
+        room("Source/Controls", names({"Platform/", "Toolkit"}), sourceReason),
+        room("Source/Editing", names({"Platform/", "Shared/Source", "Toolkit", "Source/Model"}),
+             sourceReason),
+        room("Source/System", names({"Platform/", "Shared/Source", "Toolkit", "Source/Model"}), sourceReason),
+        room("Source/Pane", names({"Platform/", "Shared/Source", "Toolkit", "Source/"}), sourceReason),
+        room("Hosting", names({"Platform/"}),
+             "Hosts drive any pane: they know Toolkit/PreferencePane.h, what every host shows around a pane, "
+             "and "
+             "Platform, never the pane itself or its views.",
+             names({"Toolkit/NoticeStrip.h", "Toolkit/PlainText.h", "Toolkit/PreferencePane.h"})),
+        room("Host", names({"Platform/", "Hosting"}),
+             "The host drives any pane: it knows Hosting, Toolkit/PreferencePane.h, what stands around a "
+             "pane, and "
+             "Platform, never the pane itself or its views.",
+             names({"Toolkit/FilePanel.h", "Toolkit/NoticeStrip.h", "Toolkit/PlainText.h",
+                    "Toolkit/PreferencePane.h", "Toolkit/WindowActivation.h"})),
+        room("SystemSettings", names({"Platform/", "Hosting"}),
+             "The module shows the pane as any host does: it knows Hosting, Platform and what stands around "
+             "a pane, "
+             "never the pane itself.",
+             names({"Toolkit/NoticeStrip.h", "Toolkit/WindowActivation.h"})),
+        room("Helper/Creation", names({"Platform/", "Shared/Source", "Source/Model"}),
+             "What creates the structures works without the helper around it: it uses the model, "
+             "Shared/Source and "
+             "Platform only."),
+        room("Helper", names({"Platform/", "Keyboard", "Shared/Source", "Source/Model", "Helper/"}),
+             "The helper uses the model, Shared/Source, Keyboard and Platform, of Toolkit what every window "
+             "needs, "
+             "never the pane.",
+             names({"Toolkit/EmptyState.h", "Toolkit/PlainText.h", "Toolkit/ReadablePlaceholders.h",
+                    "Toolkit/WindowActivation.h"})),
+        room("ContextMenu", names({"Platform/", "Shared/Source", "Source/Model"}),
+             "The context-menu plug-in uses the model, Shared/Source and Platform, never the pane."),
+    };
+    return rooms;
+}
 
-const QMap<QString, QString> reasons = {
-    {platform, QStringLiteral("Platform stands for the desktop: it knows no other room, so that every rule "
-                              "above it can be tested without a desktop.")},
-    {keyboard,
-     QStringLiteral("Keyboard tells what the user's layouts make of keys: it knows Platform only.")},
-    {shared, QStringLiteral("Shared/Source is what the helper and the context-menu plug-in share with the "
-                            "pane: it may use Platform only.")},
-    {core, QStringLiteral("The model, the store and preset files are used by programs that have no window: "
-                          "they may use Platform and Shared/Source only.")},
-    {pane, QStringLiteral("The pane uses Platform, Shared/Source and Toolkit; the host finds it through a "
-                          "plug-in and is never known to it.")},
-    {toolkit, QStringLiteral("Toolkit holds views that know nothing of presets: what they show and ask for "
-                             "comes through data sources and delegates.")},
-    {hosting,
-     QStringLiteral("Hosts drive any pane: they know Toolkit/PreferencePane.h, what every host shows "
-                    "around a pane, and Platform, never the pane itself or its views.")},
-    {host, QStringLiteral("The host drives any pane: it knows Hosting, Toolkit/PreferencePane.h, what stands "
-                          "around a pane, and Platform, never the pane itself or its views.")},
-    {systemSettings, QStringLiteral("The module shows the pane as any host does: it knows Hosting, Platform "
-                                    "and what stands around a pane, never the pane itself.")},
-    {creation, QStringLiteral("What creates the structures works without the helper around it: it uses the "
-                              "model, Shared/Source and Platform only.")},
-    {helper,
-     QStringLiteral("The helper uses the model, Shared/Source, Keyboard and Platform, of Toolkit what "
-                    "every window needs, never the pane.")},
-    {contextMenu, QStringLiteral("The context-menu plug-in uses the model, Shared/Source and Platform, never "
-                                 "the pane.")},
-};
+bool isInside(const QString &path, const QString &folder)
+{
+    return path.startsWith(folder + u'/');
+}
+
+/// The innermost room that holds \a path; none if it is in no room.
+const Room *roomWith(const QString &path)
+{
+    const Room *found = nullptr;
+    for (const Room &room : allRooms()) {
+        if (isInside(path, room.path) && (!found || room.path.size() > found->path.size()))
+            found = &room;
+    }
+    return found;
+}
+
+bool knows(const Room &room, const QString &target)
+{
+    return std::any_of(room.known.begin(), room.known.end(), [&target](const QString &known) {
+        return known == target || (known.endsWith(u'/') && (target + u'/').startsWith(known));
+    });
+}
 
 QString describe(const SourceFile &file, const Include &include, const QString &reason)
 {
@@ -113,22 +140,14 @@ QString describe(const SourceFile &file, const Include &include, const QString &
 
 QString IncludeRules::roomOf(const QString &path)
 {
-    const QString folder = path.section(u'/', 0, 0);
-    if (folder == u"Shared")
-        return shared;
-    if (path.startsWith(creation + u'/'))
-        return creation;
-    if (folder == pane) {
-        const QString name = path.section(u'/', -1).section(u'.', 0, 0).section(u'+', 0, 0);
-        return coreClasses.contains(name) ? core : pane;
-    }
-    return allowedRooms.contains(folder) ? folder : QString();
+    const Room *room = roomWith(path);
+    return room ? room->path : QString();
 }
 
 QStringList IncludeRules::violationsOfDirection(const SourceFile &file)
 {
-    const QString room = roomOf(file.path);
-    if (room.isEmpty())
+    const Room *room = roomWith(file.path);
+    if (!room)
         return {};
     QStringList violations;
     for (const Include &include : includesOf(file)) {
@@ -140,9 +159,8 @@ QStringList IncludeRules::violationsOfDirection(const SourceFile &file)
             violations.append(describe(file, include,
                                        QStringLiteral("Code includes by the path from the top "
                                                       "of the tree, and never a test's.")));
-        else if (!target.isEmpty() && !allowedRooms[room].contains(target) &&
-                 !toolkitOf.value(room).contains(path))
-            violations.append(describe(file, include, reasons[room]));
+        else if (!target.isEmpty() && !knows(*room, target) && !room->knownHeaders.contains(path))
+            violations.append(describe(file, include, room->reason));
     }
     return violations;
 }
@@ -151,8 +169,9 @@ QStringList IncludeRules::violationsOfCoreWithoutWidgets(const SourceFile &file,
                                                          const QSet<QString> &widgetHeaders)
 {
     const QString room = roomOf(file.path);
-    static const QStringList rooms = {platform, shared, core, creation, contextMenu};
-    if (!rooms.contains(room))
+    static const QStringList rooms =
+        names({"Platform", "Shared/Source", "Source/Model", "Helper/Creation", "ContextMenu"});
+    if (!rooms.contains(room) && !isInside(room, rooms.constFirst()))
         return {};
     static const QSet<QString> modules = {QStringLiteral("QtGui"), QStringLiteral("QtWidgets"),
                                           QStringLiteral("QtSvg")};

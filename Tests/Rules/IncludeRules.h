@@ -7,12 +7,10 @@
 
 #include <QSet>
 
-/// Who may know whom: Platform <- Shared/Source <- Source -> Toolkit, and a core without widgets.
+/// Who may know whom: one table of the rooms, and a core without widgets.
 namespace IncludeRules {
 
-/// The room of a path: "Platform", "Shared/Source", "Source/core" (the model, the store and preset files),
-/// "Source", "Toolkit", "Hosting", "Host", "SystemSettings", "Helper", "ContextMenu"; empty for anything
-/// else.
+/// The innermost room that holds a path: "Platform/Files", "Source/Model"; empty for anything else.
 QString roomOf(const QString &path);
 
 /// The includes of \a file that its room may not have, each with the line and what the rule is for.

@@ -32,9 +32,10 @@ TEST(TextRulesTest, TheTreeIsSeen)
     QStringList paths;
     for (const SourceFile &file : SourceTree::files())
         paths.append(file.path);
-    for (const char *path : {"CMakeLists.txt", "cmake/QuenbyTargets.cmake", "Platform/PropertyList.h",
-                             "Shared/Source/QNBShared.h", "Source/QNBHierarchyItem.cpp", "Tests/main.cpp",
-                             "Tests/Rules/TextRulesTest.cpp", "scripts/test", ".ci/run"})
+    for (const char *path :
+         {"CMakeLists.txt", "cmake/QuenbyTargets.cmake", "Platform/PropertyLists/PropertyList.h",
+          "Shared/Source/QNBShared.h", "Source/Model/QNBHierarchyItem.cpp", "Tests/main.cpp",
+          "Tests/Rules/TextRulesTest.cpp", "scripts/test", ".ci/run"})
         EXPECT_TRUE(paths.contains(QLatin1String(path))) << path;
 }
 
@@ -128,7 +129,8 @@ TEST(TextRulesTest, BareWaitsAreCaught)
          {"QTest::qWaitFor([] { return true; });", "spy.wait(1000);", "sleeper(1);",
           "while (!QFile::exists(path))\n    QThread::msleep(5);", "until test -s socket; do\n    sleep 0.1"})
         EXPECT_THAT(TextRules::violationsOfWaiting(file("Tests/Host/A.cpp", wait)), IsEmpty()) << wait;
-    EXPECT_THAT(TextRules::violationsOfWaiting(file("Source/TQProcess.cpp", "usleep(250000);")), IsEmpty());
+    EXPECT_THAT(TextRules::violationsOfWaiting(file("Source/System/TQProcess.cpp", "usleep(250000);")),
+                IsEmpty());
 }
 
 TEST(TextRulesTest, ChangesOfTheEnvironmentAreCaught)

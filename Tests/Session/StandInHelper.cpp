@@ -6,7 +6,7 @@
 // QUENBY_HELPER_REPORT names, line by line, that it has started and, on each notification of a save, the
 // options that it finds in the domain. With the variable QUENBY_HELPER_STAYS it ignores SIGTERM.
 
-#include "Platform/Preferences.h"
+#include "Platform/Preferences/Preferences.h"
 
 #include <QCoreApplication>
 #include <QDBusConnection>

@@ -3,7 +3,7 @@
 
 #include "Shared/Source/QNBShared.h"
 
-#include "Tests/Platform/FinderFixture.h"
+#include "Tests/Platform/Files/FinderFixture.h"
 
 #include <QDir>
 #include <QList>

@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "Platform/FolderLayer.h"
+#include "Platform/Files/FolderLayer.h"
 
 /// Makes the real calls as on a disk that takes names for the same which differ in case, or in composition,
 /// only.

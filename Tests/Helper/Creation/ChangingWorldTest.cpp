@@ -5,7 +5,7 @@
 
 #include "CreationFixture.h"
 #include "Helper/Creation/FolderChain.h"
-#include "Tests/Platform/InterveningLayer.h"
+#include "Tests/Platform/Files/InterveningLayer.h"
 
 #include <QFile>
 

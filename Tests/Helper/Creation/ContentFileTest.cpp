@@ -3,7 +3,7 @@
 
 #include "CreationFixture.h"
 #include "Helper/Creation/ContentBytes.h"
-#include "Tests/Platform/InterveningLayer.h"
+#include "Tests/Platform/Files/InterveningLayer.h"
 
 #include <QFile>
 #include <algorithm>

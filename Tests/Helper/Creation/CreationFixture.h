@@ -6,7 +6,7 @@
 #include "DiskTree.h"
 #include "Helper/Creation/CreationPlan.h"
 #include "Helper/Creation/Execution.h"
-#include "Source/QNBHierarchyItem.h"
+#include "Source/Model/QNBHierarchyItem.h"
 
 #include <QTemporaryDir>
 #include <gmock/gmock.h>

@@ -5,7 +5,7 @@
 
 #include "CreationFixture.h"
 #include "ForkedProcess.h"
-#include "Source/QNBHierarchyDepth.h"
+#include "Source/Model/QNBHierarchyDepth.h"
 
 #include <QFile>
 #include <algorithm>

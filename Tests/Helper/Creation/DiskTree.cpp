@@ -3,7 +3,7 @@
 
 #include "DiskTree.h"
 
-#include "Platform/FileCatalog.h"
+#include "Platform/Files/FileCatalog.h"
 
 #include <QFile>
 #include <algorithm>

@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "Tests/Platform/InterveningLayer.h"
+#include "Tests/Platform/Files/InterveningLayer.h"
 
 #include <cerrno>
 #include <csignal>

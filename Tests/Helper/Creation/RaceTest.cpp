@@ -4,7 +4,7 @@
 // Others at work in the target at the same time.
 
 #include "CreationFixture.h"
-#include "Platform/FolderLayer.h"
+#include "Platform/Files/FolderLayer.h"
 
 #include <QFile>
 #include <atomic>

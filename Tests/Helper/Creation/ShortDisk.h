@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "Platform/FolderLayer.h"
+#include "Platform/Files/FolderLayer.h"
 
 #include <cerrno>
 #include <fcntl.h>

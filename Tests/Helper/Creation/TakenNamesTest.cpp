@@ -3,8 +3,8 @@
 
 #include "Helper/Creation/TakenNames.h"
 
-#include "Platform/PathExtension.h"
-#include "Source/QNBUniqueName.h"
+#include "Platform/Files/PathExtension.h"
+#include "Source/Model/QNBUniqueName.h"
 
 #include <QStringList>
 #include <gtest/gtest.h>

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "CreationFixture.h"
-#include "Platform/FolderLayer.h"
+#include "Platform/Files/FolderLayer.h"
 
 #include <QFile>
 #include <cerrno>

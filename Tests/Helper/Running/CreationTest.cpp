@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "Helper/HelperService.h"
-#include "Platform/SessionBus.h"
+#include "Platform/Bus/SessionBus.h"
 #include "Tests/Helper/FakeDesktop.h"
 #include "Tests/Helper/Running/RunningFixture.h"
 #include "Tests/Session/StandInPrograms.h"

@@ -2,9 +2,9 @@
 // SPDX-License-Identifier: MIT
 
 #include "Helper/HelperService.h"
-#include "Platform/DistributedNotificationCenter.h"
-#include "Platform/Preferences.h"
-#include "Platform/SessionBus.h"
+#include "Platform/Bus/DistributedNotificationCenter.h"
+#include "Platform/Bus/SessionBus.h"
+#include "Platform/Preferences/Preferences.h"
 #include "Tests/Helper/Running/RunningFixture.h"
 #include "Tests/Session/FakeTray.h"
 #include "Tests/Session/FileContent.h"

@@ -3,10 +3,10 @@
 
 #include "Helper/Running/RecentFolders.h"
 
-#include "Platform/DurableFileWriter.h"
-#include "Platform/FileLayer.h"
-#include "Platform/FileLock.h"
-#include "Tests/Platform/KilledAtRename.h"
+#include "Platform/Files/DurableFileWriter.h"
+#include "Platform/Files/FileLayer.h"
+#include "Platform/Files/FileLock.h"
+#include "Tests/Platform/Files/KilledAtRename.h"
 
 #include <QDir>
 #include <QFile>

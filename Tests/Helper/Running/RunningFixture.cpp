@@ -5,10 +5,10 @@
 
 #include "Helper/HelperService.h"
 #include "Helper/Running/RecentFolders.h"
-#include "Platform/DistributedNotificationCenter.h"
-#include "Platform/Mailbox.h"
-#include "Platform/Preferences.h"
-#include "Platform/SessionBus.h"
+#include "Platform/Bus/DistributedNotificationCenter.h"
+#include "Platform/Bus/Mailbox.h"
+#include "Platform/Bus/SessionBus.h"
+#include "Platform/Preferences/Preferences.h"
 
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>

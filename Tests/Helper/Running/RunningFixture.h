@@ -4,7 +4,7 @@
 #pragma once
 
 #include "Shared/Source/QNBHelperState.h"
-#include "Source/QNBSettingsStore.h"
+#include "Source/Model/QNBSettingsStore.h"
 #include "Tests/Helper/HelperFixture.h"
 #include "Tests/Session/ChildProcess.h"
 #include "Tests/Session/PrivateBus.h"

@@ -3,7 +3,7 @@
 
 #include "Helper/Running/ScriptPanel.h"
 
-#include "Tests/Platform/FileFixture.h"
+#include "Tests/Platform/Files/FileFixture.h"
 
 #include <QLabel>
 #include <QLocale>

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: Quenby contributors
 // SPDX-License-Identifier: MIT
 
-#include "Platform/DistributedNotificationCenter.h"
-#include "Platform/SessionBus.h"
+#include "Platform/Bus/DistributedNotificationCenter.h"
+#include "Platform/Bus/SessionBus.h"
 #include "Tests/Helper/FakeDesktop.h"
 #include "Tests/Helper/Running/RunningFixture.h"
 #include "Tests/Helper/Running/ScreenTray.h"

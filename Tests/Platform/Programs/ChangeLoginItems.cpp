@@ -8,7 +8,7 @@
 // That many times it appends the application OWN, appends SHARED, and removes OWN again; in the end it
 // appends OWN. The exit status is 1 if any of that failed or the list did not show it.
 
-#include "Platform/SharedFileList.h"
+#include "Platform/Desktop/SharedFileList.h"
 
 #include <QCoreApplication>
 

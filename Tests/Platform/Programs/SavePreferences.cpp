@@ -12,7 +12,7 @@
 // measured: once, without the second try; prints the most memory, in bytes, that the process had.
 // many: that many saves, each of a key of its own.
 
-#include "Platform/Preferences.h"
+#include "Platform/Preferences/Preferences.h"
 
 #include <QCoreApplication>
 #include <QFile>

@@ -6,7 +6,7 @@
 // preset's label. Writes "starts NUMBER" for the number that it finds, and then for each edit its number and
 // the time, nanoseconds of CLOCK_MONOTONIC.
 
-#include "Source/QNBPrefPanePref.h"
+#include "Source/Pane/QNBPrefPanePref.h"
 #include "Toolkit/ArrayController.h"
 
 #include <QApplication>
