@@ -86,7 +86,7 @@ protected:
         QDir().mkpath(target());
         put(domainPath(), domain);
         QFile::setPermissions(domainPath(), QFile::ReadOwner | QFile::WriteOwner);
-        for (const QString &folder : {home_.dataFolder() + QStringLiteral("/dolphin"),
+        for (const QString &folder : {cache(), home_.dataFolder() + QStringLiteral("/dolphin"),
                                       home_.dataFolder() + QStringLiteral("/nautilus"),
                                       home_.configFolder() + QStringLiteral("/nemo"),
                                       home_.configFolder() + QStringLiteral("/Thunar"),
@@ -119,6 +119,7 @@ protected:
     }
 
     /// Notes what is there now, folders with a slash at the end; nothing may be being written there.
+    QString cache() const { return home_.path() + QStringLiteral("/.cache"); }
     void look() { lookInto(home_.path()); }
     void lookInto(const QString &folder)
     {
@@ -127,7 +128,9 @@ protected:
         while (walk.hasNext()) {
             const QString path = walk.next();
             struct stat information = {};
-            if (path.startsWith(target() + u'/') || foldersBefore_.contains(path) ||
+            // Where the system's list of fonts is out of date, the library for fonts makes one here.
+            if (path.startsWith(target() + u'/') ||
+                path.startsWith(cache() + QStringLiteral("/fontconfig")) || foldersBefore_.contains(path) ||
                 ::lstat(QFile::encodeName(path).constData(), &information) != 0)
                 continue;
             written_.insert(S_ISDIR(information.st_mode) ? path + u'/' : path,

@@ -35,7 +35,7 @@ protected:
         storePresets(
             {preset(text("A preset"),
                     {folder(text("there"), {file(text("mine")), file(text("new"))}),
-                     folder(text("folder"), {file(text("inside"))}, {{text("permissions"), text("500")}})})});
+                     folder(text("folder"), {file(text("inside"))}, {{text("permissions"), text("700")}})})});
     }
 
     QString mine() const { return target() + text("/there/mine"); }

@@ -4,6 +4,7 @@
 #include "CreationFixture.h"
 
 #include <QFile>
+#include <sys/stat.h>
 #include <unistd.h>
 
 QVariantMap Items::file(const QString &name, const Attributes &attributes)
@@ -58,6 +59,20 @@ Creation::Record CreationFixture::create(const QNBHierarchyItemPtr &root) const
     return outcome.record;
 }
 
+CreationFixture::OpenedFolder::OpenedFolder(const QString &path)
+    : path_(QFile::encodeName(path))
+{
+    struct stat information = {};
+    EXPECT_EQ(::stat(path_.constData(), &information), 0) << path_.constData();
+    mode_ = information.st_mode & 07777;
+    EXPECT_EQ(::chmod(path_.constData(), mode_ | S_IRWXU), 0) << path_.constData();
+}
+
+CreationFixture::OpenedFolder::~OpenedFolder()
+{
+    EXPECT_EQ(::chmod(path_.constData(), mode_), 0) << path_.constData();
+}
+
 QStringList CreationFixture::problems(const Creation::Plan &plan)
 {
     QStringList lines;
@@ -68,6 +83,7 @@ QStringList CreationFixture::problems(const Creation::Plan &plan)
 
 void CreationFixture::put(const QString &path, const QByteArray &bytes)
 {
+    const OpenedFolder folder(path.section(u'/', 0, -2));
     QFile file(path);
     ASSERT_TRUE(file.open(QIODevice::WriteOnly)) << qPrintable(path);
     ASSERT_EQ(file.write(bytes), bytes.size());

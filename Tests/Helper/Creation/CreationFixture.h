@@ -51,6 +51,19 @@ protected:
 
     std::vector<DiskEntry> disk() const { return DiskTree::read(target()); }
 
+    /// While it lives, the owner of a folder may do in it what its mode forbids, as root always may.
+    class OpenedFolder
+    {
+    public:
+        explicit OpenedFolder(const QString &path);
+        ~OpenedFolder();
+        Q_DISABLE_COPY_MOVE(OpenedFolder)
+
+    private:
+        QByteArray path_;
+        mode_t mode_ = 0;
+    };
+
     static void put(const QString &path, const QByteArray &bytes);
     static void makeFolder(const QString &path);
     static void makeLink(const QString &path, const QString &text);

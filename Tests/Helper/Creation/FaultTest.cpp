@@ -141,6 +141,14 @@ TEST_F(FaultTest, ADiskWithoutModesIsNoFaultAndWhatIsMadeOnItCanBeUndone)
     class Modeless : public FolderLayer
     {
     public:
+        int openat(int folder, const char *name, int flags, mode_t) override
+        {
+            return FolderLayer::openat(folder, name, flags, 0755);
+        }
+        int mkdirat(int folder, const char *name, mode_t) override
+        {
+            return FolderLayer::mkdirat(folder, name, 0755);
+        }
         int fchmod(int, mode_t) override { return 0; }
         int chmodOpen(int, mode_t) override { return 0; }
     } layer;

@@ -101,7 +101,7 @@ protected:
     {
         EXPECT_TRUE(outcome.left.contains(u'“' + path + u'”')) << qPrintable(outcome.left);
         EXPECT_FALSE(outcome.canBeTriedAgain);
-        EXPECT_TRUE(QFile::exists(inTarget(path)));
+        EXPECT_THAT(DiskTree::paths(disk()), ::testing::Contains(path.toUtf8()));
     }
 
     const QByteArray content_ = QByteArray(3000, 'c') + "end";

@@ -115,7 +115,10 @@ TEST_F(UndoTest, LeavesNoTraceInLockedFoldersThatItRefusesToRemove)
     ASSERT_EQ(::stat(QFile::encodeName(inTarget(QStringLiteral("locked/inner"))).constData(), &information),
               0);
     EXPECT_EQ(information.st_mode & 07777, 0u);
-    ASSERT_TRUE(QFile::remove(inTarget(QStringLiteral("locked/foreign"))));
+    {
+        const OpenedFolder locked(inTarget(QStringLiteral("locked")));
+        ASSERT_TRUE(QFile::remove(inTarget(QStringLiteral("locked/foreign"))));
+    }
     EXPECT_TRUE(Creation::undo(record).succeeded);
     EXPECT_EQ(DiskTree::paths(disk()), before);
 }
