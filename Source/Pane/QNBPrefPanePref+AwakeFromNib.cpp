@@ -3,8 +3,8 @@
 
 #include "Source/Pane/QNBPrefPanePref.h"
 
-#include "Source/Model/QNBPresetListNames.h"
 #include "Source/Pane/QNBPaneLog.h"
+#include "Source/Pane/QNBPresetListNames.h"
 #include "Toolkit/ArrayController.h"
 #include "Toolkit/HeightStrut.h"
 #include "Toolkit/KeyComboRecorder.h"

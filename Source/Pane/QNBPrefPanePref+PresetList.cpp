@@ -5,8 +5,8 @@
 
 #include "Platform/LineText.h"
 #include "Source/Editing/QNBPresetListCommands.h"
-#include "Source/Model/QNBPresetListNames.h"
 #include "Source/Model/QNBUniqueName.h"
+#include "Source/Pane/QNBPresetListNames.h"
 #include "Toolkit/ArrayController.h"
 
 #include <QAction>

@@ -7,8 +7,8 @@
 #include "Platform/PropertyLists/KeyedUnarchiver.h"
 #include "Source/Editing/QNBPresetListCommands.h"
 #include "Source/Model/QNBPresetFile.h"
-#include "Source/Model/QNBPresetListNames.h"
 #include "Source/Pane/QNBPaneLog.h"
+#include "Source/Pane/QNBPresetListNames.h"
 #include "Toolkit/ArrayController.h"
 
 namespace {

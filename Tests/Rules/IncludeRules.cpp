@@ -42,9 +42,9 @@ const QList<Room> &allRooms()
                                          "a desktop. Its rooms build on each other: Files, then Bus, "
                                          "Processes and PropertyLists, then Desktop, then "
                                          "Preferences.";
-    static const char sourceReason[] = "The rooms of the pane build on each other: Model and Controls, then "
-                                       "Editing and System, then Pane. The host "
-                                       "finds the pane through a plug-in and is never known to it.";
+    static const char sourceReason[] =
+        "The rooms of the pane build on each other: Model, then Editing and System, then Pane, which knows "
+        "Controls too. The host finds the pane through a plug-in and is never known to it.";
     static const QList<Room> rooms = {
         room("Platform", {}, platformReason),
         room("Platform/Files", names({"Platform"}), platformReason),
@@ -123,6 +123,14 @@ const Room *roomWith(const QString &path)
     return found;
 }
 
+/// Whether \a path belongs below a folder with rooms, though to none of them.
+bool isHomeless(const QString &path)
+{
+    return !roomWith(path) && std::any_of(allRooms().begin(), allRooms().end(), [&path](const Room &room) {
+        return isInside(path, room.path.section(u'/', 0, 0));
+    });
+}
+
 bool knows(const Room &room, const QString &target)
 {
     return std::any_of(room.known.begin(), room.known.end(), [&target](const QString &known) {
@@ -147,6 +155,9 @@ QString IncludeRules::roomOf(const QString &path)
 QStringList IncludeRules::violationsOfDirection(const SourceFile &file)
 {
     const Room *room = roomWith(file.path);
+    const bool isCode = file.path.endsWith(u".h") || file.path.endsWith(u".cpp");
+    if (!room && isCode && isHomeless(file.path))
+        return {QStringLiteral("%1 is in none of the rooms that IncludeRules.cpp names.").arg(file.path)};
     if (!room)
         return {};
     QStringList violations;
@@ -155,11 +166,14 @@ QStringList IncludeRules::violationsOfDirection(const SourceFile &file)
         const QString path =
             include.isQuoted && !namesAFolder ? file.folder() + u'/' + include.target : include.target;
         const QString target = roomOf(path);
-        if (path.startsWith(u"Tests/") || path.contains(u".."))
+        const bool isRelative = include.isQuoted && namesAFolder &&
+                                !SourceTree::folders().contains(include.target.section(u'/', 0, 0));
+        if (path.startsWith(u"Tests/") || path.contains(u"..") || isRelative)
             violations.append(describe(file, include,
                                        QStringLiteral("Code includes by the path from the top "
                                                       "of the tree, and never a test's.")));
-        else if (!target.isEmpty() && !knows(*room, target) && !room->knownHeaders.contains(path))
+        else if (isHomeless(path) ||
+                 (!target.isEmpty() && !knows(*room, target) && !room->knownHeaders.contains(path)))
             violations.append(describe(file, include, room->reason));
     }
     return violations;

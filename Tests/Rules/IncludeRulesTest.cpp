@@ -61,6 +61,8 @@ TEST(IncludeRulesTest, AWrongDirectionIsCaught)
              {"Platform/Desktop/Bundle.cpp", "\"Shared/Source/QNBShared.h\""},
              {"Platform/Desktop/Bundle.cpp", "\"Toolkit/AlertPanel.h\""},
              {"Platform/LineText.cpp", "\"Platform/Files/FileLayer.h\""},
+             {"Platform/LineText.cpp", "\"Files/FileLayer.h\""},
+             {"Helper/main.cpp", "\"Source/New.h\""},
              {"Platform/Files/FileLayer.cpp", "\"Platform/Desktop/DesktopFolders.h\""},
              {"Platform/Processes/ProcessTable.cpp", "\"Platform/PropertyLists/PropertyList.h\""},
              {"Source/Controls/ZBIconCell.cpp", "\"Source/Model/QNBHierarchyItem.h\""},
@@ -89,6 +91,14 @@ TEST(IncludeRulesTest, AWrongDirectionIsCaught)
         EXPECT_TRUE(violations[0].startsWith(QLatin1String(path) + QStringLiteral(":2 includes ")))
             << violations[0].toStdString();
     }
+}
+
+TEST(IncludeRulesTest, AFileInNoRoomIsCaught)
+{
+    for (const char *path : {"Source/New.h", "Source/Unnamed/New.cpp", "Shared/New.h"})
+        EXPECT_THAT(IncludeRules::violationsOfDirection(including(path, "<QString>")), SizeIs(1)) << path;
+    EXPECT_THAT(IncludeRules::violationsOfDirection(including("Source/CMakeLists.txt", "<QString>")),
+                IsEmpty());
 }
 
 TEST(IncludeRulesTest, ARightDirectionPasses)

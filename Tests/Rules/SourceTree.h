@@ -10,7 +10,7 @@
 /// A file of the tree, as the rules see it.
 struct SourceFile
 {
-    /// Relative to the top of the tree: "Platform/Bundle.cpp".
+    /// Relative to the top of the tree: "Platform/Desktop/Bundle.cpp".
     QString path;
     QString text;
 

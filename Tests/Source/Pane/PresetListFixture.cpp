@@ -5,7 +5,7 @@
 
 #include "Platform/PropertyLists/KeyedArchiver.h"
 #include "Source/Model/QNBPresetFile.h"
-#include "Source/Model/QNBPresetListNames.h"
+#include "Source/Pane/QNBPresetListNames.h"
 #include "Toolkit/ArrayController.h"
 
 #include <QDir>

@@ -3,7 +3,7 @@
 
 #include "PresetListFixture.h"
 
-#include "Source/Model/QNBPresetListNames.h"
+#include "Source/Pane/QNBPresetListNames.h"
 
 #include <QDropEvent>
 

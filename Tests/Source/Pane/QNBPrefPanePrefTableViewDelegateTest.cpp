@@ -4,7 +4,7 @@
 #include "PresetListFixture.h"
 
 #include "Platform/PropertyLists/KeyedUnarchiver.h"
-#include "Source/Model/QNBPresetListNames.h"
+#include "Source/Pane/QNBPresetListNames.h"
 #include "Toolkit/ArrayController.h"
 
 #include <QDir>
