@@ -73,7 +73,7 @@ TEST(DocumentationTest, EveryPackageIsExplained)
     QProcess list;
     list.start(projectFolder + QStringLiteral("scripts/install-packages"),
                {QStringLiteral("--list"), QStringLiteral("build"), QStringLiteral("wayland"),
-                QStringLiteral("systemsettings"), QStringLiteral("test")});
+                QStringLiteral("gnome"), QStringLiteral("systemsettings"), QStringLiteral("test")});
     ASSERT_TRUE(list.waitForFinished()) << qPrintable(list.errorString());
     const QStringList packages =
         QString::fromUtf8(list.readAllStandardOutput()).split(u'\n', Qt::SkipEmptyParts);
