@@ -293,9 +293,9 @@ TEST_F(SessionBusTest, ABusThatFallsSilentWhileItIsUsedIsAskedWithPatienceThatGr
         [&](const std::optional<QDBusConnection> &connection) { told.append(connection.has_value()); }));
     ASSERT_TRUE(waitUntil([&] { return silent.questions().size() == 3; }, longTime));
     EXPECT_THAT(told, ElementsAre(false));
-    // In milliseconds, less than the patience: it begins before the question is read here.
-    EXPECT_GT(silent.questions().at(1) - silent.questions().at(0), 700);
-    EXPECT_GT(silent.questions().at(2) - silent.questions().at(1), 1500);
+    // In milliseconds since before the first question: one second of patience, then two. A timer may be early
+    // by a twentieth.
+    EXPECT_GT(silent.questions().at(2), 2800);
 }
 
 TEST_F(SessionBusTest, WhoWatchesAnOwnerIsToldWhenItChanges)
@@ -320,6 +320,6 @@ TEST_F(SessionBusTest, NoneOfItsFunctionsWaitsForABusThatIsStopped)
     bus_.listen({{}, {}, {}, QStringLiteral("Changed")}, [](const QDBusMessage &) {});
     bus_.watch([](const std::optional<QDBusConnection> &) {});
     bus_.call(busCall(QStringLiteral("GetId")), longTime, [](const QDBusMessage &) {});
-    EXPECT_LT(time.elapsed(), 200);
+    EXPECT_LT(time.elapsed(), 900);
     goOn();
 }
