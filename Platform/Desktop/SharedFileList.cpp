@@ -85,6 +85,25 @@ bool isPlain(const QByteArray &path)
     return !path.endsWith(' ') && std::none_of(path.begin(), path.end(), isMisread);
 }
 
+/// Has \a program, quoted, stand in \a line wherever \a path is an argument of its own without quotes;
+/// whether it does anywhere.
+bool replaceBare(QByteArray &line, const QByteArray &path, const QByteArray &program)
+{
+    const auto isEdge = [&line](qsizetype index) {
+        return index < 0 || index == line.size() || line[index] == ' ' || line[index] == '\t';
+    };
+    bool isFound = false;
+    for (qsizetype at = line.indexOf(path); at != -1; at = line.indexOf(path, at + 1)) {
+        const bool isQuoted = QByteArrayView(line).first(at).count('"') % 2 == 1;
+        if (isQuoted || !isEdge(at - 1) || !isEdge(at + path.size()))
+            continue;
+        line.replace(at, path.size(), program);
+        at += program.size() - 1;
+        isFound = true;
+    }
+    return isFound;
+}
+
 /// The command line of the entry \a bytes with \a program, quoted, in the place of the one that the entry was
 /// written for; \a program alone if it does not hold that.
 QByteArray commandLine(const QByteArray &bytes, const QByteArray &program)
@@ -92,9 +111,13 @@ QByteArray commandLine(const QByteArray &bytes, const QByteArray &program)
     QString error;
     const std::optional<DesktopEntry> entry = DesktopEntry::parse(bytes, &error);
     const QByteArray before = entry ? entry->string(DesktopEntryKeys::tryExec) : QByteArray();
-    const QByteArray line = entry ? entry->string(DesktopEntryKeys::exec) : QByteArray();
+    if (before.isEmpty())
+        return program;
+    QByteArray line = entry->string(DesktopEntryKeys::exec);
     const QByteArray part = DesktopEntry::quoted(before);
-    return !before.isEmpty() && line.contains(part) ? QByteArray(line).replace(part, program) : program;
+    if (line.contains(part))
+        return line.replace(part, program);
+    return replaceBare(line, before, program) ? line : program;
 }
 
 } // namespace

@@ -59,7 +59,7 @@ public:
     /// one. So is an active entry that carries the address of a file of the same name which is no longer
     /// there, as it was moved. That of a copy which is still there stays, and the session starts both. What
     /// others put into the entry (keys that this class does not write, comments, groups, and in the command
-    /// line what stands beside the program) stays.
+    /// line what stands beside the program, where that is an argument of its own) stays.
     ///
     /// An application need not be fit to be started now; its entry starts nothing until it is. Its entry has
     /// the name, the comment and the icon that its information names (`CFBundleDisplayName`,

@@ -214,19 +214,32 @@ TEST_F(SharedFileListFollowingTest, AnEntryThatFollowsKeepsItsCommandLineAndItsF
     for (const QString &path : {old, place})
         identify(path, "org.example.Some");
     ASSERT_TRUE(insert(old));
-    const QString users = in(QStringLiteral("users.desktop"));
-    const QByteArray written = contentOf(entryPath())
-                                   .replace("Exec=\"", "Exec=env \"LANG=a b\" \"")
-                                   .replace("\"\nTryExec", "\" --quiet\nTryExec");
-    put(users, written);
+    const QByteArray written = contentOf(entryPath());
+    const auto withCommandLine = [&](const QByteArray &before, const QByteArray &behind) {
+        return QByteArray(written)
+            .replace("Exec=\"", "Exec=" + before)
+            .replace("\"\nTryExec", behind + "\nTryExec");
+    };
     ASSERT_TRUE(QFile::remove(entryPath()));
+    ASSERT_TRUE(QDir(old).removeRecursively());
+    const QString users = in(QStringLiteral("users.desktop"));
     const QString link = folder() + QStringLiteral("/mine.desktop");
     ASSERT_TRUE(QFile::link(users, link));
-    ASSERT_TRUE(QDir(old).removeRecursively());
-    ASSERT_TRUE(list().replaceOutdated(urlOf(place)));
-    EXPECT_EQ(namesIn(folder()), QStringList{QStringLiteral("mine.desktop")});
-    EXPECT_TRUE(QFileInfo(link).isSymLink());
-    EXPECT_EQ(contentOf(users), QByteArray(written).replace(old.toUtf8(), place.toUtf8()));
+    const auto expectFollows = [&](const QByteArray &entry, const QByteArray &expected) {
+        put(users, entry);
+        ASSERT_TRUE(list().replaceOutdated(urlOf(place)));
+        EXPECT_EQ(namesIn(folder()), QStringList{QStringLiteral("mine.desktop")});
+        EXPECT_TRUE(QFileInfo(link).isSymLink());
+        EXPECT_EQ(contentOf(users), QByteArray(expected).replace(old.toUtf8(), place.toUtf8()));
+    };
+    const QByteArray quoted = withCommandLine("env \"LANG=a b\" \"", "\" --quiet");
+    expectFollows(quoted, quoted);
+    expectFollows(withCommandLine("env LANG=C ", " --quiet"), withCommandLine("env LANG=C \"", "\" --quiet"));
+    expectFollows(withCommandLine("", "\t--quiet"), withCommandLine("\"", "\"\\t--quiet"));
+    expectFollows(withCommandLine("nice ", ""), withCommandLine("nice \"", "\""));
+    // Where it is no argument of its own the program is started alone.
+    expectFollows(withCommandLine("sh -c \"exec ", " --quiet\""), written);
+    expectFollows(withCommandLine("env ", "-other --quiet"), written);
 }
 
 TEST_F(SharedFileListFollowingTest, OfTwoNamesOfAnEntryTheActiveOneIsLeft)
