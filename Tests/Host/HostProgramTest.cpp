@@ -9,7 +9,6 @@
 
 #include <QDir>
 #include <QFile>
-#include <QRegularExpression>
 
 #include <chrono>
 #include <csignal>
@@ -26,24 +25,16 @@ const QByteArray wholeLife = "created\nloadMainView\nmainViewDidLoad\ndidSelect\
 class HostProgramTest : public HostProgramFixture
 {
 protected:
-    /// Nanoseconds from the start to the first paint, after which the program ends; -1 if it did not paint.
-    qint64 timeToFirstPaint()
+    /// The program paints, and ends, long before the 25 seconds for which the bus library waits for an
+    /// answer.
+    void expectNoLongDelay()
     {
         QProcessEnvironment environment = environment_;
         environment.insert(QStringLiteral("QUENBY_REPORT_FIRST_PAINT"), QStringLiteral("1"));
-        const std::chrono::nanoseconds start = std::chrono::steady_clock::now().time_since_epoch();
         ChildProcess host(program(), {}, environment);
-        host.waitForEnd();
+        EXPECT_TRUE(host.waitForEnd(10s));
         EXPECT_TRUE(host.hasReturned(0));
-        static const QRegularExpression line(QStringLiteral("first-paint-ns: ([0-9]+)\n"));
-        const QRegularExpressionMatch match = line.match(QString::fromUtf8(host.errors()));
-        return match.hasMatch() ? match.captured(1).toLongLong() - start.count() : -1;
-    }
-    void expectWindowWithinASecond()
-    {
-        const qint64 time = timeToFirstPaint();
-        EXPECT_GT(time, 0);
-        EXPECT_LT(time, 1'000'000'000);
+        EXPECT_TRUE(host.errors().contains("first-paint-ns: ")) << host.errors().constData();
         EXPECT_EQ(record(), wholeLife);
         QFile::remove(recordPath());
     }
@@ -226,34 +217,34 @@ TEST_F(HostProgramTest, UnderNohupTheEndOfTheTerminalIsIgnored)
     EXPECT_EQ(record(), wholeLife);
 }
 
-TEST_F(HostProgramTest, TheWindowOpensWithinASecondWithABus)
+TEST_F(HostProgramTest, TheWindowOpensWithoutDelayWithABus)
 {
     const PrivateBus bus;
     environment_ = home_.environment(bus.address());
     environment_.insert(QStringLiteral("QUENBY_TEST_RECORD"), recordPath());
-    expectWindowWithinASecond();
+    expectNoLongDelay();
 }
 
-TEST_F(HostProgramTest, TheWindowOpensWithinASecondWithoutABus)
+TEST_F(HostProgramTest, TheWindowOpensWithoutDelayWithoutABus)
 {
-    expectWindowWithinASecond();
+    expectNoLongDelay();
     environment_.remove(QStringLiteral("XDG_RUNTIME_DIR"));
-    expectWindowWithinASecond();
+    expectNoLongDelay();
 }
 
-TEST_F(HostProgramTest, TheWindowOpensWithinASecondWithAStaleBus)
+TEST_F(HostProgramTest, TheWindowOpensWithoutDelayWithAStaleBus)
 {
     PrivateBus bus;
     bus.kill();
     environment_.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), bus.address());
-    expectWindowWithinASecond();
+    expectNoLongDelay();
 }
 
-TEST_F(HostProgramTest, TheWindowOpensWithinASecondWithASilentBus)
+TEST_F(HostProgramTest, TheWindowOpensWithoutDelayWithASilentBus)
 {
     const SilentSocket silent;
     environment_.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), silent.busAddress());
-    expectWindowWithinASecond();
+    expectNoLongDelay();
 }
 
 TEST_F(HostProgramTest, AfterAKilledOneANewStartWorks)
