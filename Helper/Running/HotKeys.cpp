@@ -117,6 +117,7 @@ void HotKeys::letGo()
 {
     ++generation_;
     hotKey_.reset();
+    portalHears_.invalidate();
     way_ = Way::None;
 }
 
@@ -250,7 +251,11 @@ bool HotKeys::mayAskPortal() const
 
 void HotKeys::portalHasGone()
 {
-    if (const auto pause = portalPauses_.next())
+    const bool wasHeard = portalHears_.isValid();
+    const std::chrono::milliseconds heard(wasHeard ? portalHears_.elapsed() : 0);
+    if (wasHeard)
+        handlers_.stateChanged(QNBHelperState::HotKey::Asking, {});
+    if (const auto pause = portalPauses_.next(heard))
         portalPause_.start(*pause);
     else
         isPortalGivenUp_ = true;
@@ -288,13 +293,14 @@ void HotKeys::grabBy(Way way, const QString &owner)
         .granted =
             [this](const QString &keys) {
                 qCInfo(lcHotKey) << "the hot key is heard by" << qUtf8Printable(hotKey_->name());
-                if (way_ == Way::Portal)
-                    portalPauses_.reset();
+                if (way_ == Way::Portal && !portalHears_.isValid())
+                    portalHears_.start();
                 handlers_.stateChanged(heardBy(way_), keys);
             },
         .lost =
             [this](const QString &reason) {
                 qCWarning(lcHotKey) << "for now not by" << qUtf8Printable(hotKey_->name()) << reason;
+                portalHears_.invalidate();
                 handlers_.stateChanged(QNBHelperState::HotKey::Refused, {});
             },
         .refused = refused,

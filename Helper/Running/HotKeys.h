@@ -12,6 +12,7 @@
 #include "Shared/Source/QNBHelperState.h"
 
 #include <QDBusConnection>
+#include <QElapsedTimer>
 #include <QObject>
 #include <QTimer>
 
@@ -88,6 +89,8 @@ private:
     bool wasDenied_ = false;
     bool isPortalGivenUp_ = false;
     PortalPauses portalPauses_;
+    /// Valid while the portal hears it, since it granted it.
+    QElapsedTimer portalHears_;
     /// Active while the portal is left alone.
     QTimer portalPause_;
     X11KeyboardWatch keyboardWatch_;

@@ -20,9 +20,12 @@ public:
     {
     }
 
-    /// The next one; none once the longest has been used.
-    std::optional<std::chrono::milliseconds> next()
+    /// The next one, when the portal has heard the hot key for the time \a heard; the first if that was more
+    /// than the longest. None once the longest has been used.
+    std::optional<std::chrono::milliseconds> next(std::chrono::milliseconds heard = {})
     {
+        if (heard > longest_)
+            reset();
         if (last_ == longest_)
             return {};
         last_ = std::clamp(2 * last_, first, longest_);

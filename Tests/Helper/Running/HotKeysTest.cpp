@@ -23,7 +23,8 @@ using TheState = QNBHelperState::HotKey;
 class HotKeysTest : public ::testing::Test
 {
 protected:
-    HotKeysTest()
+    explicit HotKeysTest(const PortalPauses &pauses = PortalPauses(PortalPauses::first))
+        : pauses_(pauses)
     {
         qputenv(waylandDisplay, "wayland-0");
         bus_.watch(mailbox_.bound<const std::optional<QDBusConnection> &>([this](const auto &connection) {
@@ -63,15 +64,26 @@ private:
     const QByteArray waylandDisplayBefore_ = qgetenv(waylandDisplay);
     SessionBus bus_{daemon_.address()};
     bool hasBus_ = false;
+    const PortalPauses pauses_;
 
 protected:
     HotKeys hotKeys_{bus_,
                      {.pressed = [](const QByteArray &) {},
                       .stateChanged = [this](TheState state, const QString &) { told_.append(state); }},
-                     PortalPauses(PortalPauses::first)};
+                     pauses_};
 
 private:
     const Mailbox mailbox_;
+};
+
+/// The same with the pauses of the helper.
+class HotKeysPausesTest : public HotKeysTest
+{
+protected:
+    HotKeysPausesTest()
+        : HotKeysTest(PortalPauses())
+    {
+    }
 };
 
 } // namespace
@@ -96,15 +108,35 @@ TEST_F(HotKeysTest, APortalThatHasGoneOnceMoreAfterTheLongestPauseIsLeftAloneUnt
     EXPECT_TRUE(waitFor(TheState::ByPortal));
 }
 
-TEST_F(HotKeysTest, APortalThatHasGrantedItBeginsWithTheFirstPauseAgain)
+TEST_F(HotKeysTest, APortalThatHasHeardItForLongerThanTheLongestPauseBeginsWithTheFirstAgain)
 {
     startPortal(FakePortal::Manner::Dying);
     hotKeys_.set(controlF1);
     ASSERT_TRUE(waitForBinding());
     startPortal(FakePortal::Manner::Granting);
     ASSERT_TRUE(waitFor(TheState::ByPortal));
+    const auto granted = std::chrono::steady_clock::now();
+    ASSERT_TRUE(
+        waitUntil([&] { return std::chrono::steady_clock::now() > granted + PortalPauses::first + 50ms; }));
     startPortal(FakePortal::Manner::Granting);
     EXPECT_TRUE(waitForBinding());
+}
+
+TEST_F(HotKeysPausesTest, APortalThatGrantsItAndGoesIsLeftAloneForLongerEachTimeAndIsNotSaidToHearIt)
+{
+    startPortal(FakePortal::Manner::Granting);
+    hotKeys_.set(controlF1);
+    ASSERT_TRUE(waitFor(TheState::ByPortal));
+    for (auto pause = PortalPauses::first; pause <= 2 * PortalPauses::first; pause *= 2) {
+        told_.clear();
+        const auto gone = std::chrono::steady_clock::now();
+        startPortal(FakePortal::Manner::Granting);
+        ASSERT_TRUE(waitFor(TheState::ByPortal));
+        // Timers may be early by a twentieth.
+        EXPECT_GT(portal_->askedAt() - gone, pause * 9 / 10);
+        EXPECT_THAT(told_, ElementsAre(TheState::Asking, TheState::Asking, TheState::ByPortal))
+            << "it is told when the portal goes, and when it is asked";
+    }
 }
 
 TEST(PortalPausesTest, EachIsTwiceAsLongAsTheOneBeforeAndTheLongestIsTheLast)
@@ -118,4 +150,14 @@ TEST(PortalPausesTest, EachIsTwiceAsLongAsTheOneBeforeAndTheLongestIsTheLast)
         EXPECT_EQ(pauses.next(), std::nullopt);
         pauses.reset();
     }
+}
+
+TEST(PortalPausesTest, OnlyAPortalThatHasHeardTheHotKeyForLongerThanTheLongestBeginsAnew)
+{
+    PortalPauses pauses(1800ms);
+    EXPECT_EQ(pauses.next(1801ms), 500ms);
+    EXPECT_EQ(pauses.next(1800ms), 1000ms);
+    EXPECT_EQ(pauses.next(1ms), 1800ms);
+    EXPECT_EQ(pauses.next(1800ms), std::nullopt);
+    EXPECT_EQ(pauses.next(1801ms), 500ms);
 }
