@@ -214,8 +214,8 @@ TEST_F(HotKeyWaysProgramTest, ARecorderThatDiesDoesNotKeepIt)
     ASSERT_TRUE(waitUntilHeard(*helper));
     post(QNBHotKeyIsBeingRecordedNotification);
     ASSERT_TRUE(waitUntil([&] { return service.key() == 0; }));
-    ASSERT_TRUE(waitUntilHeard(*helper, 2));
-    EXPECT_EQ(service.key(), (Qt::CTRL | Qt::Key_F12).toCombined());
+    // After six seconds without a word.
+    EXPECT_TRUE(waitUntil([&] { return service.key() == (Qt::CTRL | Qt::Key_F12).toCombined(); }, 30s));
     expectEndOf(*helper);
 }
 

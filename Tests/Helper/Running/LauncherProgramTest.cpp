@@ -132,7 +132,7 @@ TEST_F(LauncherProgramTest, ItsWindowHasTheIconOfTheProgram)
     const QByteArray icon =
         screen_.ask(QStringLiteral("xprop"), {QStringLiteral("-id"), window, QStringLiteral("_NET_WM_ICON")});
     EXPECT_TRUE(icon.contains("Icon (32 x 32)")) << icon.left(200).constData();
-    screen_.typeKey(QStringLiteral("Escape"));
+    ASSERT_NO_FATAL_FAILURE(type(*launcher, {}, QStringLiteral("Escape")));
     expectReturn(*launcher, 0);
 }
 
@@ -229,7 +229,14 @@ TEST_F(LauncherProgramTest, ASecondCallComesToTheWindowThatIsOpenAlsoWithoutAHel
     const auto launcher = begin({launcherOption, inOption, other()});
     ASSERT_TRUE(waitUntil([&] { return isNamedOnBus(HelperService::launcherName); }));
     ASSERT_NO_FATAL_FAILURE(type(*launcher, QStringLiteral("pho"), QStringLiteral("Right")));
+    // It comes to the pointer once it has the new folder.
+    const QPoint pointer(100, 100);
+    screen_.moveMouse(pointer);
     call({launcherOption, inOption, target()});
+    const QString window = screen_.windowOf(launcher->pid());
+    constexpr int frame = 40;
+    ASSERT_TRUE(waitUntil(
+        [&] { return QRect(pointer, QSize(frame, frame)).contains(screen_.placeOf(window).topLeft()); }));
     EXPECT_EQ(screen_.windowsOf(launcher->pid()).size(), 1);
     QString error;
     EXPECT_FALSE(order(lettersLabel, &error)) << "it is no helper";
