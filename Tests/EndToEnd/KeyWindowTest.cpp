@@ -25,7 +25,7 @@ protected:
         host_ = session_.startHost(&screen_);
         window_ = screen_.windowOf(host_->pid());
         ASSERT_FALSE(window_.isEmpty());
-        ASSERT_TRUE(waitUntil([&] { return screen_.activeWindow() == window_; }));
+        ASSERT_TRUE(waitUntil([&] { return screen_.hasKeyboard(window_); }));
     }
     void startAnotherProgram()
     {

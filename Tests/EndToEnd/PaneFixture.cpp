@@ -31,7 +31,7 @@ void PaneFixture::openPane()
 void PaneFixture::openPaneIn(std::unique_ptr<ChildProcess> host)
 {
     host_ = std::move(host);
-    ASSERT_TRUE(pane_.isThere()) << host_->errors().constData();
+    ASSERT_TRUE(pane_.isThere(patience)) << host_->errors().constData();
     ASSERT_TRUE(waitUntil([&] { return anyScreen_->givesKeyboardTo(*host_); }, patience));
 }
 
@@ -115,7 +115,9 @@ void PaneFixture::walkTo(const QString &name, const QStringList &keys)
 void PaneFixture::goToGeneralTab()
 {
     user_.presses(QStringLiteral("alt+g"));
-    // A control of the page has it before.
+    ASSERT_TRUE(waitUntil([&] { return pane_.label(QStringLiteral("Shortcut:")); }, patience));
+    // A control of the page has it before, and that it has come there is not what the first key does.
+    reader_.catchUp();
     for (int steps = 0; steps < 5; ++steps) {
         const Accessible before = reader_.focus();
         user_.presses(QStringLiteral("shift+Tab"));

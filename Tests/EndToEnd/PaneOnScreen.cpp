@@ -20,9 +20,9 @@ const QString levelIndentation = QStringLiteral("  ");
 
 } // namespace
 
-bool PaneOnScreen::isThere()
+bool PaneOnScreen::isThere(std::chrono::milliseconds patience)
 {
-    return waitUntil([this] {
+    const auto isShown = [this] {
         const QList<Accessible> programs = reader_.programs();
         for (const Accessible &program : programs) {
             const auto list = program.find(treeRole, listName);
@@ -35,7 +35,8 @@ bool PaneOnScreen::isThere()
             }
         }
         return false;
-    });
+    };
+    return waitUntil(isShown, patience);
 }
 
 QList<Accessible> PaneOnScreen::rows(const Accessible &view)

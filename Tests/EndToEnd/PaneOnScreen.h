@@ -9,6 +9,8 @@
 #include <QRect>
 #include <QStringList>
 
+#include <chrono>
+
 /// The pane as its user sees it, which needs no knowledge of its code.
 class PaneOnScreen
 {
@@ -18,8 +20,8 @@ public:
     {
     }
 
-    /// Waits until the window shows the list and the tree.
-    bool isThere();
+    /// Waits until the window shows the list and the tree; false if it does not within \a patience.
+    bool isThere(std::chrono::milliseconds patience);
     /// The labels of the presets, in their order, without the number behind one that several presets have.
     QStringList presets() const;
     /// The names of the items of the selected preset, from top to bottom.

@@ -26,6 +26,8 @@ struct Start
     QStringList opened;
     /// Method calls and signals for the session bus.
     int messages = 0;
+    /// The same until the program has ended.
+    int allMessages = 0;
     bool isPainted = false;
 
     QSet<QString> libraries() const
@@ -47,15 +49,15 @@ Start read(const QByteArray &trace)
     Start start;
     for (const QByteArray &bytes : trace.split('\n')) {
         const QString line = QString::fromUtf8(bytes);
-        if (line.contains(u"first-paint-ns")) {
-            start.isPainted = true;
-            break;
-        }
+        start.isPainted = start.isPainted || line.contains(u"first-paint-ns");
+        const bool isMessage = message.match(line).hasMatch();
+        start.allMessages += isMessage;
+        if (start.isPainted)
+            continue;
+        start.messages += isMessage;
         const QRegularExpressionMatch match = open.match(line);
-        if (match.hasMatch() && !line.contains(u" = -1 ") && !match.captured(1).endsWith(u"/comm"))
+        if (match.hasMatch() && !match.captured(1).endsWith(u"/comm"))
             start.opened.append(match.captured(1));
-        if (message.match(line).hasMatch())
-            ++start.messages;
     }
     return start;
 }
@@ -95,9 +97,10 @@ protected:
         environment.insert(QStringLiteral("QUENBY_REPORT_FIRST_PAINT"), QStringLiteral("1"));
         // What looks for leaks cannot do so while somebody traces it.
         environment.insert(QStringLiteral("ASAN_OPTIONS"), QStringLiteral("detect_leaks=0"));
+        // Of calls that succeed only: they are written in one line each, whatever other threads do meanwhile.
         ChildProcess process(QStringLiteral("strace"),
-                             QStringList{QStringLiteral("-f"), QStringLiteral("-qq"), QStringLiteral("-o"),
-                                         trace, QStringLiteral("-e"),
+                             QStringList{QStringLiteral("-f"), QStringLiteral("-z"), QStringLiteral("-qq"),
+                                         QStringLiteral("-o"), trace, QStringLiteral("-e"),
                                          QStringLiteral("trace=open,openat,write,sendmsg,sendto"), program} +
                                  arguments,
                              environment);
@@ -162,7 +165,9 @@ TEST_P(StartTest, NoMoreLibrariesAreLoadedBeforeTheWindowIsPainted)
 TEST_P(StartTest, NoMoreIsAskedOfTheBusBeforeTheWindowIsPainted)
 {
     // With the question what the helper says of its shortcut, if the bus has answered by then.
-    expectAtMost(8, host_.messages - empty_.messages);
+    EXPECT_LE(host_.messages - empty_.messages, 8);
+    // The bus has a thread of its own, which may say its first word after that.
+    EXPECT_GT(host_.allMessages, empty_.allMessages);
 }
 
 INSTANTIATE_TEST_SUITE_P(Displays, StartTest, ::testing::Values(Display::None, Display::X11),

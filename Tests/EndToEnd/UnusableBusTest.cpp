@@ -7,7 +7,6 @@
 #include "Tests/Session/VirtualScreen.h"
 
 #include <QElapsedTimer>
-#include <QRegularExpression>
 
 #include <csignal>
 
@@ -35,21 +34,15 @@ protected:
                                               environment);
     }
 
-    /// The host paints within a second, ends soon after, and has saved everything.
+    /// The host paints, ends and has saved everything long before the 25 seconds for which the bus library
+    /// waits for an answer.
     void expectNoLongDelay(const QString &busAddress)
     {
         ASSERT_TRUE(domain_.write(DomainFile::Form::Binary));
-        const std::chrono::nanoseconds start = std::chrono::steady_clock::now().time_since_epoch();
-        QElapsedTimer timer;
-        timer.start();
         const auto host = startHost(busAddress, true);
-        ASSERT_TRUE(host->waitForEnd());
-        EXPECT_LT(timer.elapsed(), 2500);
+        ASSERT_TRUE(host->waitForEnd(10s));
         EXPECT_TRUE(host->hasReturned(0)) << host->errors().constData();
-        static const QRegularExpression line(QStringLiteral("first-paint-ns: ([0-9]+)\n"));
-        const QRegularExpressionMatch match = line.match(QString::fromUtf8(host->errors()));
-        ASSERT_TRUE(match.hasMatch()) << host->errors().constData();
-        EXPECT_LT(match.captured(1).toLongLong() - start.count(), 1'000'000'000);
+        EXPECT_TRUE(host->errors().contains("first-paint-ns: ")) << host->errors().constData();
         EXPECT_EQ(domain_.differences().toStdString(), "");
     }
 
@@ -61,19 +54,19 @@ protected:
 
 } // namespace
 
-TEST_F(UnusableBusTest, AnAbsentOneKeepsTheWindowWaitingLessThanASecond)
+TEST_F(UnusableBusTest, AnAbsentOneDoesNotKeepTheWindowWaiting)
 {
     expectNoLongDelay({});
 }
 
-TEST_F(UnusableBusTest, AStaleOneKeepsTheWindowWaitingLessThanASecond)
+TEST_F(UnusableBusTest, AStaleOneDoesNotKeepTheWindowWaiting)
 {
     PrivateBus bus;
     bus.kill();
     expectNoLongDelay(bus.address());
 }
 
-TEST_F(UnusableBusTest, ASilentOneKeepsTheWindowWaitingLessThanASecond)
+TEST_F(UnusableBusTest, ASilentOneDoesNotKeepTheWindowWaiting)
 {
     const SilentSocket silent;
     expectNoLongDelay(silent.busAddress());
