@@ -29,13 +29,16 @@ void EditorFixture::start()
     otherWindow_ = screen_.windowNamed(QStringLiteral("other"));
     ASSERT_FALSE(otherWindow_.isEmpty());
     ASSERT_TRUE(screen_.activate(window_));
+    windows_ = screen_.windowsOf(host_->pid()).size();
     storedFirst_ = stored();
 }
 
 QByteArray EditorFixture::stored()
 {
+    // A menu whose entry was chosen goes a moment later, and holds the keyboard until then.
+    EXPECT_TRUE(waitUntil([&] { return screen_.windowsOf(host_->pid()).size() <= windows_; }, patience));
     EXPECT_TRUE(screen_.activate(otherWindow_));
-    EXPECT_TRUE(session_.waitForNotifications(++saves_)) << session_.notifications();
+    EXPECT_TRUE(session_.waitForNotifications(++saves_)) << session_.notifications() << " and not " << saves_;
     EXPECT_TRUE(screen_.activate(window_));
     return session_.domain().bytes();
 }

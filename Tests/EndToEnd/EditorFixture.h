@@ -55,6 +55,8 @@ private:
         QByteArray storedAfter;
     };
 
+    /// The pane's, while no menu is open.
+    qsizetype windows_ = 0;
     int saves_ = 0;
     QByteArray storedFirst_;
     std::vector<Step> steps_;
