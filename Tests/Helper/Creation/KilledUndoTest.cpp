@@ -104,6 +104,7 @@ TEST_F(KilledUndoTest, WhatTheUserAddedMeanwhileIsLeftWithAllTheRest)
             put(added, "added");
             expectRefusal(record);
             ++refusals;
+            const OpenedFolder folder(inTarget(QStringLiteral("folder")));
             EXPECT_TRUE(QFile::remove(added));
         }
         expectSuccess(record);
