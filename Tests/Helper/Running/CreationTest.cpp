@@ -142,8 +142,12 @@ TEST_F(CreationProgramTest, ShowFolderOpensIt)
     ASSERT_TRUE(waitUntil([&] { return isOnBus(); }));
     ASSERT_TRUE(order(letters));
     ASSERT_TRUE(waitUntil([&] { return desktop.shown().size() == 1; }));
-    desktop.choose(desktop.shown().constFirst().id, QStringLiteral("show-folder"));
-    ASSERT_TRUE(waitUntil([&] { return !programs.starts(QStringLiteral("xdg-open")).isEmpty(); }));
+    const auto isOpened = [&] { return !programs.starts(QStringLiteral("xdg-open")).isEmpty(); };
+    // No user chooses before the helper has heard which notification this is: then nothing happens.
+    ASSERT_TRUE(waitUntil([&] {
+        desktop.choose(desktop.shown().constFirst().id, QStringLiteral("show-folder"));
+        return waitUntil(isOpened, std::chrono::seconds(3));
+    }));
     EXPECT_TRUE(programs.starts(QStringLiteral("xdg-open")).constFirst().value(0).endsWith("/target"));
     expectEndOf(*helper);
 }
